@@ -1,0 +1,43 @@
+#pragma once
+
+#include "UnlockCore/Foundation/PixelFormat.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace marrowby {
+
+/// An immutable sRGB picture, rows top to bottom. Copies share the bytes; any thread may read it.
+class Bitmap {
+  public:
+    /// Takes the bytes over. Nothing when a side is not positive, a row is shorter than its pixels
+    /// or the bytes do not cover all rows.
+    [[nodiscard]] static std::optional<Bitmap> create(int width, int height,
+                                                      std::size_t bytesPerRow, PixelFormat format,
+                                                      std::vector<std::uint8_t> bytes);
+
+    [[nodiscard]] int width() const { return width_; }
+    [[nodiscard]] int height() const { return height_; }
+    [[nodiscard]] std::size_t bytesPerRow() const { return bytesPerRow_; }
+    [[nodiscard]] const PixelFormat& format() const { return format_; }
+    [[nodiscard]] std::span<const std::uint8_t> bytes() const { return *bytes_; }
+    /// The bytes themselves, for a view that must outlive this value.
+    [[nodiscard]] std::shared_ptr<const std::vector<std::uint8_t>> sharedBytes() const {
+        return bytes_;
+    }
+
+  private:
+    Bitmap() = default;
+
+    int width_ = 0;
+    int height_ = 0;
+    std::size_t bytesPerRow_ = 0;
+    PixelFormat format_;
+    std::shared_ptr<const std::vector<std::uint8_t>> bytes_;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Bitmap.h"
+#include "UnlockCore/Foundation/Geometry.h"
+#include "UnlockCore/Platform/LandmarkRegion.h"
+
+#include <expected>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// A face's rectangle as the finder reports it.
+struct FaceRectangleObservation {
+    /// 0…1 of the image, origin at the bottom-left.
+    Rect normalizedBox;
+    /// Radians; yaw positive to the person's left, pitch negative up.
+    std::optional<float> yaw;
+    std::optional<float> roll;
+    std::optional<float> pitch;
+    /// The finder's own object, handed back to it for the second request.
+    std::shared_ptr<const void> handle;
+};
+
+/// Points in image pixels with the origin at the bottom-left, as the service converts them.
+struct FaceLandmarkObservation {
+    std::map<LandmarkRegion, std::vector<Point>> regions;
+    std::vector<Point> leftPupil;
+    std::vector<Point> rightPupil;
+};
+
+/// Results of the second request, by position of the input face; each list may be shorter, each
+/// entry empty.
+struct FaceDetailObservations {
+    std::vector<std::optional<float>> captureQualities;
+    std::vector<std::optional<FaceLandmarkObservation>> landmarks;
+};
+
+/// The system's finder of faces. Any one thread at a time. The errors are the system's localized
+/// texts.
+class FaceVision {
+  public:
+    virtual ~FaceVision() = default;
+
+    [[nodiscard]] virtual std::expected<std::vector<FaceRectangleObservation>, std::string>
+    faceRectangles(const Bitmap& image) = 0;
+
+    /// Capture quality (0…1, higher is better) and landmarks of faces found in the same image, in
+    /// one call.
+    [[nodiscard]] virtual std::expected<FaceDetailObservations, std::string> faceDetails(
+        const Bitmap& image, std::span<const FaceRectangleObservation> faces) = 0;
+};
+
+}  // namespace marrowby

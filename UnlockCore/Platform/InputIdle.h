@@ -1,0 +1,22 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Time.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace marrowby {
+
+/// How long no key, button or pointer was used. Main thread.
+class InputIdle {
+  public:
+    virtual ~InputIdle() = default;
+    /// As the event system says it: not necessarily finite, positive or sensible.
+    [[nodiscard]] virtual TimeInterval secondsSinceLastInput() const = 0;
+    /// The same from the device registry; nothing where it has no such entry.
+    [[nodiscard]] virtual std::optional<std::uint64_t> registryIdleNanoseconds() const = 0;
+    /// Time since the computer started, not counting sleep; never goes back.
+    [[nodiscard]] virtual TimeInterval systemUptime() const = 0;
+};
+
+}  // namespace marrowby

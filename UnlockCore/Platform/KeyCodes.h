@@ -1,0 +1,47 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Time.h"
+
+#include <cstdint>
+
+namespace marrowby {
+
+/// Virtual key codes of the ANSI layout, and what else a synthetic key of macOS needs.
+namespace mackey {
+
+inline constexpr std::uint32_t command = 55;
+inline constexpr std::uint32_t rightArrow = 124;
+inline constexpr std::uint32_t backspace = 51;
+inline constexpr std::uint32_t returnKey = 36;
+/// Of an event that carries Unicode text.
+inline constexpr std::uint32_t textCarrier = 0;
+
+inline constexpr std::uint64_t noFlags = 0;
+inline constexpr std::uint64_t commandFlag = 0x100000;
+
+/// The state that the event source is made with, and the tap that it posts at.
+inline constexpr std::int32_t hidSystemState = 1;
+inline constexpr std::uint32_t hidEventTap = 0;
+
+}  // namespace mackey
+
+/// Keysyms of the X protocol.
+namespace xkey {
+
+inline constexpr std::uint32_t letterU = 0x0075;
+inline constexpr std::uint32_t returnKey = 0xFF0D;
+inline constexpr std::uint32_t leftShift = 0xFFE1;
+inline constexpr std::uint32_t leftControl = 0xFFE3;
+
+/// Between two events. Lockers that follow the raw events need some time for each.
+inline constexpr TimeInterval eventGap{0.001};
+/// From lending a key a character to its first press, and how long a slow reader may still look it
+/// up after the last one.
+inline constexpr TimeInterval lendingTime{0.030};
+inline constexpr TimeInterval returningLimit{1.0};
+/// How often the lock state is asked meanwhile.
+inline constexpr TimeInterval returningStep{0.020};
+
+}  // namespace xkey
+
+}  // namespace marrowby

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Time.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+
+namespace marrowby {
+
+/// Which keys clear a lock screen's field, and what a key code means: macOS virtual key codes with
+/// modifier flags, or X keysyms with modifiers as keys of their own.
+enum class KeyDialect { macLoginWindow, x11Locker };
+
+struct KeyPress {
+    std::uint32_t code = 0;
+    bool down = false;
+    std::uint64_t flags = 0;
+    friend bool operator==(const KeyPress&, const KeyPress&) = default;
+};
+
+/// Posts the keys of one typing; destroying it gives back whatever it borrowed from the keyboard.
+/// One thread.
+class KeyEventSource {
+  public:
+    virtual ~KeyEventSource() = default;
+    /// False when the event could not be made or the system is gone; nothing was posted then.
+    [[nodiscard]] virtual bool post(const KeyPress& press) = 0;
+    /// A key event that carries UTF-16 text. Systems without such events type on `down` and do
+    /// nothing on up.
+    [[nodiscard]] virtual bool postText(std::span<const char16_t> units, bool down) = 0;
+    /// Waits as long as borrowed keys are still needed by a reader that is behind. Nothing is
+    /// posted after.
+    virtual void settle(const std::function<bool()>& stillLocked) = 0;
+};
+
+/// Synthetic keyboard input. Any thread.
+class KeyEvents {
+  public:
+    virtual ~KeyEvents() = default;
+    /// Whether this process may post keys.
+    [[nodiscard]] virtual bool isTrusted() const = 0;
+    [[nodiscard]] virtual KeyDialect dialect() const = 0;
+    /// A source able to type all of `text` and to press each of `codes`, in any number and order;
+    /// nothing where it cannot be had. No key is pressed yet. It may outlive this, but not what
+    /// this was made of.
+    [[nodiscard]] virtual std::unique_ptr<KeyEventSource> makeSource(
+        std::span<const char16_t> text, std::span<const std::uint32_t> codes) = 0;
+    /// Blocks the calling thread.
+    virtual void pause(TimeInterval duration) = 0;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,18 @@
+#pragma once
+
+/// The names under which a system announces its lock, screen saver and sleep, whatever system it
+/// is.
+namespace marrowby::locknotification {
+
+// Of the distributed centre.
+inline constexpr const char* screenIsLocked = "com.apple.screenIsLocked";
+inline constexpr const char* screenIsUnlocked = "com.apple.screenIsUnlocked";
+inline constexpr const char* screenSaverDidStop = "com.apple.screensaver.didstop";
+
+// Of the workspace centre.
+inline constexpr const char* willSleep = "NSWorkspaceWillSleepNotification";
+inline constexpr const char* screensDidSleep = "NSWorkspaceScreensDidSleepNotification";
+inline constexpr const char* didWake = "NSWorkspaceDidWakeNotification";
+inline constexpr const char* screensDidWake = "NSWorkspaceScreensDidWakeNotification";
+
+}  // namespace marrowby::locknotification

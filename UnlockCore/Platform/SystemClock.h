@@ -1,0 +1,14 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Time.h"
+
+namespace marrowby {
+
+/// The computer's wall clock. Any thread. It may jump in both directions.
+class SystemClock {
+  public:
+    virtual ~SystemClock() = default;
+    [[nodiscard]] virtual Date now() const = 0;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,50 @@
+# A room is one folder of the house: a static library of all sources in it, which may include only the
+# rooms it names. A test room is one executable, run test by test.
+
+add_library(marrowby_options INTERFACE)
+target_include_directories(marrowby_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(marrowby_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough -Wswitch-enum
+    -Werror -fstack-protector-strong
+    # Frames are compared pixel for pixel across compilers: no fused multiply-add behind our back.
+    -ffp-contract=off
+    $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
+    # g++ 12 warns of an overlap in std::string's own operator+ (GCC bug 105651).
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+
+set(MARROWBY_SANITIZE "" CACHE STRING "Sanitizers for everything that is built, e.g. address,undefined")
+if(MARROWBY_SANITIZE)
+    target_compile_options(marrowby_options INTERFACE
+        -fsanitize=${MARROWBY_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(marrowby_options INTERFACE -fsanitize=${MARROWBY_SANITIZE})
+endif()
+
+function(marrowby_room name)
+    cmake_parse_arguments(ROOM "" "" "USES" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    if(sources)
+        add_library(${name} STATIC ${sources})
+        target_link_libraries(${name} PUBLIC marrowby_options ${ROOM_USES})
+    else()
+        add_library(${name} INTERFACE)
+        target_link_libraries(${name} INTERFACE marrowby_options ${ROOM_USES})
+    endif()
+endfunction()
+
+# marrowby_tests(NAME USES rooms... [SERIAL]): SERIAL tests own a display or a locker and run alone.
+function(marrowby_tests name)
+    cmake_parse_arguments(ROOM "SERIAL" "" "USES" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    if(NOT sources)
+        return()
+    endif()
+    add_executable(${name} ${sources})
+    target_link_libraries(${name} PRIVATE marrowby_options ${ROOM_USES} Fakes GTest::gmock GTest::gtest_main)
+    target_compile_definitions(${name} PRIVATE MARROWBY_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+    set(properties TIMEOUT 300 SKIP_REGULAR_EXPRESSION "\\[  SKIPPED \\]")
+    if(ROOM_SERIAL)
+        list(APPEND properties RESOURCE_LOCK desktop)
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
+endfunction()
