@@ -1,0 +1,36 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Geometry.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// What screen lockers leave behind on an X display for everybody to see.
+struct LockerTraces {
+    /// A child of the root window.
+    struct Window {
+        /// The two halves of WM_CLASS.
+        std::string instanceName;
+        std::string className;
+        bool overrideRedirect = false;
+        bool mapped = false;
+        /// With its border, in pixels of the root window.
+        Rect frame;
+    };
+
+    /// Of the root window, in pixels.
+    Size screen;
+    std::vector<Window> windows;
+    /// The name of the state in the root's property _SCREENSAVER_STATUS; nothing without one.
+    std::optional<std::string> screenSaverState;
+};
+
+enum class KnownLocker { i3lock, xsecurelock, xscreensaver };
+
+/// The locker that holds the screen; nothing where none does.
+[[nodiscard]] std::optional<KnownLocker> lockerHolding(const LockerTraces& traces);
+
+}  // namespace marrowby

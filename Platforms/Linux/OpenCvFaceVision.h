@@ -1,0 +1,34 @@
+#pragma once
+
+#include "UnlockCore/Platform/FaceVision.h"
+
+#include <expected>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace marrowby {
+
+/// Faces by the YuNet detector, a network of 98 landmarks and a generic head. The left eye, brow
+/// and pupil are the ones on the left of the picture. Of a crowd only the four largest faces get
+/// angles, landmarks and a quality.
+class OpenCvFaceVision final : public FaceVision {
+  public:
+    /// The error is a sentence for the user.
+    [[nodiscard]] static std::expected<std::unique_ptr<OpenCvFaceVision>, std::string> load(
+        const std::filesystem::path& detector, const std::filesystem::path& landmarks);
+    ~OpenCvFaceVision() override;
+
+    [[nodiscard]] std::expected<std::vector<FaceRectangleObservation>, std::string> faceRectangles(
+        const Bitmap& image) override;
+    [[nodiscard]] std::expected<FaceDetailObservations, std::string> faceDetails(
+        const Bitmap& image, std::span<const FaceRectangleObservation> faces) override;
+
+  private:
+    struct Networks;
+    explicit OpenCvFaceVision(std::unique_ptr<Networks> networks);
+
+    std::unique_ptr<Networks> networks_;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,193 @@
+#include "Platforms/Linux/OpenCvImaging.h"
+
+#include "Platforms/Linux/BitmapMat.h"
+#include "Platforms/Linux/PixelBuffer.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+
+namespace marrowby {
+
+namespace {
+
+/// No picture here is larger; keeps a wild request from asking for all memory.
+constexpr int longestSide = 16384;
+
+/// A new picture and the Mat that writes it.
+struct Canvas {
+    std::vector<std::uint8_t> bytes;
+    cv::Mat mat;
+
+    Canvas(int width, int height)
+        : bytes(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4),
+          mat(height, width, CV_8UC4, bytes.data()) {}
+
+    std::optional<Bitmap> finish(PixelFormat format) && {
+        return Bitmap::create(mat.cols, mat.rows, static_cast<std::size_t>(mat.cols) * 4, format,
+                              std::move(bytes));
+    }
+};
+
+bool isSensible(int width, int height) {
+    return width > 0 && height > 0 && width <= longestSide && height <= longestSide;
+}
+
+int rounded(double value) {
+    return static_cast<int>(std::lround(std::clamp(value, 0.0, double{longestSide} + 1)));
+}
+
+bool isFinite(const AffineTransform& t) {
+    return std::isfinite(t.a) && std::isfinite(t.b) && std::isfinite(t.c) && std::isfinite(t.d) &&
+           std::isfinite(t.tx) && std::isfinite(t.ty);
+}
+
+AffineTransform flip(double height) {
+    return {.d = -1, .ty = height};
+}
+AffineTransform shift(double x, double y) {
+    return {.tx = x, .ty = y};
+}
+
+std::optional<AffineTransform> inverse(const AffineTransform& t) {
+    const double determinant = t.a * t.d - t.b * t.c;
+    if (!(std::abs(determinant) > 1e-12)) return std::nullopt;
+    return AffineTransform{.a = t.d / determinant,
+                           .b = -t.b / determinant,
+                           .c = -t.c / determinant,
+                           .d = t.a / determinant,
+                           .tx = (t.c * t.ty - t.d * t.tx) / determinant,
+                           .ty = (t.b * t.tx - t.a * t.ty) / determinant};
+}
+
+/// The pixels of `image` that `toImage` draws on a canvas of this size, and a few around them.
+cv::Rect partNeeded(const cv::Mat& image, const AffineTransform& toImage, int width, int height) {
+    double left = std::numeric_limits<double>::max();
+    double top = left;
+    double right = -left;
+    double bottom = -left;
+    for (const Point corner : {Point{0, 0}, Point{double(width), 0}, Point{0, double(height)},
+                               Point{double(width), double(height)}}) {
+        const Point p = toImage.apply(corner);
+        left = std::min(left, p.x);
+        right = std::max(right, p.x);
+        top = std::min(top, p.y);
+        bottom = std::max(bottom, p.y);
+    }
+    constexpr double margin = 4;
+    const auto within = [](double value, int limit) {
+        return static_cast<int>(std::clamp(value, 0.0, double(limit)));
+    };
+    const int x = within(std::floor(left - margin), image.cols);
+    const int y = within(std::floor(top - margin), image.rows);
+    return {x, y, within(std::ceil(right + margin), image.cols) - x,
+            within(std::ceil(bottom + margin), image.rows) - y};
+}
+
+/// Both origins at the top-left. Shrinks by area first where plain interpolation would skip pixels.
+void drawOnto(cv::Mat& canvas, const cv::Mat& image, const AffineTransform& transform) {
+    const auto toImage = inverse(transform);
+    if (!toImage) return;
+    const cv::Rect part = partNeeded(image, *toImage, canvas.cols, canvas.rows);
+    if (part.empty()) return;
+
+    cv::Mat source = image(part);
+    AffineTransform fromSource = shift(part.x, part.y).then(transform);
+    const double scale = std::sqrt(std::abs(transform.a * transform.d - transform.b * transform.c));
+    if (scale < 0.75) {
+        const cv::Size size(std::max(1, rounded(source.cols * scale)),
+                            std::max(1, rounded(source.rows * scale)));
+        cv::Mat shrunk;
+        cv::resize(source, shrunk, size, 0, 0, cv::INTER_AREA);
+        fromSource = AffineTransform{.a = double(source.cols) / size.width,
+                                     .d = double(source.rows) / size.height}
+                         .then(fromSource);
+        source = shrunk;
+    }
+    // OpenCV counts from the middle of the first pixel.
+    const AffineTransform t = shift(0.5, 0.5).then(fromSource).then(shift(-0.5, -0.5));
+    const cv::Matx23d matrix(t.a, t.c, t.tx, t.b, t.d, t.ty);
+    cv::warpAffine(source, canvas, matrix, canvas.size(), cv::INTER_CUBIC, cv::BORDER_CONSTANT,
+                   cv::Scalar(0, 0, 0, 255));
+}
+
+}  // namespace
+
+std::optional<Bitmap> OpenCvImaging::render(const SourceImage& source, const Rect& crop,
+                                            double scale) const {
+    const auto* buffer = dynamic_cast<const PixelBuffer*>(&source);
+    if (!buffer) return std::nullopt;
+    const Size extent = buffer->extent();
+    const Rect inside = intersection(crop, {0, 0, extent.width, extent.height});
+    if (inside.isEmpty() || !(scale > 0) || !std::isfinite(scale)) return std::nullopt;
+
+    const int left = std::min(rounded(inside.x), buffer->width() - 1);
+    const int top = std::min(rounded(extent.height - inside.maxY()), buffer->height() - 1);
+    const cv::Rect part(left, top, std::max(1, rounded(inside.maxX()) - left),
+                        std::max(1, rounded(extent.height - inside.y) - top));
+    const int width = scale == 1 ? part.width : std::max(1, rounded(inside.width * scale));
+    const int height = scale == 1 ? part.height : std::max(1, rounded(inside.height * scale));
+    if (!isSensible(width, height)) return std::nullopt;
+    try {
+        const cv::Mat whole(buffer->height(), buffer->width(), CV_8UC4,
+                            const_cast<std::uint8_t*>(buffer->bytes().data()),  // NOLINT
+                            buffer->bytesPerRow());
+        cv::Mat scaled = whole(part);
+        if (scaled.size() != cv::Size(width, height)) {
+            const bool shrinks = width < part.width;
+            cv::Mat resized;
+            cv::resize(scaled, resized, {width, height}, 0, 0,
+                       shrinks ? cv::INTER_AREA : cv::INTER_CUBIC);
+            scaled = resized;
+        }
+        Canvas canvas(width, height);
+        cv::cvtColor(scaled, canvas.mat, cv::COLOR_BGRA2RGBA);
+        cv::bitwise_or(canvas.mat, cv::Scalar(0, 0, 0, 255), canvas.mat);
+        return std::move(canvas).finish(rgba8);
+    } catch (const cv::Exception&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<Bitmap> OpenCvImaging::draw(const Bitmap& image, int width, int height,
+                                          const AffineTransform& transform) const {
+    if (!isSensible(width, height) || !isFinite(transform)) return std::nullopt;
+    try {
+        const auto pixels = rgbaMat(image);
+        if (!pixels) return std::nullopt;
+        Canvas canvas(width, height);
+        canvas.mat = cv::Scalar(0, 0, 0, 255);
+        drawOnto(canvas.mat, *pixels, flip(image.height()).then(transform).then(flip(height)));
+        return std::move(canvas).finish(rgbx8);
+    } catch (const cv::Exception&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<Bitmap> OpenCvImaging::convert(const Bitmap& image, PixelFormat format) const {
+    const bool toRGB = format == rgba8 || format == rgbx8;
+    if (!toRGB && format != bgrx8) return std::nullopt;
+    try {
+        const auto pixels = rgbaMat(image);
+        if (!pixels) return std::nullopt;
+        Canvas canvas(image.width(), image.height());
+        if (toRGB) {
+            pixels->copyTo(canvas.mat);
+        } else {
+            cv::cvtColor(*pixels, canvas.mat, cv::COLOR_RGBA2BGRA);
+        }
+        return std::move(canvas).finish(format);
+    } catch (const cv::Exception&) {
+        return std::nullopt;
+    }
+}
+
+}  // namespace marrowby

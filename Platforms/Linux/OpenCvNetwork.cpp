@@ -1,0 +1,109 @@
+#include "Platforms/Linux/OpenCvNetwork.h"
+
+#include "Platforms/Linux/BitmapMat.h"
+#include "Platforms/Linux/NetworkPlanes.h"
+
+#include <array>
+#include <cstddef>
+#include <exception>
+#include <utility>
+
+#include <opencv2/core.hpp>
+#include <opencv2/core/utils/logger.hpp>
+#include <opencv2/dnn.hpp>
+
+namespace marrowby {
+
+namespace {
+
+constexpr const char* cannotLoad = "OpenCV can’t run this network.";
+constexpr const char* cannotRun = "The network couldn’t be run.";
+
+}  // namespace
+
+struct OpenCvNetwork::Net {
+    cv::dnn::Net net;
+    std::vector<std::string> outputNames;
+};
+
+OpenCvNetwork::OpenCvNetwork(std::unique_ptr<Net> net) : net_(std::move(net)) {}
+OpenCvNetwork::OpenCvNetwork(OpenCvNetwork&&) noexcept = default;
+OpenCvNetwork& OpenCvNetwork::operator=(OpenCvNetwork&&) noexcept = default;
+OpenCvNetwork::~OpenCvNetwork() = default;
+
+std::expected<OpenCvNetwork, std::string> OpenCvNetwork::load(const OnnxFile& file) {
+    auto net = std::make_unique<Net>();
+    for (const OnnxFile::Value& output : file.outputs)
+        net->outputNames.push_back(output.name);
+    // What goes wrong is told by the results; OpenCV would also write it to the standard error.
+    cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+    try {
+        net->net = cv::dnn::readNetFromONNX(file.bytes.data(), file.bytes.size());
+        if (net->net.empty()) return std::unexpected(cannotLoad);
+        net->net.setPreferableBackend(cv::dnn::DNN_BACKEND_OPENCV);
+        net->net.setPreferableTarget(cv::dnn::DNN_TARGET_CPU);
+    } catch (const std::exception&) {
+        // Its text is the name of a source file and a line: nothing for the user.
+        return std::unexpected(cannotLoad);
+    }
+    return OpenCvNetwork(std::move(net));
+}
+
+std::expected<std::vector<NeuralOutput>, std::string> OpenCvNetwork::run(
+    std::span<const Input> inputs) {
+    try {
+        for (const Input& input : inputs) {
+            const std::array shape{1, 3, input.height, input.width};
+            if (input.width <= 0 || input.height <= 0 ||
+                input.planes.size() != static_cast<std::size_t>(input.width) *
+                                           static_cast<std::size_t>(input.height) * 3) {
+                return std::unexpected(cannotRun);
+            }
+            net_->net.setInput(cv::Mat(4, shape.data(), CV_32F,
+                                       const_cast<float*>(input.planes.data())),  // NOLINT
+                               input.name);
+        }
+        std::vector<cv::Mat> mats;
+        net_->net.forward(mats, net_->outputNames);
+        std::vector<NeuralOutput> outputs;
+        for (std::size_t i = 0; i < mats.size(); ++i) {
+            const cv::Mat values = mats[i].isContinuous() ? mats[i] : mats[i].clone();
+            if (values.type() != CV_32F) return std::unexpected(cannotRun);
+            const auto* first = values.ptr<float>();
+            outputs.push_back({net_->outputNames[i], {first, first + values.total()}});
+        }
+        return outputs;
+    } catch (const std::exception&) {
+        return std::unexpected(cannotRun);
+    }
+}
+
+OpenCvNetwork::Input planesOf(std::string name, const cv::Mat& bgr,
+                              NeuralModels::ChannelOrder order) {
+    const std::size_t plane = bgr.total();
+    OpenCvNetwork::Input input{std::move(name), bgr.cols, bgr.rows, std::vector<float>(plane * 3)};
+    std::array<float*, 3> to{input.planes.data(), input.planes.data() + plane,
+                             input.planes.data() + 2 * plane};
+    if (order == NeuralModels::ChannelOrder::rgb) std::swap(to[0], to[2]);
+    for (int row = 0; row < bgr.rows; ++row) {
+        const auto* from = bgr.ptr<std::uint8_t>(row);
+        for (int column = 0; column < bgr.cols; ++column) {
+            for (float*& channel : to)
+                *channel++ = *from++;
+        }
+    }
+    return input;
+}
+
+std::optional<OpenCvNetwork::Input> networkInput(std::string name, const Bitmap& image,
+                                                 NeuralModels::ChannelOrder order) {
+    try {
+        const auto bgr = bgrMat(image);
+        if (!bgr) return std::nullopt;
+        return planesOf(std::move(name), *bgr, order);
+    } catch (const cv::Exception&) {
+        return std::nullopt;
+    }
+}
+
+}  // namespace marrowby

@@ -1,0 +1,56 @@
+#include "Platforms/Linux/SessionTruth.h"
+
+#include "UnlockCore/Platform/LockNotifications.h"
+
+#include <algorithm>
+
+namespace marrowby {
+namespace {
+
+LockReading lockOf(const SessionSources& sources) {
+    using enum LockReading;
+    if (sources.display == locked || sources.hint == locked) return locked;
+    // A saver may be on without a lock: who keeps the hint knows better.
+    if (sources.hint == unlocked && sources.hintIsKept) return unlocked;
+    // All that is left to disagree: the first to know of a lock is right.
+    return std::max({sources.saver, sources.hint, sources.display});
+}
+
+}  // namespace
+
+SessionTruth SessionTruth::of(const SessionSources& sources) {
+    return {
+        .lock = lockOf(sources),
+        .saver = sources.saver,
+        .isOnConsole = sources.isActive ? sources.isActive : sources.isDisplayOnConsole,
+        .isAsleep = sources.isPreparingForSleep.value_or(false),
+    };
+}
+
+std::vector<SessionAnnouncement> announcements(const SessionTruth& before,
+                                               const SessionTruth& now) {
+    using enum SessionAnnouncement::Center;
+    const auto isAway = [](const SessionTruth& truth) { return truth.isOnConsole == false; };
+    const auto isLocked = [](const SessionTruth& truth) {
+        return truth.lock == LockReading::locked;
+    };
+
+    std::vector<SessionAnnouncement> list;
+    if (before.isAsleep && !now.isAsleep) list.push_back({workspace, locknotification::didWake});
+    if (isAway(before) && !isAway(now))
+        list.push_back({workspace, locknotification::screensDidWake});
+
+    if (!isLocked(before) && isLocked(now))
+        list.push_back({distributed, locknotification::screenIsLocked});
+    if (isLocked(before) && !isLocked(now))
+        list.push_back({distributed, locknotification::screenIsUnlocked});
+    if (before.saver == LockReading::locked && now.saver == LockReading::unlocked)
+        list.push_back({distributed, locknotification::screenSaverDidStop});
+
+    if (!isAway(before) && isAway(now))
+        list.push_back({workspace, locknotification::screensDidSleep});
+    if (!before.isAsleep && now.isAsleep) list.push_back({workspace, locknotification::willSleep});
+    return list;
+}
+
+}  // namespace marrowby

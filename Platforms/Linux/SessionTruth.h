@@ -1,0 +1,54 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+namespace marrowby {
+
+enum class LockReading { unknown, unlocked, locked };
+
+/// What each source says about the user's login session at one moment.
+struct SessionSources {
+    /// Windows of known lockers on the X display.
+    LockReading display = LockReading::unknown;
+    /// The session's LockedHint.
+    LockReading hint = LockReading::unknown;
+    /// Somebody has been seen to set the hint; nobody has to, and until then it is false.
+    bool hintIsKept = false;
+    /// The session bus's screen savers.
+    LockReading saver = LockReading::unknown;
+    /// What logind and, where it is silent, the display say about who has the screen.
+    std::optional<bool> isActive{};
+    std::optional<bool> isDisplayOnConsole{};
+    std::optional<bool> isPreparingForSleep{};
+    friend bool operator==(const SessionSources&, const SessionSources&) = default;
+};
+
+/// What is true of the session in the light of all sources.
+struct SessionTruth {
+    LockReading lock = LockReading::unknown;
+    LockReading saver = LockReading::unknown;
+    std::optional<bool> isOnConsole{};
+    bool isAsleep = false;
+    friend bool operator==(const SessionTruth&, const SessionTruth&) = default;
+
+    /// The firmest source that has something to say wins: a locker's window on the display, then a
+    /// hint that is kept, then a screen saver that is on. No locker in sight outranks nobody: not
+    /// all are known.
+    [[nodiscard]] static SessionTruth of(const SessionSources& sources);
+};
+
+/// One notification to post. The name is static.
+struct SessionAnnouncement {
+    enum class Center { workspace, distributed };
+    Center center;
+    const char* name;
+};
+
+/// What is to be announced, in order: coming back, the lock, going away. Unknown counts as
+/// unlocked, on the console and awake, so that a source that is lost while locked is announced as
+/// an unlock. A session that another one takes the screen from sees its screens sleep.
+[[nodiscard]] std::vector<SessionAnnouncement> announcements(const SessionTruth& before,
+                                                             const SessionTruth& now);
+
+}  // namespace marrowby

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "UnlockCore/Platform/WorkQueues.h"
+
+#include <memory>
+
+namespace marrowby {
+
+/// Worker threads: one of its own for each serial queue, up to four for the background queue,
+/// started when there is work. Destroying a queue waits for its work, except on one of the queue's
+/// own threads, which then goes on by itself. Work must not wait for the thread that destroys its
+/// queue. Ends the process when the system gives no thread.
+class ThreadWorkQueues final : public WorkQueues {
+  public:
+    ThreadWorkQueues();
+    ~ThreadWorkQueues() override;
+    ThreadWorkQueues(const ThreadWorkQueues&) = delete;
+    ThreadWorkQueues& operator=(const ThreadWorkQueues&) = delete;
+
+    [[nodiscard]] std::shared_ptr<WorkQueue> serial(std::string label) override;
+    [[nodiscard]] std::shared_ptr<WorkQueue> background() override { return background_; }
+
+  private:
+    class Orphans;
+    class Queue;
+
+    std::shared_ptr<Orphans> orphans_;
+    std::shared_ptr<WorkQueue> background_;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "UnlockCore/Platform/InputIdle.h"
+
+#include <expected>
+#include <memory>
+#include <string>
+
+namespace marrowby {
+
+/// The idle time of an X display, synthetic input included. Waits for the X server. There is no
+/// registry; on a lost display the idle time is not a number.
+class X11InputIdle final : public InputIdle {
+  public:
+    /// The error is a sentence for the user.
+    [[nodiscard]] static std::expected<std::unique_ptr<X11InputIdle>, std::string> create(
+        const std::string& displayName);
+    ~X11InputIdle() override;
+
+    [[nodiscard]] TimeInterval secondsSinceLastInput() const override;
+    [[nodiscard]] std::optional<std::uint64_t> registryIdleNanoseconds() const override {
+        return std::nullopt;
+    }
+    [[nodiscard]] TimeInterval systemUptime() const override;
+
+  private:
+    struct Display;
+    explicit X11InputIdle(std::unique_ptr<const Display> display);
+
+    std::unique_ptr<const Display> display_;
+};
+
+}  // namespace marrowby

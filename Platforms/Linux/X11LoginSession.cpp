@@ -1,0 +1,57 @@
+#include "Platforms/Linux/X11LoginSession.h"
+
+#include "Platforms/Linux/X11LockerTraceReader.h"
+#include "Platforms/Linux/XcbConnection.h"
+
+#include <cstdint>
+#include <utility>
+
+namespace marrowby {
+
+struct X11LoginSession::Display {
+    explicit Display(std::unique_ptr<XcbConnection> opened)
+        : connection(std::move(opened)),
+          reader(*connection),
+          hasTerminal(connection->atom("XFree86_has_VT")) {}
+
+    /// A server that runs on a virtual terminal writes down whether it is in front; others always
+    /// are.
+    [[nodiscard]] bool isInFront() const {
+        const auto property = connection->reply<xcb_get_property_reply>(xcb_get_property(
+            connection->get(), 0, connection->root(), hasTerminal, XCB_ATOM_INTEGER, 0, 1));
+        if (!property || property->format != 32 ||
+            xcb_get_property_value_length(property.get()) < 4) {
+            return true;
+        }
+        return *static_cast<const std::int32_t*>(xcb_get_property_value(property.get())) != 0;
+    }
+
+    std::unique_ptr<XcbConnection> connection;
+    X11LockerTraceReader reader;
+    xcb_atom_t hasTerminal;
+};
+
+std::expected<std::unique_ptr<X11LoginSession>, std::string> X11LoginSession::create(
+    const std::string& displayName) {
+    auto connection = XcbConnection::create(displayName);
+    if (!connection) return std::unexpected(connection.error());
+    return std::unique_ptr<X11LoginSession>(
+        new X11LoginSession(std::make_unique<const Display>(std::move(*connection))));
+}
+
+X11LoginSession::X11LoginSession(std::unique_ptr<const Display> display)
+    : display_(std::move(display)) {}
+
+X11LoginSession::~X11LoginSession() = default;
+
+// The connection serves many threads at once by itself.
+std::optional<SessionDictionary> X11LoginSession::copyCurrentDictionary() const {
+    display_->connection->discardEvents();
+    const bool isInFront = display_->isInFront();
+    const auto traces = display_->reader.read();
+    if (!traces) return std::nullopt;
+    return SessionDictionary{{sessionkey::screenIsLocked, lockerHolding(*traces).has_value()},
+                             {sessionkey::onConsole, isInFront}};
+}
+
+}  // namespace marrowby

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "UnlockCore/Platform/KeyEvents.h"
+
+#include <functional>
+#include <string>
+
+namespace marrowby {
+
+/// Keys through the X server's XTEST extension; codes are keysyms. Any thread.
+///
+/// A source types with what the active layout gives without a modifier and lends every other
+/// character to a key that has none. So held keys and Caps Lock change nothing, and lockers that
+/// read modifiers late see none. No source where a text needs more such keys than the layout leaves
+/// free (19 with the usual one of Xvfb), or holds control characters.
+class XTestKeyEvents final : public KeyEvents {
+  public:
+    using Pause = std::function<void(TimeInterval)>;
+
+    /// Blocks the thread as pause() does.
+    static void sleep(TimeInterval duration);
+
+    /// `displayName` as in DISPLAY. `pause` takes every wait, also those between single events.
+    explicit XTestKeyEvents(std::string displayName, Pause pause = &sleep);
+
+    [[nodiscard]] bool isTrusted() const override;
+    [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::x11Locker; }
+    [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
+        std::span<const char16_t> text, std::span<const std::uint32_t> codes) override;
+    void pause(TimeInterval duration) override { pause_(duration); }
+
+  private:
+    std::string displayName_;
+    Pause pause_;
+};
+
+}  // namespace marrowby
