@@ -1,0 +1,284 @@
+#include "UnlockCore/Recognition/CameraManager.h"
+
+#include "UnlockCore/Foundation/Fatal.h"
+#include "UnlockCore/Foundation/Mutex.h"
+#include "UnlockCore/Recognition/CameraFormatPicker.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+constexpr const char* claimName = "unlock";
+constexpr const char* queueLabel = "app.quenby.unlock.camera";
+constexpr std::int64_t maximumHeight = 720;
+constexpr double frameRate = 30;
+constexpr FrameDuration frameDuration{1, 30};
+
+}  // namespace
+
+/// The queue's half: turns sample buffers into frames and remembers the newest.
+class CameraManager::Delivery {
+  public:
+    Delivery(const Services& services, double workingLongEdge)
+        : imaging_(services.imaging), clock_(services.clock), workingLongEdge_(workingLongEdge) {}
+
+    void deliver(const SampleBuffer& sample) {
+        if (!sample.image) return;
+        const Size size = sample.image->extent();
+        const double longEdge = std::max(size.width, size.height);
+        const double scale = workingLongEdge_ < longEdge ? workingLongEdge_ / longEdge : 1;
+        std::optional<Bitmap> image =
+            imaging_.render(*sample.image, {0, 0, size.width, size.height}, scale);
+        if (!image) return;
+
+        std::optional<CameraFrame> frame;
+        std::function<void(const CameraFrame&)> onFrame;
+        {
+            const MutexLock lock(mutex_);
+            if (!accepting_) return;
+            nextID_ = incremented(nextID_);
+            frame = CameraFrame{.id = nextID_,
+                                .image = *std::move(image),
+                                .source = sample.image,
+                                .sourceSize = size,
+                                .timestamp = clock_.now()};
+            latest_ = frame;
+            onFrame = onFrame_;
+        }
+        if (onFrame) onFrame(*frame);
+    }
+
+    void accept(bool accepting) {
+        const MutexLock lock(mutex_);
+        latest_.reset();
+        accepting_ = accepting;
+    }
+
+    void setOnFrame(std::function<void(const CameraFrame&)> onFrame) {
+        const MutexLock lock(mutex_);
+        std::swap(onFrame_, onFrame);
+    }
+
+    [[nodiscard]] std::optional<CameraFrame> latest() const {
+        const MutexLock lock(mutex_);
+        return latest_;
+    }
+
+    void setRunning(bool running) {
+        const MutexLock lock(mutex_);
+        running_ = running;
+    }
+
+    [[nodiscard]] bool isRunning() const {
+        const MutexLock lock(mutex_);
+        return running_;
+    }
+
+  private:
+    const Imaging& imaging_;
+    const SystemClock& clock_;
+    const double workingLongEdge_;
+
+    mutable Mutex mutex_;
+    std::function<void(const CameraFrame&)> onFrame_ GUARDED_BY(mutex_);
+    std::optional<CameraFrame> latest_ GUARDED_BY(mutex_);
+    bool accepting_ GUARDED_BY(mutex_) = false;
+    /// What the session said of itself after the queue's last start or stop.
+    bool running_ GUARDED_BY(mutex_) = false;
+    std::int64_t nextID_ GUARDED_BY(mutex_) = 0;
+};
+
+/// The camera-use claim. Main thread.
+struct CameraManager::Claim {
+    CameraUseRegistry& registry;
+    bool announced = false;
+    /// Counts the successful starts.
+    std::int64_t generation = 0;
+
+    void announce() {
+        if (announced) return;
+        announced = true;
+        registry.claim(claimName);
+    }
+    void withdraw() {
+        if (!announced) return;
+        announced = false;
+        registry.withdraw(claimName);
+    }
+};
+
+CameraManager::CameraManager(std::shared_ptr<CaptureSession> session, const Services& services,
+                             double workingLongEdge)
+    : session_(std::move(session)),
+      services_(services),
+      queue_(services.queues.serial(queueLabel)),
+      delivery_(std::make_shared<Delivery>(services, workingLongEdge)),
+      claim_(std::make_shared<Claim>(services.registry)) {}
+
+CameraManager::~CameraManager() {
+    delivery_->accept(false);
+    delivery_->setOnFrame({});
+    if (input_) {
+        session_->beginConfiguration();
+        detach();
+        session_->commitConfiguration();
+    }
+    queue_->async([session = session_] {
+        if (session->isRunning()) session->stop();
+    });
+    claim_->withdraw();
+}
+
+CameraManager::Permission CameraManager::permission(const CaptureSession& session) {
+    switch (session.authorization()) {
+        case CaptureAuthorization::notDetermined:
+            return Permission::notDetermined;
+        case CaptureAuthorization::restricted:
+            return Permission::restricted;
+        case CaptureAuthorization::authorized:
+            return Permission::granted;
+        case CaptureAuthorization::denied:
+        case CaptureAuthorization::unknown:
+            return Permission::denied;
+    }
+    return Permission::denied;
+}
+
+CameraManager::Permission CameraManager::permission() const {
+    return permission(*session_);
+}
+
+void CameraManager::requestAccess(std::function<void(bool)> reply) {
+    session_->requestAccess(
+        [&mainThread = services_.mainThread, reply = std::move(reply)](bool granted) {
+            mainThread.post([reply, granted] { reply(granted); });
+        });
+}
+
+std::vector<CameraDevice> CameraManager::availableCameras() const {
+    constexpr std::array types{CaptureDeviceType::builtInWideAngleCamera,
+                               CaptureDeviceType::externalCamera,
+                               CaptureDeviceType::continuityCamera};
+    std::vector<CameraDevice> cameras;
+    for (const CaptureDeviceDescription& device : session_->discover(types)) {
+        cameras.push_back({device.uniqueID, device.localizedName});
+    }
+    return cameras;
+}
+
+std::expected<void, CameraError> CameraManager::start(const std::optional<std::string>& cameraID) {
+    if (session_->authorization() != CaptureAuthorization::authorized) {
+        return std::unexpected(CameraError::NotAllowed{});
+    }
+    const auto device = chooseDevice(cameraID);
+    if (!device) return std::unexpected(CameraError::NoCamera{});
+
+    session_->beginConfiguration();
+    if (!configured_) {
+        session_->setPreset(CapturePreset::high);
+        // Weak: the session may outlive this manager, and the delivery lives as long as the
+        // manager.
+        session_->addOutput({.pixelFormat = CapturePixelFormat::bgra32, .discardsLateFrames = true},
+                            queue_, [weak = std::weak_ptr(delivery_)](const SampleBuffer& sample) {
+                                if (const auto delivery = weak.lock()) delivery->deliver(sample);
+                            });
+        configured_ = true;
+    }
+    std::expected<void, CameraError> attached;
+    if (!input_ || input_->deviceID() != device->uniqueID) attached = attach(device->uniqueID);
+    session_->commitConfiguration();
+    if (!attached) return attached;
+
+    claim_->generation = incremented(claim_->generation);
+    delivery_->accept(true);
+    claim_->announce();
+    queue_->async([session = session_, delivery = delivery_] {
+        if (!session->isRunning()) session->start();
+        delivery->setRunning(session->isRunning());
+    });
+    return {};
+}
+
+void CameraManager::stop() {
+    delivery_->accept(false);
+    queue_->async([session = session_, delivery = delivery_, weak = std::weak_ptr(claim_),
+                   generation = claim_->generation, &mainThread = services_.mainThread] {
+        if (session->isRunning()) session->stop();
+        delivery->setRunning(session->isRunning());
+        mainThread.post([weak, generation] {
+            const auto claim = weak.lock();
+            if (claim && claim->generation == generation) claim->withdraw();
+        });
+    });
+}
+
+void CameraManager::setOnFrame(std::function<void(const CameraFrame&)> onFrame) {
+    delivery_->setOnFrame(std::move(onFrame));
+}
+
+std::optional<CameraFrame> CameraManager::latestFrame() const {
+    return delivery_->latest();
+}
+
+bool CameraManager::isRunning() const {
+    return delivery_->isRunning();
+}
+
+std::optional<CaptureDeviceDescription> CameraManager::chooseDevice(
+    const std::optional<std::string>& cameraID) const {
+    if (cameraID) {
+        if (auto device = session_->device(*cameraID)) return device;
+    }
+    if (auto device = session_->defaultDevice(CaptureDeviceType::builtInWideAngleCamera,
+                                              CapturePosition::front)) {
+        return device;
+    }
+    return session_->defaultDevice();
+}
+
+std::expected<void, CameraError> CameraManager::attach(const std::string& deviceID) {
+    detach();
+    auto input = session_->makeInput(deviceID);
+    if (!input) return std::unexpected(CameraError::CannotOpen{input.error()});
+    if (!session_->addInput(**input)) {
+        return std::unexpected(CameraError::CannotOpen{"the session won’t take it"});
+    }
+    input_ = *std::move(input);
+    applyFormat(*input_);
+    return {};
+}
+
+void CameraManager::detach() {
+    if (!input_) return;
+    session_->removeInput(*input_);
+    input_.reset();
+}
+
+void CameraManager::applyFormat(CaptureInput& input) {
+    const std::vector<CaptureFormat> formats = input.formats();
+    std::vector<cameraformatpicker::Candidate> candidates;
+    for (const CaptureFormat& format : formats) {
+        double fastest = 0;
+        for (const FrameRateRange& range : format.frameRates) {
+            fastest = std::max(fastest, range.maximum);
+        }
+        candidates.push_back({format.width, format.height, fastest});
+    }
+    const auto picked = cameraformatpicker::pick(candidates, maximumHeight, frameRate);
+    if (!picked || !input.lockForConfiguration()) return;
+    input.setActiveFormat(*picked);
+    if (std::ranges::any_of(formats[*picked].frameRates, [](const FrameRateRange& range) {
+            return range.minimum <= frameRate && range.maximum >= frameRate;
+        })) {
+        input.setFrameDuration(frameDuration);
+    }
+    input.unlockForConfiguration();
+}
+
+}  // namespace marrowby

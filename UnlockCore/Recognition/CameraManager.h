@@ -1,0 +1,88 @@
+#pragma once
+
+#include "Kit/CameraUseRegistry.h"
+#include "UnlockCore/Platform/CaptureSession.h"
+#include "UnlockCore/Platform/Imaging.h"
+#include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/SystemClock.h"
+#include "UnlockCore/Platform/WorkQueues.h"
+#include "UnlockCore/Recognition/CameraDevice.h"
+#include "UnlockCore/Recognition/CameraError.h"
+#include "UnlockCore/Recognition/CameraFrame.h"
+
+#include <expected>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// One capture session on one camera: starts and stops it, and makes a CameraFrame of every
+/// picture. Main thread, except that frames are made and handed over on its own serial queue. A
+/// frame that is being made while the manager stops or goes away is dropped; a call of `onFrame`
+/// that has begun runs to its end.
+class CameraManager {
+  public:
+    enum class Permission { notDetermined, granted, denied, restricted };
+
+    /// Everything here outlives the manager and its queue's last work.
+    struct Services {
+        WorkQueues& queues;
+        MainThread& mainThread;
+        const SystemClock& clock;
+        const Imaging& imaging;
+        CameraUseRegistry& registry;
+    };
+
+    /// `workingLongEdge`: the longest side of a working image, in pixels.
+    CameraManager(std::shared_ptr<CaptureSession> session, const Services& services,
+                  double workingLongEdge);
+    ~CameraManager();
+    CameraManager(const CameraManager&) = delete;
+    CameraManager& operator=(const CameraManager&) = delete;
+
+    [[nodiscard]] static Permission permission(const CaptureSession& session);
+    [[nodiscard]] Permission permission() const;
+    /// Asks the user where the system does so; the answer comes on the main thread.
+    void requestAccess(std::function<void(bool)> reply);
+
+    [[nodiscard]] std::vector<CameraDevice> availableCameras() const;
+
+    /// Opens the camera with this unique ID, or the default one where there is none such, and
+    /// returns before it runs.
+    [[nodiscard]] std::expected<void, CameraError> start(
+        const std::optional<std::string>& cameraID);
+    /// No frame is kept or handed over after this. Returns before the camera has stopped.
+    void stop();
+
+    /// Called on the queue for every frame. It must not take long: pictures that come meanwhile are
+    /// lost.
+    void setOnFrame(std::function<void(const CameraFrame&)> onFrame);
+
+    /// The newest frame since the last start. Any thread, as is isRunning().
+    [[nodiscard]] std::optional<CameraFrame> latestFrame() const;
+    [[nodiscard]] bool isRunning() const;
+
+  private:
+    class Delivery;
+    struct Claim;
+
+    [[nodiscard]] std::optional<CaptureDeviceDescription> chooseDevice(
+        const std::optional<std::string>& cameraID) const;
+    [[nodiscard]] std::expected<void, CameraError> attach(const std::string& deviceID);
+    void detach();
+    static void applyFormat(CaptureInput& input);
+
+    std::shared_ptr<CaptureSession> session_;
+    Services services_;
+    std::shared_ptr<WorkQueue> queue_;
+    /// What the queue's work shares with this manager, and may outlive it.
+    std::shared_ptr<Delivery> delivery_;
+    std::shared_ptr<Claim> claim_;
+    std::unique_ptr<CaptureInput> input_;
+    bool configured_ = false;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Geometry.h"
+#include "UnlockCore/Recognition/FaceLandmarks.h"
+
+#include <optional>
+
+namespace marrowby {
+
+/// One face in an image.
+struct DetectedFace {
+    /// Pixels, origin at the top-left.
+    Rect boundingBox = {};
+    /// The same as the finder reports it: 0…1, origin at the bottom-left.
+    Rect normalizedBoundingBox = {};
+    /// Capture quality, 0…1, higher is better.
+    std::optional<float> quality = std::nullopt;
+    /// Radians; yaw positive to the person's left, pitch negative up.
+    std::optional<float> yaw = std::nullopt;
+    std::optional<float> roll = std::nullopt;
+    std::optional<float> pitch = std::nullopt;
+    std::optional<FaceLandmarks> landmarks = std::nullopt;
+    /// Pixels of the image.
+    Size imageSize = {};
+
+    friend bool operator==(const DetectedFace&, const DetectedFace&) = default;
+};
+
+}  // namespace marrowby

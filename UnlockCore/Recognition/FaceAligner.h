@@ -1,0 +1,50 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Bitmap.h"
+#include "UnlockCore/Foundation/Geometry.h"
+#include "UnlockCore/Platform/Imaging.h"
+#include "UnlockCore/Recognition/AlignedFace.h"
+#include "UnlockCore/Recognition/DetectedFace.h"
+#include "UnlockCore/Recognition/FaceLandmarks.h"
+
+#include <array>
+#include <optional>
+#include <span>
+
+namespace marrowby {
+
+/// Cuts a detected face out of its picture, upright, as the networks expect it. Any thread.
+class FaceAligner {
+  public:
+    static constexpr int side = 112;
+    /// Where the eyes, the nose and the mouth corners of a crop lie, in its pixels, the smaller x
+    /// first: the positions published with the ArcFace networks (https://arxiv.org/abs/1801.07698).
+    static constexpr std::array<Point, 5> reference{
+        Point{38.2946, 51.6963}, Point{73.5318, 51.5014}, Point{56.0252, 71.7366},
+        Point{41.5493, 92.3655}, Point{70.7299, 92.2041}};
+
+    /// `imaging` outlives the aligner.
+    explicit FaceAligner(const Imaging& imaging) : imaging_(&imaging) {}
+
+    /// By five points, else by the two eyes; nothing where neither works.
+    [[nodiscard]] std::optional<AlignedFace> align(const DetectedFace& face,
+                                                   const Bitmap& image) const;
+
+    /// The pupils, else the middles of the eyes; the smaller x first. Nothing where they coincide.
+    [[nodiscard]] static std::optional<std::array<Point, 2>> eyePoints(
+        const FaceLandmarks& landmarks);
+    /// In the order of `reference`.
+    [[nodiscard]] static std::optional<std::array<Point, 5>> fivePoints(
+        const FaceLandmarks& landmarks);
+    /// The similarity from five or two points to the first of `reference`; nothing for other
+    /// counts.
+    [[nodiscard]] static std::optional<AffineTransform> estimate(std::span<const Point> points);
+
+  private:
+    [[nodiscard]] std::optional<AlignedFace> align(std::span<const Point> points,
+                                                   AlignmentTier tier, const Bitmap& image) const;
+
+    const Imaging* imaging_;
+};
+
+}  // namespace marrowby

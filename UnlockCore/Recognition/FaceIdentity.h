@@ -1,0 +1,41 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Time.h"
+#include "UnlockCore/Foundation/UUID.h"
+#include "UnlockCore/Recognition/FaceEmbedding.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// One captured view of an enrolled face.
+struct FaceSample {
+    /// Normalised.
+    Embedding embedding;
+    /// The enrolment pose it was taken in.
+    std::optional<std::string> pose;
+    Date capturedAt;
+    /// Capture quality, 0…1.
+    std::optional<float> quality;
+
+    friend bool operator==(const FaceSample&, const FaceSample&) = default;
+};
+
+/// An enrolled person (or one look of a person). A disabled one is kept but never matched.
+struct FaceIdentity {
+    UUID id;
+    std::string name;
+    std::vector<FaceSample> samples;
+    /// Which embedding model made the samples, and how long they are.
+    std::string modelIdentifier;
+    std::int64_t dimension = 0;
+    Date createdAt;
+    bool isEnabled = true;
+
+    friend bool operator==(const FaceIdentity&, const FaceIdentity&) = default;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "UnlockCore/Recognition/FaceIdentity.h"
+#include "UnlockCore/Recognition/ScoredIdentity.h"
+
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace marrowby {
+
+/// Compares one embedding with the enrolled faces.
+namespace facematcher {
+
+inline constexpr float lowestThreshold = 0.43F;
+inline constexpr float highestThreshold = 0.8F;
+
+/// The identities of this model, the most alike template first and equal ones in the given order.
+/// Empty for an unusable probe.
+[[nodiscard]] std::vector<ScoredIdentity> score(std::span<const float> probe,
+                                                std::span<const FaceIdentity> identities,
+                                                std::string_view modelIdentifier);
+
+/// The enabled identity with the most alike template, if that and its best sample both reach the
+/// clamped threshold. A runner-up is never tried.
+[[nodiscard]] std::optional<ScoredIdentity> bestMatch(std::span<const float> probe,
+                                                      std::span<const FaceIdentity> identities,
+                                                      std::string_view modelIdentifier,
+                                                      float threshold);
+
+/// Whether both similarities reach the clamped threshold.
+[[nodiscard]] bool isMatch(const ScoredIdentity& scored, float threshold);
+
+/// The threshold that is applied: 0.5 for one that is not finite.
+[[nodiscard]] float clampedThreshold(float threshold);
+
+}  // namespace facematcher
+
+}  // namespace marrowby

@@ -1,0 +1,60 @@
+#include "UnlockCore/Recognition/FaceRecognizer.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace marrowby {
+
+namespace {
+
+/// Between box centres, in parts of the image.
+constexpr double nearby = 0.3;
+
+const DetectedFace& choose(const std::vector<DetectedFace>& faces,
+                           const std::optional<DetectedFace>& previousFace) {
+    if (previousFace) {
+        const auto gap =
+            [centre = previousFace->normalizedBoundingBox.centre()](const DetectedFace& face) {
+                return distance(face.normalizedBoundingBox.centre(), centre);
+            };
+        const auto nearest = std::ranges::min_element(faces, {}, gap);
+        if (gap(*nearest) < nearby) return *nearest;
+    }
+    return *std::ranges::max_element(
+        faces, {}, [](const DetectedFace& face) { return face.boundingBox.area(); });
+}
+
+}  // namespace
+
+FaceRecognizer::FaceRecognizer(FaceVision& vision, const Imaging& imaging,
+                               std::shared_ptr<FaceEmbedder> embedder, double minimumFaceWidth)
+    : detector_(vision),
+      aligner_(imaging),
+      embedder_(std::move(embedder)),
+      minimumFaceWidth_(minimumFaceWidth) {}
+
+std::expected<FaceRecognition, FaceRecognitionError> FaceRecognizer::recognise(
+    const CameraFrame& frame, const std::optional<DetectedFace>& previousFace) const {
+    auto faces = detector_.detect(frame.image);
+    if (!faces)
+        return std::unexpected<FaceRecognitionError>(
+            FaceRecognitionError::DetectionFailed{faces.error()});
+    std::erase_if(*faces, [this](const DetectedFace& face) {
+        return !(face.boundingBox.width >= minimumFaceWidth_);
+    });
+    if (faces->empty())
+        return std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{});
+
+    const DetectedFace& face = choose(*faces, previousFace);
+    auto aligned = aligner_.align(face, frame.image);
+    if (!aligned) return std::unexpected<FaceRecognitionError>(FaceRecognitionError::CannotAlign{});
+    auto embedding = embedder_->embed(aligned->image);
+    if (!embedding) return std::unexpected<FaceRecognitionError>(std::move(embedding).error());
+    return FaceRecognition{.embedding = *std::move(embedding),
+                           .alignedImage = std::move(aligned->image),
+                           .alignmentTier = aligned->tier,
+                           .face = face};
+}
+
+}  // namespace marrowby

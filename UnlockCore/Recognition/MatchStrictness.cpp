@@ -1,0 +1,48 @@
+#include "UnlockCore/Recognition/MatchStrictness.h"
+
+namespace marrowby {
+
+std::optional<MatchStrictness> matchStrictness(std::string_view text) {
+    for (const MatchStrictness strictness : allMatchStrictnesses) {
+        if (rawValue(strictness) == text) return strictness;
+    }
+    return std::nullopt;
+}
+
+std::string_view rawValue(MatchStrictness strictness) {
+    switch (strictness) {
+        case MatchStrictness::relaxed:
+            return "relaxed";
+        case MatchStrictness::standard:
+            return "standard";
+        case MatchStrictness::strict:
+            return "strict";
+    }
+    return {};
+}
+
+std::string_view displayName(MatchStrictness strictness) {
+    switch (strictness) {
+        case MatchStrictness::relaxed:
+            return "Relaxed";
+        case MatchStrictness::standard:
+            return "Standard";
+        case MatchStrictness::strict:
+            return "Strict";
+    }
+    return {};
+}
+
+float threshold(MatchStrictness strictness) {
+    switch (strictness) {
+        case MatchStrictness::relaxed:
+            return 0.45F;
+        case MatchStrictness::standard:
+            return 0.50F;
+        case MatchStrictness::strict:
+            return 0.58F;
+    }
+    return 0.58F;
+}
+
+}  // namespace marrowby

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string_view>
+
+namespace marrowby {
+
+/// How alike a face must be to the enrolled one.
+enum class MatchStrictness { relaxed, standard, strict };
+
+inline constexpr std::array allMatchStrictnesses{
+    MatchStrictness::relaxed, MatchStrictness::standard, MatchStrictness::strict};
+
+[[nodiscard]] std::optional<MatchStrictness> matchStrictness(std::string_view rawValue);
+[[nodiscard]] std::string_view rawValue(MatchStrictness strictness);
+[[nodiscard]] std::string_view displayName(MatchStrictness strictness);
+/// A cosine similarity.
+[[nodiscard]] float threshold(MatchStrictness strictness);
+
+}  // namespace marrowby
