@@ -1,0 +1,29 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string_view>
+
+namespace marrowby {
+
+/// One measured sign of a live face or of a picture, in the order in which the evaluator checks
+/// them.
+enum class LivenessCue { realFace, planar, moire, glossGlare, deviceDetected, headTurn };
+
+/// What a cue may do to the decision: be the model's judgement, deny, or confirm.
+enum class LivenessCueRole { model, deny, confirm };
+
+inline constexpr std::array allLivenessCues{LivenessCue::realFace,       LivenessCue::planar,
+                                            LivenessCue::moire,          LivenessCue::glossGlare,
+                                            LivenessCue::deviceDetected, LivenessCue::headTurn};
+
+/// An unknown raw value is no cue.
+[[nodiscard]] std::optional<LivenessCue> livenessCue(std::string_view rawValue);
+
+[[nodiscard]] std::string_view rawValue(LivenessCue cue);
+[[nodiscard]] LivenessCueRole role(LivenessCue cue);
+[[nodiscard]] std::string_view title(LivenessCue cue);
+[[nodiscard]] std::string_view description(LivenessCue cue);
+[[nodiscard]] std::string_view denialMessage(LivenessCue cue);
+
+}  // namespace marrowby

@@ -1,0 +1,10 @@
+#include "UnlockCore/Liveness/LivenessDecision.h"
+
+namespace marrowby {
+
+std::optional<std::string_view> refusalText(const LivenessDecision& decision) {
+    const auto* denied = std::get_if<LivenessDecision::Denied>(&decision);
+    return denied ? std::optional(denialMessage(denied->cue)) : std::nullopt;
+}
+
+}  // namespace marrowby

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Time.h"
+#include "UnlockCore/Liveness/AntiSpoofScore.h"
+#include "UnlockCore/Liveness/GlareSample.h"
+#include "UnlockCore/Liveness/LandmarkPoint.h"
+#include "UnlockCore/Liveness/MoireSample.h"
+#include "UnlockCore/Recognition/DetectedFace.h"
+
+#include <optional>
+#include <vector>
+
+namespace marrowby {
+
+/// What one camera frame tells about its face. What was not measured is absent.
+struct LivenessFrame {
+    Date timestamp;
+    /// Ordered by region and index.
+    std::vector<LandmarkPoint> landmarks;
+    /// Pixels.
+    double interocularDistance = 0;
+    /// Radians, as the face detector reports it.
+    std::optional<double> yaw;
+    /// The nose's sideways offset relative to the face.
+    std::optional<double> noseOffsetRatio;
+    bool hasReliableLandmarks = false;
+    /// Share of the face's box inside a phone- or tablet-shaped rectangle, 0…1.
+    std::optional<double> deviceOverlapFraction;
+    std::optional<GlareSample> glare;
+    std::optional<MoireSample> moire;
+    std::optional<AntiSpoofScore> antiSpoof;
+};
+
+/// What the detector itself tells about a face; everything else is absent. Landmarks are reliable
+/// when they show two eyes and a nose.
+[[nodiscard]] LivenessFrame livenessFrame(const DetectedFace& face, Date timestamp);
+
+}  // namespace marrowby

@@ -1,0 +1,54 @@
+#include "UnlockCore/Liveness/LivenessMode.h"
+
+#include <algorithm>
+
+namespace marrowby {
+
+namespace {
+
+bool equalsIgnoringCase(std::string_view text, std::string_view lowerCase) {
+    return std::ranges::equal(text, lowerCase, [](char a, char b) {
+        return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b;
+    });
+}
+
+}  // namespace
+
+LivenessMode livenessMode(std::optional<std::string_view> stored) {
+    if (stored && (equalsIgnoringCase(*stored, "strict") || equalsIgnoringCase(*stored, "heavy"))) {
+        return LivenessMode::strict;
+    }
+    return LivenessMode::standard;
+}
+
+std::string_view rawValue(LivenessMode mode) {
+    switch (mode) {
+        case LivenessMode::standard:
+            return "standard";
+        case LivenessMode::strict:
+            return "strict";
+    }
+    return {};
+}
+
+std::string_view title(LivenessMode mode) {
+    switch (mode) {
+        case LivenessMode::standard:
+            return "Standard";
+        case LivenessMode::strict:
+            return "Strict";
+    }
+    return {};
+}
+
+std::string_view settingsNote(LivenessMode mode) {
+    switch (mode) {
+        case LivenessMode::standard:
+            return {};
+        case LivenessMode::strict:
+            return "Also asks for a small turn of the head, in the notch.";
+    }
+    return {};
+}
+
+}  // namespace marrowby

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace marrowby {
+
+/// How much proof of life a look asks for: the real-face model alone, or a small turn of the head
+/// as well.
+enum class LivenessMode { standard, strict };
+
+/// Reads a stored text in any letter case; "heavy" is an older name of strict. Anything else, or
+/// nothing, is standard.
+[[nodiscard]] LivenessMode livenessMode(std::optional<std::string_view> stored);
+
+[[nodiscard]] std::string_view rawValue(LivenessMode mode);
+[[nodiscard]] std::string_view title(LivenessMode mode);
+/// What the mode adds, for the settings; empty where it adds nothing.
+[[nodiscard]] std::string_view settingsNote(LivenessMode mode);
+
+}  // namespace marrowby

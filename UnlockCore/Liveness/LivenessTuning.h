@@ -1,0 +1,38 @@
+#pragma once
+
+#include "UnlockCore/Liveness/LivenessMode.h"
+
+#include <cstdint>
+
+namespace marrowby {
+
+/// The bars of one look's liveness decision. Levels are reached at their value; a cue fires with
+/// its count of frames.
+struct LivenessTuning {
+    /// The real-face mean must be at least this, over at least so many frames, to confirm…
+    float liveThreshold = 0;
+    std::int64_t liveMinimumFrames = 0;
+    /// …and the newest frame's own probability at least this.
+    float liveFrameFloor = 0;
+    /// A real-face mean at or below this, over at least so many frames, denies.
+    float spoofThreshold = 0;
+    std::int64_t spoofMinimumFrames = 0;
+    /// How many of the newest scores the mean is taken over.
+    std::int64_t averagedFrames = 0;
+    float planarLevel = 0;
+    std::int64_t planarFrames = 0;
+    float moireLevel = 0;
+    std::int64_t moireFrames = 0;
+    float glossLevel = 0;
+    std::int64_t glossFrames = 0;
+    float deviceLevel = 0;
+    std::int64_t deviceFrames = 0;
+    std::int64_t headTurnFrames = 0;
+
+    friend bool operator==(const LivenessTuning&, const LivenessTuning&) = default;
+};
+
+/// The tuning that the lock screen uses in a mode.
+[[nodiscard]] LivenessTuning livenessTuning(LivenessMode mode);
+
+}  // namespace marrowby

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Mutex.h"
+#include "UnlockCore/Liveness/AntiSpoofScoring.h"
+#include "UnlockCore/Platform/NeuralModel.h"
+
+#include <expected>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+namespace marrowby {
+
+/// The real-face network: two square crops of the face, 2.7 and 4 times its box, each 80 x 80
+/// pixels, to probabilities. Any thread; one prediction at a time. Immutable once loaded.
+class MiniFASNet final : public AntiSpoofScoring {
+  public:
+    static constexpr std::string_view expectedIdentifier = "minifasnet-2020jul-coreml-1";
+    static constexpr std::string_view defaultFileName = "MiniFASNet.mlmodelc";
+
+    /// From the folder of the application's resources. Fails unless the file is the expected
+    /// network with the expected inputs and outputs.
+    [[nodiscard]] static std::expected<std::unique_ptr<MiniFASNet>, RealFaceModelError> load(
+        const std::filesystem::path& resources, NeuralModels& models,
+        NeuralModels::ComputeUnits computeUnits = NeuralModels::ComputeUnits::all,
+        std::string_view fileName = defaultFileName);
+
+    [[nodiscard]] std::string_view modelIdentifier() const override { return expectedIdentifier; }
+    [[nodiscard]] std::expected<AntiSpoofScore, RealFaceModelError> score(
+        const RGBPixels& image, const Rect& faceBox) override EXCLUDES(mutex_);
+
+  private:
+    explicit MiniFASNet(std::unique_ptr<NeuralModel> model) : model_(std::move(model)) {}
+
+    Mutex mutex_;
+    std::unique_ptr<NeuralModel> model_ GUARDED_BY(mutex_);
+};
+
+}  // namespace marrowby
