@@ -1,0 +1,18 @@
+#pragma once
+
+#include "UnlockCore/Engine/TypingOutcome.h"
+
+#include <functional>
+
+namespace marrowby {
+
+/// Types the stored password into the lock screen. Called on the main thread; `stillLocked` is
+/// asked on another; the completion comes exactly once, on the main thread.
+class PasswordTyping {
+  public:
+    virtual ~PasswordTyping() = default;
+    virtual void typeStoredPassword(std::function<bool()> stillLocked,
+                                    std::function<void(TypingOutcome)> completion) = 0;
+};
+
+}  // namespace marrowby

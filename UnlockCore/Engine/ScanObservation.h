@@ -1,0 +1,32 @@
+#pragma once
+
+#include "UnlockCore/Engine/MatchedFace.h"
+#include "UnlockCore/Liveness/LivenessDecision.h"
+
+#include <optional>
+#include <variant>
+
+namespace marrowby {
+
+namespace scanobservation {
+
+struct Face {
+    /// Empty when the face matched no enrolled identity.
+    std::optional<MatchedFace> match;
+    LivenessDecision decision;
+    friend bool operator==(const Face&, const Face&) = default;
+};
+struct NoFace {
+    friend bool operator==(const NoFace&, const NoFace&) = default;
+};
+
+}  // namespace scanobservation
+
+/// What one analysed camera frame showed: a face, or no usable one.
+struct ScanObservation : std::variant<scanobservation::Face, scanobservation::NoFace> {
+    using Face = scanobservation::Face;
+    using NoFace = scanobservation::NoFace;
+    using variant::variant;
+};
+
+}  // namespace marrowby

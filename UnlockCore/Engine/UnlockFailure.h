@@ -1,0 +1,53 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace marrowby {
+
+namespace unlockfailure {
+
+struct CameraUnavailable {
+    std::string message;
+    friend bool operator==(const CameraUnavailable&, const CameraUnavailable&) = default;
+};
+struct TypingFailed {
+    std::string message;
+    friend bool operator==(const TypingFailed&, const TypingFailed&) = default;
+};
+struct NotRecognised {
+    friend bool operator==(const NotRecognised&, const NotRecognised&) = default;
+};
+struct NotLive {
+    friend bool operator==(const NotLive&, const NotLive&) = default;
+};
+/// The screen stayed locked after the password was typed.
+struct PasswordRejected {
+    friend bool operator==(const PasswordRejected&, const PasswordRejected&) = default;
+};
+struct NeedsAccessibility {
+    friend bool operator==(const NeedsAccessibility&, const NeedsAccessibility&) = default;
+};
+
+}  // namespace unlockfailure
+
+/// Why a look, or the typing after it, did not unlock. The messages are for the user.
+struct UnlockFailure
+    : std::variant<unlockfailure::CameraUnavailable, unlockfailure::TypingFailed,
+                   unlockfailure::NotRecognised, unlockfailure::NotLive,
+                   unlockfailure::PasswordRejected, unlockfailure::NeedsAccessibility> {
+    using CameraUnavailable = unlockfailure::CameraUnavailable;
+    using TypingFailed = unlockfailure::TypingFailed;
+    using NotRecognised = unlockfailure::NotRecognised;
+    using NotLive = unlockfailure::NotLive;
+    using PasswordRejected = unlockfailure::PasswordRejected;
+    using NeedsAccessibility = unlockfailure::NeedsAccessibility;
+    using variant::variant;
+};
+
+/// For the log and the island; static. A face that is not real reads like an unknown one, so that
+/// nobody learns which check it failed.
+[[nodiscard]] std::string_view title(const UnlockFailure& failure);
+
+}  // namespace marrowby

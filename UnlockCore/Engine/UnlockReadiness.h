@@ -1,0 +1,23 @@
+#pragma once
+
+#include "UnlockCore/Engine/ScanConfiguration.h"
+#include "UnlockCore/Foundation/Time.h"
+#include "UnlockCore/LockWatching/UnlockTrigger.h"
+
+namespace marrowby {
+
+/// What the application reports about itself before every event.
+struct UnlockReadiness {
+    bool isEnabled = false;
+    UnlockTriggers triggers;
+    bool showsUI = false;
+    TimeInterval scanDuration{};
+    bool vaultUnlocked = false;
+    bool passwordSaved = false;
+    bool accessibilityTrusted = false;
+    bool spaceKeyAccess = false;
+    /// For the next look.
+    ScanConfiguration scan;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "UnlockCore/Engine/AutoLockInterval.h"
+#include "UnlockCore/Engine/PasswordHealth.h"
+#include "UnlockCore/Liveness/LivenessMode.h"
+#include "UnlockCore/LockWatching/UnlockTrigger.h"
+#include "UnlockCore/Platform/DefaultsStore.h"
+#include "UnlockCore/Recognition/MatchStrictness.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace marrowby {
+
+/// What the user set for face unlock, and the standing of the stored password. The members' own
+/// values are those of a fresh store.
+struct UnlockSettings {
+    bool isEnabled = false;
+    UnlockTriggers triggers{UnlockTrigger::onReturn};
+    bool showsAnimation = true;
+    MatchStrictness strictness = MatchStrictness::standard;
+    LivenessMode livenessMode = LivenessMode::standard;
+    /// One of scanSecondsChoices.
+    std::int64_t scanSeconds = 5;
+    AutoLockInterval autoLock = AutoLockInterval::week;
+    /// The cameras' unique IDs, by kind of display.
+    std::optional<std::string> builtInDisplayCameraID;
+    std::optional<std::string> externalDisplayCameraID;
+    bool hasFinishedWelcome = false;
+    PasswordHealth passwordHealth;
+
+    static constexpr std::array<std::int64_t, 4> scanSecondsChoices{3, 5, 8, 10};
+
+    /// What is missing or unreadable takes its default.
+    [[nodiscard]] static UnlockSettings load(const DefaultsStore& store);
+    void save(DefaultsStore& store) const;
+
+    /// Rewrites a stored liveness mode that is not in its canonical form; true when it did.
+    static bool normaliseLivenessMode(DefaultsStore& store);
+
+    friend bool operator==(const UnlockSettings&, const UnlockSettings&) = default;
+};
+
+}  // namespace marrowby

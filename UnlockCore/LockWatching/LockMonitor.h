@@ -1,0 +1,48 @@
+#pragma once
+
+#include "UnlockCore/LockWatching/LockEvent.h"
+#include "UnlockCore/Platform/NotificationCenter.h"
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace marrowby {
+
+/// Turns the system's notifications of lock, screen saver, sleep and wake into lock events. Main
+/// thread. The centres outlive it; destroying it stops it.
+class LockMonitor {
+  public:
+    LockMonitor(NotificationCenter& workspaceCenter, NotificationCenter& distributedCenter);
+    LockMonitor(const LockMonitor&) = delete;
+    LockMonitor& operator=(const LockMonitor&) = delete;
+    ~LockMonitor();
+
+    /// May stop or destroy the monitor.
+    std::function<void(LockEvent)> onEvent;
+
+    [[nodiscard]] std::optional<LockEvent> lastEvent() const { return lastEvent_; }
+    /// True from a sleep notification to the next wake notification.
+    [[nodiscard]] bool isSleeping() const { return isSleeping_; }
+
+    /// A second start does nothing.
+    void start();
+    void stop();
+
+  private:
+    struct Registration;
+    struct Observer {
+        NotificationCenter& center;
+        NotificationCenter::Token token;
+    };
+
+    void handle(const Registration& registration);
+
+    std::optional<LockEvent> lastEvent_;
+    bool isSleeping_ = false;
+    std::vector<Observer> observers_;
+    NotificationCenter& workspaceCenter_;
+    NotificationCenter& distributedCenter_;
+};
+
+}  // namespace marrowby

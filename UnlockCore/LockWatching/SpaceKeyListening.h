@@ -1,0 +1,16 @@
+#pragma once
+
+namespace marrowby {
+
+/// Listens for presses of the Space key. Main thread. Starting twice and stopping twice are
+/// harmless.
+class SpaceKeyListening {
+  public:
+    virtual ~SpaceKeyListening() = default;
+    /// Whether the user lets this process watch keys.
+    [[nodiscard]] virtual bool hasAccess() const = 0;
+    virtual void start() = 0;
+    virtual void stop() = 0;
+};
+
+}  // namespace marrowby

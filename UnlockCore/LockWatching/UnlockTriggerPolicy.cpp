@@ -1,0 +1,46 @@
+#include "UnlockCore/LockWatching/UnlockTriggerPolicy.h"
+
+#include <algorithm>
+
+namespace marrowby {
+
+std::optional<std::string_view> UnlockTriggerPolicy::activityRefusal(Date at,
+                                                                     TimeInterval quietFor) const {
+    if (!triggers.contains(UnlockTrigger::onReturn)) return "coming back isn’t chosen";
+    if (!fence) return "not locked";
+    if (at - *fence < lockQuietWindow) return "too soon after the lock or the last look";
+    if (quietFor < quietMinimum) return "no quiet moment before it";
+    return std::nullopt;
+}
+
+void UnlockTriggerPolicy::foundUnlocked() {
+    lockedAt.reset();
+    fence.reset();
+    lastWakeAt.reset();
+    sleptSinceLock = false;
+}
+
+void UnlockTriggerPolicy::screenLocked(Date now, bool isSleeping) {
+    lockedAt = now;
+    fence = now;
+    sleptSinceLock = isSleeping;
+}
+
+bool UnlockTriggerPolicy::acceptWake(Date now) {
+    if (lastWakeAt && now - *lastWakeAt < rearmDebounce) return false;
+    if (lockedAt && !sleptSinceLock && now - *lockedAt < lockQuietWindow) return false;
+    lastWakeAt = now;
+    pushFence(now);
+    if (!lockedAt) lockedAt = now;
+    return true;
+}
+
+void UnlockTriggerPolicy::lookEnded(Date now) {
+    if (lockedAt) pushFence(now);
+}
+
+void UnlockTriggerPolicy::pushFence(Date now) {
+    fence = fence ? std::max(*fence, now) : now;
+}
+
+}  // namespace marrowby

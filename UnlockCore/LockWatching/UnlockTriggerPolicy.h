@@ -1,0 +1,45 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Time.h"
+#include "UnlockCore/LockWatching/UnlockTrigger.h"
+
+#include <optional>
+#include <string_view>
+
+namespace marrowby {
+
+/// Remembers one lock, so that neither the key press that locked the screen nor the jostle right
+/// after a look turns the camera on again.
+struct UnlockTriggerPolicy {
+    UnlockTriggers triggers;
+    /// A wake sooner than this after the last accepted one is ignored.
+    TimeInterval rearmDebounce{2.0};
+    /// A wake sooner than this after the lock is ignored unless the computer slept in between;
+    /// activity sooner than this after the fence is refused.
+    TimeInterval lockQuietWindow{2.0};
+    /// Activity counts only after at least this long without input.
+    TimeInterval quietMinimum{1.0};
+    /// When the screen locked or, failing that, the first accepted wake.
+    std::optional<Date> lockedAt{};
+    /// The lock, the last accepted wake or the end of the last look, whichever was latest.
+    std::optional<Date> fence{};
+    /// Went to sleep, or was asleep already.
+    bool sleptSinceLock = false;
+    std::optional<Date> lastWakeAt{};
+
+    /// Why this activity may not start a look; nothing when it may. The text is static.
+    [[nodiscard]] std::optional<std::string_view> activityRefusal(Date at,
+                                                                  TimeInterval quietFor) const;
+
+    void foundUnlocked();
+    void screenLocked(Date now, bool isSleeping);
+    void willSleep() { sleptSinceLock = true; }
+    /// False when the wake is to be ignored.
+    [[nodiscard]] bool acceptWake(Date now);
+    void lookEnded(Date now);
+
+  private:
+    void pushFence(Date now);
+};
+
+}  // namespace marrowby
