@@ -1,0 +1,111 @@
+#pragma once
+
+#include "UnlockCore/Platform/KeyEvents.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace marrowby {
+
+/// A keyboard that records what is done to it, and a lock screen that can go away. One thread at a
+/// time.
+class FakeKeyEvents final : public KeyEvents {
+  public:
+    struct Text {
+        std::u16string units;
+        bool down = false;
+        friend bool operator==(const Text&, const Text&) = default;
+    };
+    enum class Note { sourceMade, lockChecked, settled, sourceGone };
+    /// In the order of time; a pause by its length.
+    using Event = std::variant<KeyPress, Text, TimeInterval, Note>;
+
+    bool trusted = true;
+    KeyDialect keyDialect = KeyDialect::macLoginWindow;
+    /// No source can be had.
+    bool hasNoSource = false;
+    /// The posts, text or not, that succeed.
+    std::optional<std::size_t> postsUntilFailure;
+    /// The lock checks that still find the screen locked.
+    std::optional<std::size_t> checksUntilUnlocked;
+
+    /// Runs while the keyboard is still held.
+    std::function<void()> onSettle;
+
+    std::vector<Event> events;
+    std::vector<std::uint32_t> codesAskedFor;
+    /// Where the text lay that the source was asked for.
+    const char16_t* textPlace = nullptr;
+
+    /// What a typing asks.
+    [[nodiscard]] std::function<bool()> stillLocked() {
+        return [this] {
+            events.emplace_back(Note::lockChecked);
+            return !checksUntilUnlocked || takeOne(*checksUntilUnlocked);
+        };
+    }
+
+    [[nodiscard]] bool isTrusted() const override { return trusted; }
+    [[nodiscard]] KeyDialect dialect() const override { return keyDialect; }
+    [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
+        std::span<const char16_t> text, std::span<const std::uint32_t> codes) override {
+        textPlace = text.data();
+        codesAskedFor.assign(codes.begin(), codes.end());
+        if (hasNoSource) return nullptr;
+        events.emplace_back(Note::sourceMade);
+        return std::make_unique<Source>(*this);
+    }
+    void pause(TimeInterval duration) override { events.emplace_back(duration); }
+
+    template <typename Kind>
+    [[nodiscard]] std::vector<Kind> all() const {
+        std::vector<Kind> found;
+        for (const auto& event : events) {
+            if (const auto* one = std::get_if<Kind>(&event)) found.push_back(*one);
+        }
+        return found;
+    }
+
+  private:
+    class Source final : public KeyEventSource {
+      public:
+        explicit Source(FakeKeyEvents& owner) : owner_(owner) {}
+        Source(const Source&) = delete;
+        Source& operator=(const Source&) = delete;
+        ~Source() override { owner_.events.emplace_back(Note::sourceGone); }
+
+        [[nodiscard]] bool post(const KeyPress& press) override { return record(press); }
+        [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
+            return record(Text{.units = {units.begin(), units.end()}, .down = down});
+        }
+        void settle(const std::function<bool()>& /*stillLocked*/) override {
+            owner_.events.emplace_back(Note::settled);
+            if (owner_.onSettle) owner_.onSettle();
+        }
+
+      private:
+        bool record(Event event) {
+            auto& left = owner_.postsUntilFailure;
+            if (left && !takeOne(*left)) return false;
+            owner_.events.push_back(std::move(event));
+            return true;
+        }
+
+        FakeKeyEvents& owner_;
+    };
+
+    static bool takeOne(std::size_t& left) {
+        if (left == 0) return false;
+        --left;
+        return true;
+    }
+};
+
+}  // namespace marrowby

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Platforms/Linux/OpenSslCipher.h"
+#include "Tests/Fakes/FakeFileSystem.h"
+#include "Tests/Fakes/FakeKeychain.h"
+#include "Tests/Fakes/FakeMainThread.h"
+#include "Tests/Fakes/FakeNotificationCenter.h"
+#include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "UnlockCore/Storage/AppDataFolder.h"
+#include "UnlockCore/Storage/DeviceOwnerCheck.h"
+#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
+#include "UnlockCore/Storage/SealedFile.h"
+#include "UnlockCore/Storage/Vault.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace marrowby {
+
+/// A vault over fakes with a real cipher, and the files it protects. The owner answers yes at once.
+struct VaultBench {
+    FakeMainThread mainThread;
+    FakeNotificationCenter notifications;
+    FakeKeychain keychain;
+    FakeOwnerAuthentication owner;
+    FakeFileSystem fileSystem;
+    OpenSslCipher cipher;
+    AppDataFolder folder = AppDataFolder::in("/disk/data", std::nullopt);
+    SealedFile facesFile{fileSystem, folder.facesFile(), VaultPurpose::faces};
+    SealedFile passwordFile{fileSystem, folder.passwordFile(), VaultPurpose::password};
+    LoginKeychainKeyStore keyStore{keychain, LoginKeychainKeyStore::vaultService("app")};
+    DeviceOwnerCheck ownerCheck{owner};
+    std::unique_ptr<Vault> vault = makeVault();
+
+    VaultBench() { owner.answer = true; }
+
+    /// Another one over the same key store, as after a restart.
+    [[nodiscard]] std::unique_ptr<Vault> makeVault() {
+        return std::make_unique<Vault>(
+            keyStore, ownerCheck, [this] { return facesFile.exists() || passwordFile.exists(); },
+            Vault::Services{cipher, mainThread, mainThread, notifications});
+    }
+
+    /// What unlock()'s completion gave; nothing while the owner is being asked.
+    std::optional<std::expected<void, StorageError>> unlock() {
+        auto result = std::make_shared<std::optional<std::expected<void, StorageError>>>();
+        vault->unlock("open it", [result](const auto& outcome) { result->emplace(outcome); });
+        mainThread.runPosted();
+        return *result;
+    }
+};
+
+/// What an operation met.
+template <typename Value, typename Error>
+[[nodiscard]] std::optional<StorageError> problemOf(const std::expected<Value, Error>& result) {
+    return result ? std::nullopt : std::optional<StorageError>(result.error());
+}
+
+[[nodiscard]] inline std::span<const std::uint8_t> bytesOf(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+}  // namespace marrowby

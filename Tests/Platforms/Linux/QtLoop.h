@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QEvent>
+#include <QEventLoop>
+#include <QTimer>
+#include <chrono>
+#include <functional>
+
+namespace marrowby {
+
+/// Qt's event loop on the thread of the test.
+class QtLoop {
+  public:
+    QtLoop() = default;
+    QtLoop(const QtLoop&) = delete;
+    QtLoop& operator=(const QtLoop&) = delete;
+    ~QtLoop() {
+        // Without exec() nobody does.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    /// False when the condition did not come true within a generous time.
+    [[nodiscard]] bool runUntil(const std::function<bool()>& condition) {
+        const QDeadlineTimer deadline(std::chrono::seconds(20));
+        // Wakes the loop for conditions that are not announced by an event.
+        QTimer waker;
+        waker.start(5);
+        while (!condition()) {
+            if (deadline.hasExpired()) return false;
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+        return true;
+    }
+
+    /// Whatever is due at this moment.
+    void runPending() { QCoreApplication::processEvents(); }
+
+  private:
+    int argumentCount_ = 1;
+    char name_[5] = "test";
+    char* arguments_[2] = {name_, nullptr};
+    QCoreApplication application_{argumentCount_, arguments_};
+};
+
+}  // namespace marrowby

@@ -1,0 +1,100 @@
+#include "Platforms/Linux/SessionTruth.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using enum LockReading;
+
+TEST(SessionTruth, believesTheFirmestSourceThatKnows) {
+    struct Case {
+        SessionSources sources;
+        LockReading lock;
+        const char* why;
+    };
+    const Case cases[] = {
+        {{}, unknown, "nobody was asked yet"},
+        {{.display = locked, .hint = unlocked, .hintIsKept = true, .saver = unlocked},
+         locked,
+         "a locker that announces nothing holds the screen"},
+        {{.display = unlocked, .hint = locked, .saver = unlocked},
+         locked,
+         "the locker's window is none of the known ones"},
+        {{.hint = unlocked, .hintIsKept = true, .saver = locked},
+         unlocked,
+         "the saver blanks, and its desktop says that it does not lock"},
+        {{.display = unlocked, .hint = unlocked, .saver = locked},
+         locked,
+         "the desktop has never set the hint"},
+        {{.hint = unknown, .hintIsKept = true, .saver = locked}, locked, "logind is gone"},
+        {{.hint = unlocked}, unlocked, "only logind answers"},
+        {{.display = unlocked}, unlocked, "only the display answers"},
+        {{.saver = unlocked}, unlocked, "only the saver answers"},
+    };
+    for (const Case& each : cases)
+        EXPECT_EQ(SessionTruth::of(each.sources).lock, each.lock) << each.why;
+}
+
+TEST(SessionTruth, asksTheDisplayAboutTheConsoleWhereLogindIsSilent) {
+    EXPECT_EQ(SessionTruth::of({}).isOnConsole, std::nullopt);
+    EXPECT_EQ(SessionTruth::of({.isDisplayOnConsole = false}).isOnConsole, false);
+    EXPECT_EQ(SessionTruth::of({.isActive = false, .isDisplayOnConsole = true}).isOnConsole, false);
+    EXPECT_EQ(SessionTruth::of({.isActive = true, .isDisplayOnConsole = false}).isOnConsole, true);
+}
+
+TEST(SessionTruth, announcesWhatTheChangeMeansToTheUser) {
+    const std::string isLocked = "distributed com.apple.screenIsLocked";
+    const std::string isUnlocked = "distributed com.apple.screenIsUnlocked";
+    const std::string saverStopped = "distributed com.apple.screensaver.didstop";
+    const std::string willSleep = "workspace NSWorkspaceWillSleepNotification";
+    const std::string didWake = "workspace NSWorkspaceDidWakeNotification";
+    const std::string screensSlept = "workspace NSWorkspaceScreensDidSleepNotification";
+    const std::string screensWoke = "workspace NSWorkspaceScreensDidWakeNotification";
+    const SessionTruth away{.isOnConsole = false};
+    const SessionTruth here{.isOnConsole = true};
+
+    struct Case {
+        SessionTruth before;
+        SessionTruth now;
+        std::vector<std::string> names;
+    };
+    const Case cases[] = {
+        {{}, {}, {}},
+        {{}, {.lock = unlocked, .saver = unlocked, .isOnConsole = true}, {}},
+        {{}, {.lock = locked}, {isLocked}},
+        {{.lock = unlocked}, {.lock = locked}, {isLocked}},
+        {{.lock = locked}, {.lock = unlocked}, {isUnlocked}},
+        {{.lock = locked}, {}, {isUnlocked}},
+        {{.lock = locked, .saver = locked},
+         {.lock = unlocked, .saver = unlocked},
+         {isUnlocked, saverStopped}},
+        {{.lock = locked, .saver = locked}, {.lock = locked, .saver = unlocked}, {saverStopped}},
+        {{.saver = locked}, {}, {}},
+        {{}, {.isAsleep = true}, {willSleep}},
+        {{.isAsleep = true}, {}, {didWake}},
+        {{}, {.lock = locked, .isAsleep = true}, {isLocked, willSleep}},
+        {{.isAsleep = true}, {.lock = locked}, {didWake, isLocked}},
+        {here, away, {screensSlept}},
+        {{}, away, {screensSlept}},
+        {away, here, {screensWoke}},
+        {away, {}, {screensWoke}},
+        {{}, here, {}},
+        {away, {.lock = locked, .isOnConsole = true}, {screensWoke, isLocked}},
+    };
+    for (const Case& each : cases) {
+        std::vector<std::string> names;
+        for (const auto& [center, name] : announcements(each.before, each.now)) {
+            const bool isWorkspace = center == SessionAnnouncement::Center::workspace;
+            names.push_back(std::string(isWorkspace ? "workspace " : "distributed ") + name);
+        }
+        EXPECT_EQ(names, each.names) << "case " << &each - cases;
+    }
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,367 @@
+#include "Platforms/Linux/BusAddress.h"
+#include "Platforms/Linux/LinuxLoginSession.h"
+#include "Platforms/Linux/LocalNotificationCenter.h"
+#include "Platforms/Linux/LogindWatcher.h"
+#include "Platforms/Linux/QtMainThread.h"
+#include "Platforms/Linux/ScreenSaverWatcher.h"
+#include "Platforms/Linux/SessionAnnouncer.h"
+#include "Tests/Fakes/FakeLoginSession.h"
+#include "Tests/Platforms/Linux/PrivateBus.h"
+#include "Tests/Platforms/Linux/QtLoop.h"
+
+#include <QByteArray>
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QVariantMap>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace marrowby {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr const char* logindName = "org.freedesktop.login1";
+constexpr const char* managerPath = "/org/freedesktop/login1";
+constexpr const char* managerInterface = "org.freedesktop.login1.Manager";
+constexpr const char* sessionPath = "/org/freedesktop/login1/session/c1";
+constexpr const char* sessionInterface = "org.freedesktop.login1.Session";
+constexpr const char* mockInterface = "org.freedesktop.DBus.Mock";
+
+/// A mock of logind with the session c1, under test on a bus of its own.
+class MockLogind {
+  public:
+    explicit MockLogind(const PrivateBus& bus)
+        : bus_(bus), program_(bus.mock(logindName, {"--system", "--template", "logind"})) {
+        call(managerPath, "AddSession", {"c1", "seat0", quint32{getuid()}, "somebody", true});
+    }
+
+    [[nodiscard]] bool isRunning() const { return program_ != nullptr; }
+
+    QVariant call(const char* path, const char* method, const QVariantList& arguments) const {
+        return bus_.call(logindName, path, mockInterface, method, arguments);
+    }
+    void setSession(const char* property, bool value) const {
+        const QVariantMap changed{{property, value}};
+        call(sessionPath, "UpdateProperties", {sessionInterface, changed});
+    }
+    void ofSession(const char* signal) const {
+        call(sessionPath, "EmitSignal", {sessionInterface, signal, "", QVariantList()});
+    }
+    void prepareForSleep(bool isPreparing) const {
+        call(managerPath, "EmitSignal",
+             {managerInterface, "PrepareForSleep", "b", QVariantList{isPreparing}});
+    }
+    void announceSession() const {
+        call(managerPath, "EmitSignal",
+             {managerInterface, "SessionNew", "so",
+              QVariantList{"c1", QVariant::fromValue(QDBusObjectPath(sessionPath))}});
+    }
+    /// As python: what the manager's method answers.
+    void setAnswer(const char* method, const char* signature, const char* code) const {
+        call(managerPath, "AddMethod", {managerInterface, method, signature, "o", code});
+    }
+    [[nodiscard]] std::size_t inhibitorCount() const {
+        const auto list = bus_.call(logindName, managerPath, managerInterface, "ListInhibitors")
+                              .value<QDBusArgument>();
+        std::size_t count = 0;
+        list.beginArray();
+        for (; !list.atEnd(); ++count) {
+            QString what;
+            QString who;
+            QString why;
+            QString mode;
+            list.beginStructure();
+            list >> what >> who >> why >> mode;
+            list.endStructure();
+            EXPECT_EQ(what + " " + mode, "sleep delay");
+        }
+        list.endArray();
+        return count;
+    }
+
+  private:
+    const PrivateBus& bus_;
+    PrivateBus::Program program_;
+};
+
+/// Unset at first, and as it was in the end.
+class EnvironmentVariable {
+  public:
+    explicit EnvironmentVariable(const char* name) : name_(name) {
+        if (qEnvironmentVariableIsSet(name)) before_ = qgetenv(name);
+        unset();
+    }
+    EnvironmentVariable(const EnvironmentVariable&) = delete;
+    EnvironmentVariable& operator=(const EnvironmentVariable&) = delete;
+    ~EnvironmentVariable() { before_ ? set(*before_) : unset(); }
+    void set(const QByteArray& value) { qputenv(name_, value); }
+    void unset() { qunsetenv(name_); }
+
+  private:
+    const char* name_;
+    std::optional<QByteArray> before_;
+};
+
+struct SessionWatchingTest : testing::Test {
+    QtLoop loop;
+    QtMainThread mainThread;
+    LocalNotificationCenter workspaceCenter{mainThread};
+    LocalNotificationCenter distributedCenter{mainThread};
+    std::unique_ptr<PrivateBus> bus = PrivateBus::start();
+    EnvironmentVariable sessionID{"XDG_SESSION_ID"};
+    FakeLoginSession display;
+    std::optional<LogindWatcher> logind;
+    std::optional<ScreenSaverWatcher> savers;
+    std::optional<LinuxLoginSession> session;
+    std::optional<SessionAnnouncer> announcer;
+    std::vector<std::string> heard;
+
+    void SetUp() override {
+        if (!bus) GTEST_SKIP() << noPrivateBus;
+        sessionID.set("c1");
+        display.setDictionary(std::nullopt);
+        for (const char* name :
+             {"com.apple.screenIsLocked", "com.apple.screenIsUnlocked",
+              "com.apple.screensaver.didstop", "NSWorkspaceWillSleepNotification",
+              "NSWorkspaceDidWakeNotification", "NSWorkspaceScreensDidSleepNotification",
+              "NSWorkspaceScreensDidWakeNotification"}) {
+            for (NotificationCenter* center : {&workspaceCenter, &distributedCenter})
+                (void)center->observe(name, [this, name] { hear(name); });
+        }
+    }
+
+    void hear(const std::string& name) {
+        heard.push_back(name);
+        if (onHeard) onHeard(name);
+    }
+    std::function<void(const std::string&)> onHeard;
+
+    /// Both watchers find their services on the one bus.
+    void watch() {
+        logind.emplace(bus->address(), mainThread);
+        savers.emplace(bus->address());
+        session.emplace(*logind, *savers, &display);
+        announcer.emplace(*session, workspaceCenter, distributedCenter);
+        logind->onChange = savers->onChange = [this] { announcer->update(); };
+        logind->start();
+        savers->start();
+        announcer->update();
+    }
+
+    [[nodiscard]] bool becomes(const std::optional<SessionDictionary>& dictionary) {
+        return loop.runUntil([&] { return session->copyCurrentDictionary() == dictionary; });
+    }
+    [[nodiscard]] bool hears(std::size_t count) {
+        return loop.runUntil([&] { return heard.size() >= count; });
+    }
+};
+
+const SessionDictionary unlockedHere{{"CGSSessionScreenIsLocked", false},
+                                     {"kCGSSessionOnConsoleKey", true}};
+const SessionDictionary lockedHere{{"CGSSessionScreenIsLocked", true},
+                                   {"kCGSSessionOnConsoleKey", true}};
+const SessionDictionary lockedAway{{"CGSSessionScreenIsLocked", true},
+                                   {"kCGSSessionOnConsoleKey", false}};
+
+TEST_F(SessionWatchingTest, followsTheSessionAndSleepThroughLogind) {
+    const MockLogind mock(*bus);
+    ASSERT_TRUE(mock.isRunning());
+    watch();
+    EXPECT_EQ(session->copyCurrentDictionary(), std::nullopt);
+    ASSERT_TRUE(becomes(unlockedHere));
+
+    // A request alone is no lock, and no unlock.
+    mock.ofSession("Lock");
+    mock.prepareForSleep(true);
+    ASSERT_TRUE(hears(1));
+    EXPECT_EQ(session->copyCurrentDictionary(), unlockedHere);
+    mock.setSession("LockedHint", true);
+    ASSERT_TRUE(hears(2));
+    EXPECT_EQ(session->copyCurrentDictionary(), lockedHere);
+    mock.ofSession("Unlock");
+    mock.prepareForSleep(false);
+    ASSERT_TRUE(hears(3));
+    EXPECT_EQ(session->copyCurrentDictionary(), lockedHere);
+
+    mock.setSession("Active", false);
+    ASSERT_TRUE(hears(4));
+    EXPECT_EQ(session->copyCurrentDictionary(), lockedAway);
+    mock.setSession("Active", true);
+    mock.setSession("IdleHint", true);
+    mock.setSession("LockedHint", false);
+    ASSERT_TRUE(hears(6));
+    EXPECT_EQ(session->copyCurrentDictionary(), unlockedHere);
+    EXPECT_THAT(
+        heard,
+        ElementsAre("NSWorkspaceWillSleepNotification", "com.apple.screenIsLocked",
+                    "NSWorkspaceDidWakeNotification", "NSWorkspaceScreensDidSleepNotification",
+                    "NSWorkspaceScreensDidWakeNotification", "com.apple.screenIsUnlocked"));
+}
+
+TEST_F(SessionWatchingTest, holdsSleepUpUntilItsHandlersRan) {
+    const MockLogind mock(*bus);
+    ASSERT_TRUE(mock.isRunning());
+    watch();
+    ASSERT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 1; }));
+
+    std::optional<std::size_t> countInHandler;
+    onHeard = [&](const std::string&) {
+        if (!countInHandler) countInHandler = mock.inhibitorCount();
+    };
+    mock.prepareForSleep(true);
+    ASSERT_TRUE(loop.runUntil([&] { return countInHandler.has_value(); }));
+    EXPECT_EQ(countInHandler, 1);
+    EXPECT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 0; }));
+    mock.prepareForSleep(false);
+    EXPECT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 1; }));
+}
+
+TEST_F(SessionWatchingTest, findsTheSessionByProcessAndByTheUsersDisplay) {
+    const MockLogind mock(*bus);
+    ASSERT_TRUE(mock.isRunning());
+    sessionID.unset();
+    watch();
+    // Neither is known to this logind so far.
+    mock.announceSession();
+    ASSERT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 1; }));
+    EXPECT_EQ(session->copyCurrentDictionary(), std::nullopt);
+
+    mock.setAnswer("GetUser", "u", "ret = f'/org/freedesktop/login1/user/{args[0]}'");
+    const auto userPath = "/org/freedesktop/login1/user/" + std::to_string(getuid());
+    mock.setAnswer("GetSessionByPID", "u",
+                   "ret = '/org/freedesktop/login1/session/c1' if args[0] == 0 else 1 / 0");
+    mock.announceSession();
+    EXPECT_TRUE(becomes(unlockedHere));
+
+    logind.emplace(bus->address(), mainThread);
+    EXPECT_EQ(session->copyCurrentDictionary(), std::nullopt);
+    mock.setAnswer("GetSessionByPID", "u", "1 / 0");
+    // The mock has no call that sets a pair, but can be taught one.
+    const char* show =
+        "user = self.props['org.freedesktop.login1.User']\n"
+        "path = dbus.ObjectPath('/org/freedesktop/login1/session/c1')\n"
+        "user['Display'] = dbus.Struct(('c1', path), signature='so')";
+    bus->call(logindName, QString::fromStdString(userPath), mockInterface, "AddMethod",
+              {mockInterface, "Show", "", "", show});
+    bus->call(logindName, QString::fromStdString(userPath), mockInterface, "Show");
+    logind->start();
+    EXPECT_TRUE(becomes(unlockedHere));
+}
+
+TEST_F(SessionWatchingTest, followsScreenSaversThatComeAndGo) {
+    watch();
+    const char* name = "org.gnome.ScreenSaver";
+    const char* path = "/org/gnome/ScreenSaver";
+    auto gnome = bus->mock(name, {"--session", "--template", "gnome_screensaver"});
+    ASSERT_TRUE(gnome);
+    const SessionDictionary unlocked{{"CGSSessionScreenIsLocked", false}};
+    const SessionDictionary locked{{"CGSSessionScreenIsLocked", true}};
+    ASSERT_TRUE(becomes(unlocked));
+    bus->call(name, path, name, "SetActive", {true});
+    ASSERT_TRUE(becomes(locked));
+    bus->call(name, path, name, "SetActive", {false});
+    ASSERT_TRUE(becomes(unlocked));
+    bus->call(name, path, name, "SetActive", {true});
+    ASSERT_TRUE(becomes(locked));
+    gnome.reset();
+    ASSERT_TRUE(becomes(std::nullopt));
+
+    // One that answers by the old path alone, and is on already.
+    const char* common = "org.freedesktop.ScreenSaver";
+    const auto other = bus->mock(common, {"--session", common, "/ScreenSaver", common});
+    ASSERT_TRUE(other);
+    bus->call(common, "/ScreenSaver", mockInterface, "AddMethod",
+              {common, "GetActive", "", "b", "ret = True"});
+    savers.emplace(bus->address());
+    savers->onChange = [this] { announcer->update(); };
+    savers->start();
+    ASSERT_TRUE(becomes(locked));
+    ASSERT_TRUE(hears(6));
+    EXPECT_THAT(heard, ElementsAre("com.apple.screenIsLocked", "com.apple.screenIsUnlocked",
+                                   "com.apple.screensaver.didstop", "com.apple.screenIsLocked",
+                                   "com.apple.screenIsUnlocked", "com.apple.screenIsLocked"));
+}
+
+TEST_F(SessionWatchingTest, findsTheTruthAgainAfterTheBusOrLogindWasRestarted) {
+    const char* saverName = "org.gnome.ScreenSaver";
+    const QStringList saverMock{"--session", "--template", "gnome_screensaver"};
+    auto mock = std::make_unique<MockLogind>(*bus);
+    auto saver = bus->mock(saverName, saverMock);
+    ASSERT_TRUE(mock->isRunning() && saver);
+    mock->setSession("LockedHint", true);
+    watch();
+    ASSERT_TRUE(becomes(lockedHere));
+    mock->prepareForSleep(true);
+    ASSERT_TRUE(hears(2));
+
+    // A logind that is gone in its sleep is not waited for.
+    mock.reset();
+    ASSERT_TRUE(becomes(SessionDictionary{{"CGSSessionScreenIsLocked", false}}));
+    ASSERT_TRUE(hears(4));
+    mock = std::make_unique<MockLogind>(*bus);
+    mock->announceSession();
+    mock->setSession("LockedHint", true);
+    ASSERT_TRUE(becomes(lockedHere));
+
+    bus->kill();
+    ASSERT_TRUE(becomes(std::nullopt));
+    ASSERT_TRUE(hears(6));
+    ASSERT_TRUE(bus->startDaemon());
+    mock = std::make_unique<MockLogind>(*bus);
+    saver = bus->mock(saverName, saverMock);
+    ASSERT_TRUE(mock->isRunning() && saver);
+    mock->announceSession();
+    ASSERT_TRUE(becomes(unlockedHere));
+    bus->call(saverName, "/org/gnome/ScreenSaver", saverName, "SetActive", {true});
+    ASSERT_TRUE(becomes(lockedHere));
+    mock->setSession("LockedHint", true);
+    mock->setSession("LockedHint", false);
+    ASSERT_TRUE(becomes(unlockedHere));
+    ASSERT_TRUE(hears(8));
+    EXPECT_THAT(heard, ElementsAre("com.apple.screenIsLocked", "NSWorkspaceWillSleepNotification",
+                                   "NSWorkspaceDidWakeNotification", "com.apple.screenIsUnlocked",
+                                   "com.apple.screenIsLocked", "com.apple.screenIsUnlocked",
+                                   "com.apple.screenIsLocked", "com.apple.screenIsUnlocked"));
+}
+
+TEST(BusAddress, followsTheEnvironmentAndLaunchesNothing) {
+    EnvironmentVariable systemBus("DBUS_SYSTEM_BUS_ADDRESS");
+    EnvironmentVariable sessionBus("DBUS_SESSION_BUS_ADDRESS");
+    EnvironmentVariable runtimeFolder("XDG_RUNTIME_DIR");
+    EXPECT_EQ(busaddress::system(), "unix:path=/run/dbus/system_bus_socket");
+    EXPECT_EQ(busaddress::session(), "");
+    runtimeFolder.set("/run/user/1");
+    EXPECT_EQ(busaddress::session(), "unix:path=/run/user/1/bus");
+    systemBus.set("unix:path=system");
+    sessionBus.set("unix:path=session");
+    EXPECT_EQ(busaddress::system(), "unix:path=system");
+    EXPECT_EQ(busaddress::session(), "unix:path=session");
+}
+
+TEST_F(SessionWatchingTest, takesInTheDisplay) {
+    watch();
+    display.setDictionary(SessionDictionary{});
+    display.setLocked(true);
+    display.setOnConsole(true);
+    EXPECT_EQ(session->copyCurrentDictionary(), lockedHere);
+    announcer->update();
+    announcer->update();
+    ASSERT_TRUE(hears(1));
+    display.setDictionary(std::nullopt);
+    announcer->update();
+    ASSERT_TRUE(hears(2));
+    EXPECT_EQ(session->copyCurrentDictionary(), std::nullopt);
+    EXPECT_THAT(heard, ElementsAre("com.apple.screenIsLocked", "com.apple.screenIsUnlocked"));
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,126 @@
+#include "UnlockCore/Liveness/LivenessAnalyzer.h"
+
+#include <limits>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using Confirmed = LivenessDecision::Confirmed;
+using Denied = LivenessDecision::Denied;
+
+const LivenessTuning tuning = [] {
+    LivenessTuning values = livenessTuning(LivenessMode::standard);
+    values.averagedFrames = 4;
+    values.liveMinimumFrames = 3;
+    values.spoofMinimumFrames = 3;
+    return values;
+}();
+
+UUID face(std::uint8_t number) {
+    UUID id;
+    id.bytes.back() = number;
+    return id;
+}
+
+LivenessAnalyzer makeAnalyzer() {
+    return {LivenessMode::standard, tuning, {LivenessCue::moire}, TimeInterval(1)};
+}
+
+LivenessFrame frame(double seconds, std::optional<float> live) {
+    LivenessFrame result;
+    result.timestamp = Date(TimeInterval(seconds));
+    if (live) result.antiSpoof = AntiSpoofScore{*live, *live, *live};
+    return result;
+}
+
+TEST(LivenessAnalyzer, averagesTheNewestScores) {
+    auto analyzer = makeAnalyzer();
+    EXPECT_EQ(analyzer.lastSnapshot().frameCount, 0);
+    EXPECT_FALSE(analyzer.ingest(frame(0, {}), face(1)).realFace.mean);
+
+    double seconds = 0;
+    for (const float live : {0.0F, 0.5F, 1.0F}) {
+        analyzer.ingest(frame(seconds += 0.1, live), face(1));
+    }
+    EXPECT_EQ(analyzer.lastSnapshot().realFace,
+              (RealFaceAverage{.mean = 0.5F, .frames = 3, .latest = AntiSpoofScore{1, 1, 1}}));
+    // A frame without a score leaves the average as it was; a fifth score pushes the first out.
+    EXPECT_EQ(analyzer.ingest(frame(0.4, {}), face(1)).realFace.frames, 3);
+    analyzer.ingest(frame(0.5, 1.0F), face(1));
+    const auto& last = analyzer.ingest(frame(0.6, 1.0F), face(1));
+    EXPECT_EQ(last.realFace.mean, 0.875F);
+    EXPECT_EQ(last.realFace.frames, 4);
+    EXPECT_EQ(last.frameCount, 7);
+    EXPECT_EQ(last.decision, LivenessDecision(Confirmed{}));
+}
+
+TEST(LivenessAnalyzer, forgetsWhatIsOutsideItsWindow) {
+    struct Case {
+        const char* what;
+        double newest;
+        std::size_t kept;
+    };
+    const Case cases[] = {
+        {"at the window's end", 101.0, 4},
+        {"the first one just outside", 101.05, 3},
+        {"all but the newest outside", 105, 1},
+        {"the clock went back a little", 99.5, 4},
+        {"the clock went back by an hour", -3500, 1},
+    };
+    for (const Case& c : cases) {
+        auto analyzer = makeAnalyzer();
+        for (const double at : {100.0, 100.1, 100.2})
+            analyzer.ingest(frame(at, 1.0F), face(1));
+        const auto& snapshot = analyzer.ingest(frame(c.newest, 1.0F), face(1));
+        EXPECT_EQ(snapshot.realFace.frames, static_cast<std::int64_t>(c.kept)) << c.what;
+        EXPECT_EQ(analyzer.frames().size(), c.kept) << c.what;
+    }
+}
+
+TEST(LivenessAnalyzer, countsNothingOfAnotherFace) {
+    auto analyzer = makeAnalyzer();
+    for (int i = 0; i < 4; ++i)
+        analyzer.ingest(frame(0.1 * i, 1.0F), face(1));
+    ASSERT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Confirmed{}));
+
+    const auto& other = analyzer.ingest(frame(0.4, 0.9F), face(2));
+    EXPECT_EQ(other.realFace.frames, 1);
+    EXPECT_EQ(other.realFace.mean, 0.9F);
+    EXPECT_EQ(other.frameCount, 1);
+    EXPECT_EQ(other.decision, LivenessDecision(LivenessDecision::Waiting{LivenessNeeds::realFace}));
+    EXPECT_EQ(analyzer.frames().size(), 1U);
+}
+
+TEST(LivenessAnalyzer, keepsADenialWhateverFaceFollowsUntilReset) {
+    auto analyzer = makeAnalyzer();
+    for (int i = 0; i < 3; ++i)
+        analyzer.ingest(frame(0.1 * i, 0.0F), face(1));
+    ASSERT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::realFace}));
+    for (int i = 3; i < 8; ++i)
+        analyzer.ingest(frame(0.1 * i, 1.0F), face(2));
+    EXPECT_EQ(analyzer.lastSnapshot().realFace.mean, 1.0F);
+    EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::realFace}));
+
+    analyzer.reset();
+    EXPECT_EQ(analyzer.lastSnapshot(), makeAnalyzer().lastSnapshot());
+    for (int i = 8; i < 11; ++i)
+        analyzer.ingest(frame(0.1 * i, 1.0F), face(2));
+    EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Confirmed{}));
+}
+
+TEST(LivenessAnalyzer, handsTheFramesReadingsToTheEvaluator) {
+    auto analyzer = makeAnalyzer();
+    LivenessFrame screen = frame(0, 1.0F);
+    screen.moire = MoireSample{20, 128};
+    screen.glare = GlareSample{200, 0.2F, 1};
+    for (std::int64_t i = 0; i < tuning.moireFrames; ++i)
+        analyzer.ingest(screen, face(1));
+    // Glare fired as well, but only the enabled cue may deny.
+    EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::moire}));
+    EXPECT_TRUE(analyzer.lastSnapshot().cueStates.at(LivenessCue::glossGlare).hasFired);
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,138 @@
+#include "Tests/Fakes/FakeInputIdle.h"
+#include "Tests/Fakes/FakeMainThread.h"
+#include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
+
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr TimeInterval period{0.3};
+// Dates of 2023 in double seconds resolve about 0.1 microseconds.
+constexpr double rounding = 1e-5;
+
+struct LockScreenActivityMonitorTest : testing::Test {
+    FakeMainThread mainThread;
+    FakeInputIdle inputIdle{mainThread};
+    std::unique_ptr<LockScreenActivityMonitor> monitor =
+        std::make_unique<LockScreenActivityMonitor>(inputIdle, mainThread, mainThread);
+    std::vector<InputActivity> activities;
+
+    LockScreenActivityMonitorTest() {
+        monitor->onActivity = [this](const InputActivity& a) { activities.push_back(a); };
+    }
+};
+
+TEST_F(LockScreenActivityMonitorTest, onlyCalibratesOnEveryStart) {
+    for (int round = 0; round < 2; ++round) {
+        inputIdle.touch();
+        monitor->start();
+        mainThread.advance(TimeInterval(2));
+        EXPECT_THAT(activities, IsEmpty());
+        monitor->stop();
+        EXPECT_THAT(mainThread.timers(), IsEmpty());
+        mainThread.advance(TimeInterval(10));
+    }
+}
+
+TEST_F(LockScreenActivityMonitorTest, startsOneTimerOnly) {
+    monitor->start();
+    mainThread.advance(period / 2);
+    monitor->start();
+    const auto timers = mainThread.timers();
+    ASSERT_THAT(timers, SizeIs(1));
+    EXPECT_EQ(timers[0].interval, period);
+    EXPECT_EQ(timers[0].tolerance, period / 3);
+}
+
+TEST_F(LockScreenActivityMonitorTest, reportsWhenTheInputWasAndTheQuietBeforeIt) {
+    inputIdle.touch(TimeInterval(5));
+    monitor->start();
+    mainThread.advance(TimeInterval(2));
+    inputIdle.touch(TimeInterval(0.125));
+    const Date touched = mainThread.now() - TimeInterval(0.125);
+    mainThread.advance(TimeInterval(3));
+    ASSERT_THAT(activities, SizeIs(1));
+    EXPECT_NEAR((activities[0].at - touched).count(), 0, rounding);
+    EXPECT_NEAR(activities[0].quietFor.count(), 6.875, rounding);
+}
+
+TEST_F(LockScreenActivityMonitorTest, seesEachInputOncePerPoll) {
+    monitor->start();
+    for (int i = 0; i < 3; ++i) {
+        inputIdle.touch();
+        mainThread.advance(period);
+    }
+    mainThread.advance(period * 3);
+    ASSERT_THAT(activities, SizeIs(3));
+    EXPECT_NEAR(activities[2].quietFor.count(), period.count(), rounding);
+}
+
+TEST_F(LockScreenActivityMonitorTest, fallsBackToTheRegistryWhenTheEventSystemMakesNoSense) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    for (const double unusable :
+         {std::numeric_limits<double>::quiet_NaN(), infinity, -infinity, -0.001, 1e8, 1e300}) {
+        activities.clear();
+        inputIdle.setUnusable(TimeInterval(unusable));
+        inputIdle.setHasRegistry(true);
+        inputIdle.touch(TimeInterval(4));
+        monitor->start();
+        mainThread.advance(TimeInterval(1));
+        inputIdle.touch();
+        mainThread.advance(TimeInterval(1));
+        ASSERT_THAT(activities, SizeIs(1)) << unusable;
+        EXPECT_NEAR(activities[0].quietFor.count(), 5, rounding) << unusable;
+
+        // Without a registry such polls are skipped, and what happened meanwhile is seen later.
+        inputIdle.setHasRegistry(false);
+        mainThread.advance(TimeInterval(1));
+        inputIdle.touch();
+        mainThread.advance(TimeInterval(1));
+        EXPECT_THAT(activities, SizeIs(1)) << unusable;
+        inputIdle.setUnusable(std::nullopt);
+        mainThread.advance(TimeInterval(1));
+        EXPECT_THAT(activities, SizeIs(2)) << unusable;
+        monitor->stop();
+    }
+}
+
+TEST_F(LockScreenActivityMonitorTest, takesTheEventSystemsWordBelowTheLimit) {
+    inputIdle.setUnusable(TimeInterval(99'999'999));
+    inputIdle.touch();
+    monitor->start();
+    inputIdle.setUnusable(TimeInterval(0));
+    mainThread.advance(period);
+    ASSERT_THAT(activities, SizeIs(1));
+    EXPECT_NEAR(activities[0].quietFor.count(), 99'999'999.3, rounding);
+}
+
+TEST_F(LockScreenActivityMonitorTest, mayBeDestroyedByItsOwnReport) {
+    monitor->onActivity = [this](const InputActivity&) { monitor.reset(); };
+    monitor->start();
+    inputIdle.touch();
+    mainThread.advance(period * 4);
+    EXPECT_EQ(monitor, nullptr);
+    EXPECT_THAT(mainThread.timers(), IsEmpty());
+}
+
+TEST(IdleResetDetector, toleratesSmallChangesWithoutFollowingThem) {
+    IdleResetDetector detector{.tolerance = TimeInterval(0.0625), .lastEventUptime = {}};
+    EXPECT_EQ(detector.see(TimeInterval(10)), std::nullopt);
+    EXPECT_EQ(detector.see(TimeInterval(10.0625)), std::nullopt);
+    EXPECT_EQ(detector.see(TimeInterval(9)), std::nullopt);
+    // Measured from the input that was reported last, so that small steps add up.
+    EXPECT_EQ(detector.see(TimeInterval(10.125)), TimeInterval(0.125));
+    EXPECT_EQ(IdleResetDetector{}.tolerance, TimeInterval(0.05));
+}
+
+}  // namespace
+}  // namespace marrowby

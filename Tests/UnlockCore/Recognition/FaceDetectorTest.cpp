@@ -1,0 +1,75 @@
+#include "Tests/Fakes/FakeFaceVision.h"
+#include "Tests/Fakes/FakeImaging.h"
+#include "UnlockCore/Recognition/FaceDetector.h"
+
+#include <optional>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+class FaceDetectorTest : public testing::Test {
+  protected:
+    FakeFaceVision vision;
+    FaceDetector detector{vision};
+    Bitmap image = *FakeImaging().render(FakeSourceImage(200, 100), {0, 0, 200, 100}, 1);
+};
+
+TEST_F(FaceDetectorTest, AsksForDetailsOnlyWhereThereIsAFace) {
+    EXPECT_TRUE(detector.detect(image)->empty());
+    EXPECT_EQ(vision.detailRequests, 0);
+    vision.addFace({0.1, 0.1, 0.2, 0.4}, {200, 100});
+    vision.addFace({0.5, 0.1, 0.2, 0.4}, {200, 100});
+    EXPECT_EQ(detector.detect(image)->size(), 2U);
+    EXPECT_EQ(vision.detailRequests, 1);
+}
+
+TEST_F(FaceDetectorTest, PassesFailuresOn) {
+    vision.addFace({0.1, 0.1, 0.2, 0.4}, {200, 100});
+    vision.detailsFault = "no details";
+    EXPECT_EQ(detector.detect(image).error(), "no details");
+    vision.rectanglesFault = "no eyes";
+    EXPECT_EQ(detector.detect(image).error(), "no eyes");
+}
+
+TEST_F(FaceDetectorTest, TurnsEverythingToATopLeftOrigin) {
+    vision.faces = {{.normalizedBox = {0.25, 0.5, 0.125, 0.25},
+                     .yaw = 0.1F,
+                     .roll = std::nullopt,
+                     .pitch = -0.2F,
+                     .handle = nullptr}};
+    vision.details.captureQualities = {0.75F};
+    vision.details.landmarks = {FaceLandmarkObservation{
+        .regions = {{LandmarkRegion::nose, {{60, 70}, {62, 60}}}, {LandmarkRegion::leftEye, {}}},
+        .leftPupil = {{50, 80}, {54, 84}},
+        .rightPupil = {}}};
+    const DetectedFace expected{
+        .boundingBox = {50, 25, 25, 25},
+        .normalizedBoundingBox = {0.25, 0.5, 0.125, 0.25},
+        .quality = 0.75F,
+        .yaw = 0.1F,
+        .roll = std::nullopt,
+        .pitch = -0.2F,
+        .landmarks = FaceLandmarks{.regions = {{LandmarkRegion::nose, {{60, 30}, {62, 40}}}},
+                                   .leftPupil = Point{52, 18},
+                                   .rightPupil = std::nullopt},
+        .imageSize = {200, 100}};
+    EXPECT_EQ(detector.detect(image)->at(0), expected);
+}
+
+TEST_F(FaceDetectorTest, PairsDetailsByPosition) {
+    vision.faces.resize(3);
+    vision.details.captureQualities = {std::nullopt, 0.5F};
+    vision.details.landmarks = {std::nullopt, std::nullopt, FaceLandmarkObservation{}};
+    const auto faces = *detector.detect(image);
+    ASSERT_EQ(faces.size(), 3U);
+    EXPECT_EQ(faces[0].quality, std::nullopt);
+    EXPECT_EQ(faces[1].quality, 0.5F);
+    EXPECT_EQ(faces[2].quality, std::nullopt);
+    EXPECT_FALSE(faces[1].landmarks);
+    EXPECT_EQ(faces[2].landmarks, FaceLandmarks{});
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,86 @@
+#include "Tests/Fakes/FakeFileSystem.h"
+#include "UnlockCore/Platform/AtomicFile.h"
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using Bytes = FakeFileSystem::Bytes;
+using Names = FakeFileSystem::Names;
+
+const std::filesystem::path path = "/disk/data/folder/file";
+const Bytes oldContent{1, 1, 1, 1};
+const Bytes newContent{2, 2, 2, 2, 2, 2};
+
+struct Start {
+    bool hasFile;
+    std::optional<Bytes> content() const {
+        return hasFile ? std::optional(oldContent) : std::nullopt;
+    }
+};
+constexpr Start starts[] = {{true}, {false}};
+
+void arrange(FakeFileSystem& fileSystem, const Start& start) {
+    fileSystem.put("/disk/other", {});
+    if (start.hasFile) fileSystem.put(path, oldContent);
+}
+
+std::size_t callsOfASave(const Start& start) {
+    FakeFileSystem fileSystem;
+    arrange(fileSystem, start);
+    EXPECT_TRUE(atomicfile::replace(fileSystem, path, newContent));
+    EXPECT_EQ(fileSystem.content(path), newContent);
+    fileSystem.losePower(Names::lost);
+    EXPECT_EQ(fileSystem.content(path), newContent) << "a finished save is on the device";
+    return fileSystem.calls();
+}
+
+TEST(AtomicFile, oneFailedCallLeavesOldOrNewContentAndNoTemporary) {
+    for (const Start& start : starts) {
+        const std::size_t calls = callsOfASave(start);
+        EXPECT_GE(calls, 6U);
+        for (std::size_t call = 0; call < calls; ++call) {
+            SCOPED_TRACE(call);
+            FakeFileSystem fileSystem;
+            arrange(fileSystem, start);
+            fileSystem.failCall(call);
+            const auto saved = atomicfile::replace(fileSystem, path, newContent);
+            ASSERT_FALSE(saved);
+            EXPECT_EQ(saved.error(), FakeFileSystem::error());
+            EXPECT_FALSE(fileSystem.exists(atomicfile::temporaryPath(path)));
+            EXPECT_EQ(fileSystem.openFiles(), 0U);
+            const bool isLast = call + 1 == calls;
+            EXPECT_EQ(fileSystem.content(path),
+                      isLast ? std::optional(newContent) : start.content());
+        }
+    }
+}
+
+TEST(AtomicFile, aCrashAtAnyPointLeavesOldOrNewContent) {
+    for (const Start& start : starts) {
+        const std::size_t calls = callsOfASave(start);
+        for (std::size_t call = 0; call <= calls; ++call) {
+            for (const Names names : {Names::lost, Names::kept}) {
+                SCOPED_TRACE(call);
+                FakeFileSystem fileSystem;
+                arrange(fileSystem, start);
+                fileSystem.failFrom(call);
+                EXPECT_EQ(atomicfile::replace(fileSystem, path, newContent).has_value(),
+                          call == calls);
+                fileSystem.losePower(names);
+                fileSystem.heal();
+                EXPECT_TRUE(fileSystem.content(path) == newContent ||
+                            fileSystem.content(path) == start.content());
+
+                // The next save does not stumble over what the crash left.
+                EXPECT_TRUE(atomicfile::replace(fileSystem, path, newContent));
+                EXPECT_EQ(fileSystem.content(path), newContent);
+                EXPECT_EQ(fileSystem.files().size(), 2U);
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,90 @@
+#include "Tests/Fakes/VaultBench.h"
+#include "UnlockCore/Storage/CredentialStore.h"
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+struct Bench : VaultBench {
+    CredentialStore store{passwordFile, *vault};
+
+    Bench() { (void)unlock(); }
+    std::optional<StorageError> save(std::string_view text) {
+        auto password = SecretBytes::copyOf(bytesOf(text)).value();
+        auto problem = problemOf(store.save(password));
+        EXPECT_EQ(password.size(), text.size());
+        EXPECT_TRUE(std::ranges::all_of(password.values(), [](auto byte) { return byte == 0; }));
+        return problem;
+    }
+    std::expected<std::string, StorageError> password() {
+        return store.withPassword([](std::span<const std::uint8_t> bytes) {
+            return std::string(bytes.begin(), bytes.end());
+        });
+    }
+};
+
+TEST(CredentialStore, keepsThePasswordAndWipesTheCallersCopy) {
+    Bench bench;
+    EXPECT_FALSE(bench.store.hasPassword());
+    EXPECT_EQ(problemOf(bench.password()), CredentialError::none);
+    EXPECT_EQ(bench.save(""), CredentialError::empty);
+    EXPECT_FALSE(bench.store.hasPassword());
+
+    EXPECT_EQ(bench.save("p"), std::nullopt);
+    EXPECT_EQ(bench.fileSystem.content(bench.folder.passwordFile())
+                  .value_or(FakeFileSystem::Bytes())
+                  .size(),
+              30U);
+    EXPECT_EQ(bench.save("grün 🔑"), std::nullopt);
+    EXPECT_EQ(bench.password(), "grün 🔑");
+
+    bench.fileSystem.deny(bench.folder.passwordFile());
+    EXPECT_EQ(bench.save("other"), FakeFileSystem::error());
+    EXPECT_EQ(problemOf(bench.store.remove()), FakeFileSystem::error());
+    bench.fileSystem.heal();
+    EXPECT_EQ(bench.password(), "grün 🔑");
+
+    bench.vault->lock();
+    EXPECT_EQ(bench.save("other"), VaultError::locked);
+    EXPECT_TRUE(bench.store.hasPassword());
+    EXPECT_EQ(problemOf(bench.password()), VaultError::locked);
+    EXPECT_TRUE(bench.store.remove());
+    EXPECT_TRUE(bench.store.remove());
+    EXPECT_FALSE(bench.store.hasPassword());
+}
+
+TEST(CredentialStore, countsAsUseOfTheVault) {
+    Bench bench;
+    ASSERT_EQ(bench.save("p"), std::nullopt);
+    const Date opened = bench.mainThread.now();
+    bench.mainThread.advance(TimeInterval(60));
+    (void)bench.store.hasPassword();
+    EXPECT_EQ(bench.vault->lastActivityAt(), opened);
+    // Already while the password is in use.
+    EXPECT_TRUE(bench.store.withPassword([&](std::span<const std::uint8_t>) {
+        EXPECT_EQ(bench.vault->lastActivityAt(), opened + TimeInterval(60));
+    }));
+}
+
+TEST(CredentialStore, passesTheBodysOwnOutcomeThrough) {
+    Bench bench;
+    ASSERT_EQ(bench.save("p"), std::nullopt);
+    const auto outcome = bench.store.withPassword(
+        [](std::span<const std::uint8_t>) { return std::expected<void, int>(std::unexpect, 7); });
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome->error(), 7);
+}
+
+TEST(CredentialStore, opensNoFacesFile) {
+    Bench bench;
+    bench.fileSystem.put(bench.folder.passwordFile(),
+                         bench.vault->seal(bytesOf("[]"), VaultPurpose::faces).value());
+    const auto lastUse = bench.vault->lastActivityAt();
+    bench.mainThread.advance(TimeInterval(60));
+    EXPECT_EQ(problemOf(bench.password()), VaultError::openFailed);
+    EXPECT_EQ(bench.vault->lastActivityAt(), lastUse);
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,76 @@
+#include "Tests/Fakes/VaultBench.h"
+#include "UnlockCore/Storage/UnlockDataEraser.h"
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using Report = UnlockDataEraser::Report;
+
+struct Bench : VaultBench {
+    FaceStore faces{facesFile, *vault, cipher, mainThread};
+    CredentialStore credentials{passwordFile, *vault};
+
+    void fill() {
+        EXPECT_EQ(problemOf(unlock().value()), std::nullopt);
+        EXPECT_TRUE(faces.load());
+        EXPECT_TRUE(faces.saveIdentity({FaceSample()}, "Ann", "m-1", 0));
+        auto password = SecretBytes::copyOf(bytesOf("p")).value();
+        EXPECT_TRUE(credentials.save(password));
+    }
+    Report erase() { return UnlockDataEraser::erase(faces, credentials, *vault); }
+};
+
+const Report everything{
+    .removedFaces = true, .removedPassword = true, .removedKey = true, .problems = {}};
+
+TEST(UnlockDataEraser, removesEverything) {
+    Bench bench;
+    EXPECT_EQ(bench.erase(), everything) << "nothing was ever saved";
+    bench.fill();
+    EXPECT_EQ(bench.erase(), everything);
+    EXPECT_TRUE(bench.fileSystem.files().empty());
+    EXPECT_TRUE(bench.keychain.items().empty());
+    EXPECT_TRUE(bench.faces.identities().empty());
+    EXPECT_FALSE(bench.vault->isUnlocked());
+    bench.fill();
+}
+
+TEST(UnlockDataEraser, keepsTheKeyOfWhatRemains) {
+    Bench bench;
+    bench.fill();
+    bench.fileSystem.deny(bench.folder.facesFile());
+    EXPECT_EQ(bench.erase(), (Report{.removedFaces = false,
+                                     .removedPassword = true,
+                                     .removedKey = false,
+                                     .problems = {"Faces: " + FakeFileSystem::error().message}}));
+    EXPECT_EQ(bench.keychain.items().size(), 1U);
+    EXPECT_FALSE(bench.vault->isUnlocked());
+    EXPECT_EQ(bench.faces.identities().size(), 1U);
+
+    bench.fileSystem.heal();
+    bench.fill();
+    bench.fileSystem.deny(bench.folder.passwordFile());
+    EXPECT_EQ(bench.erase(),
+              (Report{.removedFaces = true,
+                      .removedPassword = false,
+                      .removedKey = false,
+                      .problems = {"Password: " + FakeFileSystem::error().message}}));
+    bench.fileSystem.heal();
+    EXPECT_EQ(bench.erase(), everything);
+}
+
+TEST(UnlockDataEraser, leavesTheVaultOpenWhereOnlyTheKeyStays) {
+    Bench bench;
+    bench.fill();
+    bench.keychain.failing[FakeKeychain::Operation::remove] = -61;
+    EXPECT_EQ(bench.erase(), (Report{.removedFaces = true,
+                                     .removedPassword = true,
+                                     .removedKey = false,
+                                     .problems = {"Key: Keychain: error -61"}}));
+    EXPECT_TRUE(bench.vault->isUnlocked());
+}
+
+}  // namespace
+}  // namespace marrowby

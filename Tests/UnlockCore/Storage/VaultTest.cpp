@@ -1,0 +1,279 @@
+#include "Tests/Fakes/VaultBench.h"
+#include "UnlockCore/Storage/Vault.h"
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using Result = std::expected<void, StorageError>;
+
+constexpr TimeInterval minute(60);
+
+Bytes sealed(VaultBench& bench, std::string_view text, VaultPurpose purpose) {
+    return bench.vault->seal(bytesOf(text), purpose).value();
+}
+
+std::optional<std::string> opened(VaultBench& bench, const Bytes& blob, VaultPurpose purpose) {
+    const auto plaintext = bench.vault->open(blob, purpose);
+    if (!plaintext) return std::nullopt;
+    return std::string(plaintext->values().begin(), plaintext->values().end());
+}
+
+TEST(Vault, makesAKeyOnceAndOpensWithItEverAfter) {
+    VaultBench bench;
+    EXPECT_EQ(bench.unlock(), Result());
+    ASSERT_EQ(bench.keychain.items().size(), 1U);
+    const Bytes key = bench.keychain.items().front();
+    EXPECT_EQ(key.size(), 32U);
+    EXPECT_NE(key, Bytes(32));
+    const Bytes blob = sealed(bench, "secret", VaultPurpose::password);
+
+    bench.vault = bench.makeVault();
+    EXPECT_EQ(problemOf(bench.vault->open(blob, VaultPurpose::password)), VaultError::locked);
+    EXPECT_EQ(problemOf(bench.vault->seal({}, VaultPurpose::faces)), VaultError::locked);
+    EXPECT_EQ(bench.unlock(), Result());
+    EXPECT_EQ(opened(bench, blob, VaultPurpose::password), "secret");
+    EXPECT_EQ(bench.keychain.items().front(), key);
+
+    EXPECT_EQ(bench.unlock(), Result());
+    EXPECT_EQ(bench.owner.prompts.size(), 2U) << "an open vault asks nobody";
+}
+
+TEST(Vault, callersShareOnePromptAndItsOutcome) {
+    for (const bool confirms : {true, false}) {
+        VaultBench bench;
+        bench.owner.answer.reset();
+        std::vector<bool> outcomes;
+        const auto note = [&](const Result& result) {
+            EXPECT_TRUE(bench.mainThread.isCurrent());
+            outcomes.push_back(result.has_value());
+        };
+        bench.vault->unlock("first", note);
+        bench.vault->unlock("second", note);
+        bench.mainThread.runPosted();
+        ASSERT_EQ(bench.owner.prompts.size(), 1U);
+        EXPECT_EQ(bench.owner.prompts[0].reason, "first");
+        EXPECT_TRUE(outcomes.empty());
+
+        std::thread([&] { bench.owner.prompts[0].reply(confirms); }).join();
+        EXPECT_TRUE(outcomes.empty()) << "not on the reply's thread";
+        bench.mainThread.runPosted();
+        EXPECT_EQ(outcomes, std::vector<bool>(2, confirms));
+        EXPECT_EQ(bench.vault->isUnlocked(), confirms);
+
+        // A second reply, and one that comes while the next prompt is open.
+        bench.vault->lock();
+        bench.vault->unlock("third", note);
+        bench.owner.prompts[0].reply(true);
+        bench.mainThread.runPosted();
+        EXPECT_EQ(bench.owner.prompts.size(), 2U);
+        EXPECT_EQ(outcomes.size(), 2U);
+        EXPECT_FALSE(bench.vault->isUnlocked());
+    }
+}
+
+TEST(Vault, mayGoWhileThePromptIsOpen) {
+    VaultBench bench;
+    bench.owner.answer.reset();
+    bool isCalled = false;
+    bench.vault->unlock("open it", [&](const Result&) { isCalled = true; });
+    bench.vault.reset();
+    bench.owner.prompts[0].reply(true);
+    bench.mainThread.runPosted();
+    EXPECT_FALSE(isCalled);
+    EXPECT_TRUE(bench.keychain.calls().empty());
+}
+
+TEST(Vault, staysLockedWhateverFails) {
+    struct Case {
+        const char* name;
+        std::function<void(VaultBench&)> arrange;
+        StorageError expected;
+        std::size_t items;
+    };
+    const auto putKey = [](VaultBench& bench, std::size_t size) {
+        bench.keychain.put("app.vault", "vault-key", Bytes(size));
+    };
+    constexpr KeychainStatus refused = -128;
+    const StorageError status =
+        KeychainError(KeychainError::Status{.code = refused, .message = {}});
+    const Case cases[] = {
+        {"short key", [&](VaultBench& b) { putKey(b, 16); }, VaultError::badKey, 1},
+        {"long key", [&](VaultBench& b) { putKey(b, 33); }, VaultError::badKey, 1},
+        {"key lost on reading",
+         [&](VaultBench& b) {
+             putKey(b, 32);
+             b.keychain.losesData = true;
+         },
+         VaultError::keyMissingButDataExists, 1},
+        {"key is not bytes",
+         [&](VaultBench& b) {
+             putKey(b, 32);
+             b.keychain.withholdsData = true;
+         },
+         KeychainError(KeychainError::UnexpectedData{}), 1},
+        {"no key for saved faces",
+         [](VaultBench& b) { b.fileSystem.put(b.folder.facesFile(), {1}); },
+         VaultError::keyMissingButDataExists, 0},
+        {"no key for a saved password",
+         [](VaultBench& b) { b.fileSystem.put(b.folder.passwordFile(), {1}); },
+         VaultError::keyMissingButDataExists, 0},
+        {"keychain unreadable while data is saved",
+         [&](VaultBench& b) {
+             putKey(b, 32);
+             b.fileSystem.put(b.folder.facesFile(), {1});
+             b.keychain.failing[FakeKeychain::Operation::copyMatching] = refused;
+         },
+         VaultError::keyMissingButDataExists, 1},
+        {"key not saved",
+         [](VaultBench& b) { b.keychain.failing[FakeKeychain::Operation::add] = refused; }, status,
+         0},
+        {"key reads back differently", [](VaultBench& b) { b.keychain.corruptsData = true; },
+         VaultError::badKey, 1},
+        {"key doesn’t read back", [](VaultBench& b) { b.keychain.losesData = true; },
+         VaultError::badKey, 1},
+        {"owner cancels", [](VaultBench& b) { b.owner.answer = false; },
+         OwnerCheckError(OwnerCheckError::Cancelled{}), 0},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        VaultBench bench;
+        test.arrange(bench);
+        const auto result = bench.unlock();
+        ASSERT_TRUE(result && !*result);
+        EXPECT_EQ(result->error(), test.expected);
+        EXPECT_FALSE(bench.vault->isUnlocked());
+        EXPECT_EQ(bench.vault->lastActivityAt(), std::nullopt);
+        EXPECT_EQ(bench.keychain.items().size(), test.items);
+    }
+}
+
+TEST(Vault, announcesEachChangeOnceWithoutHoldingItsLock) {
+    VaultBench bench;
+    std::vector<bool> states;
+    (void)bench.notifications.observe("app.quenby.unlock.vault.didChange", [&] {
+        states.push_back(bench.vault->isUnlocked());
+        bench.vault->recordActivity();
+    });
+    bench.vault->lock();
+    (void)bench.unlock();
+    (void)bench.unlock();
+    bench.vault->lock();
+    bench.vault->lock();
+    EXPECT_EQ(states, (std::vector<bool>{true, false}));
+}
+
+TEST(Vault, remembersItsLastUseWhileOpen) {
+    VaultBench bench;
+    bench.vault->recordActivity();
+    EXPECT_EQ(bench.vault->lastActivityAt(), std::nullopt);
+    (void)bench.unlock();
+    const Date start = bench.mainThread.now();
+    EXPECT_EQ(bench.vault->lastActivityAt(), start);
+    bench.mainThread.advance(minute);
+    EXPECT_EQ(bench.vault->lastActivityAt(), start);
+    bench.vault->recordActivity();
+    EXPECT_EQ(bench.vault->lastActivityAt(), start + minute);
+    bench.vault->lock();
+    EXPECT_EQ(bench.vault->lastActivityAt(), std::nullopt);
+}
+
+TEST(Vault, sealsInItsOwnFormat) {
+    VaultBench bench;
+    (void)bench.unlock();
+    const Bytes blob = sealed(bench, "x", VaultPurpose::faces);
+    ASSERT_EQ(blob.size(), 30U);
+    EXPECT_EQ(blob[0], 1);
+    const Bytes again = sealed(bench, "x", VaultPurpose::faces);
+    EXPECT_NE(Bytes(blob.begin() + 1, blob.begin() + 13),
+              Bytes(again.begin() + 1, again.begin() + 13));
+    EXPECT_EQ(opened(bench, again, VaultPurpose::faces), "x");
+
+    const Bytes key = bench.keychain.items().front();
+    const auto plaintext = bench.cipher.open(
+        AuthenticatedCipher::Key(key), AuthenticatedCipher::Nonce(blob.data() + 1, 12),
+        bytesOf("app.quenby.unlock/faces/1"), std::span(blob).subspan(13));
+    ASSERT_TRUE(plaintext);
+    EXPECT_EQ(plaintext->values()[0], 'x');
+}
+
+TEST(Vault, opensNothingThatWasTouched) {
+    VaultBench bench;
+    (void)bench.unlock();
+    const Bytes blob = sealed(bench, "secret", VaultPurpose::password);
+    for (std::size_t bit = 0; bit < blob.size() * 8; ++bit) {
+        Bytes flipped = blob;
+        flipped[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
+        EXPECT_EQ(problemOf(bench.vault->open(flipped, VaultPurpose::password)),
+                  bit < 8 ? VaultError::unknownFormat : VaultError::openFailed);
+    }
+    for (std::size_t size = 0; size < blob.size(); ++size) {
+        EXPECT_EQ(problemOf(bench.vault->open(std::span(blob).first(size), VaultPurpose::password)),
+                  VaultError::openFailed);
+    }
+    EXPECT_EQ(problemOf(bench.vault->open(blob, VaultPurpose::faces)), VaultError::openFailed);
+
+    bench.vault->lock();
+    bench.keychain.put("app.vault", "vault-key", Bytes(32));
+    (void)bench.unlock();
+    EXPECT_EQ(problemOf(bench.vault->open(blob, VaultPurpose::password)), VaultError::openFailed);
+}
+
+TEST(Vault, servesManyThreadsWhileItOpensAndLocks) {
+    VaultBench bench;
+    (void)bench.unlock();
+    const Bytes blob = sealed(bench, "secret", VaultPurpose::password);
+    std::atomic<bool> isOver = false;
+    std::vector<std::thread> users;
+    for (int i = 0; i < 3; ++i) {
+        users.emplace_back([&] {
+            while (!isOver) {
+                const auto plaintext = bench.vault->open(blob, VaultPurpose::password);
+                EXPECT_TRUE(plaintext || plaintext.error() == VaultError::locked);
+                const auto made = bench.vault->seal(bytesOf("other"), VaultPurpose::faces);
+                EXPECT_TRUE(made || made.error() == VaultError::locked);
+                bench.vault->recordActivity();
+                (void)bench.vault->lastActivityAt();
+            }
+        });
+    }
+    bench.owner.answer.reset();
+    int unlocks = 0;
+    for (int round = 0; round < 50; ++round) {
+        std::thread locker([&] { bench.vault->lock(); });
+        bench.vault->unlock("open it", [&](const Result& result) { unlocks += result ? 1 : 0; });
+        std::vector<std::thread> replies;
+        for (const auto& prompt : std::exchange(bench.owner.prompts, {})) {
+            for (int i = 0; i < 2; ++i)
+                replies.emplace_back([reply = prompt.reply] { reply(true); });
+        }
+        for (std::thread& reply : replies)
+            reply.join();
+        locker.join();
+        bench.mainThread.runPosted();
+    }
+    isOver = true;
+    for (std::thread& user : users)
+        user.join();
+    EXPECT_EQ(unlocks, 50);
+
+    // The reply races with the vault's end.
+    bench.vault->lock();
+    bench.vault->unlock("open it", [](const Result&) {});
+    std::thread reply([prompt = bench.owner.prompts.back()] { prompt.reply(true); });
+    bench.vault.reset();
+    reply.join();
+    bench.mainThread.runPosted();
+}
+
+}  // namespace
+}  // namespace marrowby

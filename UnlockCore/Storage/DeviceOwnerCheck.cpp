@@ -1,0 +1,43 @@
+#include "UnlockCore/Storage/DeviceOwnerCheck.h"
+
+#include <memory>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+/// Biometrics, watch or account password.
+constexpr std::int64_t deviceOwnerAuthentication = 2;
+
+constexpr std::int64_t userCancel = -2;
+constexpr std::int64_t systemCancel = -4;
+constexpr std::int64_t appCancel = -9;
+
+std::expected<void, StorageError> outcome(
+    const std::expected<bool, OwnerAuthenticationError>& reply) {
+    if (reply && *reply) return {};
+    if (reply || reply.error().code == userCancel || reply.error().code == systemCancel ||
+        reply.error().code == appCancel) {
+        return std::unexpected<StorageError>(OwnerCheckError(OwnerCheckError::Cancelled{}));
+    }
+    return std::unexpected<StorageError>(reply.error());
+}
+
+}  // namespace
+
+void DeviceOwnerCheck::confirmOwner(const std::string& reason, Completion completion) {
+    const std::shared_ptr<OwnerAuthenticationContext> context = authentication_.makeContext();
+    if (const auto possible = context->canEvaluate(deviceOwnerAuthentication); !possible) {
+        completion(std::unexpected<StorageError>(
+            OwnerCheckError(OwnerCheckError::Unavailable{possible.error().message})));
+        return;
+    }
+    // The reply keeps the context: one that goes away would take its prompt with it.
+    context->evaluate(
+        deviceOwnerAuthentication, reason,
+        [context, completion = std::move(completion)](
+            std::expected<bool, OwnerAuthenticationError> reply) { completion(outcome(reply)); });
+}
+
+}  // namespace marrowby

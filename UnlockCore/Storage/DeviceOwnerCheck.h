@@ -1,0 +1,19 @@
+#pragma once
+
+#include "UnlockCore/Platform/OwnerAuthentication.h"
+#include "UnlockCore/Storage/OwnerCheck.h"
+
+namespace marrowby {
+
+/// Asks for biometrics, a paired watch or the account password, each time anew.
+class DeviceOwnerCheck final : public OwnerCheck {
+  public:
+    explicit DeviceOwnerCheck(OwnerAuthentication& authentication)
+        : authentication_(authentication) {}
+    void confirmOwner(const std::string& reason, Completion completion) override;
+
+  private:
+    OwnerAuthentication& authentication_;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,32 @@
+#include "UnlockCore/Storage/UnlockDataEraser.h"
+
+namespace marrowby {
+
+UnlockDataEraser::Report UnlockDataEraser::erase(FaceStore& faces, CredentialStore& credentials,
+                                                 Vault& vault) {
+    Report report;
+    if (const auto removed = faces.removeAll()) {
+        report.removedFaces = true;
+    } else {
+        report.problems.push_back("Faces: " + description(removed.error()));
+    }
+    if (const auto removed = credentials.remove()) {
+        report.removedPassword = true;
+    } else {
+        report.problems.push_back("Password: " + description(removed.error()));
+    }
+    if (!report.removedFaces || !report.removedPassword) {
+        // What remains could not be opened without the key.
+        vault.lock();
+        return report;
+    }
+    if (const auto removed = vault.keyStore().deleteKey()) {
+        vault.lock();
+        report.removedKey = true;
+    } else {
+        report.problems.push_back("Key: " + description(removed.error()));
+    }
+    return report;
+}
+
+}  // namespace marrowby
