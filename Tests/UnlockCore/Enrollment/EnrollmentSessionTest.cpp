@@ -1,0 +1,178 @@
+#include "UnlockCore/Enrollment/EnrollmentSession.h"
+
+#include <limits>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using Hint = EnrollmentSession::Hint;
+
+constexpr Date start{TimeInterval(1000)};
+
+/// Plays heads to a session, eight frames a second (exact in binary), the first at the very start.
+class Driver {
+  public:
+    EnrollmentSession session{start};
+
+    static EnrollmentFrame::Face face(std::optional<float> yaw, std::optional<float> pitch) {
+        return {.yaw = yaw,
+                .pitch = pitch,
+                .quality = 0.6F,
+                .fivePointAligned = true,
+                .embedding = {0.6F, 0.8F}};
+    }
+    static EnrollmentFrame::Face straight() { return face(0.0F, 0.0F); }
+
+    /// The number of samples taken so far.
+    std::size_t play(const EnrollmentFrame& frame, int times = 1) {
+        for (int i = 0; i < times; ++i) {
+            session.observe(frame, now());
+            ++frame_;
+        }
+        return session.samples().size();
+    }
+    void skipTo(TimeInterval sinceStart) { frame_ = static_cast<int>(sinceStart.count() * 8); }
+    [[nodiscard]] Date now() const { return start + TimeInterval(frame_ / 8.0); }
+
+  private:
+    int frame_ = 0;
+};
+
+TEST(EnrollmentSession, takesTwoSamplesOfEveryPoseInOrder) {
+    struct Pose {
+        std::string name;
+        float yaw;
+        float pitch;
+        std::string prompt;
+        double guide;
+    };
+    const std::vector<Pose> poses{
+        {"centre", 0, 0, "Look straight at the camera", 0},
+        {"left", 0.24F * 1.25F, 0, "Turn your head a little to the left", 270},
+        {"top-left", 0.3F, -0.2125F, "Now up and to the left", 315},
+        {"top", 0, -0.2125F, "Tilt your head up a little", 0},
+        {"top-right", -0.3F, -0.2125F, "Now up and to the right", 45},
+        {"right", -0.3F, 0, "Turn your head a little to the right", 90},
+        {"bottom-right", -0.3F, 0.2125F, "Now down and to the right", 135},
+        {"bottom", 0, 0.2125F, "Tilt your head down a little", 180},
+        {"bottom-left", 0.3F, 0.2125F, "Now down and to the left", 225},
+    };
+    Driver driver;
+    driver.skipTo(TimeInterval(2));
+    std::size_t taken = 0;
+    for (const Pose& pose : poses) {
+        EXPECT_EQ(text(driver.session.hint()), pose.prompt);
+        EXPECT_DOUBLE_EQ(driver.session.progress(), static_cast<double>(taken) / 18);
+        const auto face = Driver::face(pose.yaw, pose.pitch);
+        // Half a second of holding, then every third frame.
+        EXPECT_EQ(driver.play(face, 6), taken) << pose.name;
+        EXPECT_NEAR(driver.session.headTurn().value(), pose.guide, 0.01) << pose.name;
+        EXPECT_EQ(driver.play(face), taken + 1) << pose.name;
+        EXPECT_EQ(driver.play(face, 2), taken + 1) << pose.name;
+        EXPECT_FALSE(driver.session.isDone());
+        const Date last = driver.now();
+        taken = driver.play(face);
+        ASSERT_EQ(taken, driver.session.samples().size());
+        EXPECT_EQ(driver.session.samples().back(), (FaceSample{.embedding = face.embedding,
+                                                               .pose = pose.name,
+                                                               .capturedAt = last,
+                                                               .quality = face.quality}));
+    }
+    EXPECT_EQ(taken, 18U);
+    EXPECT_TRUE(driver.session.isDone());
+    EXPECT_EQ(driver.session.hint(), Hint(Hint::Done{}));
+    EXPECT_EQ(text(driver.session.hint()), "Got it");
+    EXPECT_EQ(driver.session.headTurn(), std::nullopt);
+    EXPECT_EQ(driver.session.progress(), 1);
+    EXPECT_EQ(driver.session.capturedPoses().size(), 8U);
+    EXPECT_FALSE(driver.session.capturedPoses().contains(EnrollmentPose::center));
+
+    driver.play(EnrollmentFrame::NoFace{});
+    EXPECT_EQ(driver.session.hint(), Hint(Hint::Done{}));
+    EXPECT_EQ(driver.play(Driver::straight(), 20), 18U);
+}
+
+TEST(EnrollmentSession, warmUpCountsForNothing) {
+    Driver driver;
+    // The hold begins at 1.5 s, its half second ends at 2 s; the third frame from there is taken.
+    EXPECT_EQ(driver.play(Driver::straight(), 18), 0U);
+    EXPECT_EQ(driver.play(Driver::straight()), 1U);
+}
+
+TEST(EnrollmentSession, anyFailingFrameStartsHoldAndStreakAgain) {
+    struct Case {
+        const char* name;
+        EnrollmentFrame frame;
+        Hint hint;
+        std::optional<double> guide;
+    };
+    const Hint wanted = Hint::Pose{EnrollmentPose::center};
+    const float none = std::numeric_limits<float>::quiet_NaN();
+    auto poor = Driver::straight();
+    poor.quality = 0.19F;
+    auto twoPoint = Driver::straight();
+    twoPoint.fivePointAligned = false;
+    auto unusable = Driver::straight();
+    unusable.embedding = {0, 0};
+    const std::vector<Case> cases{
+        {"no face", EnrollmentFrame::NoFace{}, Hint::NoFace{}, std::nullopt},
+        {"too far away", EnrollmentFrame::TooFar{}, Hint::Closer{}, std::nullopt},
+        {"no yaw", Driver::face(std::nullopt, 0), wanted, std::nullopt},
+        {"no pitch", Driver::face(0, std::nullopt), wanted, std::nullopt},
+        {"not a number", Driver::face(none, 0), wanted, std::nullopt},
+        {"turned too far", Driver::face(0.6F, 0.1F), Hint::TooFar{"Not so far to the left"},
+         std::nullopt},
+        {"another pose", Driver::face(0.3F, 0), wanted, 0},
+        {"poor quality", poor, wanted, 0},
+        {"two points", twoPoint, wanted, 0},
+        {"unusable embedding", unusable, wanted, 0},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.name);
+        Driver driver;
+        driver.skipTo(TimeInterval(2));
+        EXPECT_EQ(driver.play(Driver::straight(), 6), 0U);
+        EXPECT_EQ(driver.play(each.frame), 0U);
+        EXPECT_EQ(driver.session.hint(), each.hint);
+        EXPECT_EQ(driver.session.headTurn(), each.guide);
+        EXPECT_EQ(driver.play(Driver::straight(), 6), 0U);
+        EXPECT_EQ(driver.session.hint(), wanted);
+        EXPECT_EQ(driver.play(Driver::straight()), 1U);
+        // After the first sample of a pose too.
+        EXPECT_EQ(driver.play(each.frame), 1U);
+        EXPECT_EQ(driver.play(Driver::straight(), 6), 1U);
+        EXPECT_EQ(driver.play(Driver::straight()), 2U);
+    }
+    EXPECT_EQ(text(Hint::NoFace{}), "Look at the camera");
+    EXPECT_EQ(text(Hint::Closer{}), "Come a little closer");
+    EXPECT_EQ(text(Hint::TooFar{"Not so far up"}), "Not so far up");
+}
+
+TEST(EnrollmentSession, qualityMayBeAbsentOrJustEnough) {
+    for (const std::optional<float> quality : {std::optional<float>(), std::optional(0.2F)}) {
+        Driver driver;
+        driver.skipTo(TimeInterval(2));
+        auto face = Driver::straight();
+        face.quality = quality;
+        EXPECT_EQ(driver.play(face, 7), 1U);
+        EXPECT_EQ(driver.session.samples().at(0).quality, quality);
+    }
+}
+
+TEST(EnrollmentSession, aPoseThatTakesLongGetsEasierOnce) {
+    Driver driver;
+    driver.skipTo(TimeInterval(2));
+    const auto slanted = Driver::face(0.2F, 0);
+    EXPECT_EQ(driver.play(slanted, 81), 0U);  // up to 12 s
+    EXPECT_EQ(driver.play(slanted, 6), 0U);
+    EXPECT_EQ(driver.play(slanted, 4), 2U);
+    // The next pose starts with its own patience: 0.2 was enough for the left only when widened.
+    EXPECT_EQ(driver.session.hint(), Hint(Hint::Pose{EnrollmentPose::left}));
+    EXPECT_EQ(driver.play(slanted, 96 + 6), 2U);
+    EXPECT_EQ(driver.play(slanted), 3U);
+}
+
+}  // namespace
+}  // namespace marrowby
