@@ -1,0 +1,410 @@
+#include "Platforms/Linux/ThreadWorkQueues.h"
+#include "Tests/Fakes/FakeCaptureSession.h"
+#include "Tests/Fakes/FakeImaging.h"
+#include "Tests/Fakes/FakeMainThread.h"
+#include "Tests/Fakes/FakeWorkQueues.h"
+#include "Tests/UnlockCore/LockScreenServices/LookBench.h"
+#include "UnlockCore/Liveness/LivenessTuning.h"
+#include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
+
+#include <cmath>
+#include <functional>
+#include <future>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+constexpr LookID look{7};
+const std::string noCamera = "No camera found.";
+
+FaceIdentity identity(std::string name, Embedding embedding) {
+    return {.id = UUID{},
+            .name = std::move(name),
+            .samples = {{.embedding = std::move(embedding),
+                         .pose = std::nullopt,
+                         .capturedAt = {},
+                         .quality = std::nullopt}},
+            .modelIdentifier = "scripted",
+            .dimension = 2,
+            .createdAt = {},
+            .isEnabled = true};
+}
+
+class CameraFaceScannerTest : public testing::Test {
+  protected:
+    CameraFaceScannerTest() {
+        session->cameras = {{.description = {"desk", "Desk camera"}, .formats = {}},
+                            {.description = {"phone", "Phone"}, .formats = {}}};
+        vision.addFace({0.4, 0.4, 0.3, 0.3}, {320, 240});
+        configuration.identities = {identity("Owner", {1, 0})};
+        configuration.threshold = 0.5F;
+        make(queues);
+    }
+    ~CameraFaceScannerTest() override {
+        scanner.reset();
+        settle();
+        EXPECT_TRUE(session->faults.empty()) << session->faults.front();
+        EXPECT_FALSE(session->isRunning());
+        EXPECT_FALSE(registry.isClaimed("unlock"));
+    }
+
+    void make(WorkQueues& own) {
+        scanner = std::make_unique<CameraFaceScanner>(
+            session,
+            CameraFaceScanner::Services{own, mainThread, mainThread, imaging, vision, registry},
+            [this]() -> std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> {
+                ++embedderLoads;
+                if (embedderFault) return std::unexpected(*embedderFault);
+                return embedder;
+            },
+            [this]() -> std::expected<std::shared_ptr<AntiSpoofScoring>, RealFaceModelError> {
+                ++antiSpoofLoads;
+                if (antiSpoofFault) return std::unexpected(*antiSpoofFault);
+                return antiSpoof;
+            });
+    }
+
+    FaceScanning::Callbacks callbacks() {
+        return {.onFrame =
+                    [this](LookID id, const ScanObservation& observation) {
+                        frames.emplace_back(id, observation);
+                        if (onFrame) onFrame();
+                    },
+                .onCameraFailed =
+                    [this](std::string message) {
+                        failures.push_back(std::move(message));
+                        if (onFailure) onFailure();
+                    }};
+    }
+    void start(LookID id = look) { scanner->start(id, configuration, callbacks()); }
+    /// Everything that waits on any thread.
+    void settle() {
+        for (int turn = 0; turn < 2; ++turn) {
+            queues.runAll();
+            mainThread.runPosted();
+        }
+    }
+    /// A look whose camera and networks are running.
+    void startFully(LookID id = look) {
+        start(id);
+        settle();
+    }
+    void deliver(bool wasUnderWay = false) {
+        session->deliver(std::make_shared<FakeSourceImage>(320, 240), wasUnderWay);
+    }
+    ScanObservation observe() {
+        deliver();
+        mainThread.runPosted();
+        return frames.empty() ? ScanObservation{} : frames.back().second;
+    }
+    std::optional<MatchedFace> match() {
+        const auto observation = observe();
+        const auto* face = std::get_if<ScanObservation::Face>(&observation);
+        return face ? face->match : std::nullopt;
+    }
+
+    std::shared_ptr<FakeCaptureSession> session = std::make_shared<FakeCaptureSession>();
+    FakeWorkQueues queues;
+    FakeMainThread mainThread;
+    FakeImaging imaging;
+    FakeFaceVision vision;
+    CameraUseRegistry registry;
+    std::shared_ptr<ScriptedEmbedder> embedder = std::make_shared<ScriptedEmbedder>();
+    std::shared_ptr<ScriptedAntiSpoof> antiSpoof = std::make_shared<ScriptedAntiSpoof>();
+    std::optional<FaceModelError> embedderFault;
+    std::optional<RealFaceModelError> antiSpoofFault;
+    int embedderLoads = 0;
+    int antiSpoofLoads = 0;
+
+    ScanConfiguration configuration;
+    std::vector<std::pair<LookID, ScanObservation>> frames;
+    std::vector<std::string> failures;
+    std::function<void()> onFrame;
+    std::function<void()> onFailure;
+    std::unique_ptr<CameraFaceScanner> scanner;
+};
+
+TEST_F(CameraFaceScannerTest, TellsOnTheMainThreadWhomEveryFrameShowsUntilTheyAreConfirmed) {
+    startFully();
+    EXPECT_EQ(session->attached(), "desk");
+    const auto needed = livenessTuning(LivenessMode::standard).liveMinimumFrames;
+    for (std::int64_t i = 1; i <= needed; ++i) {
+        deliver();
+        EXPECT_EQ(frames.size(), static_cast<std::size_t>(i) - 1);
+        // The frame has been worked on in the camera's own turn: whatever came meanwhile is lost.
+        EXPECT_FALSE(queues.runOne());
+        mainThread.runPosted();
+        ASSERT_EQ(frames.size(), static_cast<std::size_t>(i));
+        const LivenessDecision decision =
+            i < needed ? LivenessDecision(LivenessDecision::Waiting{LivenessNeeds::realFace})
+                       : LivenessDecision(LivenessDecision::Confirmed{});
+        EXPECT_EQ(frames.back().first, look);
+        EXPECT_EQ(frames.back().second,
+                  ScanObservation(ScanObservation::Face{
+                      .match = MatchedFace{.id = UUID{}, .name = "Owner", .similarity = 1},
+                      .decision = decision}));
+    }
+    EXPECT_TRUE(session->settings.discardsLateFrames);
+}
+
+TEST_F(CameraFaceScannerTest, MatchesOnlyTheMostAlikeEnabledFaceAtTheClampedThreshold) {
+    startFully();
+    struct Case {
+        const char* what;
+        float threshold;
+        float similarity;
+        bool matches;
+    };
+    for (const Case& c :
+         {Case{"at the threshold", 0.5F, 0.501F, true}, Case{"below it", 0.5F, 0.499F, false},
+          Case{"0.2 counts as 0.43", 0.2F, 0.431F, true},
+          Case{"0.2 counts as 0.43", 0.2F, 0.429F, false},
+          Case{"0.9 counts as 0.8", 0.9F, 0.801F, true}}) {
+        configuration.threshold = c.threshold;
+        startFully();
+        embedder->embedding = {c.similarity, std::sqrt(1 - c.similarity * c.similarity)};
+        EXPECT_EQ(match().has_value(), c.matches) << c.what << ' ' << c.similarity;
+    }
+    embedder->embedding = {1, 0};
+    configuration.threshold = 0.5F;
+    configuration.identities.front().isEnabled = false;
+    configuration.identities.push_back(identity("Friend", {0.8F, 0.6F}));
+    startFully();
+    EXPECT_EQ(match().value().name, "Friend");
+    configuration.identities.back().modelIdentifier = "another";
+    startFully();
+    EXPECT_FALSE(match());
+}
+
+TEST_F(CameraFaceScannerTest, TellsNoFaceWhereNoneIsUsable) {
+    startFully();
+    embedder->fault = FaceModelError::PixelBuffer{};
+    EXPECT_EQ(observe(), ScanObservation(ScanObservation::NoFace{})) << "not embedded";
+    embedder->fault.reset();
+    EXPECT_NE(observe(), ScanObservation(ScanObservation::NoFace{}));
+    vision.details.landmarks.clear();
+    EXPECT_EQ(observe(), ScanObservation(ScanObservation::NoFace{})) << "not lined up";
+    vision.removeFaces();
+    EXPECT_EQ(observe(), ScanObservation(ScanObservation::NoFace{})) << "nobody";
+    vision.addFace({0.1, 0.1, 59.0 / 320, 0.3}, {320, 240});
+    EXPECT_EQ(observe(), ScanObservation(ScanObservation::NoFace{})) << "too far away";
+    vision.removeFaces();
+    vision.addFace({0.1, 0.1, 60.0 / 320, 0.3}, {320, 240});
+    EXPECT_NE(observe(), ScanObservation(ScanObservation::NoFace{})) << "just near enough";
+    EXPECT_TRUE(failures.empty());
+}
+
+TEST_F(CameraFaceScannerTest, FailsAtOnceWithoutACameraAndWorksAtTheNextLook) {
+    session->cameras.clear();
+    start();
+    EXPECT_EQ(failures, std::vector{noCamera});
+    settle();
+    EXPECT_FALSE(session->isRunning());
+
+    session->cameras = {{.description = {"desk", "Desk camera"}, .formats = {}}};
+    startFully(LookID{8});
+    observe();
+    ASSERT_EQ(frames.size(), 1U);
+    EXPECT_EQ(frames.front().first, LookID{8});
+
+    // A running camera does not stay on when the next look cannot open it.
+    session->answer = CaptureAuthorization::denied;
+    startFully(LookID{9});
+    EXPECT_EQ(failures.size(), 2U);
+    EXPECT_FALSE(session->isRunning());
+}
+
+TEST_F(CameraFaceScannerTest, LoadsBothNetworksOnceOffTheMainThread) {
+    scanner->preload();
+    scanner->preload();
+    EXPECT_EQ(embedderLoads, 0) << "not on the main thread";
+    settle();
+    scanner->preload();
+    for (const LookID id : {LookID{1}, LookID{2}}) {
+        startFully(id);
+        observe();
+        scanner->stop();
+    }
+    settle();
+    EXPECT_EQ(embedderLoads, 1);
+    EXPECT_EQ(antiSpoofLoads, 1);
+    EXPECT_EQ(frames.size(), 2U);
+}
+
+TEST_F(CameraFaceScannerTest, SkipsTheFramesThatComeBeforeTheNetworks) {
+    start();
+    deliver(true);
+    mainThread.runPosted();
+    EXPECT_TRUE(frames.empty());
+    EXPECT_EQ(vision.rectangleRequests, 0);
+    settle();
+    observe();
+    EXPECT_EQ(frames.size(), 1U);
+}
+
+TEST_F(CameraFaceScannerTest, EndsTheLookWhenANetworkFailsToLoadAndTriesAgainAtTheNext) {
+    embedderFault = FaceModelError::NotFound{"SFace.mlmodelc"};
+    startFully();
+    EXPECT_EQ(failures, std::vector{description(*embedderFault)});
+    EXPECT_FALSE(session->isRunning());
+
+    embedderFault.reset();
+    antiSpoofFault = RealFaceModelError::LoadFailed{"broken"};
+    startFully(LookID{8});
+    EXPECT_EQ(failures.size(), 2U);
+    EXPECT_EQ(failures.back(), description(*antiSpoofFault));
+    EXPECT_FALSE(session->isRunning());
+
+    antiSpoofFault.reset();
+    startFully(LookID{9});
+    observe();
+    EXPECT_EQ(failures.size(), 2U);
+    EXPECT_EQ(frames.size(), 1U);
+    EXPECT_EQ(embedderLoads, 2) << "the embedder that was loaded is kept";
+    EXPECT_EQ(antiSpoofLoads, 2);
+}
+
+TEST_F(CameraFaceScannerTest, TellsAFailedPreloadOnlyToALookThatIsWaiting) {
+    embedderFault = FaceModelError::PixelBuffer{};
+    scanner->preload();
+    settle();
+    EXPECT_TRUE(failures.empty());
+
+    scanner->preload();
+    start();
+    settle();
+    EXPECT_EQ(failures.size(), 1U);
+    EXPECT_EQ(embedderLoads, 2) << "one attempt serves the preload and the look";
+
+    embedderFault.reset();
+    startFully();
+    observe();
+    EXPECT_EQ(frames.size(), 1U);
+}
+
+TEST_F(CameraFaceScannerTest, TellsNothingAfterStop) {
+    startFully();
+    deliver();
+    scanner->stop();
+    mainThread.runPosted();
+    EXPECT_TRUE(frames.empty()) << "an observation was on its way";
+    deliver(true);
+    settle();
+    EXPECT_TRUE(frames.empty()) << "a sample was on its way";
+    EXPECT_FALSE(session->isRunning());
+
+    startFully();
+    embedder->duringEmbedding = [&] { scanner->stop(); };
+    deliver();
+    settle();
+    EXPECT_TRUE(frames.empty()) << "a frame was in work";
+    scanner->stop();
+}
+
+TEST_F(CameraFaceScannerTest, TellsNothingOfAnOlderLook) {
+    startFully(LookID{1});
+    deliver();
+    configuration.cameraID = "phone";
+    start(LookID{2});
+    settle();
+    EXPECT_TRUE(frames.empty());
+    EXPECT_EQ(session->attached(), "phone");
+    observe();
+    ASSERT_EQ(frames.size(), 1U);
+    EXPECT_EQ(frames.front().first, LookID{2});
+    const auto& face = std::get<ScanObservation::Face>(frames.front().second);
+    EXPECT_EQ(face.decision, LivenessDecision(LivenessDecision::Waiting{LivenessNeeds::realFace}));
+}
+
+TEST_F(CameraFaceScannerTest, LetsItsCallbacksStopAndStartIt) {
+    startFully(LookID{1});
+    deliver();
+    deliver();
+    onFrame = [&] { scanner->stop(); };
+    mainThread.runPosted();
+    EXPECT_EQ(frames.size(), 1U);
+
+    onFrame = {};
+    session->inputFault = "in use";
+    configuration.cameraID = "phone";
+    onFailure = [&] {
+        session->inputFault.reset();
+        start(LookID{2});
+    };
+    startFully(LookID{1});
+    EXPECT_EQ(failures, std::vector<std::string>{"The camera couldn’t be opened: in use"});
+    observe();
+    ASSERT_EQ(frames.size(), 2U);
+    EXPECT_EQ(frames.back().first, LookID{2});
+}
+
+TEST_F(CameraFaceScannerTest, GoesAwayWhileNetworksLoadAndFramesAreOnTheirWay) {
+    embedderFault = FaceModelError::PixelBuffer{};
+    start();
+    scanner.reset();
+    settle();
+    EXPECT_TRUE(failures.empty());
+
+    embedderFault.reset();
+    const auto cameras = session->cameras;
+    session = std::make_shared<FakeCaptureSession>();
+    session->cameras = cameras;
+    make(queues);
+    startFully();
+    deliver();
+    scanner.reset();
+    settle();
+    EXPECT_TRUE(frames.empty());
+}
+
+/// Real threads; keeps hold of the camera's queue.
+class CameraThreads final : public WorkQueues {
+  public:
+    std::shared_ptr<WorkQueue> camera;
+
+    [[nodiscard]] std::shared_ptr<WorkQueue> serial(std::string label) override {
+        return camera = real_.serial(std::move(label));
+    }
+    [[nodiscard]] std::shared_ptr<WorkQueue> background() override { return real_.background(); }
+
+    void runOnCamera(const std::function<void()>& work) const {
+        std::promise<void> done;
+        camera->async([&] {
+            work();
+            done.set_value();
+        });
+        done.get_future().wait();
+    }
+
+  private:
+    ThreadWorkQueues real_;
+};
+
+TEST_F(CameraFaceScannerTest, WorksOnRealThreads) {
+    CameraThreads threads;
+    scanner.reset();
+    make(threads);
+    start();
+    while (frames.size() < 6) {
+        threads.runOnCamera([&] { deliver(); });
+        mainThread.runPosted();
+    }
+    threads.camera->async([&] { deliver(); });
+    scanner->stop();
+    threads.runOnCamera([] {});
+    mainThread.runPosted();
+    EXPECT_EQ(frames.size(), 6U);
+    scanner.reset();
+    threads.runOnCamera([] {});
+    threads.camera.reset();
+}
+
+}  // namespace
+}  // namespace marrowby

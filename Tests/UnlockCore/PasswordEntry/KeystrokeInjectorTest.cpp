@@ -1,0 +1,133 @@
+#include "Tests/Fakes/FakeKeyEvents.h"
+#include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+namespace marrowby {
+namespace {
+
+using Note = FakeKeyEvents::Note;
+using Text = FakeKeyEvents::Text;
+
+constexpr std::uint32_t returnKey = 36;
+
+class KeystrokeInjector : public testing::Test {
+  protected:
+    KeystrokeTyping type(std::string_view password) {
+        return keystrokeinjector::typePassword(
+            keyEvents_, {reinterpret_cast<const std::uint8_t*>(password.data()), password.size()},
+            keyEvents_.stillLocked());
+    }
+
+    [[nodiscard]] bool hasPressedReturn() const {
+        return std::ranges::any_of(keyEvents_.all<KeyPress>(),
+                                   [](const KeyPress& press) { return press.code == returnKey; });
+    }
+
+    FakeKeyEvents keyEvents_;
+};
+
+TEST_F(KeystrokeInjector, typesInChunksWithAHundredAndTwentyEightMillisecondsOfPauses) {
+    EXPECT_TRUE(type("twenty ßß letters 20").outcome());
+    EXPECT_EQ(keyEvents_.all<Text>(), (std::vector<Text>{{u"twenty ßß letters 20", true},
+                                                         {u"twenty ßß letters 20", false}}));
+    TimeInterval total{};
+    for (const auto pause : keyEvents_.all<TimeInterval>())
+        total += pause;
+    EXPECT_NEAR(total.count(), 0.128, 1e-9);
+    EXPECT_TRUE(hasPressedReturn());
+}
+
+TEST_F(KeystrokeInjector, keepsAnEmojiWhole) {
+    EXPECT_TRUE(type("nineteen characters😀!").outcome());
+    EXPECT_EQ(keyEvents_.all<Text>(), (std::vector<Text>{{u"nineteen characters", true},
+                                                         {u"nineteen characters", false},
+                                                         {u"😀!", true},
+                                                         {u"😀!", false}}));
+}
+
+TEST_F(KeystrokeInjector, doesNothingWithoutTrustOrValidText) {
+    keyEvents_.trusted = false;
+    EXPECT_EQ(type("secret").outcome(), std::unexpected(KeystrokeError::noAccessibility));
+    keyEvents_.trusted = true;
+    for (const char* malformed : {"\xFF", "a\xC3", "\xED\xA0\x80", "\xC0\xAF"}) {
+        EXPECT_EQ(type(malformed).outcome(), std::unexpected(KeystrokeError::invalidText));
+    }
+    EXPECT_TRUE(keyEvents_.events.empty());
+}
+
+TEST_F(KeystrokeInjector, asksForASourceThatHasEveryKeyAndFailsWithoutOne) {
+    keyEvents_.hasNoSource = true;
+    EXPECT_EQ(type("secret").outcome(), std::unexpected(KeystrokeError::eventFailed));
+    EXPECT_EQ(keyEvents_.codesAskedFor, (std::vector<std::uint32_t>{55, 124, 51, 36}));
+    EXPECT_TRUE(keyEvents_.events.empty());
+}
+
+TEST_F(KeystrokeInjector, stopsAtTheCheckThatFindsTheScreenUnlocked) {
+    // Before the clearing, before each of three chunks, before Return.
+    const std::string password(45, 'a');
+    const std::size_t chunks = 3;
+    for (std::size_t checks = 0; checks <= chunks + 1; ++checks) {
+        keyEvents_ = {};
+        keyEvents_.checksUntilUnlocked = checks;
+        EXPECT_EQ(type(password).outcome(), std::unexpected(KeystrokeError::notLocked));
+        EXPECT_EQ(keyEvents_.all<KeyPress>().size(), checks == 0 ? 0U : 8U);
+        EXPECT_EQ(keyEvents_.all<Text>().size(), checks == 0 ? 0U : 2 * (checks - 1));
+        EXPECT_FALSE(hasPressedReturn());
+    }
+    keyEvents_ = {};
+    keyEvents_.checksUntilUnlocked = chunks + 2;
+    EXPECT_TRUE(type(password).outcome());
+}
+
+TEST_F(KeystrokeInjector, givesTheKeyboardBackOnceOnEveryPathAndOnlyAfterTheOutcome) {
+    // Eight keys of the clearing, a chunk down and up, Return down and up.
+    const std::size_t posts = 12;
+    for (std::size_t succeeding = 0; succeeding <= posts; ++succeeding) {
+        keyEvents_ = {};
+        keyEvents_.postsUntilFailure = succeeding;
+        {
+            KeystrokeTyping typing = type("secret");
+            EXPECT_EQ(typing.outcome().has_value(), succeeding == posts);
+            if (!typing.outcome()) {
+                EXPECT_EQ(typing.outcome().error(), KeystrokeError::eventFailed);
+            }
+            const KeystrokeTyping moved = std::move(typing);
+            EXPECT_EQ(keyEvents_.all<KeyPress>().size() + keyEvents_.all<Text>().size(),
+                      succeeding);
+            EXPECT_EQ(std::ranges::count(keyEvents_.all<Note>(), Note::settled), 0);
+            EXPECT_EQ(std::ranges::count(keyEvents_.all<Note>(), Note::sourceGone), 0);
+        }
+        const auto notes = keyEvents_.all<Note>();
+        ASSERT_GE(notes.size(), 2U);
+        EXPECT_EQ(notes[notes.size() - 2], Note::settled);
+        EXPECT_EQ(notes.back(), Note::sourceGone);
+        EXPECT_EQ(std::ranges::count(notes, Note::sourceGone), 1);
+    }
+}
+
+/// Whether the page that begins with `secret` still belongs to this process.
+bool isMapped(const char16_t* secret) {
+    unsigned char residency = 0;
+    return ::mincore(const_cast<char16_t*>(secret), 1, &residency) == 0 || errno != ENOMEM;
+}
+
+TEST_F(KeystrokeInjector, keepsNoDecodedTextWithTheOutcome) {
+    const KeystrokeTyping typed = type("secret");
+    EXPECT_NE(keyEvents_.textPlace, nullptr);
+    EXPECT_FALSE(isMapped(keyEvents_.textPlace));
+    keyEvents_.postsUntilFailure = 9;
+    const KeystrokeTyping failed = type("secret");
+    EXPECT_FALSE(isMapped(keyEvents_.textPlace));
+}
+
+}  // namespace
+}  // namespace marrowby

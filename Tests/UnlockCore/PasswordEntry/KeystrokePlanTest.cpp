@@ -1,0 +1,108 @@
+#include "UnlockCore/PasswordEntry/KeystrokePlan.h"
+
+#include <cmath>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using namespace std::string_view_literals;
+
+/// One letter per kind with its figures, so that a whole plan can be read: "check", "+55/100000" (a
+/// key down with its flags), "-55" (up), "T0+20" (text down), "t0+20" (up), ".12" (a pause in
+/// milliseconds).
+struct Spell {
+    std::string operator()(const KeystrokeAction::Post& post) const {
+        char text[40];
+        (void)std::snprintf(text, sizeof text, "%c%u/%llx", post.press.down ? '+' : '-',
+                            post.press.code, static_cast<unsigned long long>(post.press.flags));
+        return text;
+    }
+    std::string operator()(const KeystrokeAction::Text& text) const {
+        return (text.down ? "T" : "t") + std::to_string(text.offset) + "+" +
+               std::to_string(text.count);
+    }
+    std::string operator()(const KeystrokeAction::Pause& pause) const {
+        return "." + std::to_string(std::lround(pause.duration.count() * 1000));
+    }
+    std::string operator()(const KeystrokeAction::LockCheck& /*check*/) const { return "check"; }
+};
+
+std::string spelled(const KeystrokePlan& plan) {
+    std::string text;
+    for (const auto& action : plan.actions) {
+        text += (text.empty() ? "" : " ") + std::visit(Spell{}, action);
+    }
+    return text;
+}
+
+TEST(KeystrokePlan, clearsTypesAndEntersAtTheMacsLoginWindow) {
+    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::macLoginWindow)),
+              "check "
+              "+55/100000 .12 +124/100000 .12 -124/100000 .12 -55/0 .12 "
+              "+55/100000 .12 +51/100000 .12 -51/100000 .12 -55/0 .12 "
+              "check T0+6 .4 t0+6 .4 "
+              "check +36/0 .12 -36/0 .12");
+}
+
+TEST(KeystrokePlan, wakesClearsTypesAndEntersAtAnX11Locker) {
+    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::x11Locker)),
+              "check +65505/0 .30 -65505/0 .30 .300 "
+              "check +65507/0 .30 +117/0 .30 -117/0 .30 -65507/0 .30 "
+              "check T0+6 .4 t0+6 .4 "
+              "check +65293/0 .12 -65293/0 .12");
+}
+
+TEST(KeystrokePlan, namesEachKeyOnce) {
+    EXPECT_EQ(KeystrokePlan::make(u"x"sv, KeyDialect::macLoginWindow).codes(),
+              (std::vector<std::uint32_t>{55, 124, 51, 36}));
+    EXPECT_EQ(KeystrokePlan::make(u"x"sv, KeyDialect::x11Locker).codes(),
+              (std::vector<std::uint32_t>{0xFFE1, 0xFFE3, 0x75, 0xFF0D}));
+}
+
+TEST(KeystrokePlan, partsTextIntoChunksButNeverASurrogatePair) {
+    struct Case {
+        std::u16string text;
+        std::vector<std::size_t> counts;
+    };
+    const auto letters = [](std::size_t count) { return std::u16string(count, u'a'); };
+    const std::u16string emoji = u"😀";
+    std::u16string elevenEmoji;
+    for (int i = 0; i < 11; ++i)
+        elevenEmoji += emoji;
+    for (const auto& [text, counts] : std::vector<Case>{
+             {u"", {}},
+             {letters(20), {20}},
+             {letters(21), {20, 1}},
+             {letters(45), {20, 20, 5}},
+             {letters(18) + emoji + u"b", {20, 1}},
+             {letters(19) + emoji + letters(3), {19, 5}},
+             {letters(19) + emoji, {19, 2}},
+             {elevenEmoji, {20, 2}},
+             {u"a" + elevenEmoji, {19, 4}},
+         }) {
+        std::vector<std::size_t> seen;
+        std::size_t end = 0;
+        for (const auto& action : KeystrokePlan::make(text, KeyDialect::macLoginWindow).actions) {
+            const auto* chunk = std::get_if<KeystrokeAction::Text>(&action);
+            if (chunk == nullptr) continue;
+            if (chunk->down) {
+                EXPECT_EQ(chunk->offset, end);
+                end += chunk->count;
+                seen.push_back(chunk->count);
+            } else {
+                EXPECT_EQ(chunk->offset + chunk->count, end);
+            }
+        }
+        EXPECT_EQ(seen, counts) << text.size();
+        EXPECT_EQ(end, text.size());
+    }
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,188 @@
+#include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
+
+#include "UnlockCore/Foundation/Mutex.h"
+#include "UnlockCore/LockScreenServices/FaceScan.h"
+#include "UnlockCore/Recognition/FaceMatcher.h"
+#include "UnlockCore/Recognition/FaceRecognizer.h"
+
+#include <atomic>
+#include <cassert>
+#include <utility>
+
+namespace marrowby {
+
+/// The networks once they are loaded. Any thread.
+class CameraFaceScanner::Models {
+  public:
+    struct Loaded {
+        std::shared_ptr<const FaceRecognizer> recognizer;
+        std::shared_ptr<AntiSpoofScoring> antiSpoof;
+    };
+
+    Models(const Services& services, LoadEmbedder loadEmbedder, LoadAntiSpoof loadAntiSpoof)
+        : vision_(services.vision),
+          imaging_(services.imaging),
+          loadEmbedder_(std::move(loadEmbedder)),
+          loadAntiSpoof_(std::move(loadAntiSpoof)) {}
+
+    /// Loads what is still missing and tells the fault, if any, in the user's words. One call at a
+    /// time.
+    std::optional<std::string> load() {
+        const Loaded before = loaded();
+        if (!before.recognizer) {
+            auto embedder = loadEmbedder_();
+            if (!embedder) return description(embedder.error());
+            auto recognizer = std::make_shared<const FaceRecognizer>(
+                vision_, imaging_, *std::move(embedder), minimumFaceWidth);
+            const MutexLock lock(mutex_);
+            loaded_.recognizer = std::move(recognizer);
+        }
+        if (!before.antiSpoof) {
+            auto antiSpoof = loadAntiSpoof_();
+            if (!antiSpoof) return description(antiSpoof.error());
+            const MutexLock lock(mutex_);
+            loaded_.antiSpoof = *std::move(antiSpoof);
+        }
+        return std::nullopt;
+    }
+
+    [[nodiscard]] Loaded loaded() const {
+        const MutexLock lock(mutex_);
+        return loaded_;
+    }
+
+    [[nodiscard]] bool areComplete() const {
+        const Loaded now = loaded();
+        return now.recognizer && now.antiSpoof;
+    }
+
+  private:
+    FaceVision& vision_;
+    const Imaging& imaging_;
+    const LoadEmbedder loadEmbedder_;
+    const LoadAntiSpoof loadAntiSpoof_;
+    mutable Mutex mutex_;
+    Loaded loaded_ GUARDED_BY(mutex_);
+};
+
+/// The current look, as the main thread sees it. It is never held on another thread.
+struct CameraFaceScanner::Look {
+    LookID id;
+    Callbacks callbacks;
+    std::shared_ptr<std::atomic<bool>> isOver = std::make_shared<std::atomic<bool>>(false);
+};
+
+/// The current look's work on the camera's queue.
+class CameraFaceScanner::Loop {
+  public:
+    Loop(const Services& services, ScanConfiguration configuration,
+         std::shared_ptr<const Models> models, const std::shared_ptr<Look>& look)
+        : mainThread_(services.mainThread),
+          clock_(services.clock),
+          configuration_(std::move(configuration)),
+          models_(std::move(models)),
+          look_(look),
+          isOver_(look->isOver),
+          scan_(configuration_.livenessMode) {}
+
+    void process(const CameraFrame& frame) {
+        const auto [recognizer, antiSpoof] = models_->loaded();
+        if (!recognizer || !antiSpoof || *isOver_) return;
+        const FaceScan::Step& step = scan_.take(frame, *recognizer, *antiSpoof, clock_);
+        if (*isOver_) return;
+        mainThread_.post([weak = look_, observation = observation(step, *recognizer)] {
+            const auto look = weak.lock();
+            if (look && !*look->isOver) look->callbacks.onFrame(look->id, observation);
+        });
+    }
+
+  private:
+    [[nodiscard]] ScanObservation observation(const FaceScan::Step& step,
+                                              const FaceRecognizer& recognizer) const {
+        if (!step.recognition) return ScanObservation::NoFace{};
+        const auto best = facematcher::bestMatch(
+            step.recognition->embedding, configuration_.identities,
+            recognizer.embedder().modelIdentifier(), configuration_.threshold);
+        ScanObservation::Face face{.match = std::nullopt, .decision = step.liveness.decision};
+        if (best) {
+            face.match = MatchedFace{.id = best->identity.id,
+                                     .name = best->identity.name,
+                                     .similarity = best->templateSimilarity};
+        }
+        return face;
+    }
+
+    MainThread& mainThread_;
+    const SystemClock& clock_;
+    const ScanConfiguration configuration_;
+    const std::shared_ptr<const Models> models_;
+    const std::weak_ptr<Look> look_;
+    const std::shared_ptr<const std::atomic<bool>> isOver_;
+    FaceScan scan_;
+};
+
+CameraFaceScanner::CameraFaceScanner(std::shared_ptr<CaptureSession> session,
+                                     const Services& services, LoadEmbedder loadEmbedder,
+                                     LoadAntiSpoof loadAntiSpoof)
+    : services_(services),
+      camera_(std::move(session),
+              {.queues = services.queues,
+               .mainThread = services.mainThread,
+               .clock = services.clock,
+               .imaging = services.imaging,
+               .registry = services.registry},
+              workingLongEdge),
+      models_(
+          std::make_shared<Models>(services, std::move(loadEmbedder), std::move(loadAntiSpoof))),
+      lifetime_(std::make_shared<const bool>(true)) {}
+
+CameraFaceScanner::~CameraFaceScanner() {
+    stop();
+}
+
+void CameraFaceScanner::preload() {
+    assert(services_.mainThread.isCurrent());
+    if (isLoading_ || models_->areComplete()) return;
+    isLoading_ = true;
+    services_.queues.background()->async([this, weak = std::weak_ptr(lifetime_), models = models_,
+                                          &mainThread = services_.mainThread] {
+        mainThread.post([this, weak, fault = models->load()] {
+            if (!weak.expired()) finishLoading(fault);
+        });
+    });
+}
+
+void CameraFaceScanner::finishLoading(const std::optional<std::string>& fault) {
+    isLoading_ = false;
+    if (fault && look_) fail(*fault);
+}
+
+void CameraFaceScanner::start(LookID look, const ScanConfiguration& configuration,
+                              Callbacks callbacks) {
+    assert(services_.mainThread.isCurrent());
+    if (look_) *look_->isOver = true;
+    look_ = std::make_shared<Look>(look, std::move(callbacks));
+    auto loop = std::make_shared<Loop>(services_, configuration, models_, look_);
+    camera_.setOnFrame([loop](const CameraFrame& frame) { loop->process(frame); });
+    preload();
+    if (const auto started = camera_.start(configuration.cameraID); !started) {
+        fail(description(started.error()));
+    }
+}
+
+void CameraFaceScanner::stop() {
+    assert(services_.mainThread.isCurrent());
+    if (!look_) return;
+    *look_->isOver = true;
+    look_.reset();
+    camera_.setOnFrame({});
+    camera_.stop();
+}
+
+void CameraFaceScanner::fail(std::string message) {
+    const auto callbacks = look_->callbacks;
+    stop();
+    callbacks.onCameraFailed(std::move(message));
+}
+
+}  // namespace marrowby

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "Kit/CameraUseRegistry.h"
+#include "UnlockCore/Engine/FaceScanning.h"
+#include "UnlockCore/Liveness/AntiSpoofScoring.h"
+#include "UnlockCore/Liveness/RealFaceModelError.h"
+#include "UnlockCore/Platform/CaptureSession.h"
+#include "UnlockCore/Platform/FaceVision.h"
+#include "UnlockCore/Platform/Imaging.h"
+#include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/SystemClock.h"
+#include "UnlockCore/Platform/WorkQueues.h"
+#include "UnlockCore/Recognition/CameraManager.h"
+#include "UnlockCore/Recognition/FaceEmbedder.h"
+#include "UnlockCore/Recognition/FaceModelError.h"
+
+#include <expected>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace marrowby {
+
+/// Looks for enrolled, live faces through the lock screen's camera. Main thread; the frames are
+/// worked on on the camera's queue, one at a time, and those that come meanwhile are lost. Both
+/// networks are loaded once and kept; a look during which one fails to load ends with its error,
+/// and the next look tries again. A camera that starts but never delivers gives no callback at all.
+class CameraFaceScanner final : public FaceScanning {
+  public:
+    using LoadEmbedder =
+        std::function<std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError>()>;
+    using LoadAntiSpoof =
+        std::function<std::expected<std::shared_ptr<AntiSpoofScoring>, RealFaceModelError>()>;
+
+    /// Longest side of the image that is worked on, pixels.
+    static constexpr double workingLongEdge = 640;
+    /// Pixels of that image. A smaller face is a person further away than about 1.2 m from a
+    /// laptop's camera: not somebody who has come back to type.
+    static constexpr double minimumFaceWidth = 60;
+
+    /// Everything here outlives the scanner and its queues' last work.
+    struct Services {
+        WorkQueues& queues;
+        MainThread& mainThread;
+        const SystemClock& clock;
+        const Imaging& imaging;
+        FaceVision& vision;
+        CameraUseRegistry& registry;
+    };
+
+    /// The factories are called on a background queue, never two at once.
+    CameraFaceScanner(std::shared_ptr<CaptureSession> session, const Services& services,
+                      LoadEmbedder loadEmbedder, LoadAntiSpoof loadAntiSpoof);
+    ~CameraFaceScanner() override;
+    CameraFaceScanner(const CameraFaceScanner&) = delete;
+    CameraFaceScanner& operator=(const CameraFaceScanner&) = delete;
+
+    /// Loads the networks ahead of the first look. A failure shows at a look.
+    void preload();
+
+    void start(LookID look, const ScanConfiguration& configuration, Callbacks callbacks) override;
+    void stop() override;
+
+  private:
+    class Models;
+    class Loop;
+    struct Look;
+
+    void finishLoading(const std::optional<std::string>& fault);
+    void fail(std::string message);
+
+    Services services_;
+    CameraManager camera_;
+    std::shared_ptr<Models> models_;
+    bool isLoading_ = false;
+    std::shared_ptr<Look> look_;
+    /// Expires with the scanner.
+    std::shared_ptr<const bool> lifetime_;
+};
+
+}  // namespace marrowby

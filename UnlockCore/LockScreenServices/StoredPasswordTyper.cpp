@@ -1,0 +1,39 @@
+#include "UnlockCore/LockScreenServices/StoredPasswordTyper.h"
+
+#include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
+
+#include <cstdint>
+#include <expected>
+#include <span>
+#include <string>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+TypingOutcome outcomeOf(const std::expected<KeystrokeTyping, StorageError>& typing) {
+    if (!typing) return TypingOutcome::Failed{description(typing.error())};
+    const auto& outcome = typing->outcome();
+    if (outcome) return TypingOutcome::Typed{};
+    if (outcome.error() == KeystrokeError::notLocked) return TypingOutcome::Stopped{};
+    return TypingOutcome::Failed{std::string(description(outcome.error()))};
+}
+
+}  // namespace
+
+void StoredPasswordTyper::typeStoredPassword(std::function<bool()> stillLocked,
+                                             std::function<void(TypingOutcome)> completion) {
+    workQueues_.background()->async(
+        [&credentials = credentials_, &keyEvents = keyEvents_, &mainThread = mainThread_,
+         stillLocked = std::move(stillLocked), completion = std::move(completion)] {
+            const auto typing =
+                credentials.withPassword([&](std::span<const std::uint8_t> password) {
+                    return keystrokeinjector::typePassword(keyEvents, password, stillLocked);
+                });
+            mainThread.post([outcome = outcomeOf(typing), completion] { completion(outcome); });
+            // The keyboard goes back only now, which may take a second.
+        });
+}
+
+}  // namespace marrowby

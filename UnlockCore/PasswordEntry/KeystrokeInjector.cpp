@@ -1,0 +1,80 @@
+#include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
+
+#include "UnlockCore/Foundation/Text.h"
+#include "UnlockCore/PasswordEntry/KeystrokePlan.h"
+
+#include <utility>
+#include <variant>
+
+namespace marrowby {
+
+namespace {
+
+using Step = std::expected<void, KeystrokeError>;
+
+struct Perform {
+    KeyEvents& keyEvents;
+    KeyEventSource& source;
+    std::span<const char16_t> units;
+    const std::function<bool()>& stillLocked;
+
+    Step operator()(const KeystrokeAction::Post& post) const {
+        return posted(source.post(post.press));
+    }
+    Step operator()(const KeystrokeAction::Text& text) const {
+        return posted(source.postText(units.subspan(text.offset, text.count), text.down));
+    }
+    Step operator()(const KeystrokeAction::Pause& pause) const {
+        keyEvents.pause(pause.duration);
+        return {};
+    }
+    Step operator()(const KeystrokeAction::LockCheck& /*check*/) const {
+        if (!stillLocked()) return std::unexpected(KeystrokeError::notLocked);
+        return {};
+    }
+
+  private:
+    static Step posted(bool success) {
+        if (!success) return std::unexpected(KeystrokeError::eventFailed);
+        return {};
+    }
+};
+
+KeystrokeError errorOf(UTF16Error error) {
+    switch (error) {
+        case UTF16Error::malformed:
+            return KeystrokeError::invalidText;
+        case UTF16Error::noSecretMemory:
+            break;
+    }
+    return KeystrokeError::eventFailed;
+}
+
+}  // namespace
+
+KeystrokeTyping keystrokeinjector::typePassword(KeyEvents& keyEvents,
+                                                std::span<const std::uint8_t> password,
+                                                std::function<bool()> stillLocked) {
+    const auto failed = [](KeystrokeError error) {
+        return KeystrokeTyping(std::unexpected(error), nullptr, {});
+    };
+    if (!keyEvents.isTrusted()) return failed(KeystrokeError::noAccessibility);
+    const auto units = decodeUTF8(password);
+    if (!units) return failed(errorOf(units.error()));
+
+    const KeystrokePlan plan = KeystrokePlan::make(units->values(), keyEvents.dialect());
+    auto source = keyEvents.makeSource(units->values(), plan.codes());
+    if (!source) return failed(KeystrokeError::eventFailed);
+    Step outcome;
+    const Perform perform{.keyEvents = keyEvents,
+                          .source = *source,
+                          .units = units->values(),
+                          .stillLocked = stillLocked};
+    for (const auto& action : plan.actions) {
+        outcome = std::visit(perform, action);
+        if (!outcome) break;
+    }
+    return {outcome, std::move(source), std::move(stillLocked)};
+}
+
+}  // namespace marrowby

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "UnlockCore/PasswordEntry/KeystrokeError.h"
+#include "UnlockCore/Platform/KeyEvents.h"
+
+#include <cstdint>
+#include <expected>
+#include <functional>
+#include <memory>
+#include <span>
+#include <utility>
+
+namespace marrowby {
+
+/// How one typing went, and the keyboard that it still holds, which may be needed for a second by a
+/// lock screen that is behind: report the outcome, then destroy this (it may block). Holds no text.
+class KeystrokeTyping {
+  public:
+    KeystrokeTyping(std::expected<void, KeystrokeError> outcome,
+                    std::unique_ptr<KeyEventSource> source, std::function<bool()> stillLocked)
+        : outcome_(outcome), source_(std::move(source)), stillLocked_(std::move(stillLocked)) {}
+    KeystrokeTyping(KeystrokeTyping&&) noexcept = default;
+    KeystrokeTyping& operator=(KeystrokeTyping&&) = delete;
+    KeystrokeTyping(const KeystrokeTyping&) = delete;
+    KeystrokeTyping& operator=(const KeystrokeTyping&) = delete;
+    ~KeystrokeTyping() {
+        if (source_) source_->settle(stillLocked_);
+    }
+
+    [[nodiscard]] const std::expected<void, KeystrokeError>& outcome() const { return outcome_; }
+
+  private:
+    std::expected<void, KeystrokeError> outcome_;
+    std::unique_ptr<KeyEventSource> source_;
+    std::function<bool()> stillLocked_;
+};
+
+namespace keystrokeinjector {
+
+/// Clears the lock screen's field, types `password` (UTF-8) and presses Return, asking
+/// `stillLocked` before every burst of keys. Blocks the calling thread for the plan's pauses; never
+/// call it on the main thread.
+[[nodiscard]] KeystrokeTyping typePassword(KeyEvents& keyEvents,
+                                           std::span<const std::uint8_t> password,
+                                           std::function<bool()> stillLocked);
+
+}  // namespace keystrokeinjector
+
+}  // namespace marrowby
