@@ -1,0 +1,57 @@
+#pragma once
+
+#include "UnlockCore/Platform/AuthenticatedCipher.h"
+#include "UnlockCore/Platform/CaptureSession.h"
+#include "UnlockCore/Platform/DefaultsStore.h"
+#include "UnlockCore/Platform/FaceVision.h"
+#include "UnlockCore/Platform/FileSystem.h"
+#include "UnlockCore/Platform/Imaging.h"
+#include "UnlockCore/Platform/InputIdle.h"
+#include "UnlockCore/Platform/KeyEvents.h"
+#include "UnlockCore/Platform/KeyboardDevices.h"
+#include "UnlockCore/Platform/Keychain.h"
+#include "UnlockCore/Platform/LoginSession.h"
+#include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/NeuralModel.h"
+#include "UnlockCore/Platform/NotificationCenter.h"
+#include "UnlockCore/Platform/OwnerAuthentication.h"
+#include "UnlockCore/Platform/SystemClock.h"
+#include "UnlockCore/Platform/WorkQueues.h"
+
+#include <memory>
+
+namespace marrowby {
+
+/// Everything that the application asks of its platform. The services outlive the application.
+struct UnlockPlatform {
+    MainThread& mainThread;
+    SystemClock& clock;
+    WorkQueues& queues;
+
+    NotificationCenter& workspaceCenter;
+    NotificationCenter& distributedCenter;
+    /// The process's own.
+    NotificationCenter& defaultCenter;
+    LoginSession& loginSession;
+    InputIdle& inputIdle;
+    KeyboardDevices& keyboards;
+
+    /// One session for the looks and one for enrolment.
+    std::shared_ptr<CaptureSession> lookCamera;
+    std::shared_ptr<CaptureSession> enrollmentCamera;
+    /// One finder for each camera queue.
+    FaceVision& lookVision;
+    FaceVision& enrollmentVision;
+    NeuralModels& models;
+    Imaging& imaging;
+
+    AuthenticatedCipher& cipher;
+    FileSystem& files;
+    Keychain& keychain;
+    OwnerAuthentication& ownerAuthentication;
+    DefaultsStore& defaults;
+
+    KeyEvents& keyEvents;
+};
+
+}  // namespace marrowby
