@@ -1,0 +1,87 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Time.h"
+
+#include <expected>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace marrowby {
+
+/// A file descriptor that closes itself.
+class OwnedFile {
+  public:
+    OwnedFile() = default;
+    explicit OwnedFile(int descriptor) : descriptor_(descriptor) {}
+    OwnedFile(OwnedFile&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    OwnedFile& operator=(OwnedFile&& other) noexcept {
+        std::swap(descriptor_, other.descriptor_);
+        return *this;
+    }
+    OwnedFile(const OwnedFile&) = delete;
+    OwnedFile& operator=(const OwnedFile&) = delete;
+    ~OwnedFile() { close(); }
+
+    [[nodiscard]] int get() const { return descriptor_; }
+    void close();
+
+  private:
+    int descriptor_ = -1;
+};
+
+struct Pipe {
+    OwnedFile reading;
+    OwnedFile writing;
+    [[nodiscard]] static std::expected<Pipe, std::string> create();
+};
+
+/// A running program in a session of its own, deaf to the terminal's interrupt. Destroying it ends
+/// and reaps it. Moving and ending it is for one thread; isRunning() may be asked by others
+/// meanwhile.
+class ChildProcess {
+  public:
+    struct Program {
+        /// The first is looked up in PATH.
+        std::vector<std::string> arguments;
+        /// NAME=value; added to this process's own environment.
+        std::vector<std::string> environment;
+        /// Descriptors of this process that become the child's 0, 2 and 3; the null device where
+        /// none.
+        int standardInput = -1;
+        int standardError = -1;
+        int third = -1;
+        /// Sent when the thread that started it ends, and to end it. 0: it outlives us and ends by
+        /// itself.
+        int endSignal = 0;
+    };
+
+    /// Fails with a sentence where the program is missing or cannot run.
+    [[nodiscard]] static std::expected<ChildProcess, std::string> start(const Program& program);
+
+    ChildProcess(ChildProcess&& other) noexcept;
+    ChildProcess& operator=(ChildProcess&& other) noexcept;
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+    ~ChildProcess();
+
+    [[nodiscard]] pid_t id() const { return id_; }
+    /// Becomes readable when the program has ended.
+    [[nodiscard]] int endDescriptor() const { return end_.get(); }
+    [[nodiscard]] bool isRunning() const;
+    /// False when it still runs after `limit`.
+    bool waitEnded(TimeInterval limit) const;
+    void send(int signal) const;
+
+  private:
+    ChildProcess(pid_t id, OwnedFile end, int endSignal)
+        : id_(id), end_(std::move(end)), endSignal_(endSignal) {}
+
+    pid_t id_ = -1;
+    OwnedFile end_;
+    int endSignal_ = 0;
+};
+
+}  // namespace marrowby

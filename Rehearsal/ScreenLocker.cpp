@@ -1,0 +1,272 @@
+#include "Rehearsal/ScreenLocker.h"
+
+#include "Rehearsal/ChildProcess.h"
+#include "UnlockCore/Foundation/Mutex.h"
+
+#include <QSocketNotifier>
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+namespace marrowby {
+
+namespace {
+
+constexpr std::chrono::seconds startLimit{10};
+
+// Called with the folder; told the locker's process number on its input. At the end of its input,
+// which comes with our own end at the latest, it removes the folder and what the PAM wrapper of a
+// killed locker has left behind.
+constexpr const char* keeperScript = R"sh(
+while read -r line; do locker=$line; done
+rm -rf -- "$0"
+cd /tmp || exit
+for copy in pam.?; do
+    if [ -n "$locker" ] && [ -O "$copy" ] && [ "$(cat "$copy/pid" 2>/dev/null)" = "$locker" ]; then
+        rm -rf -- "$copy"
+    fi
+done
+)sh";
+
+// Versions of pam_exec differ in whether a NUL ends what they write.
+constexpr const char* checkerScript = R"sh(#!/bin/sh
+tr -d '\000' | cmp -s - "$(dirname "$0")/password"
+)sh";
+
+bool writeFile(const std::filesystem::path& path, std::string_view text, mode_t mode) {
+    const OwnedFile file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    return file.get() >= 0 &&
+           ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
+}
+
+std::string readFile(const std::filesystem::path& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// A private folder with the checker, and the service files in a folder of their own, which the PAM
+/// wrapper copies elsewhere. Gone when destroyed, and when this process dies.
+class CheckerFolder {
+  public:
+    [[nodiscard]] static std::expected<CheckerFolder, std::string> create(
+        std::string_view password) {
+        std::error_code error;
+        std::string name =
+            (std::filesystem::temp_directory_path(error) / "marrowby-locker-XXXXXX").string();
+        if (error || ::mkdtemp(name.data()) == nullptr) {
+            return std::unexpected("No private folder could be made for the screen locker.");
+        }
+        auto input = Pipe::create();
+        if (!input) return std::unexpected(input.error());
+        auto keeper = ChildProcess::start({.arguments = {"sh", "-c", keeperScript, name},
+                                           .environment = {},
+                                           .standardInput = input->reading.get()});
+        if (!keeper) {
+            std::filesystem::remove(name, error);
+            return std::unexpected(keeper.error());
+        }
+        CheckerFolder folder(name, std::move(*keeper), std::move(input->writing));
+        const std::string rules = "auth required pam_exec.so expose_authtok quiet /bin/sh [" +
+                                  name + "/checker]\naccount required pam_permit.so\n";
+        if (::mkdir(folder.services().c_str(), 0700) != 0 ||
+            !writeFile(folder.services() / "i3lock", rules, 0600) ||
+            !writeFile(folder.services() / "other", rules, 0600) ||
+            !writeFile(folder.path_ / "checker", checkerScript, 0700) ||
+            !writeFile(folder.path_ / "password", password, 0600) ||
+            !writeFile(folder.messages(), "", 0600)) {
+            return std::unexpected("The screen locker's private folder could not be filled.");
+        }
+        return folder;
+    }
+
+    CheckerFolder(CheckerFolder&&) noexcept = default;
+    CheckerFolder& operator=(CheckerFolder&&) noexcept = default;
+    // Members go in reverse order: the end of the keeper's input, then the wait for the keeper.
+
+    [[nodiscard]] std::filesystem::path services() const { return path_ / "services"; }
+    [[nodiscard]] std::filesystem::path messages() const { return path_ / "messages"; }
+
+    void setLocker(pid_t locker) const {
+        const std::string line = std::to_string(locker) + "\n";
+        [[maybe_unused]] const auto count = ::write(input_.get(), line.data(), line.size());
+    }
+
+  private:
+    CheckerFolder(std::filesystem::path path, ChildProcess keeper, OwnedFile input)
+        : path_(std::move(path)), keeper_(std::move(keeper)), input_(std::move(input)) {}
+
+    std::filesystem::path path_;
+    ChildProcess keeper_;
+    OwnedFile input_;
+};
+
+/// Watches the root window for a locker that comes up.
+class RootWatch {
+  public:
+    explicit RootWatch(const std::string& displayName)
+        : connection_(::xcb_connect(displayName.c_str(), nullptr)) {
+        if (!isAlive()) return;
+        root_ = ::xcb_setup_roots_iterator(::xcb_get_setup(connection_)).data->root;
+        const std::array<std::uint32_t, 1> events{XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
+                                                  XCB_EVENT_MASK_FOCUS_CHANGE};
+        ::free(::xcb_request_check(
+            connection_, ::xcb_change_window_attributes_checked(connection_, root_,
+                                                                XCB_CW_EVENT_MASK, events.data())));
+    }
+    RootWatch(const RootWatch&) = delete;
+    RootWatch& operator=(const RootWatch&) = delete;
+    ~RootWatch() { ::xcb_disconnect(connection_); }
+
+    [[nodiscard]] bool isAlive() const { return ::xcb_connection_has_error(connection_) == 0; }
+    [[nodiscard]] int descriptor() const { return ::xcb_get_file_descriptor(connection_); }
+
+    /// Takes in what has arrived; true when its window is there and it holds the keyboard.
+    [[nodiscard]] bool lockerIsUp() {
+        while (auto* event = ::xcb_poll_for_event(connection_)) {
+            note(*event);
+            ::free(event);
+        }
+        return isMapped_ && isGrabbed_;
+    }
+
+  private:
+    void note(const xcb_generic_event_t& event) {
+        const auto kind = event.response_type & 0x7F;
+        if (kind == XCB_MAP_NOTIFY) {
+            isMapped_ |=
+                reinterpret_cast<const xcb_map_notify_event_t&>(event).override_redirect != 0;
+        } else if (kind == XCB_FOCUS_OUT || kind == XCB_FOCUS_IN) {
+            const auto mode = reinterpret_cast<const xcb_focus_in_event_t&>(event).mode;
+            if (mode == XCB_NOTIFY_MODE_GRAB) isGrabbed_ = true;
+            if (mode == XCB_NOTIFY_MODE_UNGRAB) isGrabbed_ = false;
+        }
+    }
+
+    xcb_connection_t* connection_;
+    xcb_window_t root_ = XCB_NONE;
+    bool isMapped_ = false;
+    bool isGrabbed_ = false;
+};
+
+enum class Start { up, ended, late };
+
+Start waitForLocker(RootWatch& watch, const ChildProcess& locker) {
+    const auto deadline = std::chrono::steady_clock::now() + startLimit;
+    while (true) {
+        if (!locker.isRunning() || !watch.isAlive()) return Start::ended;
+        if (watch.lockerIsUp()) return Start::up;
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0) return Start::late;
+        std::array<pollfd, 2> wanted{
+            pollfd{.fd = watch.descriptor(), .events = POLLIN, .revents = 0},
+            pollfd{.fd = locker.endDescriptor(), .events = POLLIN, .revents = 0}};
+        ::poll(wanted.data(), wanted.size(), static_cast<int>(left.count()));
+    }
+}
+
+}  // namespace
+
+struct ScreenLocker::State {
+    struct Session {
+        CheckerFolder folder;
+        ChildProcess locker;
+    };
+
+    explicit State(std::string name) : displayName(std::move(name)) {}
+
+    void end() {
+        notifier.reset();
+        std::optional<Session> former;
+        const MutexLock lock(mutex);
+        std::swap(former, session);
+    }
+
+    const std::string displayName;
+    std::function<void()> ended;
+    std::unique_ptr<QSocketNotifier> notifier;
+    mutable Mutex mutex;
+    std::optional<Session> session GUARDED_BY(mutex);
+};
+
+ScreenLocker::ScreenLocker(std::string displayName)
+    : state_(std::make_unique<State>(std::move(displayName))) {}
+
+ScreenLocker::~ScreenLocker() {
+    state_->end();
+}
+
+std::expected<void, std::string> ScreenLocker::lock(std::string_view password) {
+    if (isRunning()) return std::unexpected("The screen is locked already.");
+    state_->end();
+    RootWatch watch(state_->displayName);
+    if (!watch.isAlive()) {
+        return std::unexpected("The display " + state_->displayName + " does not answer.");
+    }
+    auto folder = CheckerFolder::create(password);
+    if (!folder) return std::unexpected(folder.error());
+    const OwnedFile messages(::open(folder->messages().c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+    auto locker = ChildProcess::start(
+        {.arguments = {"i3lock", "-n", "-c", "204060"},
+         .environment = {"DISPLAY=" + state_->displayName, "LC_ALL=C.UTF-8",
+                         "LD_PRELOAD=libpam_wrapper.so", "PAM_WRAPPER=1",
+                         "PAM_WRAPPER_SERVICE_DIR=" + folder->services().string()},
+         .standardError = messages.get(),
+         .endSignal = SIGKILL});
+    if (!locker) return std::unexpected(locker.error());
+    folder->setLocker(locker->id());
+    const Start start = waitForLocker(watch, *locker);
+    const std::string said = readFile(folder->messages());
+    if (said.contains("cannot be preloaded")) {
+        return std::unexpected("libpam_wrapper.so is not installed.");
+    }
+    switch (start) {
+        case Start::up:
+            break;
+        case Start::ended:
+            return std::unexpected("i3lock ended at once: " + said.substr(0, said.find('\n')));
+        case Start::late:
+            return std::unexpected("i3lock did not lock the screen within ten seconds.");
+    }
+    const int end = locker->endDescriptor();
+    {
+        const MutexLock lock(state_->mutex);
+        state_->session.emplace(std::move(*folder), std::move(*locker));
+    }
+    state_->notifier = std::make_unique<QSocketNotifier>(end, QSocketNotifier::Read);
+    QObject::connect(state_->notifier.get(), &QSocketNotifier::activated,
+                     [state = state_.get()](QSocketDescriptor, QSocketNotifier::Type) {
+                         state->notifier->setEnabled(false);
+                         // It may destroy this locker.
+                         if (const auto callback = state->ended) callback();
+                     });
+    return {};
+}
+
+bool ScreenLocker::isRunning() const {
+    const MutexLock lock(state_->mutex);
+    const auto& session = state_->session;
+    return session && session->locker.isRunning();
+}
+
+void ScreenLocker::onEnded(std::function<void()> callback) {
+    state_->ended = std::move(callback);
+}
+
+void ScreenLocker::kill() {
+    state_->end();
+}
+
+}  // namespace marrowby

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <expected>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace marrowby {
+
+/// A real i3lock on a private desktop, whose password is the rehearsal's own: PAM asks a checker in
+/// a private folder instead of the system's accounts. Nothing of it stays when this is destroyed or
+/// the process dies. Main thread, but for isRunning().
+class ScreenLocker {
+  public:
+    explicit ScreenLocker(std::string displayName);
+    ScreenLocker(const ScreenLocker&) = delete;
+    ScreenLocker& operator=(const ScreenLocker&) = delete;
+    ~ScreenLocker();
+
+    /// Blocks until the locker covers the screen and holds the keyboard, at most ten seconds. The
+    /// password is made up (UTF-8, no NUL) and lies in a file meanwhile. The error is a sentence
+    /// for the user.
+    [[nodiscard]] std::expected<void, std::string> lock(std::string_view password);
+
+    /// Whether the screen is locked. Any thread, and without the main loop's help.
+    [[nodiscard]] bool isRunning() const;
+
+    /// Called from the main loop (Qt's) when a locker ends by itself: unlocked, or crashed.
+    void onEnded(std::function<void()> callback);
+
+    /// Ends the locker without a password and without a callback.
+    void kill();
+
+  private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace marrowby

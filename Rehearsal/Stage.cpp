@@ -1,0 +1,388 @@
+#include "Rehearsal/Stage.h"
+
+#include "Platforms/Linux/JsonDefaultsStore.h"
+#include "Platforms/Linux/LocalNotificationCenter.h"
+#include "Platforms/Linux/OpenCvFaceVision.h"
+#include "Platforms/Linux/OpenCvImaging.h"
+#include "Platforms/Linux/OpenCvNeuralModels.h"
+#include "Platforms/Linux/OpenSslCipher.h"
+#include "Platforms/Linux/PosixFileSystem.h"
+#include "Platforms/Linux/QtMainThread.h"
+#include "Platforms/Linux/ThreadWorkQueues.h"
+#include "Platforms/Linux/UnixSystemClock.h"
+#include "Platforms/Linux/X11InputIdle.h"
+#include "Platforms/Linux/X11KeyboardDevices.h"
+#include "Platforms/Linux/X11LockWatcher.h"
+#include "Platforms/Linux/X11LoginSession.h"
+#include "Platforms/Linux/XTestKeyEvents.h"
+#include "Rehearsal/FolderCamera.h"
+#include "Rehearsal/Interruption.h"
+#include "Rehearsal/PrivateDesktop.h"
+#include "Rehearsal/SceneKeychain.h"
+#include "Rehearsal/SceneOwner.h"
+#include "Rehearsal/ScreenLocker.h"
+#include "Rehearsal/TemporaryFolder.h"
+#include "UnlockCore/Foundation/Mutex.h"
+#include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
+#include "UnlockCore/Platform/LockNotifications.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+#include <array>
+#include <iomanip>
+#include <sstream>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+constexpr const char* embedderFile = "Embedder128.onnx";
+constexpr const char* embedderIdentifier = "mobilefacenet-128-test-1";
+constexpr const char* realFaceFile = "MiniFASNet.onnx";
+constexpr const char* finderFile = "face_detection_yunet_2023mar.onnx";
+constexpr const char* landmarksFile = "Landmarks98.onnx";
+
+constexpr TimeInterval lockAnnouncement{5};
+
+/// How often a wait looks again when nothing happens.
+constexpr int heartbeatMilliseconds = 20;
+
+std::string seconds(TimeInterval interval) {
+    std::ostringstream text;
+    text << std::setprecision(3) << interval.count() << " s";
+    return text.str();
+}
+
+/// Notes when its camera showed the first frame since it was asked to.
+class FirstFrame {
+  public:
+    void await() {
+        const MutexLock lock(mutex_);
+        seen_.reset();
+    }
+    void note(Date now) {
+        const MutexLock lock(mutex_);
+        if (!seen_) seen_ = now;
+    }
+    [[nodiscard]] std::optional<Date> seen() const {
+        const MutexLock lock(mutex_);
+        return seen_;
+    }
+
+  private:
+    mutable Mutex mutex_;
+    std::optional<Date> seen_ GUARDED_BY(mutex_);
+};
+
+}  // namespace
+
+/// What the application runs on, in the order in which it may be built; it goes in reverse.
+struct Stage::World {
+    World(const Folders& shared, TemporaryFolder home, PrivateDesktop screen)
+        : folders(shared), data(std::move(home)), desktop(std::move(screen)) {}
+
+    const Folders folders;
+    TemporaryFolder data;
+    PrivateDesktop desktop;
+    Interruption interruption;
+
+    UnixSystemClock clock;
+    Transcript transcript{clock};
+    QtMainThread mainThread;
+    LocalNotificationCenter workspaceCenter{mainThread};
+    LocalNotificationCenter distributedCenter{mainThread};
+    LocalNotificationCenter defaultCenter{mainThread};
+    OpenCvImaging imaging;
+    OpenCvNeuralModels models;
+    std::unique_ptr<FaceVision> lookVision;
+    std::unique_ptr<FaceVision> enrollmentVision;
+    OpenSslCipher cipher;
+    PosixFileSystem files;
+    JsonDefaultsStore defaults{files, data.path() / "settings.json"};
+    SceneKeychain keychain;
+    SceneOwner owner{mainThread};
+
+    std::unique_ptr<LoginSession> loginSession;
+    std::unique_ptr<InputIdle> inputIdle;
+    std::unique_ptr<KeyboardDevices> keyboards;
+    std::unique_ptr<KeyEvents> keyEvents;
+    std::unique_ptr<X11LockWatcher> lockWatcher;
+    ScreenLocker locker{desktop.displayName()};
+
+    FirstFrame firstFrame;
+    /// Goes before all that its last work uses.
+    ThreadWorkQueues queues;
+    std::shared_ptr<FolderCamera> lookCamera;
+    std::shared_ptr<FolderCamera> enrollmentCamera;
+    std::unique_ptr<UnlockModel> model;
+
+    std::shared_ptr<const FrameFolder> person;
+    std::vector<std::string> log;
+    std::size_t logRead = 0;
+    std::optional<std::string> fault;
+    /// On centres that go with this.
+    std::array<NotificationCenter::Token, 2> lockObservers;
+    bool isLockAnnounced = false;
+    std::optional<Date> wokenAt;
+    std::optional<Date> typedAt;
+    bool askedToUpdate = false;
+
+    [[nodiscard]] Result<void> setUp();
+    /// The person in front of the camera does as the enrolment says, at any speed of this machine.
+    void follow(const EnrollmentSession::Hint& hint);
+    void note(const std::string& line);
+};
+
+Stage::Result<void> Stage::World::setUp() {
+    const std::string& display = desktop.displayName();
+    for (auto* vision : {&lookVision, &enrollmentVision}) {
+        auto finder =
+            OpenCvFaceVision::load(folders.models / finderFile, folders.models / landmarksFile);
+        if (!finder) return std::unexpected(finder.error());
+        *vision = std::move(*finder);
+    }
+    auto session = X11LoginSession::create(display);
+    if (!session) return std::unexpected(session.error());
+    loginSession = std::move(*session);
+    auto idle = X11InputIdle::create(display);
+    if (!idle) return std::unexpected(idle.error());
+    inputIdle = std::move(*idle);
+    auto keys = X11KeyboardDevices::create(display);
+    if (!keys) return std::unexpected(keys.error());
+    keyboards = std::move(*keys);
+    keyEvents = std::make_unique<XTestKeyEvents>(display);
+    auto watcher = X11LockWatcher::create(display, distributedCenter,
+                                          [this](const std::string& text) { fault = text; });
+    if (!watcher) return std::unexpected(watcher.error());
+    lockWatcher = std::move(*watcher);
+
+    lockObservers[0] = distributedCenter.observe(locknotification::screenIsLocked, [this] {
+        isLockAnnounced = true;
+        transcript.scene("the screen is locked");
+    });
+    lockObservers[1] = distributedCenter.observe(locknotification::screenIsUnlocked, [this] {
+        isLockAnnounced = false;
+        transcript.scene("the screen is unlocked");
+    });
+
+    const auto unreadable = [this](const std::string& text) {
+        mainThread.post([this, text] { fault = text; });
+    };
+    lookCamera = std::make_shared<FolderCamera>(
+        [this](std::function<TimeInterval()> step) {
+            return startThreadPacing([this, step = std::move(step)] {
+                const TimeInterval pause = step();
+                firstFrame.note(clock.now());
+                return pause;
+            });
+        },
+        unreadable);
+    enrollmentCamera = std::make_shared<FolderCamera>(startThreadPacing, unreadable);
+
+    model = std::make_unique<UnlockModel>(
+        UnlockPlatform{.mainThread = mainThread,
+                       .clock = clock,
+                       .queues = queues,
+                       .workspaceCenter = workspaceCenter,
+                       .distributedCenter = distributedCenter,
+                       .defaultCenter = defaultCenter,
+                       .loginSession = *loginSession,
+                       .inputIdle = *inputIdle,
+                       .keyboards = *keyboards,
+                       .lookCamera = lookCamera,
+                       .enrollmentCamera = enrollmentCamera,
+                       .lookVision = *lookVision,
+                       .enrollmentVision = *enrollmentVision,
+                       .models = models,
+                       .imaging = imaging,
+                       .cipher = cipher,
+                       .files = files,
+                       .keychain = keychain,
+                       .ownerAuthentication = owner,
+                       .defaults = defaults,
+                       .keyEvents = *keyEvents},
+        UnlockModel::Resources{.dataBase = data.path(),
+                               .bundleIdentifier = {},
+                               .testTag = {},
+                               .models = {.folder = folders.models,
+                                          .embedderFile = embedderFile,
+                                          .embedderIdentifier = embedderIdentifier,
+                                          .realFaceFile = realFaceFile}},
+        UnlockModel::Callbacks{
+            .onChange = {},
+            .onLog = [this](const std::string& line) { note(line); },
+            .onAskToUpdatePassword =
+                [this] {
+                    askedToUpdate = true;
+                    transcript.scene("the application asks to update the saved password");
+                },
+            .onEnrollmentProgress =
+                [this, said = std::string()](const EnrollmentSession& enrollment) mutable {
+                    const std::string hint(text(enrollment.hint()));
+                    if (hint != said) follow(enrollment.hint());
+                    said = hint;
+                }});
+    return {};
+}
+
+void Stage::World::follow(const EnrollmentSession::Hint& hint) {
+    transcript.scene("enrolment: “" + std::string(text(hint)) + "”");
+    const auto* wanted = std::get_if<EnrollmentSession::Hint::Pose>(&hint);
+    if (wanted == nullptr || !person) return;
+    if (auto pose = person->inPose(rawValue(wanted->pose))) {
+        enrollmentCamera->setScene({.sequence = std::make_shared<const FrameFolder>(*pose),
+                                    .atEnd = FolderCamera::Scene::AtEnd::holdLastFrame});
+    }
+}
+
+void Stage::World::note(const std::string& line) {
+    if (line == "Typed the password and Return") typedAt = clock.now();
+    transcript.engine(line);
+    log.push_back(line);
+}
+
+Stage::Stage(std::unique_ptr<World> world) : world_(std::move(world)) {}
+
+Stage::~Stage() = default;
+
+Stage::Result<std::unique_ptr<Stage>> Stage::create(const Folders& folders) {
+    for (const auto* name : {embedderFile, realFaceFile, finderFile, landmarksFile}) {
+        std::error_code error;
+        if (!std::filesystem::is_regular_file(folders.models / name, error)) {
+            return std::unexpected("The network " + std::string(name) +
+                                   " is missing from the folder of networks.");
+        }
+    }
+    auto data = TemporaryFolder::create();
+    if (!data) return std::unexpected(data.error());
+    auto desktop = PrivateDesktop::create();
+    if (!desktop) return std::unexpected(desktop.error());
+    auto world = std::make_unique<World>(folders, std::move(*data), std::move(*desktop));
+    if (auto ready = world->setUp(); !ready) return std::unexpected(ready.error());
+    return std::unique_ptr<Stage>(new Stage(std::move(world)));
+}
+
+Transcript& Stage::transcript() {
+    return world_->transcript;
+}
+
+UnlockModel& Stage::model() {
+    return *world_->model;
+}
+
+Stage::Result<void> Stage::putInFront(const std::string& sequence) {
+    auto frames = FrameFolder::load(world_->folders.media / sequence);
+    if (!frames) return std::unexpected(frames.error());
+    world_->person = std::make_shared<const FrameFolder>(std::move(*frames));
+    world_->lookCamera->setScene({.sequence = world_->person});
+    world_->enrollmentCamera->setScene({.sequence = world_->person});
+    world_->transcript.scene("in front of the camera: " + sequence);
+    return {};
+}
+
+Stage::Result<void> Stage::lockScreen(std::string_view loginPassword) {
+    world_->askedToUpdate = false;
+    world_->transcript.scene("somebody locks the screen (i3lock)");
+    if (auto locked = world_->locker.lock(loginPassword); !locked) return locked;
+    return waitUntil("the lock to be announced", lockAnnouncement,
+                     [this] { return world_->isLockAnnounced; });
+}
+
+Stage::Result<void> Stage::waitForUnlock(TimeInterval limit) {
+    return waitUntil("the screen to be unlocked", limit,
+                     [this] { return !world_->locker.isRunning() && !world_->isLockAnnounced; });
+}
+
+void Stage::sleepDisplays() {
+    world_->transcript.scene("the displays go to sleep");
+    world_->workspaceCenter.post(locknotification::screensDidSleep);
+}
+
+void Stage::wakeDisplays() {
+    world_->transcript.scene("the displays wake");
+    world_->firstFrame.await();
+    world_->typedAt.reset();
+    world_->wokenAt = world_->clock.now();
+    world_->workspaceCenter.post(locknotification::screensDidWake);
+}
+
+Stage::Result<void> Stage::typeByHand(std::string_view text) {
+    world_->transcript.scene("somebody types at the lock screen");
+    const auto outcome = std::make_shared<std::optional<Result<void>>>();
+    world_->queues.background()->async([world = world_.get(), text = std::string(text), outcome] {
+        const KeystrokeTyping typing = keystrokeinjector::typePassword(
+            *world->keyEvents, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
+            [world] { return world->locker.isRunning(); });
+        Result<void> result;
+        if (!typing.outcome()) {
+            result = std::unexpected(std::string(description(typing.outcome().error())));
+        }
+        world->mainThread.post([outcome, result] { *outcome = result; });
+    });
+    if (auto done = waitUntil("the typing by hand", TimeInterval(10),
+                              [&outcome] { return outcome->has_value(); });
+        !done) {
+        return done;
+    }
+    return **outcome;
+}
+
+void Stage::killLocker() {
+    world_->locker.kill();
+}
+
+bool Stage::isLockerRunning() const {
+    return world_->locker.isRunning();
+}
+
+Stage::Result<void> Stage::waitUntil(std::string_view what, TimeInterval limit,
+                                     const std::function<bool()>& holds) {
+    const Date begin = world_->clock.now();
+    QTimer heartbeat;
+    heartbeat.start(heartbeatMilliseconds);
+    while (!holds()) {
+        if (world_->interruption.hasCome())
+            return std::unexpected("The rehearsal was interrupted.");
+        if (world_->fault) return std::unexpected(*world_->fault);
+        if (world_->clock.now() - begin > limit) {
+            return std::unexpected("Waited " + seconds(limit) + " in vain for " +
+                                   std::string(what) + ".");
+        }
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return {};
+}
+
+Stage::Result<void> Stage::letPass(TimeInterval time) {
+    const Date end = world_->clock.now() + time;
+    return waitUntil("time to pass", time * 2 + TimeInterval(1),
+                     [this, end] { return world_->clock.now() >= end; });
+}
+
+Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit) {
+    return waitUntil("the log line “" + std::string(text) + "”", limit, [this, text] {
+        while (world_->logRead < world_->log.size()) {
+            if (world_->log[world_->logRead++].starts_with(text)) return true;
+        }
+        return false;
+    });
+}
+
+std::vector<std::string> Stage::takeLog() {
+    world_->logRead = 0;
+    return std::exchange(world_->log, {});
+}
+
+bool Stage::wasAskedToUpdatePassword() const {
+    return world_->askedToUpdate;
+}
+
+std::optional<Stage::RoadTimes> Stage::roadTimes() const {
+    const auto firstFrame = world_->firstFrame.seen();
+    if (!world_->wokenAt || !world_->typedAt || !firstFrame) return std::nullopt;
+    return RoadTimes{.fromWake = *world_->typedAt - *world_->wokenAt,
+                     .fromFirstFrame = *world_->typedAt - *firstFrame};
+}
+
+}  // namespace marrowby

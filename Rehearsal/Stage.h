@@ -1,0 +1,85 @@
+#pragma once
+
+#include "Rehearsal/Transcript.h"
+#include "Unlock/UnlockModel.h"
+#include "UnlockCore/Foundation/Time.h"
+
+#include <cstddef>
+#include <expected>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace marrowby {
+
+/// A whole computer for one rehearsal: a private screen with a real locker, a camera that plays
+/// rendered people, and the application wired to them as to any other. Main thread, under Qt's
+/// event loop. Whatever fails does so with one sentence; when this is destroyed nothing of it is
+/// left running.
+class Stage {
+  public:
+    template <typename T>
+    using Result = std::expected<T, std::string>;
+
+    struct Folders {
+        /// The networks.
+        std::filesystem::path models;
+        /// The sequences of rendered frames.
+        std::filesystem::path media;
+    };
+
+    [[nodiscard]] static Result<std::unique_ptr<Stage>> create(const Folders& folders);
+    ~Stage();
+    Stage(const Stage&) = delete;
+    Stage& operator=(const Stage&) = delete;
+
+    [[nodiscard]] Transcript& transcript();
+    [[nodiscard]] UnlockModel& model();
+
+    /// Who is in front of the camera from now on: a sequence by its folder's name.
+    [[nodiscard]] Result<void> putInFront(const std::string& sequence);
+    /// Sets the login password, which the locker asks, and starts the locker.
+    [[nodiscard]] Result<void> lockScreen(std::string_view loginPassword);
+    /// Until the locker has ended and that has been announced.
+    [[nodiscard]] Result<void> waitForUnlock(TimeInterval limit);
+    void sleepDisplays();
+    void wakeDisplays();
+    /// Somebody types at the lock screen and presses Return.
+    [[nodiscard]] Result<void> typeByHand(std::string_view text);
+    /// Ends the locker by force; for tidying up after an act.
+    void killLocker();
+    [[nodiscard]] bool isLockerRunning() const;
+
+    /// Runs the main loop until `holds`. Fails after `limit`, at an interruption (SIGINT, SIGTERM)
+    /// and when the display goes away.
+    [[nodiscard]] Result<void> waitUntil(std::string_view what, TimeInterval limit,
+                                         const std::function<bool()>& holds);
+    /// Runs the main loop for a while.
+    [[nodiscard]] Result<void> letPass(TimeInterval time);
+    /// Waits for an engine line that begins with `text`, after those already waited for.
+    [[nodiscard]] Result<void> waitForLog(std::string_view text, TimeInterval limit);
+    /// Engine lines since the last call of this.
+    std::vector<std::string> takeLog();
+
+    /// Whether the application asked to update the password since the screen was locked last.
+    [[nodiscard]] bool wasAskedToUpdatePassword() const;
+    /// From the last wake, and from the first frame after it, to the end of typing; nothing before.
+    struct RoadTimes {
+        TimeInterval fromWake{};
+        TimeInterval fromFirstFrame{};
+    };
+    [[nodiscard]] std::optional<RoadTimes> roadTimes() const;
+
+  private:
+    struct World;
+
+    explicit Stage(std::unique_ptr<World> world);
+
+    std::unique_ptr<World> world_;
+};
+
+}  // namespace marrowby
