@@ -193,9 +193,17 @@ void XTestKeyEvents::sleep(TimeInterval duration) {
 XTestKeyEvents::XTestKeyEvents(std::string displayName, Pause pause)
     : displayName_(std::move(displayName)), pause_(std::move(pause)) {}
 
+XTestKeyEvents::~XTestKeyEvents() = default;
+
 bool XTestKeyEvents::isTrusted() const {
-    const auto connection = XcbConnection::create(displayName_);
-    return connection && hasXTest(**connection);
+    const MutexLock lock(mutex_);
+    // Reading what has come is what notices a lost display.
+    if (trusted_) trusted_->discardEvents();
+    if (!trusted_ || trusted_->hasError()) {
+        auto connection = XcbConnection::create(displayName_);
+        trusted_ = connection && hasXTest(**connection) ? std::move(*connection) : nullptr;
+    }
+    return trusted_ != nullptr;
 }
 
 std::unique_ptr<KeyEventSource> XTestKeyEvents::makeSource(std::span<const char16_t> text,

@@ -1,11 +1,15 @@
 #pragma once
 
+#include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/Platform/KeyEvents.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace marrowby {
+
+class XcbConnection;
 
 /// Keys through the X server's XTEST extension; codes are keysyms. Any thread.
 ///
@@ -22,6 +26,7 @@ class XTestKeyEvents final : public KeyEvents {
 
     /// `displayName` as in DISPLAY. `pause` takes every wait, also those between single events.
     explicit XTestKeyEvents(std::string displayName, Pause pause = &sleep);
+    ~XTestKeyEvents() override;
 
     [[nodiscard]] bool isTrusted() const override;
     [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::x11Locker; }
@@ -32,6 +37,9 @@ class XTestKeyEvents final : public KeyEvents {
   private:
     std::string displayName_;
     Pause pause_;
+    mutable Mutex mutex_;
+    /// Stays open, because trust is asked for before every event of the engine.
+    mutable std::unique_ptr<XcbConnection> trusted_ GUARDED_BY(mutex_);
 };
 
 }  // namespace marrowby
