@@ -65,6 +65,7 @@ class UnlockModel {
     /// Guides the person in front of the camera through the poses and saves them as a new identity:
     /// all samples or nothing. One enrolment at a time.
     void enroll(std::string name, Completion completion);
+    /// Drops what was captured; the completion does not come.
     void cancelEnrollment();
 
     /// The caller's bytes are overwritten when the completion comes at the latest. Makes the
