@@ -187,6 +187,16 @@ struct ScreenLocker::State {
 
     explicit State(std::string name) : displayName(std::move(name)) {}
 
+    void begin(Session started) {
+        const MutexLock lock(mutex);
+        session.emplace(std::move(started));
+    }
+
+    [[nodiscard]] bool isRunning() const {
+        const MutexLock lock(mutex);
+        return session && session->locker.isRunning();
+    }
+
     void end() {
         notifier.reset();
         std::optional<Session> former;
@@ -241,10 +251,7 @@ std::expected<void, std::string> ScreenLocker::lock(std::string_view password) {
             return std::unexpected("i3lock did not lock the screen within ten seconds.");
     }
     const int end = locker->endDescriptor();
-    {
-        const MutexLock lock(state_->mutex);
-        state_->session.emplace(std::move(*folder), std::move(*locker));
-    }
+    state_->begin({std::move(*folder), std::move(*locker)});
     state_->notifier = std::make_unique<QSocketNotifier>(end, QSocketNotifier::Read);
     QObject::connect(state_->notifier.get(), &QSocketNotifier::activated,
                      [state = state_.get()](QSocketDescriptor, QSocketNotifier::Type) {
@@ -256,9 +263,7 @@ std::expected<void, std::string> ScreenLocker::lock(std::string_view password) {
 }
 
 bool ScreenLocker::isRunning() const {
-    const MutexLock lock(state_->mutex);
-    const auto& session = state_->session;
-    return session && session->locker.isRunning();
+    return state_->isRunning();
 }
 
 void ScreenLocker::onEnded(std::function<void()> callback) {

@@ -325,7 +325,7 @@ Stage::Result<void> Stage::typeByHand(std::string_view text) {
         !done) {
         return done;
     }
-    return **outcome;
+    return outcome->value_or(Result<void>());
 }
 
 void Stage::killLocker() {
@@ -344,7 +344,7 @@ Stage::Result<void> Stage::waitUntil(std::string_view what, TimeInterval limit,
     while (!holds()) {
         if (world_->interruption.hasCome())
             return std::unexpected("The rehearsal was interrupted.");
-        if (world_->fault) return std::unexpected(*world_->fault);
+        if (const auto fault = world_->fault) return std::unexpected(*fault);
         if (world_->clock.now() - begin > limit) {
             return std::unexpected("Waited " + seconds(limit) + " in vain for " +
                                    std::string(what) + ".");
@@ -379,10 +379,11 @@ bool Stage::wasAskedToUpdatePassword() const {
 }
 
 std::optional<Stage::RoadTimes> Stage::roadTimes() const {
-    const auto firstFrame = world_->firstFrame.seen();
-    if (!world_->wokenAt || !world_->typedAt || !firstFrame) return std::nullopt;
-    return RoadTimes{.fromWake = *world_->typedAt - *world_->wokenAt,
-                     .fromFirstFrame = *world_->typedAt - *firstFrame};
+    const auto woken = world_->wokenAt;
+    const auto seen = world_->firstFrame.seen();
+    const auto typed = world_->typedAt;
+    if (!woken || !seen || !typed) return std::nullopt;
+    return RoadTimes{.fromWake = *typed - *woken, .fromFirstFrame = *typed - *seen};
 }
 
 }  // namespace marrowby

@@ -63,7 +63,7 @@ Step completed(Stage& stage, std::string_view what, TimeInterval limit,
         !waited) {
         return waited;
     }
-    return **result;
+    return result->value_or(Step());
 }
 
 Step lockScreen(Stage& stage, std::string_view password) {

@@ -6,7 +6,7 @@
 namespace marrowby {
 
 void Transcript::heading(std::string_view text) {
-    std::cout << '\n' << text << std::endl;
+    std::cout << '\n' << text << '\n' << std::flush;
 }
 
 void Transcript::scene(std::string_view text) {
@@ -19,7 +19,8 @@ void Transcript::engine(std::string_view text) {
 
 void Transcript::line(std::string_view source, std::string_view text) {
     std::cout << std::fixed << std::setprecision(3) << std::setw(9)
-              << (clock_.now() - begin_).count() << " s  " << source << "  " << text << std::endl;
+              << (clock_.now() - begin_).count() << " s  " << source << "  " << text << '\n'
+              << std::flush;
 }
 
 }  // namespace marrowby

@@ -111,7 +111,7 @@ struct UnlockModel::Enrollment {
     std::shared_ptr<FaceEmbedder> embedder;
     Completion completion;
     CameraManager camera;
-    std::optional<EnrollmentCapture> capture;
+    std::unique_ptr<EnrollmentCapture> capture;
 };
 
 UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks callbacks)
@@ -187,7 +187,7 @@ void UnlockModel::enroll(std::string name, Completion completion) {
         std::move(completion),
         CameraManager(platform_.enrollmentCamera, services, CameraFaceScanner::workingLongEdge),
         {}});
-    enrollment_->capture.emplace(
+    enrollment_->capture = std::make_unique<EnrollmentCapture>(
         EnrollmentCapture::Services{.camera = enrollment_->camera,
                                     .vision = platform_.enrollmentVision,
                                     .imaging = platform_.imaging,
@@ -279,8 +279,8 @@ UnlockReadiness UnlockModel::readiness() const {
 
 void UnlockModel::onVaultChanged() {
     if (vault_.isUnlocked()) {
-        // A failure is kept by the store and said by whoever opens the vault.
-        static_cast<void>(faceStore_.load());
+        problem_.reset();
+        if (const auto loaded = faceStore_.load(); !loaded) problem_ = description(loaded.error());
     }
     if (engine_) engine_->coordinator.send(Event::SettingsChanged{});
     changed();

@@ -56,6 +56,9 @@ class UnlockModel {
     [[nodiscard]] bool isVaultUnlocked() const { return vault_.isUnlocked(); }
     [[nodiscard]] const UnlockSettings& settings() const { return settings_; }
 
+    /// Why the saved face couldn’t be read when the vault opened last.
+    [[nodiscard]] const std::optional<std::string>& problem() const { return problem_; }
+
     /// Stores the settings and lets a running engine know.
     void apply(UnlockSettings settings);
 
@@ -97,6 +100,7 @@ class UnlockModel {
     CredentialStore credentialStore_;
     NotificationCenter::Token vaultObserver_;
     UnlockSettings settings_;
+    std::optional<std::string> problem_;
     CameraUseRegistry cameraUse_;
 
     struct Enrollment;
