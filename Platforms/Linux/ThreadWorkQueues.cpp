@@ -28,7 +28,7 @@ class Worklist {
     [[nodiscard]] Reply add(std::function<void()> work) EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
         pending_.push_back(std::move(work));
-        changed_.notify_one();
+        changed_.notify_all();
         return pending_.size() > idle_ ? Reply::needsThread : Reply::taken;
     }
 
@@ -40,8 +40,19 @@ class Worklist {
 
     /// One thread's life: ends when the list is closed and empty.
     void drain() EXCLUDES(mutex_) {
-        while (const auto work = next())
+        while (auto work = next()) {
             (*work)();
+            // What it held goes before it counts as done.
+            work.reset();
+            finish();
+        }
+    }
+
+    /// Until all that was added is done.
+    void waitUntilDone() EXCLUDES(mutex_) {
+        const MutexLock lock(mutex_);
+        while (!pending_.empty() || running_ > 0)
+            changed_.wait(mutex_);
     }
 
   private:
@@ -55,13 +66,21 @@ class Worklist {
         if (pending_.empty()) return std::nullopt;
         std::function<void()> work = std::move(pending_.front());
         pending_.pop_front();
+        ++running_;
         return work;
+    }
+
+    void finish() EXCLUDES(mutex_) {
+        const MutexLock lock(mutex_);
+        --running_;
+        changed_.notify_all();
     }
 
     Mutex mutex_;
     std::condition_variable_any changed_;
     std::deque<std::function<void()>> pending_ GUARDED_BY(mutex_);
     std::size_t idle_ GUARDED_BY(mutex_) = 0;
+    std::size_t running_ GUARDED_BY(mutex_) = 0;
     bool closed_ GUARDED_BY(mutex_) = false;
 };
 
@@ -71,40 +90,57 @@ constexpr std::size_t backgroundThreads = 4;
 
 }  // namespace
 
-/// Threads whose queue went away on the thread itself, which cannot wait for itself.
-class ThreadWorkQueues::Orphans {
+/// All that was begun, to be waited for at the end.
+class ThreadWorkQueues::Begun {
   public:
+    void add(const std::shared_ptr<Worklist>& list) EXCLUDES(mutex_) {
+        const MutexLock lock(mutex_);
+        std::erase_if(lists_, [](const auto& other) { return other.expired(); });
+        lists_.push_back(list);
+    }
+
+    /// A thread whose queue went away on the thread itself, which cannot wait for itself.
     void adopt(std::thread thread) EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
-        if (isClosed_) {
+        if (isOver_) {
             thread.detach();
         } else {
-            threads_.push_back(std::move(thread));
+            orphans_.push_back(std::move(thread));
         }
     }
 
-    /// Waits for all; later ones go on by themselves.
-    void join() EXCLUDES(mutex_) {
-        std::vector<std::thread> threads;
+    void finish() EXCLUDES(mutex_) {
+        for (const auto& weak : lists()) {
+            if (const auto list = weak.lock()) list->waitUntilDone();
+        }
+        std::vector<std::thread> orphans;
         {
             const MutexLock lock(mutex_);
-            isClosed_ = true;
-            threads.swap(threads_);
+            isOver_ = true;
+            orphans.swap(orphans_);
         }
-        for (std::thread& thread : threads)
-            thread.join();
+        for (std::thread& orphan : orphans)
+            orphan.join();
     }
 
   private:
+    [[nodiscard]] std::vector<std::weak_ptr<Worklist>> lists() EXCLUDES(mutex_) {
+        const MutexLock lock(mutex_);
+        return lists_;
+    }
+
     Mutex mutex_;
-    bool isClosed_ GUARDED_BY(mutex_) = false;
-    std::vector<std::thread> threads_ GUARDED_BY(mutex_);
+    bool isOver_ GUARDED_BY(mutex_) = false;
+    std::vector<std::weak_ptr<Worklist>> lists_ GUARDED_BY(mutex_);
+    std::vector<std::thread> orphans_ GUARDED_BY(mutex_);
 };
 
 class ThreadWorkQueues::Queue final : public WorkQueue {
   public:
-    Queue(std::string label, std::size_t maximumThreads, std::shared_ptr<Orphans> orphans)
-        : label_(std::move(label)), maximumThreads_(maximumThreads), orphans_(std::move(orphans)) {}
+    Queue(std::string label, std::size_t maximumThreads, std::shared_ptr<Begun> begun)
+        : label_(std::move(label)), maximumThreads_(maximumThreads), begun_(std::move(begun)) {
+        begun_->add(worklist_);
+    }
     Queue(const Queue&) = delete;
     Queue& operator=(const Queue&) = delete;
 
@@ -114,7 +150,7 @@ class ThreadWorkQueues::Queue final : public WorkQueue {
         const MutexLock lock(mutex_);
         for (std::thread& thread : threads_) {
             if (thread.get_id() == std::this_thread::get_id()) {
-                orphans_->adopt(std::move(thread));
+                begun_->adopt(std::move(thread));
             } else {
                 thread.join();
             }
@@ -141,23 +177,23 @@ class ThreadWorkQueues::Queue final : public WorkQueue {
 
     const std::string label_;
     const std::size_t maximumThreads_;
-    const std::shared_ptr<Orphans> orphans_;
+    const std::shared_ptr<Begun> begun_;
     const std::shared_ptr<Worklist> worklist_ = std::make_shared<Worklist>();
     Mutex mutex_;
     std::vector<std::thread> threads_ GUARDED_BY(mutex_);
 };
 
 ThreadWorkQueues::ThreadWorkQueues()
-    : orphans_(std::make_shared<Orphans>()),
-      background_(std::make_shared<Queue>("background", backgroundThreads, orphans_)) {}
+    : begun_(std::make_shared<Begun>()),
+      background_(std::make_shared<Queue>("background", backgroundThreads, begun_)) {}
 
 ThreadWorkQueues::~ThreadWorkQueues() {
     background_.reset();
-    orphans_->join();
+    begun_->finish();
 }
 
 std::shared_ptr<WorkQueue> ThreadWorkQueues::serial(std::string label) {
-    return std::make_shared<Queue>(std::move(label), 1, orphans_);
+    return std::make_shared<Queue>(std::move(label), 1, begun_);
 }
 
 }  // namespace marrowby

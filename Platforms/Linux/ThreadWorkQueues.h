@@ -8,8 +8,8 @@ namespace marrowby {
 
 /// Worker threads: one of its own for each serial queue, up to four for the background queue,
 /// started when there is work. Destroying a queue waits for its work, except on one of the queue's
-/// own threads, which then goes on by itself. Work must not wait for the thread that destroys its
-/// queue. Ends the process when the system gives no thread.
+/// own threads; destroying this waits for all work of all queues. Work must not wait for the thread
+/// that does so. Ends the process when the system gives no thread.
 class ThreadWorkQueues final : public WorkQueues {
   public:
     ThreadWorkQueues();
@@ -21,10 +21,10 @@ class ThreadWorkQueues final : public WorkQueues {
     [[nodiscard]] std::shared_ptr<WorkQueue> background() override { return background_; }
 
   private:
-    class Orphans;
+    class Begun;
     class Queue;
 
-    std::shared_ptr<Orphans> orphans_;
+    std::shared_ptr<Begun> begun_;
     std::shared_ptr<WorkQueue> background_;
 };
 

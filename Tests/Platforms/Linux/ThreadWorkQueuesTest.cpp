@@ -76,7 +76,7 @@ TEST(ThreadWorkQueues, theBackgroundQueueGoesOnWhileSomeOfItsWorkWaits) {
     met.get_future().wait();
 }
 
-TEST(ThreadWorkQueues, waitForAQueueThatItsOwnWorkDestroyed) {
+TEST(ThreadWorkQueues, waitsForAQueueThatItsOwnWorkDestroyed) {
     bool isDone = false;
     {
         ThreadWorkQueues queues;
