@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// Where an application keeps a user's data and settings (XDG Base Directory Specification 0.8).
+/// Where an application keeps a user's data and settings (freedesktop.org’s base directories).
 struct XdgFolders {
     std::filesystem::path dataHome;
     std::filesystem::path configHome;
