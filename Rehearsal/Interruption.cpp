@@ -1,5 +1,7 @@
 #include "Rehearsal/Interruption.h"
 
+#include <cstddef>
+
 namespace marrowby {
 
 namespace {
@@ -16,13 +18,13 @@ Interruption::Interruption() {
     interrupted = 0;
     struct sigaction noting{};
     noting.sa_handler = noteInterruption;
-    ::sigaction(SIGINT, &noting, &formerInterrupt_);
-    ::sigaction(SIGTERM, &noting, &formerTerminate_);
+    for (std::size_t i = 0; i < signals.size(); ++i)
+        ::sigaction(signals.at(i), &noting, &former_.at(i));
 }
 
 Interruption::~Interruption() {
-    ::sigaction(SIGINT, &formerInterrupt_, nullptr);
-    ::sigaction(SIGTERM, &formerTerminate_, nullptr);
+    for (std::size_t i = 0; i < signals.size(); ++i)
+        ::sigaction(signals.at(i), &former_.at(i), nullptr);
 }
 
 bool Interruption::hasCome() const {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <array>
+
 #include <signal.h>
 
 namespace marrowby {
 
-/// Notes SIGINT and SIGTERM instead of dying of them, so that what runs can end in order. One at a
-/// time.
+/// Notes SIGINT, SIGTERM, SIGHUP and SIGPIPE instead of dying of them, so that what runs can end in
+/// order. One at a time.
 class Interruption {
   public:
     Interruption();
@@ -16,8 +18,9 @@ class Interruption {
     [[nodiscard]] bool hasCome() const;
 
   private:
-    struct sigaction formerInterrupt_{};
-    struct sigaction formerTerminate_{};
+    static constexpr std::array signals{SIGINT, SIGTERM, SIGHUP, SIGPIPE};
+
+    std::array<struct sigaction, signals.size()> former_{};
 };
 
 }  // namespace marrowby
