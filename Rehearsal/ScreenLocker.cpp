@@ -40,8 +40,8 @@ for copy in pam.?; do
 done
 )sh";
 
-// A login's own checker takes a while too, so that whoever typed knows of it before the locker ends.
-// Versions of pam_exec differ in whether a NUL ends what they write.
+// A login's own checker takes a while too, so that whoever typed knows of it before the locker
+// ends. Versions of pam_exec differ in whether a NUL ends what they write.
 constexpr const char* checkerScript = R"sh(#!/bin/sh
 sleep 0.2
 tr -d '\000' | cmp -s - "$(dirname "$0")/password"
