@@ -72,15 +72,13 @@ std::set<xcb_input_device_id_t> syntheticKeyboards(const XcbConnection& connecti
 
 struct X11KeyboardDevices::Display {
     std::unique_ptr<XcbConnection> connection;
-    SyntheticKeys syntheticKeys;
 };
 
 /// Listens over a connection of its own, which ends with it.
 class X11KeyboardDevices::RawKeys final : public Listening {
   public:
     [[nodiscard]] static std::unique_ptr<RawKeys> create(
-        const std::string& displayName, SyntheticKeys syntheticKeys,
-        std::function<void(const InputValue&)> onValue) {
+        const std::string& displayName, std::function<void(const InputValue&)> onValue) {
         auto opened = XcbConnection::create(displayName);
         if (!opened) return nullptr;
         std::shared_ptr<const XcbConnection> connection = std::move(*opened);
@@ -100,18 +98,16 @@ class X11KeyboardDevices::RawKeys final : public Listening {
             xcb_request_check(connection->get(), cookie));
         if (error || connection->hasError()) return nullptr;
 
-        std::set<xcb_input_device_id_t> ignored;
-        if (syntheticKeys == SyntheticKeys::dropped) ignored = syntheticKeyboards(*connection);
         return std::unique_ptr<RawKeys>(
-            new RawKeys(std::move(connection), opcode, std::move(ignored), std::move(onValue)));
+            new RawKeys(std::move(connection), opcode, std::move(onValue)));
     }
 
   private:
     RawKeys(std::shared_ptr<const XcbConnection> connection, std::uint8_t opcode,
-            std::set<xcb_input_device_id_t> ignored, std::function<void(const InputValue&)> onValue)
+            std::function<void(const InputValue&)> onValue)
         : connection_(std::move(connection)),
           opcode_(opcode),
-          ignored_(std::move(ignored)),
+          syntheticKeyboards_(syntheticKeyboards(*connection_)),
           onValue_(std::move(onValue)),
           spaceKeycodes_(spaceKeycodes(*connection_)) {
         pump_.emplace(connection_, XcbEventPump::Handlers{
@@ -129,11 +125,13 @@ class X11KeyboardDevices::RawKeys final : public Listening {
         if (key.extension != opcode_) return;
         const bool down = key.event_type == XCB_INPUT_RAW_KEY_PRESS;
         if (!down && key.event_type != XCB_INPUT_RAW_KEY_RELEASE) return;
-        if (ignored_.contains(key.sourceid)) return;
         if (!spaceKeycodes_.contains(static_cast<xcb_keycode_t>(key.detail))) return;
         // A copy, for its receiver may stop listening.
         const auto report = onValue_;
-        report({.usagePage = keyPage, .usage = spacebar, .value = down ? 1 : 0});
+        report({.usagePage = keyPage,
+                .usage = spacebar,
+                .value = down ? 1 : 0,
+                .isSynthetic = syntheticKeyboards_.contains(key.sourceid)});
     }
 
     void refresh() {
@@ -142,7 +140,7 @@ class X11KeyboardDevices::RawKeys final : public Listening {
 
     const std::shared_ptr<const XcbConnection> connection_;
     const std::uint8_t opcode_;
-    const std::set<xcb_input_device_id_t> ignored_;
+    const std::set<xcb_input_device_id_t> syntheticKeyboards_;
     const std::function<void(const InputValue&)> onValue_;
     std::set<xcb_keycode_t> spaceKeycodes_;
     bool mappingIsStale_ = false;
@@ -150,16 +148,15 @@ class X11KeyboardDevices::RawKeys final : public Listening {
 };
 
 std::expected<std::unique_ptr<X11KeyboardDevices>, std::string> X11KeyboardDevices::create(
-    const std::string& displayName, SyntheticKeys syntheticKeys) {
+    const std::string& displayName) {
     auto connection = XcbConnection::create(displayName);
     if (!connection) return std::unexpected(connection.error());
     std::uint8_t opcode = 0;
     if (!speaksXInput(**connection, opcode)) {
         return std::unexpected("The display “" + displayName + "” doesn’t tell its keys.");
     }
-    return std::unique_ptr<X11KeyboardDevices>(
-        new X11KeyboardDevices(std::make_unique<const Display>(
-            Display{.connection = std::move(*connection), .syntheticKeys = syntheticKeys})));
+    return std::unique_ptr<X11KeyboardDevices>(new X11KeyboardDevices(
+        std::make_unique<const Display>(Display{.connection = std::move(*connection)})));
 }
 
 X11KeyboardDevices::X11KeyboardDevices(std::unique_ptr<const Display> display)
@@ -175,8 +172,7 @@ bool X11KeyboardDevices::hasListenAccess() const {
 std::unique_ptr<KeyboardDevices::Listening> X11KeyboardDevices::open(
     Match match, std::function<void(const InputValue&)> onValue) {
     if (match != keyboards) return nullptr;
-    return RawKeys::create(display_->connection->displayName(), display_->syntheticKeys,
-                           std::move(onValue));
+    return RawKeys::create(display_->connection->displayName(), std::move(onValue));
 }
 
 }  // namespace marrowby
