@@ -1,5 +1,6 @@
 #include "Rehearsal/Stage.h"
 
+#include "Platforms/Linux/DesktopSession.h"
 #include "Platforms/Linux/JsonDefaultsStore.h"
 #include "Platforms/Linux/LocalNotificationCenter.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
@@ -10,10 +11,6 @@
 #include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/UnixSystemClock.h"
-#include "Platforms/Linux/X11InputIdle.h"
-#include "Platforms/Linux/X11KeyboardDevices.h"
-#include "Platforms/Linux/X11LockWatcher.h"
-#include "Platforms/Linux/X11LoginSession.h"
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Rehearsal/FolderCamera.h"
 #include "Rehearsal/Interruption.h"
@@ -103,11 +100,12 @@ struct Stage::World {
     SceneKeychain keychain;
     SceneOwner owner{mainThread};
 
-    std::unique_ptr<LoginSession> loginSession;
-    std::unique_ptr<InputIdle> inputIdle;
-    std::unique_ptr<KeyboardDevices> keyboards;
-    std::unique_ptr<KeyEvents> keyEvents;
-    std::unique_ptr<X11LockWatcher> lockWatcher;
+    // What the real session's buses say is nothing to the private desktop.
+    DesktopSession session{{.systemBus = {}, .sessionBus = {}, .display = desktop.displayName()},
+                           mainThread,
+                           workspaceCenter,
+                           distributedCenter};
+    XTestKeyEvents keyEvents{desktop.displayName()};
     ScreenLocker locker{desktop.displayName()};
 
     FirstFrame firstFrame;
@@ -135,28 +133,13 @@ struct Stage::World {
 };
 
 Stage::Result<void> Stage::World::setUp() {
-    const std::string& display = desktop.displayName();
     for (auto* vision : {&lookVision, &enrollmentVision}) {
         auto finder =
             OpenCvFaceVision::load(folders.models / finderFile, folders.models / landmarksFile);
         if (!finder) return std::unexpected(finder.error());
         *vision = std::move(*finder);
     }
-    auto session = X11LoginSession::create(display);
-    if (!session) return std::unexpected(session.error());
-    loginSession = std::move(*session);
-    auto idle = X11InputIdle::create(display);
-    if (!idle) return std::unexpected(idle.error());
-    inputIdle = std::move(*idle);
-    auto keys = X11KeyboardDevices::create(display);
-    if (!keys) return std::unexpected(keys.error());
-    keyboards = std::move(*keys);
-    keyEvents = std::make_unique<XTestKeyEvents>(display);
-    auto watcher = X11LockWatcher::create(display, distributedCenter,
-                                          [this](const std::string& text) { fault = text; });
-    if (!watcher) return std::unexpected(watcher.error());
-    lockWatcher = std::move(*watcher);
-
+    session.onDisplayAway = [this](const std::string& text) { fault = text; };
     lockObservers[0] = distributedCenter.observe(locknotification::screenIsLocked, [this] {
         isLockAnnounced = true;
         transcript.scene("the screen is locked");
@@ -187,9 +170,9 @@ Stage::Result<void> Stage::World::setUp() {
                        .workspaceCenter = workspaceCenter,
                        .distributedCenter = distributedCenter,
                        .defaultCenter = defaultCenter,
-                       .loginSession = *loginSession,
-                       .inputIdle = *inputIdle,
-                       .keyboards = *keyboards,
+                       .loginSession = session.loginSession(),
+                       .inputIdle = session.inputIdle(),
+                       .keyboards = session.keyboards(),
                        .lookCamera = lookCamera,
                        .enrollmentCamera = enrollmentCamera,
                        .lookVision = *lookVision,
@@ -201,7 +184,7 @@ Stage::Result<void> Stage::World::setUp() {
                        .keychain = keychain,
                        .ownerAuthentication = owner,
                        .defaults = defaults,
-                       .keyEvents = *keyEvents},
+                       .keyEvents = keyEvents},
         UnlockModel::Resources{.dataBase = data.path(),
                                .bundleIdentifier = {},
                                .testTag = {},
@@ -223,6 +206,8 @@ Stage::Result<void> Stage::World::setUp() {
                     if (hint != said) follow(enrollment.hint());
                     said = hint;
                 }});
+    session.start();
+    if (fault) return std::unexpected(*fault);
     return {};
 }
 
@@ -312,7 +297,7 @@ Stage::Result<void> Stage::typeByHand(std::string_view text) {
     const auto outcome = std::make_shared<std::optional<Result<void>>>();
     world_->queues.background()->async([world = world_.get(), text = std::string(text), outcome] {
         const KeystrokeTyping typing = keystrokeinjector::typePassword(
-            *world->keyEvents, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
+            world->keyEvents, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
             [world] { return world->locker.isRunning(); });
         Result<void> result;
         if (!typing.outcome()) {
