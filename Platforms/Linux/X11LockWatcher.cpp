@@ -23,7 +23,7 @@ class X11LockWatcher::Watch {
         xcb_change_window_attributes(connection_->get(), connection_->root(), XCB_CW_EVENT_MASK,
                                      &events);
         // Read after selecting, so that no change falls between the two.
-        if (const auto traces = reader_.read()) isLocked_ = lockerHolding(*traces).has_value();
+        if (const auto traces = reader_.read()) isLocked_ = lockHolder(*traces).has_value();
         pump_.emplace(connection_, XcbEventPump::Handlers{
                                        .onEvent = [this](const auto& event) { note(event); },
                                        .onCaughtUp = [this] { update(); },
@@ -66,7 +66,7 @@ class X11LockWatcher::Watch {
         if (!std::exchange(isStale_, false)) return;
         const auto traces = reader_.read();
         if (!traces) return;
-        const bool isLocked = lockerHolding(*traces).has_value();
+        const bool isLocked = lockHolder(*traces).has_value();
         if (std::exchange(isLocked_, isLocked) == isLocked) return;
         // A copy, for its receiver may let go of this watch.
         if (const auto report = onChange_) report();

@@ -18,6 +18,7 @@ class NotedSource final : public KeyEventSource {
         const OwnKeystrokes::Posting posting(own_);
         return source_->postText(units, down);
     }
+    [[nodiscard]] bool isUndisturbed() override { return source_->isUndisturbed(); }
     void settle(const std::function<bool()>& stillLocked) override { source_->settle(stillLocked); }
 
   private:
