@@ -5,6 +5,7 @@
 #include "Platforms/Linux/XRawKeys.h"
 #include "Platforms/Linux/XcbConnection.h"
 #include "UnlockCore/Foundation/SecretBytes.h"
+#include "UnlockCore/Foundation/Text.h"
 #include "UnlockCore/Platform/KeyCodes.h"
 
 #include <algorithm>
@@ -37,16 +38,6 @@ constexpr int requestsInBuffer = 16384 / 4;
 bool hasXTest(const XcbConnection& connection) {
     return connection.reply<xcb_test_get_version_reply>(xcb_test_get_version(
                connection.get(), XCB_TEST_MAJOR_VERSION, XCB_TEST_MINOR_VERSION)) != nullptr;
-}
-
-/// Takes the first character off well-formed UTF-16.
-char32_t takeCharacter(std::span<const char16_t>& units) {
-    const char32_t first = units[0];
-    const bool isPair = first >= 0xD800 && first <= 0xDBFF && units.size() > 1;
-    const char32_t character =
-        isPair ? 0x10000 + ((first - 0xD800) << 10) + (units[1] - char32_t{0xDC00}) : first;
-    units = units.subspan(isPair ? 2 : 1);
-    return character;
 }
 
 /// Which key gives a keysym, and whether it was lent to it. The characters of a password.

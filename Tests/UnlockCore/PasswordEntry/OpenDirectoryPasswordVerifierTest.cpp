@@ -61,9 +61,10 @@ TEST(OpenDirectoryPasswordVerifier, asksNobodyAboutWhatIsNoPassword) {
 }
 
 TEST(TypablePassword, objectsToControlCharacters) {
-    for (const std::string_view text : {"a\nb", "\r", "a\x7F", std::string_view("a\0b", 3), "\t"})
+    using namespace std::string_view_literals;
+    for (const auto text : {"a\nb"sv, "\r"sv, "a\x7F"sv, "a\0b"sv, "\t"sv})
         EXPECT_TRUE(typablepassword::objection(bytesOf(text)));
-    for (const std::string_view text : {"", " ", "é ß ž字😀", "\u0085"})
+    for (const auto text : {""sv, " "sv, "é ß ž字😀"sv})
         EXPECT_FALSE(typablepassword::objection(bytesOf(text)));
 }
 
