@@ -46,7 +46,7 @@ std::vector<Camera> cameras(const std::shared_ptr<V4l2Calls>& calls,
         if (!device) continue;
         const std::string& card = (*device)->card();
         const std::string& bus = (*device)->bus();
-        const CaptureDeviceDescription description{.uniqueID = bus + "/" + card,
+        const CaptureDeviceDescription description{.uniqueID = std::string(bus).append("/" + card),
                                                    .localizedName = card};
         const bool isKnown =
             std::ranges::find(found, description, &Camera::description) != found.end();
@@ -216,6 +216,7 @@ class V4l2CaptureSession::Input final : public CaptureInput {
     [[nodiscard]] std::string deviceID() const override { return wish_.deviceID; }
     [[nodiscard]] std::vector<CaptureFormat> formats() const override {
         std::vector<CaptureFormat> formats;
+        formats.reserve(modes_.size());
         for (const V4l2Mode& mode : modes_)
             formats.push_back(mode.format);
         return formats;

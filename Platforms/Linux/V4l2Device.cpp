@@ -38,7 +38,7 @@ std::string text(const __u8 (&bytes)[size]) {  // NOLINT(modernize-avoid-c-array
 /// Frames per second from seconds per frame; 0 for nonsense.
 double rate(const v4l2_fract& interval) {
     if (interval.numerator == 0 || interval.denominator == 0) return 0;
-    return double{static_cast<double>(interval.denominator)} / interval.numerator;
+    return static_cast<double>(interval.denominator) / interval.numerator;
 }
 
 bool isOnStep(std::uint32_t value, std::uint32_t least, std::uint32_t most, std::uint32_t step) {
@@ -123,7 +123,15 @@ std::vector<CaptureFormat> V4l2Device::formats(std::uint32_t pixelFormat) const 
         sides = sizes(size.stepwise);
         break;
     }
+    if (sides.empty()) {
+        // A source that has its own size, such as an HDMI input, lists none.
+        v4l2_format now{};
+        now.type = capture;
+        if (control(VIDIOC_G_FMT, now) >= 0)
+            sides.push_back({now.fmt.pix.width, now.fmt.pix.height});
+    }
     std::vector<CaptureFormat> result;
+    result.reserve(sides.size());
     for (const auto& [width, height] : sides)
         result.push_back({width, height, rates(pixelFormat, width, height)});
     return result;

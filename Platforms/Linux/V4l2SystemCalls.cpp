@@ -45,6 +45,7 @@ std::vector<std::string> V4l2SystemCalls::nodes() {
     }
     std::ranges::sort(found);
     std::vector<std::string> nodes;
+    nodes.reserve(found.size());
     for (auto& [number, path] : found)
         nodes.push_back(std::move(path));
     return nodes;

@@ -172,7 +172,8 @@ TEST_F(V4l2CaptureSessionTest, listsSizesAndRates) {
     EXPECT_EQ(described("usb-1/Webcam"), "640x480 30-30 15-15, 1280x720 10-10, 1280x720 30-30, ")
         << "what need not be decoded first";
     EXPECT_EQ(described("usb-2/Webcam"), "320x240 5-60, 640x480 5-60, 1280x720 5-60, ");
-    EXPECT_EQ(described("hdmi/Webcam"), "64x48 24-24, ") << "the largest, at the source's pace";
+    EXPECT_EQ(described("scaler/Webcam"), "64x48 24-24, ") << "the largest, at the source's pace";
+    EXPECT_EQ(described("hdmi/Webcam"), "800x600 24-24, ") << "the source's own size";
 }
 
 TEST_F(V4l2CaptureSessionTest, setsTheFormatThatTheCoreChose) {
