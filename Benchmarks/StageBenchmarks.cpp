@@ -86,7 +86,7 @@ void workingImage(State& state) {
 BENCHMARK(workingImage)->Apply(sizes);
 
 void threads(benchmark::internal::Benchmark* b) {
-    b->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
+    b->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 }
 
 void finder(State& state) {
