@@ -1,15 +1,17 @@
 #include "UnlockCore/LockScreenServices/FaceScan.h"
 
 #include "UnlockCore/Foundation/Fatal.h"
-#include "UnlockCore/Liveness/LivenessFrame.h"
+#include "UnlockCore/Liveness/DeviceBezelDetector.h"
 #include "UnlockCore/Liveness/LivenessTuning.h"
+#include "UnlockCore/Liveness/PlanarityTuning.h"
 #include "UnlockCore/Liveness/RGBPixels.h"
+#include "UnlockCore/Liveness/ScreenCues.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
 #include "UnlockCore/Recognition/FaceMatcher.h"
 
 #include <cstddef>
-#include <set>
 #include <utility>
+#include <variant>
 
 namespace marrowby {
 
@@ -18,19 +20,22 @@ namespace {
 /// Several times what the real-face average needs, room for a slow head turn.
 constexpr TimeInterval livenessWindow{3};
 
-/// The cues that a look measures: the real-face model. The cues of single pictures (moire, glare,
-/// device frame) and of motion (flat motion, head turn) are not measured here, so they neither deny
-/// nor are asked for: with the head turn enabled and never measured, a strict look could not end
-/// well.
-std::set<LivenessCue> measuredCues() {
-    return {LivenessCue::realFace};
-}
+/// Longest side of the picture of the face that glare and moire are sought in, pixels: their cost
+/// ends there.
+constexpr double screenCuesLongEdge = 448;
 
 /// From one frame to the next a face stays where its box still meets the last one, and goes on
 /// looking like itself: the lowest similarity that counts as a match at all.
 bool isSameFace(const FaceRecognition& last, const FaceRecognition& next) {
     return !intersection(last.face.boundingBox, next.face.boundingBox).isEmpty() &&
            faceembedding::cosine(last.embedding, next.embedding) >= facematcher::lowestThreshold;
+}
+
+/// A face that touches the picture's edge goes on beyond it.
+bool isWhole(const Rect& box, const Size& picture) {
+    constexpr double margin = 0.5;
+    return box.x > margin && box.y > margin && box.maxX() < picture.width - margin &&
+           box.maxY() < picture.height - margin;
 }
 
 UUID numbered(std::uint32_t number) {
@@ -44,28 +49,46 @@ UUID numbered(std::uint32_t number) {
 }  // namespace
 
 FaceScan::FaceScan(LivenessMode mode)
-    : analyzer_(mode, livenessTuning(mode), measuredCues(), livenessWindow) {}
+    : analyzer_(mode, livenessTuning(mode), planarityTuning(mode), enabledLivenessCues(mode),
+                livenessWindow) {}
 
-const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const FaceRecognizer& recognizer,
-                                     AntiSpoofScoring& antiSpoof, const SystemClock& clock) {
-    const Date began = clock.now();
+const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const Services& services) {
+    const Date began = services.clock.now();
     std::optional<DetectedFace> previousFace;
     if (last_ && last_->recognition) previousFace = last_->recognition->face;
 
-    auto recognition = recognizer.recognise(frame, previousFace);
+    auto recognition = services.recognizer.recognise(frame, previousFace);
     if (recognition) {
         follow(*recognition);
-        LivenessFrame measured = livenessFrame(recognition->face, frame.timestamp);
-        if (const auto pixels = RGBPixels::view(frame.image)) {
-            const auto score = antiSpoof.score(*pixels, recognition->face.boundingBox);
-            if (score) measured.antiSpoof = *score;
-        }
+        const LivenessFrame measured = measure(frame, recognition->face, services);
+        const bool isDenied =
+            std::holds_alternative<LivenessDecision::Denied>(analyzer_.lastSnapshot().decision);
+        if (!measured.antiSpoof && !isDenied) analyzer_.reset();
         analyzer_.ingest(measured, subject_);
     }
     last_.emplace(Step{.recognition = std::move(recognition),
                        .liveness = analyzer_.lastSnapshot(),
-                       .duration = clock.now() - began});
+                       .duration = services.clock.now() - began});
     return *last_;
+}
+
+LivenessFrame FaceScan::measure(const CameraFrame& frame, const DetectedFace& face,
+                                const Services& services) {
+    LivenessFrame measured = livenessFrame(face, frame.timestamp);
+    const Rect& box = face.boundingBox;
+    if (const auto picture = faceCrop(frame, box, screenCuesLongEdge, services.imaging)) {
+        const auto cues = ScreenCues::measure(*picture, services.imaging, services.fourier);
+        measured.glare = cues.glare;
+        measured.moire = cues.moire;
+    }
+    if (const auto device = devicebezeldetector::detect(frame.image, box, services.vision)) {
+        measured.deviceOverlapFraction = device->faceOverlapFraction;
+    }
+    if (!measured.hasReliableLandmarks || !isWhole(box, face.imageSize)) return measured;
+    if (const auto pixels = RGBPixels::view(frame.image)) {
+        if (const auto score = services.antiSpoof.score(*pixels, box)) measured.antiSpoof = *score;
+    }
+    return measured;
 }
 
 void FaceScan::follow(const FaceRecognition& recognition) {

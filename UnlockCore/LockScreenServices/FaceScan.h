@@ -4,8 +4,12 @@
 #include "UnlockCore/Foundation/UUID.h"
 #include "UnlockCore/Liveness/AntiSpoofScoring.h"
 #include "UnlockCore/Liveness/LivenessAnalyzer.h"
+#include "UnlockCore/Liveness/LivenessFrame.h"
 #include "UnlockCore/Liveness/LivenessMode.h"
 #include "UnlockCore/Liveness/LivenessSnapshot.h"
+#include "UnlockCore/Platform/FaceVision.h"
+#include "UnlockCore/Platform/FourierTransform.h"
+#include "UnlockCore/Platform/Imaging.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Recognition/CameraFrame.h"
 #include "UnlockCore/Recognition/FaceRecognition.h"
@@ -15,6 +19,7 @@
 #include <cstdint>
 #include <expected>
 #include <optional>
+#include <utility>
 
 namespace marrowby {
 
@@ -31,14 +36,29 @@ class FaceScan {
         TimeInterval duration{};
     };
 
-    explicit FaceScan(LivenessMode mode);
+    /// What a frame is measured with.
+    struct Services {
+        const FaceRecognizer& recognizer;
+        AntiSpoofScoring& antiSpoof;
+        FaceVision& vision;
+        const Imaging& imaging;
+        const FourierTransform& fourier;
+        const SystemClock& clock;
+    };
 
-    /// Takes the next frame. A face that the real-face model cannot score is left without a score.
-    const Step& take(const CameraFrame& frame, const FaceRecognizer& recognizer,
-                     AntiSpoofScoring& antiSpoof, const SystemClock& clock);
+    /// With the lock screen's own tuning and cues.
+    explicit FaceScan(LivenessMode mode);
+    explicit FaceScan(LivenessAnalyzer analyzer) : analyzer_(std::move(analyzer)) {}
+
+    /// Takes the next frame. A face that reaches over the picture's edge, whose landmarks cannot be
+    /// relied on or that the real-face model cannot score is left without a score, and liveness
+    /// starts over: what was seen before does not speak for it. A denial stays.
+    const Step& take(const CameraFrame& frame, const Services& services);
 
   private:
     void follow(const FaceRecognition& recognition);
+    [[nodiscard]] static LivenessFrame measure(const CameraFrame& frame, const DetectedFace& face,
+                                               const Services& services);
 
     LivenessAnalyzer analyzer_;
     /// Names the followed face: the number of faces that this look has followed.
