@@ -5,7 +5,9 @@
 namespace marrowby {
 
 std::optional<Bitmap> drawnPixels(const Bitmap& image, const Imaging& imaging) {
-    auto drawn = imaging.convert(image, rgbx8);
+    // Over black, colours that are multiplied by their alpha stay as they are.
+    const bool isDrawn = image.format() == rgba8 || image.format() == rgbx8;
+    auto drawn = isDrawn ? std::optional(image) : imaging.convert(image, rgbx8);
     if (!drawn || drawn->bytesPerRow() != static_cast<std::size_t>(drawn->width()) * 4) {
         return std::nullopt;
     }

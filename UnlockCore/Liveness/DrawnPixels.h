@@ -9,7 +9,8 @@
 
 namespace marrowby {
 
-/// The image as rgbx8 in rows without gaps. Nothing where it cannot be drawn.
+/// The image as red, green, blue and a byte that is ignored, in rows without gaps. Nothing where it
+/// cannot be drawn.
 [[nodiscard]] std::optional<Bitmap> drawnPixels(const Bitmap& image, const Imaging& imaging);
 
 /// Whether both sides are at least 1 and there are four bytes for every pixel.

@@ -22,7 +22,10 @@ bool isHighlight(int red, int green, int blue) {
     const int y = 299'000 * red + 587'000 * green + 114'000 * blue;
     const int cb = -168'736 * red - 331'264 * green + 500'000 * blue;
     const int cr = 500'000 * red - 418'688 * green - 81'312 * blue;
-    return y >= brightness && cb >= -colour && cb <= colour && cr >= -colour && cr <= colour;
+    // One branch: each way would be guessed wrong in a bright picture.
+    return static_cast<bool>(static_cast<int>(y >= brightness) & static_cast<int>(cb >= -colour) &
+                             static_cast<int>(cb <= colour) & static_cast<int>(cr >= -colour) &
+                             static_cast<int>(cr <= colour));
 }
 
 }  // namespace

@@ -48,8 +48,10 @@ UUID numbered(std::uint32_t number) {
 
 }  // namespace
 
-FaceScan::FaceScan(LivenessMode mode)
-    : analyzer_(mode, livenessTuning(mode), planarityTuning(mode), enabledLivenessCues(mode),
+FaceScan::FaceScan(LivenessMode mode) : FaceScan(mode, enabledLivenessCues(mode)) {}
+
+FaceScan::FaceScan(LivenessMode mode, std::set<LivenessCue> enabledCues)
+    : analyzer_(mode, livenessTuning(mode), planarityTuning(mode), std::move(enabledCues),
                 livenessWindow) {}
 
 const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const Services& services) {

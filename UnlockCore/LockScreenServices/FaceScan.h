@@ -19,7 +19,7 @@
 #include <cstdint>
 #include <expected>
 #include <optional>
-#include <utility>
+#include <set>
 
 namespace marrowby {
 
@@ -46,9 +46,10 @@ class FaceScan {
         const SystemClock& clock;
     };
 
-    /// With the lock screen's own tuning and cues.
+    /// With the lock screen's tuning and cues.
     explicit FaceScan(LivenessMode mode);
-    explicit FaceScan(LivenessAnalyzer analyzer) : analyzer_(std::move(analyzer)) {}
+    /// With other cues.
+    FaceScan(LivenessMode mode, std::set<LivenessCue> enabledCues);
 
     /// Takes the next frame. A face that reaches over the picture's edge, whose landmarks cannot be
     /// relied on or that the real-face model cannot score is left without a score, and liveness

@@ -146,7 +146,8 @@ TEST(MoireCueExtractor, wantsAPeakAboveRingAndNeighbours) {
 TEST(ScreenCues, drawsThePictureOnceForBoth) {
     FakeImaging imaging;
     const FakeFourierTransform fourier;
-    const auto image = *imaging.render(FakeSourceImage(400, 400), {0, 0, 200, 180}, 1);
+    const auto image =
+        *imaging.convert(*imaging.render(FakeSourceImage(400, 400), {0, 0, 200, 180}, 1), bgrx8);
     const auto cues = ScreenCues::measure(image, imaging, fourier);
     EXPECT_EQ(cues.glare->cropPixelWidth, 200);
     EXPECT_EQ(cues.moire->patchSize, 108);
