@@ -4,6 +4,7 @@
 #include "Platforms/Linux/FaceQuality.h"
 #include "Platforms/Linux/HeadPose.h"
 #include "Platforms/Linux/Landmarks98Network.h"
+#include "Platforms/Linux/RectangleFinder.h"
 #include "Platforms/Linux/YuNetFaceFinder.h"
 
 #include <algorithm>
@@ -145,6 +146,20 @@ std::expected<FaceDetailObservations, std::string> OpenCvFaceVision::faceDetails
             details.landmarks.emplace_back(observation(described->landmarks, image.height()));
         }
         return details;
+    } catch (const cv::Exception&) {
+        return std::unexpected(unreadable);
+    }
+}
+
+std::expected<std::vector<Rect>, std::string> OpenCvFaceVision::rectangles(
+    const Bitmap& image, const RectangleRequest& request) {
+    const Size size{static_cast<double>(image.width()), static_cast<double>(image.height())};
+    try {
+        auto boxes = findRectangles(image, request);
+        if (!boxes) return std::unexpected(unreadable);
+        for (Rect& box : *boxes)
+            box = normalized(box, size);
+        return *std::move(boxes);
     } catch (const cv::Exception&) {
         return std::unexpected(unreadable);
     }

@@ -10,8 +10,8 @@
 namespace marrowby {
 
 /// Faces by the YuNet detector, a network of 98 landmarks and a generic head. The left eye, brow
-/// and pupil are the ones on the left of the picture. Of a crowd only the four largest faces get
-/// angles, landmarks and a quality.
+/// and pupil are the ones on the left of the picture. Rectangles by their outlines. Of a crowd only
+/// the four largest faces get angles, landmarks and a quality.
 class OpenCvFaceVision final : public FaceVision {
   public:
     /// The error is a sentence for the user.
@@ -23,6 +23,8 @@ class OpenCvFaceVision final : public FaceVision {
         const Bitmap& image) override;
     [[nodiscard]] std::expected<FaceDetailObservations, std::string> faceDetails(
         const Bitmap& image, std::span<const FaceRectangleObservation> faces) override;
+    [[nodiscard]] std::expected<std::vector<Rect>, std::string> rectangles(
+        const Bitmap& image, const RectangleRequest& request) override;
 
   private:
     struct Networks;
