@@ -14,8 +14,7 @@ class HandCamera final : public CaptureSession {
   public:
     /// Delivered on the capture queue.
     void show(std::shared_ptr<const SourceImage> picture) {
-        queue_->async(
-            [this, picture = std::move(picture)] { onSample_(SampleBuffer{picture}); });
+        queue_->async([this, picture = std::move(picture)] { onSample_(SampleBuffer{picture}); });
     }
 
     [[nodiscard]] CaptureAuthorization authorization() const override {

@@ -44,9 +44,9 @@ Material::Material(const std::filesystem::path& shared)
     : models(shared / "models"),
       person_(orEnd(readPicture(shared / "media" / "owner-look" / "0020.jpg"))) {}
 
-std::unique_ptr<OpenCvFaceVision> Material::loadVision() const {
+std::unique_ptr<OpenCvFaceVision> Material::loadVision(std::shared_ptr<WorkQueue> helper) const {
     return orEnd(OpenCvFaceVision::load(models / "face_detection_yunet_2023mar.onnx",
-                                        models / "Landmarks98.onnx"));
+                                        models / "Landmarks98.onnx", std::move(helper)));
 }
 
 std::unique_ptr<SFaceEmbedder> Material::loadEmbedder() {
@@ -56,8 +56,8 @@ std::unique_ptr<SFaceEmbedder> Material::loadEmbedder() {
 }
 
 std::unique_ptr<MiniFASNet> Material::loadRealFace() {
-    return orEnd(MiniFASNet::load(models, networks, NeuralModels::ComputeUnits::all,
-                                  "MiniFASNet.onnx"));
+    return orEnd(
+        MiniFASNet::load(models, networks, NeuralModels::ComputeUnits::all, "MiniFASNet.onnx"));
 }
 
 std::shared_ptr<const PixelBuffer> Material::picture(int width, int height) const {
@@ -66,10 +66,10 @@ std::shared_ptr<const PixelBuffer> Material::picture(int width, int height) cons
                                              std::max(width / size.width, height / size.height)),
                               "The person can’t be drawn.");
     // Cut in the middle, where the face is.
-    const auto cut = orEnd(
-        imaging.draw(scaled, width, height, {.tx = (width - scaled.width()) / 2.0,
-                                             .ty = (height - scaled.height()) / 2.0}),
-        "The person can’t be drawn.");
+    const auto cut = orEnd(imaging.draw(scaled, width, height,
+                                        {.tx = (width - scaled.width()) / 2.0,
+                                         .ty = (height - scaled.height()) / 2.0}),
+                           "The person can’t be drawn.");
     const auto pixels = orEnd(imaging.convert(cut, bgrx8), "The person can’t be drawn.");
     return PixelBuffer::create(width, height, pixels.bytesPerRow(), pixels.sharedBytes());
 }

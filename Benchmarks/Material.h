@@ -27,7 +27,8 @@ class Material {
     OpenCvImaging imaging;
     OpenCvNeuralModels networks;
 
-    [[nodiscard]] std::unique_ptr<OpenCvFaceVision> loadVision() const;
+    [[nodiscard]] std::unique_ptr<OpenCvFaceVision> loadVision(
+        std::shared_ptr<WorkQueue> helper = nullptr) const;
     [[nodiscard]] std::unique_ptr<SFaceEmbedder> loadEmbedder();
     [[nodiscard]] std::unique_ptr<MiniFASNet> loadRealFace();
 

@@ -1,8 +1,9 @@
-// Each step of a frame by itself. The argument is the number of OpenCV's threads.
+// Each step of a frame by itself, on one thread unless it says otherwise.
 
 #include "Benchmarks/Material.h"
 #include "Platforms/Linux/BitmapMat.h"
 #include "Platforms/Linux/Landmarks98Network.h"
+#include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/V4l2Converter.h"
 #include "Platforms/Linux/YuNetFaceFinder.h"
 #include "UnlockCore/Liveness/AntiSpoofCrop.h"
@@ -25,10 +26,6 @@ namespace marrowby {
 namespace {
 
 using benchmark::State;
-
-void useThreads(const State& state) {
-    cv::setNumThreads(static_cast<int>(state.range(0)));
-}
 
 std::vector<std::uint8_t> coded(const PixelBuffer& picture, std::uint32_t pixelFormat) {
     const int width = picture.width();
@@ -79,18 +76,13 @@ void workingImage(State& state) {
         material.picture(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
     const Size size = source->extent();
     for (auto _ : state) {
-        benchmark::DoNotOptimize(material.imaging.render(*source, {0, 0, size.width, size.height},
-                                                         640 / size.width));
+        benchmark::DoNotOptimize(
+            material.imaging.render(*source, {0, 0, size.width, size.height}, 640 / size.width));
     }
 }
 BENCHMARK(workingImage)->Apply(sizes);
 
-void threads(benchmark::internal::Benchmark* b) {
-    b->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
-}
-
 void finder(State& state) {
-    useThreads(state);
     const Material& material = Material::shared();
     auto network = YuNetFaceFinder::load(material.models / "face_detection_yunet_2023mar.onnx");
     const auto bgr = bgrMat(material.frame().image);
@@ -98,22 +90,23 @@ void finder(State& state) {
         if (network->find(*bgr)->size() != 1) state.SkipWithError("not one face");
     }
 }
-BENCHMARK(finder)->Apply(threads);
+BENCHMARK(finder)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+/// The argument: both views of the face at once, on two threads.
 void landmarks(State& state) {
-    useThreads(state);
     const Material& material = Material::shared();
+    ThreadWorkQueues queues;
+    const auto helper = state.range(0) > 1 ? queues.background() : nullptr;
     auto network = Landmarks98Network::load(material.models / "Landmarks98.onnx");
     const auto bgr = bgrMat(material.frame().image);
     const Rect box = material.face().boundingBox;
     for (auto _ : state)
-        benchmark::DoNotOptimize(network->find(*bgr, box));
+        benchmark::DoNotOptimize(network->find(*bgr, box, helper.get()));
 }
-BENCHMARK(landmarks)->Apply(threads);
+BENCHMARK(landmarks)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 /// Finder, landmarks, angles and quality.
 void detect(State& state) {
-    useThreads(state);
     const Material& material = Material::shared();
     const auto vision = material.loadVision();
     const FaceDetector detector(*vision);
@@ -121,10 +114,9 @@ void detect(State& state) {
     for (auto _ : state)
         benchmark::DoNotOptimize(detector.detect(image));
 }
-BENCHMARK(detect)->Apply(threads);
+BENCHMARK(detect)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void align(State& state) {
-    useThreads(state);
     const Material& material = Material::shared();
     const FaceAligner aligner(material.imaging);
     const DetectedFace face = material.face();
@@ -132,10 +124,9 @@ void align(State& state) {
     for (auto _ : state)
         benchmark::DoNotOptimize(aligner.align(face, image));
 }
-BENCHMARK(align)->Apply(threads);
+BENCHMARK(align)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void embed(State& state) {
-    useThreads(state);
     Material& material = Material::shared();
     const auto embedder = material.loadEmbedder();
     const auto aligned =
@@ -144,11 +135,10 @@ void embed(State& state) {
         if (!embedder->embed(aligned->image)) state.SkipWithError("no embedding");
     }
 }
-BENCHMARK(embed)->Apply(threads);
+BENCHMARK(embed)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 /// With its crops.
 void realFace(State& state) {
-    useThreads(state);
     Material& material = Material::shared();
     const auto network = material.loadRealFace();
     const CameraFrame frame = material.frame();
@@ -158,7 +148,7 @@ void realFace(State& state) {
         if (!network->score(*pixels, box)) state.SkipWithError("no score");
     }
 }
-BENCHMARK(realFace)->Apply(threads);
+BENCHMARK(realFace)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void bothCrops(State& state) {
     const CameraFrame frame = Material::shared().frame();

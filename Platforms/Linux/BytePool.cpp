@@ -35,7 +35,7 @@ class BytePool::Spare {
 
 BytePool::BytePool(std::size_t mostSpare) : spare_(std::make_shared<Spare>(mostSpare)) {}
 
-std::shared_ptr<std::vector<std::uint8_t>> BytePool::take(std::size_t size) {
+std::shared_ptr<std::vector<std::uint8_t>> BytePool::take(std::size_t size) const {
     auto piece = spare_->take();
     piece->resize(size);
     return {piece.release(), [weak = std::weak_ptr(spare_)](std::vector<std::uint8_t>* bytes) {

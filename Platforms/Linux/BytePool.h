@@ -15,7 +15,7 @@ class BytePool {
     explicit BytePool(std::size_t mostSpare);
 
     /// `size` bytes with whatever was in them before.
-    [[nodiscard]] std::shared_ptr<std::vector<std::uint8_t>> take(std::size_t size);
+    [[nodiscard]] std::shared_ptr<std::vector<std::uint8_t>> take(std::size_t size) const;
 
   private:
     class Spare;

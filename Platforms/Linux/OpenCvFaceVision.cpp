@@ -75,18 +75,20 @@ struct OpenCvFaceVision::Networks {
     Landmarks98Network landmarks;
 };
 
-OpenCvFaceVision::OpenCvFaceVision(std::unique_ptr<Networks> networks)
-    : networks_(std::move(networks)) {}
+OpenCvFaceVision::OpenCvFaceVision(std::unique_ptr<Networks> networks,
+                                   std::shared_ptr<WorkQueue> helper)
+    : networks_(std::move(networks)), helper_(std::move(helper)) {}
 OpenCvFaceVision::~OpenCvFaceVision() = default;
 
 std::expected<std::unique_ptr<OpenCvFaceVision>, std::string> OpenCvFaceVision::load(
-    const std::filesystem::path& detector, const std::filesystem::path& landmarks) {
+    const std::filesystem::path& detector, const std::filesystem::path& landmarks,
+    std::shared_ptr<WorkQueue> helper) {
     auto faces = YuNetFaceFinder::load(detector);
     if (!faces) return std::unexpected(faces.error());
     auto points = Landmarks98Network::load(landmarks);
     if (!points) return std::unexpected(points.error());
-    return std::unique_ptr<OpenCvFaceVision>(
-        new OpenCvFaceVision(std::make_unique<Networks>(*std::move(faces), *std::move(points))));
+    return std::unique_ptr<OpenCvFaceVision>(new OpenCvFaceVision(
+        std::make_unique<Networks>(*std::move(faces), *std::move(points)), std::move(helper)));
 }
 
 std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVision::faceRectangles(
@@ -109,7 +111,7 @@ std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVisi
                                                  .handle = nullptr};
             if (observation.normalizedBox.isEmpty()) continue;
             if (observations.size() < mostDescribed) {
-                const auto landmarks = networks_->landmarks.find(*bgr, face.box);
+                const auto landmarks = networks_->landmarks.find(*bgr, face.box, helper_.get());
                 if (!landmarks) return std::unexpected(landmarks.error());
                 const auto pose = headPose(*landmarks, size);
                 if (pose) {

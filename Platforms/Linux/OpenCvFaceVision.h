@@ -1,6 +1,7 @@
 #pragma once
 
 #include "UnlockCore/Platform/FaceVision.h"
+#include "UnlockCore/Platform/WorkQueues.h"
 
 #include <expected>
 #include <filesystem>
@@ -14,9 +15,10 @@ namespace marrowby {
 /// the four largest faces get angles, landmarks and a quality.
 class OpenCvFaceVision final : public FaceVision {
   public:
-    /// The error is a sentence for the user.
+    /// The error is a sentence for the user. A helper takes half of the landmarks' work.
     [[nodiscard]] static std::expected<std::unique_ptr<OpenCvFaceVision>, std::string> load(
-        const std::filesystem::path& detector, const std::filesystem::path& landmarks);
+        const std::filesystem::path& detector, const std::filesystem::path& landmarks,
+        std::shared_ptr<WorkQueue> helper = nullptr);
     ~OpenCvFaceVision() override;
 
     [[nodiscard]] std::expected<std::vector<FaceRectangleObservation>, std::string> faceRectangles(
@@ -28,9 +30,10 @@ class OpenCvFaceVision final : public FaceVision {
 
   private:
     struct Networks;
-    explicit OpenCvFaceVision(std::unique_ptr<Networks> networks);
+    OpenCvFaceVision(std::unique_ptr<Networks> networks, std::shared_ptr<WorkQueue> helper);
 
     std::unique_ptr<Networks> networks_;
+    std::shared_ptr<WorkQueue> helper_;
 };
 
 }  // namespace marrowby

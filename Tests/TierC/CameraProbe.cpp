@@ -2,11 +2,13 @@
 //
 //     camera-probe prepare SHARED FOLDER NAME...   enrols the owner of SHARED/media from files into
 //         FOLDER/owner, and writes each named sequence as FOLDER/NAME.yuyv, 640 × 480
-//     camera-probe look SHARED FOLDER FRAMES       looks for the owner, prints what each frame gave,
+//     camera-probe look SHARED FOLDER FRAMES       looks for the owner, prints what each frame
+//     gave,
 //         and ends after so many frames, or with status 1 after a minute
 
 #include "Platforms/Linux/ImageFiles.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
+#include "Platforms/Linux/OpenCvFourierTransform.h"
 #include "Platforms/Linux/OpenCvImaging.h"
 #include "Platforms/Linux/OpenCvNeuralModels.h"
 #include "Platforms/Linux/QtMainThread.h"
@@ -54,9 +56,8 @@ T orThrow(std::expected<T, E> result) {
     }
 }
 
-std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> embedder(const fs::path& models,
-                                                                      OpenCvNeuralModels& networks,
-                                                                      const OpenCvImaging& imaging) {
+std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> embedder(
+    const fs::path& models, OpenCvNeuralModels& networks, const OpenCvImaging& imaging) {
     return SFaceEmbedder::load(
         models, {.fileName = "Embedder128.onnx", .modelIdentifier = embedderIdentifier}, networks,
         imaging);
@@ -85,20 +86,19 @@ Bitmap picture(const fs::path& file, const OpenCvImaging& imaging) {
 void enrol(const fs::path& shared, const fs::path& folder, const OpenCvImaging& imaging) {
     OpenCvNeuralModels networks;
     const auto models = shared / "models";
-    const auto vision = orThrow(OpenCvFaceVision::load(
-        models / "face_detection_yunet_2023mar.onnx", models / "Landmarks98.onnx"));
+    const auto vision = orThrow(OpenCvFaceVision::load(models / "face_detection_yunet_2023mar.onnx",
+                                                       models / "Landmarks98.onnx"));
     const FaceRecognizer recognizer(*vision, imaging, orThrow(embedder(models, networks, imaging)),
                                     CameraFaceScanner::minimumFaceWidth);
     std::ofstream owner(folder / "owner");
     const auto files = pictures(shared / "media" / "owner-enrol");
     for (std::size_t i = 0; i < files.size(); i += files.size() / 18) {
-        const auto recognition =
-            orThrow(recognizer.recognise({.id = 0,
-                                          .image = picture(files[i], imaging),
-                                          .source = nullptr,
-                                          .sourceSize = {},
-                                          .timestamp = {}},
-                                         std::nullopt));
+        const auto recognition = orThrow(recognizer.recognise({.id = 0,
+                                                               .image = picture(files[i], imaging),
+                                                               .source = nullptr,
+                                                               .sourceSize = {},
+                                                               .timestamp = {}},
+                                                              std::nullopt));
         for (const float value : recognition.embedding)
             owner << value << ' ';
         owner << '\n';
@@ -141,8 +141,9 @@ FaceIdentity owner(const fs::path& folder) {
 std::string text(const ScanObservation& observation) {
     const auto* face = std::get_if<ScanObservation::Face>(&observation);
     if (!face) return "nobody";
-    std::string line = face->match ? face->match->name + " " + std::to_string(face->match->similarity)
-                                   : "a stranger";
+    std::string line = face->match
+                           ? face->match->name + " " + std::to_string(face->match->similarity)
+                           : "a stranger";
     if (std::holds_alternative<LivenessDecision::Confirmed>(face->decision)) line += ", live";
     if (std::holds_alternative<LivenessDecision::Denied>(face->decision)) line += ", not live";
     return line;
@@ -154,10 +155,12 @@ int look(const fs::path& shared, const fs::path& folder, int frames) {
     const UnixSystemClock clock;
     OpenCvNeuralModels networks;
     const OpenCvImaging imaging;
+    const OpenCvFourierTransform fourier;
     CameraUseRegistry registry;
     const auto models = shared / "models";
-    const auto vision = orThrow(OpenCvFaceVision::load(
-        models / "face_detection_yunet_2023mar.onnx", models / "Landmarks98.onnx"));
+    const auto vision =
+        orThrow(OpenCvFaceVision::load(models / "face_detection_yunet_2023mar.onnx",
+                                       models / "Landmarks98.onnx", queues.background()));
     CameraFaceScanner scanner(
         std::make_shared<V4l2CaptureSession>(std::make_shared<V4l2SystemCalls>()),
         {.queues = queues,
@@ -165,6 +168,7 @@ int look(const fs::path& shared, const fs::path& folder, int frames) {
          .clock = clock,
          .imaging = imaging,
          .vision = *vision,
+         .fourier = fourier,
          .registry = registry},
         [&] { return embedder(models, networks, imaging); },
         [&] {
