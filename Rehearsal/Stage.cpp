@@ -4,6 +4,7 @@
 #include "Platforms/Linux/JsonDefaultsStore.h"
 #include "Platforms/Linux/LocalNotificationCenter.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
+#include "Platforms/Linux/OpenCvFourierTransform.h"
 #include "Platforms/Linux/OpenCvImaging.h"
 #include "Platforms/Linux/OpenCvNeuralModels.h"
 #include "Platforms/Linux/OpenSslCipher.h"
@@ -91,6 +92,7 @@ struct Stage::World {
     LocalNotificationCenter distributedCenter{mainThread};
     LocalNotificationCenter defaultCenter{mainThread};
     OpenCvImaging imaging;
+    OpenCvFourierTransform fourier;
     OpenCvNeuralModels models;
     std::unique_ptr<FaceVision> lookVision;
     std::unique_ptr<FaceVision> enrollmentVision;
@@ -179,6 +181,7 @@ Stage::Result<void> Stage::World::setUp() {
                        .enrollmentVision = *enrollmentVision,
                        .models = models,
                        .imaging = imaging,
+                       .fourier = fourier,
                        .cipher = cipher,
                        .files = files,
                        .keychain = keychain,

@@ -70,6 +70,7 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
                .clock = platform.clock,
                .imaging = platform.imaging,
                .vision = platform.lookVision,
+               .fourier = platform.fourier,
                .registry = model.cameraUse_},
               embedderLoader(model.resources_.models, platform),
               [pack = model.resources_.models, &models = platform.models] {

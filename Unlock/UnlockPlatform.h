@@ -5,6 +5,7 @@
 #include "UnlockCore/Platform/DefaultsStore.h"
 #include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Platform/FileSystem.h"
+#include "UnlockCore/Platform/FourierTransform.h"
 #include "UnlockCore/Platform/Imaging.h"
 #include "UnlockCore/Platform/InputIdle.h"
 #include "UnlockCore/Platform/KeyEvents.h"
@@ -44,6 +45,7 @@ struct UnlockPlatform {
     FaceVision& enrollmentVision;
     NeuralModels& models;
     Imaging& imaging;
+    const FourierTransform& fourier;
 
     AuthenticatedCipher& cipher;
     FileSystem& files;

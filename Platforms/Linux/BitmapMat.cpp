@@ -67,9 +67,13 @@ cv::Mat view(const Bitmap& bitmap, int channels) {
 }  // namespace
 
 std::optional<cv::Mat> rgbaMat(const Bitmap& bitmap) {
+    return rgbaMat(bitmap, {0, 0, bitmap.width(), bitmap.height()});
+}
+
+std::optional<cv::Mat> rgbaMat(const Bitmap& bitmap, const cv::Rect& part) {
     const auto bytes = layout(bitmap.format());
     if (!bytes) return std::nullopt;
-    const cv::Mat source = view(bitmap, bytes->channels);
+    const cv::Mat source = view(bitmap, bytes->channels)(part);
     if (bitmap.format() == rgbx8 || bitmap.format() == rgba8) {
         cv::Mat opaque;
         cv::bitwise_or(source, cv::Scalar(0, 0, 0, 255), opaque);
@@ -99,6 +103,10 @@ std::optional<cv::Mat> bgrMat(const Bitmap& bitmap) {
     cv::Mat result;
     if (bitmap.format() == bgrx8) {
         cv::cvtColor(view(bitmap, 4), result, cv::COLOR_BGRA2BGR);
+        return result;
+    }
+    if (bitmap.format() == rgbx8 || bitmap.format() == rgba8) {
+        cv::cvtColor(view(bitmap, 4), result, cv::COLOR_RGBA2BGR);
         return result;
     }
     const auto rgba = rgbaMat(bitmap);

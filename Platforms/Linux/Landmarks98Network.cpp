@@ -1,10 +1,12 @@
 #include "Platforms/Linux/Landmarks98Network.h"
 
 #include "Platforms/Linux/NetworkPlanes.h"
+#include "UnlockCore/Platform/RunBeside.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <span>
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -71,22 +73,41 @@ std::expected<Landmarks98Network, std::string> Landmarks98Network::load(
         return std::unexpected("The network “" + path.filename().string() +
                                "” is no finder of face landmarks.");
     }
-    auto network = OpenCvNetwork::load(*file);
-    if (!network) return std::unexpected(network.error());
-    return Landmarks98Network(*std::move(network));
+    auto straight = OpenCvNetwork::load(*file);
+    auto mirrored = OpenCvNetwork::load(*file);
+    if (!straight) return std::unexpected(straight.error());
+    if (!mirrored) return std::unexpected(mirrored.error());
+    Landmarks98Network network(*std::move(straight), *std::move(mirrored));
+    // The first run sets everything up and takes several times as long.
+    try {
+        const auto found = network.find(cv::Mat::zeros(side, side, CV_8UC3), {0, 0, side, side});
+        if (!found) return std::unexpected(found.error());
+    } catch (const cv::Exception&) {
+        return std::unexpected("The finder of face landmarks can’t be run.");
+    }
+    return network;
 }
 
 std::expected<Landmarks98, std::string> Landmarks98Network::find(const cv::Mat& bgr,
-                                                                 const Rect& box) {
+                                                                 const Rect& box,
+                                                                 WorkQueue* helper) {
     const double length = std::max(box.width, box.height);
     const Point centre = box.centre();
     const Rect square{centre.x - length / 2, centre.y - length / 2, length, length};
     const cv::Mat crop = cut(bgr, square);
     cv::Mat mirrored;
     cv::flip(crop, mirrored, 1);
-    const auto seen = run(crop);
+    std::expected<Landmarks98, std::string> seen;
+    std::expected<Landmarks98, std::string> seenMirrored;
+    const auto lookStraight = [&] { seen = straight_.run(crop); };
+    const auto lookMirrored = [&] { seenMirrored = mirrored_.run(mirrored); };
+    if (helper) {
+        runBeside(*helper, lookMirrored, lookStraight);
+    } else {
+        lookStraight();
+        lookMirrored();
+    }
     if (!seen) return seen;
-    const auto seenMirrored = run(mirrored);
     if (!seenMirrored) return seenMirrored;
 
     Landmarks98 points;
@@ -99,9 +120,9 @@ std::expected<Landmarks98, std::string> Landmarks98Network::find(const cv::Mat& 
     return points;
 }
 
-std::expected<Landmarks98, std::string> Landmarks98Network::run(const cv::Mat& crop) {
-    const std::array inputs{planesOf("image", crop, NeuralModels::ChannelOrder::bgr)};
-    const auto outputs = network_.run(inputs);
+std::expected<Landmarks98, std::string> Landmarks98Network::View::run(const cv::Mat& crop) {
+    fillPlanes(input, crop, NeuralModels::ChannelOrder::bgr);
+    const auto outputs = network.run(std::span(&input, 1));
     if (!outputs) return std::unexpected(outputs.error());
     Landmarks98 points;
     const auto found = std::ranges::find(*outputs, "landmarks", &NeuralOutput::name);

@@ -2,6 +2,7 @@
 
 #include "Platforms/Linux/OpenCvNetwork.h"
 #include "UnlockCore/Foundation/Geometry.h"
+#include "UnlockCore/Platform/WorkQueues.h"
 
 #include <array>
 #include <expected>
@@ -29,15 +30,25 @@ class Landmarks98Network {
     /// `box` and the points are in the picture's pixels, origin at the top-left. The network looks
     /// at the face and at its mirror image, because it does not treat the two sides alike: the mean
     /// does, and takes some 0.05 rad of error off the angles of a turned head.
-    [[nodiscard]] std::expected<Landmarks98, std::string> find(const cv::Mat& bgr, const Rect& box);
+    /// With a helper it looks at both at once.
+    [[nodiscard]] std::expected<Landmarks98, std::string> find(const cv::Mat& bgr, const Rect& box,
+                                                               WorkQueue* helper = nullptr);
 
   private:
-    explicit Landmarks98Network(OpenCvNetwork network) : network_(std::move(network)) {}
+    /// The network for one of the two.
+    struct View {
+        OpenCvNetwork network;
+        OpenCvNetwork::Input input{.name = "image", .planes = {}};
 
-    /// The points in 0…1 of the network's square.
-    [[nodiscard]] std::expected<Landmarks98, std::string> run(const cv::Mat& crop);
+        /// The points in 0…1 of the network's square.
+        [[nodiscard]] std::expected<Landmarks98, std::string> run(const cv::Mat& crop);
+    };
 
-    OpenCvNetwork network_;
+    Landmarks98Network(OpenCvNetwork straight, OpenCvNetwork mirrored)
+        : straight_{std::move(straight)}, mirrored_{std::move(mirrored)} {}
+
+    View straight_;
+    View mirrored_;
 };
 
 }  // namespace marrowby

@@ -4,6 +4,7 @@
 #include "Platforms/Linux/FaceQuality.h"
 #include "Platforms/Linux/HeadPose.h"
 #include "Platforms/Linux/Landmarks98Network.h"
+#include "Platforms/Linux/RectangleFinder.h"
 #include "Platforms/Linux/YuNetFaceFinder.h"
 
 #include <algorithm>
@@ -74,18 +75,20 @@ struct OpenCvFaceVision::Networks {
     Landmarks98Network landmarks;
 };
 
-OpenCvFaceVision::OpenCvFaceVision(std::unique_ptr<Networks> networks)
-    : networks_(std::move(networks)) {}
+OpenCvFaceVision::OpenCvFaceVision(std::unique_ptr<Networks> networks,
+                                   std::shared_ptr<WorkQueue> helper)
+    : networks_(std::move(networks)), helper_(std::move(helper)) {}
 OpenCvFaceVision::~OpenCvFaceVision() = default;
 
 std::expected<std::unique_ptr<OpenCvFaceVision>, std::string> OpenCvFaceVision::load(
-    const std::filesystem::path& detector, const std::filesystem::path& landmarks) {
+    const std::filesystem::path& detector, const std::filesystem::path& landmarks,
+    std::shared_ptr<WorkQueue> helper) {
     auto faces = YuNetFaceFinder::load(detector);
     if (!faces) return std::unexpected(faces.error());
     auto points = Landmarks98Network::load(landmarks);
     if (!points) return std::unexpected(points.error());
-    return std::unique_ptr<OpenCvFaceVision>(
-        new OpenCvFaceVision(std::make_unique<Networks>(*std::move(faces), *std::move(points))));
+    return std::unique_ptr<OpenCvFaceVision>(new OpenCvFaceVision(
+        std::make_unique<Networks>(*std::move(faces), *std::move(points)), std::move(helper)));
 }
 
 std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVision::faceRectangles(
@@ -108,7 +111,7 @@ std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVisi
                                                  .handle = nullptr};
             if (observation.normalizedBox.isEmpty()) continue;
             if (observations.size() < mostDescribed) {
-                const auto landmarks = networks_->landmarks.find(*bgr, face.box);
+                const auto landmarks = networks_->landmarks.find(*bgr, face.box, helper_.get());
                 if (!landmarks) return std::unexpected(landmarks.error());
                 const auto pose = headPose(*landmarks, size);
                 if (pose) {
@@ -145,6 +148,20 @@ std::expected<FaceDetailObservations, std::string> OpenCvFaceVision::faceDetails
             details.landmarks.emplace_back(observation(described->landmarks, image.height()));
         }
         return details;
+    } catch (const cv::Exception&) {
+        return std::unexpected(unreadable);
+    }
+}
+
+std::expected<std::vector<Rect>, std::string> OpenCvFaceVision::rectangles(
+    const Bitmap& image, const RectangleRequest& request) {
+    const Size size{static_cast<double>(image.width()), static_cast<double>(image.height())};
+    try {
+        auto boxes = findRectangles(image, request);
+        if (!boxes) return std::unexpected(unreadable);
+        for (Rect& box : *boxes)
+            box = normalized(box, size);
+        return *std::move(boxes);
     } catch (const cv::Exception&) {
         return std::unexpected(unreadable);
     }

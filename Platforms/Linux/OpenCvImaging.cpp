@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -24,12 +25,20 @@ constexpr int longestSide = 16384;
 
 /// A new picture and the Mat that writes it.
 struct Canvas {
-    std::vector<std::uint8_t> bytes;
+    std::shared_ptr<std::vector<std::uint8_t>> bytes;
     cv::Mat mat;
 
-    Canvas(int width, int height)
-        : bytes(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4),
-          mat(height, width, CV_8UC4, bytes.data()) {}
+    Canvas(int width, int height, const BytePool& pool)
+        : bytes(
+              borrow(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4, pool)),
+          mat(height, width, CV_8UC4, bytes->data()) {}
+
+    static std::shared_ptr<std::vector<std::uint8_t>> borrow(std::size_t size,
+                                                             const BytePool& pool) {
+        // What the allocator has at hand anyway is not worth a place in the pool.
+        constexpr std::size_t large = std::size_t{128} << 10U;
+        return size < large ? std::make_shared<std::vector<std::uint8_t>>(size) : pool.take(size);
+    }
 
     std::optional<Bitmap> finish(PixelFormat format) && {
         return Bitmap::create(mat.cols, mat.rows, static_cast<std::size_t>(mat.cols) * 4, format,
@@ -69,7 +78,7 @@ std::optional<AffineTransform> inverse(const AffineTransform& t) {
 }
 
 /// The pixels of `image` that `toImage` draws on a canvas of this size, and a few around them.
-cv::Rect partNeeded(const cv::Mat& image, const AffineTransform& toImage, int width, int height) {
+cv::Rect partNeeded(const cv::Size& image, const AffineTransform& toImage, int width, int height) {
     double left = std::numeric_limits<double>::max();
     double top = left;
     double right = -left;
@@ -86,20 +95,24 @@ cv::Rect partNeeded(const cv::Mat& image, const AffineTransform& toImage, int wi
     const auto within = [](double value, int limit) {
         return static_cast<int>(std::clamp(value, 0.0, double(limit)));
     };
-    const int x = within(std::floor(left - margin), image.cols);
-    const int y = within(std::floor(top - margin), image.rows);
-    return {x, y, within(std::ceil(right + margin), image.cols) - x,
-            within(std::ceil(bottom + margin), image.rows) - y};
+    const int x = within(std::floor(left - margin), image.width);
+    const int y = within(std::floor(top - margin), image.height);
+    return {x, y, within(std::ceil(right + margin), image.width) - x,
+            within(std::ceil(bottom + margin), image.height) - y};
 }
 
 /// Both origins at the top-left. Shrinks by area first where plain interpolation would skip pixels.
-void drawOnto(cv::Mat& canvas, const cv::Mat& image, const AffineTransform& transform) {
+/// False for a format that cannot be read.
+bool drawOnto(cv::Mat& canvas, const Bitmap& image, const AffineTransform& transform) {
     const auto toImage = inverse(transform);
-    if (!toImage) return;
-    const cv::Rect part = partNeeded(image, *toImage, canvas.cols, canvas.rows);
-    if (part.empty()) return;
+    const cv::Rect part =
+        toImage ? partNeeded({image.width(), image.height()}, *toImage, canvas.cols, canvas.rows)
+                : cv::Rect();
+    const auto pixels = rgbaMat(image, part.empty() ? cv::Rect(0, 0, 1, 1) : part);
+    if (!pixels) return false;
+    if (part.empty()) return true;
 
-    cv::Mat source = image(part);
+    cv::Mat source = *pixels;
     AffineTransform fromSource = shift(part.x, part.y).then(transform);
     const double scale = std::sqrt(std::abs(transform.a * transform.d - transform.b * transform.c));
     if (scale < 0.75) {
@@ -117,6 +130,7 @@ void drawOnto(cv::Mat& canvas, const cv::Mat& image, const AffineTransform& tran
     const cv::Matx23d matrix(t.a, t.c, t.tx, t.b, t.d, t.ty);
     cv::warpAffine(source, canvas, matrix, canvas.size(), cv::INTER_CUBIC, cv::BORDER_CONSTANT,
                    cv::Scalar(0, 0, 0, 255));
+    return true;
 }
 
 }  // namespace
@@ -148,7 +162,7 @@ std::optional<Bitmap> OpenCvImaging::render(const SourceImage& source, const Rec
                        shrinks ? cv::INTER_AREA : cv::INTER_CUBIC);
             scaled = resized;
         }
-        Canvas canvas(width, height);
+        Canvas canvas(width, height, pool_);
         cv::cvtColor(scaled, canvas.mat, cv::COLOR_BGRA2RGBA);
         cv::bitwise_or(canvas.mat, cv::Scalar(0, 0, 0, 255), canvas.mat);
         return std::move(canvas).finish(rgba8);
@@ -161,11 +175,10 @@ std::optional<Bitmap> OpenCvImaging::draw(const Bitmap& image, int width, int he
                                           const AffineTransform& transform) const {
     if (!isSensible(width, height) || !isFinite(transform)) return std::nullopt;
     try {
-        const auto pixels = rgbaMat(image);
-        if (!pixels) return std::nullopt;
-        Canvas canvas(width, height);
+        Canvas canvas(width, height, pool_);
         canvas.mat = cv::Scalar(0, 0, 0, 255);
-        drawOnto(canvas.mat, *pixels, flip(image.height()).then(transform).then(flip(height)));
+        const auto fromTop = flip(image.height()).then(transform).then(flip(height));
+        if (!drawOnto(canvas.mat, image, fromTop)) return std::nullopt;
         return std::move(canvas).finish(rgbx8);
     } catch (const cv::Exception&) {
         return std::nullopt;
@@ -178,7 +191,7 @@ std::optional<Bitmap> OpenCvImaging::convert(const Bitmap& image, PixelFormat fo
     try {
         const auto pixels = rgbaMat(image);
         if (!pixels) return std::nullopt;
-        Canvas canvas(image.width(), image.height());
+        Canvas canvas(image.width(), image.height(), pool_);
         if (toRGB) {
             pixels->copyTo(canvas.mat);
         } else {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platforms/Linux/BytePool.h"
 #include "UnlockCore/Platform/Imaging.h"
 
 namespace marrowby {
@@ -13,6 +14,10 @@ class OpenCvImaging final : public Imaging {
                                              const AffineTransform& transform) const override;
     [[nodiscard]] std::optional<Bitmap> convert(const Bitmap& image,
                                                 PixelFormat format) const override;
+
+  private:
+    /// A working image that is worked on, the newest one, and pictures of a face.
+    BytePool pool_{4};
 };
 
 }  // namespace marrowby

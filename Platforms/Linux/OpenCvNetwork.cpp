@@ -24,6 +24,8 @@ constexpr const char* cannotRun = "The network couldn’t be run.";
 struct OpenCvNetwork::Net {
     cv::dnn::Net net;
     std::vector<std::string> outputNames;
+    std::vector<cv::Mat> mats;
+    std::vector<NeuralOutput> outputs;
 };
 
 OpenCvNetwork::OpenCvNetwork(std::unique_ptr<Net> net) : net_(std::move(net)) {}
@@ -33,8 +35,11 @@ OpenCvNetwork::~OpenCvNetwork() = default;
 
 std::expected<OpenCvNetwork, std::string> OpenCvNetwork::load(const OnnxFile& file) {
     auto net = std::make_unique<Net>();
-    for (const OnnxFile::Value& output : file.outputs)
+    for (const OnnxFile::Value& output : file.outputs) {
         net->outputNames.push_back(output.name);
+        net->outputs.push_back({output.name, {}});
+    }
+    cv::setNumThreads(1);
     // What goes wrong is told by the results; OpenCV would also write it to the standard error.
     cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
     try {
@@ -49,7 +54,7 @@ std::expected<OpenCvNetwork, std::string> OpenCvNetwork::load(const OnnxFile& fi
     return OpenCvNetwork(std::move(net));
 }
 
-std::expected<std::vector<NeuralOutput>, std::string> OpenCvNetwork::run(
+std::expected<std::span<const NeuralOutput>, std::string> OpenCvNetwork::run(
     std::span<const Input> inputs) {
     try {
         for (const Input& input : inputs) {
@@ -63,25 +68,25 @@ std::expected<std::vector<NeuralOutput>, std::string> OpenCvNetwork::run(
                                        const_cast<float*>(input.planes.data())),  // NOLINT
                                input.name);
         }
-        std::vector<cv::Mat> mats;
+        std::vector<cv::Mat>& mats = net_->mats;
         net_->net.forward(mats, net_->outputNames);
-        std::vector<NeuralOutput> outputs;
         for (std::size_t i = 0; i < mats.size(); ++i) {
             const cv::Mat values = mats[i].isContinuous() ? mats[i] : mats[i].clone();
             if (values.type() != CV_32F) return std::unexpected(cannotRun);
             const auto* first = values.ptr<float>();
-            outputs.push_back({net_->outputNames[i], {first, first + values.total()}});
+            net_->outputs[i].values.assign(first, first + values.total());
         }
-        return outputs;
+        return net_->outputs;
     } catch (const std::exception&) {
         return std::unexpected(cannotRun);
     }
 }
 
-OpenCvNetwork::Input planesOf(std::string name, const cv::Mat& bgr,
-                              NeuralModels::ChannelOrder order) {
+void fillPlanes(OpenCvNetwork::Input& input, const cv::Mat& bgr, NeuralModels::ChannelOrder order) {
     const std::size_t plane = bgr.total();
-    OpenCvNetwork::Input input{std::move(name), bgr.cols, bgr.rows, std::vector<float>(plane * 3)};
+    input.width = bgr.cols;
+    input.height = bgr.rows;
+    input.planes.resize(plane * 3);
     std::array<float*, 3> to{input.planes.data(), input.planes.data() + plane,
                              input.planes.data() + 2 * plane};
     if (order == NeuralModels::ChannelOrder::rgb) std::swap(to[0], to[2]);
@@ -92,17 +97,15 @@ OpenCvNetwork::Input planesOf(std::string name, const cv::Mat& bgr,
                 *channel++ = *from++;
         }
     }
-    return input;
 }
 
-std::optional<OpenCvNetwork::Input> networkInput(std::string name, const Bitmap& image,
-                                                 NeuralModels::ChannelOrder order) {
+bool fillInput(OpenCvNetwork::Input& input, const Bitmap& image, NeuralModels::ChannelOrder order) {
     try {
         const auto bgr = bgrMat(image);
-        if (!bgr) return std::nullopt;
-        return planesOf(std::move(name), *bgr, order);
+        if (bgr) fillPlanes(input, *bgr, order);
+        return bgr.has_value();
     } catch (const cv::Exception&) {
-        return std::nullopt;
+        return false;
     }
 }
 

@@ -4,7 +4,9 @@
 #include "Platforms/Linux/OpenCvNetwork.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
+#include <vector>
 
 namespace marrowby {
 
@@ -52,8 +54,9 @@ class OpenCvNeuralModel final : public NeuralModel {
 
     [[nodiscard]] std::expected<std::vector<NeuralOutput>, std::string> predict(
         std::span<const NeuralInput> inputs) override {
-        std::vector<OpenCvNetwork::Input> planes;
-        for (const NeuralFeature& feature : description_.inputs) {
+        planes_.resize(description_.inputs.size());
+        for (std::size_t i = 0; i < planes_.size(); ++i) {
+            const NeuralFeature& feature = description_.inputs[i];
             const auto input = std::ranges::find(inputs, feature.name, &NeuralInput::name);
             if (input == inputs.end()) {
                 return std::unexpected("The network got no “" + feature.name + "”.");
@@ -64,19 +67,37 @@ class OpenCvNeuralModel final : public NeuralModel {
                 return std::unexpected("The network got a “" + feature.name +
                                        "” of the wrong size.");
             }
-            auto converted = networkInput(feature.name, input->image, order_);
-            if (!converted) {
+            planes_[i].name = feature.name;
+            if (!fillInput(planes_[i], input->image, order_)) {
                 return std::unexpected("The network can’t read its “" + feature.name + "”.");
             }
-            planes.push_back(*std::move(converted));
         }
-        return network_.run(planes);
+        const auto outputs = network_.run(planes_);
+        if (!outputs) return std::unexpected(outputs.error());
+        return std::vector<NeuralOutput>(outputs->begin(), outputs->end());
+    }
+
+    /// Runs once on black, where the inputs' sizes are known: the first run sets everything up and
+    /// takes several times as long.
+    void warmUp() {
+        planes_.clear();
+        for (const NeuralFeature& feature : description_.inputs) {
+            const auto& size = feature.imageConstraint;
+            if (!size) return;
+            planes_.push_back({feature.name, static_cast<int>(size->width),
+                               static_cast<int>(size->height),
+                               std::vector<float>(static_cast<std::size_t>(size->width) *
+                                                  static_cast<std::size_t>(size->height) * 3)});
+        }
+        // A network that cannot run says so when it is asked something.
+        (void)network_.run(planes_);
     }
 
   private:
     NeuralModelDescription description_;
     OpenCvNetwork network_;
     NeuralModels::ChannelOrder order_;
+    std::vector<OpenCvNetwork::Input> planes_;
 };
 
 }  // namespace
@@ -96,8 +117,10 @@ std::expected<std::unique_ptr<NeuralModel>, std::string> OpenCvNeuralModels::loa
         description.outputs.push_back(outputFeature(output));
     }
     description.metadata = file->metadata;
-    return std::make_unique<OpenCvNeuralModel>(std::move(description), *std::move(network),
-                                               options.channelOrder);
+    auto model = std::make_unique<OpenCvNeuralModel>(std::move(description), *std::move(network),
+                                                     options.channelOrder);
+    model->warmUp();
+    return model;
 }
 
 }  // namespace marrowby

@@ -6,8 +6,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
-#include <map>
 #include <optional>
+#include <span>
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -24,6 +24,7 @@ constexpr int multiple = 32;
 
 using Face = YuNetFaceFinder::Face;
 using Values = std::vector<float>;
+const Values none;
 
 int paddedTo(int side) {
     return (side + multiple - 1) / multiple * multiple;
@@ -96,7 +97,16 @@ std::expected<YuNetFaceFinder, std::string> YuNetFaceFinder::load(
     }
     auto network = OpenCvNetwork::load(*file);
     if (!network) return std::unexpected(network.error());
-    return YuNetFaceFinder(*std::move(network));
+    YuNetFaceFinder finder(*std::move(network));
+    // The first run, of a usual picture's size, sets everything up and takes several times as long.
+    try {
+        if (auto found = finder.find(cv::Mat::zeros(240, longestSearched, CV_8UC3)); !found) {
+            return std::unexpected(found.error());
+        }
+    } catch (const cv::Exception&) {
+        return std::unexpected("The face detector can’t be run.");
+    }
+    return finder;
 }
 
 std::expected<std::vector<Face>, std::string> YuNetFaceFinder::find(const cv::Mat& bgr) {
@@ -117,20 +127,21 @@ std::expected<std::vector<Face>, std::string> YuNetFaceFinder::find(const cv::Ma
     cv::copyMakeBorder(searched, padded, 0, height - searched.rows, 0, width - searched.cols,
                        cv::BORDER_CONSTANT, cv::Scalar());
 
-    const std::array inputs{planesOf("input", padded, NeuralModels::ChannelOrder::bgr)};
-    auto outputs = network_.run(inputs);
+    fillPlanes(input_, padded, NeuralModels::ChannelOrder::bgr);
+    const auto outputs = network_.run(std::span(&input_, 1));
     if (!outputs) return std::unexpected(outputs.error());
-    std::map<std::string, Values> values;
-    for (NeuralOutput& output : *outputs)
-        values[output.name] = std::move(output.values);
+    const auto values = [&](const char* name, int stride) -> const Values& {
+        const auto found =
+            std::ranges::find(*outputs, name + std::to_string(stride), &NeuralOutput::name);
+        return found == outputs->end() ? none : found->values;
+    };
 
     std::vector<Face> faces;
     for (const int stride : {8, 16, 32}) {
-        const std::string suffix = "_" + std::to_string(stride);
-        const Values& cls = values["cls" + suffix];
-        const Values& obj = values["obj" + suffix];
-        const Values& box = values["bbox" + suffix];
-        const Values& points = values["kps" + suffix];
+        const Values& cls = values("cls_", stride);
+        const Values& obj = values("obj_", stride);
+        const Values& box = values("bbox_", stride);
+        const Values& points = values("kps_", stride);
         const auto cells =
             static_cast<std::size_t>(width / stride) * static_cast<std::size_t>(height / stride);
         if (cls.size() != cells || obj.size() != cells || box.size() != cells * 4 ||

@@ -39,6 +39,7 @@ class YuNetFaceFinder {
     explicit YuNetFaceFinder(OpenCvNetwork network) : network_(std::move(network)) {}
 
     OpenCvNetwork network_;
+    OpenCvNetwork::Input input_{.name = "input", .planes = {}};
 };
 
 }  // namespace marrowby

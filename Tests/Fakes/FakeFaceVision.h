@@ -20,6 +20,10 @@ class FakeFaceVision final : public FaceVision {
     std::optional<std::string> detailsFault;
     int rectangleRequests = 0;
     int detailRequests = 0;
+    /// Boxes that the third request finds, and what it was last asked for.
+    std::vector<Rect> boxes;
+    std::optional<std::string> boxesFault;
+    std::optional<RectangleRequest> lastRectangleRequest;
 
     /// Adds a face that looks into the camera, with all landmarks that an alignment needs. The box
     /// is in 0…1 of the picture of this size, origin at the bottom-left.
@@ -54,6 +58,13 @@ class FakeFaceVision final : public FaceVision {
         ++detailRequests;
         if (detailsFault) return std::unexpected(*detailsFault);
         return details;
+    }
+
+    [[nodiscard]] std::expected<std::vector<Rect>, std::string> rectangles(
+        const Bitmap& /*image*/, const RectangleRequest& request) override {
+        lastRectangleRequest = request;
+        if (boxesFault) return std::unexpected(*boxesFault);
+        return boxes;
     }
 };
 

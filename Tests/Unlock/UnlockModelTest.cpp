@@ -3,6 +3,7 @@
 #include "Tests/Fakes/FakeDefaultsStore.h"
 #include "Tests/Fakes/FakeFaceVision.h"
 #include "Tests/Fakes/FakeFileSystem.h"
+#include "Tests/Fakes/FakeFourierTransform.h"
 #include "Tests/Fakes/FakeImaging.h"
 #include "Tests/Fakes/FakeInputIdle.h"
 #include "Tests/Fakes/FakeKeyEvents.h"
@@ -61,6 +62,7 @@ class UnlockModelTest : public testing::Test {
                            .enrollmentVision = vision,
                            .models = models,
                            .imaging = imaging,
+                           .fourier = fourier,
                            .cipher = cipher,
                            .files = files,
                            .keychain = keychain,
@@ -111,6 +113,7 @@ class UnlockModelTest : public testing::Test {
     FakeFaceVision vision;
     FakeNeuralModels models;
     FakeImaging imaging;
+    FakeFourierTransform fourier;
     OpenSslCipher cipher;
     FakeFileSystem files;
     FakeKeychain keychain;

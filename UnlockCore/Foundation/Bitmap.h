@@ -19,6 +19,10 @@ class Bitmap {
     [[nodiscard]] static std::optional<Bitmap> create(int width, int height,
                                                       std::size_t bytesPerRow, PixelFormat format,
                                                       std::vector<std::uint8_t> bytes);
+    /// The same with bytes that their lender gets back after the last copy.
+    [[nodiscard]] static std::optional<Bitmap> create(
+        int width, int height, std::size_t bytesPerRow, PixelFormat format,
+        std::shared_ptr<const std::vector<std::uint8_t>> bytes);
 
     [[nodiscard]] int width() const { return width_; }
     [[nodiscard]] int height() const { return height_; }

@@ -1,6 +1,7 @@
 #include "UnlockCore/Liveness/LivenessAnalyzer.h"
 
 #include "UnlockCore/Liveness/LivenessScoring.h"
+#include "UnlockCore/Liveness/Planarity.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -28,9 +29,11 @@ RealFaceAverage average(std::span<const LivenessAnalyzer::Scored> scores,
 }  // namespace
 
 LivenessAnalyzer::LivenessAnalyzer(LivenessMode mode, const LivenessTuning& tuning,
+                                   const PlanarityTuning& planarityTuning,
                                    std::set<LivenessCue> enabledCues, TimeInterval windowDuration)
     : mode_(mode),
       tuning_(tuning),
+      planarityTuning_(planarityTuning),
       enabledCues_(std::move(enabledCues)),
       windowDuration_(windowDuration),
       evaluator_(mode_, tuning_, enabledCues_),
@@ -50,8 +53,10 @@ const LivenessSnapshot& LivenessAnalyzer::ingest(const LivenessFrame& frame, con
     if (frame.antiSpoof) scores_.push_back({frame.timestamp, subject, *frame.antiSpoof});
     trim(frame.timestamp, subject);
 
-    lastSnapshot_ = evaluator_.observe(livenessscoring::readings(frame),
-                                       average(scores_, tuning_.averagedFrames));
+    lastPlanarity_ = planarity::evaluate(frames_, planarityTuning_);
+    lastSnapshot_ =
+        evaluator_.observe(livenessscoring::readings(frames_, *lastPlanarity_, planarityTuning_),
+                           average(scores_, tuning_.averagedFrames));
     return lastSnapshot_;
 }
 
@@ -61,6 +66,7 @@ void LivenessAnalyzer::reset() {
     subject_.reset();
     evaluator_ = LivenessEvaluator(mode_, tuning_, enabledCues_);
     lastSnapshot_ = evaluator_.snapshot();
+    lastPlanarity_.reset();
 }
 
 void LivenessAnalyzer::trim(Date newest, const UUID& subject) {

@@ -8,6 +8,8 @@
 #include "UnlockCore/Liveness/LivenessFrame.h"
 #include "UnlockCore/Liveness/LivenessSnapshot.h"
 #include "UnlockCore/Liveness/LivenessTuning.h"
+#include "UnlockCore/Liveness/PlanarityResult.h"
+#include "UnlockCore/Liveness/PlanarityTuning.h"
 
 #include <optional>
 #include <set>
@@ -29,7 +31,8 @@ class LivenessAnalyzer {
 
     /// Frames and scores further than `windowDuration` from the newest frame are forgotten.
     LivenessAnalyzer(LivenessMode mode, const LivenessTuning& tuning,
-                     std::set<LivenessCue> enabledCues, TimeInterval windowDuration);
+                     const PlanarityTuning& planarityTuning, std::set<LivenessCue> enabledCues,
+                     TimeInterval windowDuration);
 
     /// One frame in which a face was found, in frame order; `subject` names the tracked face.
     /// Another subject starts over, but a denial stays for the look.
@@ -40,12 +43,17 @@ class LivenessAnalyzer {
     /// Oldest first.
     [[nodiscard]] std::span<const LivenessFrame> frames() const { return frames_; }
     [[nodiscard]] const LivenessSnapshot& lastSnapshot() const { return lastSnapshot_; }
+    /// How the face moved, judged at the newest frame; nothing before the first.
+    [[nodiscard]] const std::optional<PlanarityResult>& lastPlanarity() const {
+        return lastPlanarity_;
+    }
 
   private:
     void trim(Date newest, const UUID& subject);
 
     LivenessMode mode_;
     LivenessTuning tuning_;
+    PlanarityTuning planarityTuning_;
     std::set<LivenessCue> enabledCues_;
     TimeInterval windowDuration_;
     std::optional<UUID> subject_;
@@ -53,6 +61,7 @@ class LivenessAnalyzer {
     std::vector<Scored> scores_;
     LivenessEvaluator evaluator_;
     LivenessSnapshot lastSnapshot_;
+    std::optional<PlanarityResult> lastPlanarity_;
 };
 
 }  // namespace marrowby

@@ -21,7 +21,8 @@ struct LivenessFrame {
     double interocularDistance = 0;
     /// Radians, as the face detector reports it.
     std::optional<double> yaw;
-    /// The nose's sideways offset relative to the face.
+    /// How far the nose lies beside the middle of the eyes, along the line through them and towards
+    /// the picture's right, in parts of their distance.
     std::optional<double> noseOffsetRatio;
     bool hasReliableLandmarks = false;
     /// Share of the face's box inside a phone- or tablet-shaped rectangle, 0…1.
@@ -32,7 +33,7 @@ struct LivenessFrame {
 };
 
 /// What the detector itself tells about a face; everything else is absent. Landmarks are reliable
-/// when they show two eyes and a nose.
+/// when they show two eyes and a nose and all lie within the picture.
 [[nodiscard]] LivenessFrame livenessFrame(const DetectedFace& face, Date timestamp);
 
 }  // namespace marrowby

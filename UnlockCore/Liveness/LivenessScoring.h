@@ -5,9 +5,12 @@
 #include "UnlockCore/Liveness/LivenessCue.h"
 #include "UnlockCore/Liveness/LivenessFrame.h"
 #include "UnlockCore/Liveness/MoireSample.h"
+#include "UnlockCore/Liveness/PlanarityResult.h"
+#include "UnlockCore/Liveness/PlanarityTuning.h"
 
 #include <map>
 #include <optional>
+#include <span>
 
 namespace marrowby {
 
@@ -23,8 +26,19 @@ namespace livenessscoring {
 
 [[nodiscard]] CueReading deviceDetected(std::optional<double> overlapFraction);
 
-/// The newest frame's readings of the cues that one frame alone can show.
-[[nodiscard]] std::map<LivenessCue, CueReading> readings(const LivenessFrame& newest);
+/// Fully flat at half the planar ratio or less, not at all at one and a half times it; not flat
+/// either where the residual is above its bar.
+[[nodiscard]] CueReading planar(const PlanarityResult& planarity, const PlanarityTuning& tuning);
+
+/// A head's turn by at least 10 degrees, which no flat picture shows and the nose or the planarity
+/// confirms.
+[[nodiscard]] CueReading headTurn(std::span<const LivenessFrame> frames,
+                                  PlanarityResult::Verdict planarity);
+
+/// The readings at the newest of the frames, which is the last.
+[[nodiscard]] std::map<LivenessCue, CueReading> readings(std::span<const LivenessFrame> frames,
+                                                         const PlanarityResult& planarity,
+                                                         const PlanarityTuning& tuning);
 
 }  // namespace livenessscoring
 

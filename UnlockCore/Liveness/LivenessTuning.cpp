@@ -46,4 +46,8 @@ LivenessTuning livenessTuning(LivenessMode mode) {
     return strictTuning;
 }
 
+std::set<LivenessCue> enabledLivenessCues(LivenessMode /*mode*/) {
+    return {LivenessCue::realFace};
+}
+
 }  // namespace marrowby

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "UnlockCore/Liveness/LivenessCue.h"
 #include "UnlockCore/Liveness/LivenessMode.h"
 
 #include <cstdint>
+#include <set>
 
 namespace marrowby {
 
@@ -34,5 +36,7 @@ struct LivenessTuning {
 
 /// The tuning that the lock screen uses in a mode.
 [[nodiscard]] LivenessTuning livenessTuning(LivenessMode mode);
+/// The cues that count at the lock screen in a mode.
+[[nodiscard]] std::set<LivenessCue> enabledLivenessCues(LivenessMode mode);
 
 }  // namespace marrowby

@@ -77,8 +77,8 @@ class CameraFaceScanner::Loop {
   public:
     Loop(const Services& services, ScanConfiguration configuration,
          std::shared_ptr<const Models> models, const std::shared_ptr<Look>& look)
-        : mainThread_(services.mainThread),
-          clock_(services.clock),
+        : services_(services),
+          helper_(services.queues.background()),
           configuration_(std::move(configuration)),
           models_(std::move(models)),
           look_(look),
@@ -88,9 +88,15 @@ class CameraFaceScanner::Loop {
     void process(const CameraFrame& frame) {
         const auto [recognizer, antiSpoof] = models_->loaded();
         if (!recognizer || !antiSpoof || *isOver_) return;
-        const FaceScan::Step& step = scan_.take(frame, *recognizer, *antiSpoof, clock_);
+        const FaceScan::Step& step = scan_.take(frame, {.recognizer = *recognizer,
+                                                        .antiSpoof = *antiSpoof,
+                                                        .vision = services_.vision,
+                                                        .imaging = services_.imaging,
+                                                        .fourier = services_.fourier,
+                                                        .clock = services_.clock,
+                                                        .helper = helper_.get()});
         if (*isOver_) return;
-        mainThread_.post([weak = look_, observation = observation(step, *recognizer)] {
+        services_.mainThread.post([weak = look_, observation = observation(step, *recognizer)] {
             const auto look = weak.lock();
             if (look && !*look->isOver) look->callbacks.onFrame(look->id, observation);
         });
@@ -112,8 +118,8 @@ class CameraFaceScanner::Loop {
         return face;
     }
 
-    MainThread& mainThread_;
-    const SystemClock& clock_;
+    const Services services_;
+    const std::shared_ptr<WorkQueue> helper_;
     const ScanConfiguration configuration_;
     const std::shared_ptr<const Models> models_;
     const std::weak_ptr<Look> look_;

@@ -6,6 +6,7 @@
 #include "UnlockCore/Liveness/RealFaceModelError.h"
 #include "UnlockCore/Platform/CaptureSession.h"
 #include "UnlockCore/Platform/FaceVision.h"
+#include "UnlockCore/Platform/FourierTransform.h"
 #include "UnlockCore/Platform/Imaging.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/SystemClock.h"
@@ -46,6 +47,7 @@ class CameraFaceScanner final : public FaceScanning {
         const SystemClock& clock;
         const Imaging& imaging;
         FaceVision& vision;
+        const FourierTransform& fourier;
         CameraUseRegistry& registry;
     };
 

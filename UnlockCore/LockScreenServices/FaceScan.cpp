@@ -1,15 +1,18 @@
 #include "UnlockCore/LockScreenServices/FaceScan.h"
 
 #include "UnlockCore/Foundation/Fatal.h"
-#include "UnlockCore/Liveness/LivenessFrame.h"
+#include "UnlockCore/Liveness/DeviceBezelDetector.h"
 #include "UnlockCore/Liveness/LivenessTuning.h"
+#include "UnlockCore/Liveness/PlanarityTuning.h"
 #include "UnlockCore/Liveness/RGBPixels.h"
+#include "UnlockCore/Liveness/ScreenCues.h"
+#include "UnlockCore/Platform/RunBeside.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
 #include "UnlockCore/Recognition/FaceMatcher.h"
 
 #include <cstddef>
-#include <set>
 #include <utility>
+#include <variant>
 
 namespace marrowby {
 
@@ -18,19 +21,22 @@ namespace {
 /// Several times what the real-face average needs, room for a slow head turn.
 constexpr TimeInterval livenessWindow{3};
 
-/// The cues that a look measures: the real-face model. The cues of single pictures (moire, glare,
-/// device frame) and of motion (flat motion, head turn) are not measured here, so they neither deny
-/// nor are asked for: with the head turn enabled and never measured, a strict look could not end
-/// well.
-std::set<LivenessCue> measuredCues() {
-    return {LivenessCue::realFace};
-}
+/// Longest side of the picture of the face that glare and moire are sought in, pixels: their cost
+/// ends there.
+constexpr double screenCuesLongEdge = 448;
 
 /// From one frame to the next a face stays where its box still meets the last one, and goes on
 /// looking like itself: the lowest similarity that counts as a match at all.
 bool isSameFace(const FaceRecognition& last, const FaceRecognition& next) {
     return !intersection(last.face.boundingBox, next.face.boundingBox).isEmpty() &&
            faceembedding::cosine(last.embedding, next.embedding) >= facematcher::lowestThreshold;
+}
+
+/// A face that touches the picture's edge goes on beyond it.
+bool isWhole(const Rect& box, const Size& picture) {
+    constexpr double margin = 0.5;
+    return box.x > margin && box.y > margin && box.maxX() < picture.width - margin &&
+           box.maxY() < picture.height - margin;
 }
 
 UUID numbered(std::uint32_t number) {
@@ -43,29 +49,71 @@ UUID numbered(std::uint32_t number) {
 
 }  // namespace
 
-FaceScan::FaceScan(LivenessMode mode)
-    : analyzer_(mode, livenessTuning(mode), measuredCues(), livenessWindow) {}
+/// What one frame shows by itself.
+struct FaceScan::Findings {
+    std::expected<FaceRecognition, FaceRecognitionError> recognition;
+    LivenessFrame liveness;
+};
 
-const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const FaceRecognizer& recognizer,
-                                     AntiSpoofScoring& antiSpoof, const SystemClock& clock) {
-    const Date began = clock.now();
-    std::optional<DetectedFace> previousFace;
-    if (last_ && last_->recognition) previousFace = last_->recognition->face;
+FaceScan::FaceScan(LivenessMode mode) : FaceScan(mode, enabledLivenessCues(mode)) {}
 
-    auto recognition = recognizer.recognise(frame, previousFace);
+FaceScan::FaceScan(LivenessMode mode, std::set<LivenessCue> enabledCues)
+    : analyzer_(mode, livenessTuning(mode), planarityTuning(mode), std::move(enabledCues),
+                livenessWindow) {}
+
+const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const Services& services) {
+    const Date began = services.clock.now();
+    auto [recognition, measured] = study(frame, services);
     if (recognition) {
         follow(*recognition);
-        LivenessFrame measured = livenessFrame(recognition->face, frame.timestamp);
-        if (const auto pixels = RGBPixels::view(frame.image)) {
-            const auto score = antiSpoof.score(*pixels, recognition->face.boundingBox);
-            if (score) measured.antiSpoof = *score;
-        }
+        const bool isDenied =
+            std::holds_alternative<LivenessDecision::Denied>(analyzer_.lastSnapshot().decision);
+        if (!measured.antiSpoof && !isDenied) analyzer_.reset();
         analyzer_.ingest(measured, subject_);
     }
     last_.emplace(Step{.recognition = std::move(recognition),
                        .liveness = analyzer_.lastSnapshot(),
-                       .duration = clock.now() - began});
+                       .duration = services.clock.now() - began});
     return *last_;
+}
+
+FaceScan::Findings FaceScan::study(const CameraFrame& frame, const Services& services) const {
+    std::optional<DetectedFace> previousFace;
+    if (last_ && last_->recognition) previousFace = last_->recognition->face;
+    const auto face = services.recognizer.find(frame, previousFace);
+    if (!face) return {std::unexpected(face.error()), {}};
+
+    Findings findings{std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{}), {}};
+    const auto recognise = [&] {
+        findings.recognition = services.recognizer.recognise(frame, *face);
+    };
+    const auto measureLiveness = [&] { findings.liveness = measure(frame, *face, services); };
+    if (services.helper) {
+        runBeside(*services.helper, measureLiveness, recognise);
+    } else {
+        recognise();
+        if (findings.recognition) measureLiveness();
+    }
+    return findings;
+}
+
+LivenessFrame FaceScan::measure(const CameraFrame& frame, const DetectedFace& face,
+                                const Services& services) {
+    LivenessFrame measured = livenessFrame(face, frame.timestamp);
+    const Rect& box = face.boundingBox;
+    if (const auto picture = faceCrop(frame, box, screenCuesLongEdge, services.imaging)) {
+        const auto cues = ScreenCues::measure(*picture, services.imaging, services.fourier);
+        measured.glare = cues.glare;
+        measured.moire = cues.moire;
+    }
+    if (const auto device = devicebezeldetector::detect(frame.image, box, services.vision)) {
+        measured.deviceOverlapFraction = device->faceOverlapFraction;
+    }
+    if (!measured.hasReliableLandmarks || !isWhole(box, face.imageSize)) return measured;
+    if (const auto pixels = RGBPixels::view(frame.image)) {
+        if (const auto score = services.antiSpoof.score(*pixels, box)) measured.antiSpoof = *score;
+    }
+    return measured;
 }
 
 void FaceScan::follow(const FaceRecognition& recognition) {

@@ -40,8 +40,24 @@ struct FaceDetailObservations {
     std::vector<std::optional<FaceLandmarkObservation>> landmarks;
 };
 
-/// The system's finder of faces. Any one thread at a time. The errors are the system's localized
-/// texts.
+/// Which rectangles are looked for.
+struct RectangleRequest {
+    /// 0…1.
+    double minimumConfidence = 0;
+    /// Of the shorter side, in parts of the image's.
+    double minimumSize = 0;
+    int maximumObservations = 0;
+    /// Shorter side to longer.
+    double minimumAspectRatio = 0;
+    double maximumAspectRatio = 0;
+    /// How far a corner may be from a right angle.
+    double quadratureToleranceDegrees = 0;
+
+    friend bool operator==(const RectangleRequest&, const RectangleRequest&) = default;
+};
+
+/// The system's finder of faces and rectangles. Any one thread at a time. The errors are the
+/// system's localized texts.
 class FaceVision {
   public:
     virtual ~FaceVision() = default;
@@ -53,6 +69,11 @@ class FaceVision {
     /// one call.
     [[nodiscard]] virtual std::expected<FaceDetailObservations, std::string> faceDetails(
         const Bitmap& image, std::span<const FaceRectangleObservation> faces) = 0;
+
+    /// The boxes around rectangles seen in perspective, such as a phone or a sheet of paper: 0…1 of
+    /// the image, origin at the bottom-left.
+    [[nodiscard]] virtual std::expected<std::vector<Rect>, std::string> rectangles(
+        const Bitmap& image, const RectangleRequest& request) = 0;
 };
 
 }  // namespace marrowby

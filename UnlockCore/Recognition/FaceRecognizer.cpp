@@ -36,6 +36,13 @@ FaceRecognizer::FaceRecognizer(FaceVision& vision, const Imaging& imaging,
 
 std::expected<FaceRecognition, FaceRecognitionError> FaceRecognizer::recognise(
     const CameraFrame& frame, const std::optional<DetectedFace>& previousFace) const {
+    const auto face = find(frame, previousFace);
+    if (!face) return std::unexpected(face.error());
+    return recognise(frame, *face);
+}
+
+std::expected<DetectedFace, FaceRecognitionError> FaceRecognizer::find(
+    const CameraFrame& frame, const std::optional<DetectedFace>& previousFace) const {
     auto faces = detector_.detect(frame.image);
     if (!faces)
         return std::unexpected<FaceRecognitionError>(
@@ -46,7 +53,11 @@ std::expected<FaceRecognition, FaceRecognitionError> FaceRecognizer::recognise(
     if (faces->empty())
         return std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{});
 
-    const DetectedFace& face = choose(*faces, previousFace);
+    return choose(*faces, previousFace);
+}
+
+std::expected<FaceRecognition, FaceRecognitionError> FaceRecognizer::recognise(
+    const CameraFrame& frame, const DetectedFace& face) const {
     auto aligned = aligner_.align(face, frame.image);
     if (!aligned) return std::unexpected<FaceRecognitionError>(FaceRecognitionError::CannotAlign{});
     auto embedding = embedder_->embed(aligned->image);

@@ -28,6 +28,13 @@ class FaceRecognizer {
     [[nodiscard]] std::expected<FaceRecognition, FaceRecognitionError> recognise(
         const CameraFrame& frame, const std::optional<DetectedFace>& previousFace) const;
 
+    /// The first half of it: which face.
+    [[nodiscard]] std::expected<DetectedFace, FaceRecognitionError> find(
+        const CameraFrame& frame, const std::optional<DetectedFace>& previousFace) const;
+    /// The second half: what it looks like.
+    [[nodiscard]] std::expected<FaceRecognition, FaceRecognitionError> recognise(
+        const CameraFrame& frame, const DetectedFace& face) const;
+
     [[nodiscard]] FaceEmbedder& embedder() const { return *embedder_; }
 
   private:

@@ -69,8 +69,8 @@ class MiniFASNetFile : public testing::Test {
 
     /// What the lock screen's liveness makes of a sequence.
     static LivenessDecision decision(const std::vector<AntiSpoofScore>& scores, LivenessMode mode) {
-        LivenessAnalyzer analyzer(mode, livenessTuning(mode), {LivenessCue::realFace},
-                                  TimeInterval(3));
+        LivenessAnalyzer analyzer(mode, livenessTuning(mode), planarityTuning(mode),
+                                  {LivenessCue::realFace}, TimeInterval(3));
         LivenessFrame frame;
         for (const AntiSpoofScore& score : scores) {
             frame.timestamp += TimeInterval(0.1);

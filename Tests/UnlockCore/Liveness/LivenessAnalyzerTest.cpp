@@ -25,7 +25,11 @@ UUID face(std::uint8_t number) {
 }
 
 LivenessAnalyzer makeAnalyzer() {
-    return {LivenessMode::standard, tuning, {LivenessCue::moire}, TimeInterval(1)};
+    return {LivenessMode::standard,
+            tuning,
+            planarityTuning(LivenessMode::standard),
+            {LivenessCue::moire},
+            TimeInterval(1)};
 }
 
 LivenessFrame frame(double seconds, std::optional<float> live) {

@@ -1,5 +1,7 @@
 #include "UnlockCore/Liveness/LivenessScoring.h"
 
+#include <span>
+
 #include <gtest/gtest.h>
 
 namespace marrowby {
@@ -38,12 +40,12 @@ TEST(LivenessScoring, readsMoireAndDeviceOverlap) {
 }
 
 TEST(LivenessScoring, readsWhatIsAbsentAsNoEvidence) {
-    for (const auto& [cue, reading] : livenessscoring::readings({})) {
+    for (const auto& [cue, reading] : livenessscoring::readings({}, {}, {})) {
         EXPECT_EQ(reading, CueReading{}) << rawValue(cue);
     }
     LivenessFrame frame;
     frame.moire = MoireSample{18, 128};
-    const auto readings = livenessscoring::readings(frame);
+    const auto readings = livenessscoring::readings(std::span(&frame, 1), {}, {});
     EXPECT_EQ(readings.at(LivenessCue::moire), (CueReading{1, 1}));
     EXPECT_EQ(readings.at(LivenessCue::glossGlare), CueReading{});
 }

@@ -1,5 +1,6 @@
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Tests/Fakes/FakeCaptureSession.h"
+#include "Tests/Fakes/FakeFourierTransform.h"
 #include "Tests/Fakes/FakeImaging.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
@@ -58,7 +59,8 @@ class CameraFaceScannerTest : public testing::Test {
     void make(WorkQueues& own) {
         scanner = std::make_unique<CameraFaceScanner>(
             session,
-            CameraFaceScanner::Services{own, mainThread, mainThread, imaging, vision, registry},
+            CameraFaceScanner::Services{own, mainThread, mainThread, imaging, vision, fourier,
+                                        registry},
             [this]() -> std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> {
                 ++embedderLoads;
                 if (embedderFault) return std::unexpected(*embedderFault);
@@ -114,6 +116,7 @@ class CameraFaceScannerTest : public testing::Test {
     FakeWorkQueues queues;
     FakeMainThread mainThread;
     FakeImaging imaging;
+    FakeFourierTransform fourier;
     FakeFaceVision vision;
     CameraUseRegistry registry;
     std::shared_ptr<ScriptedEmbedder> embedder = std::make_shared<ScriptedEmbedder>();

@@ -1,3 +1,4 @@
+#include "Tests/Fakes/FakeFourierTransform.h"
 #include "Tests/Fakes/FakeImaging.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/UnlockCore/LockScreenServices/LookBench.h"
@@ -33,7 +34,7 @@ class FaceScanTest : public testing::Test {
         clock.jump(TimeInterval(0.03125));
         frame.id += 1;
         frame.timestamp = clock.now();
-        return scan.take(frame, recognizer, antiSpoof, clock);
+        return scan.take(frame, {recognizer, antiSpoof, vision, imaging, fourier, clock});
     }
     void seeUntilConfirmed() {
         const auto frames = livenessTuning(LivenessMode::standard).liveMinimumFrames;
@@ -45,6 +46,7 @@ class FaceScanTest : public testing::Test {
 
     FakeFaceVision vision;
     FakeImaging imaging;
+    FakeFourierTransform fourier;
     FakeMainThread clock;
     std::shared_ptr<ScriptedEmbedder> embedder = std::make_shared<ScriptedEmbedder>();
     ScriptedAntiSpoof antiSpoof;
@@ -52,7 +54,7 @@ class FaceScanTest : public testing::Test {
     FaceScan scan{LivenessMode::standard};
     CameraFrame frame{.id = 0,
                       .image = *imaging.render(FakeSourceImage(320, 240), {0, 0, 320, 240}, 1),
-                      .source = nullptr,
+                      .source = std::make_shared<FakeSourceImage>(320, 240),
                       .sourceSize = {320, 240},
                       .timestamp = {}};
 };
@@ -84,7 +86,7 @@ TEST_F(FaceScanTest, startsOverForAnotherFace) {
     const Case cases[] = {
         {"the same face, moved a little", [] {}, {0.5, 0.45, 0.3, 0.3}, 6},
         {"the same face, turned", [&] { looksLike(0.5F); }, place, 6},
-        {"a face elsewhere", [] {}, {0.0, 0.0, 0.3, 0.3}, 1},
+        {"a face elsewhere", [] {}, {0.05, 0.05, 0.3, 0.3}, 1},
         {"somebody else in the same place", [&] { looksLike(0.4F); }, place, 1},
         {"a face that was gone", [&] { seeNobody(); }, place, 1},
     };
@@ -108,21 +110,73 @@ TEST_F(FaceScanTest, neverConfirmsAPictureByTheScoresOfAPersonBeforeIt) {
     }
 }
 
-TEST_F(FaceScanTest, goesOnWithoutAScore) {
-    see();
-    antiSpoof.fault = RealFaceModelError::UnexpectedInput{"the face's box doesn't fit the frame"};
-    const auto& unscored = see();
-    EXPECT_TRUE(unscored.recognition);
-    EXPECT_EQ(unscored.liveness.realFace.frames, 1);
-    EXPECT_EQ(unscored.liveness.frameCount, 2);
+TEST_F(FaceScanTest, confirmsNothingByScoresFromBeforeABadFrame) {
+    const Rect place{0.4, 0.4, 0.3, 0.3};
+    const auto damage = [&](double value) {
+        vision.details.landmarks[0]->regions[LandmarkRegion::faceContour] = {{value, 10}};
+    };
+    struct Case {
+        const char* what;
+        Rect box;
+        std::function<void()> spoil;
+    };
+    const Case cases[] = {
+        {"the model fails", place,
+         [&] { antiSpoof.fault = RealFaceModelError::UnexpectedInput{"spoiled"}; }},
+        {"a grey picture", place,
+         [&] {
+             frame.image = *Bitmap::create(320, 240, 320,
+                                           {.bitsPerPixel = 8,
+                                            .alpha = PixelFormat::Alpha::none,
+                                            .colorModel = PixelFormat::ColorModel::gray},
+                                           std::vector<std::uint8_t>(std::size_t{320} * 240));
+         }},
+        {"landmarks that are no numbers", place, [&] { damage(std::nan("")); }},
+        {"landmarks outside the picture", place, [&] { damage(-3); }},
+        {"at the picture's edge", {0.7, 0.4, 0.3, 0.3}, [] {}},
+        {"larger than the picture", {-0.2, -0.2, 1.4, 1.4}, [] {}},
+    };
+    const auto picture = frame.image;
+    for (const Case& c : cases) {
+        scan = FaceScan(LivenessMode::standard);
+        seeUntilConfirmed();
+        for (int i = 0; i < 60; ++i) {
+            vision.removeFaces();
+            vision.addFace(c.box, {320, 240});
+            c.spoil();
+            const auto& step = take();
+            ASSERT_EQ(step.liveness.decision, LivenessDecision(Waiting{LivenessNeeds::realFace}))
+                << c.what;
+            EXPECT_EQ(step.liveness.realFace.frames, 0) << c.what;
+        }
+        antiSpoof.fault.reset();
+        frame.image = picture;
+        scan = FaceScan(LivenessMode::standard);
+        antiSpoof.live = 0;
+        while (!std::holds_alternative<LivenessDecision::Denied>(see().liveness.decision)) {
+        }
+        antiSpoof.live = 1;
+        vision.removeFaces();
+        vision.addFace(c.box, {320, 240});
+        c.spoil();
+        EXPECT_EQ(take().liveness.decision,
+                  LivenessDecision(LivenessDecision::Denied{LivenessCue::realFace}))
+            << "a denial stays: " << c.what;
+        antiSpoof.fault.reset();
+        frame.image = picture;
+    }
+}
 
-    antiSpoof.fault.reset();
-    frame.image = *Bitmap::create(320, 240, 320,
-                                  {.bitsPerPixel = 8,
-                                   .alpha = PixelFormat::Alpha::none,
-                                   .colorModel = PixelFormat::ColorModel::gray},
-                                  std::vector<std::uint8_t>(std::size_t{320} * 240));
-    EXPECT_EQ(see().liveness.realFace.frames, 1) << "a grey picture";
+TEST_F(FaceScanTest, measuresEveryCue) {
+    // A phone around the face, no turn, no motion; the fake picture is too small for a pattern.
+    vision.boxes = {{0.3, 0.3, 0.6, 0.6}};
+    const auto& states = see().liveness.cueStates;
+    EXPECT_EQ(states.at(LivenessCue::deviceDetected).reading, (CueReading{1, 1}));
+    EXPECT_GT(states.at(LivenessCue::glossGlare).reading.confidence, 0);
+    EXPECT_EQ(states.at(LivenessCue::moire).reading, CueReading{});
+    EXPECT_EQ(states.at(LivenessCue::planar).reading, CueReading{});
+    vision.boxesFault = "The system can’t look for rectangles.";
+    EXPECT_EQ(see().liveness.cueStates.at(LivenessCue::deviceDetected).reading, CueReading{});
 }
 
 TEST_F(FaceScanTest, keepsItsLivenessOnAFrameWithoutFace) {

@@ -1,0 +1,142 @@
+// A camera's picture through the whole chain: from the capture queue to the observation on the main
+// thread. The first argument is the number of
+// processors.
+
+#include "Benchmarks/Allocations.h"
+#include "Benchmarks/HandCamera.h"
+#include "Benchmarks/Material.h"
+#include "Platforms/Linux/OpenCvFourierTransform.h"
+#include "Platforms/Linux/QtMainThread.h"
+#include "Platforms/Linux/ThreadWorkQueues.h"
+#include "Platforms/Linux/UnixSystemClock.h"
+#include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+#include <atomic>
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include <benchmark/benchmark.h>
+#include <sched.h>
+
+namespace marrowby {
+namespace {
+
+/// An application that looks, as it is after its start.
+class Bench {
+  public:
+    explicit Bench(const benchmark::State& state) {
+        // Threads that are begun from here on stay on as many processors.
+        cpu_set_t processors;
+        CPU_ZERO(&processors);
+        for (int i = 0; i < state.range(0); ++i)
+            CPU_SET(static_cast<unsigned>(i), &processors);
+        if (::sched_setaffinity(0, sizeof processors, &processors) != 0)
+            std::cerr << "The number of processors can’t be set.\n";
+        vision_ = material_.loadVision(queues_.background());
+        scanner_.emplace(
+            camera_,
+            CameraFaceScanner::Services{.queues = queues_,
+                                        .mainThread = mainThread_,
+                                        .clock = clock_,
+                                        .imaging = material_.imaging,
+                                        .vision = *vision_,
+                                        .fourier = fourier_,
+                                        .registry = registry_},
+            [this]() -> std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> {
+                return material_.loadEmbedder();
+            },
+            [this]() -> std::expected<std::shared_ptr<AntiSpoofScoring>, RealFaceModelError> {
+                isLoaded_ = true;
+                return material_.loadRealFace();
+            });
+        // A picture that comes before the networks are there is lost.
+        QObject::connect(&again_, &QTimer::timeout, [this] {
+            if (!seen_ && picture_) camera_->show(picture_);
+        });
+        again_.start(300);
+        scanner_->preload();
+        while (!isLoaded_)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        scanner_->start(LookID{},
+                        {.cameraID = std::nullopt, .identities = material_.identities(10)},
+                        {.onFrame = [this](LookID, const ScanObservation& seen) { seen_ = seen; },
+                         .onCameraFailed = {}});
+    }
+
+    /// Whether a face was seen.
+    bool see(const std::shared_ptr<const PixelBuffer>& picture) {
+        seen_.reset();
+        picture_ = picture;
+        camera_->show(picture);
+        while (!seen_)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        return std::holds_alternative<ScanObservation::Face>(*seen_);
+    }
+
+  private:
+    Material& material_ = Material::shared();
+    QtMainThread mainThread_;
+    ThreadWorkQueues queues_;
+    UnixSystemClock clock_;
+    CameraUseRegistry registry_;
+    OpenCvFourierTransform fourier_;
+    std::unique_ptr<OpenCvFaceVision> vision_;
+    std::shared_ptr<HandCamera> camera_ = std::make_shared<HandCamera>();
+    std::atomic<bool> isLoaded_ = false;
+    std::optional<CameraFaceScanner> scanner_;
+    std::optional<ScanObservation> seen_;
+    std::shared_ptr<const PixelBuffer> picture_;
+    QTimer again_;
+};
+
+void wholeFrame(benchmark::State& state) {
+    Bench bench(state);
+    const auto picture = Material::shared().picture(static_cast<int>(state.range(1)),
+                                                    static_cast<int>(state.range(2)));
+    (void)bench.see(picture);
+    const Allocations before = Allocations::now();
+    for (auto _ : state) {
+        if (!bench.see(picture)) state.SkipWithError("no face seen");
+    }
+    const Allocations after = Allocations::now();
+    const auto perFrame = [&](std::int64_t value) {
+        return benchmark::Counter(static_cast<double>(value), benchmark::Counter::kAvgIterations);
+    };
+    state.counters["allocations"] = perFrame(after.count - before.count);
+    state.counters["kilobytes"] = perFrame((after.bytes - before.bytes) / 1024);
+}
+BENCHMARK(wholeFrame)
+    ->Args({1, 640, 480})
+    ->Args({2, 640, 480})
+    ->Args({2, 1280, 720})
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+
+/// The first frame of the first look after the start, or (1) the tenth.
+void firstFrame(benchmark::State& state) {
+    const auto picture = Material::shared().picture(640, 480);
+    for (auto _ : state) {
+        Bench bench(state);
+        for (int i = 0; i < 9 * state.range(1); ++i)
+            (void)bench.see(picture);
+        const auto began = std::chrono::steady_clock::now();
+        (void)bench.see(picture);
+        state.SetIterationTime(
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count());
+    }
+}
+BENCHMARK(firstFrame)
+    ->Args({2, 0})
+    ->Args({2, 1})
+    ->Iterations(5)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime();
+
+}  // namespace
+}  // namespace marrowby

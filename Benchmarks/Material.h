@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Platforms/Linux/OpenCvFaceVision.h"
+#include "Platforms/Linux/OpenCvImaging.h"
+#include "Platforms/Linux/OpenCvNeuralModels.h"
+#include "Platforms/Linux/PixelBuffer.h"
+#include "UnlockCore/Liveness/MiniFASNet.h"
+#include "UnlockCore/Recognition/CameraFrame.h"
+#include "UnlockCore/Recognition/DetectedFace.h"
+#include "UnlockCore/Recognition/FaceIdentity.h"
+#include "UnlockCore/Recognition/SFaceEmbedder.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// The standard pack and one rendered person in front of the camera, for all benchmarks. Ends the
+/// program with a sentence where they are missing.
+class Material {
+  public:
+    [[nodiscard]] static Material& shared();
+
+    std::filesystem::path models;
+    OpenCvImaging imaging;
+    OpenCvNeuralModels networks;
+
+    [[nodiscard]] std::unique_ptr<OpenCvFaceVision> loadVision(
+        std::shared_ptr<WorkQueue> helper = nullptr) const;
+    [[nodiscard]] std::unique_ptr<SFaceEmbedder> loadEmbedder();
+    [[nodiscard]] std::unique_ptr<MiniFASNet> loadRealFace();
+
+    /// The person at this size.
+    [[nodiscard]] std::shared_ptr<const PixelBuffer> picture(int width, int height) const;
+    /// At 640 × 480.
+    [[nodiscard]] CameraFrame frame() const;
+    /// The one face of `frame()`.
+    [[nodiscard]] DetectedFace face() const;
+    /// So many people of 18 samples each, all unlike each other.
+    [[nodiscard]] std::vector<FaceIdentity> identities(std::size_t count) const;
+
+  private:
+    explicit Material(const std::filesystem::path& shared);
+    std::shared_ptr<const PixelBuffer> person_;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "UnlockCore/Platform/FourierTransform.h"
+
+namespace marrowby {
+
+/// By OpenCV's discrete Fourier transform.
+class OpenCvFourierTransform final : public FourierTransform {
+  public:
+    [[nodiscard]] bool forward(Plane real, Plane imaginary) const override;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// The system calls that drive a V4L2 camera. A result below 0 is a negative errno; none is EINTR.
+/// Any thread.
+class V4l2Calls {
+  public:
+    virtual ~V4l2Calls() = default;
+
+    /// All video nodes, the lowest number first.
+    [[nodiscard]] virtual std::vector<std::string> nodes() = 0;
+    /// Whether this user may read and write the node. Does not open it.
+    [[nodiscard]] virtual bool mayOpen(const std::string& node) = 0;
+    /// Opens for non-blocking use.
+    [[nodiscard]] virtual int open(const std::string& node) = 0;
+    virtual void close(int file) = 0;
+    virtual int ioctl(int file, unsigned long request, void* argument) = 0;
+    /// Empty when the memory cannot be mapped.
+    [[nodiscard]] virtual std::span<std::uint8_t> map(int file, std::size_t length,
+                                                      std::uint32_t offset) = 0;
+    virtual void unmap(std::span<std::uint8_t> memory) = 0;
+    /// The events after waiting for something to read; 0 when the time ran out. A negative file
+    /// just waits.
+    [[nodiscard]] virtual int poll(int file, int milliseconds) = 0;
+};
+
+}  // namespace marrowby

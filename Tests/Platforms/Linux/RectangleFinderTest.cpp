@@ -1,0 +1,96 @@
+#include "Platforms/Linux/RectangleFinder.h"
+
+#include <cmath>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+constexpr RectangleRequest request{.minimumConfidence = 0.6,
+                                   .minimumSize = 0.15,
+                                   .maximumObservations = 3,
+                                   .minimumAspectRatio = 0.35,
+                                   .maximumAspectRatio = 1.0,
+                                   .quadratureToleranceDegrees = 30};
+
+using Shape = std::vector<Point>;
+
+/// The shape's corners go round clockwise as seen.
+bool isInside(const Shape& shape, double x, double y) {
+    for (std::size_t i = 0; i < shape.size(); ++i) {
+        const Point& a = shape[i];
+        const Point& b = shape[(i + 1) % shape.size()];
+        if ((b.x - a.x) * (y - a.y) - (b.y - a.y) * (x - a.x) < 0) return false;
+    }
+    return true;
+}
+
+/// A wall with one shape before another.
+Bitmap scene(const Shape& back, const Shape& front = {}) {
+    std::vector<std::uint8_t> bytes;
+    for (int y = 0; y < 480; ++y) {
+        for (int x = 0; x < 640; ++x) {
+            const bool isFront = !front.empty() && isInside(front, x, y);
+            const std::uint8_t value = isFront ? 90 : isInside(back, x, y) ? 40 : 160;
+            bytes.insert(bytes.end(), {value, value, value, 255});
+        }
+    }
+    return *Bitmap::create(640, 480, std::size_t{640} * 4, rgba8, std::move(bytes));
+}
+
+Shape oval(Point centre, double width, double height) {
+    Shape shape;
+    for (int i = 0; i < 40; ++i) {
+        shape.push_back(
+            {centre.x + width * std::cos(i * 0.15708), centre.y + height * std::sin(i * 0.15708)});
+    }
+    return shape;
+}
+
+TEST(RectangleFinder, findsDevicesInPerspective) {
+    struct Case {
+        Shape shape;
+        Rect box;
+    };
+    const Case cases[] = {
+        {{{200, 80}, {400, 80}, {400, 420}, {200, 420}}, {200, 80, 200, 340}},
+        {{{180, 120}, {420, 90}, {450, 400}, {160, 380}}, {160, 90, 290, 310}},
+        {{{300, 40}, {500, 240}, {300, 440}, {100, 240}}, {100, 40, 400, 400}},
+        {{{120, 160}, {520, 160}, {520, 320}, {120, 320}}, {120, 160, 400, 160}},
+    };
+    for (const auto& [shape, box] : cases) {
+        const auto found = findRectangles(scene(shape), request);
+        ASSERT_EQ(found->size(), 1U) << shape[0].x;
+        EXPECT_NEAR(found->at(0).x, box.x, 8);
+        EXPECT_NEAR(found->at(0).y, box.y, 8);
+        EXPECT_NEAR(found->at(0).maxX(), box.maxX(), 8);
+        EXPECT_NEAR(found->at(0).maxY(), box.maxY(), 8);
+    }
+    auto none = request;
+    none.maximumObservations = 0;
+    EXPECT_TRUE(findRectangles(scene(cases[0].shape), none)->empty());
+}
+
+TEST(RectangleFinder, leavesOutWhatIsNoDevice) {
+    struct Case {
+        const char* what;
+        Shape shape;
+    };
+    const Case cases[] = {
+        {"too small", {{300, 200}, {360, 200}, {360, 260}, {300, 260}}},
+        {"too long", {{60, 200}, {580, 200}, {580, 300}, {60, 300}}},
+        {"corners too sharp", {{260, 80}, {380, 80}, {540, 400}, {100, 400}}},
+        {"a triangle", {{320, 80}, {500, 400}, {140, 400}}},
+        {"a head", oval({320, 240}, 110, 150)},
+    };
+    for (const Case& c : cases)
+        EXPECT_TRUE(findRectangles(scene(c.shape), request)->empty()) << c.what;
+    const Shape window{{200, 60}, {440, 60}, {440, 400}, {200, 400}};
+    EXPECT_TRUE(findRectangles(scene(window, oval({320, 470}, 200, 160)), request)->empty())
+        << "somebody in front of a window";
+}
+
+}  // namespace
+}  // namespace marrowby

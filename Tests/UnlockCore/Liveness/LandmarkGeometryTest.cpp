@@ -1,0 +1,89 @@
+#include "UnlockCore/Liveness/LandmarkGeometry.h"
+
+#include <cmath>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using landmarkgeometry::fit;
+using landmarkgeometry::robustFit;
+
+constexpr Homography tilt{1.1, 0.05, 20, -0.03, 0.9, -7, 2e-4, -3e-4, 1};
+
+std::vector<Point> face(int count) {
+    std::vector<Point> points;
+    for (int i = 0; i < count; ++i)
+        points.push_back(
+            {200 + 60 * std::cos(i * 2.4) * (1 + i % 3), 150 + 40 * std::sin(i * 1.7)});
+    return points;
+}
+
+std::vector<Point> moved(std::vector<Point> points) {
+    for (Point& point : points)
+        point = tilt.apply(point);
+    return points;
+}
+
+double worst(const Homography& homography, const std::vector<Point>& points) {
+    double result = 0;
+    for (const Point& point : points)
+        result = std::max(result, distance(homography.apply(point), tilt.apply(point)));
+    return result;
+}
+
+TEST(LandmarkGeometry, takesTheMiddle) {
+    EXPECT_EQ(landmarkgeometry::median({}), 0);
+    EXPECT_EQ(landmarkgeometry::median({3, 1, 2}), 2);
+    EXPECT_EQ(landmarkgeometry::median({4, 1, 2, 8}), 3);
+}
+
+TEST(LandmarkGeometry, leavesWhatWouldGoToInfinity) {
+    const Homography horizon{1, 0, 0, 0, 1, 0, 0, 1, -5};
+    EXPECT_EQ(horizon.apply({3, 5}), (Point{3, 5}));
+    EXPECT_EQ(horizon.apply({3, 6}), (Point{3, 6}));
+    EXPECT_EQ(horizon.apply({3, 7}), (Point{1.5, 3.5}));
+}
+
+TEST(LandmarkGeometry, givesBackAnExactTransform) {
+    for (const int count : {4, 98}) {
+        const auto points = face(count);
+        for (const auto& found : {fit(points, moved(points)), robustFit(points, moved(points))}) {
+            ASSERT_TRUE(found);
+            EXPECT_LT(worst(*found, points), 1e-6) << count;
+        }
+    }
+}
+
+TEST(LandmarkGeometry, setsOutliersAside) {
+    const auto points = face(30);
+    auto seen = moved(points);
+    seen[11].x += 500;
+    ASSERT_GT(worst(*fit(points, seen), points), 5);
+    EXPECT_LT(worst(*robustFit(points, seen), points), 0.05);
+    std::vector<double> weights(points.size(), 2);
+    weights[11] = 0;
+    EXPECT_LT(worst(*fit(points, seen, weights), points), 1e-6);
+}
+
+TEST(LandmarkGeometry, findsNothingWithoutEnoughToGoBy) {
+    const auto points = face(12);
+    const std::vector<Point> three(points.begin(), points.begin() + 3);
+    const std::vector<Point> spot(12, Point{5, 5});
+    std::vector<Point> line;
+    for (int i = 0; i < 12; ++i)
+        line.push_back({10.0 * i, 3.0 * i});
+    auto unknown = points;
+    unknown[3].y = std::numeric_limits<double>::quiet_NaN();
+    for (const auto& bad : {three, spot, line, unknown, std::vector<Point>{}}) {
+        EXPECT_FALSE(robustFit(bad, points).has_value() && bad.size() == points.size());
+        EXPECT_FALSE(robustFit(bad, bad));
+    }
+    EXPECT_FALSE(fit(points, three));
+    EXPECT_FALSE(fit(points, points, std::vector<double>{1, 2}));
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,37 @@
+#include "UnlockCore/Liveness/DeviceBezelDetector.h"
+
+namespace marrowby::devicebezeldetector {
+
+namespace {
+
+constexpr RectangleRequest request{.minimumConfidence = 0.6,
+                                   .minimumSize = 0.15,
+                                   .maximumObservations = 3,
+                                   .minimumAspectRatio = 0.35,
+                                   .maximumAspectRatio = 1.0,
+                                   .quadratureToleranceDegrees = 30};
+
+}  // namespace
+
+std::optional<Observation> detect(const Bitmap& image, const Rect& faceBox, FaceVision& vision) {
+    const auto boxes = vision.rectangles(image, request);
+    if (!boxes) return std::nullopt;
+    const double width = image.width();
+    const double height = image.height();
+    std::optional<Rect> largest;
+    for (const Rect& box : *boxes) {
+        const Rect inPixels{box.x * width, (1 - box.y) * height - box.height * height,
+                            box.width * width, box.height * height};
+        if (!largest || inPixels.area() > largest->area()) largest = inPixels;
+    }
+    if (!largest) return std::nullopt;
+    return Observation{*largest, overlapFraction(faceBox, *largest)};
+}
+
+std::optional<double> overlapFraction(const Rect& a, const Rect& b) {
+    const double area = a.area();
+    if (!(area > 0)) return std::nullopt;
+    return intersection(a, b).area() / area;
+}
+
+}  // namespace marrowby::devicebezeldetector

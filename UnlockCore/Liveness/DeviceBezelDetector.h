@@ -1,0 +1,33 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Bitmap.h"
+#include "UnlockCore/Foundation/Geometry.h"
+#include "UnlockCore/Platform/FaceVision.h"
+
+#include <optional>
+
+namespace marrowby {
+
+/// Looks for a phone- or tablet-shaped rectangle around a face.
+namespace devicebezeldetector {
+
+struct Observation {
+    /// Pixels, origin at the top-left.
+    Rect rectangle;
+    /// Share of the face's box inside the rectangle, 0…1; absent for an empty box.
+    std::optional<double> faceOverlapFraction;
+
+    friend bool operator==(const Observation&, const Observation&) = default;
+};
+
+/// The largest rectangle. `faceBox` is in pixels with the origin at the top-left. Nothing without a
+/// rectangle or where the system cannot look for one.
+[[nodiscard]] std::optional<Observation> detect(const Bitmap& image, const Rect& faceBox,
+                                                FaceVision& vision);
+
+/// area(a ∩ b) / area(a); nothing where `a` has no area.
+[[nodiscard]] std::optional<double> overlapFraction(const Rect& a, const Rect& b);
+
+}  // namespace devicebezeldetector
+
+}  // namespace marrowby
