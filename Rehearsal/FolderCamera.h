@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Rehearsal/FrameFolder.h"
-#include "Rehearsal/Pacing.h"
+#include "Rehearsal/Scenes/Pacing.h"
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/Platform/CaptureSession.h"
 
