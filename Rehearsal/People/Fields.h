@@ -52,34 +52,8 @@ inline float capsule(const Vector3& p, const Vector3& a, const Vector3& b, float
     return length(pa - ba * t) - (ra + (rb - ra) * t);
 }
 
-/// 0…1, the same for the same cell.
-inline float cellNoise(std::int32_t x, std::int32_t y, std::int32_t z, std::uint32_t seed) {
-    std::uint32_t h = static_cast<std::uint32_t>(x) * 0x8da6b343U +
-                      static_cast<std::uint32_t>(y) * 0xd8163841U +
-                      static_cast<std::uint32_t>(z) * 0xcb1ab31fU + seed * 0x9e3779b9U;
-    h ^= h >> 15U;
-    h *= 0x2c1b3c6dU;
-    h ^= h >> 12U;
-    h *= 0x297a2d39U;
-    h ^= h >> 15U;
-    return static_cast<float>(h >> 8U) * 0x1p-24F;
-}
-
-/// 0…1, smooth, in waves of about two units.
-inline float noise(const Vector3& p, std::uint32_t seed) {
-    const Vector3 cell{std::floor(p.x), std::floor(p.y), std::floor(p.z)};
-    Vector3 t = p - cell;
-    t = t * t * (Vector3{3, 3, 3} - t * 2);
-    const auto x = static_cast<std::int32_t>(cell.x);
-    const auto y = static_cast<std::int32_t>(cell.y);
-    const auto z = static_cast<std::int32_t>(cell.z);
-    const auto edge = [&](std::int32_t dy, std::int32_t dz) {
-        return std::lerp(cellNoise(x, y + dy, z + dz, seed), cellNoise(x + 1, y + dy, z + dz, seed),
-                         t.x);
-    };
-    return std::lerp(std::lerp(edge(0, 0), edge(1, 0), t.y), std::lerp(edge(0, 1), edge(1, 1), t.y),
-                     t.z);
-}
+/// 0…1, smooth, in waves of about two units; repeats after 32. Seeds move it.
+[[nodiscard]] float noise(const Vector3& p, std::uint32_t seed);
 
 }  // namespace fields
 

@@ -90,6 +90,15 @@ Vector3 HeadShape::onFace(float x, float y) const {
     return {x, y, z};
 }
 
+float HeadShape::cheekFold(const Vector3& q) const {
+    const Vector3 from{.x = t_.noseWidth + 4, .y = t_.noseBaseY + 8, .z = 0};
+    const Vector3 to{.x = t_.mouthWidth + 9, .y = t_.mouthY + 4, .z = 0};
+    // Bent outwards, soft at its ends.
+    const float along = (q.y - to.y) / (from.y - to.y);
+    const float bend = 3 * bump(along * 2 - 1);
+    return capsule({q.x - bend, q.y, 0}, from, to, 0, 0);
+}
+
 float HeadShape::nose(const Vector3& p, float d) const {
     if (p.z < -25 || std::abs(p.x) > 45 || p.y > 40 || p.y < -80) return d;
     const float base = t_.noseBaseY;
@@ -141,8 +150,8 @@ float HeadShape::mouth(const Vector3& p, float d) const {
     const Vector3 u{q.x, q.y - line, q.z};
     d = joined(d,
                ellipsoid(u, {.x = 0, .y = up * 0.42F, .z = z - 5.5F},
-                         {.x = w * 0.98F, .y = up * 0.72F + 1, .z = 7.2F}),
-               5);
+                         {.x = w * 0.93F, .y = up * 0.72F + 1, .z = 7.2F}),
+               7);
     d = joined(d,
                ellipsoid(u, {.x = 0, .y = -low * 0.45F, .z = z - 6},
                          {.x = w * 0.86F, .y = low * 0.66F + 0.6F, .z = 7.4F}),
@@ -171,7 +180,7 @@ float HeadShape::eyes(const Vector3& p, float d) const {
     const float foldZ = c.z + t_.eyeRadius - 2.2F + t_.eyeHood * 1.6F - 0.022F * dx * dx;
     const float fold = std::sqrt(square(q.y - foldY) + square(q.z - foldZ) +
                                  square(std::max(0.F, std::abs(dx) - 15))) -
-                       4.2F;
+                       4.2F + 0.011F * dx * dx;
     d = joined(d, fold, 4);
     // The bag under it.
     const float bagY = edges.lower - 8;
@@ -218,7 +227,7 @@ float HeadShape::bareFace(const Vector3& point) const {
     d = joined(d,
                ellipsoid(p, {.x = 0, .y = t_.chinY + 13, .z = -6 + t_.chinZ},
                          {.x = t_.chinWidth, .y = 13.5F, .z = 14.5F}),
-               15);
+               24);
     d = joined(d,
                capsule(q, {.x = 9, .y = t_.browY - 5, .z = 2 + t_.browRidge},
                        {.x = 42, .y = t_.browY - 6, .z = -13 + t_.browRidge * 0.6F}, 6, 6),
@@ -229,9 +238,8 @@ float HeadShape::bareFace(const Vector3& point) const {
     d = nose(p, d);
     // Lines from the nose to the corners of the mouth.
     if (p.z > -30) {
-        const float lines = capsule(q, {.x = t_.noseWidth + 4, .y = t_.noseBaseY + 8, .z = 7},
-                                    {.x = t_.mouthWidth + 8, .y = t_.mouthY - 2, .z = 0}, 1, 1.6F);
-        d = carved(d, lines, 2 + 3.5F * t_.age);
+        const float fold = cheekFold(q);
+        d += (0.3F + 1.2F * t_.age) * bump(fold / 5);
     }
     d = mouth(p, d);
     return eyes(p, d);
@@ -242,16 +250,15 @@ float HeadShape::skin(const Vector3& p) const {
     const Vector3 q = mirrored(p);
     // Ears: a disc with a rim, its hollow turned forward.
     const Vector3 e = q - Vector3{.x = t_.skullWidth + 1, .y = -4, .z = -100};
-    if (length(e) < 70) {
-        // Long hair presses them to the head.
-        const float tilt = isHairLong() ? 0.05F : t_.earTilt;
-        const float cosTilt = std::cos(tilt);
-        const float sinTilt = std::sin(tilt);
+    // Long hair hides them.
+    if (length(e) < 70 && !isHairLong()) {
+        const float cosTilt = std::cos(t_.earTilt);
+        const float sinTilt = std::sin(t_.earTilt);
         // Out of the head, up, back.
         Vector3 r{e.x * cosTilt + e.z * sinTilt, e.y, e.z * cosTilt - e.x * sinTilt};
         r = Vector3{r.x, r.y * 0.98F + r.z * 0.2F, r.z * 0.98F - r.y * 0.2F} * (1 / t_.earSize);
         float ear = ellipsoid(r, {.x = 3, .y = 3, .z = -4}, {.x = 4.5F, .y = 26, .z = 16});
-        ear = joined(ear, ellipsoid(r, {.x = 2, .y = -19, .z = 2}, {.x = 4.5F, .y = 8, .z = 7.5F}),
+        ear = joined(ear, ellipsoid(r, {.x = 2, .y = -17, .z = 2}, {.x = 3.8F, .y = 7.5F, .z = 7}),
                      5);
         ear = carved(ear, ellipsoid(r, {.x = 8, .y = 3, .z = -1}, {.x = 5.2F, .y = 19, .z = 9}), 4);
         d = joined(d, ear * t_.earSize, 7);
@@ -304,9 +311,7 @@ float HeadShape::hairField(const Vector3& p) const {
     const float ear = (std::sqrt(square((p.y + 8) / 35) + square((p.z + 99) / 23)) - 1) * 24;
     if (x > 40 && !isHairLong()) f = std::min(f, ear);
     f = std::min(f, p.y + 84);
-    // Sideburns.
-    const float burn = std::min({7.5F - std::abs(p.z + 71), p.y + 24, x - 50});
-    f = std::max(f, burn);
+
     if (t_.hair == HairStyle::crown) {
         f = std::min(f, 52 - p.y + 0.25F * (-90 - p.z) + 3 * wander);
     }
@@ -316,10 +321,11 @@ float HeadShape::hairField(const Vector3& p) const {
 HeadShape::Cover HeadShape::scalp(const Vector3& p) const {
     if (t_.hair == HairStyle::bald || p.z > 20 || p.y < -95) return {};
     const float f = hairField(p);
-    if (f < -8) return {};
+
     const float top = smoothstep(35, 95, p.y);
     const float k = t_.hairThickness;
-    Cover cover{.density = smoothstep(-5, 8, f)};
+    const float sideburn = std::min({7.5F - std::abs(p.z + 71), p.y + 24, std::abs(p.x) - 50});
+    Cover cover{.density = smoothstep(-5, 8, std::max(f, isHairLong() ? -9.F : sideburn))};
     const float rise = smoothstep(0, 24, f);
     switch (t_.hair) {
         case HairStyle::bald:
@@ -345,7 +351,7 @@ HeadShape::Cover HeadShape::scalp(const Vector3& p) const {
             const float curls =
                 noise(p * 0.16F, t_.noiseSeed) + 0.5F * noise(p * 0.33F, t_.noiseSeed);
             cover.thickness =
-                (14 + 14 * k * (0.4F + 0.6F * top) + 9 * (curls - 0.75F)) * smoothstep(-2, 22, f);
+                (9 + 15 * k * (0.4F + 0.6F * top) + 7 * (curls - 0.75F)) * smoothstep(-2, 34, f);
             break;
         }
         case HairStyle::fringe:
@@ -353,6 +359,8 @@ HeadShape::Cover HeadShape::scalp(const Vector3& p) const {
             break;
         case HairStyle::bob:
         case HairStyle::longHair:
+            // Scalp shows where it parts.
+            cover.density *= 1 - 0.75F * bump((p.x - t_.partX) / 2.4F) * smoothstep(60, 80, p.y);
             cover.thickness = (8 + 9 * k * top) * rise;
             break;
     }
@@ -370,7 +378,7 @@ float HeadShape::locks(const Vector3& p) const {
     const Vector3 side{q.x, q.y, (q.z + 82) * 0.40F};
     const float out = t_.skullWidth - 1 + sway * (isLong ? 1.F : 0.4F);
     float d = capsule(side, {.x = t_.skullWidth - 12, .y = 60, .z = 0},
-                      {.x = out, .y = end, .z = 2}, 15, 12 + 5 * k);
+                      {.x = out, .y = end, .z = 2}, 17, 9 + 5 * k);
     const Vector3 behind{q.x * 0.45F, q.y, q.z};
     d = joined(
         d,
@@ -393,7 +401,7 @@ HeadShape::Cover HeadShape::beard(const Vector3& p) const {
         9;
     const float cheeks = std::min({cheekLine - p.y, underside, p.z + 82});
     const float moustache =
-        std::min({t_.noseBaseY - 1.5F - p.y, p.y - mouthY + 6, t_.mouthWidth + 7 - x, p.z + 20});
+        std::min({t_.noseBaseY - 1.5F - p.y, p.y - mouthY + 1, t_.mouthWidth + 5 - x, p.z + 20});
     const float chin = std::min({25 - x + 0.2F * (mouthY - p.y), mouthY - 2 - p.y, underside});
     float f = -far;
     float density = 0.95F;
@@ -438,7 +446,7 @@ float HeadShape::distance(const Vector3& p) const {
     if (d < 60) {
         const Vector3 even = symmetric(p);
         d -= scalp(p).thickness + beard(even).thickness + 0.7F * brow(even);
-        if (p.y < -120) d -= 3.5F * smoothstep(-1.5F, 1.5F, clothField(p));
+        if (p.y < -120) d -= 4 * smoothstep(-4, 4, clothField(p));
     }
     return joined(d, locks(p), 3);
 }
@@ -477,9 +485,7 @@ Vector3 HeadShape::skinColour(const Vector3& p) const {
              smoothstep(0.55F, 1,
                         std::sin((p.y + 0.012F * q.x * q.x + 5 * noise(p * 0.05F, 3)) * 0.85F)),
          {.x = 0.55F, .y = 0.48F, .z = 0.46F});
-    const Vector3 from{.x = t_.noseWidth + 4, .y = t_.noseBaseY + 8, .z = p.z};
-    const Vector3 to{.x = t_.mouthWidth + 8, .y = t_.mouthY - 2, .z = p.z};
-    tint(std::exp(-square(capsule(q, from, to, 0, 0) / 2)) * (0.06F + 0.28F * t_.age),
+    tint(bump(cheekFold(q) / 3.5F) * (0.05F + 0.25F * t_.age),
          {.x = 0.62F, .y = 0.52F, .z = 0.50F});
     const float crow =
         bump((q.x - t_.eyeX - 20) / 9) * bump((p.y) / 12) * smoothstep(0.35F, 1, t_.age);
@@ -500,7 +506,7 @@ Vector3 HeadShape::skinColour(const Vector3& p) const {
     }
     for (const PersonTraits::Mole& mole : t_.moles) {
         const float away = std::hypot(p.x - mole.x, p.y - mole.y) / mole.radius;
-        tint(0.8F * smoothstep(1.4F, 0.6F, away), {.x = 0.35F, .y = 0.24F, .z = 0.2F});
+        tint(0.7F * smoothstep(1.5F, 0.5F, away), {.x = 0.35F, .y = 0.24F, .z = 0.2F});
     }
     // Lips, and the mouth behind them.
     const float lipZ = p.z + p.x * p.x * 0.0165F - t_.mouthZ;
@@ -555,7 +561,7 @@ HeadShape::Surface HeadShape::surface(const Vector3& point) const {
     const Cover head = scalp(point);
     const float lock = locks(point);
     const float covered = skin(point) - head.thickness - chin.thickness;
-    const float locked = smoothstep(2.5F, -1.5F, lock - covered);
+    const float locked = smoothstep(4.5F, 0.5F, lock - covered);
     if (locked > 0) s.cloth = std::min(s.cloth, 3 - 8 * locked);
     s.hair = std::max({brows, chin.density, head.density, locked});
     if (brows >= s.hair) {
@@ -569,8 +575,8 @@ HeadShape::Surface HeadShape::surface(const Vector3& point) const {
         const float angle = std::atan2(p.x, p.z + 95);
         s.strandU = angle * 42 + 2.5F * noise(p * 0.05F, 2);
         s.strandV = p.y * 0.035F;
-        if (t_.hair == HairStyle::sidePart) {
-            s.strandU = p.z * 0.6F + 2 * noise(p * 0.05F, 2);
+        if (t_.hair == HairStyle::sidePart || (isHairLong() && t_.hair != HairStyle::fringe)) {
+            s.strandU = p.z * 0.6F - p.y * 0.6F * smoothstep(-25, 5, p.z) + 2 * noise(p * 0.05F, 2);
             s.strandV = p.y * 0.035F + p.x * 0.035F;
         }
         if (t_.hair == HairStyle::curly || t_.hair == HairStyle::buzzed) {

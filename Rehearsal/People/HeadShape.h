@@ -66,6 +66,8 @@ class HeadShape {
     [[nodiscard]] bool isHairLong() const;
     /// Where the point would be in a face of two equal sides.
     [[nodiscard]] Vector3 symmetric(const Vector3& p) const;
+    /// From the line between the nose and a corner of the mouth, seen from the front.
+    [[nodiscard]] float cheekFold(const Vector3& q) const;
     [[nodiscard]] float nose(const Vector3& p, float d) const;
     [[nodiscard]] float mouth(const Vector3& p, float d) const;
     [[nodiscard]] float eyes(const Vector3& p, float d) const;

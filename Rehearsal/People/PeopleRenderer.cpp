@@ -360,7 +360,7 @@ Vector3 shadeBody(const Channels& c, const PersonTraits& traits) {
         const float cover =
             smoothstep(0.28F, 0.72F, c[hair] + (strand - 0.5F) * 0.9F * (1.15F - c[hair]));
         Vector3 strands = traits.hairColour * (0.45F + 1.1F * strand);
-        const float greyed = smoothstep(1 - traits.grey, 1.25F - traits.grey, strand + 0.1F);
+        const float greyed = std::clamp(traits.grey * (0.7F + 0.6F * strand), 0.F, 1.F);
         strands = mix(strands, {.x = 0.38F, .y = 0.37F, .z = 0.36F}, greyed);
         colour = mix(colour, strands, cover);
         shines = std::lerp(shines, 1.3F * shines * smoothstep(0.35F, 0.85F, strand), cover);

@@ -48,14 +48,14 @@ SurfaceMesh::Grid grid(const PersonTraits& traits) {
                      .to(-190, 9)
                      .to(-135, 3.5F)
                      .to(traits.chinY - 6, 2.2F)
-                     .to(36, 1.3F)
-                     .to(75, 2)
-                     .to(185, 3.5F),
+                     .to(36, 1.4F)
+                     .to(75, 2.4F)
+                     .to(185, 4),
             .z = Lines(-270)
                      .to(-130, 7)
-                     .to(-60, 3.5F)
-                     .to(-28, 2.4F)
-                     .to(traits.noseTipZ + 6, 1.3F)
+                     .to(-60, 4)
+                     .to(-28, 2.6F)
+                     .to(traits.noseTipZ + 6, 1.5F)
                      .to(70, 6)};
 }
 
@@ -119,10 +119,12 @@ PersonModel::PersonModel(std::uint64_t seed) : traits(seed) {
 
 PersonModel::Motion PersonModel::motion(const Vector3& p) const {
     Motion result;
-    // Below the line of the lips; the farther from them, the softer.
-    const float soft = 0.4F + 0.9F * std::max(0.F, std::abs(p.x) - traits.mouthWidth * 0.7F) +
-                       0.6F * std::max(0.F, traits.mouthZ - 16 - p.z - 0.0165F * p.x * p.x);
-    result.jaw = smoothstep(-soft, soft, shape.mouthLine(p.x) - p.y) *
+    // Below the line of the lips; sharply between them, softly beside them.
+    const float below = shape.mouthLine(p.x) - p.y;
+    const float along = std::min(1.F, std::abs(p.x) / traits.mouthWidth);
+    const float behind = smoothstep(14, 26, traits.mouthZ - p.z - 0.0165F * p.x * p.x);
+    result.jaw = std::lerp(smoothstep(-14, 14, below), smoothstep(-0.4F, 0.4F, below),
+                           (1 - along * along) * (1 - behind)) *
                  smoothstep(traits.chinY - 50, traits.chinY - 8, p.y) * smoothstep(-95, -55, p.z);
 
     const float side = p.x < 0 ? -1.F : 1.F;
@@ -154,6 +156,12 @@ PersonModel::Motion PersonModel::motion(const Vector3& p) const {
 void PersonModel::addBody() {
     SurfaceMesh mesh = SurfaceMesh::extracted(
         grid(traits), [this](const Vector3& p) { return shape.distance(p); });
+    // The grid is as fine behind the face as on it, which nobody sees.
+    mesh.coarsen([this](const Vector3& p) {
+        if (p.y < traits.chinY - 60) return p.y < -240 ? 16.F : 6.F;
+        const bool isBehind = p.z < -66 && std::abs(p.x) < traits.skullWidth - 9;
+        return isBehind || p.z < -135 ? 5.5F : 0.F;
+    });
     triangles = std::move(mesh.triangles);
     vertices.reserve(mesh.points.size());
     for (Vector3 p : mesh.points) {
@@ -335,7 +343,7 @@ void PersonModel::findAnchors() {
     const Vector3 middle{.x = 0, .y = -40, .z = 0};
     std::array<Vector3, 97> outline;
     for (std::size_t i = 0; i < outline.size(); ++i) {
-        const float angle = pi * (-0.24F + 1.48F * static_cast<float>(i) / (outline.size() - 1));
+        const float angle = pi * (-0.18F + 1.36F * static_cast<float>(i) / (outline.size() - 1));
         const Vector3 out{-std::cos(angle), -std::sin(angle), 0};
         Vector3 best = middle;
         for (float r = 30; r < 130; r += 1) {
@@ -396,7 +404,7 @@ void PersonModel::findAnchors() {
         onFace(51 + i, 0, std::lerp(-2.F, tipY, static_cast<float>(i) / 3));
     for (std::size_t i = 0; i < 5; ++i) {
         const float s = static_cast<float>(i) / 2 - 1;
-        onFace(55 + i, s * (traits.noseWidth - 2), traits.noseBaseY + 1 + 2.5F * std::abs(s));
+        onFace(55 + i, s * (traits.noseWidth - 2), traits.noseBaseY - 2.5F + 2 * std::abs(s));
     }
 
     for (const float side : {-1.F, 1.F}) {

@@ -80,7 +80,7 @@ PersonTraits::PersonTraits(std::uint64_t seed) {
     browRidge = dice.around(4 * m, 2);
 
     noseBaseY = dice.around(-44, 5);
-    noseTipZ = dice.around(27 + 2 * m, 3.6F);
+    noseTipZ = dice.around(29.5F + 2 * m, 3.6F);
     noseTipRise = dice.around(6, 3.2F);
     noseTipRadius = dice.around(8.8F + m, 1.3F);
     noseWidth = dice.around(17 + 1.6F * m, 2.8F);
@@ -141,11 +141,11 @@ PersonTraits::PersonTraits(std::uint64_t seed) {
                     ? Vector3{.x = 0.012F, .y = 0.012F, .z = 0.014F}
                     : Vector3{dice.uniform(0.03F, 0.3F), dice.uniform(0.02F, 0.12F), 0.03F};
 
-    const std::size_t moleCount = dice.pick(4);
+    const std::size_t moleCount = dice.pick(3);
     for (std::size_t i = 0; i < moleCount; ++i) {
         moles.push_back({.x = dice.uniform(-48, 48),
                          .y = dice.uniform(-100, 45),
-                         .radius = dice.uniform(0.9F, 1.9F)});
+                         .radius = dice.uniform(0.7F, 1.5F)});
     }
 }
 

@@ -4,7 +4,8 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <optional>
+#include <map>
+#include <utility>
 
 namespace marrowby {
 
@@ -133,6 +134,40 @@ class Extraction {
 
 SurfaceMesh SurfaceMesh::extracted(const Grid& grid, const Distance& distance) {
     return Extraction(grid, distance).run();
+}
+
+void SurfaceMesh::coarsen(const std::function<float(const Vector3&)>& size) {
+    std::map<std::array<std::int32_t, 4>, std::uint32_t> cubes;
+    std::vector<std::uint32_t> renumbered;
+    std::vector<Vector3> kept;
+    std::vector<float> melted;
+    for (const Vector3& p : points) {
+        auto target = static_cast<std::uint32_t>(kept.size());
+        const float side = size(p);
+        if (side > 0) {
+            const auto at = [&](float v) {
+                return static_cast<std::int32_t>(std::floor(v / side));
+            };
+            target = cubes.try_emplace({at(p.x), at(p.y), at(p.z), at(side * side)}, target)
+                         .first->second;
+        }
+        if (target == kept.size()) {
+            kept.emplace_back();
+            melted.push_back(0);
+        }
+        kept[target] = kept[target] + p;
+        melted[target] += 1;
+        renumbered.push_back(target);
+    }
+    for (std::size_t i = 0; i < kept.size(); ++i)
+        kept[i] = kept[i] * (1 / melted[i]);
+    points = std::move(kept);
+    for (Triangle& triangle : triangles) {
+        for (std::uint32_t& corner : triangle)
+            corner = renumbered[corner];
+    }
+    std::erase_if(triangles,
+                  [](const Triangle& t) { return t[0] == t[1] || t[1] == t[2] || t[2] == t[0]; });
 }
 
 }  // namespace marrowby

@@ -27,6 +27,9 @@ struct SurfaceMesh {
     /// the surface are left out unseen.
     [[nodiscard]] static SurfaceMesh extracted(const Grid& grid, const Distance& distance);
 
+    /// Melts the points within each cube of `size` to one where that is above 0.
+    void coarsen(const std::function<float(const Vector3&)>& size);
+
     std::vector<Vector3> points;
     std::vector<Triangle> triangles;
 };

@@ -9,12 +9,14 @@ namespace {
 constexpr Vector3 blackPlastic{.x = 0.02F, .y = 0.02F, .z = 0.022F};
 constexpr float inch = 0.0254F;
 
-Prop showingStill(PropKind kind, std::uint64_t person, Movement moves, const Sheet& sheet) {
+Prop showingStill(PropKind kind, std::uint64_t person, Movement moves, const Sheet& sheet,
+                  int pixelsWide = 450) {
     return {.kind = kind,
             .sheet = sheet,
             .moves = std::move(moves),
             .person = person,
-            .plays = lookingAround(person, 0.52F, 0)};
+            .plays = lookingAround(person, 0.52F, 0),
+            .pixelsWide = pixelsWide};
 }
 
 }  // namespace
@@ -45,7 +47,8 @@ Prop phone(std::uint64_t person, Movement moves) {
          .borderColour = blackPlastic,
          .gloss = 0.045F,
          .roughness = 0.01F,
-         .display = Display{.pixelPitch = inch / 400, .white = 0.9F, .pulseDepth = 0.25F}});
+         .display = Display{.pixelPitch = inch / 400, .white = 0.9F, .pulseDepth = 0.25F}},
+        260);
 }
 
 Prop tablet(std::uint64_t person, Movement moves) {
@@ -57,7 +60,8 @@ Prop tablet(std::uint64_t person, Movement moves) {
                          .borderColour = blackPlastic,
                          .gloss = 0.04F,
                          .roughness = 0.01F,
-                         .display = Display{.pixelPitch = inch / 264, .white = 0.8F}});
+                         .display = Display{.pixelPitch = inch / 264, .white = 0.8F}},
+                        260);
 }
 
 Prop monitor(std::uint64_t person, Movement moves) {

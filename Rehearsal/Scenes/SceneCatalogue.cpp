@@ -102,14 +102,19 @@ std::vector<Scene> attacks(std::uint64_t person) {
     shown("print-dark", "the photo in weak light", print(person, held(0.36F, person)),
           LightKind::dark);
 
+    // Worn as a mask: eyes over eyes, and both moved alike.
+    const Placement nod = at(0.006F, 0.003F, 0, 0.05F, 0.03F);
     for (const bool hasEyeHoles : {false, true}) {
-        scenes.push_back({.name = hasEyeHoles ? "cut-out-eyes" : "cut-out",
-                          .tells = hasEyeHoles
-                                       ? "a cut-out face with holes for the eyes, before another's"
-                                       : "a cut-out face before another's",
-                          .light = LightKind::normal,
-                          .actors = {{besides(person, 2), lookingAround(person + 3, 0.60F, 0.05F)}},
-                          .props = {cutOut(person, held(0.47F, person), hasEyeHoles)}});
+        scenes.push_back(
+            {.name = hasEyeHoles ? "cut-out-eyes" : "cut-out",
+             .tells = hasEyeHoles ? "a cut-out face with holes for the eyes, before another's"
+                                  : "a cut-out face before another's",
+             .light = LightKind::normal,
+             .actors = {{besides(person, 2),
+                         acting(Movement(at(0, 0.02F, 0.56F)).sway(nod, slow), person)}},
+             .props = {cutOut(person,
+                              Movement(at(0, -0.002F, 0.47F)).sway(nod, slow).tremble(person),
+                              hasEyeHoles)}});
     }
 
     for (const bool isReplay : {false, true}) {

@@ -18,10 +18,8 @@ constexpr TimeInterval readout{0.018};
 /// What moves less than this is sharp enough.
 constexpr double visibleMotion = 0.4;
 
-/// The picture that a prop shows, and how the head fills it.
-constexpr int photoWidth = 450;
-constexpr int photoHeight = 600;
-constexpr double photoFocalLength = 845;
+/// Of the camera that took what a prop shows, in widths of its pictures.
+constexpr double photoFocalLength = 845.0 / 450;
 
 PersonPose poseOf(const Placement& head) {
     return facingCamera(head.position, head.yaw, head.pitch, head.roll);
@@ -64,6 +62,21 @@ double part(std::span<const Point> outline, int x, int y) {
     return hits / 4.0;
 }
 
+/// An outline half as large again, as scissors leave it.
+std::vector<Point> widened(std::span<const Point> outline) {
+    Point middle;
+    for (const Point& point : outline) {
+        middle.x += point.x / static_cast<double>(outline.size());
+        middle.y += point.y / static_cast<double>(outline.size());
+    }
+    std::vector<Point> wide;
+    for (const Point& point : outline) {
+        wide.push_back({.x = middle.x + (point.x - middle.x) * 1.5,
+                        .y = middle.y + (point.y - middle.y) * 1.5});
+    }
+    return wide;
+}
+
 /// Leaves of the picture what a pair of scissors would: the face, forehead included.
 void cutOut(LinearImage& image, const FaceTruth& face, bool hasEyeHoles) {
     const auto points = std::span(face.points);
@@ -78,12 +91,12 @@ void cutOut(LinearImage& image, const FaceTruth& face, bool hasEyeHoles) {
         outline.push_back(
             {.x = right.x + (left.x - right.x) * t, .y = right.y + (left.y - right.y) * t - rise});
     }
-    const auto leftEye = points.subspan(60, 8);
-    const auto rightEye = points.subspan(68, 8);
+    const auto leftHole = widened(points.subspan(60, 8));
+    const auto rightHole = widened(points.subspan(68, 8));
     for (int y = 0; y < image.height; ++y) {
         for (int x = 0; x < image.width; ++x) {
             double kept = part(outline, x, y);
-            if (hasEyeHoles && kept > 0) kept *= 1 - part(leftEye, x, y) - part(rightEye, x, y);
+            if (hasEyeHoles && kept > 0) kept *= 1 - part(leftHole, x, y) - part(rightHole, x, y);
             image.coverage[image.index(x, y)] = static_cast<float>(std::max(kept, 0.0));
         }
     }
@@ -229,11 +242,15 @@ void SceneFilm::drawProp(std::size_t index, const Placement& place, Shooting& sh
 }
 
 SceneFilm::Picture SceneFilm::photograph(const Prop& prop, TimeInterval at) {
+    const int width = prop.pixelsWide;
+    const int height = width * 4 / 3;
     const PinholeCamera camera{
-        .focalLength = photoFocalLength, .centreX = photoWidth / 2.0, .centreY = photoHeight / 2.0};
+        .focalLength = photoFocalLength * width, .centreX = width / 2.0, .centreY = height / 2.0};
     // Taken elsewhere, in good light.
     const SceneLight good = light(LightKind::normal);
-    if (!photoRoom_) photoRoom_ = drawRoom(photoWidth, photoHeight, camera, good, prop.person + 17);
+    if (!photoRoom_ || photoRoom_->width != width) {
+        photoRoom_ = drawRoom(width, height, camera, good, prop.person + 17);
+    }
     LinearImage image = *photoRoom_;
     const Stance stance = prop.plays(at);
     const FaceTruth face = renderer_.draw(image, camera, people_.at(prop.person),

@@ -47,9 +47,9 @@ SceneLight light(LightKind kind) {
             return times(light, 0.035F);
         case LightKind::backlit:
             light.people.keyStrength = 0.12F;
-            light.people.ambient = {.x = 0.36F, .y = 0.38F, .z = 0.41F};
+            light.people.ambient = {.x = 0.50F, .y = 0.52F, .z = 0.56F};
             light.people.backlight = 0.9F;
-            light.windowBehind = 2.0F;
+            light.windowBehind = 1.6F;
             light.room = 0.35F;
             light.source = 2;
             return light;

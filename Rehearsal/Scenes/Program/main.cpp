@@ -31,11 +31,13 @@ constexpr const char* usage =
     "marrowby-scenes --speed SCENE...                   pictures per second of one processor\n"
     "marrowby-scenes --scores MODELS SCENE...           what the networks in a folder make of "
     "them\n"
-    "Names of scenes may be beginnings; “all” is all. Before all else: --person SEED, --size WxH,\n"
-    "--rate PICTURES-PER-SECOND.\n";
+    "Names of scenes may be beginnings; “all” is all. Before all else: --person SEED, --people "
+    "COUNT\n"
+    "(for the scores), --size WxH, --rate PICTURES-PER-SECOND.\n";
 
 struct Options {
     std::uint64_t person = 0;
+    std::size_t people = 1;
     int width = 640;
     int height = 480;
     double rate = 30;
@@ -195,21 +197,44 @@ int measureScores(const std::filesystem::path& models, const std::vector<Scene>&
                   const Options& options) {
     auto scores = SceneScores::load(models);
     if (!scores) return fail(scores.error());
-    if (const auto reference = sceneNamed("live-turning", options.person)) {
-        (*scores)->enroll(*reference);
+    struct Row {
+        SceneScores::Score sum;
+        int looks = 0;
+        int live = 0;
+    };
+    std::vector<Row> rows(scenes.size());
+    for (const std::uint64_t person : options.people > 1 ? distinctPeople().first(options.people)
+                                                         : std::span(&options.person, 1)) {
+        if (const auto reference = sceneNamed("live-turning", person)) {
+            (*scores)->enroll(*reference);
+        }
+        for (std::size_t i = 0; i < scenes.size(); ++i) {
+            const auto scene = sceneNamed(scenes[i].name, person);
+            if (!scene) continue;
+            const auto score = (*scores)->score(*scene, options.width, options.height);
+            rows[i].looks += 1;
+            rows[i].live += score.decision == "live" ? 1 : 0;
+            SceneScores::Score& sum = rows[i].sum;
+            sum.pictures += score.pictures;
+            sum.withFace += score.withFace;
+            std::ranges::copy(score.live, std::back_inserter(sum.live));
+            std::ranges::copy(score.likeness, std::back_inserter(sum.likeness));
+            std::ranges::copy(score.finder, std::back_inserter(sum.finder));
+        }
     }
-    std::cout << "scene                    found  finder   live: lowest median highest   likeness  "
-                 "a usual look\n";
-    for (const Scene& scene : scenes) {
-        const auto score = (*scores)->score(scene, options.width, options.height);
-        std::cout << std::left << std::setw(24) << scene.name << std::right << std::setw(3)
-                  << score.withFace << '/' << std::left << std::setw(3) << score.pictures
-                  << std::right << std::fixed << std::setprecision(2) << std::setw(7)
-                  << quantile(score.finder, 0.5) << std::setw(15) << quantile(score.live, 0)
-                  << std::setw(7) << quantile(score.live, 0.5) << std::setw(8)
-                  << quantile(score.live, 1) << std::setw(11) << quantile(score.likeness, 0.5)
-                  << "  " << score.decision << '\n'
-                  << std::flush;
+    std::cout << "                          pictures  finder   real-face probability  likeness   "
+                 "looks taken\n"
+                 "scene                    with face  median  lowest median highest    median   "
+                 "   for live\n";
+    for (std::size_t i = 0; i < scenes.size(); ++i) {
+        const Row& row = rows[i];
+        std::cout << std::left << std::setw(24) << scenes[i].name << std::right << std::setw(4)
+                  << row.sum.withFace << '/' << std::left << std::setw(4) << row.sum.pictures
+                  << std::right << std::fixed << std::setprecision(2) << std::setw(8)
+                  << quantile(row.sum.finder, 0.5) << std::setw(8) << quantile(row.sum.live, 0)
+                  << std::setw(7) << quantile(row.sum.live, 0.5) << std::setw(8)
+                  << quantile(row.sum.live, 1) << std::setw(10) << quantile(row.sum.likeness, 0.5)
+                  << std::setw(10) << row.live << " of " << row.looks << '\n';
     }
     return EXIT_SUCCESS;
 }
@@ -220,6 +245,9 @@ Options takeOptions(std::vector<std::string>& words) {
     while (words.size() >= 2) {
         if (words[0] == "--person") {
             options.person = std::strtoull(words[1].c_str(), nullptr, 10);
+        } else if (words[0] == "--people") {
+            options.people = std::clamp<std::size_t>(std::strtoull(words[1].c_str(), nullptr, 10),
+                                                     1, distinctPeople().size());
         } else if (words[0] == "--rate") {
             options.rate = std::max(std::strtod(words[1].c_str(), nullptr), 1.0);
         } else if (words[0] == "--size" && words[1].contains('x')) {
