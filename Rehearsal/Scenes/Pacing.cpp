@@ -1,4 +1,4 @@
-#include "Rehearsal/Pacing.h"
+#include "Rehearsal/Scenes/Pacing.h"
 
 #include "UnlockCore/Foundation/Mutex.h"
 
