@@ -2,6 +2,7 @@
 
 #include "Platforms/Linux/BitmapMat.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
+#include "Platforms/Linux/OpenCvFourierTransform.h"
 #include "Platforms/Linux/OpenCvImaging.h"
 #include "Platforms/Linux/OpenCvNeuralModels.h"
 #include "Platforms/Linux/YuNetFaceFinder.h"
@@ -65,6 +66,7 @@ std::string text(const LivenessDecision& decision) {
 
 struct SceneScores::Networks {
     OpenCvImaging imaging;
+    OpenCvFourierTransform fourier;
     OpenCvNeuralModels models;
     std::unique_ptr<OpenCvFaceVision> vision;
     std::optional<YuNetFaceFinder> finder;
@@ -146,7 +148,12 @@ SceneScores::Score SceneScores::score(const Scene& scene, int width, int height)
                                 .source = picture,
                                 .sourceSize = size,
                                 .timestamp = clock.time};
-        const FaceScan::Step& seen = scan.take(frame, *networks_->recognizer, antiSpoof, clock);
+        const FaceScan::Step& seen = scan.take(frame, {.recognizer = *networks_->recognizer,
+                                                       .antiSpoof = antiSpoof,
+                                                       .vision = *networks_->vision,
+                                                       .imaging = networks_->imaging,
+                                                       .fourier = networks_->fourier,
+                                                       .clock = clock});
         score.decision = text(seen.liveness.decision);
         if (seen.recognition) {
             ++score.withFace;
