@@ -78,8 +78,8 @@ std::expected<std::vector<Look>, std::string> looksBelow(const fs::path& folder,
         std::ranges::sort(files);
         look->framesPerSecond = rateIn(place, usualFramesPerSecond);
         look->pictureCount = files.size();
-        look->picture = [files = std::move(files)](std::size_t i) {
-            return readPicture(files.at(i));
+        look->picture = [sorted = std::move(files)](std::size_t i) {
+            return readPicture(sorted.at(i));
         };
         looks.push_back(*std::move(look));
     }

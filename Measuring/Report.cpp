@@ -3,6 +3,7 @@
 #include "Measuring/Proportion.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iomanip>
 #include <sstream>
 #include <string>
@@ -96,7 +97,8 @@ void writeGenuine(std::ostream& out, std::span<const LookResult> results) {
     if (times.empty()) return;
     std::ranges::sort(times);
     const auto at = [&](double part) {
-        return times[static_cast<std::size_t>(part * static_cast<double>(times.size() - 1) + 0.5)];
+        return times[static_cast<std::size_t>(
+            std::lround(part * static_cast<double>(times.size() - 1)))];
     };
     out << std::fixed << std::setprecision(2) << "  opened after the first face in " << at(0.5)
         << " s (median), " << at(0.1) << " to " << at(0.9) << " s (10 % to 90 %)\n";

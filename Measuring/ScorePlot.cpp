@@ -82,6 +82,7 @@ std::expected<void, std::string> writeScorePlot(const std::filesystem::path& fil
             likeness[person == result.person ? 0 : 1].values.push_back(similarity);
         }
     }
+    const std::unexpected unwritable("The plot “" + file.string() + "” couldn’t be written.");
     try {
         cv::Mat canvas(2 * panelHeight, width, CV_8UC3, cv::Scalar::all(255));
         drawPanel(canvas.rowRange(0, panelHeight),
@@ -89,10 +90,10 @@ std::expected<void, std::string> writeScorePlot(const std::filesystem::path& fil
         drawPanel(canvas.rowRange(panelHeight, 2 * panelHeight),
                   "Likeness to an enrolled person, best frame of a look", -0.2, likeness);
         if (cv::imwrite(file.string(), canvas)) return {};
+        return unwritable;
     } catch (const cv::Exception&) {
-        // Told below.
+        return unwritable;
     }
-    return std::unexpected("The plot “" + file.string() + "” couldn’t be written.");
 }
 
 }  // namespace marrowby

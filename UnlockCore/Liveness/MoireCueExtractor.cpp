@@ -70,7 +70,8 @@ struct Bin {
 };
 
 std::size_t indexOf(int kx, int ky) {
-    return static_cast<std::size_t>((ky + side) % side * side + (kx + side) % side);
+    const auto wrapped = [](int k) { return static_cast<std::size_t>((k + side) % side); };
+    return wrapped(ky) * FourierTransform::side + wrapped(kx);
 }
 
 /// All bins of the rings, made once.

@@ -1,6 +1,7 @@
 #include "UnlockCore/Liveness/Planarity.h"
 
 #include "UnlockCore/Liveness/LandmarkGeometry.h"
+#include "UnlockCore/Recognition/MeanPoint.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,6 +13,9 @@
 namespace marrowby::planarity {
 
 namespace {
+
+/// Somebody who comes nearer without turning moves as a picture does.
+constexpr double mostGrowth = 0.05;
 
 enum class Part { plane, nose, none };
 
@@ -84,6 +88,24 @@ std::vector<const LivenessFrame*> sampled(std::span<const LivenessFrame> frames,
     return chosen;
 }
 
+/// How much larger `to` is than `from`, by the similarity that fits both best.
+double growth(const Pairing& points) {
+    const auto from = meanPoint(points.from);
+    const auto to = meanPoint(points.to);
+    if (!from || !to) return 0;
+    double along = 0;
+    double across = 0;
+    double squares = 0;
+    for (std::size_t i = 0; i < points.from.size(); ++i) {
+        const Point a{points.from[i].x - from->x, points.from[i].y - from->y};
+        const Point b{points.to[i].x - to->x, points.to[i].y - to->y};
+        along += a.x * b.x + a.y * b.y;
+        across += a.x * b.y - a.y * b.x;
+        squares += a.x * a.x + a.y * a.y;
+    }
+    return std::hypot(along, across) / squares;
+}
+
 std::optional<double> medianOf(std::span<const PairMeasurement> pairs,
                                double PairMeasurement::* value) {
     if (pairs.empty()) return std::nullopt;
@@ -105,6 +127,7 @@ std::optional<PairMeasurement> measure(const LivenessFrame& from, const Liveness
     const double motion =
         landmarkgeometry::median(landmarkgeometry::residuals({}, plane.from, plane.to)) / unit;
     if (!(motion > 0 && motion >= motionGate)) return std::nullopt;
+    if (!(std::abs(std::log(growth(plane))) <= mostGrowth)) return std::nullopt;
     const auto homography = landmarkgeometry::robustFit(plane.from, plane.to);
     if (!homography) return std::nullopt;
 

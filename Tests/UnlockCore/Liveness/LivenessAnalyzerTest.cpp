@@ -1,5 +1,6 @@
 #include "UnlockCore/Liveness/LivenessAnalyzer.h"
 
+#include <algorithm>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -119,7 +120,7 @@ TEST(LivenessAnalyzer, handsTheFramesReadingsToTheEvaluator) {
     LivenessFrame screen = frame(0, 1.0F);
     screen.moire = MoireSample{20, 128};
     screen.glare = GlareSample{200, 0.2F, 1};
-    for (std::int64_t i = 0; i < tuning.moireFrames; ++i)
+    for (std::int64_t i = 0; i < std::max(tuning.moireFrames, tuning.glossFrames); ++i)
         analyzer.ingest(screen, face(1));
     // Glare fired as well, but only the enabled cue may deny.
     EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::moire}));

@@ -1,3 +1,4 @@
+#include "UnlockCore/Liveness/LivenessAnalyzer.h"
 #include "UnlockCore/Liveness/LivenessScoring.h"
 #include "UnlockCore/Liveness/NoseParallax.h"
 #include "UnlockCore/Liveness/Planarity.h"
@@ -87,6 +88,7 @@ TEST(Planarity, tellsAHeadFromAPicture) {
         {"a picture that is moved", 0, 0.02, 60, Verdict::planar},
         {"a picture that is turned", 0, 0.5, 60, Verdict::planar},
         {"a head that keeps still", 40, 0.005, 1, Verdict::noEvidence},
+        {"a picture that hardly moves", 0, 0.02, 4, Verdict::noEvidence},
     };
     for (const Case& c : cases) {
         Model model{.noseLength = c.noseLength, .pivot = c.noseLength > 0 ? 90.0 : 0.0};
@@ -99,6 +101,26 @@ TEST(Planarity, tellsAHeadFromAPicture) {
         const auto turn = livenessscoring::headTurn(frames, result.verdict);
         EXPECT_EQ(turn.level, c.verdict == Verdict::depth ? 1.0F : 0.0F) << c.what;
     }
+}
+
+TEST(Planarity, decidesAStrictLook) {
+    const auto decision = [](double noseLength, double turn, double shift) {
+        const auto mode = LivenessMode::strict;
+        LivenessAnalyzer analyzer(mode, livenessTuning(mode), planarityTuning(mode),
+                                  enabledLivenessCues(mode), TimeInterval(3));
+        Model model{.noseLength = noseLength, .pivot = noseLength > 0 ? 90.0 : 0.0};
+        for (LivenessFrame& frame : model.look(turn, shift)) {
+            frame.antiSpoof = AntiSpoofScore{1, 1, 1};
+            analyzer.ingest(frame, UUID());
+        }
+        EXPECT_TRUE(analyzer.lastPlanarity());
+        return analyzer.lastSnapshot().decision;
+    };
+    EXPECT_EQ(decision(40, 0.2, 0), LivenessDecision(LivenessDecision::Confirmed{}));
+    EXPECT_EQ(decision(40, 0.005, 1),
+              LivenessDecision(LivenessDecision::Waiting{LivenessNeeds::headTurn}));
+    EXPECT_EQ(decision(0, 0.02, 60),
+              LivenessDecision(LivenessDecision::Denied{LivenessCue::planar}));
 }
 
 TEST(Planarity, measuresOnlyWhatCanBeCompared) {
