@@ -80,13 +80,13 @@ TEST_F(ModelPackTest, refusesByNameAndReason) {
         std::function<void()> change;
         std::string said;
     };
-    auto& networks = manifest["networks"];
+    const auto networks = [&]() -> Json& { return manifest["networks"]; };
     auto& embedder = files.known["embedder.onnx"];
     const std::vector<Case> cases{
-        {[&] { networks.erase(2); }, "the face model is missing"},
-        {[&] { networks[0]["role"] = "something else"; }, "the face finder is missing"},
-        {[&] { networks[2].erase("sha256"); }, "pack.json is damaged"},
-        {[&] { networks = "none"; }, "pack.json is damaged"},
+        {[&] { networks().erase(2); }, "the face model is missing"},
+        {[&] { networks()[0]["role"] = "something else"; }, "the face finder is missing"},
+        {[&] { networks()[2].erase("sha256"); }, "pack.json is damaged"},
+        {[&] { networks() = "none"; }, "pack.json is damaged"},
         {[&] { embedder.sha256 = "another sum"; }, "The embedder (embedder.onnx) was changed"},
         {[&] { files.known.erase("embedder.onnx"); }, "The embedder (embedder.onnx) was changed"},
         {[&] {
@@ -94,7 +94,7 @@ TEST_F(ModelPackTest, refusesByNameAndReason) {
              std::filesystem::remove(folder.path() / "realFace.onnx");
          },
          "The realFace (realFace.onnx) isn’t there"},
-        {[&] { networks[1]["file"] = "../landmarks.onnx"; },
+        {[&] { networks()[1]["file"] = "../landmarks.onnx"; },
          "The landmarks (../landmarks.onnx) lies outside of the pack"},
         {[&] { embedder.metadata.clear(); },
          "The embedder (embedder.onnx) says it is “”, not “embedder-1”"},
