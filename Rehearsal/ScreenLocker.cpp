@@ -4,6 +4,7 @@
 #include "UnlockCore/Foundation/Mutex.h"
 
 #include <QSocketNotifier>
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdlib>
@@ -12,9 +13,11 @@
 #include <optional>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
+#include <pwd.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -26,15 +29,14 @@ namespace {
 
 constexpr std::chrono::seconds startLimit{10};
 
-// Called with the folder; told the locker's process number on its input. At the end of its input,
-// which comes with our own end at the latest, it removes the folder and what the PAM wrapper of a
-// killed locker has left behind.
+// Called with the folder. At the end of its input, which comes with our own end at the latest, it
+// removes the folder and what the PAM wrapper of a killed locker has left behind.
 constexpr const char* keeperScript = R"sh(
-while read -r line; do locker=$line; done
+cat >/dev/null
 rm -rf -- "$0"
 cd /tmp || exit
 for copy in pam.?; do
-    if [ -n "$locker" ] && [ -O "$copy" ] && [ "$(cat "$copy/pid" 2>/dev/null)" = "$locker" ]; then
+    if [ -d "$copy" ] && [ ! -L "$copy" ] && grep -rqsF "$0/checker" "$copy"; then
         rm -rf -- "$copy"
     fi
 done
@@ -46,6 +48,75 @@ constexpr const char* checkerScript = R"sh(#!/bin/sh
 sleep 0.2
 tr -d '\000' | cmp -s - "$(dirname "$0")/password"
 )sh";
+
+// Locks once, and ends when it is unlocked. The program of that name stays otherwise.
+constexpr const char* xscreensaverScript = R"sh(
+trap 'trap "" TERM; kill 0' EXIT
+trap 'exit 1' TERM
+xscreensaver --no-splash >&2 & saver=$!
+until xscreensaver-command -time >/dev/null 2>&1; do
+    kill -0 $saver || exit
+    sleep 0.05
+done
+xscreensaver-command -watch | { xscreensaver-command -lock >/dev/null; sed -n '/^UNBLANK/q'; } &
+wait $!
+)sh";
+
+constexpr const char* xscreensaverSettings =
+    "mode: blank\nlock: True\nfade: False\nunfade: False\ndpmsEnabled: False\n";
+
+/// What the lockers ask PAM for.
+constexpr std::array pamServices{"i3lock", "xsecurelock", "xscreensaver", "common-auth", "other"};
+
+/// An ordinary user of every Debian system, for whom xscreensaver locks.
+constexpr const char* ordinaryUser = "www-data";
+
+const char* name(ScreenLocker::Kind kind) {
+    switch (kind) {
+        case ScreenLocker::Kind::i3lock:
+            return "i3lock";
+        case ScreenLocker::Kind::xsecurelock:
+            return "xsecurelock";
+        case ScreenLocker::Kind::xscreensaver:
+            return "xscreensaver";
+    }
+    return "";
+}
+
+std::vector<std::string> command(ScreenLocker::Kind kind) {
+    switch (kind) {
+        case ScreenLocker::Kind::i3lock:
+            return {"i3lock", "-n", "-c", "204060"};
+        case ScreenLocker::Kind::xsecurelock:
+            return {"xsecurelock"};
+        case ScreenLocker::Kind::xscreensaver:
+            break;
+    }
+    // Without new privileges its checker is no setuid program, which would refuse the wrapper.
+    std::vector<std::string> words{"setpriv", "--no-new-privs"};
+    if (::geteuid() == 0) {
+        const std::string user = ordinaryUser;
+        for (const auto& word :
+             {"--reuid=" + user, "--regid=" + user, std::string("--init-groups")})
+            words.push_back(word);
+    }
+    for (const auto* word : {"sh", "-c", xscreensaverScript})
+        words.emplace_back(word);
+    return words;
+}
+
+/// Gives what is in a folder to who runs the locker.
+bool giveAway(const std::filesystem::path& folder, ScreenLocker::Kind kind) {
+    if (kind != ScreenLocker::Kind::xscreensaver || ::geteuid() != 0) return true;
+    const passwd* user = ::getpwnam(ordinaryUser);
+    if (user == nullptr) return false;
+    const auto give = [user](const std::filesystem::path& path) {
+        return ::chown(path.c_str(), user->pw_uid, user->pw_gid) == 0;
+    };
+    return give(folder) &&
+           std::ranges::all_of(std::filesystem::recursive_directory_iterator(folder),
+                               [&](const auto& entry) { return give(entry.path()); });
+}
 
 bool writeFile(const std::filesystem::path& path, std::string_view text, mode_t mode) {
     const OwnedFile file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
@@ -62,8 +133,8 @@ std::string readFile(const std::filesystem::path& path) {
 /// wrapper copies elsewhere. Gone when destroyed, and when this process dies.
 class CheckerFolder {
   public:
-    [[nodiscard]] static std::expected<CheckerFolder, std::string> create(
-        std::string_view password) {
+    [[nodiscard]] static std::expected<CheckerFolder, std::string> create(std::string_view password,
+                                                                          ScreenLocker::Kind kind) {
         std::error_code error;
         std::string name =
             (std::filesystem::temp_directory_path(error) / "marrowby-locker-XXXXXX").string();
@@ -83,11 +154,14 @@ class CheckerFolder {
         const std::string rules = "auth required pam_exec.so expose_authtok quiet /bin/sh [" +
                                   name + "/checker]\naccount required pam_permit.so\n";
         if (::mkdir(folder.services().c_str(), 0700) != 0 ||
-            !writeFile(folder.services() / "i3lock", rules, 0600) ||
-            !writeFile(folder.services() / "other", rules, 0600) ||
+            !std::ranges::all_of(pamServices,
+                                 [&](const char* service) {
+                                     return writeFile(folder.services() / service, rules, 0600);
+                                 }) ||
+            !writeFile(folder.path_ / ".xscreensaver", xscreensaverSettings, 0600) ||
             !writeFile(folder.path_ / "checker", checkerScript, 0700) ||
             !writeFile(folder.path_ / "password", password, 0600) ||
-            !writeFile(folder.messages(), "", 0600)) {
+            !writeFile(folder.messages(), "", 0600) || !giveAway(folder.path_, kind)) {
             return std::unexpected("The screen locker's private folder could not be filled.");
         }
         return folder;
@@ -97,13 +171,9 @@ class CheckerFolder {
     CheckerFolder& operator=(CheckerFolder&&) noexcept = default;
     // Members go in reverse order: the end of the keeper's input, then the wait for the keeper.
 
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
     [[nodiscard]] std::filesystem::path services() const { return path_ / "services"; }
     [[nodiscard]] std::filesystem::path messages() const { return path_ / "messages"; }
-
-    void setLocker(pid_t locker) const {
-        const std::string line = std::to_string(locker) + "\n";
-        [[maybe_unused]] const auto count = ::write(input_.get(), line.data(), line.size());
-    }
 
   private:
     CheckerFolder(std::filesystem::path path, ChildProcess keeper, OwnedFile input)
@@ -187,7 +257,7 @@ struct ScreenLocker::State {
         ChildProcess locker;
     };
 
-    explicit State(std::string name) : displayName(std::move(name)) {}
+    State(std::string name, Kind locker) : displayName(std::move(name)), kind(locker) {}
 
     void begin(Session started) {
         const MutexLock lock(mutex);
@@ -207,14 +277,15 @@ struct ScreenLocker::State {
     }
 
     const std::string displayName;
+    const Kind kind;
     std::function<void()> ended;
     std::unique_ptr<QSocketNotifier> notifier;
     mutable Mutex mutex;
     std::optional<Session> session GUARDED_BY(mutex);
 };
 
-ScreenLocker::ScreenLocker(std::string displayName)
-    : state_(std::make_unique<State>(std::move(displayName))) {}
+ScreenLocker::ScreenLocker(std::string displayName, Kind kind)
+    : state_(std::make_unique<State>(std::move(displayName), kind)) {}
 
 ScreenLocker::~ScreenLocker() {
     state_->end();
@@ -227,18 +298,19 @@ std::expected<void, std::string> ScreenLocker::lock(std::string_view password) {
     if (!watch.isAlive()) {
         return std::unexpected("The display " + state_->displayName + " does not answer.");
     }
-    auto folder = CheckerFolder::create(password);
+    auto folder = CheckerFolder::create(password, state_->kind);
     if (!folder) return std::unexpected(folder.error());
     const OwnedFile messages(::open(folder->messages().c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
     auto locker = ChildProcess::start(
-        {.arguments = {"i3lock", "-n", "-c", "204060"},
+        {.arguments = command(state_->kind),
          .environment = {"DISPLAY=" + state_->displayName, "LC_ALL=C.UTF-8",
+                         "HOME=" + folder->path().string(), "XSECURELOCK_SAVER=saver_blank",
                          "LD_PRELOAD=libpam_wrapper.so", "PAM_WRAPPER=1",
                          "PAM_WRAPPER_SERVICE_DIR=" + folder->services().string()},
          .standardError = messages.get(),
-         .endSignal = SIGKILL});
+         // What it runs must end with it.
+         .endSignal = state_->kind == Kind::xscreensaver ? SIGTERM : SIGKILL});
     if (!locker) return std::unexpected(locker.error());
-    folder->setLocker(locker->id());
     const Start start = waitForLocker(watch, *locker);
     const std::string said = readFile(folder->messages());
     if (said.contains("cannot be preloaded")) {
@@ -248,9 +320,11 @@ std::expected<void, std::string> ScreenLocker::lock(std::string_view password) {
         case Start::up:
             break;
         case Start::ended:
-            return std::unexpected("i3lock ended at once: " + said.substr(0, said.find('\n')));
+            return std::unexpected(std::string(name(state_->kind)) +
+                                   " ended at once: " + said.substr(0, said.find('\n')));
         case Start::late:
-            return std::unexpected("i3lock did not lock the screen within ten seconds.");
+            return std::unexpected(std::string(name(state_->kind)) +
+                                   " did not lock the screen within ten seconds.");
     }
     const int end = locker->endDescriptor();
     state_->begin({std::move(*folder), std::move(*locker)});

@@ -8,12 +8,15 @@
 
 namespace marrowby {
 
-/// A real i3lock on a private desktop, whose password is the rehearsal's own: PAM asks a checker in
-/// a private folder instead of the system's accounts. Nothing of it stays when this is destroyed or
-/// the process dies. Main thread, but for isRunning().
+/// A real screen locker on a private desktop, whose password is the rehearsal's own: PAM asks a
+/// checker in a private folder instead of the system's accounts. Nothing of it stays when this is
+/// destroyed or the process dies. Main thread, but for isRunning().
 class ScreenLocker {
   public:
-    explicit ScreenLocker(std::string displayName);
+    /// xscreensaver, which locks for nobody but ordinary users, runs as one where we are root.
+    enum class Kind { i3lock, xsecurelock, xscreensaver };
+
+    explicit ScreenLocker(std::string displayName, Kind kind = Kind::i3lock);
     ScreenLocker(const ScreenLocker&) = delete;
     ScreenLocker& operator=(const ScreenLocker&) = delete;
     ~ScreenLocker();

@@ -1,5 +1,6 @@
 #include "Rehearsal/Stage.h"
 
+#include "Platforms/Linux/DesktopSession.h"
 #include "Platforms/Linux/JsonDefaultsStore.h"
 #include "Platforms/Linux/LocalNotificationCenter.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
@@ -11,16 +12,14 @@
 #include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/UnixSystemClock.h"
-#include "Platforms/Linux/X11InputIdle.h"
-#include "Platforms/Linux/X11KeyboardDevices.h"
-#include "Platforms/Linux/X11LockWatcher.h"
-#include "Platforms/Linux/X11LoginSession.h"
 #include "Platforms/Linux/XTestKeyEvents.h"
-#include "Rehearsal/FolderCamera.h"
 #include "Rehearsal/Interruption.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/SceneKeychain.h"
 #include "Rehearsal/SceneOwner.h"
+#include "Rehearsal/Scenes/SceneFilm.h"
+#include "Rehearsal/Scenes/SceneUser.h"
+#include "Rehearsal/Scenes/ScriptedCamera.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Rehearsal/TemporaryFolder.h"
 #include "UnlockCore/Foundation/Mutex.h"
@@ -80,10 +79,10 @@ class FirstFrame {
 
 /// What the application runs on, in the order in which it may be built; it goes in reverse.
 struct Stage::World {
-    World(const Folders& shared, TemporaryFolder home, PrivateDesktop screen)
-        : folders(shared), data(std::move(home)), desktop(std::move(screen)) {}
+    World(std::filesystem::path networks, TemporaryFolder home, PrivateDesktop screen)
+        : modelsFolder(std::move(networks)), data(std::move(home)), desktop(std::move(screen)) {}
 
-    const Folders folders;
+    const std::filesystem::path modelsFolder;
     TemporaryFolder data;
     PrivateDesktop desktop;
     Interruption interruption;
@@ -105,21 +104,25 @@ struct Stage::World {
     SceneKeychain keychain;
     SceneOwner owner{mainThread};
 
-    std::unique_ptr<LoginSession> loginSession;
-    std::unique_ptr<InputIdle> inputIdle;
-    std::unique_ptr<KeyboardDevices> keyboards;
-    std::unique_ptr<KeyEvents> keyEvents;
-    std::unique_ptr<X11LockWatcher> lockWatcher;
+    // What the real session's buses say is nothing to the private desktop.
+    DesktopSession session{{.systemBus = {}, .sessionBus = {}, .display = desktop.displayName()},
+                           mainThread,
+                           workspaceCenter,
+                           distributedCenter};
+    XTestKeyEvents keyEvents{desktop.displayName()};
     ScreenLocker locker{desktop.displayName()};
 
+    Cast cast;
+    /// Who follows the enrolment; the cameras' views hold him too.
+    std::shared_ptr<SceneUser> user;
+    Date sceneBegan;
     FirstFrame firstFrame;
     /// Goes before all that its last work uses.
     ThreadWorkQueues queues;
-    std::shared_ptr<FolderCamera> lookCamera;
-    std::shared_ptr<FolderCamera> enrollmentCamera;
+    std::shared_ptr<ScriptedCamera> lookCamera;
+    std::shared_ptr<ScriptedCamera> enrollmentCamera;
     std::unique_ptr<UnlockModel> model;
 
-    std::shared_ptr<const FrameFolder> person;
     std::vector<std::string> log;
     std::size_t logRead = 0;
     std::optional<std::string> fault;
@@ -131,34 +134,18 @@ struct Stage::World {
     bool askedToUpdate = false;
 
     [[nodiscard]] Result<void> setUp();
-    /// The person in front of the camera does as the enrolment says, at any speed of this machine.
-    void follow(const EnrollmentSession::Hint& hint);
+    void film(const Scene& scene);
     void note(const std::string& line);
 };
 
 Stage::Result<void> Stage::World::setUp() {
-    const std::string& display = desktop.displayName();
     for (auto* vision : {&lookVision, &enrollmentVision}) {
         auto finder =
-            OpenCvFaceVision::load(folders.models / finderFile, folders.models / landmarksFile);
+            OpenCvFaceVision::load(modelsFolder / finderFile, modelsFolder / landmarksFile);
         if (!finder) return std::unexpected(finder.error());
         *vision = std::move(*finder);
     }
-    auto session = X11LoginSession::create(display);
-    if (!session) return std::unexpected(session.error());
-    loginSession = std::move(*session);
-    auto idle = X11InputIdle::create(display);
-    if (!idle) return std::unexpected(idle.error());
-    inputIdle = std::move(*idle);
-    auto keys = X11KeyboardDevices::create(display);
-    if (!keys) return std::unexpected(keys.error());
-    keyboards = std::move(*keys);
-    keyEvents = std::make_unique<XTestKeyEvents>(display);
-    auto watcher = X11LockWatcher::create(display, distributedCenter,
-                                          [this](const std::string& text) { fault = text; });
-    if (!watcher) return std::unexpected(watcher.error());
-    lockWatcher = std::move(*watcher);
-
+    session.onDisplayAway = [this](const std::string& text) { fault = text; };
     lockObservers[0] = distributedCenter.observe(locknotification::screenIsLocked, [this] {
         isLockAnnounced = true;
         transcript.scene("the screen is locked");
@@ -168,19 +155,17 @@ Stage::Result<void> Stage::World::setUp() {
         transcript.scene("the screen is unlocked");
     });
 
-    const auto unreadable = [this](const std::string& text) {
-        mainThread.post([this, text] { fault = text; });
-    };
-    lookCamera = std::make_shared<FolderCamera>(
-        [this](std::function<TimeInterval()> step) {
+    const std::vector devices{ScriptedCamera::builtInCamera()};
+    lookCamera = std::make_shared<ScriptedCamera>(
+        devices, clock, [this](std::function<TimeInterval()> step) {
             return startThreadPacing([this, step = std::move(step)] {
+                const std::uint64_t before = lookCamera->counts().sent;
                 const TimeInterval pause = step();
-                firstFrame.note(clock.now());
+                if (lookCamera->counts().sent > before) firstFrame.note(clock.now());
                 return pause;
             });
-        },
-        unreadable);
-    enrollmentCamera = std::make_shared<FolderCamera>(startThreadPacing, unreadable);
+        });
+    enrollmentCamera = std::make_shared<ScriptedCamera>(devices, clock);
 
     model = std::make_unique<UnlockModel>(
         UnlockPlatform{.mainThread = mainThread,
@@ -189,9 +174,9 @@ Stage::Result<void> Stage::World::setUp() {
                        .workspaceCenter = workspaceCenter,
                        .distributedCenter = distributedCenter,
                        .defaultCenter = defaultCenter,
-                       .loginSession = *loginSession,
-                       .inputIdle = *inputIdle,
-                       .keyboards = *keyboards,
+                       .loginSession = session.loginSession(),
+                       .inputIdle = session.inputIdle(),
+                       .keyboards = session.keyboards(),
                        .lookCamera = lookCamera,
                        .enrollmentCamera = enrollmentCamera,
                        .lookVision = *lookVision,
@@ -204,11 +189,11 @@ Stage::Result<void> Stage::World::setUp() {
                        .keychain = keychain,
                        .ownerAuthentication = owner,
                        .defaults = defaults,
-                       .keyEvents = *keyEvents},
+                       .keyEvents = keyEvents},
         UnlockModel::Resources{.dataBase = data.path(),
                                .bundleIdentifier = {},
                                .testTag = {},
-                               .models = {.folder = folders.models,
+                               .models = {.folder = modelsFolder,
                                           .embedderFile = embedderFile,
                                           .embedderIdentifier = embedderIdentifier,
                                           .realFaceFile = realFaceFile}},
@@ -223,20 +208,31 @@ Stage::Result<void> Stage::World::setUp() {
             .onEnrollmentProgress =
                 [this, said = std::string()](const EnrollmentSession& enrollment) mutable {
                     const std::string hint(text(enrollment.hint()));
-                    if (hint != said) follow(enrollment.hint());
+                    if (hint != said) transcript.scene("enrolment: “" + hint + "”");
                     said = hint;
+                    if (user) user->heed(enrollment.hint(), clock.now() - sceneBegan);
                 }});
+    session.start();
+    if (fault) return std::unexpected(*fault);
     return {};
 }
 
-void Stage::World::follow(const EnrollmentSession::Hint& hint) {
-    transcript.scene("enrolment: “" + std::string(text(hint)) + "”");
-    const auto* wanted = std::get_if<EnrollmentSession::Hint::Pose>(&hint);
-    if (wanted == nullptr || !person) return;
-    if (auto pose = person->inPose(rawValue(wanted->pose))) {
-        enrollmentCamera->setScene({.sequence = std::make_shared<const FrameFolder>(*pose),
-                                    .atEnd = FolderCamera::Scene::AtEnd::holdLastFrame});
+// A film for each camera, as they may run at the same time.
+void Stage::World::film(const Scene& scene) {
+    sceneBegan = clock.now();
+    for (const auto& camera : {lookCamera, enrollmentCamera}) {
+        camera->setView([film = std::make_shared<SceneFilm>(scene, cast),
+                         began = sceneBegan](const ScriptedCamera::Shot& shot) {
+            return film
+                ->shoot({.at = shot.at - began,
+                         .running = shot.running,
+                         .frameTime = shot.frameTime,
+                         .width = shot.width,
+                         .height = shot.height})
+                .picture;
+        });
     }
+    transcript.scene("in front of the camera: " + scene.tells);
 }
 
 void Stage::World::note(const std::string& line) {
@@ -249,10 +245,10 @@ Stage::Stage(std::unique_ptr<World> world) : world_(std::move(world)) {}
 
 Stage::~Stage() = default;
 
-Stage::Result<std::unique_ptr<Stage>> Stage::create(const Folders& folders) {
+Stage::Result<std::unique_ptr<Stage>> Stage::create(const std::filesystem::path& models) {
     for (const auto* name : {embedderFile, realFaceFile, finderFile, landmarksFile}) {
         std::error_code error;
-        if (!std::filesystem::is_regular_file(folders.models / name, error)) {
+        if (!std::filesystem::is_regular_file(models / name, error)) {
             return std::unexpected("The network " + std::string(name) +
                                    " is missing from the folder of networks.");
         }
@@ -261,7 +257,7 @@ Stage::Result<std::unique_ptr<Stage>> Stage::create(const Folders& folders) {
     if (!data) return std::unexpected(data.error());
     auto desktop = PrivateDesktop::create();
     if (!desktop) return std::unexpected(desktop.error());
-    auto world = std::make_unique<World>(folders, std::move(*data), std::move(*desktop));
+    auto world = std::make_unique<World>(models, std::move(*data), std::move(*desktop));
     if (auto ready = world->setUp(); !ready) return std::unexpected(ready.error());
     return std::unique_ptr<Stage>(new Stage(std::move(world)));
 }
@@ -274,14 +270,17 @@ UnlockModel& Stage::model() {
     return *world_->model;
 }
 
-Stage::Result<void> Stage::putInFront(const std::string& sequence) {
-    auto frames = FrameFolder::load(world_->folders.media / sequence);
-    if (!frames) return std::unexpected(frames.error());
-    world_->person = std::make_shared<const FrameFolder>(std::move(*frames));
-    world_->lookCamera->setScene({.sequence = world_->person});
-    world_->enrollmentCamera->setScene({.sequence = world_->person});
-    world_->transcript.scene("in front of the camera: " + sequence);
-    return {};
+void Stage::putInFront(const Scene& scene) {
+    world_->user.reset();
+    world_->film(scene);
+}
+
+void Stage::seatUser(std::uint64_t person) {
+    const auto user = std::make_shared<SceneUser>(person);
+    world_->film({.tells = "somebody who wants to be enrolled",
+                  .actors = {{person, [user](TimeInterval time) { return user->at(time); }}},
+                  .seed = person});
+    world_->user = user;
 }
 
 Stage::Result<void> Stage::lockScreen(std::string_view loginPassword) {
@@ -315,7 +314,7 @@ Stage::Result<void> Stage::typeByHand(std::string_view text) {
     const auto outcome = std::make_shared<std::optional<Result<void>>>();
     world_->queues.background()->async([world = world_.get(), text = std::string(text), outcome] {
         const KeystrokeTyping typing = keystrokeinjector::typePassword(
-            *world->keyEvents, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
+            world->keyEvents, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
             [world] { return world->locker.isRunning(); });
         Result<void> result;
         if (!typing.outcome()) {

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "Rehearsal/Scenes/Scene.h"
 #include "Rehearsal/Transcript.h"
 #include "Unlock/UnlockModel.h"
 #include "UnlockCore/Foundation/Time.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <expected>
 #include <filesystem>
 #include <functional>
@@ -16,8 +18,8 @@
 
 namespace marrowby {
 
-/// A whole computer for one rehearsal: a private screen with a real locker, a camera that plays
-/// rendered people, and the application wired to them as to any other. Main thread, under Qt's
+/// A whole computer for one rehearsal: a private screen with a real locker, a camera that films
+/// scripted scenes, and the application wired to them as to any other. Main thread, under Qt's
 /// event loop. Whatever fails does so with one sentence; when this is destroyed nothing of it is
 /// left running.
 class Stage {
@@ -25,14 +27,8 @@ class Stage {
     template <typename T>
     using Result = std::expected<T, std::string>;
 
-    struct Folders {
-        /// The networks.
-        std::filesystem::path models;
-        /// The sequences of rendered frames.
-        std::filesystem::path media;
-    };
-
-    [[nodiscard]] static Result<std::unique_ptr<Stage>> create(const Folders& folders);
+    /// `models`: the folder of the networks.
+    [[nodiscard]] static Result<std::unique_ptr<Stage>> create(const std::filesystem::path& models);
     ~Stage();
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;
@@ -40,8 +36,10 @@ class Stage {
     [[nodiscard]] Transcript& transcript();
     [[nodiscard]] UnlockModel& model();
 
-    /// Who is in front of the camera from now on: a sequence by its folder's name.
-    [[nodiscard]] Result<void> putInFront(const std::string& sequence);
+    /// What is in front of the camera from now on.
+    void putInFront(const Scene& scene);
+    /// Somebody who does what an enrolment asks for.
+    void seatUser(std::uint64_t person);
     /// Sets the login password, which the locker asks, and starts the locker.
     [[nodiscard]] Result<void> lockScreen(std::string_view loginPassword);
     /// Until the locker has ended and that has been announced.

@@ -1,9 +1,12 @@
 #include "Rehearsal/Story.h"
 
+#include "Rehearsal/People/Person.h"
+#include "Rehearsal/Scenes/SceneCatalogue.h"
 #include "UnlockCore/Foundation/SecretBytes.h"
 
 #include <algorithm>
 #include <concepts>
+#include <cstdint>
 #include <functional>
 #include <iomanip>
 #include <memory>
@@ -24,6 +27,13 @@ constexpr std::string_view changedPassword = "staple No. 4711";
 constexpr TimeInterval shortly{5};
 constexpr TimeInterval aLook{8};
 constexpr TimeInterval passwordCheck{8};
+
+std::uint64_t owner() {
+    return distinctPeople()[0];
+}
+std::uint64_t stranger() {
+    return distinctPeople()[1];
+}
 
 /// Takes steps until one fails.
 class Steps {
@@ -52,6 +62,14 @@ class Steps {
 Step check(bool holds, std::string_view sentence) {
     if (holds) return {};
     return std::unexpected(std::string(sentence));
+}
+
+/// Puts a scene of the catalogue in front of the camera.
+Step show(Stage& stage, std::string_view scene, std::uint64_t person) {
+    const auto found = sceneNamed(scene, person);
+    if (!found) return std::unexpected("There is no scene “" + std::string(scene) + "”.");
+    stage.putInFront(*found);
+    return {};
 }
 
 /// Waits for something that the model completes.
@@ -111,9 +129,9 @@ std::string milliseconds(TimeInterval interval) {
 Ending enrolOwner(Stage& stage) {
     UnlockModel& model = stage.model();
     return Steps()
-        .then([&] { return stage.putInFront("owner-enrol"); })
         .then([&] {
-            return completed(stage, "the enrolment", TimeInterval(40), [&](auto completion) {
+            stage.seatUser(owner());
+            return completed(stage, "the enrolment", TimeInterval(60), [&](auto completion) {
                 model.enroll("Owner", std::move(completion));
             });
         })
@@ -144,7 +162,7 @@ Ending ownerComesBack(Stage& stage) {
     const Step unlocked =
         Steps()
             .then([&] { return lockScreen(stage, loginPassword); })
-            .then([&] { return stage.putInFront("owner-look"); })
+            .then([&] { return show(stage, "live-normal", owner()); })
             .then([&] { return comeBack(stage); })
             .then([&] { return stage.waitForLog("Recognised Owner", aLook); })
             .then([&] { return stage.waitForLog("Typed the password and Return", aLook); })
@@ -161,7 +179,7 @@ Ending ownerComesBack(Stage& stage) {
 Ending strangerComes(Stage& stage) {
     return Steps()
         .then([&] { return lockScreen(stage, loginPassword); })
-        .then([&] { return stage.putInFront("stranger-look"); })
+        .then([&] { return show(stage, "live-normal", stranger()); })
         .then([&] { return comeBack(stage); })
         .then([&] { return stage.waitForLog("Not recognised", aLook); })
         .then([&] { return stayedLocked(stage); })
@@ -172,7 +190,7 @@ Ending strangerComes(Stage& stage) {
 Ending photoIsHeldUp(Stage& stage) {
     return Steps()
         .then([&] { return lockScreen(stage, loginPassword); })
-        .then([&] { return stage.putInFront("phone-photo-look"); })
+        .then([&] { return show(stage, "phone-turned-photo", owner()); })
         .then([&] { return comeBack(stage); })
         .then([&] { return stage.waitForLog("Turned away: ", aLook); })
         .then([&] { return stage.waitForLog("Not recognised", shortly); })
@@ -194,7 +212,7 @@ Step typeWrongPassword(Stage& stage, std::string_view verdict) {
 Ending passwordIsOutOfDate(Stage& stage) {
     return Steps()
         .then([&] { return lockScreen(stage, changedPassword); })
-        .then([&] { return stage.putInFront("owner-look"); })
+        .then([&] { return show(stage, "live-normal", owner()); })
         .then([&] { return typeWrongPassword(stage, "Password turned down"); })
         .then([&] {
             return typeWrongPassword(stage,

@@ -12,7 +12,7 @@ namespace {
 /// built-in camera is 150 to 250 wide; below this the 112-pixel crop would be enlarged.
 constexpr double nearestFaceWidth = 80;
 
-using Seen = std::expected<EnrollmentFrame, FaceModelError>;
+using Seen = std::expected<EnrollmentFrame, FaceRecognitionError>;
 
 EnrollmentFrame seenFace(FaceRecognition recognition) {
     if (recognition.face.boundingBox.width < nearestFaceWidth) return EnrollmentFrame::TooFar{};
@@ -39,10 +39,12 @@ class EnrollmentCapture::Recognition {
             return seenFace(*std::move(recognition));
         }
         previousFace_.reset();
-        if (const auto* fault = std::get_if<FaceModelError>(&recognition.error())) {
-            return std::unexpected(*fault);
+        const FaceRecognitionError& fault = recognition.error();
+        if (std::holds_alternative<FaceRecognitionError::NoFace>(fault) ||
+            std::holds_alternative<FaceRecognitionError::CannotAlign>(fault)) {
+            return EnrollmentFrame::NoFace{};
         }
-        return EnrollmentFrame::NoFace{};
+        return std::unexpected(fault);
     }
 
   private:

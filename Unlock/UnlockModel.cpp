@@ -6,7 +6,10 @@
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 #include "UnlockCore/LockScreenServices/StoredPasswordTyper.h"
 #include "UnlockCore/LockScreenServices/VaultAutoLocker.h"
+#include "UnlockCore/LockWatching/ForeignInputIdle.h"
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
+#include "UnlockCore/LockWatching/NotedKeyEvents.h"
+#include "UnlockCore/LockWatching/OwnKeystrokes.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 #include "UnlockCore/LockWatching/WindowServerLockState.h"
 #include "UnlockCore/Recognition/MatchStrictness.h"
@@ -45,6 +48,9 @@ CameraFaceScanner::LoadEmbedder embedderLoader(const ModelPack& pack,
 struct UnlockModel::Engine {
     Engine(UnlockModel& model, UnlockPlatform& platform);
 
+    OwnKeystrokes ownKeystrokes;
+    NotedKeyEvents keyEvents;
+    ForeignInputIdle inputIdle;
     CameraFaceScanner scanner;
     StoredPasswordTyper typer;
     SpaceKeyMonitor spaceKeys;
@@ -55,7 +61,10 @@ struct UnlockModel::Engine {
 };
 
 UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
-    : scanner(platform.lookCamera,
+    : ownKeystrokes(platform.inputIdle),
+      keyEvents(platform.keyEvents, ownKeystrokes),
+      inputIdle(platform.inputIdle, ownKeystrokes),
+      scanner(platform.lookCamera,
               {.queues = platform.queues,
                .mainThread = platform.mainThread,
                .clock = platform.clock,
@@ -68,9 +77,9 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
                   return MiniFASNet::load(pack.folder, models, NeuralModels::ComputeUnits::all,
                                           pack.realFaceFile);
               }),
-      typer(model.credentialStore_, platform.keyEvents, platform.queues, platform.mainThread),
-      spaceKeys(platform.keyboards),
-      activity(platform.inputIdle, platform.mainThread, platform.clock),
+      typer(model.credentialStore_, keyEvents, platform.queues, platform.mainThread),
+      spaceKeys(platform.keyboards, ownKeystrokes),
+      activity(inputIdle, platform.mainThread, platform.clock),
       clock(platform.clock, platform.mainThread),
       coordinator(model.settings_.passwordHealth,
                   {.lockState = std::make_shared<WindowServerLockState>(platform.loginSession),

@@ -41,4 +41,19 @@ std::expected<std::shared_ptr<const PixelBuffer>, std::string> readPicture(
     }
 }
 
+std::expected<void, std::string> writePicture(const std::filesystem::path& file,
+                                              const PixelBuffer& picture) {
+    // OpenCV only reads it.
+    const cv::Mat bgra(picture.height(), picture.width(), CV_8UC4,
+                       const_cast<std::uint8_t*>(picture.bytes().data()), picture.bytesPerRow());
+    try {
+        cv::Mat bgr;
+        cv::cvtColor(bgra, bgr, cv::COLOR_BGRA2BGR);
+        if (cv::imwrite(file.string(), bgr)) return {};
+    } catch (const cv::Exception&) {
+        // Said below.
+    }
+    return unreadable(file, "couldn’t be written.");
+}
+
 }  // namespace marrowby

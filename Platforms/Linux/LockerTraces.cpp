@@ -1,6 +1,7 @@
 #include "Platforms/Linux/LockerTraces.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace marrowby {
 namespace {
@@ -19,15 +20,16 @@ bool isShown(const LockerTraces::Window& window) {
 
 }  // namespace
 
-std::optional<KnownLocker> lockerHolding(const LockerTraces& traces) {
-    const auto isHeldBy = [&](const char* className) {
-        return std::ranges::any_of(traces.windows, [&](const LockerTraces::Window& window) {
-            return isShown(window) && window.className == className &&
-                   covers(window.frame, traces.screen);
-        });
-    };
-    if (isHeldBy("i3lock")) return KnownLocker::i3lock;
-    if (isHeldBy("xsecurelock")) return KnownLocker::xsecurelock;
+std::optional<LockHolder> lockHolder(const LockerTraces& traces) {
+    for (const auto& [className, locker] : {std::pair("i3lock", KnownLocker::i3lock),
+                                            std::pair("xsecurelock", KnownLocker::xsecurelock)}) {
+        for (const LockerTraces::Window& window : traces.windows) {
+            if (isShown(window) && window.className == className &&
+                covers(window.frame, traces.screen)) {
+                return LockHolder{.locker = locker, .window = window.id};
+            }
+        }
+    }
 
     // It has a window for each monitor, and the same ones while it only blanks. Its property
     // outlives it when it is killed.
@@ -35,7 +37,8 @@ std::optional<KnownLocker> lockerHolding(const LockerTraces& traces) {
         std::ranges::any_of(traces.windows, [](const LockerTraces::Window& window) {
             return isShown(window) && window.instanceName == "xscreensaver";
         });
-    if (isSaverShown && traces.screenSaverState == "LOCK") return KnownLocker::xscreensaver;
+    if (isSaverShown && traces.screenSaverState == "LOCK")
+        return LockHolder{.locker = KnownLocker::xscreensaver};
     return std::nullopt;
 }
 

@@ -2,6 +2,7 @@
 
 #include "UnlockCore/Foundation/Geometry.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@ struct LockerTraces {
         bool mapped = false;
         /// With its border, in pixels of the root window.
         Rect frame;
+        std::uint32_t id = 0;
     };
 
     /// Of the root window, in pixels.
@@ -30,7 +32,14 @@ struct LockerTraces {
 
 enum class KnownLocker { i3lock, xsecurelock, xscreensaver };
 
-/// The locker that holds the screen; nothing where none does.
-[[nodiscard]] std::optional<KnownLocker> lockerHolding(const LockerTraces& traces);
+/// The locker that holds the screen, and the window that it holds it with, as far as that stays.
+struct LockHolder {
+    KnownLocker locker{};
+    std::uint32_t window = 0;
+    friend bool operator==(const LockHolder&, const LockHolder&) = default;
+};
+
+/// Nothing where none does.
+[[nodiscard]] std::optional<LockHolder> lockHolder(const LockerTraces& traces);
 
 }  // namespace marrowby

@@ -1,12 +1,12 @@
 #include "Platforms/Linux/X11InputIdle.h"
 
+#include "Platforms/Linux/UnixTime.h"
 #include "Platforms/Linux/XcbConnection.h"
 
 #include <limits>
 #include <ratio>
 #include <utility>
 
-#include <time.h>
 #include <xcb/screensaver.h>
 
 namespace marrowby {
@@ -41,10 +41,7 @@ TimeInterval X11InputIdle::secondsSinceLastInput() const {
 }
 
 TimeInterval X11InputIdle::systemUptime() const {
-    // Stands still while the computer sleeps, as does the X server's own time.
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+    return unixtime::uptime();
 }
 
 }  // namespace marrowby

@@ -9,16 +9,13 @@
 namespace marrowby {
 
 /// The keyboards of an X display through XInput 2.1 raw keys, which no grab holds back. Reports the
-/// Space key only, key repeats included. On the thread of Qt's event loop; a lost display falls
-/// silent.
+/// Space key only, key repeats included; keys sent through XTEST are synthetic. On the thread of
+/// Qt's event loop; a lost display falls silent.
 class X11KeyboardDevices final : public KeyboardDevices {
   public:
-    /// Whether keys that programs send through XTEST count as pressed.
-    enum class SyntheticKeys { counted, dropped };
-
     /// The error is a sentence for the user.
     [[nodiscard]] static std::expected<std::unique_ptr<X11KeyboardDevices>, std::string> create(
-        const std::string& displayName, SyntheticKeys syntheticKeys = SyntheticKeys::counted);
+        const std::string& displayName);
     ~X11KeyboardDevices() override;
 
     [[nodiscard]] bool hasListenAccess() const override;

@@ -3,7 +3,6 @@
 #include "Platforms/Linux/X11LockerTraceReader.h"
 #include "Platforms/Linux/XcbConnection.h"
 #include "Platforms/Linux/XcbEventPump.h"
-#include "UnlockCore/Platform/LockNotifications.h"
 
 #include <cstdint>
 #include <optional>
@@ -13,18 +12,18 @@ namespace marrowby {
 
 class X11LockWatcher::Watch {
   public:
-    Watch(std::shared_ptr<const XcbConnection> connection, NotificationCenter& center,
+    Watch(std::shared_ptr<const XcbConnection> connection, std::function<void()> onChange,
           std::function<void(std::string)> onLost)
         : connection_(std::move(connection)),
           reader_(*connection_),
-          center_(center),
+          onChange_(std::move(onChange)),
           onLost_(std::move(onLost)) {
         const std::uint32_t events =
             XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
         xcb_change_window_attributes(connection_->get(), connection_->root(), XCB_CW_EVENT_MASK,
                                      &events);
         // Read after selecting, so that no change falls between the two.
-        if (const auto traces = reader_.read()) isLocked_ = lockerHolding(*traces).has_value();
+        if (const auto traces = reader_.read()) isLocked_ = lockHolder(*traces).has_value();
         pump_.emplace(connection_, XcbEventPump::Handlers{
                                        .onEvent = [this](const auto& event) { note(event); },
                                        .onCaughtUp = [this] { update(); },
@@ -67,10 +66,10 @@ class X11LockWatcher::Watch {
         if (!std::exchange(isStale_, false)) return;
         const auto traces = reader_.read();
         if (!traces) return;
-        const bool isLocked = lockerHolding(*traces).has_value();
+        const bool isLocked = lockHolder(*traces).has_value();
         if (std::exchange(isLocked_, isLocked) == isLocked) return;
-        center_.post(isLocked ? locknotification::screenIsLocked
-                              : locknotification::screenIsUnlocked);
+        // A copy, for its receiver may let go of this watch.
+        if (const auto report = onChange_) report();
     }
 
     template <typename Event>
@@ -80,7 +79,7 @@ class X11LockWatcher::Watch {
 
     const std::shared_ptr<const XcbConnection> connection_;
     const X11LockerTraceReader reader_;
-    NotificationCenter& center_;
+    const std::function<void()> onChange_;
     const std::function<void(std::string)> onLost_;
     bool isLocked_ = false;
     bool isStale_ = false;
@@ -88,12 +87,12 @@ class X11LockWatcher::Watch {
 };
 
 std::expected<std::unique_ptr<X11LockWatcher>, std::string> X11LockWatcher::create(
-    const std::string& displayName, NotificationCenter& distributedCenter,
+    const std::string& displayName, std::function<void()> onChange,
     std::function<void(std::string)> onLost) {
     auto connection = XcbConnection::create(displayName);
     if (!connection) return std::unexpected(connection.error());
     return std::unique_ptr<X11LockWatcher>(new X11LockWatcher(
-        std::make_unique<Watch>(std::move(*connection), distributedCenter, std::move(onLost))));
+        std::make_unique<Watch>(std::move(*connection), std::move(onChange), std::move(onLost))));
 }
 
 X11LockWatcher::X11LockWatcher(std::unique_ptr<Watch> watch) : watch_(std::move(watch)) {}

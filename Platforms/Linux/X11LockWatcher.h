@@ -1,7 +1,5 @@
 #pragma once
 
-#include "UnlockCore/Platform/NotificationCenter.h"
-
 #include <expected>
 #include <functional>
 #include <memory>
@@ -9,14 +7,14 @@
 
 namespace marrowby {
 
-/// Announces on a notification centre when a locker takes or leaves an X display, without polling.
-/// Made and destroyed on the thread of Qt's event loop, from which it calls.
+/// Tells when a locker takes or leaves an X display, without polling. Made and destroyed on the
+/// thread of Qt's event loop, from which it calls.
 class X11LockWatcher {
   public:
-    /// `onLost` is called at most once, with a sentence for the user, when the display is gone; it
-    /// may destroy the watcher. The centre outlives the watcher. The error is a sentence as well.
+    /// `onLost` is called at most once, with a sentence for the user, when the display is gone.
+    /// Both may destroy the watcher. The error is a sentence as well.
     [[nodiscard]] static std::expected<std::unique_ptr<X11LockWatcher>, std::string> create(
-        const std::string& displayName, NotificationCenter& distributedCenter,
+        const std::string& displayName, std::function<void()> onChange,
         std::function<void(std::string)> onLost);
     ~X11LockWatcher();
 

@@ -81,7 +81,8 @@ std::optional<LockerTraces> X11LockerTraceReader::read() const {
                             .names = xcb_get_property(xcb, 0, child, XCB_ATOM_WM_CLASS,
                                                       XCB_ATOM_STRING, 0, nameLength)});
     }
-    for (const WindowRequest& request : requests) {
+    for (std::size_t i = 0; i < requests.size(); ++i) {
+        const WindowRequest& request = requests[i];
         const auto attributes =
             connection_.reply<xcb_get_window_attributes_reply>(request.attributes);
         const auto geometry = connection_.reply<xcb_get_geometry_reply>(request.geometry);
@@ -92,7 +93,8 @@ std::optional<LockerTraces> X11LockerTraceReader::read() const {
                                     .className = {},
                                     .overrideRedirect = attributes->override_redirect != 0,
                                     .mapped = attributes->map_state == XCB_MAP_STATE_VIEWABLE,
-                                    .frame = frameOf(*geometry)};
+                                    .frame = frameOf(*geometry),
+                                    .id = children[i]};
         readNames(*names, window);
         traces.windows.push_back(std::move(window));
     }

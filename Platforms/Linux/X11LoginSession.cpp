@@ -50,7 +50,7 @@ std::optional<SessionDictionary> X11LoginSession::copyCurrentDictionary() const 
     const bool isInFront = display_->isInFront();
     const auto traces = display_->reader.read();
     if (!traces) return std::nullopt;
-    return SessionDictionary{{sessionkey::screenIsLocked, lockerHolding(*traces).has_value()},
+    return SessionDictionary{{sessionkey::screenIsLocked, lockHolder(*traces).has_value()},
                              {sessionkey::onConsole, isInFront}};
 }
 

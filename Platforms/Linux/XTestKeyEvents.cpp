@@ -1,8 +1,11 @@
 #include "Platforms/Linux/XTestKeyEvents.h"
 
+#include "Platforms/Linux/X11LockerTraceReader.h"
 #include "Platforms/Linux/XKeyLayout.h"
+#include "Platforms/Linux/XRawKeys.h"
 #include "Platforms/Linux/XcbConnection.h"
 #include "UnlockCore/Foundation/SecretBytes.h"
+#include "UnlockCore/Foundation/Text.h"
 #include "UnlockCore/Platform/KeyCodes.h"
 
 #include <algorithm>
@@ -37,21 +40,44 @@ bool hasXTest(const XcbConnection& connection) {
                connection.get(), XCB_TEST_MAJOR_VERSION, XCB_TEST_MINOR_VERSION)) != nullptr;
 }
 
-/// Takes the first character off well-formed UTF-16.
-char32_t takeCharacter(std::span<const char16_t>& units) {
-    const char32_t first = units[0];
-    const bool isPair = first >= 0xD800 && first <= 0xDBFF && units.size() > 1;
-    const char32_t character =
-        isPair ? 0x10000 + ((first - 0xD800) << 10) + (units[1] - char32_t{0xDC00}) : first;
-    units = units.subspan(isPair ? 2 : 1);
-    return character;
-}
-
 /// Which key gives a keysym, and whether it was lent to it. The characters of a password.
 struct KeyUse {
     xcb_keysym_t keysym;
     xcb_keycode_t key;
     bool isLent;
+};
+
+/// Notices who else is at the keyboard of a display, and whether its locker stays the same.
+class Bystander {
+  public:
+    explicit Bystander(const XcbConnection& connection)
+        : connection_(connection),
+          rawKeys_(XRawKeys::select(connection, XRawKeys::Whose::usersOnly)),
+          reader_(connection),
+          holder_(holder()) {}
+
+    /// Reads all that the connection has got.
+    [[nodiscard]] bool isUndisturbed() {
+        while (const XcbConnection::Owned<xcb_generic_event_t> event{
+            xcb_poll_for_event(connection_.get())}) {
+            const auto key = rawKeys_ ? rawKeys_->read(*event) : std::nullopt;
+            hasOthersKeys_ |= key && key->down;
+        }
+        return !hasOthersKeys_ && (!holder_ || holder() == holder_);
+    }
+
+  private:
+    [[nodiscard]] std::optional<LockHolder> holder() const {
+        const auto traces = reader_.read();
+        return traces ? lockHolder(*traces) : std::nullopt;
+    }
+
+    const XcbConnection& connection_;
+    const std::optional<XRawKeys> rawKeys_;
+    const X11LockerTraceReader reader_;
+    /// Nothing where the screen is not known to be locked by a window.
+    const std::optional<LockHolder> holder_;
+    bool hasOthersKeys_ = false;
 };
 
 class XTestKeyEventSource final : public KeyEventSource {
@@ -61,7 +87,8 @@ class XTestKeyEventSource final : public KeyEventSource {
         : connection_(std::move(connection)),
           layout_(std::move(layout)),
           uses_(std::move(uses)),
-          pause_(std::move(pause)) {}
+          pause_(std::move(pause)),
+          bystander_(*connection_) {}
     XTestKeyEventSource(const XTestKeyEventSource&) = delete;
     XTestKeyEventSource& operator=(const XTestKeyEventSource&) = delete;
 
@@ -115,6 +142,8 @@ class XTestKeyEventSource final : public KeyEventSource {
         }
         return synchronize();
     }
+
+    [[nodiscard]] bool isUndisturbed() override { return bystander_.isUndisturbed(); }
 
     void settle(const std::function<bool()>& stillLocked) override {
         if (!hasPosted_) return;
@@ -177,6 +206,7 @@ class XTestKeyEventSource final : public KeyEventSource {
     std::size_t useCount_ = 0;
     std::size_t lentCount_ = 0;
     XTestKeyEvents::Pause pause_;
+    Bystander bystander_;
     bool hasPosted_ = false;
 };
 

@@ -15,9 +15,7 @@ using namespace marrowby;
 
 constexpr const char* missingShared =
     "The rehearsal needs the folder ../shared (or the one that MARROWBY_SHARED names) with its "
-    "rendered "
-    "people and its networks, which are published ones prepared as ONNX files: YuNet, a 98-point "
-    "landmark "
+    "networks, which are published ones prepared as ONNX files: YuNet, a 98-point landmark "
     "network, MobileFaceNet and MiniFASNet.";
 
 struct Ended {
@@ -68,7 +66,7 @@ int main(int argc, char* argv[]) {
         std::cerr << missingShared << '\n';
         return EXIT_FAILURE;
     }
-    auto stage = Stage::create({.models = folder / "models", .media = folder / "media"});
+    auto stage = Stage::create(folder / "models");
     if (!stage) {
         std::cerr << stage.error() << '\n';
         return EXIT_FAILURE;

@@ -36,6 +36,8 @@ class FakeKeyEvents final : public KeyEvents {
     /// The lock checks that still find the screen locked.
     std::optional<std::size_t> checksUntilUnlocked;
 
+    /// Somebody else types, or the locker is another.
+    bool isDisturbed = false;
     /// Runs while the keyboard is still held.
     std::function<void()> onSettle;
 
@@ -85,6 +87,7 @@ class FakeKeyEvents final : public KeyEvents {
         [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
             return record(Text{.units = {units.begin(), units.end()}, .down = down});
         }
+        [[nodiscard]] bool isUndisturbed() override { return !owner_.isDisturbed; }
         void settle(const std::function<bool()>& /*stillLocked*/) override {
             owner_.events.emplace_back(Note::settled);
             if (owner_.onSettle) owner_.onSettle();

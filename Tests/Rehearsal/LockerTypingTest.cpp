@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstring>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -18,6 +19,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <xcb/xinput.h>
+#include <xcb/xtest.h>
 
 namespace marrowby {
 namespace {
@@ -30,6 +33,82 @@ std::span<const std::uint8_t> bytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
+/// Another pair of hands: a keyboard of its own, made for one test.
+class SecondKeyboard {
+  public:
+    explicit SecondKeyboard(const XcbConnection& connection) : connection_(connection) {
+        constexpr std::string_view name = "hands";
+        std::array<std::uint8_t, 16> change{};
+        const xcb_input_add_master_t head{.type = XCB_INPUT_HIERARCHY_CHANGE_TYPE_ADD_MASTER,
+                                          .len = change.size() / 4,
+                                          .name_len = name.size(),
+                                          .send_core = 1,
+                                          .enable = 1};
+        std::memcpy(change.data(), &head, sizeof head);
+        std::ranges::copy(name, change.begin() + sizeof head);
+        xcb_input_xi_query_version(connection.get(), 2, 2);
+        xcb_input_xi_change_hierarchy(
+            connection.get(), 1,
+            reinterpret_cast<const xcb_input_hierarchy_change_t*>(change.data()));
+        const auto devices = connection.reply<xcb_input_xi_query_device_reply>(
+            xcb_input_xi_query_device(connection.get(), XCB_INPUT_DEVICE_ALL));
+        for (auto infos = xcb_input_xi_query_device_infos_iterator(devices.get()); infos.rem > 0;
+             xcb_input_xi_device_info_next(&infos)) {
+            const std::string_view found(
+                xcb_input_xi_device_info_name(infos.data),
+                static_cast<std::size_t>(xcb_input_xi_device_info_name_length(infos.data)));
+            if (found == "hands XTEST keyboard")
+                device_ = static_cast<std::uint8_t>(infos.data->deviceid);
+        }
+    }
+
+    void tap() const {
+        const auto first = xcb_get_extension_data(connection_.get(), &xcb_input_id)->first_event;
+        for (const int type : {XCB_INPUT_DEVICE_KEY_PRESS, XCB_INPUT_DEVICE_KEY_RELEASE}) {
+            xcb_test_fake_input(connection_.get(), static_cast<std::uint8_t>(first + type), 38,
+                                XCB_CURRENT_TIME, XCB_NONE, 0, 0, device_);
+        }
+        (void)connection_.atom("done");
+    }
+
+  private:
+    const XcbConnection& connection_;
+    std::uint8_t device_ = 0;
+};
+
+/// A window that counts the keys that come to it.
+class RecordingWindow {
+  public:
+    explicit RecordingWindow(const XcbConnection& connection)
+        : connection_(connection), window_(xcb_generate_id(connection.get())) {
+        const std::uint32_t events = XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE;
+        xcb_create_window(connection.get(), XCB_COPY_FROM_PARENT, window_, connection.root(), 0, 0,
+                          100, 100, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                          XCB_CW_EVENT_MASK, &events);
+        xcb_map_window(connection.get(), window_);
+        (void)connection.atom("done");
+    }
+    void takeFocus() const {
+        xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_POINTER_ROOT, window_,
+                            XCB_CURRENT_TIME);
+        (void)connection_.atom("done");
+    }
+    [[nodiscard]] int keyCount() const {
+        (void)connection_.atom("done");
+        int count = 0;
+        while (const XcbConnection::Owned<xcb_generic_event_t> event{
+            xcb_poll_for_event(connection_.get())}) {
+            const int type = event->response_type & 0x7F;
+            count += type == XCB_KEY_PRESS || type == XCB_KEY_RELEASE ? 1 : 0;
+        }
+        return count;
+    }
+
+  private:
+    const XcbConnection& connection_;
+    xcb_window_t window_;
+};
+
 /// A real locker under a private X server, and the application's own way of typing into it.
 class LockerTyping : public testing::Test {
   protected:
@@ -37,11 +116,15 @@ class LockerTyping : public testing::Test {
         auto created = PrivateDesktop::create();
         if (!created) GTEST_SKIP() << "Skipped: " << created.error();
         desktop_ = std::make_unique<PrivateDesktop>(std::move(*created));
-        locker_ = std::make_unique<ScreenLocker>(desktop_->displayName());
+        useLocker(ScreenLocker::Kind::i3lock);
         keyEvents_ = std::make_unique<XTestKeyEvents>(desktop_->displayName());
         auto connection = XcbConnection::create(desktop_->displayName());
         ASSERT_TRUE(connection);
         connection_ = std::move(*connection);
+    }
+
+    void useLocker(ScreenLocker::Kind kind) {
+        locker_ = std::make_unique<ScreenLocker>(desktop_->displayName(), kind);
     }
 
     /// Skips where no locker can run.
@@ -110,31 +193,95 @@ class LockerTyping : public testing::Test {
     QCoreApplication application_{argumentCount_, arguments_.data()};
 };
 
-struct Password {
+struct Case {
     const char* name;
-    const char* text;
-    friend void PrintTo(const Password& password, std::ostream* out) { *out << password.name; }
+    ScreenLocker::Kind locker;
+    const char* layout;
+    const char* password;
+    friend void PrintTo(const Case& one, std::ostream* out) { *out << one.name; }
 };
 
-class LockerTypingOf : public LockerTyping, public testing::WithParamInterface<Password> {};
+class LockerTypingOf : public LockerTyping, public testing::WithParamInterface<Case> {};
 
 TEST_P(LockerTypingOf, unlocksAndGivesTheKeyboardBack) {
-    ASSERT_NO_FATAL_FAILURE(lock(GetParam().text));
+    const Case& one = GetParam();
+    useLocker(one.locker);
+    ASSERT_NO_FATAL_FAILURE(setLayout(one.layout));
+    if (IsSkipped()) return;
+    ASSERT_NO_FATAL_FAILURE(lock(one.password));
     if (IsSkipped()) return;
     const auto before = keyboard();
     ASSERT_FALSE(before.empty());
-    EXPECT_TRUE(type(GetParam().text));
+    EXPECT_TRUE(type(one.password));
     EXPECT_TRUE(isUnlockedInTime());
     EXPECT_EQ(keyboard(), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(Passwords, LockerTypingOf,
-                         testing::Values(Password{"asciiMixedCaseAndSymbols",
-                                                  "Tr0ub4dor&3 $`'\"\\{}~^"},
-                                         Password{"fortyFiveCharacters",
-                                                  "Sphinx of black quartz, judge my vow: 4 Panda"},
-                                         Password{"beyondAscii", "é ß ž字😀"}),
-                         [](const auto& test) { return std::string(test.param.name); });
+constexpr auto i3lock = ScreenLocker::Kind::i3lock;
+constexpr auto xsecurelock = ScreenLocker::Kind::xsecurelock;
+
+INSTANTIATE_TEST_SUITE_P(
+    Everywhere, LockerTypingOf,
+    testing::Values(Case{"asciiOnI3lock", i3lock, "us", "Tr0ub4dor&3 $`'\"\\{}~^"},
+                    Case{"fortyFiveOnGermanI3lock", i3lock, "de",
+                         "Sphinx of black quartz, judge my vow: 4 yZ@/|"},
+                    Case{"beyondAsciiOnFrenchI3lock", i3lock, "fr", "é ß ž字😀 aqQ1!"},
+                    Case{"cyrillicOnRussianI3lock", i3lock, "ru", "Пароль u 1"},
+                    Case{"asciiOnFrenchXsecurelock", xsecurelock, "fr", "Tr0ub4dor&3 $`'\"\\{}~^"},
+                    Case{"fortyFiveOnXsecurelock", xsecurelock, "us",
+                         "Sphinx of black quartz, judge my vow: 4 Panda"},
+                    Case{"beyondAsciiOnGermanXsecurelock", xsecurelock, "de", "é ß ž字😀 Пар yZ"}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(LockerTyping, stopsWhenSomebodyElseTypes) {
+    ASSERT_NO_FATAL_FAILURE(lock("right"));
+    if (IsSkipped()) return;
+    const SecondKeyboard hands(*connection_);
+    // Asked before each chunk: somebody presses a key during the first.
+    int checks = 0;
+    const auto typing = keystrokeinjector::typePassword(
+        *keyEvents_, bytesOf("right, but more than twenty characters"), [&] {
+            if (++checks == 4) hands.tap();
+            return locker_->isRunning();
+        });
+    EXPECT_EQ(typing.outcome(), std::unexpected(KeystrokeError::notLocked));
+    EXPECT_LE(checks, 5);
+    EXPECT_TRUE(locker_->isRunning());
+}
+
+TEST_F(LockerTyping, stopsWhenTheLockerIsAnother) {
+    ASSERT_NO_FATAL_FAILURE(lock("right"));
+    if (IsSkipped()) return;
+    int checks = 0;
+    const auto typing = keystrokeinjector::typePassword(*keyEvents_, bytesOf("right"), [&] {
+        if (++checks == 3) {
+            locker_->kill();
+            EXPECT_TRUE(locker_->lock("right"));
+        }
+        return locker_->isRunning();
+    });
+    EXPECT_EQ(typing.outcome(), std::unexpected(KeystrokeError::notLocked));
+    EXPECT_TRUE(locker_->isRunning());
+}
+
+TEST_F(LockerTyping, leavesNotOneKeyToAWindowThatTakesTheFocusAfterAnUnlock) {
+    ASSERT_NO_FATAL_FAILURE(lock("right"));
+    if (IsSkipped()) return;
+    const RecordingWindow window(*connection_);
+    int checks = 0;
+    const auto typing = keystrokeinjector::typePassword(
+        *keyEvents_, bytesOf("forty characters, which make two chunks."), [&] {
+            // Unlocked by other means between the two chunks.
+            if (++checks == 4) {
+                locker_->kill();
+                window.takeFocus();
+            }
+            return locker_->isRunning();
+        });
+    EXPECT_EQ(typing.outcome(), std::unexpected(KeystrokeError::notLocked));
+    EXPECT_EQ(checks, 4);
+    EXPECT_EQ(window.keyCount(), 0);
+}
 
 TEST_F(LockerTyping, keepsTheLockAfterAWrongPasswordAndClearsWhatTheFieldHolds) {
     bool hasEnded = false;
@@ -167,17 +314,6 @@ TEST_F(LockerTyping, typesThroughCapsLockAndAHeldShift) {
     const auto before = keyboard();
     EXPECT_NE(before.back(), 0U);
     EXPECT_TRUE(type("caps Éé 1!"));
-    EXPECT_TRUE(isUnlockedInTime());
-    EXPECT_EQ(keyboard(), before);
-}
-
-TEST_F(LockerTyping, typesWhereTheLayoutHasNoLatinLetters) {
-    ASSERT_NO_FATAL_FAILURE(setLayout("ru"));
-    if (IsSkipped()) return;
-    ASSERT_NO_FATAL_FAILURE(lock("Пароль u 1"));
-    if (IsSkipped()) return;
-    const auto before = keyboard();
-    EXPECT_TRUE(type("Пароль u 1"));
     EXPECT_TRUE(isUnlockedInTime());
     EXPECT_EQ(keyboard(), before);
 }

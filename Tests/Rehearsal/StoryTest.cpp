@@ -36,7 +36,7 @@ TEST(Story, everyActEndsAsItShould) {
     char name[] = "story";
     char* arguments[] = {name, nullptr};
     const QCoreApplication application(argumentCount, arguments);
-    auto stage = Stage::create({.models = *shared / "models", .media = *shared / "media"});
+    auto stage = Stage::create(*shared / "models");
     ASSERT_TRUE(stage) << stage.error();
     for (const Act& act : acts()) {
         const auto ending = act.play(**stage);

@@ -1,28 +1,24 @@
 // Prints what the application would hear of the session that this runs in, one line each, until it
-// is killed: "now" with the session's dictionary whenever that has changed, and the notifications
-// by name.
+// is killed: the notifications by name, each after "now" with the session's dictionary where that
+// has changed, and, while the screen is locked, the user's activity and Space key.
 
-#include "Platforms/Linux/BusAddress.h"
-#include "Platforms/Linux/LinuxLoginSession.h"
+#include "Platforms/Linux/DesktopSession.h"
 #include "Platforms/Linux/LocalNotificationCenter.h"
-#include "Platforms/Linux/LogindWatcher.h"
 #include "Platforms/Linux/QtMainThread.h"
-#include "Platforms/Linux/ScreenSaverWatcher.h"
-#include "Platforms/Linux/SessionAnnouncer.h"
-#include "Platforms/Linux/X11LockWatcher.h"
-#include "Platforms/Linux/X11LoginSession.h"
+#include "Platforms/Linux/UnixSystemClock.h"
+#include "UnlockCore/LockWatching/LockMonitor.h"
+#include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
+#include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 #include "UnlockCore/Platform/LockNotifications.h"
 
 #include <QCoreApplication>
-#include <cstdlib>
 #include <iostream>
-#include <memory>
 #include <string>
 
 namespace marrowby {
 namespace {
 
-std::string text(const LinuxLoginSession& session) {
+std::string text(const LoginSession& session) {
     std::string text = "now";
     const auto dictionary = session.copyCurrentDictionary();
     if (!dictionary) return text + " unknown";
@@ -36,23 +32,12 @@ int run(int argumentCount, char** arguments) {
     QtMainThread mainThread;
     LocalNotificationCenter workspaceCenter(mainThread);
     LocalNotificationCenter distributedCenter(mainThread);
-    LocalNotificationCenter displayCenter(mainThread);
-
-    const char* displayName = std::getenv("DISPLAY");
-    std::unique_ptr<X11LoginSession> display;
-    if (displayName) {
-        auto opened = X11LoginSession::create(displayName);
-        if (opened) display = std::move(*opened);
-    }
-    LogindWatcher logind(busaddress::system(), mainThread);
-    ScreenSaverWatcher savers(busaddress::session());
-    const LinuxLoginSession session(logind, savers, display.get());
-    SessionAnnouncer announcer(session, workspaceCenter, distributedCenter);
+    DesktopSession session(DesktopSession::Places::ofThisProcess(), mainThread, workspaceCenter,
+                           distributedCenter);
 
     std::string last;
-    const auto update = [&] {
-        announcer.update();
-        const std::string now = text(session);
+    const auto sayIfNew = [&] {
+        const std::string now = text(session.loginSession());
         if (now == last) return;
         last = now;
         std::cout << now << '\n' << std::flush;
@@ -60,22 +45,32 @@ int run(int argumentCount, char** arguments) {
     using namespace locknotification;
     for (NotificationCenter* center : {&workspaceCenter, &distributedCenter}) {
         for (const char* name : {screenIsLocked, screenIsUnlocked, screenSaverDidStop, willSleep,
-                                 screensDidSleep, didWake, screensDidWake})
-            (void)center->observe(name, [name] { std::cout << name << '\n' << std::flush; });
+                                 screensDidSleep, didWake, screensDidWake}) {
+            (void)center->observe(name, [name, &sayIfNew] {
+                sayIfNew();
+                std::cout << name << '\n' << std::flush;
+            });
+        }
     }
-    for (const char* name : {screenIsLocked, screenIsUnlocked})
-        (void)displayCenter.observe(name, update);
-    logind.onChange = update;
-    savers.onChange = update;
-    std::unique_ptr<X11LockWatcher> displayWatcher;
-    if (display) {
-        auto created = X11LockWatcher::create(displayName, displayCenter,
-                                              [&](const std::string&) { update(); });
-        if (created) displayWatcher = std::move(*created);
-    }
-    logind.start();
-    savers.start();
-    update();
+    const UnixSystemClock clock;
+    LockScreenActivityMonitor activity(session.inputIdle(), mainThread, clock);
+    activity.onActivity = [](const InputActivity&) { std::cout << "activity\n" << std::flush; };
+    const OwnKeystrokes own(session.inputIdle());
+    SpaceKeyMonitor spaceKeys(session.keyboards(), own);
+    spaceKeys.onSpace = [] { std::cout << "space\n" << std::flush; };
+    LockMonitor lockMonitor(workspaceCenter, distributedCenter);
+    lockMonitor.onEvent = [&](LockEvent event) {
+        if (event == LockEvent::screenLocked) {
+            activity.start();
+            spaceKeys.start();
+        } else if (event == LockEvent::screenUnlocked) {
+            activity.stop();
+            spaceKeys.stop();
+        }
+    };
+    lockMonitor.start();
+    session.start();
+    sayIfNew();
     return QCoreApplication::exec();
 }
 

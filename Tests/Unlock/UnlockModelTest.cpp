@@ -200,5 +200,21 @@ TEST_F(UnlockModelTest, saysWhyAnEnrolmentCannotBegin) {
     }
 }
 
+TEST_F(UnlockModelTest, endsAnEnrolmentWithTheReasonOfAFinderThatFails) {
+    vision.rectanglesFault = "The finder is out of order.";
+    enrollmentCamera->cameras = {{.description = {"desk", "Desk camera"}}};
+    std::optional<Outcome> outcome;
+    model->enroll("Anna", [&](const Outcome& result) { outcome = result; });
+    settle();
+    EXPECT_FALSE(outcome);
+
+    enrollmentCamera->deliver(std::make_shared<FakeSourceImage>(640, 480));
+    settle();
+
+    ASSERT_TRUE(outcome && !*outcome);
+    EXPECT_EQ(outcome->error(), "The finder is out of order.");
+    EXPECT_FALSE(model->isEnrolled());
+}
+
 }  // namespace
 }  // namespace marrowby

@@ -105,4 +105,13 @@ std::expected<SecretUTF16, UTF16Error> decodeUTF8(std::span<const std::uint8_t> 
     return std::move(*units);
 }
 
+char32_t takeCharacter(std::span<const char16_t>& units) {
+    const char32_t first = units[0];
+    const bool isPair = first >= 0xD800 && first <= 0xDBFF && units.size() > 1;
+    const char32_t character =
+        isPair ? 0x10000 + ((first - 0xD800) << 10) + (units[1] - char32_t{0xDC00}) : first;
+    units = units.subspan(isPair ? 2 : 1);
+    return character;
+}
+
 }  // namespace marrowby

@@ -19,6 +19,7 @@ void SpaceKeyMonitor::start() {
 
 void SpaceKeyMonitor::handle(const KeyboardDevices::InputValue& value) const {
     if (value.usagePage != keyPage || value.usage != spacebar || value.value != keyDown) return;
+    if (value.isSynthetic && own_.mayArriveNow()) return;
     // A copy, for the owner may let go of this monitor in it.
     if (const auto report = onSpace) report();
 }

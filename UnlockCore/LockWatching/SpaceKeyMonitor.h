@@ -1,5 +1,6 @@
 #pragma once
 
+#include "UnlockCore/LockWatching/OwnKeystrokes.h"
 #include "UnlockCore/LockWatching/SpaceKeyListening.h"
 #include "UnlockCore/Platform/KeyboardDevices.h"
 
@@ -8,11 +9,12 @@
 
 namespace marrowby {
 
-/// Reports presses of the Space key on any keyboard while it is started. Main thread. The devices
-/// outlive it.
+/// Reports presses of the Space key on any keyboard, but not those of this process's own typing,
+/// while it is started. Main thread. The devices and the keystrokes outlive it.
 class SpaceKeyMonitor final : public SpaceKeyListening {
   public:
-    explicit SpaceKeyMonitor(KeyboardDevices& devices) : devices_(devices) {}
+    SpaceKeyMonitor(KeyboardDevices& devices, const OwnKeystrokes& own)
+        : devices_(devices), own_(own) {}
 
     /// May stop or destroy the monitor.
     std::function<void()> onSpace;
@@ -27,6 +29,7 @@ class SpaceKeyMonitor final : public SpaceKeyListening {
     void handle(const KeyboardDevices::InputValue& value) const;
 
     KeyboardDevices& devices_;
+    const OwnKeystrokes& own_;
     std::unique_ptr<KeyboardDevices::Listening> listening_;
 };
 

@@ -25,7 +25,7 @@ struct Pause {
     TimeInterval duration{};
     friend bool operator==(const Pause&, const Pause&) = default;
 };
-/// Give up here unless the screen is still locked.
+/// Give up here unless the screen is still locked, by the same locker, and nobody types.
 struct LockCheck {
     friend bool operator==(const LockCheck&, const LockCheck&) = default;
 };

@@ -29,7 +29,8 @@ struct Perform {
         return {};
     }
     Step operator()(const KeystrokeAction::LockCheck& /*check*/) const {
-        if (!stillLocked()) return std::unexpected(KeystrokeError::notLocked);
+        if (!stillLocked() || !source.isUndisturbed())
+            return std::unexpected(KeystrokeError::notLocked);
         return {};
     }
 

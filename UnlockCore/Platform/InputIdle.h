@@ -15,7 +15,7 @@ class InputIdle {
     [[nodiscard]] virtual TimeInterval secondsSinceLastInput() const = 0;
     /// The same from the device registry; nothing where it has no such entry.
     [[nodiscard]] virtual std::optional<std::uint64_t> registryIdleNanoseconds() const = 0;
-    /// Time since the computer started, not counting sleep; never goes back.
+    /// Time since the computer started, not counting sleep; never goes back. Any thread.
     [[nodiscard]] virtual TimeInterval systemUptime() const = 0;
 };
 

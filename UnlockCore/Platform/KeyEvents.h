@@ -30,6 +30,9 @@ class KeyEventSource {
     /// A key event that carries UTF-16 text. Systems without such events type on `down` and do
     /// nothing on up.
     [[nodiscard]] virtual bool postText(std::span<const char16_t> units, bool down) = 0;
+    /// Whether, as far as can be told, nobody else has pressed a key and the same lock screen
+    /// stands since this was made.
+    [[nodiscard]] virtual bool isUndisturbed() = 0;
     /// Waits as long as borrowed keys are still needed by a reader that is behind. Nothing is
     /// posted after.
     virtual void settle(const std::function<bool()>& stillLocked) = 0;

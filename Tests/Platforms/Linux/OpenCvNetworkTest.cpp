@@ -97,15 +97,6 @@ TEST_F(OpenCvNetworkTest, TheLandmarksGiveTheirReference) {
     EXPECT_NEAR(sum(outputs.at("landmarks")), reference["Landmarks98"]["sum"].get<double>(), 0.05);
 }
 
-TEST_F(OpenCvNetworkTest, TheRealFaceNetworkTakesBlueFirst) {
-    const auto outputs = predict(
-        "MiniFASNet", Order::bgr,
-        {{"crop40", patternImage(80, Order::bgr, true)}, {"crop27", patternImage(80, Order::bgr)}});
-    for (const char* name : {"probabilities", "probabilities27", "probabilities40"}) {
-        expectBegins(outputs.at(name), reference["MiniFASNet"][name]);
-    }
-}
-
 TEST_F(OpenCvNetworkTest, TheDetectorTakesOtherSidesThanItsFileSays) {
     const auto file = OnnxFile::read(folder / "face_detection_yunet_2023mar.onnx");
     ASSERT_TRUE(file);

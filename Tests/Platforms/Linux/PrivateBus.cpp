@@ -3,7 +3,6 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDeadlineTimer>
-#include <QProcessEnvironment>
 #include <filesystem>
 #include <fstream>
 
@@ -66,10 +65,20 @@ bool PrivateBus::startDaemon() {
 }
 
 PrivateBus::Program PrivateBus::mock(const QString& service, const QStringList& arguments) const {
-    auto environment = QProcessEnvironment::systemEnvironment();
+    return serve(service, python, QStringList{"-m", "dbusmock"} + arguments,
+                 QProcessEnvironment::systemEnvironment());
+}
+
+PrivateBus::Program PrivateBus::serve(const QString& service, const QString& program,
+                                      const QStringList& arguments, QProcessEnvironment environment,
+                                      const QByteArray& input) const {
     environment.insert("DBUS_SYSTEM_BUS_ADDRESS", QString::fromStdString(address()));
     environment.insert("DBUS_SESSION_BUS_ADDRESS", QString::fromStdString(address()));
-    auto process = run(python, QStringList{"-m", "dbusmock"} + arguments, environment);
+    auto process = run(program, arguments, environment);
+    if (process) {
+        process->write(input);
+        process->closeWriteChannel();
+    }
     const QDeadlineTimer deadline(patience);
     while (process && !hasOwner(service)) {
         if (deadline.hasExpired() || process->waitForFinished(10)) return nullptr;

@@ -2,7 +2,9 @@
 
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 
+#include <QByteArray>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QString>
 #include <QVariantList>
 #include <memory>
@@ -30,6 +32,11 @@ class PrivateBus {
     /// Runs a mock service until it has its name, from a template or with an object of its own;
     /// absent when it does not come up. Destroying it kills it.
     [[nodiscard]] Program mock(const QString& service, const QStringList& arguments) const;
+
+    /// Runs any program in the same way, with this bus in its environment.
+    [[nodiscard]] Program serve(const QString& service, const QString& program,
+                                const QStringList& arguments, QProcessEnvironment environment,
+                                const QByteArray& input = {}) const;
 
     /// Calls and waits; what came back first, nothing in an error.
     QVariant call(const QString& service, const QString& path, const QString& interface,

@@ -87,21 +87,40 @@ PrivateDisplay::PrivateDisplay(Program server, std::string name,
                                std::unique_ptr<XcbConnection> connection)
     : server_(std::move(server)), name_(std::move(name)), connection_(std::move(connection)) {}
 
-std::unique_ptr<PrivateDisplay> PrivateDisplay::start() {
+std::pair<PrivateDisplay::Program, std::optional<std::string>> PrivateDisplay::startServer(
+    const std::vector<const char*>& name) {
     int ends[2] = {};
-    if (::pipe2(ends, O_CLOEXEC) != 0) return nullptr;
-    Program server = spawn(
-        {"Xvfb", "-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp", "-noreset"},
-        ends[1], "");
+    if (::pipe2(ends, O_CLOEXEC) != 0) return {Program(), std::nullopt};
+    std::vector<std::string> arguments{"Xvfb"};
+    arguments.insert(arguments.end(), name.begin(), name.end());
+    for (const char* argument :
+         {"-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp", "-noreset"})
+        arguments.emplace_back(argument);
+    Program server = spawn(std::move(arguments), ends[1], "");
     ::close(ends[1]);
-    const std::optional<std::string> number = readLine(ends[0]);
+    std::optional<std::string> number = readLine(ends[0]);
     ::close(ends[0]);
+    return {std::move(server), std::move(number)};
+}
+
+std::unique_ptr<PrivateDisplay> PrivateDisplay::start() {
+    auto [server, number] = startServer({});
     if (!server || !number) return nullptr;
     std::string name = ":" + *number;
     auto connection = XcbConnection::create(name);
     if (!connection) return nullptr;
     return std::unique_ptr<PrivateDisplay>(
         new PrivateDisplay(std::move(server), std::move(name), std::move(*connection)));
+}
+
+bool PrivateDisplay::startAgain() {
+    auto [server, number] = startServer({name_.c_str()});
+    if (!server || !number) return false;
+    server_ = std::move(server);
+    auto connection = XcbConnection::create(name_);
+    if (!connection) return false;
+    connection_ = std::move(*connection);
+    return true;
 }
 
 PrivateDisplay::Program PrivateDisplay::run(const char* program, const char* argument) const {

@@ -4,9 +4,11 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <sys/types.h>
 
@@ -20,7 +22,11 @@ class PrivateDisplay {
       public:
         explicit Program(pid_t child = 0) : child_(child) {}
         Program(Program&& other) noexcept : child_(std::exchange(other.child_, 0)) {}
-        Program& operator=(Program&&) = delete;
+        Program& operator=(Program&& other) noexcept {
+            kill();
+            child_ = std::exchange(other.child_, 0);
+            return *this;
+        }
         ~Program() { kill(); }
 
         explicit operator bool() const { return child_ != 0; }
@@ -40,6 +46,8 @@ class PrivateDisplay {
     [[nodiscard]] Program run(const char* program, const char* argument) const;
     /// Ends the server at once, as a crash would.
     void kill() { server_.kill(); }
+    /// Another server under the same name. False where it does not come up.
+    [[nodiscard]] bool startAgain();
 
     /// Presses and releases the first key that has this symbol.
     void tap(std::uint32_t keysym) const;
@@ -49,6 +57,9 @@ class PrivateDisplay {
     void setRootProperty(const char* name, std::uint32_t value) const;
 
   private:
+    /// The server, and the number that it chose or was given.
+    [[nodiscard]] static std::pair<Program, std::optional<std::string>> startServer(
+        const std::vector<const char*>& name);
     PrivateDisplay(Program server, std::string name, std::unique_ptr<XcbConnection> connection);
 
     Program server_;

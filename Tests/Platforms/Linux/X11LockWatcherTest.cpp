@@ -1,5 +1,3 @@
-#include "Platforms/Linux/LocalNotificationCenter.h"
-#include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/X11LockWatcher.h"
 #include "Platforms/Linux/X11LoginSession.h"
 #include "Tests/Platforms/Linux/PrivateDisplay.h"
@@ -25,27 +23,23 @@ const SessionDictionary locked{{"CGSSessionScreenIsLocked", true},
 
 struct X11LockWatcherTest : testing::Test {
     QtLoop loop;
-    QtMainThread mainThread;
-    LocalNotificationCenter center{mainThread};
     std::unique_ptr<PrivateDisplay> display = PrivateDisplay::start();
     std::unique_ptr<X11LoginSession> session;
     std::unique_ptr<X11LockWatcher> watcher;
-    std::vector<std::string> heard;
+    std::size_t changes = 0;
     std::vector<std::string> sentences;
 
     void SetUp() override {
         if (!display) GTEST_SKIP() << noPrivateDisplay;
-        for (const char* name : {"com.apple.screenIsLocked", "com.apple.screenIsUnlocked"}) {
-            (void)center.observe(name, [this, name] { heard.emplace_back(name); });
-        }
         session = X11LoginSession::create(display->name()).value();
         watch();
     }
 
     void watch() {
-        watcher = X11LockWatcher::create(display->name(), center, [this](const std::string& text) {
-                      sentences.push_back(text);
-                  }).value();
+        watcher = X11LockWatcher::create(
+                      display->name(), [this] { ++changes; },
+                      [this](const std::string& text) { sentences.push_back(text); })
+                      .value();
     }
 
     /// Runs until the session says so, and all that was posted by then.
@@ -53,7 +47,7 @@ struct X11LockWatcherTest : testing::Test {
         return loop.runUntil([&] { return session->copyCurrentDictionary() == truth; });
     }
     [[nodiscard]] bool hears(std::size_t count) {
-        return loop.runUntil([&] { return heard.size() >= count; });
+        return loop.runUntil([&] { return changes >= count; });
     }
 };
 
@@ -76,8 +70,7 @@ TEST_F(X11LockWatcherTest, announcesAWindowThatTakesAndLeavesTheScreen) {
     }
     ASSERT_TRUE(hears(4));
     EXPECT_EQ(session->copyCurrentDictionary(), unlocked);
-    EXPECT_THAT(heard, ElementsAre("com.apple.screenIsLocked", "com.apple.screenIsUnlocked",
-                                   "com.apple.screenIsLocked", "com.apple.screenIsUnlocked"));
+    EXPECT_EQ(changes, 4U);
 }
 
 TEST_F(X11LockWatcherTest, isNotTakenInByOrdinaryWindowsOrByBlanking) {
@@ -96,18 +89,18 @@ TEST_F(X11LockWatcherTest, isNotTakenInByOrdinaryWindowsOrByBlanking) {
     EXPECT_EQ(session->copyCurrentDictionary(), locked);
     display->setRootProperty("_SCREENSAVER_STATUS", 0);
     ASSERT_TRUE(hears(2));
-    EXPECT_THAT(heard, ElementsAre("com.apple.screenIsLocked", "com.apple.screenIsUnlocked"));
+    EXPECT_EQ(changes, 2U);
 }
 
 TEST_F(X11LockWatcherTest, saysNothingOfALockItFound) {
     const LockerWindow locker(*display, "i3lock");
     locker.map();
     ASSERT_TRUE(hears(1));
-    heard.clear();
+    changes = 0;
     watch();
     locker.unmap();
     ASSERT_TRUE(hears(1));
-    EXPECT_THAT(heard, ElementsAre("com.apple.screenIsUnlocked"));
+    EXPECT_EQ(changes, 1U);
 }
 
 TEST_F(X11LockWatcherTest, followsARealLocker) {
@@ -118,7 +111,7 @@ TEST_F(X11LockWatcherTest, followsARealLocker) {
     locker.kill();
     ASSERT_TRUE(hears(2));
     EXPECT_TRUE(becomes(unlocked));
-    EXPECT_THAT(heard, ElementsAre("com.apple.screenIsLocked", "com.apple.screenIsUnlocked"));
+    EXPECT_EQ(changes, 2U);
 }
 
 TEST_F(X11LockWatcherTest, isOffTheConsoleWhileItsTerminalIs) {
@@ -137,14 +130,12 @@ TEST_F(X11LockWatcherTest, reportsALostDisplayOnceAndGoesOn) {
     EXPECT_EQ(session->copyCurrentDictionary(), std::nullopt);
     loop.runPending();
     EXPECT_THAT(sentences, ElementsAre("The display “" + display->name() + "” is gone."));
-    EXPECT_THAT(heard, ElementsAre("com.apple.screenIsLocked"));
+    EXPECT_EQ(changes, 1U);
 }
 
 TEST(X11LockWatcher, saysWhatIsWrongWithADisplay) {
     const QtLoop loop;
-    QtMainThread mainThread;
-    LocalNotificationCenter center(mainThread);
-    const auto watcher = X11LockWatcher::create("no such display", center, {});
+    const auto watcher = X11LockWatcher::create("no such display", {}, {});
     ASSERT_FALSE(watcher);
     EXPECT_EQ(watcher.error(), "The display “no such display” can’t be opened.");
     EXPECT_FALSE(X11LoginSession::create("no such display"));

@@ -1,4 +1,6 @@
+#include "Tests/Fakes/FakeInputIdle.h"
 #include "Tests/Fakes/FakeKeyboardDevices.h"
+#include "Tests/Fakes/FakeMainThread.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 
 #include <memory>
@@ -13,8 +15,11 @@ using testing::ElementsAre;
 using testing::SizeIs;
 
 struct SpaceKeyMonitorTest : testing::Test {
+    FakeMainThread clock;
+    FakeInputIdle uptimes{clock};
+    OwnKeystrokes own{uptimes};
     FakeKeyboardDevices devices;
-    std::unique_ptr<SpaceKeyMonitor> monitor = std::make_unique<SpaceKeyMonitor>(devices);
+    std::unique_ptr<SpaceKeyMonitor> monitor = std::make_unique<SpaceKeyMonitor>(devices, own);
     int spaces = 0;
 
     SpaceKeyMonitorTest() {

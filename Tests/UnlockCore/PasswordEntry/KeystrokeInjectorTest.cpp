@@ -84,6 +84,10 @@ TEST_F(KeystrokeInjector, stopsAtTheCheckThatFindsTheScreenUnlocked) {
         EXPECT_FALSE(hasPressedReturn());
     }
     keyEvents_ = {};
+    keyEvents_.isDisturbed = true;
+    EXPECT_EQ(type(password).outcome(), std::unexpected(KeystrokeError::notLocked));
+    EXPECT_TRUE(keyEvents_.all<KeyPress>().empty());
+    keyEvents_ = {};
     keyEvents_.checksUntilUnlocked = chunks + 2;
     EXPECT_TRUE(type(password).outcome());
 }

@@ -273,13 +273,5 @@ TEST(CameraUseRegistry, CountsTheClaimsOfAName) {
     EXPECT_FALSE(registry.isClaimed("unlock"));
 }
 
-TEST(CameraErrorTexts, AreTheSystems) {
-    EXPECT_EQ(description(CameraError::CannotOpen{"why"}), "The camera couldn’t be opened: why");
-    EXPECT_EQ(description(CameraError::NotAllowed{}),
-              "Marrowby Unlock isn’t allowed to use the camera. Turn it on in System Settings › "
-              "Privacy & Security › Camera.");
-    EXPECT_EQ(description(CameraError::NoCamera{}), "No camera found.");
-}
-
 }  // namespace
 }  // namespace marrowby

@@ -149,11 +149,5 @@ TEST(FaceAligner, PutsThePointsWhereTheReferenceHasThem) {
     }
 }
 
-TEST(AlignmentTier, HasItsTexts) {
-    EXPECT_EQ(alignmentTier("5-point"), AlignmentTier::fivePoint);
-    EXPECT_EQ(alignmentTier("2-point"), AlignmentTier::twoPoint);
-    EXPECT_EQ(alignmentTier("3-point"), std::nullopt);
-}
-
 }  // namespace
 }  // namespace marrowby

@@ -38,7 +38,7 @@ class FaceRecognizerTest : public testing::Test {
         const auto recognition = recognizer.recognise(frame, previous);
         return recognition ? recognition->face.boundingBox.x : -1;
     }
-    std::string error() { return description(recognizer.recognise(frame, {}).error()); }
+    std::string error() { return description(recognizer.recognise(frame, std::nullopt).error()); }
     static DetectedFace previous(double x, double y) {
         return {.normalizedBoundingBox = {x - 0.1, y - 0.1, 0.2, 0.2}};
     }
@@ -56,7 +56,7 @@ class FaceRecognizerTest : public testing::Test {
 
 TEST_F(FaceRecognizerTest, GivesEmbeddingCropAndFace) {
     add(0.5, 0.5, 0.2);
-    const auto recognition = recognizer.recognise(frame, {});
+    const auto recognition = recognizer.recognise(frame, std::nullopt);
     ASSERT_TRUE(recognition);
     EXPECT_EQ(recognition->embedding, (Embedding{1, 0}));
     EXPECT_EQ(recognition->alignedImage.width(), 112);

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Kit/LockScreenSpace.h"
+#include "UnlockCore/Platform/LoginSession.h"
+#include "UnlockCore/Platform/WindowServer.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace marrowby {
+
+/// What all lock-screen windows of a process share: the shield's level, the private functions and
+/// the one space, each made when it is first needed. Main thread; what it is made of outlives it.
+class LockScreen {
+  public:
+    LockScreen(WindowServer& server, const LoginSession& session)
+        : server_(server), session_(session) {}
+    LockScreen(const LockScreen&) = delete;
+    LockScreen& operator=(const LockScreen&) = delete;
+
+    [[nodiscard]] WindowServer& server() { return server_; }
+    /// Of a window that lies just above the shield.
+    [[nodiscard]] std::int64_t windowLevel();
+    [[nodiscard]] bool isSpaceAvailable();
+    /// While the screen is locked, and where there can be one.
+    [[nodiscard]] LockScreenSpace* spaceIfLocked();
+
+  private:
+    [[nodiscard]] bool isLocked() const;
+    [[nodiscard]] const std::shared_ptr<SkyLightFunctions>& functions();
+
+    WindowServer& server_;
+    const LoginSession& session_;
+    std::optional<std::int64_t> windowLevel_;
+    /// Once looked for: what was found.
+    std::optional<std::shared_ptr<SkyLightFunctions>> functions_;
+    std::optional<LockScreenSpace> space_;
+};
+
+}  // namespace marrowby

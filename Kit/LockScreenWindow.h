@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Kit/LockScreen.h"
+#include "UnlockCore/Platform/WindowServer.h"
+
+#include <memory>
+
+namespace marrowby {
+
+/// A panel that nothing can be clicked through to or away from, above the lock screen where the
+/// system lets it. Main thread; the lock screen outlives it.
+class LockScreenWindow {
+  public:
+    /// Of every such panel.
+    [[nodiscard]] static PanelConfiguration configuration(std::int64_t level);
+
+    LockScreenWindow(LockScreen& lockScreen, std::shared_ptr<PanelContent> content,
+                     const Rect& frame);
+    LockScreenWindow(const LockScreenWindow&) = delete;
+    LockScreenWindow& operator=(const LockScreenWindow&) = delete;
+
+    /// Whether it is in the lock screen's space. Without one it is shown only where that is wished.
+    [[nodiscard]] bool show(const Rect& frame, bool showWithoutSpace);
+    void hide();
+
+  private:
+    LockScreen& lockScreen_;
+    const std::unique_ptr<LockScreenPanel> panel_;
+    bool inLockScreenSpace_ = false;
+};
+
+}  // namespace marrowby

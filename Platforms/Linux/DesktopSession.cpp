@@ -1,0 +1,98 @@
+#include "Platforms/Linux/DesktopSession.h"
+
+#include "Platforms/Linux/BusAddress.h"
+#include "Platforms/Linux/EvdevInputIdle.h"
+#include "Platforms/Linux/EvdevKeyboardDevices.h"
+#include "Platforms/Linux/LinuxLoginSession.h"
+#include "Platforms/Linux/LogindWatcher.h"
+#include "Platforms/Linux/ScreenSaverWatcher.h"
+#include "Platforms/Linux/SessionAnnouncer.h"
+#include "Platforms/Linux/X11Display.h"
+
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+std::unique_ptr<X11Display> makeDisplay(std::optional<std::string> name) {
+    return name ? std::make_unique<X11Display>(*std::move(name)) : nullptr;
+}
+
+}  // namespace
+
+struct DesktopSession::Sources {
+    Sources(Places places, MainThread& mainThread, NotificationCenter& workspaceCenter,
+            NotificationCenter& distributedCenter)
+        : display(makeDisplay(std::move(places.display))),
+          evdevIdle(places.inputDevices),
+          evdevKeyboards(places.inputDevices),
+          logind(std::move(places.systemBus), mainThread),
+          savers(std::move(places.sessionBus)),
+          session(logind, savers, display.get()),
+          announcer(session, workspaceCenter, distributedCenter) {}
+
+    const std::unique_ptr<X11Display> display;
+    EvdevInputIdle evdevIdle;
+    EvdevKeyboardDevices evdevKeyboards;
+    LogindWatcher logind;
+    ScreenSaverWatcher savers;
+    LinuxLoginSession session;
+    SessionAnnouncer announcer;
+};
+
+DesktopSession::Places DesktopSession::Places::ofThisProcess() {
+    const auto environment = [](const char* name) -> std::string_view {
+        const char* value = std::getenv(name);
+        return value ? value : "";
+    };
+    Places places{
+        .systemBus = busaddress::system(), .sessionBus = busaddress::session(), .display = {}};
+    // What Xwayland shows of input and of lockers is not the session's.
+    const bool isWayland =
+        environment("XDG_SESSION_TYPE") == "wayland" || !environment("WAYLAND_DISPLAY").empty();
+    if (const auto display = environment("DISPLAY"); !display.empty() && !isWayland)
+        places.display = display;
+    return places;
+}
+
+DesktopSession::DesktopSession(Places places, MainThread& mainThread,
+                               NotificationCenter& workspaceCenter,
+                               NotificationCenter& distributedCenter)
+    : sources_(std::make_unique<Sources>(std::move(places), mainThread, workspaceCenter,
+                                         distributedCenter)) {}
+
+DesktopSession::~DesktopSession() = default;
+
+void DesktopSession::start() {
+    const auto update = [this] { sources_->announcer.update(); };
+    sources_->logind.onChange = update;
+    sources_->savers.onChange = update;
+    if (sources_->display) {
+        sources_->display->start(
+            {.onChange = update, .onAway = [this](const std::string& sentence) {
+                 if (onDisplayAway) onDisplayAway(sentence);
+             }});
+    }
+    sources_->logind.start();
+    sources_->savers.start();
+    update();
+}
+
+LoginSession& DesktopSession::loginSession() {
+    return sources_->session;
+}
+
+InputIdle& DesktopSession::inputIdle() {
+    if (sources_->display) return *sources_->display;
+    return sources_->evdevIdle;
+}
+
+KeyboardDevices& DesktopSession::keyboards() {
+    if (sources_->display) return *sources_->display;
+    return sources_->evdevKeyboards;
+}
+
+}  // namespace marrowby

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "UnlockCore/Platform/InputIdle.h"
+#include "UnlockCore/Platform/KeyboardDevices.h"
+#include "UnlockCore/Platform/LoginSession.h"
+#include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/NotificationCenter.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace marrowby {
+
+/// The user's session on a Linux desktop, put together from the display, logind, the screen savers
+/// on the session bus and the kernel's input devices, each of which may come and go. Main thread,
+/// under Qt's event loop.
+class DesktopSession {
+  public:
+    /// Where its sources are found.
+    struct Places {
+        /// Empty where there is none.
+        std::string systemBus;
+        std::string sessionBus;
+        /// Nothing where no X server sees all input: on Wayland and on the console.
+        std::optional<std::string> display;
+        std::string inputDevices = "/dev/input";
+
+        /// By the environment.
+        [[nodiscard]] static Places ofThisProcess();
+    };
+
+    /// The notifications are posted to the centres, which outlive this.
+    DesktopSession(Places places, MainThread& mainThread, NotificationCenter& workspaceCenter,
+                   NotificationCenter& distributedCenter);
+    ~DesktopSession();
+    DesktopSession(const DesktopSession&) = delete;
+    DesktopSession& operator=(const DesktopSession&) = delete;
+
+    /// With a sentence for the user, whenever the display is gone or was not there at the start.
+    std::function<void(const std::string&)> onDisplayAway;
+
+    /// Once, when the notifications are observed.
+    void start();
+
+    [[nodiscard]] LoginSession& loginSession();
+    [[nodiscard]] InputIdle& inputIdle();
+    [[nodiscard]] KeyboardDevices& keyboards();
+
+  private:
+    struct Sources;
+    std::unique_ptr<Sources> sources_;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,153 @@
+#include "Platforms/Linux/PamDirectory.h"
+
+#include "UnlockCore/Foundation/SecretBytes.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include <security/pam_appl.h>
+
+namespace marrowby {
+namespace {
+
+constexpr const char* systemRules = "/etc/pam.d";
+
+DirectoryError unavailable(std::string message) {
+    return {.domain = "PAM", .code = 0, .message = std::move(message)};
+}
+
+/// The password as a C string, for as long as PAM may ask for it.
+class Answers {
+  public:
+    [[nodiscard]] bool set(std::span<const std::uint8_t> password) {
+        auto text = SecretArray<char>::create(password.size() + 1);
+        if (!text) return false;
+        std::memcpy(text->values().data(), password.data(), password.size());
+        text_ = std::move(*text);
+        return true;
+    }
+
+    /// PAM overwrites and frees what it is given.
+    static int converse(int count, const pam_message** messages, pam_response** responses,
+                        void* self) {
+        if (count <= 0 || count > PAM_MAX_NUM_MSG) return PAM_CONV_ERR;
+        auto* replies = static_cast<pam_response*>(
+            std::calloc(static_cast<std::size_t>(count), sizeof(pam_response)));
+        if (replies == nullptr) return PAM_BUF_ERR;
+        for (int i = 0; i < count; ++i) {
+            if (messages[i]->msg_style != PAM_PROMPT_ECHO_OFF) continue;
+            replies[i].resp = ::strdup(static_cast<const Answers*>(self)->text_->values().data());
+        }
+        *responses = replies;
+        return PAM_SUCCESS;
+    }
+
+  private:
+    std::optional<SecretArray<char>> text_;
+};
+
+/// A wrong answer shall come as soon as a right one: who guesses here has the account already.
+void noDelay(int /*result*/, unsigned /*microseconds*/, void* /*data*/) {}
+
+class Conversation {
+  public:
+    Conversation(const PamDirectory::Service& service, const std::string& user, Answers& answers)
+        : conversation_{.conv = Answers::converse, .appdata_ptr = &answers} {
+        status_ = service.folder.empty()
+                      ? ::pam_start(service.name.c_str(), user.c_str(), &conversation_, &handle_)
+                      : ::pam_start_confdir(service.name.c_str(), user.c_str(), &conversation_,
+                                            service.folder.c_str(), &handle_);
+        if (status_ != PAM_SUCCESS) return;
+        void (*delay)(int, unsigned, void*) = noDelay;
+        (void)::pam_set_item(handle_, PAM_FAIL_DELAY, reinterpret_cast<const void*>(delay));
+    }
+    Conversation(const Conversation&) = delete;
+    Conversation& operator=(const Conversation&) = delete;
+    ~Conversation() {
+        if (handle_ != nullptr) ::pam_end(handle_, status_);
+    }
+
+    /// An account without a password would take any text.
+    [[nodiscard]] int authenticate() {
+        if (status_ == PAM_SUCCESS)
+            status_ = ::pam_authenticate(handle_, PAM_SILENT | PAM_DISALLOW_NULL_AUTHTOK);
+        return status_;
+    }
+    [[nodiscard]] std::string text() const {
+        const char* text = ::pam_strerror(handle_, status_);
+        return text != nullptr ? text : "";
+    }
+
+  private:
+    pam_conv conversation_;
+    pam_handle_t* handle_ = nullptr;
+    int status_ = PAM_SYSTEM_ERR;
+};
+
+class PamRecord final : public Directory::Record {
+  public:
+    PamRecord(PamDirectory::Service service, std::string user)
+        : service_(std::move(service)), user_(std::move(user)) {}
+
+    [[nodiscard]] Directory::Result<void> verifyPassword(
+        std::span<const std::uint8_t> password) override {
+        Answers answers;
+        if (!answers.set(password))
+            return std::unexpected(unavailable("There is no safe memory for the password."));
+        Conversation conversation(service_, user_, answers);
+        switch (conversation.authenticate()) {
+            case PAM_SUCCESS:
+                return {};
+            case PAM_AUTH_ERR:
+            case PAM_USER_UNKNOWN:
+            case PAM_MAXTRIES:
+                return std::unexpected(DirectoryError{.domain = directoryErrorDomain,
+                                                      .code = directoryInvalidCredentials,
+                                                      .message = conversation.text()});
+            default:
+                return std::unexpected(unavailable(conversation.text()));
+        }
+    }
+
+  private:
+    const PamDirectory::Service service_;
+    const std::string user_;
+};
+
+class PamNode final : public Directory::Node {
+  public:
+    explicit PamNode(PamDirectory::Service service) : service_(std::move(service)) {}
+
+    [[nodiscard]] Directory::Result<std::unique_ptr<Directory::Record>> record(
+        const std::string& /*type*/, const std::string& name) override {
+        return std::make_unique<PamRecord>(service_, name);
+    }
+
+  private:
+    const PamDirectory::Service service_;
+};
+
+}  // namespace
+
+PamDirectory::Service PamDirectory::installedService() {
+    for (const char* name : {"marrowby-unlock", "common-auth", "system-auth"}) {
+        std::error_code error;
+        if (std::filesystem::exists(std::filesystem::path(systemRules) / name, error))
+            return {.name = name, .folder = {}};
+    }
+    return {.name = "login", .folder = {}};
+}
+
+PamDirectory::PamDirectory(Service service) : service_(std::move(service)) {}
+
+Directory::Result<std::unique_ptr<Directory::Node>> PamDirectory::openNode(std::uint32_t type) {
+    if (type != directoryAuthenticationNode)
+        return std::unexpected(unavailable("There is no such node."));
+    return std::make_unique<PamNode>(service_);
+}
+
+}  // namespace marrowby

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Mutex.h"
+#include "UnlockCore/Platform/InputIdle.h"
+#include "UnlockCore/Platform/KeyboardDevices.h"
+#include "UnlockCore/Platform/LoginSession.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// An X display that may come and go, with the session behind it, its idle time and its keyboards.
+/// While it is away there is no session and no idle time, and no key is heard; who listened goes on
+/// when it is back. It is looked for ever more rarely, at last twice a minute. Main thread, under
+/// Qt's event loop; copyCurrentDictionary() and systemUptime() from any.
+class X11Display final : public LoginSession, public InputIdle, public KeyboardDevices {
+  public:
+    struct Callbacks {
+        /// A locker came or went, or the display did.
+        std::function<void()> onChange;
+        /// With a sentence for the user, whenever it is gone or was not there at the start.
+        std::function<void(const std::string&)> onAway;
+    };
+
+    explicit X11Display(std::string name);
+    ~X11Display() override;
+    X11Display(const X11Display&) = delete;
+    X11Display& operator=(const X11Display&) = delete;
+
+    /// Once. The callbacks come later than this returns, but for the first onAway.
+    void start(Callbacks callbacks);
+
+    [[nodiscard]] std::optional<SessionDictionary> copyCurrentDictionary() const override;
+    [[nodiscard]] TimeInterval secondsSinceLastInput() const override;
+    [[nodiscard]] std::optional<std::uint64_t> registryIdleNanoseconds() const override;
+    [[nodiscard]] TimeInterval systemUptime() const override;
+    [[nodiscard]] bool hasListenAccess() const override;
+    [[nodiscard]] std::unique_ptr<Listening> open(
+        Match match, std::function<void(const InputValue&)> onValue) override;
+
+  private:
+    struct Parts;
+    struct Listener;
+    class Handle;
+    class Retry;
+
+    void connect();
+    void lose(const std::string& sentence);
+
+    const std::string name_;
+    Callbacks callbacks_;
+    std::unique_ptr<Retry> retry_;
+    std::vector<std::weak_ptr<Listener>> listeners_;
+    std::unique_ptr<Parts> parts_;
+    mutable Mutex mutex_;
+    std::shared_ptr<const LoginSession> session_ GUARDED_BY(mutex_);
+};
+
+}  // namespace marrowby

@@ -1,0 +1,152 @@
+#include "Rehearsal/People/PersonTraits.h"
+
+#include "Rehearsal/People/Dice.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace marrowby {
+
+namespace {
+
+/// From light to dark skin, in linear light, evenly to the eye.
+Vector3 skinColour(Dice& dice) {
+    const float tone = dice.uniform(0, 1);
+    const Vector3 light{.x = 0.76F, .y = 0.49F, .z = 0.37F};
+    const Vector3 dark{.x = 0.13F, .y = 0.060F, .z = 0.034F};
+    const float warm = dice.around(0, 0.05F);
+    const auto between = [&](float a, float b, float shift) {
+        return a * std::pow(b / a, tone * tone * 0.6F + tone * 0.4F) * (1 + shift);
+    };
+    return {between(light.x, dark.x, warm), between(light.y, dark.y, 0),
+            between(light.z, dark.z, -warm)};
+}
+
+constexpr std::array hairColours{
+    Vector3{.x = 0.010F, .y = 0.008F, .z = 0.007F}, Vector3{.x = 0.025F, .y = 0.014F, .z = 0.009F},
+    Vector3{.x = 0.055F, .y = 0.028F, .z = 0.014F}, Vector3{.x = 0.115F, .y = 0.060F, .z = 0.028F},
+    Vector3{.x = 0.300F, .y = 0.190F, .z = 0.085F}, Vector3{.x = 0.210F, .y = 0.065F, .z = 0.020F},
+};
+
+constexpr std::array irisColours{
+    Vector3{.x = 0.060F, .y = 0.028F, .z = 0.012F}, Vector3{.x = 0.110F, .y = 0.055F, .z = 0.020F},
+    Vector3{.x = 0.090F, .y = 0.160F, .z = 0.230F}, Vector3{.x = 0.120F, .y = 0.150F, .z = 0.070F},
+    Vector3{.x = 0.150F, .y = 0.170F, .z = 0.180F},
+};
+
+}  // namespace
+
+PersonTraits::PersonTraits(std::uint64_t seed) {
+    Dice dice(seed);
+    noiseSeed = static_cast<std::uint32_t>(dice.pick(std::size_t{1} << 30U));
+    masculine = dice.uniform(0, 1);
+    age = dice.uniform(0, 1);
+    const float m = masculine - 0.5F;
+
+    const float broad = dice.around(1, 0.055F);
+    skullWidth = dice.around(75 + 3 * m, 3) * broad;
+    skullTop = dice.around(112, 6);
+    skullDepth = dice.around(98, 4);
+    foreheadSlope = dice.around(0, 5) - 6 * m;
+    cheekWidth = dice.around(63, 3.4F) * broad;
+    cheekFullness = dice.around(0, 5.5F);
+    cheekBone = dice.around(0, 3.2F) - m;
+    jawWidth = dice.around(50 + 5 * m, 5) * broad;
+    jawY = dice.around(-74, 6);
+    chinY = dice.around(-112 - 5 * m, 7.5F);
+    chinWidth = dice.around(19 + 6 * m, 4.5F);
+    chinZ = dice.around(0, 4.5F);
+    neckRadius = dice.around(49 + 9 * m, 3);
+    shoulderWidth = dice.around(170 + 28 * m, 10);
+    earSize = dice.around(1, 0.1F);
+    earTilt = dice.around(0.45F, 0.14F);
+    asymmetry = dice.around(0, 0.012F);
+
+    eyeX = dice.around(31.5F, 2.4F);
+    eyeRadius = dice.around(12.2F, 0.5F);
+    eyeOpening = std::clamp(dice.around(5.2F - 0.6F * m, 1), 3.2F, 7.2F);
+    eyeWidth = dice.around(14.6F, 1.2F);
+    eyeTilt = dice.around(0.06F, 0.085F);
+    eyeDepth = dice.around(0, 2) + 1.5F * m;
+    eyeHood = dice.uniform(0, 1);
+    browY = dice.around(20 - 3 * m, 3.2F);
+    browThickness = std::max(1.6F, dice.around(4.2F + 2 * m, 1.3F));
+    browTilt = dice.around(0.05F - 0.1F * m, 0.13F);
+    browArch = dice.around(3.5F - 2 * m, 2.2F);
+    browGap = dice.around(11, 3);
+    browEnd = dice.around(53, 3);
+    browDensity = dice.uniform(0.65F, 1);
+    browRidge = dice.around(4 * m, 2);
+
+    noseBaseY = dice.around(-44, 5);
+    noseTipZ = dice.around(29.5F + 2 * m, 3.6F);
+    noseTipRise = dice.around(6, 3.2F);
+    noseTipRadius = dice.around(8.8F + m, 1.3F);
+    noseWidth = dice.around(17 + 1.6F * m, 2.8F);
+    bridgeWidth = std::max(4.F, dice.around(7.2F + m, 1.4F));
+    bridgeZ = dice.around(3, 2.8F);
+    noseBump = dice.around(0.6F * m, 1.3F);
+    noseBend = dice.around(0, 0.8F);
+
+    mouthY = noseBaseY - std::max(13.F, dice.around(21, 3));
+    mouthY = std::max(mouthY, chinY + 30);
+    mouthWidth = dice.around(25, 3.2F);
+    mouthZ = dice.around(15, 2.2F);
+    mouthCurve = dice.around(2.6F, 1.6F);
+    upperLip = std::clamp(dice.around(6 - 1.6F * m, 1.9F), 2.2F, 10.5F);
+    lowerLip = std::clamp(dice.around(8 - 1.2F * m, 2), 3.5F, 12.5F);
+    lipColour = dice.uniform(0.15F, 0.9F) * (1 - 0.7F * masculine);
+
+    skin = skinColour(dice);
+    flush = dice.uniform(0.2F, 1);
+    freckles = dice.chance(0.2F) ? dice.uniform(0.4F, 1) : 0;
+    const bool isDark = skin.x < 0.32F;
+    hairColour = hairColours[dice.pick(isDark ? 3 : hairColours.size())];
+    hairColour = hairColour * dice.uniform(0.7F, 1.3F);
+    const float greying = dice.uniform(-0.4F, 1);
+    grey = age > 0.55F ? std::clamp(greying * (age - 0.4F) * 2, 0.F, 1.F) : 0;
+    irisColour = irisColours[dice.pick(isDark ? 2 : irisColours.size())];
+    irisColour = irisColour * dice.uniform(0.8F, 1.25F);
+    clothColour = {dice.uniform(0.01F, 0.5F), dice.uniform(0.01F, 0.5F), dice.uniform(0.01F, 0.5F)};
+    const float clothGrey = dot(clothColour, {.x = 0.3F, .y = 0.5F, .z = 0.2F});
+    clothColour = mix({clothGrey, clothGrey, clothGrey}, clothColour, dice.uniform(0.2F, 0.8F));
+    isCollared = dice.chance(0.4F);
+
+    const bool isMan = masculine > 0.5F;
+    constexpr std::array manStyles{HairStyle::bald,     HairStyle::crown,    HairStyle::buzzed,
+                                   HairStyle::shortCut, HairStyle::shortCut, HairStyle::sidePart,
+                                   HairStyle::sidePart, HairStyle::curly};
+    constexpr std::array womanStyles{HairStyle::shortCut, HairStyle::curly,    HairStyle::fringe,
+                                     HairStyle::bob,      HairStyle::longHair, HairStyle::longHair,
+                                     HairStyle::sidePart};
+    hair =
+        isMan ? manStyles[dice.pick(manStyles.size())] : womanStyles[dice.pick(womanStyles.size())];
+    hairlineY = std::clamp(dice.around(58, 5.5F) + (isMan ? 5 * age : 0), 44.F, 74.F);
+    hairRecess = isMan ? std::max(0.F, dice.around(8 + 10 * age, 7)) : dice.uniform(0, 5);
+    hairThickness = dice.uniform(0.6F, 1.5F);
+    partX = dice.chance(0.5F) ? dice.uniform(15, 38) : dice.uniform(-38, -15);
+
+    constexpr std::array beards{BeardStyle::none,    BeardStyle::none,    BeardStyle::none,
+                                BeardStyle::stubble, BeardStyle::stubble, BeardStyle::moustache,
+                                BeardStyle::goatee,  BeardStyle::full,    BeardStyle::full};
+    const BeardStyle someBeard = beards[dice.pick(beards.size())];
+    beard = isMan ? someBeard : BeardStyle::none;
+    beardLength = dice.uniform(0.5F, 1.6F);
+    constexpr std::array frames{GlassesStyle::round, GlassesStyle::square, GlassesStyle::wide};
+    const GlassesStyle someFrame = frames[dice.pick(frames.size())];
+    glasses = dice.chance(0.3F) ? someFrame : GlassesStyle::none;
+    rimWidth = dice.chance(0.4F) ? dice.uniform(0.7F, 1.0F) : dice.uniform(1.3F, 2.1F);
+    rimColour = dice.chance(0.6F)
+                    ? Vector3{.x = 0.012F, .y = 0.012F, .z = 0.014F}
+                    : Vector3{dice.uniform(0.03F, 0.3F), dice.uniform(0.02F, 0.12F), 0.03F};
+
+    const std::size_t moleCount = dice.pick(3);
+    for (std::size_t i = 0; i < moleCount; ++i) {
+        moles.push_back({.x = dice.uniform(-48, 48),
+                         .y = dice.uniform(-100, 45),
+                         .radius = dice.uniform(0.7F, 1.5F)});
+    }
+}
+
+}  // namespace marrowby

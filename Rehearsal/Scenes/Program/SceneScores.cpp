@@ -1,0 +1,179 @@
+#include "Rehearsal/Scenes/Program/SceneScores.h"
+
+#include "Platforms/Linux/BitmapMat.h"
+#include "Platforms/Linux/OpenCvFaceVision.h"
+#include "Platforms/Linux/OpenCvFourierTransform.h"
+#include "Platforms/Linux/OpenCvImaging.h"
+#include "Platforms/Linux/OpenCvNeuralModels.h"
+#include "Platforms/Linux/YuNetFaceFinder.h"
+#include "Rehearsal/Scenes/SceneFilm.h"
+#include "UnlockCore/Liveness/LivenessCue.h"
+#include "UnlockCore/Liveness/MiniFASNet.h"
+#include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
+#include "UnlockCore/LockScreenServices/FaceScan.h"
+#include "UnlockCore/Platform/SystemClock.h"
+#include "UnlockCore/Recognition/FaceEmbedding.h"
+#include "UnlockCore/Recognition/FaceRecognizer.h"
+#include "UnlockCore/Recognition/SFaceEmbedder.h"
+
+#include <algorithm>
+#include <utility>
+#include <variant>
+
+#include <opencv2/core/mat.hpp>
+
+namespace marrowby {
+
+namespace {
+
+constexpr TimeInterval lasts{3};
+constexpr TimeInterval step{0.1};
+
+/// The scene's own time.
+class SceneClock final : public SystemClock {
+  public:
+    [[nodiscard]] Date now() const override { return time; }
+    Date time;
+};
+
+/// Remembers what the network says.
+class Noting final : public AntiSpoofScoring {
+  public:
+    explicit Noting(AntiSpoofScoring& real) : real_(real) {}
+    [[nodiscard]] std::string_view modelIdentifier() const override {
+        return real_.modelIdentifier();
+    }
+    [[nodiscard]] std::expected<AntiSpoofScore, RealFaceModelError> score(
+        const RGBPixels& image, const Rect& faceBox) override {
+        auto score = real_.score(image, faceBox);
+        if (score) noted.push_back(score->live);
+        return score;
+    }
+    std::vector<float> noted;
+
+  private:
+    AntiSpoofScoring& real_;
+};
+
+std::string text(const LivenessDecision& decision) {
+    if (const auto* denied = std::get_if<LivenessDecision::Denied>(&decision)) {
+        return "denied: " + std::string(title(denied->cue));
+    }
+    return std::holds_alternative<LivenessDecision::Waiting>(decision) ? "waiting" : "live";
+}
+
+}  // namespace
+
+struct SceneScores::Networks {
+    OpenCvImaging imaging;
+    OpenCvFourierTransform fourier;
+    OpenCvNeuralModels models;
+    std::unique_ptr<OpenCvFaceVision> vision;
+    std::optional<YuNetFaceFinder> finder;
+    std::unique_ptr<FaceRecognizer> recognizer;
+    std::unique_ptr<MiniFASNet> antiSpoof;
+    std::optional<Embedding> person;
+    Cast cast;
+};
+
+SceneScores::SceneScores(std::unique_ptr<Networks> networks) : networks_(std::move(networks)) {}
+SceneScores::~SceneScores() = default;
+
+std::expected<std::unique_ptr<SceneScores>, std::string> SceneScores::load(
+    const std::filesystem::path& models) {
+    constexpr const char* finderFile = "face_detection_yunet_2023mar.onnx";
+    auto networks = std::make_unique<Networks>();
+    auto vision = OpenCvFaceVision::load(models / finderFile, models / "Landmarks98.onnx");
+    if (!vision) return std::unexpected(vision.error());
+    networks->vision = *std::move(vision);
+    auto finder = YuNetFaceFinder::load(models / finderFile);
+    if (!finder) return std::unexpected(finder.error());
+    networks->finder = *std::move(finder);
+    auto embedder = SFaceEmbedder::load(
+        models, {.fileName = "Embedder128.onnx", .modelIdentifier = "mobilefacenet-128-test-1"},
+        networks->models, networks->imaging);
+    if (!embedder) return std::unexpected(description(embedder.error()));
+    networks->recognizer =
+        std::make_unique<FaceRecognizer>(*networks->vision, networks->imaging, *std::move(embedder),
+                                         CameraFaceScanner::minimumFaceWidth);
+    auto antiSpoof = MiniFASNet::load(models, networks->models, NeuralModels::ComputeUnits::all,
+                                      "MiniFASNet.onnx");
+    if (!antiSpoof) return std::unexpected(description(antiSpoof.error()));
+    networks->antiSpoof = *std::move(antiSpoof);
+    return std::unique_ptr<SceneScores>(new SceneScores(std::move(networks)));
+}
+
+void SceneScores::enroll(const Scene& scene) {
+    networks_->person.reset();
+    SceneFilm film(scene, networks_->cast);
+    std::vector<Embedding> samples;
+    for (TimeInterval at{}; at < lasts - step / 2; at += step) {
+        const auto picture = film.shoot({.at = at, .running = at, .frameTime = step}).picture;
+        const Size size = picture->extent();
+        const auto image = networks_->imaging.render(*picture, {0, 0, size.width, size.height}, 1);
+        if (!image) continue;
+        const CameraFrame frame{
+            .image = *image, .source = picture, .sourceSize = size, .timestamp = Date(at)};
+        auto seen = networks_->recognizer->recognise(frame, std::nullopt);
+        if (seen && at > TimeInterval(1)) samples.push_back(seen->embedding);
+    }
+    networks_->person = faceembedding::meanTemplate(samples);
+}
+
+SceneScores::Score SceneScores::score(const Scene& scene, int width, int height) {
+    SceneFilm film(scene, networks_->cast);
+    FaceScan scan(LivenessMode::standard);
+    Noting antiSpoof(*networks_->antiSpoof);
+    SceneClock clock;
+    Score score;
+    // The exposure settles before anybody looks.
+    for (TimeInterval at{-0.6}; at < lasts - step / 2; at += step) {
+        const auto picture = film.shoot({.at = at,
+                                         .running = at + TimeInterval(0.6),
+                                         .frameTime = step,
+                                         .width = width,
+                                         .height = height})
+                                 .picture;
+        if (at < -step / 2) continue;
+        clock.time = Date(at);
+        const Size size = picture->extent();
+        const double scale =
+            std::min(CameraFaceScanner::workingLongEdge / std::max(size.width, size.height), 1.0);
+        const auto image =
+            networks_->imaging.render(*picture, {0, 0, size.width, size.height}, scale);
+        if (!image) continue;
+        ++score.pictures;
+        const CameraFrame frame{.id = score.pictures,
+                                .image = *image,
+                                .source = picture,
+                                .sourceSize = size,
+                                .timestamp = clock.time};
+        const FaceScan::Step& seen = scan.take(frame, {.recognizer = *networks_->recognizer,
+                                                       .antiSpoof = antiSpoof,
+                                                       .vision = *networks_->vision,
+                                                       .imaging = networks_->imaging,
+                                                       .fourier = networks_->fourier,
+                                                       .clock = clock});
+        score.decision = text(seen.liveness.decision);
+        if (seen.recognition) {
+            ++score.withFace;
+            if (networks_->person) {
+                score.likeness.push_back(
+                    faceembedding::cosine(seen.recognition->embedding, *networks_->person));
+            }
+        }
+        const auto bgr = bgrMat(*image);
+        const auto faces =
+            bgr ? networks_->finder->find(*bgr) : std::unexpected<std::string>(std::string());
+        float best = 0;
+        if (faces) {
+            for (const auto& face : *faces)
+                best = std::max(best, static_cast<float>(face.score));
+        }
+        score.finder.push_back(best);
+    }
+    score.live = std::move(antiSpoof.noted);
+    return score;
+}
+
+}  // namespace marrowby

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Rehearsal/Scenes/Movement.h"
+#include "Rehearsal/Scenes/SceneLight.h"
+#include "Rehearsal/Scenes/Sheet.h"
+#include "Rehearsal/Scenes/Stance.h"
+#include "UnlockCore/Foundation/Time.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace marrowby {
+
+enum class PropKind { print, bentPrint, cutOut, phone, tablet, monitor };
+
+[[nodiscard]] std::string_view name(PropKind kind);
+
+/// Somebody who is really there.
+struct Actor {
+    std::uint64_t person = 0;
+    Performance plays = {};
+};
+
+/// Something held up that shows a person's face.
+struct Prop {
+    PropKind kind = PropKind::print;
+    Sheet sheet = {};
+    Movement moves{Placement{}};
+    std::uint64_t person = 0;
+    /// What the shown person does. A photo is how that begins; a replay goes on.
+    Performance plays = {};
+    bool isReplay = false;
+    /// A cut-out's eyes are cut out too.
+    bool hasEyeHoles = false;
+    /// Of the picture that it shows, which is a third higher than wide.
+    int pixelsWide = 450;
+};
+
+/// What happens in front of a camera.
+struct Scene {
+    std::string name = {};
+    /// In a few words.
+    std::string tells = {};
+    LightKind light = LightKind::normal;
+    std::vector<Actor> actors = {};
+    std::vector<Prop> props = {};
+    /// Of the room, the noise and the exposure's start.
+    std::uint64_t seed = 1;
+};
+
+/// Somebody who moves like that, blinks, and looks into the camera.
+[[nodiscard]] Performance acting(Movement movement, std::uint64_t seed);
+/// Somebody who holds still, a little away from the camera, and turns the head by `yaw` to either
+/// side now and then.
+[[nodiscard]] Performance lookingAround(std::uint64_t seed, float distance = 0.55F,
+                                        float yaw = 0.12F);
+
+}  // namespace marrowby

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Platforms/Linux/PixelBuffer.h"
+#include "Rehearsal/People/PeopleRenderer.h"
+#include "Rehearsal/Scenes/Cast.h"
+#include "Rehearsal/Scenes/Optics.h"
+#include "Rehearsal/Scenes/Scene.h"
+#include "Rehearsal/Scenes/SceneTruth.h"
+#include "Rehearsal/Scenes/Sensor.h"
+#include "Rehearsal/Scenes/Texture.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace marrowby {
+
+/// Films a scene: draws the room, the people and what they hold up, the farthest first, and exposes
+/// a sensor to it. The same moments in the same order give the same pictures in the same build. One
+/// thread at a time. Making one takes some tenths of a second for every person whom the cast does
+/// not know yet.
+class SceneFilm {
+  public:
+    struct Moment {
+        /// Since the scene began.
+        TimeInterval at{};
+        /// Since the camera's first picture; 0 begins anew.
+        TimeInterval running{};
+        TimeInterval frameTime{1.0 / 30};
+        int width = 640;
+        int height = 480;
+    };
+    struct Frame {
+        std::shared_ptr<const PixelBuffer> picture;
+        SceneTruth truth;
+    };
+
+    SceneFilm(Scene scene, Cast& cast, const Optics& optics = {});
+
+    [[nodiscard]] const Scene& scene() const { return scene_; }
+    [[nodiscard]] Frame shoot(const Moment& moment);
+
+  private:
+    /// What a prop shows.
+    struct Picture {
+        Texture texture;
+        FaceTruth face;
+    };
+    struct Shooting;
+
+    void drawActor(const Actor& actor, const Stance& stance, Shooting& shooting);
+    void drawProp(std::size_t index, const Placement& place, Shooting& shooting);
+    [[nodiscard]] Picture photograph(const Prop& prop, TimeInterval at);
+    /// Where the new layer moves by so much while the shutter is open, on top of the image.
+    void blurInto(LinearImage& image, const Point& motion);
+
+    Scene scene_;
+    const SceneLight light_;
+    const Optics optics_;
+    std::map<std::uint64_t, Person> people_;
+    PeopleRenderer renderer_;
+    Sensor sensor_;
+    Exposure exposure_;
+    TimeInterval ranFor_{};
+    std::uint64_t runs_ = 0;
+    std::optional<LinearImage> room_;
+    std::optional<LinearImage> layer_;
+    /// By prop; of a replay the newest picture.
+    std::vector<std::optional<Picture>> shown_;
+    std::optional<LinearImage> photoRoom_;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Rehearsal/Scenes/Stance.h"
+#include "UnlockCore/Enrollment/EnrollmentSession.h"
+#include "UnlockCore/Foundation/Mutex.h"
+
+#include <cstdint>
+
+namespace marrowby {
+
+/// Somebody in front of the camera who does what he is asked to: after a short time to understand
+/// it he turns the head there, sometimes a little too far at first, holds it, and tries harder when
+/// it is still not taken. Blinks and is never quite still. Times are since the scene began and
+/// never go back. Any thread.
+class SceneUser {
+  public:
+    /// `home` is where he sits, looking straight ahead.
+    explicit SceneUser(std::uint64_t seed, const Placement& home = {.position = {.z = 0.55F}});
+
+    /// An enrolment tells this now; to be called with every frame, also where nothing changes.
+    void heed(const EnrollmentSession::Hint& hint, TimeInterval now);
+    /// Turns the head to one side and back, as a strict look asks for.
+    void turnHead(TimeInterval now);
+    void lookStraight(TimeInterval now);
+    /// Out of the picture.
+    void walkAway(TimeInterval now);
+    /// Back in, and looks around a little.
+    void comeBack(TimeInterval now);
+
+    [[nodiscard]] Stance at(TimeInterval now) const;
+    [[nodiscard]] Performance performance() const {
+        return [this](TimeInterval now) { return at(now); };
+    }
+
+  private:
+    /// One smooth movement.
+    struct Motion {
+        Placement from = {};
+        Placement to = {};
+        TimeInterval begins{};
+        TimeInterval lasts{};
+        /// Back again afterwards, over the same time.
+        bool returns = false;
+        /// How much farther it goes before it settles.
+        float overshoot = 0;
+    };
+
+    [[nodiscard]] Placement placeAt(TimeInterval now) const REQUIRES(mutex_);
+    void go(const Placement& to, TimeInterval now, TimeInterval lasts, bool returns = false)
+        REQUIRES(mutex_);
+    void aimAt(EnrollmentPose pose, TimeInterval now) REQUIRES(mutex_);
+
+    const std::uint64_t seed_;
+    const Placement home_;
+
+    mutable Mutex mutex_;
+    Motion motion_ GUARDED_BY(mutex_);
+    EnrollmentSession::Hint heard_ GUARDED_BY(mutex_) = EnrollmentSession::Hint::NoFace{};
+    TimeInterval heardAt_ GUARDED_BY(mutex_){};
+    EnrollmentPose asked_ GUARDED_BY(mutex_) = EnrollmentPose::center;
+    /// 1 is what he takes for enough.
+    float effort_ GUARDED_BY(mutex_) = 1;
+    std::uint64_t movements_ GUARDED_BY(mutex_) = 0;
+};
+
+}  // namespace marrowby

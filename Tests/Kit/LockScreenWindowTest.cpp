@@ -1,0 +1,77 @@
+#include "Kit/LockScreenWindow.h"
+#include "Tests/Fakes/FakeLoginSession.h"
+#include "Tests/Fakes/FakeWindowServer.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr Rect place{.x = 1, .y = 2, .width = 30, .height = 4};
+
+struct LockScreenWindowTest : testing::Test {
+    FakeWindowServer server;
+    FakeLoginSession session;
+    LockScreen lockScreen{server, session};
+
+    void setLocked(bool isLocked) {
+        session.setDictionary(SessionDictionary{{sessionkey::screenIsLocked, isLocked}});
+    }
+};
+
+TEST_F(LockScreenWindowTest, twoWindowsShareOneSpaceAndEnterItOnce) {
+    setLocked(true);
+    LockScreenWindow first(lockScreen, nullptr, {});
+    LockScreenWindow second(lockScreen, nullptr, {});
+    EXPECT_EQ(server.configurations.front(), LockScreenWindow::configuration(2'147'483'631));
+    EXPECT_TRUE(first.show(place, false));
+    EXPECT_TRUE(first.show(place, false));
+    EXPECT_TRUE(second.show(place, true));
+    EXPECT_THAT(server.calls,
+                ElementsAre("load", "connection 7", "create 7 1 0 = 9", "level 7 9 400", "show 7 9",
+                            "1 front at 1 2", "add 7 9 1 7", "1 front at 1 2", "2 front at 1 2",
+                            "add 7 9 2 7"));
+    // Unlocked meanwhile: where it is it stays.
+    setLocked(false);
+    EXPECT_TRUE(first.show(place, true));
+    EXPECT_FALSE(first.show(place, false));
+}
+
+TEST_F(LockScreenWindowTest, makesNoSpaceWhileUnlocked) {
+    for (const bool isKnown : {false, true}) {
+        isKnown ? setLocked(false) : session.setDictionary(std::nullopt);
+        LockScreenWindow window(lockScreen, nullptr, {});
+        EXPECT_FALSE(window.show(place, false));
+        EXPECT_THAT(server.calls, IsEmpty());
+    }
+    LockScreenWindow window(lockScreen, nullptr, {});
+    EXPECT_FALSE(window.show(place, true));
+    EXPECT_THAT(server.calls, ElementsAre("3 front at 1 2"));
+    window.hide();
+    EXPECT_EQ(server.calls.back(), "3 out");
+}
+
+TEST_F(LockScreenWindowTest, livesWithoutTheFunctionsAndAsksForThemOnce) {
+    server.hasSkyLight = false;
+    setLocked(true);
+    EXPECT_FALSE(lockScreen.isSpaceAvailable());
+    LockScreenWindow window(lockScreen, nullptr, {});
+    EXPECT_FALSE(window.show(place, false));
+    EXPECT_FALSE(window.show(place, true));
+    EXPECT_THAT(server.calls, ElementsAre("load", "1 front at 1 2"));
+
+    server.hasPanels = false;
+    LockScreenWindow none(lockScreen, nullptr, {});
+    EXPECT_FALSE(none.show(place, true));
+    none.hide();
+}
+
+}  // namespace
+}  // namespace marrowby

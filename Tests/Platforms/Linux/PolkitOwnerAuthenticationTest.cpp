@@ -1,0 +1,171 @@
+#include "Platforms/Linux/PolkitOwnerAuthentication.h"
+#include "Tests/Platforms/Linux/PrivateBus.h"
+#include "Tests/Platforms/Linux/QtLoop.h"
+#include "UnlockCore/Storage/DeviceOwnerCheck.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+#include <QMap>
+#include <functional>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+constexpr const char* busName = "org.freedesktop.PolicyKit1";
+
+/// A polkit that leaves the answer to the test.
+class Authority final : public QDBusVirtualObject {
+  public:
+    /// What it was asked, newest last.
+    std::vector<QDBusMessage> calls;
+    std::function<void(const QDBusMessage&)> onCall = [](const QDBusMessage&) {};
+
+    [[nodiscard]] QString introspect(const QString& /*path*/) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*bus*/) override {
+        if (message.member() != QLatin1String("CheckAuthorization")) return false;
+        message.setDelayedReply(true);
+        calls.push_back(message);
+        onCall(message);
+        return true;
+    }
+};
+
+QVariant result(bool isAuthorized, bool isChallenge, const QMap<QString, QString>& details) {
+    QDBusArgument argument;
+    argument.beginStructure();
+    argument << isAuthorized << isChallenge << details;
+    argument.endStructure();
+    return QVariant::fromValue(argument);
+}
+
+struct PolkitOwnerAuthenticationTest : testing::Test {
+    QtLoop loop;
+    std::unique_ptr<PrivateBus> bus = PrivateBus::start();
+    std::optional<QDBusConnection> service;
+    Authority authority;
+    std::optional<PolkitOwnerAuthentication> authentication;
+    std::vector<std::expected<void, StorageError>> outcomes;
+
+    void SetUp() override {
+        if (!bus) GTEST_SKIP() << noPrivateBus;
+        authentication.emplace(bus->address());
+    }
+    void TearDown() override { QDBusConnection::disconnectFromBus("authority"); }
+
+    void startService() {
+        service =
+            QDBusConnection::connectToBus(QString::fromStdString(bus->address()), "authority");
+        ASSERT_TRUE(
+            service->registerVirtualObject("/org/freedesktop/PolicyKit1/Authority", &authority));
+        ASSERT_TRUE(service->registerService(busName));
+    }
+    void ask() {
+        DeviceOwnerCheck(*authentication).confirmOwner("open it", [this](const auto& outcome) {
+            outcomes.push_back(outcome);
+        });
+    }
+    /// The sentence, or "yes".
+    std::string answer() {
+        if (!loop.runUntil([&] { return !outcomes.empty(); })) return "never";
+        EXPECT_EQ(outcomes.size(), 1U);
+        const auto outcome = std::exchange(outcomes, {}).front();
+        return outcome ? "yes" : description(outcome.error());
+    }
+};
+
+TEST_F(PolkitOwnerAuthenticationTest, asksOnceAndSaysWhatCameOfIt) {
+    ASSERT_NO_FATAL_FAILURE(startService());
+    const QMap<QString, QString> dismissed{{"polkit.dismissed", "true"}};
+    const QString polkitFailed = "org.freedesktop.PolicyKit1.Error.Failed";
+    const auto with = [](const QVariant& value) {
+        return [value](const QDBusMessage& call) { return call.createReply(value); };
+    };
+    const auto failing = [](const QString& name, const QString& text) {
+        return [name, text](const QDBusMessage& call) { return call.createErrorReply(name, text); };
+    };
+    const std::pair<std::function<QDBusMessage(const QDBusMessage&)>, std::string> cases[] = {
+        {with(result(true, false, {})), "yes"},
+        {with(result(false, false, dismissed)), "Cancelled."},
+        {with(result(false, false, {})), "It wasn’t confirmed that it’s you."},
+        {with(result(false, true, {})),
+         "No program is running that could ask for your password. Install a polkit agent, such as "
+         "lxpolkit, and log in again."},
+        {with(true), "Polkit gave an answer that makes no sense."},
+        {failing(polkitFailed, "Action app.quenby.unlock.confirm-owner is not registered"),
+         "Marrowby Unlock isn’t installed completely: app.quenby.unlock.policy is missing from "
+         "polkit’s actions."},
+        {failing(polkitFailed, "The disk is on fire."), "The disk is on fire."},
+    };
+    for (const auto& [reply, expected] : cases) {
+        SCOPED_TRACE(expected);
+        authority.onCall = [&](const QDBusMessage& call) { service->send(reply(call)); };
+        ask();
+        EXPECT_EQ(answer(), expected);
+    }
+    ASSERT_EQ(authority.calls.size(), std::size(cases));
+
+    const QDBusMessage& call = authority.calls.front();
+    EXPECT_EQ(call.signature(), "(sa{sv})sa{ss}us");
+    const auto subject = call.arguments()[0].value<QDBusArgument>();
+    QString kind;
+    QVariantMap properties;
+    subject.beginStructure();
+    subject >> kind >> properties;
+    subject.endStructure();
+    EXPECT_EQ(kind, "system-bus-name");
+    EXPECT_EQ(properties, (QVariantMap{{"name", call.service()}}));
+    EXPECT_EQ(call.arguments()[1], "app.quenby.unlock.confirm-owner");
+    EXPECT_EQ(call.arguments()[3].toUInt(), 1U);
+    EXPECT_NE(call.service(), authority.calls.back().service()) << "each has its connection";
+}
+
+TEST_F(PolkitOwnerAuthenticationTest, saysWhatIsMissing) {
+    ask();
+    EXPECT_EQ(answer(), "Nothing here can check who you are. Install the package polkitd.");
+
+    ASSERT_NO_FATAL_FAILURE(startService());
+    ask();
+    ASSERT_TRUE(loop.runUntil([&] { return !authority.calls.empty(); }));
+    bus->kill();
+    EXPECT_EQ(answer(), "The system bus can’t be reached.");
+    ask();
+    EXPECT_EQ(answer(), "macOS can’t check it’s you right now. The system bus can’t be reached.");
+    EXPECT_FALSE(authentication->makeContext()->canEvaluate(1));
+}
+
+TEST_F(PolkitOwnerAuthenticationTest, withdrawsThePromptOfAContextThatGoes) {
+    ASSERT_NO_FATAL_FAILURE(startService());
+    const auto isGone = [&] {
+        const QString name = authority.calls.back().service();
+        return loop.runUntil([&] {
+            return !bus->call("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                              "org.freedesktop.DBus", "NameHasOwner", {name})
+                        .toBool();
+        });
+    };
+    auto context = authentication->makeContext();
+    std::optional<std::expected<bool, OwnerAuthenticationError>> reply;
+    context->evaluate(2, "", [&](const auto& outcome) { reply = outcome; });
+    ASSERT_TRUE(loop.runUntil([&] { return authority.calls.size() == 1; }));
+    context.reset();
+    EXPECT_TRUE(isGone());
+    ASSERT_TRUE(reply && !*reply);
+    EXPECT_EQ(reply->error().code, PolkitOwnerAuthentication::cancelledByApplication);
+
+    ask();
+    ASSERT_TRUE(loop.runUntil([&] { return authority.calls.size() == 2; }));
+    EXPECT_TRUE(outcomes.empty());
+    authentication.reset();
+    EXPECT_TRUE(isGone());
+    EXPECT_EQ(answer(), "Cancelled.");
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,168 @@
+#include "Platforms/Linux/DesktopSession.h"
+#include "Platforms/Linux/LocalNotificationCenter.h"
+#include "Platforms/Linux/QtMainThread.h"
+#include "Platforms/Linux/ThreadWorkQueues.h"
+#include "Platforms/Linux/UnixSystemClock.h"
+#include "Platforms/Linux/XTestKeyEvents.h"
+#include "Rehearsal/PrivateDesktop.h"
+#include "Rehearsal/ScreenLocker.h"
+#include "Tests/Platforms/Linux/QtLoop.h"
+#include "UnlockCore/LockWatching/ForeignInputIdle.h"
+#include "UnlockCore/LockWatching/LockMonitor.h"
+#include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
+#include "UnlockCore/LockWatching/NotedKeyEvents.h"
+#include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
+#include "UnlockCore/LockWatching/WindowServerLockState.h"
+#include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
+
+namespace marrowby {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr std::string_view password = "opens a door";
+
+/// The application's lock watching on a real display, a real locker, and a user in front of it.
+struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
+    QtLoop loop;
+    QtMainThread mainThread;
+    UnixSystemClock clock;
+    LocalNotificationCenter workspaceCenter{mainThread};
+    LocalNotificationCenter distributedCenter{mainThread};
+    LockMonitor lockMonitor{workspaceCenter, distributedCenter};
+    std::unique_ptr<PrivateDesktop> desktop;
+    std::unique_ptr<ScreenLocker> locker;
+    std::unique_ptr<DesktopSession> session;
+    std::unique_ptr<XTestKeyEvents> user;
+    std::unique_ptr<OwnKeystrokes> own;
+    std::unique_ptr<NotedKeyEvents> keyEvents;
+    std::unique_ptr<ForeignInputIdle> foreignIdle;
+    std::unique_ptr<LockScreenActivityMonitor> activity;
+    std::unique_ptr<SpaceKeyMonitor> spaceKeys;
+    std::vector<LockEvent> lockEvents;
+    int activities = 0;
+    int spaces = 0;
+    ThreadWorkQueues queues;
+
+    void SetUp() override {
+        auto created = PrivateDesktop::create();
+        if (!created) GTEST_SKIP() << "Skipped: " << created.error();
+        desktop = std::make_unique<PrivateDesktop>(std::move(*created));
+        locker = std::make_unique<ScreenLocker>(desktop->displayName(), GetParam());
+        session = std::make_unique<DesktopSession>(
+            DesktopSession::Places{
+                .systemBus = {}, .sessionBus = {}, .display = desktop->displayName()},
+            mainThread, workspaceCenter, distributedCenter);
+        lockMonitor.onEvent = [this](LockEvent event) { lockEvents.push_back(event); };
+        lockMonitor.start();
+        session->start();
+        user = std::make_unique<XTestKeyEvents>(desktop->displayName());
+        own = std::make_unique<OwnKeystrokes>(session->inputIdle());
+        keyEvents = std::make_unique<NotedKeyEvents>(*user, *own);
+        foreignIdle = std::make_unique<ForeignInputIdle>(session->inputIdle(), *own);
+        activity = std::make_unique<LockScreenActivityMonitor>(*foreignIdle, mainThread, clock);
+        activity->onActivity = [this](const InputActivity&) { ++activities; };
+        spaceKeys = std::make_unique<SpaceKeyMonitor>(session->keyboards(), *own);
+        spaceKeys->onSpace = [this] { ++spaces; };
+    }
+
+    [[nodiscard]] bool isLocked() const {
+        return WindowServerLockState(session->loginSession()).isLocked();
+    }
+
+    /// A key that somebody else presses.
+    void tap(std::uint32_t keysym) const {
+        const auto source = user->makeSource({}, std::array{keysym});
+        ASSERT_TRUE(source && source->post({.code = keysym, .down = true}) &&
+                    source->post({.code = keysym, .down = false}));
+    }
+
+    /// As the application does, beside the main thread.
+    void type(std::string_view text) {
+        std::atomic<bool> isDone = false;
+        queues.background()->async([&] {
+            (void)keystrokeinjector::typePassword(
+                *keyEvents, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
+                [this] { return locker->isRunning(); })
+                .outcome();
+            isDone = true;
+        });
+        ASSERT_TRUE(loop.runUntil([&] { return isDone.load(); }));
+    }
+    void letPass(TimeInterval time) {
+        const Date begin = clock.now();
+        ASSERT_TRUE(loop.runUntil([&] { return clock.now() - begin > time; }));
+    }
+};
+
+TEST_P(LockWatching, hearsOfTheLockTheUserAndTheUnlock) {
+    EXPECT_FALSE(isLocked());
+    if (const auto locked = locker->lock(password); !locked)
+        GTEST_SKIP() << "Skipped: " << locked.error();
+    ASSERT_TRUE(loop.runUntil([this] { return !lockEvents.empty(); }));
+    EXPECT_THAT(lockEvents, ElementsAre(LockEvent::screenLocked));
+    EXPECT_TRUE(isLocked());
+
+    // xscreensaver hears nothing in its first seconds.
+    letPass(TimeInterval(GetParam() == ScreenLocker::Kind::xscreensaver ? 3 : 0.2));
+    activity->start();
+    spaceKeys->start();
+    ASSERT_TRUE(spaceKeys->isListening());
+    tap(XKB_KEY_Shift_L);
+    ASSERT_TRUE(loop.runUntil([this] { return activities > 0; }));
+    EXPECT_EQ(spaces, 0);
+    tap(XKB_KEY_space);
+    ASSERT_TRUE(loop.runUntil([this] { return spaces > 0; }));
+
+    ASSERT_TRUE(loop.runUntil([this] { return activities > 1; }));
+
+    // What we type is nobody's activity.
+    activities = 0;
+    spaces = 0;
+    type(password);
+    ASSERT_TRUE(loop.runUntil([this] { return lockEvents.size() > 1; }));
+    EXPECT_THAT(lockEvents, ElementsAre(LockEvent::screenLocked, LockEvent::screenUnlocked));
+    EXPECT_FALSE(isLocked());
+    EXPECT_EQ(activities, 0);
+    EXPECT_EQ(spaces, 0);
+}
+
+TEST_P(LockWatching, takesACrashedLockerForAnUnlock) {
+    if (const auto locked = locker->lock(password); !locked)
+        GTEST_SKIP() << "Skipped: " << locked.error();
+    ASSERT_TRUE(loop.runUntil([this] { return !lockEvents.empty(); }));
+    locker->kill();
+    ASSERT_TRUE(loop.runUntil([this] { return lockEvents.size() > 1; }));
+    EXPECT_EQ(lockEvents.back(), LockEvent::screenUnlocked);
+    EXPECT_FALSE(isLocked());
+}
+
+INSTANTIATE_TEST_SUITE_P(Lockers, LockWatching,
+                         testing::Values(ScreenLocker::Kind::i3lock,
+                                         ScreenLocker::Kind::xsecurelock,
+                                         ScreenLocker::Kind::xscreensaver),
+                         [](const auto& kind) -> std::string {
+                             switch (kind.param) {
+                                 case ScreenLocker::Kind::i3lock:
+                                     return "i3lock";
+                                 case ScreenLocker::Kind::xsecurelock:
+                                     return "xsecurelock";
+                                 case ScreenLocker::Kind::xscreensaver:
+                                     break;
+                             }
+                             return "xscreensaver";
+                         });
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,72 @@
+#include "Tests/Fakes/FakeDirectory.h"
+#include "UnlockCore/PasswordEntry/OpenDirectoryPasswordVerifier.h"
+#include "UnlockCore/PasswordEntry/TypablePassword.h"
+
+#include <optional>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+std::span<const std::uint8_t> bytesOf(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+TEST(OpenDirectoryPasswordVerifier, keepsAWrongPasswordAndAnUnsureDirectoryApart) {
+    const DirectoryError wrong{"com.apple.OpenDirectory", 5000,
+                               "Credentials could not be verified."};
+    const DirectoryError away{"com.apple.OpenDirectory", 2100, "The node can’t be reached."};
+    const DirectoryError foreign{"Elsewhere", 5000, "Something else."};
+    const struct {
+        const char* what;
+        std::optional<DirectoryError> nodeFault;
+        std::optional<DirectoryError> recordFault;
+        std::optional<DirectoryError> verdict;
+        PasswordCheckResult result;
+    } cases[] = {
+        {"right", {}, {}, {}, PasswordCheckResult::Correct{}},
+        {"wrong", {}, {}, wrong, PasswordCheckResult::Incorrect{}},
+        {"the node is away", away, {}, {}, PasswordCheckResult::Unavailable{away.message}},
+        {"no such user", {}, away, {}, PasswordCheckResult::Unavailable{away.message}},
+        {"the record refuses to say", {}, {}, away, PasswordCheckResult::Unavailable{away.message}},
+        {"another domain", {}, {}, foreign, PasswordCheckResult::Unavailable{foreign.message}},
+    };
+    for (const auto& one : cases) {
+        FakeDirectory directory;
+        directory.nodeFault = one.nodeFault;
+        directory.recordFault = one.recordFault;
+        directory.verdict = one.verdict;
+        OpenDirectoryPasswordVerifier verifier(directory, "anna");
+        EXPECT_EQ(verifier.check(bytesOf("sesame")), one.result) << one.what;
+        EXPECT_EQ(directory.asked.front(), "node 0x2201");
+    }
+    FakeDirectory directory;
+    EXPECT_EQ(OpenDirectoryPasswordVerifier(directory, "anna").check(bytesOf("sesame")),
+              PasswordCheckResult(PasswordCheckResult::Correct{}));
+    EXPECT_EQ(
+        directory.asked,
+        (std::vector<std::string>{"node 0x2201", "dsRecTypeStandard:Users anna", "verify sesame"}));
+}
+
+TEST(OpenDirectoryPasswordVerifier, asksNobodyAboutWhatIsNoPassword) {
+    FakeDirectory directory;
+    OpenDirectoryPasswordVerifier verifier(directory, "anna");
+    for (const char* text : {"", "\xC3\x28", "\xFF"}) {
+        EXPECT_EQ(verifier.check(bytesOf(text)),
+                  PasswordCheckResult(PasswordCheckResult::Incorrect{}));
+    }
+    EXPECT_TRUE(directory.asked.empty());
+}
+
+TEST(TypablePassword, objectsToControlCharacters) {
+    using namespace std::string_view_literals;
+    for (const auto text : {"a\nb"sv, "\r"sv, "a\x7F"sv, "a\0b"sv, "\t"sv})
+        EXPECT_TRUE(typablepassword::objection(bytesOf(text)));
+    for (const auto text : {""sv, " "sv, "é ß ž字😀"sv})
+        EXPECT_FALSE(typablepassword::objection(bytesOf(text)));
+}
+
+}  // namespace
+}  // namespace marrowby

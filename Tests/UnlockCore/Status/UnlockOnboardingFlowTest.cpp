@@ -1,0 +1,98 @@
+#include "UnlockCore/Status/UnlockOnboardingFlow.h"
+
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using Step = UnlockOnboardingStep;
+using Mode = UnlockOnboardingMode;
+
+const UnlockOnboardingFacts everything{.understood = true,
+                                       .cameraAllowed = true,
+                                       .accessibilityAllowed = true,
+                                       .enrolmentComplete = true,
+                                       .name = "Anna",
+                                       .passwordSaved = true,
+                                       .triggers = {}};
+
+TEST(UnlockOnboardingFlow, walksEveryModeToItsEndAndFinishesOnce) {
+    for (const auto& [mode, count] : {std::pair(Mode::setUp, 9U), std::pair(Mode::addLook, 2U),
+                                      std::pair(Mode::updatePassword, 1U)}) {
+        UnlockOnboardingFlow flow(mode);
+        std::vector<Step> seen;
+        while (!flow.isFinished()) {
+            EXPECT_EQ(flow.progress(), seen.size());
+            EXPECT_EQ(flow.isLastStep(), seen.size() + 1 == count);
+            seen.push_back(flow.step());
+            EXPECT_TRUE(flow.goForward(everything));
+        }
+        EXPECT_THAT(seen, testing::ElementsAreArray(flow.steps()));
+        EXPECT_FALSE(flow.goForward(everything));
+        const Step last = flow.step();
+        flow.goBack();
+        EXPECT_EQ(flow.step(), last);
+        EXPECT_TRUE(flow.isFinished());
+    }
+}
+
+TEST(UnlockOnboardingFlow, waitsAtEachStepForWhatItAsks) {
+    UnlockOnboardingFacts facts;
+    UnlockOnboardingFlow flow(Mode::setUp);
+    EXPECT_TRUE(flow.goForward(facts));
+    const struct {
+        Step step;
+        void (*meet)(UnlockOnboardingFacts&);
+        bool movesByItself;
+    } cases[] = {
+        {Step::security, [](auto& f) { f.understood = true; }, false},
+        {Step::camera, [](auto& f) { f.cameraAllowed = true; }, true},
+        {Step::accessibility, [](auto& f) { f.accessibilityAllowed = true; }, true},
+        {Step::enrol, [](auto& f) { f.enrolmentComplete = true; }, false},
+        {Step::name, [](auto& f) { f.name = " A\n"; }, false},
+        {Step::password, [](auto& f) { f.passwordSaved = true; }, false},
+    };
+    facts.name = " \n\t";
+    for (const auto& [step, meet, movesByItself] : cases) {
+        ASSERT_EQ(flow.step(), step);
+        EXPECT_FALSE(flow.permissionChanged(facts));
+        EXPECT_FALSE(flow.goForward(facts));
+        meet(facts);
+        EXPECT_EQ(flow.permissionChanged(facts), movesByItself);
+        if (movesByItself) continue;
+        EXPECT_TRUE(flow.goForward(facts));
+    }
+    EXPECT_EQ(flow.step(), Step::triggers);
+}
+
+TEST(UnlockOnboardingFlow, goesBackToTheNearestStepWhereItMay) {
+    UnlockOnboardingFlow flow(Mode::setUp);
+    flow.goBack();
+    EXPECT_EQ(flow.step(), Step::welcome);
+    while (flow.step() != Step::password)
+        ASSERT_TRUE(flow.goForward(everything));
+    flow.goBack();
+    EXPECT_EQ(flow.step(), Step::name);
+    EXPECT_FALSE(flow.forward());
+    ASSERT_TRUE(flow.goForward(everything));
+    EXPECT_TRUE(flow.forward());
+    ASSERT_TRUE(flow.goForward(everything));
+    for (const Step step : {Step::triggers, Step::done}) {
+        EXPECT_EQ(flow.step(), step);
+        EXPECT_FALSE(flow.canGoBack());
+        flow.goBack();
+        EXPECT_EQ(flow.step(), step);
+        ASSERT_TRUE(flow.goForward(everything));
+    }
+    UnlockOnboardingFlow look(Mode::addLook);
+    EXPECT_FALSE(look.canGoBack());
+    ASSERT_TRUE(look.goForward(everything));
+    look.goBack();
+    EXPECT_EQ(look.step(), Step::enrol);
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,61 @@
+#include "UnlockCore/Status/UnlockStatus.h"
+
+#include <optional>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using Fix = UnlockStatusFix;
+
+constexpr UnlockStatusFacts good{.faceSaved = true,
+                                 .passwordSaved = true,
+                                 .passwordNeedsUpdate = false,
+                                 .isEnabled = true,
+                                 .camera = CameraManager::Permission::granted,
+                                 .accessibilityAllowed = true,
+                                 .touchIDDone = true};
+
+/// Everything that comes after a fact in priority is bad as well.
+TEST(UnlockStatus, tellsTheFirstConditionThatIsNotMet) {
+    UnlockStatusFacts facts{.passwordNeedsUpdate = true,
+                            .camera = CameraManager::Permission::denied};
+    const struct {
+        UnlockStatus status;
+        std::optional<Fix> fix;
+        void (*mend)(UnlockStatusFacts&);
+    } cases[] = {
+        {UnlockStatus::NotSetUp{}, Fix::setUp, [](auto& f) { f.faceSaved = true; }},
+        {UnlockStatus::PasswordNotSaved{}, Fix::savePassword,
+         [](auto& f) { f.passwordSaved = true; }},
+        {UnlockStatus::PasswordNeedsUpdate{}, Fix::updatePassword,
+         [](auto& f) { f.passwordNeedsUpdate = false; }},
+        {UnlockStatus::Off{}, {}, [](auto& f) { f.isEnabled = true; }},
+        {UnlockStatus::CameraNotAllowed{true}, Fix::openCameraSettings,
+         [](auto& f) { f.camera = CameraManager::Permission::restricted; }},
+        {UnlockStatus::CameraNotAllowed{true}, Fix::openCameraSettings,
+         [](auto& f) { f.camera = CameraManager::Permission::notDetermined; }},
+        {UnlockStatus::CameraNotAllowed{false}, Fix::allowCamera,
+         [](auto& f) { f.camera = CameraManager::Permission::granted; }},
+        {UnlockStatus::AccessibilityOff{}, Fix::openAccessibilitySettings,
+         [](auto& f) { f.accessibilityAllowed = true; }},
+        {UnlockStatus::NeedsTouchID{}, Fix::touchID, [](auto& f) { f.touchIDDone = true; }},
+        {UnlockStatus::Ready{}, {}, [](auto&) {}},
+    };
+    for (const auto& [status, fix, mend] : cases) {
+        EXPECT_EQ(UnlockStatus::of(facts), status) << status.title();
+        EXPECT_EQ(UnlockStatus::of(facts).fix(), fix) << status.title();
+        EXPECT_EQ(status.isReady(), facts == good);
+        mend(facts);
+    }
+}
+
+TEST(UnlockStatus, namesTheApplicationAndTheSettings) {
+    EXPECT_EQ(UnlockStatus(UnlockStatus::AccessibilityOff{}).detail("Marrowby Unlock", "Settings"),
+              "Needed to type your password at the lock screen: switch Marrowby Unlock on in "
+              "Settings.");
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "UnlockCore/PasswordEntry/MacPasswordVerifying.h"
+#include "UnlockCore/Platform/Directory.h"
+
+#include <string>
+#include <utility>
+
+namespace marrowby {
+
+/// Asks the directory service whether a user's password is right. The directory outlives it.
+class OpenDirectoryPasswordVerifier final : public MacPasswordVerifying {
+  public:
+    /// `userName` is the account's short name.
+    OpenDirectoryPasswordVerifier(Directory& directory, std::string userName)
+        : directory_(directory), userName_(std::move(userName)) {}
+
+    [[nodiscard]] PasswordCheckResult check(std::span<const std::uint8_t> password) override;
+
+  private:
+    [[nodiscard]] Directory::Result<void> verify(std::span<const std::uint8_t> password) const;
+
+    Directory& directory_;
+    const std::string userName_;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Geometry.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+
+namespace marrowby {
+
+/// What the application draws into a panel; made by who shows it. Opaque to the core.
+class PanelContent {
+  public:
+    virtual ~PanelContent() = default;
+};
+
+/// How a panel is made, as the system's own numbers.
+struct PanelConfiguration {
+    std::uint64_t styleMask = 0;
+    std::uint64_t backing = 0;
+    bool isDeferred = false;
+    bool isOpaque = false;
+    bool hasClearBackground = true;
+    bool hasShadow = false;
+    bool isMovable = false;
+    bool isReleasedWhenClosed = false;
+    bool hidesOnDeactivate = false;
+    std::int64_t level = 0;
+    std::uint64_t collectionBehavior = 0;
+    std::int64_t animationBehavior = 0;
+    bool ignoresMouseEvents = true;
+    bool acceptsMouseMovedEvents = true;
+    bool canBecomeVisibleWithoutLogin = true;
+    friend bool operator==(const PanelConfiguration&, const PanelConfiguration&) = default;
+};
+
+/// A window of the application that can lie above the lock screen. Main thread; gone with this.
+class LockScreenPanel {
+  public:
+    virtual ~LockScreenPanel() = default;
+    /// The window server's number of it.
+    [[nodiscard]] virtual std::int64_t windowNumber() const = 0;
+    /// In points of the screen; not drawn at once.
+    virtual void setFrame(const Rect& frame) = 0;
+    /// Whichever application is active.
+    virtual void orderFront() = 0;
+    virtual void orderOut() = 0;
+};
+
+/// Where the private entry points are looked up, and their names, in SkyLightFunctions' order.
+namespace skylight {
+inline constexpr const char* path =
+    "/System/Library/PrivateFrameworks/SkyLight.framework/Versions/A/SkyLight";
+inline constexpr std::array symbols{"SLSMainConnectionID",
+                                    "SLSSpaceCreate",
+                                    "SLSSpaceSetAbsoluteLevel",
+                                    "SLSShowSpaces",
+                                    "SLSSpaceAddWindowsAndRemoveFromSpaces",
+                                    "SLSRemoveWindowsFromSpaces"};
+}  // namespace skylight
+
+/// Private entry points of the window server, which not every system has. Their results are not
+/// looked at. Main thread.
+class SkyLightFunctions {
+  public:
+    using Connection = std::uint32_t;
+    using Space = std::uint32_t;
+
+    virtual ~SkyLightFunctions() = default;
+    [[nodiscard]] virtual Connection mainConnectionID() = 0;
+    [[nodiscard]] virtual Space spaceCreate(Connection connection, std::int32_t one,
+                                            std::int32_t zero) = 0;
+    virtual void spaceSetAbsoluteLevel(Connection connection, Space space, std::int32_t level) = 0;
+    virtual void showSpaces(Connection connection, std::span<const Space> spaces) = 0;
+    virtual void spaceAddWindowsAndRemoveFromSpaces(Connection connection, Space space,
+                                                    std::span<const std::int64_t> windows,
+                                                    std::int32_t options) = 0;
+    virtual void removeWindowsFromSpaces(Connection connection,
+                                         std::span<const std::int64_t> windows,
+                                         std::span<const Space> spaces) = 0;
+};
+
+/// The windows of the system. Main thread.
+class WindowServer {
+  public:
+    virtual ~WindowServer() = default;
+    /// Of the shield that covers the screen.
+    [[nodiscard]] virtual std::int64_t shieldingWindowLevel() = 0;
+    /// Nothing where no window can be had.
+    [[nodiscard]] virtual std::unique_ptr<LockScreenPanel> makePanel(
+        const PanelConfiguration& configuration, const Rect& frame,
+        std::shared_ptr<PanelContent> content) = 0;
+    /// Looks them up anew: all six, or nothing.
+    [[nodiscard]] virtual std::shared_ptr<SkyLightFunctions> loadSkyLight() = 0;
+};
+
+}  // namespace marrowby

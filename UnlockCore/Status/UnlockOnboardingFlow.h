@@ -1,0 +1,75 @@
+#pragma once
+
+#include "UnlockCore/LockWatching/UnlockTrigger.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace marrowby {
+
+/// In the order that every comparison uses.
+enum class UnlockOnboardingStep : std::uint8_t {
+    welcome,
+    security,
+    camera,
+    accessibility,
+    enrol,
+    name,
+    password,
+    triggers,
+    done,
+};
+
+/// The first run, another look of the face, or a new login password.
+enum class UnlockOnboardingMode : std::uint8_t { setUp, addLook, updatePassword };
+
+struct UnlockOnboardingFacts {
+    /// The explanation of what is safe was acknowledged.
+    bool understood = false;
+    bool cameraAllowed = false;
+    bool accessibilityAllowed = false;
+    bool enrolmentComplete = false;
+    std::string name;
+    bool passwordSaved = false;
+    /// As chosen; no rule asks for them.
+    UnlockTriggers triggers;
+};
+
+/// The steps of the welcome window. A value.
+class UnlockOnboardingFlow {
+  public:
+    explicit UnlockOnboardingFlow(UnlockOnboardingMode mode);
+
+    [[nodiscard]] UnlockOnboardingMode mode() const { return mode_; }
+    [[nodiscard]] UnlockOnboardingStep step() const { return step_; }
+    /// Never false again.
+    [[nodiscard]] bool isFinished() const { return isFinished_; }
+    /// Whether the last move went forward.
+    [[nodiscard]] bool forward() const { return forward_; }
+
+    /// Of this mode.
+    [[nodiscard]] std::span<const UnlockOnboardingStep> steps() const;
+    /// The current step's place among them.
+    [[nodiscard]] std::size_t progress() const;
+    [[nodiscard]] bool isLastStep() const;
+
+    /// Whether what the current step asks for is there.
+    [[nodiscard]] bool canGoForward(const UnlockOnboardingFacts& facts) const;
+    /// Whether it moved or finished.
+    bool goForward(const UnlockOnboardingFacts& facts);
+    [[nodiscard]] bool canGoBack() const;
+    void goBack();
+    /// To be called when a permission may have changed: goes forward from the step that waited for
+    /// it. Whether it did.
+    bool permissionChanged(const UnlockOnboardingFacts& facts);
+
+  private:
+    UnlockOnboardingMode mode_;
+    UnlockOnboardingStep step_;
+    bool isFinished_ = false;
+    bool forward_ = true;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,135 @@
+#include "UnlockCore/Status/UnlockStatus.h"
+
+namespace marrowby {
+
+namespace {
+
+struct Title {
+    std::string_view operator()(UnlockStatus::NotSetUp /*unused*/) const {
+        return "Not set up yet";
+    }
+    std::string_view operator()(UnlockStatus::PasswordNotSaved /*unused*/) const {
+        return "Mac password not saved";
+    }
+    std::string_view operator()(UnlockStatus::PasswordNeedsUpdate /*unused*/) const {
+        return "Update your Mac password";
+    }
+    std::string_view operator()(UnlockStatus::Off /*unused*/) const { return "Off"; }
+    std::string_view operator()(UnlockStatus::CameraNotAllowed camera) const {
+        return camera.wasAsked ? "Camera not allowed" : "Camera not allowed yet";
+    }
+    std::string_view operator()(UnlockStatus::AccessibilityOff /*unused*/) const {
+        return "Accessibility is off";
+    }
+    std::string_view operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
+        return "Needs Touch ID once this session";
+    }
+    std::string_view operator()(UnlockStatus::Ready /*unused*/) const { return "Ready"; }
+};
+
+struct Detail {
+    std::string_view applicationName;
+    std::string_view settingsLocation;
+
+    std::string operator()(UnlockStatus::NotSetUp /*unused*/) const {
+        return "Save your face and your Mac password, and it’s ready.";
+    }
+    std::string operator()(UnlockStatus::PasswordNotSaved /*unused*/) const {
+        return "Your face is saved. Save your Mac password to finish.";
+    }
+    std::string operator()(UnlockStatus::PasswordNeedsUpdate /*unused*/) const {
+        return "The lock screen turned the saved one down twice, so typing it has stopped.";
+    }
+    std::string operator()(UnlockStatus::Off /*unused*/) const {
+        return "The lock screen stays as it is. Turn it on above.";
+    }
+    std::string operator()(UnlockStatus::CameraNotAllowed camera) const {
+        return camera.wasAsked ? "Turned off in System Settings › Privacy & Security › Camera."
+                               : "macOS asks once. Allow it, so it can look for you at the lock "
+                                 "screen.";
+    }
+    std::string operator()(UnlockStatus::AccessibilityOff /*unused*/) const {
+        return "Needed to type your password at the lock screen: switch " +
+               std::string(applicationName) + " on in " + std::string(settingsLocation) + ".";
+    }
+    std::string operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
+        return "After a restart, Touch ID (or your password) once lets it work at the lock screen.";
+    }
+    std::string operator()(UnlockStatus::Ready /*unused*/) const {
+        return "Looks for you when you come back to your locked Mac, and types your password when "
+               "it’s you.";
+    }
+};
+
+struct Fix {
+    using Answer = std::optional<UnlockStatusFix>;
+    Answer operator()(UnlockStatus::NotSetUp /*unused*/) const { return UnlockStatusFix::setUp; }
+    Answer operator()(UnlockStatus::PasswordNotSaved /*unused*/) const {
+        return UnlockStatusFix::savePassword;
+    }
+    Answer operator()(UnlockStatus::PasswordNeedsUpdate /*unused*/) const {
+        return UnlockStatusFix::updatePassword;
+    }
+    // The switch itself is the fix.
+    Answer operator()(UnlockStatus::Off /*unused*/) const { return std::nullopt; }
+    Answer operator()(UnlockStatus::CameraNotAllowed camera) const {
+        return camera.wasAsked ? UnlockStatusFix::openCameraSettings : UnlockStatusFix::allowCamera;
+    }
+    Answer operator()(UnlockStatus::AccessibilityOff /*unused*/) const {
+        return UnlockStatusFix::openAccessibilitySettings;
+    }
+    Answer operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
+        return UnlockStatusFix::touchID;
+    }
+    Answer operator()(UnlockStatus::Ready /*unused*/) const { return std::nullopt; }
+};
+
+}  // namespace
+
+std::string_view title(UnlockStatusFix fix) {
+    switch (fix) {
+        case UnlockStatusFix::setUp:
+            return "Set up…";
+        case UnlockStatusFix::savePassword:
+            return "Save…";
+        case UnlockStatusFix::updatePassword:
+            return "Update…";
+        case UnlockStatusFix::allowCamera:
+            return "Allow…";
+        case UnlockStatusFix::openCameraSettings:
+        case UnlockStatusFix::openAccessibilitySettings:
+            return "Open Settings…";
+        case UnlockStatusFix::touchID:
+            return "Use Touch ID…";
+    }
+    return {};
+}
+
+UnlockStatus UnlockStatus::of(const UnlockStatusFacts& facts) {
+    if (!facts.faceSaved) return NotSetUp{};
+    if (!facts.passwordSaved) return PasswordNotSaved{};
+    if (facts.passwordNeedsUpdate) return PasswordNeedsUpdate{};
+    if (!facts.isEnabled) return Off{};
+    if (facts.camera != CameraManager::Permission::granted)
+        return CameraNotAllowed{.wasAsked =
+                                    facts.camera != CameraManager::Permission::notDetermined};
+    if (!facts.accessibilityAllowed) return AccessibilityOff{};
+    if (!facts.touchIDDone) return NeedsTouchID{};
+    return Ready{};
+}
+
+std::string_view UnlockStatus::title() const {
+    return std::visit(Title(), *this);
+}
+
+std::string UnlockStatus::detail(std::string_view applicationName,
+                                 std::string_view settingsLocation) const {
+    return std::visit(
+        Detail{.applicationName = applicationName, .settingsLocation = settingsLocation}, *this);
+}
+
+std::optional<UnlockStatusFix> UnlockStatus::fix() const {
+    return std::visit(Fix(), *this);
+}
+
+}  // namespace marrowby

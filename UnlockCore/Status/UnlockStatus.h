@@ -1,0 +1,97 @@
+#pragma once
+
+#include "UnlockCore/Recognition/CameraManager.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace marrowby {
+
+/// What the status of face unlock depends on.
+struct UnlockStatusFacts {
+    /// At least one face is enrolled.
+    bool faceSaved = false;
+    bool passwordSaved = false;
+    /// The saved password was turned down, and typing it has stopped.
+    bool passwordNeedsUpdate = false;
+    bool isEnabled = false;
+    CameraManager::Permission camera = CameraManager::Permission::notDetermined;
+    bool accessibilityAllowed = false;
+    /// The owner check was passed in this session.
+    bool touchIDDone = false;
+    friend bool operator==(const UnlockStatusFacts&, const UnlockStatusFacts&) = default;
+};
+
+/// What one button beside the status does.
+enum class UnlockStatusFix {
+    setUp,
+    savePassword,
+    updatePassword,
+    allowCamera,
+    openCameraSettings,
+    openAccessibilitySettings,
+    touchID,
+};
+
+/// Of its button.
+[[nodiscard]] std::string_view title(UnlockStatusFix fix);
+
+namespace unlockstatus {
+
+struct NotSetUp {
+    friend bool operator==(const NotSetUp&, const NotSetUp&) = default;
+};
+struct PasswordNotSaved {
+    friend bool operator==(const PasswordNotSaved&, const PasswordNotSaved&) = default;
+};
+struct PasswordNeedsUpdate {
+    friend bool operator==(const PasswordNeedsUpdate&, const PasswordNeedsUpdate&) = default;
+};
+struct Off {
+    friend bool operator==(const Off&, const Off&) = default;
+};
+struct CameraNotAllowed {
+    bool wasAsked = false;
+    friend bool operator==(const CameraNotAllowed&, const CameraNotAllowed&) = default;
+};
+struct AccessibilityOff {
+    friend bool operator==(const AccessibilityOff&, const AccessibilityOff&) = default;
+};
+struct NeedsTouchID {
+    friend bool operator==(const NeedsTouchID&, const NeedsTouchID&) = default;
+};
+struct Ready {
+    friend bool operator==(const Ready&, const Ready&) = default;
+};
+
+}  // namespace unlockstatus
+
+/// The one line that tells where face unlock stands: the first of the conditions, in this order,
+/// that is not met.
+struct UnlockStatus : std::variant<unlockstatus::NotSetUp, unlockstatus::PasswordNotSaved,
+                                   unlockstatus::PasswordNeedsUpdate, unlockstatus::Off,
+                                   unlockstatus::CameraNotAllowed, unlockstatus::AccessibilityOff,
+                                   unlockstatus::NeedsTouchID, unlockstatus::Ready> {
+    using NotSetUp = unlockstatus::NotSetUp;
+    using PasswordNotSaved = unlockstatus::PasswordNotSaved;
+    using PasswordNeedsUpdate = unlockstatus::PasswordNeedsUpdate;
+    using Off = unlockstatus::Off;
+    using CameraNotAllowed = unlockstatus::CameraNotAllowed;
+    using AccessibilityOff = unlockstatus::AccessibilityOff;
+    using NeedsTouchID = unlockstatus::NeedsTouchID;
+    using Ready = unlockstatus::Ready;
+    using variant::variant;
+
+    [[nodiscard]] static UnlockStatus of(const UnlockStatusFacts& facts);
+
+    [[nodiscard]] bool isReady() const { return std::holds_alternative<Ready>(*this); }
+    [[nodiscard]] std::string_view title() const;
+    /// `settingsLocation` is where Accessibility is switched.
+    [[nodiscard]] std::string detail(std::string_view applicationName,
+                                     std::string_view settingsLocation) const;
+    [[nodiscard]] std::optional<UnlockStatusFix> fix() const;
+};
+
+}  // namespace marrowby
