@@ -1,16 +1,39 @@
 #pragma once
 
+#include "UnlockCore/Platform/ModelFiles.h"
+
+#include <expected>
 #include <filesystem>
 #include <string>
 
 namespace marrowby {
 
-/// The networks that the core itself loads: one folder, a file each, and which embedder it is.
+/// Why a pack of networks cannot be used.
+struct ModelPackError {
+    /// The network's name, or the pack's own file.
+    std::string name;
+    std::string reason;
+    friend bool operator==(const ModelPackError&, const ModelPackError&) = default;
+};
+
+/// The sentence for the user.
+[[nodiscard]] std::string description(const ModelPackError& error);
+
+/// The networks of an application: one folder, a file each, and which embedder it is.
 struct ModelPack {
     std::filesystem::path folder;
     std::string embedderFile;
     std::string embedderIdentifier;
     std::string realFaceFile;
+    std::string finderFile = {};
+    std::string landmarksFile = {};
+
+    static constexpr const char* manifestFile = "pack.json";
+
+    /// Reads the folder's manifest and compares every file with it: its SHA-256, its identifier,
+    /// and its inputs and outputs. A pack with anything missing or changed is refused.
+    [[nodiscard]] static std::expected<ModelPack, ModelPackError> read(
+        const std::filesystem::path& folder, const ModelFiles& files);
 };
 
 }  // namespace marrowby

@@ -85,7 +85,7 @@ FaceScan::Findings FaceScan::study(const CameraFrame& frame, const Services& ser
 
     Findings findings{std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{}), {}};
     const auto recognise = [&] {
-        findings.recognition = services.recognizer.recognise(frame, *face);
+        findings.recognition = services.recognizer.recogniseFound(frame, *face);
     };
     const auto measureLiveness = [&] { findings.liveness = measure(frame, *face, services); };
     if (services.helper) {

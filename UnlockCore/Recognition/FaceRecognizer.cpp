@@ -38,7 +38,7 @@ std::expected<FaceRecognition, FaceRecognitionError> FaceRecognizer::recognise(
     const CameraFrame& frame, const std::optional<DetectedFace>& previousFace) const {
     const auto face = find(frame, previousFace);
     if (!face) return std::unexpected(face.error());
-    return recognise(frame, *face);
+    return recogniseFound(frame, *face);
 }
 
 std::expected<DetectedFace, FaceRecognitionError> FaceRecognizer::find(
@@ -56,7 +56,7 @@ std::expected<DetectedFace, FaceRecognitionError> FaceRecognizer::find(
     return choose(*faces, previousFace);
 }
 
-std::expected<FaceRecognition, FaceRecognitionError> FaceRecognizer::recognise(
+std::expected<FaceRecognition, FaceRecognitionError> FaceRecognizer::recogniseFound(
     const CameraFrame& frame, const DetectedFace& face) const {
     auto aligned = aligner_.align(face, frame.image);
     if (!aligned) return std::unexpected<FaceRecognitionError>(FaceRecognitionError::CannotAlign{});

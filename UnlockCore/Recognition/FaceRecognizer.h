@@ -32,7 +32,7 @@ class FaceRecognizer {
     [[nodiscard]] std::expected<DetectedFace, FaceRecognitionError> find(
         const CameraFrame& frame, const std::optional<DetectedFace>& previousFace) const;
     /// The second half: what it looks like.
-    [[nodiscard]] std::expected<FaceRecognition, FaceRecognitionError> recognise(
+    [[nodiscard]] std::expected<FaceRecognition, FaceRecognitionError> recogniseFound(
         const CameraFrame& frame, const DetectedFace& face) const;
 
     [[nodiscard]] FaceEmbedder& embedder() const { return *embedder_; }

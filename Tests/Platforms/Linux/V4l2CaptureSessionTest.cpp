@@ -156,10 +156,16 @@ TEST_F(V4l2CaptureSessionTest, listsSizesAndRates) {
         {.node = "/dev/video1",
          .bus = "usb-2",
          .codings = {{nv12, {{320, 240, {5}}, {1280, 720, {5, 60}}}, true}}},
-        {.node = "/dev/video2", .bus = "hdmi", .codings = {{nv12, {{16, 16}, {64, 48}}, true}}}};
+        {.node = "/dev/video2", .bus = "scaler", .codings = {{nv12, {{16, 16}, {64, 48}}, true}}},
+        {.node = "/dev/video3",
+         .bus = "hdmi",
+         .codings = {FakeV4l2::Coding{.pixelFormat = yuyv, .sizes = {}}},
+         .width = 800,
+         .height = 600}};
     const auto described = [&](const char* id) {
         const auto input = session.makeInput(id);
         std::string text;
+        if (!input) return input.error();
         for (const auto& [w, h, rates] : input.value()->formats()) {
             text += std::to_string(w) + "x" + std::to_string(h);
             for (const auto& [least, most] : rates)

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "UnlockCore/Platform/ModelFiles.h"
+
+namespace marrowby {
+
+/// Files in the ONNX format.
+class OnnxModelFiles final : public ModelFiles {
+  public:
+    [[nodiscard]] std::expected<ModelFileFacts, std::string> facts(
+        const std::filesystem::path& file) const override;
+};
+
+}  // namespace marrowby
