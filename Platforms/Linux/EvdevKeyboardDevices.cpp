@@ -52,8 +52,8 @@ class EvdevKeyboardDevices::SpaceKeys final : public Listening {
             auto* notifier = new QSocketNotifier(device.descriptor, QSocketNotifier::Read);
             notifiers_[path].reset(notifier);
             QObject::connect(notifier, &QSocketNotifier::activated, notifier,
-                             [this, path = path, isVirtual = device.description.isVirtual] {
-                                 read(path, isVirtual);
+                             [this, name = path, isVirtual = device.description.isVirtual] {
+                                 read(name, isVirtual);
                              });
         }
     }
