@@ -20,6 +20,11 @@ if(MARROWBY_SANITIZE)
     target_link_options(marrowby_options INTERFACE -fsanitize=${MARROWBY_SANITIZE})
 endif()
 
+option(MARROWBY_FUZZ "Count what is run, for the targets in Fuzz/" OFF)
+if(MARROWBY_FUZZ)
+    target_compile_options(marrowby_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 function(marrowby_room name)
     cmake_parse_arguments(ROOM "" "" "USES" ${ARGN})
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)

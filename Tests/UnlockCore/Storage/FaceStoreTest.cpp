@@ -166,5 +166,28 @@ TEST(FaceStore, aFailedWriteChangesNothing) {
     EXPECT_EQ(bench.store.identities(), identities);
 }
 
+TEST(FaceStore, aCrashAtAnyPointLeavesTheOldOrTheNewFaces) {
+    bool isOver = false;
+    for (std::size_t call = 0; !isOver; ++call) {
+        for (const auto names : {FakeFileSystem::Names::lost, FakeFileSystem::Names::kept}) {
+            SCOPED_TRACE(call);
+            Bench bench;
+            ASSERT_TRUE(bench.store.load());
+            (void)bench.save("Ann");
+            const auto before = bench.store.identities();
+            bench.fileSystem.failFrom(call);
+            isOver = bench.store.saveIdentity(oneSample, "Bo", "m-1", 1).has_value();
+            EXPECT_EQ(isOver, bench.store.identities() != before);
+            bench.fileSystem.losePower(names);
+            bench.fileSystem.heal();
+
+            const auto after = bench.onDisk();
+            EXPECT_TRUE(isOver ? after == bench.store.identities()
+                               : after == before || after.size() == before.size() + 1);
+            ASSERT_LT(call, 20U);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace marrowby

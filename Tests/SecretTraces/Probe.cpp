@@ -1,0 +1,178 @@
+// secret-traces-probe BUS HOME: opens a vault whose key is in the keyring on BUS, saves, uses and
+// wipes a password, and searches its own whole memory each time; says what it finds too much. Ends
+// by abort(), while a password is being typed, so that a core is left.
+
+#include "Platforms/Linux/OpenSslCipher.h"
+#include "Platforms/Linux/PosixFileSystem.h"
+#include "Platforms/Linux/SecretServiceKeychain.h"
+#include "Tests/Fakes/FakeMainThread.h"
+#include "Tests/Fakes/FakeNotificationCenter.h"
+#include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "Tests/SecretTraces/Needle.h"
+#include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
+#include "UnlockCore/Storage/AppDataFolder.h"
+#include "UnlockCore/Storage/CredentialStore.h"
+#include "UnlockCore/Storage/DeviceOwnerCheck.h"
+#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
+#include "UnlockCore/Storage/SealedFile.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace marrowby {
+namespace {
+
+void expect(bool isSo, const char* what) {
+    if (isSo) return;
+    std::cout << "Not so: " << what << std::endl;
+    ::_exit(1);
+}
+
+/// How often it stands in the memory of this process, but for the pages it is read into.
+std::size_t countInMemory(const Needle& needle) {
+    constexpr std::size_t chunk = std::size_t{1} << 20;
+    // The sanitizers' shadow, of which most is not there.
+    constexpr std::uint64_t absurd = std::uint64_t{4} << 30;
+    static auto* const buffer = static_cast<std::uint8_t*>(
+        ::mmap(nullptr, chunk, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    const auto bufferStart = reinterpret_cast<std::uint64_t>(buffer);
+    const int memory = ::open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
+    std::size_t count = 0;
+    std::uint64_t read = 0;
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        std::uint64_t begin = 0;
+        std::uint64_t end = 0;
+        const char* const last = line.data() + line.size();
+        const auto dash = std::from_chars(line.data(), last, begin, 16).ptr;
+        const auto space = std::from_chars(dash + 1, last, end, 16).ptr;
+        if (space[1] != 'r' || end - begin > absurd) continue;
+        for (std::uint64_t at = begin; at < end; at += chunk - needle.size) {
+            // In pieces that end where the buffer begins and go on behind it.
+            if (at >= bufferStart && at < bufferStart + chunk) at = bufferStart + chunk;
+            std::uint64_t limit = std::min(end, at + chunk);
+            if (at < bufferStart) limit = std::min(limit, std::max(bufferStart, begin));
+            if (at >= limit) continue;
+            const ssize_t size = ::pread(memory, buffer, limit - at, static_cast<off_t>(at));
+            if (size <= 0) continue;
+            read += static_cast<std::uint64_t>(size);
+            count += needle.countIn({buffer, static_cast<std::size_t>(size)}, chunk - needle.size);
+        }
+    }
+    ::close(memory);
+    expect(read > std::uint64_t{4} << 20, "the memory can be read");
+    std::memset(buffer, 0, chunk);
+    return count;
+}
+
+/// A keyboard that takes everything, and lets the test look while a password is being typed.
+class SilentKeyEvents final : public KeyEvents {
+  public:
+    std::function<void()> onPause = [] {};
+
+    [[nodiscard]] bool isTrusted() const override { return true; }
+    [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::x11Locker; }
+    [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
+        std::span<const char16_t> /*text*/, std::span<const std::uint32_t> /*codes*/) override {
+        return std::make_unique<Source>();
+    }
+    void pause(TimeInterval /*duration*/) override { onPause(); }
+
+  private:
+    class Source final : public KeyEventSource {
+        [[nodiscard]] bool post(const KeyPress& /*press*/) override { return true; }
+        [[nodiscard]] bool postText(std::span<const char16_t> /*units*/, bool /*down*/) override {
+            return true;
+        }
+        void settle(const std::function<bool()>& /*stillLocked*/) override {}
+    };
+};
+
+void run(const char* address, const char* home) {
+    std::string controlText(passwordSize, ' ');
+    for (std::size_t i = 0; i < passwordSize; ++i)
+        controlText[i] = static_cast<char>(theControl.at(i));
+
+    FakeMainThread mainThread;
+    FakeNotificationCenter notifications;
+    FakeOwnerAuthentication owner;
+    owner.answer = true;
+    DeviceOwnerCheck ownerCheck(owner);
+    PosixFileSystem fileSystem;
+    OpenSslCipher cipher;
+    SecretServiceKeychain keychain(address);
+    LoginKeychainKeyStore keyStore(keychain, "test.vault");
+    const AppDataFolder folder = AppDataFolder::in(std::filesystem::path(home), std::nullopt);
+    const SealedFile file(fileSystem, folder.passwordFile(), VaultPurpose::password);
+    Vault vault(keyStore, ownerCheck, [&] { return file.exists(); },
+                {cipher, mainThread, mainThread, notifications});
+    CredentialStore credentials(file, vault);
+    vault.unlock("open it",
+                 [](const auto& result) { expect(result.has_value(), "the vault opens"); });
+    mainThread.runPosted();
+    expect(vault.isUnlocked(), "the vault is open");
+    std::vector<std::uint8_t> masked;
+    {
+        const auto key = keyStore.loadKey();
+        expect(key && *key, "there is a key");
+        for (const std::uint8_t byte : (*key)->values())
+            masked.push_back(byte ^ mask);
+        expect(countInMemory(keyNeedle(masked)) == 2,
+               "the key stands in the vault’s page and in this one");
+    }
+    {
+        auto secret = SecretBytes::create(passwordSize).value();
+        for (std::size_t i = 0; i < passwordSize; ++i)
+            secret.values()[i] = passwordByte(i);
+        expect(countInMemory(thePassword) == 1, "the password stands in one place");
+        expect(credentials.save(secret).has_value(), "the password is saved");
+    }
+    SilentKeyEvents keys;
+    bool hasLooked = false;
+    const auto type = [&](std::span<const std::uint8_t> text) {
+        (void)keystrokeinjector::typePassword(keys, text, [] { return true; });
+    };
+    keys.onPause = [&] {
+        if (std::exchange(hasLooked, true)) return;
+        expect(countInMemory(thePassword) == 1, "in use, it stands in one place");
+        expect(countInMemory(thePasswordAsUTF16) == 1, "its UTF-16 form, too");
+    };
+    expect(credentials.withPassword(type).has_value() && hasLooked, "the password is typed");
+    expect(countInMemory(thePassword) == 0, "nothing is left of the password");
+    expect(countInMemory(thePasswordAsUTF16) == 0, "nothing is left of its UTF-16 form");
+    expect(countInMemory(keyNeedle(masked)) == 1, "the key stands in the open vault’s page alone");
+    expect(countInMemory(theControl) >= 1, "what is there is found");
+    vault.lock();
+    expect(countInMemory(keyNeedle(masked)) == 0, "nothing is left of the key");
+
+    vault.unlock("open it",
+                 [](const auto& result) { expect(result.has_value(), "the vault opens"); });
+    mainThread.runPosted();
+    std::ofstream(std::filesystem::path(home) / "masked-key", std::ios::binary)
+        .write(reinterpret_cast<const char*>(masked.data()),
+               static_cast<std::streamsize>(masked.size()));
+    // Ends at the worst moment: the key, the password and its UTF-16 form are all in use.
+    keys.onPause = [&] {
+        expect(controlText.size() == passwordSize, "what the core is to show is still there");
+        ::abort();
+    };
+    (void)credentials.withPassword(type);
+}
+
+}  // namespace
+}  // namespace marrowby
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 3) return 2;
+    marrowby::run(arguments[1], arguments[2]);
+    return 3;
+}
