@@ -93,6 +93,7 @@ class SilentKeyEvents final : public KeyEvents {
         [[nodiscard]] bool postText(std::span<const char16_t> /*units*/, bool /*down*/) override {
             return true;
         }
+        [[nodiscard]] bool isUndisturbed() override { return true; }
         void settle(const std::function<bool()>& /*stillLocked*/) override {}
     };
 };
