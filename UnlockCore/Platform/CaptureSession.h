@@ -74,8 +74,8 @@ class CaptureInput {
 };
 
 /// The system's cameras and one capture session on them. Everything but `start`, `stop` and
-/// `isRunning` is called on the owner's thread; those three on the owner's capture queue. A camera
-/// that vanishes simply stops delivering.
+/// `isRunning` is called on the owner's thread, the first two of those on the owner's capture
+/// queue, the last on any. A camera that vanishes simply stops delivering, and may end the run.
 class CaptureSession {
   public:
     virtual ~CaptureSession() = default;

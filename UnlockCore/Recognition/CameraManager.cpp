@@ -70,16 +70,6 @@ class CameraManager::Delivery {
         return latest_;
     }
 
-    void setRunning(bool running) {
-        const MutexLock lock(mutex_);
-        running_ = running;
-    }
-
-    [[nodiscard]] bool isRunning() const {
-        const MutexLock lock(mutex_);
-        return running_;
-    }
-
   private:
     const Imaging& imaging_;
     const SystemClock& clock_;
@@ -89,8 +79,6 @@ class CameraManager::Delivery {
     std::function<void(const CameraFrame&)> onFrame_ GUARDED_BY(mutex_);
     std::optional<CameraFrame> latest_ GUARDED_BY(mutex_);
     bool accepting_ GUARDED_BY(mutex_) = false;
-    /// What the session said of itself after the queue's last start or stop.
-    bool running_ GUARDED_BY(mutex_) = false;
     std::int64_t nextID_ GUARDED_BY(mutex_) = 0;
 };
 
@@ -198,19 +186,17 @@ std::expected<void, CameraError> CameraManager::start(const std::optional<std::s
     claim_->generation = incremented(claim_->generation);
     delivery_->accept(true);
     claim_->announce();
-    queue_->async([session = session_, delivery = delivery_] {
+    queue_->async([session = session_] {
         if (!session->isRunning()) session->start();
-        delivery->setRunning(session->isRunning());
     });
     return {};
 }
 
 void CameraManager::stop() {
     delivery_->accept(false);
-    queue_->async([session = session_, delivery = delivery_, weak = std::weak_ptr(claim_),
+    queue_->async([session = session_, weak = std::weak_ptr(claim_),
                    generation = claim_->generation, &mainThread = services_.mainThread] {
         if (session->isRunning()) session->stop();
-        delivery->setRunning(session->isRunning());
         mainThread.post([weak, generation] {
             const auto claim = weak.lock();
             if (claim && claim->generation == generation) claim->withdraw();
@@ -227,7 +213,7 @@ std::optional<CameraFrame> CameraManager::latestFrame() const {
 }
 
 bool CameraManager::isRunning() const {
-    return delivery_->isRunning();
+    return session_->isRunning();
 }
 
 std::optional<CaptureDeviceDescription> CameraManager::chooseDevice(
