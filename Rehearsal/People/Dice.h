@@ -18,6 +18,8 @@ class Dice {
     }
     /// Evenly up to three times `step` to either side.
     float around(float mean, float step) { return mean + 3 * step * uniform(-1, 1); }
+    /// The same up to four times.
+    float widely(float mean, float step) { return mean + 4 * step * uniform(-1, 1); }
     bool chance(float probability) { return uniform(0, 1) < probability; }
     /// 0 … count - 1.
     std::size_t pick(std::size_t count) { return engine_() % count; }
