@@ -44,8 +44,8 @@ PersonTraits::PersonTraits(std::uint64_t seed) {
     age = dice.uniform(0, 1);
     const float m = masculine - 0.5F;
 
-    const float broad = dice.around(1, 0.03F);
-    skullWidth = std::clamp(dice.around(75 + 3 * m, 2.6F) * broad, 65.F, 87.F);
+    const float broad = dice.around(1, 0.055F);
+    skullWidth = std::clamp(dice.around(75 + 3 * m, 2.6F) * broad, 62.F, 90.F);
     skullTop = dice.around(112, 4);
     skullDepth = dice.around(98, 2.5F);
     foreheadSlope = dice.widely(0, 5) - 6 * m;
@@ -130,16 +130,16 @@ PersonTraits::PersonTraits(std::uint64_t seed) {
     hairThickness = dice.uniform(0.6F, 1.5F);
     partX = dice.chance(0.5F) ? dice.uniform(15, 38) : dice.uniform(-38, -15);
 
-    constexpr std::array beards{BeardStyle::none,    BeardStyle::none,    BeardStyle::none,
-                                BeardStyle::stubble, BeardStyle::stubble, BeardStyle::moustache,
-                                BeardStyle::goatee,  BeardStyle::full,    BeardStyle::full};
+    constexpr std::array beards{BeardStyle::none,    BeardStyle::none,      BeardStyle::goatee,
+                                BeardStyle::stubble, BeardStyle::moustache, BeardStyle::moustache,
+                                BeardStyle::goatee,  BeardStyle::full,      BeardStyle::full};
     const BeardStyle someBeard = beards[dice.pick(beards.size())];
     beard = isMan ? someBeard : BeardStyle::none;
     beardLength = dice.uniform(0.5F, 1.6F);
     constexpr std::array frames{GlassesStyle::round, GlassesStyle::square, GlassesStyle::wide};
     const GlassesStyle someFrame = frames[dice.pick(frames.size())];
-    glasses = dice.chance(0.3F) ? someFrame : GlassesStyle::none;
-    rimWidth = dice.chance(0.4F) ? dice.uniform(0.7F, 1.0F) : dice.uniform(1.3F, 2.1F);
+    glasses = dice.chance(0.5F) ? someFrame : GlassesStyle::none;
+    rimWidth = dice.chance(0.4F) ? dice.uniform(0.7F, 1.0F) : dice.uniform(1.3F, 2.8F);
     rimColour = dice.chance(0.6F)
                     ? Vector3{.x = 0.012F, .y = 0.012F, .z = 0.014F}
                     : Vector3{dice.uniform(0.03F, 0.3F), dice.uniform(0.02F, 0.12F), 0.03F};
