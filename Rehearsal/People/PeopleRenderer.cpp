@@ -182,6 +182,8 @@ struct PeopleRenderer::Buffers {
 
     std::vector<Corner> corners;
     std::vector<Channels> channels;
+    std::vector<std::uint32_t> shadedIn;
+    std::uint32_t drawing = 0;
     // Of the samples within the bounds.
     Bounds bounds;
     std::vector<float> closeness;
@@ -193,22 +195,29 @@ struct PeopleRenderer::Buffers {
                static_cast<std::size_t>(x - bounds.left);
     }
 
-    void place(const PersonModel& model, const Placement& placement, const PinholeCamera& camera,
-               const Lights& lights);
+    void place(const PersonModel& model, const Placement& placement, const PinholeCamera& camera);
+    void shadeCorner(const PersonModel& model, std::uint32_t index, const Placement& placement,
+                     const Lights& lights);
     void setBounds(const LinearImage& image);
     void rasterise(const PersonModel& model);
     void fill(std::uint32_t index, const SurfaceMesh::Triangle& triangle);
     void resolve(LinearImage& image, const PersonModel& model, const Placement& placement,
-                 const Lights& lights) const;
+                 const Lights& lights);
     [[nodiscard]] Channels interpolate(const SurfaceMesh::Triangle& triangle, float x,
                                        float y) const;
 };
 
 void PeopleRenderer::Buffers::place(const PersonModel& model, const Placement& placement,
-                                    const PinholeCamera& camera, const Lights& lights) {
+                                    const PinholeCamera& camera) {
     const std::size_t count = model.vertices.size();
     corners.resize(count);
     channels.resize(count);
+    // A drawing shades only the corners that it shows, each once.
+    shadedIn.resize(count);
+    if (++drawing == 0) {
+        std::ranges::fill(shadedIn, 0);
+        drawing = 1;
+    }
     const auto focal = static_cast<float>(camera.focalLength) * fine;
     const auto centreX = static_cast<float>(camera.centreX) * fine;
     const auto centreY = static_cast<float>(camera.centreY) * fine;
@@ -221,23 +230,27 @@ void PeopleRenderer::Buffers::place(const PersonModel& model, const Placement& p
         corner.closeness = -1 / p.z;
         corner.x = centreX + focal * p.x * corner.closeness;
         corner.y = centreY - focal * p.y * corner.closeness;
-
-        Channels& out = channels[i];
-        const Vector3 normal = placement.turn(v.normal, v.headWeight);
-        // What is far round the back is seen by nobody.
-        if (dot(normal, p) > 0.35F * -p.z) continue;
-        light(out, v, p, normal, placement.turn(v.openTo, 1), lights);
-        out[colourR] = v.surface.colour.x;
-        out[colourG] = v.surface.colour.y;
-        out[colourB] = v.surface.colour.z;
-        out[hair] = v.surface.hair;
-        out[cloth] = v.surface.cloth;
-        out[strandU] = v.surface.strandU;
-        out[strandV] = v.surface.strandV;
-        out[restX] = v.position.x;
-        out[restY] = v.position.y;
-        out[restZ] = v.position.z;
     }
+}
+
+void PeopleRenderer::Buffers::shadeCorner(const PersonModel& model, std::uint32_t index,
+                                          const Placement& placement, const Lights& lights) {
+    if (shadedIn[index] == drawing) return;
+    shadedIn[index] = drawing;
+    const PersonModel::Vertex& v = model.vertices[index];
+    Channels& out = channels[index];
+    light(out, v, placement.place(v.position, v.motion, v.headWeight),
+          placement.turn(v.normal, v.headWeight), placement.turn(v.openTo, 1), lights);
+    out[colourR] = v.surface.colour.x;
+    out[colourG] = v.surface.colour.y;
+    out[colourB] = v.surface.colour.z;
+    out[hair] = v.surface.hair;
+    out[cloth] = v.surface.cloth;
+    out[strandU] = v.surface.strandU;
+    out[strandV] = v.surface.strandV;
+    out[restX] = v.position.x;
+    out[restY] = v.position.y;
+    out[restZ] = v.position.z;
 }
 
 void PeopleRenderer::Buffers::setBounds(const LinearImage& image) {
@@ -431,7 +444,7 @@ Vector3 shadeGlasses(const Channels& c) {
 }  // namespace
 
 void PeopleRenderer::Buffers::resolve(LinearImage& image, const PersonModel& model,
-                                      const Placement& placement, const Lights& lights) const {
+                                      const Placement& placement, const Lights& lights) {
     const Rotation toHead = placement.head().inverse();
     const EyeView eyeView{
         .gaze = placement.gaze(),
@@ -447,6 +460,8 @@ void PeopleRenderer::Buffers::resolve(LinearImage& image, const PersonModel& mod
         return model.ranges[i].part;
     };
     const auto shade = [&](std::uint32_t triangle, PersonModel::Part part, int x, int y) {
+        for (const std::uint32_t corner : model.triangles[triangle])
+            shadeCorner(model, corner, placement, lights);
         const Channels c = interpolate(model.triangles[triangle], static_cast<float>(x) + 0.5F,
                                        static_cast<float>(y) + 0.5F);
         switch (part) {
@@ -578,7 +593,7 @@ FaceTruth PeopleRenderer::draw(LinearImage& image, const PinholeCamera& camera,
     const PersonModel& model = person.model();
     const Placement placement(model, pose, expression);
     const Lights lights(lighting);
-    buffers_->place(model, placement, camera, lights);
+    buffers_->place(model, placement, camera);
     buffers_->setBounds(image);
     buffers_->rasterise(model);
     buffers_->resolve(image, model, placement, lights);
