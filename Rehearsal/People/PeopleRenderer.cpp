@@ -291,17 +291,21 @@ void PeopleRenderer::Buffers::fill(std::uint32_t index, const SurfaceMesh::Trian
     if (area <= 0) return;
     const auto [leftmost, rightmost] = std::minmax({a.x, b.x, c.x});
     const auto [topmost, bottommost] = std::minmax({a.y, b.y, c.y});
-    // Samples lie in the middle of their squares.
-    const auto first = [](float v, int least) {
-        return std::max(least, static_cast<int>(std::ceil(std::max(v, -1e6F) - 0.5F)));
+    // Samples lie in the middle of their squares. Truncation after clamping, because rounding is a
+    // call; a sample too many fails the test below.
+    const auto first = [](float v, int least, int end) {
+        return static_cast<int>(
+            std::clamp(v + 0.499F, static_cast<float>(least), static_cast<float>(end)));
     };
-    const auto last = [](float v, int end) {
-        return std::min(end - 1, static_cast<int>(std::floor(std::min(v, 1e6F) - 0.5F)));
+    const auto last = [](float v, int least, int end) {
+        return static_cast<int>(
+                   std::clamp(v + 0.5F, static_cast<float>(least), static_cast<float>(end))) -
+               1;
     };
-    const int left = first(leftmost, bounds.left);
-    const int right = last(rightmost, bounds.right);
-    const int top = first(topmost, bounds.top);
-    const int bottom = last(bottommost, bounds.bottom);
+    const int left = first(leftmost, bounds.left, bounds.right);
+    const int right = last(rightmost, bounds.left, bounds.right);
+    const int top = first(topmost, bounds.top, bounds.bottom);
+    const int bottom = last(bottommost, bounds.top, bounds.bottom);
     if (left > right || top > bottom) return;
 
     const float scale = 1 / area;
@@ -475,8 +479,14 @@ void PeopleRenderer::Buffers::resolve(LinearImage& image, const PersonModel& mod
         return Vector3{};
     };
 
+    const auto rowSamples = static_cast<std::size_t>(bounds.right - bounds.left);
+    static_assert(fine == 2, "four samples are looked at");
     for (int y = bounds.top; y < bounds.bottom; y += fine) {
         for (int x = bounds.left; x < bounds.right; x += fine) {
+            const std::size_t upper = sample(x, y);
+            const std::size_t lower = upper + rowSamples;
+            if ((seen[upper] & seen[upper + 1] & seen[lower] & seen[lower + 1]) == nothing)
+                continue;
             // One shading for the samples that show the same piece of surface.
             struct Piece {
                 PersonModel::Part part{};
