@@ -38,7 +38,7 @@ enum Channel : std::size_t {
     restX,
     restY,
     restZ,
-    keyLight,
+
     channelCount = 16,
 };
 using Channels = std::array<float, channelCount>;
@@ -168,7 +168,6 @@ void light(Channels& out, const PersonModel::Vertex& v, const Vector3& p, const 
     out[shine] = v.surface.gloss * fresnel * shadow * strength *
                      (0.030F * half4 * half4 + 0.045F * half16 + 0.05F * half16 * half16 * half16) +
                  0.010F * rim * v.openness * lights.ambient.y;
-    out[keyLight] = shadow;
 }
 
 }  // namespace
@@ -183,6 +182,8 @@ struct PeopleRenderer::Buffers {
 
     std::vector<Corner> corners;
     std::vector<Channels> channels;
+    std::vector<std::uint32_t> shadedIn;
+    std::uint32_t drawing = 0;
     // Of the samples within the bounds.
     Bounds bounds;
     std::vector<float> closeness;
@@ -194,22 +195,29 @@ struct PeopleRenderer::Buffers {
                static_cast<std::size_t>(x - bounds.left);
     }
 
-    void place(const PersonModel& model, const Placement& placement, const PinholeCamera& camera,
-               const Lights& lights);
+    void place(const PersonModel& model, const Placement& placement, const PinholeCamera& camera);
+    void shadeCorner(const PersonModel& model, std::uint32_t index, const Placement& placement,
+                     const Lights& lights);
     void setBounds(const LinearImage& image);
     void rasterise(const PersonModel& model);
     void fill(std::uint32_t index, const SurfaceMesh::Triangle& triangle);
     void resolve(LinearImage& image, const PersonModel& model, const Placement& placement,
-                 const Lights& lights) const;
+                 const Lights& lights);
     [[nodiscard]] Channels interpolate(const SurfaceMesh::Triangle& triangle, float x,
                                        float y) const;
 };
 
 void PeopleRenderer::Buffers::place(const PersonModel& model, const Placement& placement,
-                                    const PinholeCamera& camera, const Lights& lights) {
+                                    const PinholeCamera& camera) {
     const std::size_t count = model.vertices.size();
     corners.resize(count);
     channels.resize(count);
+    // A drawing shades only the corners that it shows, each once.
+    shadedIn.resize(count);
+    if (++drawing == 0) {
+        std::ranges::fill(shadedIn, 0);
+        drawing = 1;
+    }
     const auto focal = static_cast<float>(camera.focalLength) * fine;
     const auto centreX = static_cast<float>(camera.centreX) * fine;
     const auto centreY = static_cast<float>(camera.centreY) * fine;
@@ -222,23 +230,27 @@ void PeopleRenderer::Buffers::place(const PersonModel& model, const Placement& p
         corner.closeness = -1 / p.z;
         corner.x = centreX + focal * p.x * corner.closeness;
         corner.y = centreY - focal * p.y * corner.closeness;
-
-        Channels& out = channels[i];
-        const Vector3 normal = placement.turn(v.normal, v.headWeight);
-        // What is far round the back is seen by nobody.
-        if (dot(normal, p) > 0.35F * -p.z) continue;
-        light(out, v, p, normal, placement.turn(v.openTo, 1), lights);
-        out[colourR] = v.surface.colour.x;
-        out[colourG] = v.surface.colour.y;
-        out[colourB] = v.surface.colour.z;
-        out[hair] = v.surface.hair;
-        out[cloth] = v.surface.cloth;
-        out[strandU] = v.surface.strandU;
-        out[strandV] = v.surface.strandV;
-        out[restX] = v.position.x;
-        out[restY] = v.position.y;
-        out[restZ] = v.position.z;
     }
+}
+
+void PeopleRenderer::Buffers::shadeCorner(const PersonModel& model, std::uint32_t index,
+                                          const Placement& placement, const Lights& lights) {
+    if (shadedIn[index] == drawing) return;
+    shadedIn[index] = drawing;
+    const PersonModel::Vertex& v = model.vertices[index];
+    Channels& out = channels[index];
+    light(out, v, placement.place(v.position, v.motion, v.headWeight),
+          placement.turn(v.normal, v.headWeight), placement.turn(v.openTo, 1), lights);
+    out[colourR] = v.surface.colour.x;
+    out[colourG] = v.surface.colour.y;
+    out[colourB] = v.surface.colour.z;
+    out[hair] = v.surface.hair;
+    out[cloth] = v.surface.cloth;
+    out[strandU] = v.surface.strandU;
+    out[strandV] = v.surface.strandV;
+    out[restX] = v.position.x;
+    out[restY] = v.position.y;
+    out[restZ] = v.position.z;
 }
 
 void PeopleRenderer::Buffers::setBounds(const LinearImage& image) {
@@ -279,17 +291,21 @@ void PeopleRenderer::Buffers::fill(std::uint32_t index, const SurfaceMesh::Trian
     if (area <= 0) return;
     const auto [leftmost, rightmost] = std::minmax({a.x, b.x, c.x});
     const auto [topmost, bottommost] = std::minmax({a.y, b.y, c.y});
-    // Samples lie in the middle of their squares.
-    const auto first = [](float v, int least) {
-        return std::max(least, static_cast<int>(std::ceil(std::max(v, -1e6F) - 0.5F)));
+    // Samples lie in the middle of their squares. Truncation after clamping, because rounding is a
+    // call; a sample too many fails the test below.
+    const auto first = [](float v, int least, int end) {
+        return static_cast<int>(
+            std::clamp(v + 0.499F, static_cast<float>(least), static_cast<float>(end)));
     };
-    const auto last = [](float v, int end) {
-        return std::min(end - 1, static_cast<int>(std::floor(std::min(v, 1e6F) - 0.5F)));
+    const auto last = [](float v, int least, int end) {
+        return static_cast<int>(
+                   std::clamp(v + 0.5F, static_cast<float>(least), static_cast<float>(end))) -
+               1;
     };
-    const int left = first(leftmost, bounds.left);
-    const int right = last(rightmost, bounds.right);
-    const int top = first(topmost, bounds.top);
-    const int bottom = last(bottommost, bounds.bottom);
+    const int left = first(leftmost, bounds.left, bounds.right);
+    const int right = last(rightmost, bounds.left, bounds.right);
+    const int top = first(topmost, bounds.top, bounds.bottom);
+    const int bottom = last(bottommost, bounds.top, bounds.bottom);
     if (left > right || top > bottom) return;
 
     const float scale = 1 / area;
@@ -432,7 +448,7 @@ Vector3 shadeGlasses(const Channels& c) {
 }  // namespace
 
 void PeopleRenderer::Buffers::resolve(LinearImage& image, const PersonModel& model,
-                                      const Placement& placement, const Lights& lights) const {
+                                      const Placement& placement, const Lights& lights) {
     const Rotation toHead = placement.head().inverse();
     const EyeView eyeView{
         .gaze = placement.gaze(),
@@ -448,6 +464,8 @@ void PeopleRenderer::Buffers::resolve(LinearImage& image, const PersonModel& mod
         return model.ranges[i].part;
     };
     const auto shade = [&](std::uint32_t triangle, PersonModel::Part part, int x, int y) {
+        for (const std::uint32_t corner : model.triangles[triangle])
+            shadeCorner(model, corner, placement, lights);
         const Channels c = interpolate(model.triangles[triangle], static_cast<float>(x) + 0.5F,
                                        static_cast<float>(y) + 0.5F);
         switch (part) {
@@ -461,8 +479,14 @@ void PeopleRenderer::Buffers::resolve(LinearImage& image, const PersonModel& mod
         return Vector3{};
     };
 
+    const auto rowSamples = static_cast<std::size_t>(bounds.right - bounds.left);
+    static_assert(fine == 2, "four samples are looked at");
     for (int y = bounds.top; y < bounds.bottom; y += fine) {
         for (int x = bounds.left; x < bounds.right; x += fine) {
+            const std::size_t upper = sample(x, y);
+            const std::size_t lower = upper + rowSamples;
+            if ((seen[upper] & seen[upper + 1] & seen[lower] & seen[lower + 1]) == nothing)
+                continue;
             // One shading for the samples that show the same piece of surface.
             struct Piece {
                 PersonModel::Part part{};
@@ -560,7 +584,7 @@ FaceTruth truth(const Person& person, const Placement& placement, const PinholeC
         top = std::min(top, p.y);
         bottom = std::max(bottom, p.y);
     }
-    const Point forehead = shown({{.x = 0, .y = 60, .z = -2}, {}});
+    const Point forehead = shown({{.x = 0, .y = 70, .z = -4}, {}});
     top = std::min(top, forehead.y);
     result.box = {left, top, right - left, bottom - top};
 
@@ -579,7 +603,7 @@ FaceTruth PeopleRenderer::draw(LinearImage& image, const PinholeCamera& camera,
     const PersonModel& model = person.model();
     const Placement placement(model, pose, expression);
     const Lights lights(lighting);
-    buffers_->place(model, placement, camera, lights);
+    buffers_->place(model, placement, camera);
     buffers_->setBounds(image);
     buffers_->rasterise(model);
     buffers_->resolve(image, model, placement, lights);
