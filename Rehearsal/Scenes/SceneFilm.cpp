@@ -1,5 +1,6 @@
 #include "Rehearsal/Scenes/SceneFilm.h"
 
+#include "Rehearsal/Scenes/Hands.h"
 #include "Rehearsal/Scenes/Room.h"
 #include "Rehearsal/Scenes/SheetPainter.h"
 
@@ -147,6 +148,7 @@ SceneFilm::SceneFilm(Scene scene, Cast& cast, const Optics& optics)
       light_(light(scene_.light)),
       optics_(optics),
       sensor_(scene_.seed),
+      skin_(skin(scene_.seed)),
       shown_(scene_.props.size()) {
     for (const Actor& actor : scene_.actors)
 
@@ -232,7 +234,15 @@ void SceneFilm::drawProp(std::size_t index, const Placement& place, Shooting& sh
     shooting.view.motion = motion;
     const bool isBlurred = std::hypot(motion.x, motion.y) > visibleMotion;
     if (isBlurred) layer_.emplace(shooting.image.width, shooting.image.height);
-    paintSheet(isBlurred ? *layer_ : shooting.image, shooting.view, placed, shown->texture);
+    LinearImage& image = isBlurred ? *layer_ : shooting.image;
+    const auto paint = [&](const std::vector<HandPart>& parts) {
+        for (const HandPart& each : parts) {
+            paintSheet(image, shooting.view, PlacedSheet(each.sheet, each.place), skin_);
+        }
+    };
+    if (prop.isHandHeld) paint(armsBehind(placed, place));
+    paintSheet(image, shooting.view, placed, shown->texture);
+    if (prop.isHandHeld) paint(fingersBefore(placed, place));
     if (isBlurred) blurInto(shooting.image, motion);
     const TextureFit fit(prop.sheet, shown->texture.width(), shown->texture.height());
     shooting.truth.heldUp.push_back({.kind = prop.kind,

@@ -62,6 +62,8 @@ class SceneFilm {
     std::map<std::uint64_t, Person> people_;
     PeopleRenderer renderer_;
     Sensor sensor_;
+    /// Of the hands that hold things up.
+    const Texture skin_;
     Exposure exposure_;
     TimeInterval ranFor_{};
     std::uint64_t runs_ = 0;
