@@ -16,13 +16,10 @@ class Dice {
         // 24 bits, all that a float holds.
         return least + (most - least) * static_cast<float>(engine_() >> 40U) * 0x1p-24F;
     }
-    /// Near a normal distribution (a sum of four uniform ones), never further than 3.4 deviations.
-    float around(float mean, float deviation) {
-        float sum = 0;
-        for (int i = 0; i < 4; ++i)
-            sum += uniform(-1, 1);
-        return mean + deviation * sum * 0.866F;
-    }
+    /// Evenly up to three times `step` to either side.
+    float around(float mean, float step) { return mean + 3 * step * uniform(-1, 1); }
+    /// The same up to four times.
+    float widely(float mean, float step) { return mean + 4 * step * uniform(-1, 1); }
     bool chance(float probability) { return uniform(0, 1) < probability; }
     /// 0 … count - 1.
     std::size_t pick(std::size_t count) { return engine_() % count; }

@@ -475,9 +475,11 @@ Vector3 HeadShape::skinColour(const Vector3& p) const {
     tint(0.6F * bump((p.y - 45) / 34), {.x = 1, .y = 1.03F, .z = 0.98F});
     // Around the eyes, and under them.
     const float eyeDistance = std::sqrt(square((q.x - t_.eyeX) / 21) + square((p.y + 1) / 14));
-    tint(bump(eyeDistance / 1.2F) * (0.35F + 0.4F * t_.age), {.x = 0.84F, .y = 0.74F, .z = 0.76F});
+    tint(bump(eyeDistance / 1.2F) * (0.2F + 0.6F * t_.age), {.x = 0.84F, .y = 0.74F, .z = 0.76F});
     tint(bump((q.x - t_.eyeX + 3) / 15) * bump((p.y + 14) / 7) * (0.25F + 0.6F * t_.age),
          {.x = 0.80F, .y = 0.74F, .z = 0.78F});
+    tint(t_.eyeShadow * bump((q.x - t_.eyeX) / 19) * bump((p.y - 8) / 10),
+         {.x = 0.45F, .y = 0.36F, .z = 0.42F});
     // Lines of age.
     const float brows =
         bump((p.y - 42) / 18) * smoothstep(48, 25, q.x) * smoothstep(0.3F, 1, t_.age);

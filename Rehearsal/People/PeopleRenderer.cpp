@@ -38,7 +38,7 @@ enum Channel : std::size_t {
     restX,
     restY,
     restZ,
-    keyLight,
+
     channelCount = 16,
 };
 using Channels = std::array<float, channelCount>;
@@ -168,7 +168,6 @@ void light(Channels& out, const PersonModel::Vertex& v, const Vector3& p, const 
     out[shine] = v.surface.gloss * fresnel * shadow * strength *
                      (0.030F * half4 * half4 + 0.045F * half16 + 0.05F * half16 * half16 * half16) +
                  0.010F * rim * v.openness * lights.ambient.y;
-    out[keyLight] = shadow;
 }
 
 }  // namespace
@@ -560,7 +559,7 @@ FaceTruth truth(const Person& person, const Placement& placement, const PinholeC
         top = std::min(top, p.y);
         bottom = std::max(bottom, p.y);
     }
-    const Point forehead = shown({{.x = 0, .y = 60, .z = -2}, {}});
+    const Point forehead = shown({{.x = 0, .y = 70, .z = -4}, {}});
     top = std::min(top, forehead.y);
     result.box = {left, top, right - left, bottom - top};
 

@@ -15,7 +15,7 @@ Vector3 skinColour(Dice& dice) {
     const float tone = dice.uniform(0, 1);
     const Vector3 light{.x = 0.76F, .y = 0.49F, .z = 0.37F};
     const Vector3 dark{.x = 0.13F, .y = 0.060F, .z = 0.034F};
-    const float warm = dice.around(0, 0.05F);
+    const float warm = dice.around(0, 0.035F);
     const auto between = [&](float a, float b, float shift) {
         return a * std::pow(b / a, tone * tone * 0.6F + tone * 0.4F) * (1 + shift);
     };
@@ -44,62 +44,65 @@ PersonTraits::PersonTraits(std::uint64_t seed) {
     age = dice.uniform(0, 1);
     const float m = masculine - 0.5F;
 
-    const float broad = dice.around(1, 0.055F);
-    skullWidth = dice.around(75 + 3 * m, 3) * broad;
-    skullTop = dice.around(112, 6);
-    skullDepth = dice.around(98, 4);
-    foreheadSlope = dice.around(0, 5) - 6 * m;
-    cheekWidth = dice.around(63, 3.4F) * broad;
-    cheekFullness = dice.around(0, 5.5F);
-    cheekBone = dice.around(0, 3.2F) - m;
-    jawWidth = dice.around(50 + 5 * m, 5) * broad;
-    jawY = dice.around(-74, 6);
-    chinY = dice.around(-112 - 5 * m, 7.5F);
-    chinWidth = dice.around(19 + 6 * m, 4.5F);
-    chinZ = dice.around(0, 4.5F);
-    neckRadius = dice.around(49 + 9 * m, 3);
-    shoulderWidth = dice.around(170 + 28 * m, 10);
+    const float broad = dice.around(1, 0.03F);
+    skullWidth = std::clamp(dice.around(75 + 3 * m, 2.6F) * broad, 65.F, 87.F);
+    skullTop = dice.around(112, 4);
+    skullDepth = dice.around(98, 2.5F);
+    foreheadSlope = dice.widely(0, 5) - 6 * m;
+    cheekWidth = std::clamp(dice.around(63, 3.2F) * broad, skullWidth * 0.76F, skullWidth * 0.95F);
+    cheekFullness = dice.around(1, 2.8F);
+    cheekBone = dice.around(0, 2) - m;
+    jawWidth =
+        std::clamp(dice.widely(50 + 5 * m, 4.5F) * broad, cheekWidth * 0.58F, cheekWidth * 0.97F);
+    jawY = dice.widely(-74, 6);
+    chinY = dice.widely(-112 - 5 * m, 7.5F);
+    chinWidth = dice.widely(19 + 6 * m, 4.5F);
+    chinZ = dice.widely(0, 4.5F);
+    neckRadius = dice.around(49 + 9 * m, 1.6F);
+    shoulderWidth = dice.around(170 + 28 * m, 5);
     earSize = dice.around(1, 0.1F);
     earTilt = dice.around(0.45F, 0.14F);
-    asymmetry = dice.around(0, 0.012F);
+    asymmetry = dice.around(0, 0.007F);
 
-    eyeX = dice.around(31.5F, 2.4F);
-    eyeRadius = dice.around(12.2F, 0.5F);
-    eyeOpening = std::clamp(dice.around(5.2F - 0.6F * m, 1), 3.2F, 7.2F);
-    eyeWidth = dice.around(14.6F, 1.2F);
-    eyeTilt = dice.around(0.06F, 0.085F);
-    eyeDepth = dice.around(0, 2) + 1.5F * m;
+    eyeX = dice.widely(32, 2.3F);
+    eyeRadius = dice.widely(12.2F, 0.5F);
+    eyeOpening = std::clamp(dice.widely(5.3F - 0.6F * m, 0.75F), 3.2F, 7.6F);
+    eyeWidth = std::min(dice.widely(14.6F, 1.1F), eyeX - 10);
+    eyeTilt = dice.widely(0.06F, 0.085F);
+    eyeDepth = dice.widely(0, 2) + 1.5F * m;
     eyeHood = dice.uniform(0, 1);
-    browY = dice.around(20 - 3 * m, 3.2F);
-    browThickness = std::max(1.6F, dice.around(4.2F + 2 * m, 1.3F));
-    browTilt = dice.around(0.05F - 0.1F * m, 0.13F);
-    browArch = dice.around(3.5F - 2 * m, 2.2F);
-    browGap = dice.around(11, 3);
+    browY = std::max(13.F, dice.widely(20.5F - 3 * m, 2.7F));
+    browThickness = std::max(1.6F, dice.widely(4.2F + 2 * m, 1.3F));
+    browTilt = dice.widely(0.05F - 0.1F * m, 0.13F);
+    browArch = dice.widely(3.5F - 2 * m, 2.2F);
+    browGap = dice.widely(11, 2.2F);
     browEnd = dice.around(53, 3);
     browDensity = dice.uniform(0.65F, 1);
     browRidge = dice.around(4 * m, 2);
 
-    noseBaseY = dice.around(-44, 5);
-    noseTipZ = dice.around(29.5F + 2 * m, 3.6F);
-    noseTipRise = dice.around(6, 3.2F);
-    noseTipRadius = dice.around(8.8F + m, 1.3F);
-    noseWidth = dice.around(17 + 1.6F * m, 2.8F);
-    bridgeWidth = std::max(4.F, dice.around(7.2F + m, 1.4F));
-    bridgeZ = dice.around(3, 2.8F);
-    noseBump = dice.around(0.6F * m, 1.3F);
+    noseBaseY = dice.widely(-45, 4.2F);
+    noseTipZ = dice.widely(29.5F + 2 * m, 3.6F);
+    noseTipRise = dice.widely(6, 3.2F);
+    noseTipRadius = dice.widely(8.8F + m, 1.05F);
+    noseWidth = dice.widely(18 + 1.6F * m, 1.9F);
+    bridgeWidth = std::max(4.F, dice.widely(7.2F + m, 1.4F));
+    bridgeZ = dice.widely(3, 2.8F);
+    noseBump = dice.widely(0.6F * m, 1);
     noseBend = dice.around(0, 0.8F);
 
-    mouthY = noseBaseY - std::max(13.F, dice.around(21, 3));
-    mouthY = std::max(mouthY, chinY + 30);
-    mouthWidth = dice.around(25, 3.2F);
-    mouthZ = dice.around(15, 2.2F);
-    mouthCurve = dice.around(2.6F, 1.6F);
-    upperLip = std::clamp(dice.around(6 - 1.6F * m, 1.9F), 2.2F, 10.5F);
-    lowerLip = std::clamp(dice.around(8 - 1.2F * m, 2), 3.5F, 12.5F);
+    mouthY = noseBaseY - dice.widely(23, 2.3F);
+    chinY = std::min(chinY, mouthY - 27);
+    mouthWidth = dice.widely(25.5F, 2.6F);
+    mouthZ = dice.widely(15, 2.2F);
+    mouthCurve = dice.widely(2.6F, 1.6F);
+    upperLip = std::max(2.2F, dice.widely(6 - 1.6F * m, 1.5F));
+    lowerLip = std::max(3.5F, dice.widely(8 - 1.2F * m, 1.6F));
     lipColour = dice.uniform(0.15F, 0.9F) * (1 - 0.7F * masculine);
 
     skin = skinColour(dice);
     flush = dice.uniform(0.2F, 1);
+    const float shadow = dice.uniform(-0.5F, 1);
+    eyeShadow = masculine < 0.5F ? std::max(0.F, shadow) : 0.15F * std::max(0.F, shadow);
     freckles = dice.chance(0.2F) ? dice.uniform(0.4F, 1) : 0;
     const bool isDark = skin.x < 0.32F;
     hairColour = hairColours[dice.pick(isDark ? 3 : hairColours.size())];
@@ -122,8 +125,8 @@ PersonTraits::PersonTraits(std::uint64_t seed) {
                                      HairStyle::sidePart};
     hair =
         isMan ? manStyles[dice.pick(manStyles.size())] : womanStyles[dice.pick(womanStyles.size())];
-    hairlineY = std::clamp(dice.around(58, 5.5F) + (isMan ? 5 * age : 0), 44.F, 74.F);
-    hairRecess = isMan ? std::max(0.F, dice.around(8 + 10 * age, 7)) : dice.uniform(0, 5);
+    hairlineY = std::clamp(dice.around(58, 5) + (isMan ? 5 * age : 0), 44.F, 74.F);
+    hairRecess = isMan ? std::max(0.F, dice.around(8 + 10 * age, 4)) : dice.uniform(0, 5);
     hairThickness = dice.uniform(0.6F, 1.5F);
     partX = dice.chance(0.5F) ? dice.uniform(15, 38) : dice.uniform(-38, -15);
 

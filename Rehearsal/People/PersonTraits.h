@@ -78,6 +78,7 @@ struct PersonTraits {
     /// In linear light.
     Vector3 skin;
     float flush;
+    float eyeShadow;
     float freckles;
     Vector3 hairColour;
     float grey;
