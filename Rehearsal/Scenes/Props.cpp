@@ -16,6 +16,8 @@ Prop showingStill(PropKind kind, std::uint64_t person, Movement moves, const She
             .moves = std::move(moves),
             .person = person,
             .plays = lookingAround(person, 0.52F, 0),
+            .isHandHeld =
+                kind == PropKind::print || kind == PropKind::phone || kind == PropKind::tablet,
             .pixelsWide = pixelsWide};
 }
 
@@ -89,6 +91,7 @@ Prop bent(Prop prop, float bend) {
 Prop enlarged(Prop prop, float scale) {
     prop.sheet.width *= scale;
     prop.sheet.height *= scale;
+    prop.isHandHeld = false;
     return prop;
 }
 

@@ -34,6 +34,8 @@ struct Prop {
     bool isReplay = false;
     /// A cut-out's eyes are cut out too.
     bool hasEyeHoles = false;
+    /// Hands are seen that hold it.
+    bool isHandHeld = false;
     /// Of the picture that it shows, which is a third higher than wide.
     int pixelsWide = 450;
 };

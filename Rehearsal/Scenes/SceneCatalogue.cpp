@@ -98,7 +98,7 @@ std::vector<Scene> attacks(std::uint64_t person) {
     shown("print-bent", "the photo bent to a face's shape",
           bent(print(person, turned(0.36F, person)), 7));
     shown("print-large", "a poster whose edges are out of the picture",
-          enlarged(print(person, held(0.40F, person)), 2.4F));
+          enlarged(print(person, held(0.36F, person)), 2.6F));
     shown("print-dark", "the photo in weak light", print(person, held(0.36F, person)),
           LightKind::dark);
 

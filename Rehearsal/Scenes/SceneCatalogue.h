@@ -3,9 +3,7 @@
 #include "Rehearsal/Scenes/Scene.h"
 
 #include <cstdint>
-#include <functional>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 

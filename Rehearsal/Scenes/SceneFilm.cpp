@@ -1,5 +1,6 @@
 #include "Rehearsal/Scenes/SceneFilm.h"
 
+#include "Rehearsal/Scenes/Hands.h"
 #include "Rehearsal/Scenes/Room.h"
 #include "Rehearsal/Scenes/SheetPainter.h"
 
@@ -55,11 +56,13 @@ bool isWithin(std::span<const Point> outline, double x, double y) {
 }
 
 double part(std::span<const Point> outline, int x, int y) {
-    int hits = 0;
-    for (int i = 0; i < 4; ++i) {
-        hits += isWithin(outline, x + 0.25 + 0.5 * (i % 2), y + 0.25 + 0.5 * (i / 2)) ? 1 : 0;
+    double hits = 0;
+    for (const double right : {0.25, 0.75}) {
+        for (const double down : {0.25, 0.75}) {
+            if (isWithin(outline, x + right, y + down)) hits += 0.25;
+        }
     }
-    return hits / 4.0;
+    return hits;
 }
 
 /// An outline half as large again, as scissors leave it.
@@ -112,6 +115,57 @@ std::pair<int, int> coveredRows(const LinearImage& layer) {
     return {static_cast<int>(first), static_cast<int>(after)};
 }
 
+/// The layer on top of the image, moving by so much while the shutter is open.
+void blurInto(LinearImage& image, const LinearImage& layer, const Point& motion) {
+    const int taps = std::clamp(static_cast<int>(std::hypot(motion.x, motion.y)) + 2, 2, 24);
+    struct Tap {
+        int x = 0;
+        int y = 0;
+    };
+    std::vector<Tap> shifts;
+    for (int i = 0; i < taps; ++i) {
+        const double along = static_cast<double>(i) / (taps - 1);
+        shifts.push_back({.x = static_cast<int>(std::lround(motion.x * along)),
+                          .y = static_cast<int>(std::lround(motion.y * along))});
+    }
+    const float weight = 1 / static_cast<float>(taps);
+    const auto [first, last] = coveredRows(layer);
+    const int reach = static_cast<int>(std::abs(motion.y)) + 1;
+    for (int y = std::max(first - reach, 0); y < std::min(last + reach, image.height); ++y) {
+        for (int x = 0; x < image.width; ++x) {
+            float covered = 0;
+            Vector3 colour;
+            for (const Tap& shift : shifts) {
+                const int fromX = x - shift.x;
+                const int fromY = y - shift.y;
+                if (fromX < 0 || fromX >= image.width || fromY < 0 || fromY >= image.height) {
+                    continue;
+                }
+                const std::size_t from = layer.index(fromX, fromY);
+                if (layer.coverage[from] <= 0) continue;
+                covered += layer.coverage[from];
+                const float* rgb = &layer.rgb[from * 3];
+                colour = colour + Vector3{rgb[0], rgb[1], rgb[2]};
+            }
+            if (covered <= 0) continue;
+            float* to = image.pixel(x, y);
+            const float left = 1 - covered * weight;
+            to[0] = to[0] * left + colour.x * weight;
+            to[1] = to[1] * left + colour.y * weight;
+            to[2] = to[2] * left + colour.z * weight;
+        }
+    }
+}
+
+/// Draws something that moves by so much while the shutter is open.
+template <typename Draw>
+void drawMoving(LinearImage& image, const Point& motion, Draw&& draw) {
+    if (std::hypot(motion.x, motion.y) <= visibleMotion) return draw(image);
+    LinearImage layer(image.width, image.height);
+    draw(layer);
+    blurInto(image, layer, motion);
+}
+
 /// The truth about a face on a picture, moved to where the sheet shows it.
 FaceTruth onSheet(const FaceTruth& face, const PlacedSheet& placed, const TextureFit& fit,
                   const PinholeCamera& camera) {
@@ -147,6 +201,7 @@ SceneFilm::SceneFilm(Scene scene, Cast& cast, const Optics& optics)
       light_(light(scene_.light)),
       optics_(optics),
       sensor_(scene_.seed),
+      skin_(skin(scene_.seed)),
       shown_(scene_.props.size()) {
     for (const Actor& actor : scene_.actors)
 
@@ -213,12 +268,11 @@ void SceneFilm::drawActor(const Actor& actor, const Stance& stance, Shooting& sh
     const PinholeCamera& camera = shooting.view.camera;
     const Stance after = actor.plays(shooting.at + shooting.view.shutter.open);
     const Point motion = nose(camera, after.head) - nose(camera, stance.head);
-    const bool isBlurred = std::hypot(motion.x, motion.y) > visibleMotion;
-    if (isBlurred) layer_.emplace(shooting.image.width, shooting.image.height);
-    shooting.truth.people.push_back(renderer_.draw(isBlurred ? *layer_ : shooting.image, camera,
-                                                   people_.at(actor.person), poseOf(stance.head),
-                                                   stance.expression, light_.people));
-    if (isBlurred) blurInto(shooting.image, motion);
+    drawMoving(shooting.image, motion, [&](LinearImage& image) {
+        shooting.truth.people.push_back(renderer_.draw(image, camera, people_.at(actor.person),
+                                                       poseOf(stance.head), stance.expression,
+                                                       light_.people));
+    });
 }
 
 void SceneFilm::drawProp(std::size_t index, const Placement& place, Shooting& shooting) {
@@ -230,10 +284,16 @@ void SceneFilm::drawProp(std::size_t index, const Placement& place, Shooting& sh
     const Placement after = prop.moves.at(shooting.at + shooting.view.shutter.open);
     const Point motion = projected(camera, after.position) - projected(camera, place.position);
     shooting.view.motion = motion;
-    const bool isBlurred = std::hypot(motion.x, motion.y) > visibleMotion;
-    if (isBlurred) layer_.emplace(shooting.image.width, shooting.image.height);
-    paintSheet(isBlurred ? *layer_ : shooting.image, shooting.view, placed, shown->texture);
-    if (isBlurred) blurInto(shooting.image, motion);
+    drawMoving(shooting.image, motion, [&](LinearImage& image) {
+        const auto paint = [&](const std::vector<HandPart>& parts) {
+            for (const HandPart& each : parts) {
+                paintSheet(image, shooting.view, PlacedSheet(each.sheet, each.place), skin_);
+            }
+        };
+        if (prop.isHandHeld) paint(armsBehind(placed, place));
+        paintSheet(image, shooting.view, placed, shown->texture);
+        if (prop.isHandHeld) paint(fingersBefore(placed, place));
+    });
     const TextureFit fit(prop.sheet, shown->texture.width(), shown->texture.height());
     shooting.truth.heldUp.push_back({.kind = prop.kind,
                                      .isReplay = prop.isReplay,
@@ -261,47 +321,6 @@ SceneFilm::Picture SceneFilm::photograph(const Prop& prop, TimeInterval at) {
         std::ranges::fill(image.coverage, 1.0F);
     }
     return {.texture = Texture(std::move(image)), .face = face};
-}
-
-void SceneFilm::blurInto(LinearImage& image, const Point& motion) {
-    const int taps = std::clamp(static_cast<int>(std::hypot(motion.x, motion.y)) + 2, 2, 24);
-    struct Tap {
-        int x = 0;
-        int y = 0;
-    };
-    std::vector<Tap> shifts;
-    for (int i = 0; i < taps; ++i) {
-        const double along = static_cast<double>(i) / (taps - 1);
-        shifts.push_back({.x = static_cast<int>(std::lround(motion.x * along)),
-                          .y = static_cast<int>(std::lround(motion.y * along))});
-    }
-    const float weight = 1 / static_cast<float>(taps);
-    const auto [first, last] = coveredRows(*layer_);
-    const int reach = static_cast<int>(std::abs(motion.y)) + 1;
-    for (int y = std::max(first - reach, 0); y < std::min(last + reach, image.height); ++y) {
-        for (int x = 0; x < image.width; ++x) {
-            float covered = 0;
-            Vector3 colour;
-            for (const Tap& shift : shifts) {
-                const int fromX = x - shift.x;
-                const int fromY = y - shift.y;
-                if (fromX < 0 || fromX >= image.width || fromY < 0 || fromY >= image.height) {
-                    continue;
-                }
-                const std::size_t from = layer_->index(fromX, fromY);
-                if (layer_->coverage[from] <= 0) continue;
-                covered += layer_->coverage[from];
-                const float* rgb = &layer_->rgb[from * 3];
-                colour = colour + Vector3{rgb[0], rgb[1], rgb[2]};
-            }
-            if (covered <= 0) continue;
-            float* to = image.pixel(x, y);
-            const float left = 1 - covered * weight;
-            to[0] = to[0] * left + colour.x * weight;
-            to[1] = to[1] * left + colour.y * weight;
-            to[2] = to[2] * left + colour.z * weight;
-        }
-    }
 }
 
 }  // namespace marrowby

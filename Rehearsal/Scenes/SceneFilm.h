@@ -53,8 +53,6 @@ class SceneFilm {
     void drawActor(const Actor& actor, const Stance& stance, Shooting& shooting);
     void drawProp(std::size_t index, const Placement& place, Shooting& shooting);
     [[nodiscard]] Picture photograph(const Prop& prop, TimeInterval at);
-    /// Where the new layer moves by so much while the shutter is open, on top of the image.
-    void blurInto(LinearImage& image, const Point& motion);
 
     Scene scene_;
     const SceneLight light_;
@@ -62,11 +60,12 @@ class SceneFilm {
     std::map<std::uint64_t, Person> people_;
     PeopleRenderer renderer_;
     Sensor sensor_;
+    /// Of the hands that hold things up.
+    const Texture skin_;
     Exposure exposure_;
     TimeInterval ranFor_{};
     std::uint64_t runs_ = 0;
     std::optional<LinearImage> room_;
-    std::optional<LinearImage> layer_;
     /// By prop; of a replay the newest picture.
     std::vector<std::optional<Picture>> shown_;
     std::optional<LinearImage> photoRoom_;

@@ -51,7 +51,7 @@ SceneLight light(LightKind kind) {
             light.people.backlight = 0.9F;
             light.windowBehind = 1.6F;
             light.room = 0.35F;
-            light.source = 2;
+            light.source = 5;
             return light;
         case LightKind::oneSided:
             light.people.keyDirection = {.x = -1, .y = -0.15F, .z = -0.25F};

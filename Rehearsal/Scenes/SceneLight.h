@@ -17,8 +17,9 @@ struct SceneLight {
     float room = 0.6F;
     /// How bright the window behind is; 0 is none.
     float windowBehind = 0;
-    /// What a mirror shows where it reflects the key light, and how wide that looks, in radians.
-    float source = 9;
+    /// What a mirror shows where it reflects the key light, and half of how wide that looks, in
+    /// radians. To give the key's 0.7 from there, a window must be about as bright as this.
+    float source = 30;
     float sourceRadius = 0.10F;
     /// Lamps on alternating current: the part of the light that comes and goes, and how often.
     float flickerDepth = 0;

@@ -119,11 +119,6 @@ void SceneUser::turnHead(TimeInterval now) {
     go(place, now + understanding, turning, true);
 }
 
-void SceneUser::lookStraight(TimeInterval now) {
-    const MutexLock lock(mutex_);
-    go(home_, now, turning);
-}
-
 void SceneUser::walkAway(TimeInterval now) {
     const MutexLock lock(mutex_);
     go(away(home_), now, walking);

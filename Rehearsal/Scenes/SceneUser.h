@@ -21,16 +21,12 @@ class SceneUser {
     void heed(const EnrollmentSession::Hint& hint, TimeInterval now);
     /// Turns the head to one side and back, as a strict look asks for.
     void turnHead(TimeInterval now);
-    void lookStraight(TimeInterval now);
     /// Out of the picture.
     void walkAway(TimeInterval now);
     /// Back in, and looks around a little.
     void comeBack(TimeInterval now);
 
     [[nodiscard]] Stance at(TimeInterval now) const;
-    [[nodiscard]] Performance performance() const {
-        return [this](TimeInterval now) { return at(now); };
-    }
 
   private:
     /// One smooth movement.

@@ -36,7 +36,7 @@ std::optional<PlacedSheet::Hit> PlacedSheet::hit(const Vector3& direction) const
                .normal = right * (x / radius) + away * (z / radius)};
 }
 
-Point PlacedSheet::project(const PinholeCamera& camera, float u, float v) const {
+Vector3 PlacedSheet::at(float u, float v) const {
     const auto& [right, down, away] = axes_;
     float x = u;
     float z = 0;
@@ -45,7 +45,11 @@ Point PlacedSheet::project(const PinholeCamera& camera, float u, float v) const 
         x = radius * std::sin(u / radius);
         z = radius * (1 - std::cos(u / radius));
     }
-    const Vector3 place = middle_ + right * x + down * v + away * z;
+    return middle_ + right * x + down * v + away * z;
+}
+
+Point PlacedSheet::project(const PinholeCamera& camera, float u, float v) const {
+    const Vector3 place = at(u, v);
     return {.x = camera.centreX + camera.focalLength * double{place.x / place.z},
             .y = camera.centreY + camera.focalLength * double{place.y / place.z}};
 }

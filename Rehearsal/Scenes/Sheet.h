@@ -59,7 +59,9 @@ class PlacedSheet {
     [[nodiscard]] const Sheet& sheet() const { return sheet_; }
     /// Where the line from the camera in this direction meets the sheet or what would continue it.
     [[nodiscard]] std::optional<Hit> hit(const Vector3& direction) const;
-    /// Where a place on it is in the picture.
+    /// A place on it, in metres from the camera.
+    [[nodiscard]] Vector3 at(float u, float v) const;
+    /// Where that is in the picture.
     [[nodiscard]] Point project(const PinholeCamera& camera, float u, float v) const;
     /// The sheet's own corners in the picture: top-left, top-right, bottom-right, bottom-left.
     [[nodiscard]] std::array<Point, 4> corners(const PinholeCamera& camera) const;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Rehearsal/Scenes/Placement.h"
+#include "Rehearsal/Scenes/Sheet.h"
+#include "Rehearsal/Scenes/Texture.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace marrowby {
+
+/// What is seen of hands that hold a sheet: round-ended strips of shaded skin.
+struct HandPart {
+    Sheet sheet = {};
+    Placement place = {};
+};
+
+/// A forearm behind a sheet that one hand holds, or both behind one that is wider than a hand.
+[[nodiscard]] std::vector<HandPart> armsBehind(const PlacedSheet& placed, const Placement& place);
+/// Thumbs before it, and the tips of the fingers of one hand.
+[[nodiscard]] std::vector<HandPart> fingersBefore(const PlacedSheet& placed,
+                                                  const Placement& place);
+/// Somebody's.
+[[nodiscard]] Texture skin(std::uint64_t seed);
+
+}  // namespace marrowby
