@@ -29,9 +29,9 @@ struct PamDirectoryTest : testing::Test {
 TEST_F(PamDirectoryTest, tellsRightFromWrongFromNotKnown) {
     write("password", "é ß 字😀 two  spaces");
     write("checker", "tr -d '\\000' | cmp -s - \"$1\"\n");
-    write("desk", "auth required pam_exec.so expose_authtok quiet /bin/sh [" +
+    write("desk", "auth sufficient pam_exec.so expose_authtok quiet /bin/sh [" +
                       (folder.path() / "checker").string() + "] [" +
-                      (folder.path() / "password").string() + "]\n");
+                      (folder.path() / "password").string() + "]\nauth required pam_deny.so\n");
     write("away", "auth required pam_nowhere.so\n");
 
     EXPECT_EQ(check("desk", "é ß 字😀 two  spaces"),
