@@ -25,6 +25,9 @@ constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 constexpr const char* noObject = "/";
 constexpr const char* contentType = "application/octet-stream";
 
+constexpr unsigned busFlags =
+    G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION;
+
 // A service answers in milliseconds unless it hangs; activation takes a moment.
 constexpr int patienceMilliseconds = 10'000;
 
@@ -161,11 +164,11 @@ class SecretServiceKeychain::Conversation {
 
     static Result<Conversation> begin(const std::string& address) {
         if (address.empty()) return std::unexpected<Failure>({.status = noBus, .text = {}});
+        // A set of flags, as C has them.
+        // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange)
+        const auto flags = static_cast<GDBusConnectionFlags>(busFlags);
         Object<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
-            address.c_str(),
-            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-            nullptr, nullptr, nullptr));
+            address.c_str(), flags, nullptr, nullptr, nullptr));
         if (!connection) return std::unexpected<Failure>({.status = noBus, .text = {}});
         return Conversation(std::move(connection));
     }
