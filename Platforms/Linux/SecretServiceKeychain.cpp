@@ -25,6 +25,9 @@ constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 constexpr const char* noObject = "/";
 constexpr const char* contentType = "application/octet-stream";
 
+constexpr unsigned busFlags =
+    G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION;
+
 // A service answers in milliseconds unless it hangs; activation takes a moment.
 constexpr int patienceMilliseconds = 10'000;
 
@@ -43,6 +46,24 @@ using Object = std::unique_ptr<T, Releaser<g_object_unref>>;
 using Variant = std::unique_ptr<GVariant, Releaser<g_variant_unref>>;
 using Value = std::unique_ptr<SecretValue, Releaser<secret_value_unref>>;
 using Error = std::unique_ptr<GError, Releaser<g_error_free>>;
+
+/// Where GLib puts what is due on this thread: nobody else runs it, and what it holds on to goes
+/// with it.
+struct ContextReleaser {
+    void operator()(GMainContext* context) const {
+        while (g_main_context_iteration(context, 0) != 0) {
+        }
+        g_main_context_pop_thread_default(context);
+        g_main_context_unref(context);
+    }
+};
+using Context = std::unique_ptr<GMainContext, ContextReleaser>;
+
+Context makeContext() {
+    Context context(g_main_context_new());
+    g_main_context_push_thread_default(context.get());
+    return context;
+}
 
 /// Where GLib leaves its error.
 class ErrorSlot {
@@ -161,13 +182,14 @@ class SecretServiceKeychain::Conversation {
 
     static Result<Conversation> begin(const std::string& address) {
         if (address.empty()) return std::unexpected<Failure>({.status = noBus, .text = {}});
+        Context context = makeContext();
+        // A set of flags, as C has them.
+        // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange)
+        const auto flags = static_cast<GDBusConnectionFlags>(busFlags);
         Object<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
-            address.c_str(),
-            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-            nullptr, nullptr, nullptr));
+            address.c_str(), flags, nullptr, nullptr, nullptr));
         if (!connection) return std::unexpected<Failure>({.status = noBus, .text = {}});
-        return Conversation(std::move(connection));
+        return Conversation(std::move(context), std::move(connection));
     }
 
     Conversation(Conversation&&) noexcept = default;
@@ -250,8 +272,8 @@ class SecretServiceKeychain::Conversation {
     }
 
   private:
-    explicit Conversation(Object<GDBusConnection> connection)
-        : connection_(std::move(connection)) {}
+    Conversation(Context context, Object<GDBusConnection> connection)
+        : context_(std::move(context)), connection_(std::move(connection)) {}
 
     Result<Variant> call(const char* path, const char* interface, const char* method,
                          GVariant* arguments, const char* replyType) {
@@ -305,6 +327,8 @@ class SecretServiceKeychain::Conversation {
         return std::unexpected<Failure>({.status = wouldAsk, .text = {}});
     }
 
+    // The last to go.
+    Context context_;
     Object<GDBusConnection> connection_;
     Object<SecretService> service_;
 };

@@ -33,7 +33,7 @@ namespace {
 
 void expect(bool isSo, const char* what) {
     if (isSo) return;
-    std::cout << "Not so: " << what << std::endl;
+    std::cout << "Not so: " << what << '\n' << std::flush;
     ::_exit(1);
 }
 
@@ -166,7 +166,7 @@ void run(const char* address, const char* home) {
         expect(controlText.size() == passwordSize, "what the core is to show is still there");
         ::abort();
     };
-    (void)credentials.withPassword(type);
+    expect(!credentials.withPassword(type), "the process ends before");
 }
 
 }  // namespace

@@ -19,7 +19,8 @@ int main(int argumentCount, char** arguments) {
     // Within the loop, which a reply that comes at once ends.
     QTimer::singleShot(0, [&] {
         DeviceOwnerCheck(*authentication).confirmOwner("open it", [](const auto& outcome) {
-            std::cout << (outcome ? "confirmed" : description(outcome.error())) << std::endl;
+            std::cout << (outcome ? "confirmed" : description(outcome.error())) << '\n'
+                      << std::flush;
             QCoreApplication::quit();
         });
     });

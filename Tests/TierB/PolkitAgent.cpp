@@ -41,7 +41,7 @@ void refuse(GTask* task) {
 }
 
 void onWithdrawn(GCancellable* /*unused*/, gpointer task) {
-    std::cout << "withdrawn" << std::endl;
+    std::cout << "withdrawn" << '\n' << std::flush;
     refuse(static_cast<GTask*>(task));
 }
 
@@ -49,7 +49,7 @@ void initiate(PolkitAgentListener* listener, const char* action, const char* mes
               const char* /*icon*/, PolkitDetails* /*details*/, const char* cookie,
               GList* identities, GCancellable* cancellable, GAsyncReadyCallback callback,
               gpointer data) {
-    std::cout << action << ": " << message << std::endl;
+    std::cout << action << ": " << message << '\n' << std::flush;
     GTask* task = g_task_new(listener, nullptr, callback, data);
     if (answer == "--cancel") return refuse(task);
     if (answer == "--wait") {
@@ -92,9 +92,9 @@ int main(int argumentCount, char** arguments) {
     if (session == nullptr ||
         polkit_agent_listener_register(listener, POLKIT_AGENT_REGISTER_FLAGS_NONE, session, nullptr,
                                        nullptr, nullptr) == nullptr) {
-        std::cout << "refused" << std::endl;
+        std::cout << "refused" << '\n' << std::flush;
         return 1;
     }
-    std::cout << "ready" << std::endl;
+    std::cout << "ready" << '\n' << std::flush;
     g_main_loop_run(g_main_loop_new(nullptr, 0));
 }
