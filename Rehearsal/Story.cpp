@@ -131,7 +131,7 @@ Ending enrolOwner(Stage& stage) {
     return Steps()
         .then([&] {
             stage.seatUser(owner());
-            return completed(stage, "the enrolment", TimeInterval(60), [&](auto completion) {
+            return completed(stage, "the enrolment", TimeInterval(120), [&](auto completion) {
                 model.enroll("Owner", std::move(completion));
             });
         })

@@ -17,8 +17,10 @@ namespace {
 constexpr TimeInterval understanding{0.25};
 constexpr TimeInterval turning{0.55};
 constexpr TimeInterval walking{0.9};
-/// How long he waits before he tries harder, and how much.
+/// How long he waits before he tries harder, how many pictures must have been taken meanwhile, and
+/// how much harder.
 constexpr TimeInterval patience{2.0};
+constexpr int patientPictures = 15;
 constexpr float harder = 1.1F;
 
 constexpr float usualYaw = 0.36F;
@@ -75,7 +77,7 @@ void SceneUser::heed(const EnrollmentSession::Hint& hint, TimeInterval now) {
     using Hint = EnrollmentSession::Hint;
     const MutexLock lock(mutex_);
     if (hint.index() == heard_.index() && hint == heard_) {
-        if (now - heardAt_ < patience) return;
+        if (++heardAgain_ < patientPictures || now - heardAt_ < patience) return;
         // Still not taken: a little more of it.
         effort_ = std::min(effort_ * harder, 1.5F);
     } else if (const auto* pose = std::get_if<Hint::Pose>(&hint); pose && pose->pose != asked_) {
@@ -88,10 +90,12 @@ void SceneUser::heed(const EnrollmentSession::Hint& hint, TimeInterval now) {
         // He went back from too far; that he stays.
         heard_ = hint;
         heardAt_ = now;
+        heardAgain_ = 0;
         return;
     }
     heard_ = hint;
     heardAt_ = now;
+    heardAgain_ = 0;
     if (std::holds_alternative<Hint::Closer>(hint)) {
         Placement nearer = placeAt(now);
         nearer.position.z *= 0.8F;

@@ -53,6 +53,8 @@ class SceneUser {
     Motion motion_ GUARDED_BY(mutex_);
     EnrollmentSession::Hint heard_ GUARDED_BY(mutex_) = EnrollmentSession::Hint::NoFace{};
     TimeInterval heardAt_ GUARDED_BY(mutex_){};
+    /// How often since.
+    int heardAgain_ GUARDED_BY(mutex_) = 0;
     EnrollmentPose asked_ GUARDED_BY(mutex_) = EnrollmentPose::center;
     /// 1 is what he takes for enough.
     float effort_ GUARDED_BY(mutex_) = 1;

@@ -110,7 +110,7 @@ class ScriptedCamera::Input final : public CaptureInput {
 ScriptedCamera::Device ScriptedCamera::builtInCamera() {
     return {
         .description = {.uniqueID = "rehearsal-camera", .localizedName = "Rehearsal camera"},
-        .formats = {{.width = 640, .height = 480, .frameRates = {{.minimum = 5, .maximum = 30}}}}};
+        .formats = {{.width = 640, .height = 480, .frameRates = {{.minimum = 15, .maximum = 15}}}}};
 }
 
 ScriptedCamera::ScriptedCamera(std::vector<Device> devices, const SystemClock& clock,
@@ -316,20 +316,28 @@ TimeInterval ScriptedCamera::step() {
         shot.running = at - *firstPictureAt_;
         return view ? view(shot) : plainGray(shot.width, shot.height);
     };
-    if (!ahead_ || ahead_->change != change) ahead_ = Ahead{draw(now), change};
     if (lateness > TimeInterval(0) && !std::exchange(isHeldBack_, true)) return lateness;
     isHeldBack_ = false;
     ++pictures_;
-
-    const auto picture = std::move(ahead_->picture);
-    const bool isDiscarded = discardsLateFrames && outlet_->isBusy();
-    if (picture) {
-        const MutexLock lock(mutex_);
-        ++(isDiscarded ? counts_.discarded : counts_.sent);
-    }
-    if (picture && !isDiscarded) outlet_->send(*queue, picture);
     const TimeInterval pause = std::max(shot.frameTime - lateness, TimeInterval(0));
-    ahead_ = Ahead{draw(now + pause), change};
+    if (discardsLateFrames && outlet_->isBusy()) {
+        const MutexLock lock(mutex_);
+        ++counts_.discarded;
+        return pause;
+    }
+
+    const bool isFresh =
+        ahead_ && ahead_->change == change && now - ahead_->at < shot.frameTime * 1.5;
+    const auto picture = isFresh ? std::move(ahead_->picture) : draw(now);
+    ahead_.reset();
+    if (picture) {
+        {
+            const MutexLock lock(mutex_);
+            ++counts_.sent;
+        }
+        outlet_->send(*queue, picture);
+    }
+    ahead_ = Ahead{.picture = draw(now + pause), .at = now + pause, .change = change};
     return pause;
 }
 

@@ -21,9 +21,9 @@ namespace marrowby {
 
 /// The cameras of a rehearsal and one session on them. The picture of each moment is drawn one
 /// ahead on the pacing's thread and delivered on the capture queue; of deliveries that the queue
-/// has not come to, only one waits, the others are discarded. What is not said by CaptureSession
-/// may be called from any thread. Destroying it waits for a delivery in progress, so not from
-/// within one.
+/// has not come to, only one waits, the others are discarded, and not even drawn. What is not said
+/// by CaptureSession may be called from any thread. Destroying it waits for a delivery in progress,
+/// so not from within one.
 class ScriptedCamera final : public CaptureSession {
   public:
     /// One picture to be drawn.
@@ -65,7 +65,7 @@ class ScriptedCamera final : public CaptureSession {
         friend bool operator==(const Counts&, const Counts&) = default;
     };
 
-    /// The camera of most rehearsals: 640 x 480 at 5 to 30 pictures a second.
+    /// The camera of most rehearsals: 640 x 480 at 15 pictures a second.
     [[nodiscard]] static Device builtInCamera();
 
     /// `clock` outlives this.
@@ -119,6 +119,7 @@ class ScriptedCamera final : public CaptureSession {
     /// A picture drawn ahead, and what it was drawn for.
     struct Ahead {
         std::shared_ptr<const PixelBuffer> picture;
+        Date at;
         std::uint64_t change = 0;
     };
 

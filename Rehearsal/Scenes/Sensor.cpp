@@ -24,6 +24,8 @@ constexpr TimeInterval settling{0.22};
 constexpr std::size_t noiseCount = std::size_t{1} << 16U;
 constexpr std::size_t curveSteps = 4096;
 constexpr float sharpening = 0.45F;
+/// Added before a positive number is truncated; std::lround is a call.
+constexpr float toNearest = 0.5F;
 
 float encoded(float linear) {
     return linear <= 0.0031308F ? 12.92F * linear : 1.055F * std::pow(linear, 1 / 2.4F) - 0.055F;
@@ -157,7 +159,7 @@ void Sensor::demosaic(int width, int height) {
     }
     const auto look = [this](float value) {
         return curve_[static_cast<std::size_t>(
-            std::clamp(value, 0.0F, 1.0F) * static_cast<float>(curveSteps) + 0.5F)];
+            std::clamp(value, 0.0F, 1.0F) * static_cast<float>(curveSteps) + toNearest)];
     };
     for (int y = 0; y < height; ++y) {
         const int above = mirrored(y - 1, height);
@@ -215,7 +217,8 @@ std::shared_ptr<const PixelBuffer> Sensor::develop(const LinearImage& image,
                                 green8_[above + x] + green8_[below + x];
             const float more = sharpening * (green8_[here + x] - around / 4);
             const auto byte = [more](float value) {
-                return static_cast<std::uint8_t>(std::clamp(value + more, 0.0F, 255.0F) + 0.5F);
+                return static_cast<std::uint8_t>(std::clamp(value + more, 0.0F, 255.0F) +
+                                                 toNearest);
             };
             std::uint8_t* to = &bytes[(here + x) * 4];
             to[0] = byte(blue8_[here + x]);
