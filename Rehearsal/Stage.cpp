@@ -140,8 +140,8 @@ struct Stage::World {
 
 Stage::Result<void> Stage::World::setUp() {
     for (auto* vision : {&lookVision, &enrollmentVision}) {
-        auto finder =
-            OpenCvFaceVision::load(modelsFolder / finderFile, modelsFolder / landmarksFile);
+        auto finder = OpenCvFaceVision::load(modelsFolder / finderFile,
+                                             modelsFolder / landmarksFile, queues.background());
         if (!finder) return std::unexpected(finder.error());
         *vision = std::move(*finder);
     }

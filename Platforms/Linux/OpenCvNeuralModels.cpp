@@ -90,7 +90,7 @@ class OpenCvNeuralModel final : public NeuralModel {
                                                   static_cast<std::size_t>(size->height) * 3)});
         }
         // A network that cannot run says so when it is asked something.
-        (void)network_.run(planes_);
+        [[maybe_unused]] const auto outputs = network_.run(planes_);
     }
 
   private:

@@ -4,7 +4,7 @@
 //         FOLDER/owner, and writes each named sequence as FOLDER/NAME.yuyv, 640 × 480
 //     camera-probe look SHARED FOLDER FRAMES       looks for the owner, prints what each frame
 //     gave,
-//         and ends after so many frames, or with status 1 after a minute
+//         and ends after so many frames, or with status 1 after three minutes
 
 #include "Platforms/Linux/ImageFiles.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
@@ -43,7 +43,7 @@ namespace fs = std::filesystem;
 
 constexpr int width = 640;
 constexpr int height = 480;
-constexpr TimeInterval longestLook{60};
+constexpr TimeInterval longestLook{180};
 constexpr const char* embedderIdentifier = "mobilefacenet-128-test-1";
 
 template <typename T, typename E>
@@ -184,12 +184,12 @@ int look(const fs::path& shared, const fs::path& folder, int frames) {
     scanner.start(LookID{}, {.cameraID = std::nullopt, .identities = {owner(folder)}},
                   {.onFrame =
                        [&](LookID, const ScanObservation& observation) {
-                           std::cout << text(observation) << std::endl;
+                           std::cout << text(observation) << '\n' << std::flush;
                            if (--left == 0) end(0);
                        },
                    .onCameraFailed =
                        [&](const std::string& message) {
-                           std::cout << message << std::endl;
+                           std::cout << message << '\n' << std::flush;
                            end(1);
                        }});
     const auto timer = mainThread.at(clock.now() + longestLook, TimeInterval(1), [&] { end(1); });

@@ -236,7 +236,7 @@ TEST_F(V4l2CaptureSessionTest, deliversOnlyTheNewest) {
         device().pictures.push_back(plain(yuyv, grey));
     run(2);
     ASSERT_EQ(frames.size(), 1U);
-    EXPECT_NEAR(colour(frames[0])[0], (180 - 16) * 255 / 219, 2);
+    EXPECT_NEAR(colour(frames[0])[0], (180 - 16) * 255.0 / 219, 2);
 
     // The picture stays as it was while others come.
     for (int i = 0; i < 9; ++i) {
@@ -244,7 +244,7 @@ TEST_F(V4l2CaptureSessionTest, deliversOnlyTheNewest) {
         run(1);
     }
     EXPECT_EQ(frames.size(), 10U);
-    EXPECT_NEAR(colour(frames[0])[0], (180 - 16) * 255 / 219, 2);
+    EXPECT_NEAR(colour(frames[0])[0], (180 - 16) * 255.0 / 219, 2);
 
     manager().stop();
     device().pictures = {plain(yuyv, 30)};
