@@ -15,6 +15,7 @@
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Rehearsal/Interruption.h"
 #include "Rehearsal/PrivateDesktop.h"
+#include "Rehearsal/SceneDirectory.h"
 #include "Rehearsal/SceneKeychain.h"
 #include "Rehearsal/SceneOwner.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
@@ -103,6 +104,8 @@ struct Stage::World {
     JsonDefaultsStore defaults{files, data.path() / "settings.json"};
     SceneKeychain keychain;
     SceneOwner owner{mainThread};
+    SceneDirectory directory;
+    std::string loginPassword;
 
     // What the real session's buses say is nothing to the private desktop.
     DesktopSession session{{.systemBus = {}, .sessionBus = {}, .display = desktop.displayName()},
@@ -188,11 +191,13 @@ Stage::Result<void> Stage::World::setUp() {
                        .files = files,
                        .keychain = keychain,
                        .ownerAuthentication = owner,
+                       .directory = directory,
                        .defaults = defaults,
                        .keyEvents = keyEvents},
         UnlockModel::Resources{.dataBase = data.path(),
                                .bundleIdentifier = {},
                                .testTag = {},
+                               .userName = "owner",
                                .models = {.folder = modelsFolder,
                                           .embedderFile = embedderFile,
                                           .embedderIdentifier = embedderIdentifier,
@@ -283,10 +288,15 @@ void Stage::seatUser(std::uint64_t person) {
     world_->user = user;
 }
 
-Stage::Result<void> Stage::lockScreen(std::string_view loginPassword) {
+void Stage::setLoginPassword(std::string_view password) {
+    world_->loginPassword = password;
+    world_->directory.setPassword(world_->loginPassword);
+}
+
+Stage::Result<void> Stage::lockScreen() {
     world_->askedToUpdate = false;
     world_->transcript.scene("somebody locks the screen (i3lock)");
-    if (auto locked = world_->locker.lock(loginPassword); !locked) return locked;
+    if (auto locked = world_->locker.lock(world_->loginPassword); !locked) return locked;
     return waitUntil("the lock to be announced", lockAnnouncement,
                      [this] { return world_->isLockAnnounced; });
 }

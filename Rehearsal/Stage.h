@@ -40,8 +40,10 @@ class Stage {
     void putInFront(const Scene& scene);
     /// Somebody who does what an enrolment asks for.
     void seatUser(std::uint64_t person);
-    /// Sets the login password, which the locker asks, and starts the locker.
-    [[nodiscard]] Result<void> lockScreen(std::string_view loginPassword);
+    /// Which password the account has from now on.
+    void setLoginPassword(std::string_view password);
+    /// Starts the locker, which asks the login password.
+    [[nodiscard]] Result<void> lockScreen();
     /// Until the locker has ended and that has been announced.
     [[nodiscard]] Result<void> waitForUnlock(TimeInterval limit);
     void sleepDisplays();

@@ -84,10 +84,10 @@ Step completed(Stage& stage, std::string_view what, TimeInterval limit,
     return result->value_or(Step());
 }
 
-Step lockScreen(Stage& stage, std::string_view password) {
+Step lockScreen(Stage& stage) {
     stage.takeLog();
     return Steps()
-        .then([&] { return stage.lockScreen(password); })
+        .then([&] { return stage.lockScreen(); })
         .then([&] { return stage.waitForLog("Locked: waiting for you to come back", shortly); })
         .result();
 }
@@ -130,8 +130,9 @@ Ending enrolOwner(Stage& stage) {
     UnlockModel& model = stage.model();
     return Steps()
         .then([&] {
+            stage.setLoginPassword(loginPassword);
             stage.seatUser(owner());
-            return completed(stage, "the enrolment", TimeInterval(120), [&](auto completion) {
+            return completed(stage, "the enrolment", TimeInterval(240), [&](auto completion) {
                 model.enroll("Owner", std::move(completion));
             });
         })
@@ -161,7 +162,7 @@ Ending enrolOwner(Stage& stage) {
 Ending ownerComesBack(Stage& stage) {
     const Step unlocked =
         Steps()
-            .then([&] { return lockScreen(stage, loginPassword); })
+            .then([&] { return lockScreen(stage); })
             .then([&] { return show(stage, "live-normal", owner()); })
             .then([&] { return comeBack(stage); })
             .then([&] { return stage.waitForLog("Recognised Owner", aLook); })
@@ -178,7 +179,7 @@ Ending ownerComesBack(Stage& stage) {
 
 Ending strangerComes(Stage& stage) {
     return Steps()
-        .then([&] { return lockScreen(stage, loginPassword); })
+        .then([&] { return lockScreen(stage); })
         .then([&] { return show(stage, "live-normal", stranger()); })
         .then([&] { return comeBack(stage); })
         .then([&] { return stage.waitForLog("Not recognised", aLook); })
@@ -189,7 +190,7 @@ Ending strangerComes(Stage& stage) {
 
 Ending photoIsHeldUp(Stage& stage) {
     return Steps()
-        .then([&] { return lockScreen(stage, loginPassword); })
+        .then([&] { return lockScreen(stage); })
         .then([&] { return show(stage, "phone-turned-photo", owner()); })
         .then([&] { return comeBack(stage); })
         .then([&] { return stage.waitForLog("Turned away: ", aLook); })
@@ -211,7 +212,10 @@ Step typeWrongPassword(Stage& stage, std::string_view verdict) {
 
 Ending passwordIsOutOfDate(Stage& stage) {
     return Steps()
-        .then([&] { return lockScreen(stage, changedPassword); })
+        .then([&] {
+            stage.setLoginPassword(changedPassword);
+            return lockScreen(stage);
+        })
         .then([&] { return show(stage, "live-normal", owner()); })
         .then([&] { return typeWrongPassword(stage, "Password turned down"); })
         .then([&] {

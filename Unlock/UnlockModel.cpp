@@ -12,10 +12,14 @@
 #include "UnlockCore/LockWatching/OwnKeystrokes.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 #include "UnlockCore/LockWatching/WindowServerLockState.h"
+#include "UnlockCore/PasswordEntry/OpenDirectoryPasswordVerifier.h"
+#include "UnlockCore/PasswordEntry/TypablePassword.h"
 #include "UnlockCore/Recognition/MatchStrictness.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
 
+#include <optional>
 #include <utility>
+#include <variant>
 
 namespace marrowby {
 
@@ -29,6 +33,16 @@ constexpr const char* savePasswordReason = "save your Mac password";
 std::expected<void, std::string> sentence(const std::expected<void, StorageError>& result) {
     if (result) return {};
     return std::unexpected(description(result.error()));
+}
+
+/// Why a checked password is not saved; nothing for the right one.
+std::optional<std::string> refusalOf(const PasswordCheckResult& result) {
+    if (std::holds_alternative<PasswordCheckResult::Correct>(result)) return std::nullopt;
+    if (const auto* unavailable = std::get_if<PasswordCheckResult::Unavailable>(&result)) {
+        return "The password couldn’t be checked, so nothing was saved. " +
+               unavailable->explanation;
+    }
+    return "That isn’t your Mac password.";
 }
 
 CameraFaceScanner::LoadEmbedder embedderLoader(const ModelPack& pack,
@@ -249,15 +263,40 @@ void UnlockModel::finishEnrollment(std::expected<std::vector<FaceSample>, std::s
 }
 
 void UnlockModel::savePassword(SecretBytes password, Completion completion) {
+    if (const auto objection = typablepassword::objection(password.values())) {
+        password.wipe();
+        completion(std::unexpected(std::string(*objection)));
+        return;
+    }
     const auto held = std::make_shared<SecretBytes>(std::move(password));
-    openVault(savePasswordReason, [this, held, completion = std::move(completion)](
+    platform_.queues.background()->async(
+        [weak = std::weak_ptr(self_), held, completion = std::move(completion),
+         &directory = platform_.directory, &mainThread = platform_.mainThread,
+         userName = resources_.userName] {
+            const auto checked =
+                OpenDirectoryPasswordVerifier(directory, userName).check(held->values());
+            mainThread.post([weak, held, completion, refusal = refusalOf(checked)] {
+                const auto self = weak.lock();
+                if (self && !refusal) {
+                    (*self)->sealPassword(held, completion);
+                    return;
+                }
+                held->wipe();
+                if (self) completion(std::unexpected(*refusal));
+            });
+        });
+}
+
+void UnlockModel::sealPassword(const std::shared_ptr<SecretBytes>& password,
+                               Completion completion) {
+    openVault(savePasswordReason, [this, password, completion = std::move(completion)](
                                       const std::expected<void, std::string>& opened) {
         if (!opened) {
-            held->wipe();
+            password->wipe();
             completion(opened);
             return;
         }
-        const auto saved = credentialStore_.save(*held);
+        const auto saved = credentialStore_.save(*password);
         if (saved) {
             settings_.passwordHealth = {};
             settings_.save(platform_.defaults);

@@ -32,6 +32,8 @@ class UnlockModel {
         std::filesystem::path dataBase;
         std::optional<std::string> bundleIdentifier;
         std::optional<std::string> testTag;
+        /// The short name of the account whose password is saved.
+        std::string userName;
         ModelPack models;
     };
     struct Callbacks {
@@ -71,8 +73,8 @@ class UnlockModel {
     /// Drops what was captured; the completion does not come.
     void cancelEnrollment();
 
-    /// The caller's bytes are overwritten when the completion comes at the latest. Makes the
-    /// standing of the password good again.
+    /// Only what the account accepts and can be typed is saved. The caller's bytes are overwritten
+    /// when the completion comes at the latest. Makes the standing of the password good again.
     void savePassword(SecretBytes password, Completion completion);
 
     /// Builds the engine, once, and lets it follow the lock screen.
@@ -84,6 +86,7 @@ class UnlockModel {
     [[nodiscard]] UnlockReadiness readiness() const;
     void onVaultChanged();
     void onLockEvent(LockEvent event);
+    void sealPassword(const std::shared_ptr<SecretBytes>& password, Completion completion);
     void finishEnrollment(std::expected<std::vector<FaceSample>, std::string> samples);
     void changed();
 

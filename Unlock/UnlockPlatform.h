@@ -3,6 +3,7 @@
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/CaptureSession.h"
 #include "UnlockCore/Platform/DefaultsStore.h"
+#include "UnlockCore/Platform/Directory.h"
 #include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Platform/FileSystem.h"
 #include "UnlockCore/Platform/FourierTransform.h"
@@ -51,6 +52,7 @@ struct UnlockPlatform {
     FileSystem& files;
     Keychain& keychain;
     OwnerAuthentication& ownerAuthentication;
+    Directory& directory;
     DefaultsStore& defaults;
 
     KeyEvents& keyEvents;

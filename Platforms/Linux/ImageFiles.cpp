@@ -46,14 +46,15 @@ std::expected<void, std::string> writePicture(const std::filesystem::path& file,
     // OpenCV only reads it.
     const cv::Mat bgra(picture.height(), picture.width(), CV_8UC4,
                        const_cast<std::uint8_t*>(picture.bytes().data()), picture.bytesPerRow());
+    const auto failure = unreadable(file, "couldn’t be written.");
     try {
         cv::Mat bgr;
         cv::cvtColor(bgra, bgr, cv::COLOR_BGRA2BGR);
-        if (cv::imwrite(file.string(), bgr)) return {};
+        if (!cv::imwrite(file.string(), bgr)) return failure;
+        return {};
     } catch (const cv::Exception&) {
-        // Said below.
+        return failure;
     }
-    return unreadable(file, "couldn’t be written.");
 }
 
 }  // namespace marrowby

@@ -1,6 +1,7 @@
 #include "Platforms/Linux/OpenSslCipher.h"
 #include "Tests/Fakes/FakeCaptureSession.h"
 #include "Tests/Fakes/FakeDefaultsStore.h"
+#include "Tests/Fakes/FakeDirectory.h"
 #include "Tests/Fakes/FakeFaceVision.h"
 #include "Tests/Fakes/FakeFileSystem.h"
 #include "Tests/Fakes/FakeFourierTransform.h"
@@ -67,11 +68,13 @@ class UnlockModelTest : public testing::Test {
                            .files = files,
                            .keychain = keychain,
                            .ownerAuthentication = owner,
+                           .directory = directory,
                            .defaults = defaults,
                            .keyEvents = keyEvents},
             UnlockModel::Resources{.dataBase = "/data",
                                    .bundleIdentifier = {},
                                    .testTag = {},
+                                   .userName = "anna",
                                    .models = {.folder = MARROWBY_SOURCE_DIR,
                                               .embedderFile = "CMakeLists.txt",
                                               .embedderIdentifier = "test-embedder",
@@ -118,6 +121,7 @@ class UnlockModelTest : public testing::Test {
     FakeFileSystem files;
     FakeKeychain keychain;
     FakeOwnerAuthentication owner;
+    FakeDirectory directory;
     FakeDefaultsStore defaults;
     FakeKeyEvents keyEvents;
     std::unique_ptr<UnlockModel> model;
@@ -135,6 +139,31 @@ TEST_F(UnlockModelTest, savesThePasswordAfterTheOwnerConfirmedAndTrustsItAgain) 
     EXPECT_TRUE(model->hasPassword());
     EXPECT_EQ(model->settings().passwordHealth, PasswordHealth());
     EXPECT_EQ(UnlockSettings::load(defaults).passwordHealth, PasswordHealth());
+}
+
+TEST_F(UnlockModelTest, savesNoPasswordThatTheAccountRefusesOrThatCannotBeTyped) {
+    const struct {
+        const char* password;
+        std::optional<DirectoryError> verdict;
+        const char* sentence;
+    } cases[] = {
+        {"secret", DirectoryError{"com.apple.OpenDirectory", 5000, "no"},
+         "That isn’t your Mac password."},
+        {"secret", DirectoryError{"com.apple.OpenDirectory", 2100, "The node is away."},
+         "The password couldn’t be checked, so nothing was saved. The node is away."},
+        {"sec\nret",
+         {},
+         "The password has a line break or another control character in it, which can’t be typed "
+         "at "
+         "the lock screen."},
+    };
+    for (const auto& [password, verdict, sentence] : cases) {
+        directory.verdict = verdict;
+        EXPECT_EQ(savePassword(password), Outcome(std::unexpected(sentence)));
+        EXPECT_FALSE(model->hasPassword());
+        EXPECT_TRUE(owner.prompts.empty());
+    }
+    EXPECT_EQ(directory.asked[1], "dsRecTypeStandard:Users anna");
 }
 
 TEST_F(UnlockModelTest, savesNothingWhenTheOwnerCancels) {

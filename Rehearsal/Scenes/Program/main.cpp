@@ -4,6 +4,7 @@
 #include "Rehearsal/Scenes/SceneFilm.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
@@ -127,13 +128,28 @@ int write(const Scene& scene, const std::filesystem::path& folder, double second
 }
 
 /// A row of moments for every scene, half as large.
+/// Writes a picture of twice the size, four bytes a pixel, into a part of another.
+void halve(std::span<const std::uint8_t> from, std::size_t width, std::size_t height,
+           std::span<std::uint8_t> to, std::size_t bytesPerRow) {
+    for (std::size_t y = 0; y < height; ++y) {
+        for (std::size_t x = 0; x < width * 4; ++x) {
+            const std::size_t left = y * width * 16 + x / 4 * 8 + x % 4;
+            const std::size_t below = left + width * 8;
+            const int sum = from[left] + from[left + 4] + from[below] + from[below + 4];
+            to[y * bytesPerRow + x] = static_cast<std::uint8_t>((sum + 2) / 4);
+        }
+    }
+}
+
 int contact(const std::filesystem::path& file, const std::vector<Scene>& scenes,
             const Options& options) {
     constexpr int moments = 5;
     const int width = options.width / 2;
     const int height = options.height / 2;
-    const auto row = static_cast<std::size_t>(width * moments) * 4;
-    std::vector<std::uint8_t> sheet(row * static_cast<std::size_t>(height) * scenes.size());
+    const auto wide = static_cast<std::size_t>(width);
+    const auto tall = static_cast<std::size_t>(height);
+    const std::size_t row = wide * moments * 4;
+    std::vector<std::uint8_t> sheet(row * tall * scenes.size());
     for (std::size_t i = 0; i < scenes.size(); ++i) {
         std::cout << i + 1 << ". " << scenes[i].name << '\n' << std::flush;
         SceneFilm film(scenes[i], cast);
@@ -144,24 +160,9 @@ int contact(const std::filesystem::path& file, const std::vector<Scene>& scenes,
             for (int picture = std::max(last - 6, 0); picture <= last; ++picture) {
                 frame = shoot(film, options, picture);
             }
-            const auto bytes = frame.picture->bytes();
-            for (int y = 0; y < height; ++y) {
-                for (int x = 0; x < width; ++x) {
-                    for (std::size_t c = 0; c < 4; ++c) {
-                        int sum = 2;
-                        for (int k = 0; k < 4; ++k) {
-                            sum += bytes[static_cast<std::size_t>((2 * y + k / 2) * options.width +
-                                                                  2 * x + k % 2) *
-                                             4 +
-                                         c];
-                        }
-                        const auto line =
-                            i * static_cast<std::size_t>(height) + static_cast<std::size_t>(y);
-                        const auto column = static_cast<std::size_t>(moment * width + x);
-                        sheet[line * row + column * 4 + c] = static_cast<std::uint8_t>(sum / 4);
-                    }
-                }
-            }
+            const std::span part = std::span(sheet).subspan(
+                i * tall * row + static_cast<std::size_t>(moment) * wide * 4);
+            halve(frame.picture->bytes(), wide, tall, part, row);
         }
     }
     const auto picture = PixelBuffer::create(
@@ -190,7 +191,8 @@ int measureSpeed(const std::vector<Scene>& scenes, const Options& options) {
 float quantile(std::vector<float> values, double part) {
     if (values.empty()) return 0;
     std::ranges::sort(values);
-    return values[static_cast<std::size_t>(part * static_cast<double>(values.size() - 1) + 0.5)];
+    return values[static_cast<std::size_t>(
+        std::lround(part * static_cast<double>(values.size() - 1)))];
 }
 
 int measureScores(const std::filesystem::path& models, const std::vector<Scene>& scenes,
@@ -239,6 +241,13 @@ int measureScores(const std::filesystem::path& models, const std::vector<Scene>&
     return EXIT_SUCCESS;
 }
 
+/// Nought for what is no number.
+int integer(std::string_view text) {
+    int value = 0;
+    (void)std::from_chars(text.begin(), text.end(), value);
+    return value;
+}
+
 /// Takes the options from the front.
 Options takeOptions(std::vector<std::string>& words) {
     Options options{.person = distinctPeople().front()};
@@ -251,8 +260,9 @@ Options takeOptions(std::vector<std::string>& words) {
         } else if (words[0] == "--rate") {
             options.rate = std::max(std::strtod(words[1].c_str(), nullptr), 1.0);
         } else if (words[0] == "--size" && words[1].contains('x')) {
-            options.width = std::max(std::atoi(words[1].c_str()), 64);
-            options.height = std::max(std::atoi(words[1].c_str() + words[1].find('x') + 1), 48);
+            const auto cross = words[1].find('x');
+            options.width = std::max(integer(std::string_view(words[1]).substr(0, cross)), 64);
+            options.height = std::max(integer(std::string_view(words[1]).substr(cross + 1)), 48);
         } else {
             break;
         }
