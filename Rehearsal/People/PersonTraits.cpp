@@ -56,7 +56,7 @@ PersonTraits::PersonTraits(std::uint64_t seed) {
         std::clamp(dice.widely(50 + 5 * m, 4.5F) * broad, cheekWidth * 0.58F, cheekWidth * 0.97F);
     jawY = dice.widely(-74, 6);
     chinY = dice.widely(-112 - 5 * m, 7.5F);
-    chinWidth = dice.widely(19 + 6 * m, 4.5F);
+    chinWidth = std::max(7.F, dice.widely(19 + 6 * m, 4.5F));
     chinZ = dice.widely(0, 4.5F);
     neckRadius = dice.around(49 + 9 * m, 1.6F);
     shoulderWidth = dice.around(170 + 28 * m, 5);
