@@ -25,7 +25,7 @@ constexpr std::string_view loginPassword = "Corr3ct-HoRse_b@ttery!";
 constexpr std::string_view changedPassword = "staple No. 4711";
 
 constexpr TimeInterval shortly{5};
-constexpr TimeInterval aLook{8};
+constexpr TimeInterval aLook{15};
 constexpr TimeInterval passwordCheck{8};
 
 std::uint64_t owner() {
@@ -151,6 +151,8 @@ Ending enrolOwner(Stage& stage) {
         .then([&] {
             UnlockSettings settings = model.settings();
             settings.isEnabled = true;
+            // Patient also with a slow machine.
+            settings.scanSeconds = 10;
             model.apply(settings);
             model.wireEngine();
             return check(model.isEnrolled() && model.hasPassword(),

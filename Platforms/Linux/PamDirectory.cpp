@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -21,42 +20,35 @@ DirectoryError unavailable(std::string message) {
 }
 
 /// The password as a C string, for as long as PAM may ask for it.
-class Answers {
-  public:
-    [[nodiscard]] bool set(std::span<const std::uint8_t> password) {
-        auto text = SecretArray<char>::create(password.size() + 1);
-        if (!text) return false;
-        std::memcpy(text->values().data(), password.data(), password.size());
-        text_ = std::move(*text);
-        return true;
-    }
+using Answer = SecretArray<char>;
 
-    /// PAM overwrites and frees what it is given.
-    static int converse(int count, const pam_message** messages, pam_response** responses,
-                        void* self) {
-        if (count <= 0 || count > PAM_MAX_NUM_MSG) return PAM_CONV_ERR;
-        auto* replies = static_cast<pam_response*>(
-            std::calloc(static_cast<std::size_t>(count), sizeof(pam_response)));
-        if (replies == nullptr) return PAM_BUF_ERR;
-        for (int i = 0; i < count; ++i) {
-            if (messages[i]->msg_style != PAM_PROMPT_ECHO_OFF) continue;
-            replies[i].resp = ::strdup(static_cast<const Answers*>(self)->text_->values().data());
-        }
-        *responses = replies;
-        return PAM_SUCCESS;
-    }
+std::expected<Answer, SecretMemoryError> answerOf(std::span<const std::uint8_t> password) {
+    auto answer = Answer::create(password.size() + 1);
+    if (answer) std::memcpy(answer->values().data(), password.data(), password.size());
+    return answer;
+}
 
-  private:
-    std::optional<SecretArray<char>> text_;
-};
+/// PAM overwrites and frees what it is given.
+int converse(int count, const pam_message** messages, pam_response** responses, void* answer) {
+    if (count <= 0 || count > PAM_MAX_NUM_MSG) return PAM_CONV_ERR;
+    auto* replies = static_cast<pam_response*>(
+        std::calloc(static_cast<std::size_t>(count), sizeof(pam_response)));
+    if (replies == nullptr) return PAM_BUF_ERR;
+    for (int i = 0; i < count; ++i) {
+        if (messages[i]->msg_style == PAM_PROMPT_ECHO_OFF)
+            replies[i].resp = ::strdup(static_cast<const Answer*>(answer)->values().data());
+    }
+    *responses = replies;
+    return PAM_SUCCESS;
+}
 
 /// A wrong answer shall come as soon as a right one: who guesses here has the account already.
 void noDelay(int /*result*/, unsigned /*microseconds*/, void* /*data*/) {}
 
 class Conversation {
   public:
-    Conversation(const PamDirectory::Service& service, const std::string& user, Answers& answers)
-        : conversation_{.conv = Answers::converse, .appdata_ptr = &answers} {
+    Conversation(const PamDirectory::Service& service, const std::string& user, Answer& answer)
+        : conversation_{.conv = converse, .appdata_ptr = &answer} {
         status_ = service.folder.empty()
                       ? ::pam_start(service.name.c_str(), user.c_str(), &conversation_, &handle_)
                       : ::pam_start_confdir(service.name.c_str(), user.c_str(), &conversation_,
@@ -95,10 +87,9 @@ class PamRecord final : public Directory::Record {
 
     [[nodiscard]] Directory::Result<void> verifyPassword(
         std::span<const std::uint8_t> password) override {
-        Answers answers;
-        if (!answers.set(password))
-            return std::unexpected(unavailable("There is no safe memory for the password."));
-        Conversation conversation(service_, user_, answers);
+        auto answer = answerOf(password);
+        if (!answer) return std::unexpected(unavailable(std::string(description(answer.error()))));
+        Conversation conversation(service_, user_, *answer);
         switch (conversation.authenticate()) {
             case PAM_SUCCESS:
                 return {};

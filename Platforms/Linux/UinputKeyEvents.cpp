@@ -121,7 +121,7 @@ std::shared_ptr<UinputKeyEvents::Keyboard> UinputKeyEvents::plugIn() {
     return keyboard;
 }
 
-UinputKeyEvents::UinputKeyEvents(KeyboardLayout::Names layout, Pause pause, Plug plug)
+UinputKeyEvents::UinputKeyEvents(const KeyboardLayout::Names& layout, Pause pause, Plug plug)
     : layout_(load(layout)), pause_(std::move(pause)), plug_(std::move(plug)) {}
 
 bool UinputKeyEvents::isTrusted() const {

@@ -30,7 +30,7 @@ class UinputKeyEvents final : public KeyEvents {
     /// Makes the keyboard in the kernel; nothing where that is not allowed.
     [[nodiscard]] static std::shared_ptr<Keyboard> plugIn();
 
-    explicit UinputKeyEvents(KeyboardLayout::Names layout, Pause pause, Plug plug = plugIn);
+    explicit UinputKeyEvents(const KeyboardLayout::Names& layout, Pause pause, Plug plug = plugIn);
 
     /// Plugs the keyboard in, so that whoever reads it knows it before the first key.
     [[nodiscard]] bool isTrusted() const override;
