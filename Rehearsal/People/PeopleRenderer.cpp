@@ -494,7 +494,7 @@ void PeopleRenderer::Buffers::resolve(LinearImage& image, const PersonModel& mod
                 int samples = 0;
                 Vector3 colour;
             };
-            std::array<Piece, fine * fine> pieces;
+            std::array<Piece, std::size_t{fine} * fine> pieces;
             std::size_t count = 0;
             for (int i = 0; i < fine * fine; ++i) {
                 const int sx = x + i % fine;

@@ -206,7 +206,8 @@ void PersonModel::bakeLight() {
             const float facing = dot(v.normal, directions[i]);
             if (facing < 0.05F) continue;
             float open = 1;
-            for (float t = 7; t < 150; t *= 1.55F) {
+            float t = 7;
+            for (int ring = 0; ring < 7; ++ring, t *= 1.55F) {
                 const float d = coarse.at(start + directions[i] * t);
                 open = std::min(open, smoothstep(-0.16F * t, 0.16F * t, d));
                 if (open <= 0) break;
@@ -264,7 +265,8 @@ void PersonModel::addEyes() {
 void PersonModel::addTube(const std::vector<Vector3>& line, float radius, bool isClosed) {
     constexpr std::uint32_t sides = 7;
     const auto first = static_cast<std::uint32_t>(vertices.size());
-    const std::size_t count = line.size();
+    const auto count = static_cast<std::uint32_t>(line.size());
+    if (count < 2) return;
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t before = i > 0 ? i - 1 : (isClosed ? count - 1 : 0);
         const std::size_t after = i + 1 < count ? i + 1 : (isClosed ? 0 : i);
@@ -282,10 +284,10 @@ void PersonModel::addTube(const std::vector<Vector3>& line, float radius, bool i
                                 .openness = 0.9F});
         }
     }
-    const auto segments = static_cast<std::uint32_t>(isClosed ? count : count - 1);
+    const std::uint32_t segments = isClosed ? count : count - 1;
     for (std::uint32_t i = 0; i < segments; ++i) {
         const std::uint32_t here = first + i * sides;
-        const std::uint32_t next = first + ((i + 1) % static_cast<std::uint32_t>(count)) * sides;
+        const std::uint32_t next = first + ((i + 1) % count) * sides;
         for (std::uint32_t k = 0; k < sides; ++k) {
             const std::uint32_t l = (k + 1) % sides;
             triangles.push_back({here + k, here + l, next + l});
@@ -346,10 +348,12 @@ void PersonModel::findAnchors() {
         const float angle = pi * (-0.18F + 1.36F * static_cast<float>(i) / (outline.size() - 1));
         const Vector3 out{-std::cos(angle), -std::sin(angle), 0};
         Vector3 best = middle;
-        for (float r = 30; r < 130; r += 1) {
+        for (int millimetres = 30; millimetres < 130; ++millimetres) {
+            const auto r = static_cast<float>(millimetres);
             float nearest = 1e9F;
-            for (float z = -78; z < 5; z += 6) {
-                const Vector3 p{middle.x + out.x * r, middle.y + out.y * r, z};
+            for (int depth = -78; depth < 5; depth += 6) {
+                const Vector3 p{middle.x + out.x * r, middle.y + out.y * r,
+                                static_cast<float>(depth)};
                 const float d = shape.bareFace(p);
                 if (d < nearest) {
                     nearest = d;

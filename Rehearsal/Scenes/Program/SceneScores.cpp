@@ -157,14 +157,16 @@ SceneScores::Score SceneScores::score(const Scene& scene, int width, int height)
         score.decision = text(seen.liveness.decision);
         if (seen.recognition) {
             ++score.withFace;
-            if (networks_->person) {
+            const auto& person = networks_->person;
+            if (person) {
                 score.likeness.push_back(
-                    faceembedding::cosine(seen.recognition->embedding, *networks_->person));
+                    faceembedding::cosine(seen.recognition->embedding, *person));
             }
         }
         const auto bgr = bgrMat(*image);
+        auto& finder = networks_->finder;
         const auto faces =
-            bgr ? networks_->finder->find(*bgr) : std::unexpected<std::string>(std::string());
+            bgr && finder ? finder->find(*bgr) : std::unexpected<std::string>(std::string());
         float best = 0;
         if (faces) {
             for (const auto& face : *faces)
