@@ -36,7 +36,7 @@ LookResult result(Look::Purpose purpose, const std::string& attack, bool opened,
     look.person = "ann";
     look.name = "a, \"b\"";
     look.isOpened = opened;
-    look.decision = std::move(decision);
+    look.decision = decision;
     if (opened) look.timeToOpen = TimeInterval(0.5);
     look.likeness = {{"ann", {0.9F, opened}}, {"bob", {0.6F, true}}, {"cid", {0.2F, false}}};
     return look;
