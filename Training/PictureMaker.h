@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Rehearsal/People/PeopleRenderer.h"
+#include "Rehearsal/Scenes/Cast.h"
+#include "Rehearsal/Scenes/Chance.h"
+#include "Rehearsal/Scenes/SceneLight.h"
+#include "Rehearsal/Scenes/Sensor.h"
+#include "Training/Records.h"
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace marrowby {
+
+/// Draws pictures to learn from: faces as a camera shows them, in all poses, lights and sizes, and
+/// scenes, of which every second one is an attack. The same seed gives the same pictures in the
+/// same build. One thread at a time.
+class PictureMaker {
+  public:
+    explicit PictureMaker(std::uint64_t seed);
+
+    /// `label` goes into the record.
+    [[nodiscard]] records::Face face(std::uint64_t person, float label);
+    /// Moments of one scene, in `take` one by one; the first before the exposure has settled.
+    void scene(std::uint64_t person, std::uint64_t other, int moments,
+               const std::function<void(const records::Scene&)>& take);
+
+  private:
+    struct Room {
+        LightKind light;
+        LinearImage picture;
+    };
+
+    Chance chance_;
+    Cast cast_;
+    PeopleRenderer renderer_;
+    Sensor sensor_;
+    std::vector<Room> rooms_;
+};
+
+}  // namespace marrowby

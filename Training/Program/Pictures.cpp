@@ -1,0 +1,83 @@
+#include "Training/PictureMaker.h"
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace {
+
+using namespace marrowby;
+
+constexpr const char* usage =
+    "marrowby-training-pictures FOLDER CHUNKS\n"
+    "Draws ten people a chunk into FOLDER; chunks that are there already are left as they are.\n";
+
+/// None of them among distinctPeople(), who are for measuring.
+constexpr std::uint64_t firstPerson = 100'000;
+constexpr std::uint64_t peoplePerChunk = 10;
+constexpr int facesPerPerson = 20;
+constexpr int scenesPerPerson = 2;
+constexpr int momentsPerScene = 5;
+
+std::string fileName(std::string_view kind, std::uint64_t chunk) {
+    const std::string number = std::to_string(chunk);
+    return std::string(kind) + '-' + std::string(4 - std::min<std::size_t>(4, number.size()), '0') +
+           number + ".bin";
+}
+
+std::expected<void, std::string> drawChunk(const std::filesystem::path& folder,
+                                           std::uint64_t chunk) {
+    const std::filesystem::path facesPath = folder / fileName("faces", chunk);
+    const std::filesystem::path scenesPath = folder / fileName("scenes", chunk);
+    // Written last.
+    if (std::filesystem::exists(scenesPath)) return {};
+    PictureMaker maker(chunk + 1);
+    RecordFile<records::Face> faces(facesPath);
+    RecordFile<records::Scene> scenes(scenesPath);
+    const std::uint64_t first = chunk * peoplePerChunk;
+    for (std::uint64_t i = 0; i < peoplePerChunk; ++i) {
+        for (int picture = 0; picture < facesPerPerson; ++picture) {
+            faces.add(maker.face(firstPerson + first + i, static_cast<float>(first + i)));
+        }
+        const std::uint64_t other = first + (i + 1) % peoplePerChunk;
+        for (int scene = 0; scene < scenesPerPerson; ++scene) {
+            maker.scene(firstPerson + first + i, firstPerson + other, momentsPerScene,
+                        [&](const records::Scene& record) { scenes.add(record); });
+        }
+    }
+    if (auto written = faces.finish(); !written) return written;
+    return scenes.finish();
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    std::uint64_t chunks = 0;
+    if (words.size() != 2 ||
+        std::from_chars(words[1].data(), words[1].data() + words[1].size(), chunks).ec !=
+            std::errc()) {
+        std::cerr << usage;
+        return EXIT_FAILURE;
+    }
+    std::error_code error;
+    std::filesystem::create_directories(words[0], error);
+    const auto began = std::chrono::steady_clock::now();
+    for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) {
+        if (auto drawn = drawChunk(words[0], chunk); !drawn) {
+            std::cerr << drawn.error() << '\n';
+            return EXIT_FAILURE;
+        }
+        const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - began;
+        std::cout << "Pictures: " << chunk + 1 << " of " << chunks << " chunks, "
+                  << static_cast<int>(passed.count()) << " s\n"
+                  << std::flush;
+    }
+    return EXIT_SUCCESS;
+}
