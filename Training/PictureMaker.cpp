@@ -5,10 +5,12 @@
 #include "Training/RandomScene.h"
 #include "UnlockCore/Foundation/Fatal.h"
 #include "UnlockCore/Liveness/AntiSpoofCrop.h"
+#include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <span>
 #include <utility>
@@ -134,17 +136,20 @@ Rect jittered(const Rect& box, Chance& chance) {
             middle.y + box.height * chance.between(-0.05, 0.05) - height / 2, width, height};
 }
 
-void addCrops(const PixelBuffer& picture, const Rect& box, std::uint8_t* to) {
-    const RGBPixels pixels{.width = picture.width(),
-                           .height = picture.height(),
-                           .data = picture.sharedBytes(),
-                           .bytesPerRow = picture.bytesPerRow(),
-                           .bytesPerPixel = 4,
+/// `working` is the picture as the application looks at it: blue, green, red.
+void addCrops(const cv::Mat& working, const Rect& box, std::uint8_t* to) {
+    const auto* first = working.ptr<std::uint8_t>();
+    const RGBPixels pixels{.width = working.cols,
+                           .height = working.rows,
+                           .data = std::make_shared<const std::vector<std::uint8_t>>(
+                               first, first + working.total() * 3),
+                           .bytesPerRow = working.step,
+                           .bytesPerPixel = 3,
                            .red = 2,
                            .green = 1,
                            .blue = 0};
     for (const double scale : {2.7, 4.0}) {
-        const auto crop = AntiSpoofCrop::around(box, picture.width(), picture.height(), scale);
+        const auto crop = AntiSpoofCrop::around(box, working.cols, working.rows, scale);
         const auto bytes = crop ? crop->resampled(pixels) : std::vector<std::uint8_t>();
         for (std::size_t i = 0; i + 3 < bytes.size(); i += 4)
             to = std::copy_n(&bytes[i], 3, to);
@@ -158,12 +163,15 @@ records::Scene record(const SceneFilm::Frame& frame, LightKind light, Chance& ch
     constexpr double smallest = 14;
 
     const PixelBuffer& picture = *frame.picture;
+    const double shrink = std::min(1.0, CameraFaceScanner::workingLongEdge / picture.width());
+    cv::Mat working = bgr(picture);
+    if (shrink < 1) cv::resize(working, working, {}, shrink, shrink, cv::INTER_AREA);
     records::Scene result;
     const double scale = double{records::Scene::width} / picture.width();
     cv::Mat whole(records::Scene::height, records::Scene::width, CV_8UC3, result.bytes.data());
     const cv::Size size(records::Scene::width, cvRound(picture.height() * scale));
     cv::Mat part = whole(cv::Rect({0, 0}, size));
-    cv::resize(bgr(picture), part, size, 0, 0, cv::INTER_AREA);
+    cv::resize(working, part, size, 0, 0, cv::INTER_AREA);
 
     auto faces = seenFaces(frame.truth);
     std::erase_if(faces, [&](const SeenFace& face) {
@@ -193,8 +201,13 @@ records::Scene record(const SceneFilm::Frame& frame, LightKind light, Chance& ch
             numbers[1] = faces[i].kind;
             numbers[2] = faces[i].attack ? static_cast<float>(*faces[i].attack) : -1;
             std::uint8_t* crops = &result.bytes[records::Scene::pictureBytes];
-            addCrops(picture, jittered(face.box, chance), crops);
-            addCrops(picture, jittered(face.box, chance), crops + 2 * records::Scene::cropBytes);
+            for (std::size_t box = 0; box < 2; ++box) {
+                const Rect found = jittered(face.box, chance);
+                addCrops(working,
+                         {found.x * shrink, found.y * shrink, found.width * shrink,
+                          found.height * shrink},
+                         crops + box * 2 * records::Scene::cropBytes);
+            }
         }
     }
     return result;

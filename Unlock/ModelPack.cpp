@@ -116,7 +116,8 @@ std::expected<ModelPack, ModelPackError> ModelPack::read(const std::filesystem::
                      .embedderIdentifier = networks->at("embedder").identifier,
                      .realFaceFile = networks->at("realFace").file,
                      .finderFile = networks->at("finder").file,
-                     .landmarksFile = networks->at("landmarks").file};
+                     .landmarksFile = networks->at("landmarks").file,
+                     .realFaceIdentifier = networks->at("realFace").identifier};
 }
 
 }  // namespace marrowby

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/Platform/ModelFiles.h"
 
 #include <expected>
@@ -27,6 +28,7 @@ struct ModelPack {
     std::string realFaceFile;
     std::string finderFile = {};
     std::string landmarksFile = {};
+    std::string realFaceIdentifier = std::string(MiniFASNet::expectedIdentifier);
 
     static constexpr const char* manifestFile = "pack.json";
 

@@ -99,7 +99,7 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
               embedderLoader(model.resources_.models, platform),
               [pack = model.resources_.models, &models = platform.models] {
                   return MiniFASNet::load(pack.folder, models, NeuralModels::ComputeUnits::all,
-                                          pack.realFaceFile);
+                                          pack.realFaceFile, pack.realFaceIdentifier);
               }),
       typer(model.credentialStore_, keyEvents, platform.queues, platform.mainThread),
       spaceKeys(platform.keyboards, ownKeystrokes),

@@ -71,6 +71,7 @@ TEST_F(ModelPackTest, takesAWholePack) {
     EXPECT_EQ(pack->embedderFile, "embedder.onnx");
     EXPECT_EQ(pack->embedderIdentifier, "embedder-1");
     EXPECT_EQ(pack->realFaceFile, "realFace.onnx");
+    EXPECT_EQ(pack->realFaceIdentifier, "realFace-1");
     EXPECT_EQ(pack->finderFile, "finder.onnx");
     EXPECT_EQ(pack->landmarksFile, "landmarks.onnx");
 }

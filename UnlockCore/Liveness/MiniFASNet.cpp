@@ -43,12 +43,13 @@ const NeuralFeature* find(std::span<const NeuralFeature> features, std::string_v
     return found == features.end() ? nullptr : &*found;
 }
 
-std::optional<RealFaceModelError> fault(const NeuralModelDescription& model) {
+std::optional<RealFaceModelError> fault(const NeuralModelDescription& model,
+                                        std::string_view expected) {
     const auto found = model.metadata.find(std::string(identifierKey));
     const std::string identifier = found == model.metadata.end() ? "missing" : found->second;
-    if (found == model.metadata.end() || identifier != MiniFASNet::expectedIdentifier) {
+    if (found == model.metadata.end() || identifier != expected) {
         return RealFaceModelError::WrongModel{"identifier " + identifier + ", expected " +
-                                              std::string(MiniFASNet::expectedIdentifier)};
+                                              std::string(expected)};
     }
     for (const CropInput& crop : cropInputs) {
         const auto* input = find(model.inputs, crop.name, NeuralFeature::Kind::image);
@@ -114,7 +115,8 @@ std::expected<float, RealFaceModelError> live(std::span<const NeuralOutput> outp
 
 std::expected<std::unique_ptr<MiniFASNet>, RealFaceModelError> MiniFASNet::load(
     const std::filesystem::path& resources, NeuralModels& models,
-    NeuralModels::ComputeUnits computeUnits, std::string_view fileName) {
+    NeuralModels::ComputeUnits computeUnits, std::string_view fileName,
+    std::string_view modelIdentifier) {
     const std::filesystem::path file = resources / fileName;
     std::error_code error;
     if (!std::filesystem::exists(file, error)) {
@@ -125,8 +127,10 @@ std::expected<std::unique_ptr<MiniFASNet>, RealFaceModelError> MiniFASNet::load(
     if (!model) {
         return failure(RealFaceModelError::LoadFailed{model.error()});
     }
-    if (auto found = fault((*model)->description())) return std::unexpected(*std::move(found));
-    return std::unique_ptr<MiniFASNet>(new MiniFASNet(*std::move(model)));
+    if (auto found = fault((*model)->description(), modelIdentifier))
+        return std::unexpected(*std::move(found));
+    return std::unique_ptr<MiniFASNet>(
+        new MiniFASNet(std::string(modelIdentifier), *std::move(model)));
 }
 
 std::expected<AntiSpoofScore, RealFaceModelError> MiniFASNet::score(const RGBPixels& image,

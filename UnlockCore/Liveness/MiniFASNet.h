@@ -7,6 +7,7 @@
 #include <expected>
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -19,20 +20,24 @@ class MiniFASNet final : public AntiSpoofScoring {
     static constexpr std::string_view expectedIdentifier = "minifasnet-2020jul-coreml-1";
     static constexpr std::string_view defaultFileName = "MiniFASNet.mlmodelc";
 
-    /// From the folder of the application's resources. Fails unless the file is the expected
-    /// network with the expected inputs and outputs.
+    /// From the folder of the application's resources. Fails unless the file says that it is this
+    /// network, or another of the same shape under its own identifier, and has the expected inputs
+    /// and outputs.
     [[nodiscard]] static std::expected<std::unique_ptr<MiniFASNet>, RealFaceModelError> load(
         const std::filesystem::path& resources, NeuralModels& models,
         NeuralModels::ComputeUnits computeUnits = NeuralModels::ComputeUnits::all,
-        std::string_view fileName = defaultFileName);
+        std::string_view fileName = defaultFileName,
+        std::string_view modelIdentifier = expectedIdentifier);
 
-    [[nodiscard]] std::string_view modelIdentifier() const override { return expectedIdentifier; }
+    [[nodiscard]] std::string_view modelIdentifier() const override { return identifier_; }
     [[nodiscard]] std::expected<AntiSpoofScore, RealFaceModelError> score(
         const RGBPixels& image, const Rect& faceBox) override EXCLUDES(mutex_);
 
   private:
-    explicit MiniFASNet(std::unique_ptr<NeuralModel> model) : model_(std::move(model)) {}
+    MiniFASNet(std::string identifier, std::unique_ptr<NeuralModel> model)
+        : identifier_(std::move(identifier)), model_(std::move(model)) {}
 
+    const std::string identifier_;
     Mutex mutex_;
     std::unique_ptr<NeuralModel> model_ GUARDED_BY(mutex_);
 };

@@ -1,0 +1,299 @@
+#include "Training/PackFigures.h"
+
+#include "Platforms/Linux/BitmapMat.h"
+#include "Platforms/Linux/HeadPose.h"
+#include "Platforms/Linux/Landmarks98Network.h"
+#include "Platforms/Linux/OnnxModelFiles.h"
+#include "Platforms/Linux/OpenCvFaceVision.h"
+#include "Platforms/Linux/OpenCvImaging.h"
+#include "Platforms/Linux/OpenCvNeuralModels.h"
+#include "Platforms/Linux/YuNetFaceFinder.h"
+#include "Rehearsal/People/Person.h"
+#include "Rehearsal/Scenes/SceneCatalogue.h"
+#include "Rehearsal/Scenes/SceneFilm.h"
+#include "Unlock/ModelPack.h"
+#include "UnlockCore/Liveness/MiniFASNet.h"
+#include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
+#include "UnlockCore/Recognition/FaceRecognizer.h"
+#include "UnlockCore/Recognition/MatchStrictness.h"
+#include "UnlockCore/Recognition/SFaceEmbedder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <numbers>
+#include <span>
+#include <sstream>
+#include <utility>
+
+#include <opencv2/core.hpp>
+
+namespace marrowby {
+
+namespace {
+
+constexpr TimeInterval settling{0.6};
+constexpr int momentsPerScene = 3;
+constexpr TimeInterval betweenMoments{0.9};
+
+/// The turns that enrolment asks for, in radians.
+constexpr float side = 0.34F;
+constexpr float upright = 0.26F;
+
+Scene enrolment(std::uint64_t person) {
+    const Performance plays = [](TimeInterval time) {
+        const int pose = std::clamp(static_cast<int>(time.count()), 0, 8);
+        Stance stance;
+        stance.head = {.position = {.x = 0, .y = 0.02F, .z = 0.55F},
+                       .yaw = side * static_cast<float>(pose % 3 - 1),
+                       .pitch = upright * static_cast<float>(pose / 3 - 1)};
+        stance.expression = {.gazeYaw = -stance.head.yaw, .gazePitch = -stance.head.pitch};
+        return stance;
+    };
+    return {.name = "enrolment", .actors = {{person, plays}}, .seed = person};
+}
+
+double overlap(const Rect& a, const Rect& b) {
+    const double common = intersection(a, b).area();
+    return common / std::max(a.area() + b.area() - common, 1e-9);
+}
+
+/// Whether a finder must find it.
+bool isClear(const FaceTruth& face, const Size& size) {
+    const double inside = intersection(face.box, {0, 0, size.width, size.height}).area();
+    return inside > 0.9 * face.box.area() && std::hypot(face.yaw, face.pitch) < 0.8 &&
+           face.box.width >= 40;
+}
+
+double quantile(std::vector<double> values, double part) {
+    if (values.empty()) return std::nan("");
+    std::ranges::sort(values);
+    return values[static_cast<std::size_t>(part * static_cast<double>(values.size() - 1) + 0.5)];
+}
+
+std::string number(double value, int digits = 2) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(digits) << value;
+    return text.str();
+}
+
+std::string percent(double hits, double of) {
+    return of > 0 ? number(100 * hits / of, 1) + " %" : "–";
+}
+
+double degrees(double radians) {
+    return radians * 180 / std::numbers::pi;
+}
+
+/// The pack of a folder; without a manifest that of the published networks.
+std::expected<ModelPack, std::string> packIn(const std::filesystem::path& folder) {
+    std::error_code error;
+    if (std::filesystem::exists(folder / ModelPack::manifestFile, error)) {
+        auto pack = ModelPack::read(folder, OnnxModelFiles());
+        if (!pack) return std::unexpected(description(pack.error()));
+        return *std::move(pack);
+    }
+    return ModelPack{.folder = folder,
+                     .embedderFile = "Embedder128.onnx",
+                     .embedderIdentifier = "mobilefacenet-128-test-1",
+                     .realFaceFile = "MiniFASNet.onnx",
+                     .finderFile = "face_detection_yunet_2023mar.onnx",
+                     .landmarksFile = "Landmarks98.onnx"};
+}
+
+}  // namespace
+
+struct SceneFrame {
+    const CameraFrame& camera;
+    const SceneTruth& truth;
+};
+
+struct PackFigures::Networks {
+    OpenCvImaging imaging;
+    OpenCvNeuralModels models;
+    std::optional<YuNetFaceFinder> finder;
+    std::optional<Landmarks98Network> landmarks;
+    std::unique_ptr<OpenCvFaceVision> vision;
+    std::unique_ptr<FaceRecognizer> recognizer;
+    std::unique_ptr<MiniFASNet> antiSpoof;
+};
+
+PackFigures::PackFigures(std::unique_ptr<Networks> networks) : networks_(std::move(networks)) {}
+PackFigures::~PackFigures() = default;
+
+std::expected<std::unique_ptr<PackFigures>, std::string> PackFigures::load(
+    const std::filesystem::path& folder) {
+    const auto pack = packIn(folder);
+    if (!pack) return std::unexpected(pack.error());
+    auto networks = std::make_unique<Networks>();
+    auto finder = YuNetFaceFinder::load(folder / pack->finderFile);
+    if (!finder) return std::unexpected(finder.error());
+    networks->finder = *std::move(finder);
+    auto landmarks = Landmarks98Network::load(folder / pack->landmarksFile);
+    if (!landmarks) return std::unexpected(landmarks.error());
+    networks->landmarks = *std::move(landmarks);
+    auto vision = OpenCvFaceVision::load(folder / pack->finderFile, folder / pack->landmarksFile);
+    if (!vision) return std::unexpected(vision.error());
+    networks->vision = *std::move(vision);
+    auto embedder = SFaceEmbedder::load(
+        folder, {.fileName = pack->embedderFile, .modelIdentifier = pack->embedderIdentifier},
+        networks->models, networks->imaging);
+    if (!embedder) return std::unexpected(description(embedder.error()));
+    networks->recognizer =
+        std::make_unique<FaceRecognizer>(*networks->vision, networks->imaging, *std::move(embedder),
+                                         CameraFaceScanner::minimumFaceWidth);
+    auto antiSpoof = MiniFASNet::load(folder, networks->models, NeuralModels::ComputeUnits::all,
+                                      pack->realFaceFile, pack->realFaceIdentifier);
+    if (!antiSpoof) return std::unexpected(description(antiSpoof.error()));
+    networks->antiSpoof = *std::move(antiSpoof);
+    return std::unique_ptr<PackFigures>(new PackFigures(std::move(networks)));
+}
+
+void PackFigures::measure(std::uint64_t person, Cast& cast) {
+    enroll(person, cast);
+    for (const Scene& scene : sceneCatalogue(person))
+        film(scene, person, cast);
+}
+
+void PackFigures::enroll(std::uint64_t person, Cast& cast) {
+    SceneFilm film(enrolment(person), cast);
+    std::vector<Embedding> samples;
+    for (int pose = -1; pose < 9; ++pose) {
+        const TimeInterval at(pose + 0.5);
+        const auto picture = film.shoot({.at = at, .running = at + TimeInterval(0.5)}).picture;
+        const Size size = picture->extent();
+        const auto image = networks_->imaging.render(*picture, {0, 0, size.width, size.height}, 1);
+        if (!image || pose < 0) continue;
+        const auto seen = networks_->recognizer->recognise(
+            {.image = *image, .source = picture, .sourceSize = size, .timestamp = Date(at)},
+            std::nullopt);
+        if (seen) samples.push_back(seen->embedding);
+    }
+    if (auto mean = faceembedding::meanTemplate(samples)) enrolled_[person] = *std::move(mean);
+}
+
+void PackFigures::film(const Scene& scene, std::uint64_t person, Cast& cast) {
+    SceneFilm film(scene, cast);
+    for (int moment = -1; moment < momentsPerScene; ++moment) {
+        const TimeInterval at = moment < 0 ? -settling : betweenMoments * moment;
+        const auto shot = film.shoot({.at = at, .running = at + settling});
+        if (moment < 0) continue;
+        const Size size = shot.picture->extent();
+        const auto image =
+            networks_->imaging.render(*shot.picture, {0, 0, size.width, size.height}, 1);
+        if (!image) continue;
+        look({.camera = {.image = *image,
+                         .source = shot.picture,
+                         .sourceSize = size,
+                         .timestamp = Date(at)},
+              .truth = shot.truth},
+             scene, person);
+    }
+}
+
+void PackFigures::look(const SceneFrame& frame, const Scene& scene, std::uint64_t person) {
+    const Bitmap& image = frame.camera.image;
+    const Size& size = frame.camera.sourceSize;
+    const auto bgr = bgrMat(image);
+    if (!bgr) return;
+    const auto faces = networks_->finder->find(*bgr);
+    if (!faces) return;
+    const bool isAttack = !scene.props.empty();
+    bool isFalse = false;
+    for (const auto& face : *faces) {
+        const auto fits = [&](const FaceTruth& truth) {
+            return overlap(face.box, truth.box) > 0.25;
+        };
+        isFalse =
+            isFalse || (std::ranges::none_of(frame.truth.people, fits) &&
+                        std::ranges::none_of(frame.truth.heldUp, fits, &SceneTruth::HeldUp::face));
+    }
+    pictures_.add(isFalse);
+    for (const FaceTruth& truth : frame.truth.people) {
+        if (isAttack || !isClear(truth, size)) continue;
+        const auto face = std::ranges::max_element(
+            *faces, {}, [&](const auto& each) { return overlap(each.box, truth.box); });
+        const bool isFound = face != faces->end() && overlap(face->box, truth.box) > 0.4;
+        found_.add(isFound);
+        if (!isFound) continue;
+        const auto points = networks_->landmarks->find(*bgr, face->box);
+        if (!points) continue;
+        const double eyes = distance(truth.points[60], truth.points[72]);
+        double sum = 0;
+        for (std::size_t i = 0; i < points->size(); ++i)
+            sum += distance((*points)[i], truth.points[i]);
+        pointErrors_.push_back(sum / 98 / eyes);
+        if (const auto pose = headPose(*points, size)) {
+            yawErrors_.push_back(std::abs(degrees(double{pose->yaw} - truth.yaw)));
+            pitchErrors_.push_back(std::abs(degrees(double{pose->pitch} - truth.pitch)));
+        }
+    }
+
+    const auto seen = networks_->recognizer->recognise(frame.camera, std::nullopt);
+    if (!seen) return;
+    const Rect& box = seen->face.boundingBox;
+    const auto isSeen = [&](const FaceTruth& truth) { return overlap(box, truth.box) > 0.4; };
+    // Nobody else is alone in a scene.
+    const auto whom = std::ranges::find_if(frame.truth.people, isSeen);
+    if (!isAttack && whom != frame.truth.people.end() && whom->person == person) {
+        probes_.push_back({person, seen->embedding});
+    }
+    if (const auto pixels = RGBPixels::view(image)) {
+        if (const auto score = networks_->antiSpoof->score(*pixels, box)) {
+            live_[isAttack ? std::string(name(scene.props.front().kind)) : "living"].push_back(
+                double{score->live});
+        }
+    }
+}
+
+std::vector<PackFigures::Line> PackFigures::lines() const {
+    std::vector<Line> result;
+    const auto add = [&](std::string what, std::string value) {
+        result.push_back({std::move(what), std::move(value)});
+    };
+    add("faces found (" + std::to_string(found_.of) + ")", percent(found_.hits, found_.of));
+    add("pictures with a face that is none (" + std::to_string(pictures_.of) + ")",
+        percent(pictures_.hits, pictures_.of));
+    add("landmarks, error in parts of the eyes’ outer distance: median, 95 %",
+        percent(quantile(pointErrors_, 0.5), 1) + ", " + percent(quantile(pointErrors_, 0.95), 1));
+    add("yaw, error: median, 95 %",
+        number(quantile(yawErrors_, 0.5), 1) + "°, " + number(quantile(yawErrors_, 0.95), 1) + "°");
+    add("pitch, error: median, 95 %", number(quantile(pitchErrors_, 0.5), 1) + "°, " +
+                                          number(quantile(pitchErrors_, 0.95), 1) + "°");
+    std::vector<double> same;
+    std::vector<double> different;
+    for (const Probe& probe : probes_) {
+        for (const auto& [person, mean] : enrolled_) {
+            (person == probe.person ? same : different)
+                .push_back(double{faceembedding::cosine(probe.embedding, mean)});
+        }
+    }
+    add("same person (" + std::to_string(same.size()) + "): 1 %, 5 %, median",
+        number(quantile(same, 0.01)) + ", " + number(quantile(same, 0.05)) + ", " +
+            number(quantile(same, 0.5)));
+    add("different people (" + std::to_string(different.size()) + "): median, 95 %, 99 %, most",
+        number(quantile(different, 0.5)) + ", " + number(quantile(different, 0.95)) + ", " +
+            number(quantile(different, 0.99)) + ", " + number(quantile(different, 1)));
+    for (const MatchStrictness strictness : allMatchStrictnesses) {
+        const double bar{threshold(strictness)};
+        const auto below = [bar](double value) { return value < bar; };
+        const auto refused = std::ranges::count_if(same, below);
+        const auto confused =
+            static_cast<std::ptrdiff_t>(different.size()) - std::ranges::count_if(different, below);
+        add(std::string(displayName(strictness)) + ": refused, confused",
+            percent(static_cast<double>(refused), static_cast<double>(same.size())) + ", " +
+                percent(static_cast<double>(confused), static_cast<double>(different.size())));
+    }
+    for (const auto& [what, scores] : live_) {
+        add("real face, " + what + " (" + std::to_string(scores.size()) +
+                "): 5 %, median, 95 %; at least 0.7",
+            number(quantile(scores, 0.05)) + ", " + number(quantile(scores, 0.5)) + ", " +
+                number(quantile(scores, 0.95)) + "; " +
+                percent(static_cast<double>(std::ranges::count_if(
+                            scores, [](double value) { return value >= 0.7; })),
+                        static_cast<double>(scores.size())));
+    }
+    return result;
+}
+
+}  // namespace marrowby
