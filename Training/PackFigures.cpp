@@ -8,22 +8,15 @@
 #include "Platforms/Linux/OpenCvImaging.h"
 #include "Platforms/Linux/OpenCvNeuralModels.h"
 #include "Platforms/Linux/YuNetFaceFinder.h"
-#include "Rehearsal/People/Person.h"
-#include "Rehearsal/Scenes/SceneCatalogue.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
 #include "Unlock/ModelPack.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 #include "UnlockCore/Recognition/FaceRecognizer.h"
-#include "UnlockCore/Recognition/MatchStrictness.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
 
 #include <algorithm>
 #include <cmath>
-#include <iomanip>
-#include <numbers>
-#include <span>
-#include <sstream>
 #include <utility>
 
 #include <opencv2/core.hpp>
@@ -65,26 +58,6 @@ bool isClear(const FaceTruth& face, const Size& size) {
            face.box.width >= 40;
 }
 
-double quantile(std::vector<double> values, double part) {
-    if (values.empty()) return std::nan("");
-    std::ranges::sort(values);
-    return values[static_cast<std::size_t>(part * static_cast<double>(values.size() - 1) + 0.5)];
-}
-
-std::string number(double value, int digits = 2) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(digits) << value;
-    return text.str();
-}
-
-std::string percent(double hits, double of) {
-    return of > 0 ? number(100 * hits / of, 1) + " %" : "–";
-}
-
-double degrees(double radians) {
-    return radians * 180 / std::numbers::pi;
-}
-
 /// The pack of a folder; without a manifest that of the published networks.
 std::expected<ModelPack, std::string> packIn(const std::filesystem::path& folder) {
     std::error_code error;
@@ -103,7 +76,8 @@ std::expected<ModelPack, std::string> packIn(const std::filesystem::path& folder
 
 }  // namespace
 
-struct SceneFrame {
+/// One moment of a scene.
+struct PackFigures::Seen {
     const CameraFrame& camera;
     const SceneTruth& truth;
 };
@@ -149,12 +123,6 @@ std::expected<std::unique_ptr<PackFigures>, std::string> PackFigures::load(
     return std::unique_ptr<PackFigures>(new PackFigures(std::move(networks)));
 }
 
-void PackFigures::measure(std::uint64_t person, Cast& cast) {
-    enroll(person, cast);
-    for (const Scene& scene : sceneCatalogue(person))
-        film(scene, person, cast);
-}
-
 void PackFigures::enroll(std::uint64_t person, Cast& cast) {
     SceneFilm film(enrolment(person), cast);
     std::vector<Embedding> samples;
@@ -172,7 +140,7 @@ void PackFigures::enroll(std::uint64_t person, Cast& cast) {
     if (auto mean = faceembedding::meanTemplate(samples)) enrolled_[person] = *std::move(mean);
 }
 
-void PackFigures::film(const Scene& scene, std::uint64_t person, Cast& cast) {
+void PackFigures::measure(const Scene& scene, std::uint64_t person, Cast& cast) {
     SceneFilm film(scene, cast);
     for (int moment = -1; moment < momentsPerScene; ++moment) {
         const TimeInterval at = moment < 0 ? -settling : betweenMoments * moment;
@@ -191,7 +159,7 @@ void PackFigures::film(const Scene& scene, std::uint64_t person, Cast& cast) {
     }
 }
 
-void PackFigures::look(const SceneFrame& frame, const Scene& scene, std::uint64_t person) {
+void PackFigures::look(const Seen& frame, const Scene& scene, std::uint64_t person) {
     const Bitmap& image = frame.camera.image;
     const Size& size = frame.camera.sourceSize;
     const auto bgr = bgrMat(image);
@@ -208,13 +176,13 @@ void PackFigures::look(const SceneFrame& frame, const Scene& scene, std::uint64_
             isFalse || (std::ranges::none_of(frame.truth.people, fits) &&
                         std::ranges::none_of(frame.truth.heldUp, fits, &SceneTruth::HeldUp::face));
     }
-    pictures_.add(isFalse);
+    seen_.haunted.add(isFalse);
     for (const FaceTruth& truth : frame.truth.people) {
         if (isAttack || !isClear(truth, size)) continue;
         const auto face = std::ranges::max_element(
             *faces, {}, [&](const auto& each) { return overlap(each.box, truth.box); });
         const bool isFound = face != faces->end() && overlap(face->box, truth.box) > 0.4;
-        found_.add(isFound);
+        seen_.found.add(isFound);
         if (!isFound) continue;
         const auto points = networks_->landmarks->find(*bgr, face->box);
         if (!points) continue;
@@ -222,10 +190,10 @@ void PackFigures::look(const SceneFrame& frame, const Scene& scene, std::uint64_
         double sum = 0;
         for (std::size_t i = 0; i < points->size(); ++i)
             sum += distance((*points)[i], truth.points[i]);
-        pointErrors_.push_back(sum / 98 / eyes);
+        seen_.pointErrors.push_back(sum / 98 / eyes);
         if (const auto pose = headPose(*points, size)) {
-            yawErrors_.push_back(std::abs(degrees(double{pose->yaw} - truth.yaw)));
-            pitchErrors_.push_back(std::abs(degrees(double{pose->pitch} - truth.pitch)));
+            seen_.yawErrors.push_back(std::abs(double{pose->yaw} - truth.yaw));
+            seen_.pitchErrors.push_back(std::abs(double{pose->pitch} - truth.pitch));
         }
     }
 
@@ -240,58 +208,19 @@ void PackFigures::look(const SceneFrame& frame, const Scene& scene, std::uint64_
     }
     if (const auto pixels = RGBPixels::view(image)) {
         if (const auto score = networks_->antiSpoof->score(*pixels, box)) {
-            live_[isAttack ? std::string(name(scene.props.front().kind)) : "living"].push_back(
+            seen_.live[isAttack ? std::string(name(scene.props.front().kind)) : "living"].push_back(
                 double{score->live});
         }
     }
 }
 
-std::vector<PackFigures::Line> PackFigures::lines() const {
-    std::vector<Line> result;
-    const auto add = [&](std::string what, std::string value) {
-        result.push_back({std::move(what), std::move(value)});
-    };
-    add("faces found (" + std::to_string(found_.of) + ")", percent(found_.hits, found_.of));
-    add("pictures with a face that is none (" + std::to_string(pictures_.of) + ")",
-        percent(pictures_.hits, pictures_.of));
-    add("landmarks, error in parts of the eyes’ outer distance: median, 95 %",
-        percent(quantile(pointErrors_, 0.5), 1) + ", " + percent(quantile(pointErrors_, 0.95), 1));
-    add("yaw, error: median, 95 %",
-        number(quantile(yawErrors_, 0.5), 1) + "°, " + number(quantile(yawErrors_, 0.95), 1) + "°");
-    add("pitch, error: median, 95 %", number(quantile(pitchErrors_, 0.5), 1) + "°, " +
-                                          number(quantile(pitchErrors_, 0.95), 1) + "°");
-    std::vector<double> same;
-    std::vector<double> different;
+PackFigures::Figures PackFigures::figures() const {
+    Figures result = seen_;
     for (const Probe& probe : probes_) {
         for (const auto& [person, mean] : enrolled_) {
-            (person == probe.person ? same : different)
+            (person == probe.person ? result.same : result.different)
                 .push_back(double{faceembedding::cosine(probe.embedding, mean)});
         }
-    }
-    add("same person (" + std::to_string(same.size()) + "): 1 %, 5 %, median",
-        number(quantile(same, 0.01)) + ", " + number(quantile(same, 0.05)) + ", " +
-            number(quantile(same, 0.5)));
-    add("different people (" + std::to_string(different.size()) + "): median, 95 %, 99 %, most",
-        number(quantile(different, 0.5)) + ", " + number(quantile(different, 0.95)) + ", " +
-            number(quantile(different, 0.99)) + ", " + number(quantile(different, 1)));
-    for (const MatchStrictness strictness : allMatchStrictnesses) {
-        const double bar{threshold(strictness)};
-        const auto below = [bar](double value) { return value < bar; };
-        const auto refused = std::ranges::count_if(same, below);
-        const auto confused =
-            static_cast<std::ptrdiff_t>(different.size()) - std::ranges::count_if(different, below);
-        add(std::string(displayName(strictness)) + ": refused, confused",
-            percent(static_cast<double>(refused), static_cast<double>(same.size())) + ", " +
-                percent(static_cast<double>(confused), static_cast<double>(different.size())));
-    }
-    for (const auto& [what, scores] : live_) {
-        add("real face, " + what + " (" + std::to_string(scores.size()) +
-                "): 5 %, median, 95 %; at least 0.7",
-            number(quantile(scores, 0.05)) + ", " + number(quantile(scores, 0.5)) + ", " +
-                number(quantile(scores, 0.95)) + "; " +
-                percent(static_cast<double>(std::ranges::count_if(
-                            scores, [](double value) { return value >= 0.7; })),
-                        static_cast<double>(scores.size())));
     }
     return result;
 }

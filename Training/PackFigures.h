@@ -24,22 +24,11 @@ class PackFigures {
         const std::filesystem::path& folder);
     ~PackFigures();
 
-    /// All scenes of the catalogue with this person.
-    void measure(std::uint64_t person, Cast& cast);
+    /// Films the person's nine poses: later likenesses are to these too.
+    void enroll(std::uint64_t person, Cast& cast);
+    /// Films a scene that has this person in its main part.
+    void measure(const Scene& scene, std::uint64_t person, Cast& cast);
 
-    struct Line {
-        std::string what;
-        std::string value;
-    };
-    [[nodiscard]] std::vector<Line> lines() const;
-
-  private:
-    struct Networks;
-    /// An embedding of somebody's picture.
-    struct Probe {
-        std::uint64_t person = 0;
-        Embedding embedding;
-    };
     struct Counted {
         int of = 0;
         int hits = 0;
@@ -48,22 +37,41 @@ class PackFigures {
             hits += isHit ? 1 : 0;
         }
     };
+    struct Figures {
+        /// Of faces that are whole, near enough and not turned far away.
+        Counted found;
+        /// Of pictures those with a face found where none is.
+        Counted haunted;
+        /// Mean over the 98 points, in parts of the distance of the eyes' outer corners.
+        std::vector<double> pointErrors;
+        /// Radians.
+        std::vector<double> yawErrors;
+        std::vector<double> pitchErrors;
+        /// Cosines of a picture to the mean of somebody's nine.
+        std::vector<double> same;
+        std::vector<double> different;
+        /// The real-face network's probability, by what is before the camera: "living" or the
+        /// attack's name.
+        std::map<std::string, std::vector<double>> live;
+    };
+    [[nodiscard]] Figures figures() const;
+
+  private:
+    struct Networks;
+    struct Seen;
+    /// An embedding of somebody's picture.
+    struct Probe {
+        std::uint64_t person = 0;
+        Embedding embedding;
+    };
 
     explicit PackFigures(std::unique_ptr<Networks> networks);
-    void enroll(std::uint64_t person, Cast& cast);
-    void film(const Scene& scene, std::uint64_t person, Cast& cast);
-    void look(const struct SceneFrame& frame, const Scene& scene, std::uint64_t person);
+    void look(const Seen& seen, const Scene& scene, std::uint64_t person);
 
     std::unique_ptr<Networks> networks_;
-    Counted found_;
-    Counted pictures_;
-    std::vector<double> pointErrors_;
-    std::vector<double> yawErrors_;
-    std::vector<double> pitchErrors_;
+    Figures seen_;
     std::map<std::uint64_t, Embedding> enrolled_;
     std::vector<Probe> probes_;
-    /// By what was before the camera.
-    std::map<std::string, std::vector<double>> live_;
 };
 
 }  // namespace marrowby

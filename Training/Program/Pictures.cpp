@@ -15,13 +15,16 @@ namespace {
 using namespace marrowby;
 
 constexpr const char* usage =
-    "marrowby-training-pictures FOLDER CHUNKS\n"
-    "Draws ten people a chunk into FOLDER; chunks that are there already are left as they are.\n";
+    "marrowby-training-pictures FOLDER CHUNKS [PART PARTS]\n"
+    "Draws ten people a chunk into FOLDER; chunks that are there already are left as they are.\n"
+    "Of so many parts, to be drawn beside each other, only this one, counted from 0.\n";
 
 /// None of them among distinctPeople(), who are for measuring.
 constexpr std::uint64_t firstPerson = 100'000;
 constexpr std::uint64_t peoplePerChunk = 10;
 constexpr int facesPerPerson = 20;
+/// Scenes need fewer people than faces do.
+constexpr std::uint64_t chunksWithScenes = 40;
 constexpr int scenesPerPerson = 2;
 constexpr int momentsPerScene = 5;
 
@@ -36,7 +39,7 @@ std::expected<void, std::string> drawChunk(const std::filesystem::path& folder,
     const std::filesystem::path facesPath = folder / fileName("faces", chunk);
     const std::filesystem::path scenesPath = folder / fileName("scenes", chunk);
     // Written last.
-    if (std::filesystem::exists(scenesPath)) return {};
+    if (std::filesystem::exists(facesPath)) return {};
     PictureMaker maker(chunk + 1);
     RecordFile<records::Face> faces(facesPath);
     RecordFile<records::Scene> scenes(scenesPath);
@@ -46,36 +49,46 @@ std::expected<void, std::string> drawChunk(const std::filesystem::path& folder,
             faces.add(maker.face(firstPerson + first + i, static_cast<float>(first + i)));
         }
         const std::uint64_t other = first + (i + 1) % peoplePerChunk;
-        for (int scene = 0; scene < scenesPerPerson; ++scene) {
+        for (int scene = 0; chunk < chunksWithScenes && scene < scenesPerPerson; ++scene) {
             maker.scene(firstPerson + first + i, firstPerson + other, momentsPerScene,
                         [&](const records::Scene& record) { scenes.add(record); });
         }
     }
-    if (auto written = faces.finish(); !written) return written;
-    return scenes.finish();
+    if (chunk < chunksWithScenes) {
+        if (auto written = scenes.finish(); !written) return written;
+    }
+    return faces.finish();
 }
 
 }  // namespace
 
 int main(int argc, char* argv[]) {
     const std::vector<std::string> words(argv + 1, argv + argc);
-    std::uint64_t chunks = 0;
-    if (words.size() != 2 ||
-        std::from_chars(words[1].data(), words[1].data() + words[1].size(), chunks).ec !=
-            std::errc()) {
+    const auto number = [&words](std::size_t index, std::uint64_t otherwise) {
+        std::uint64_t value = otherwise;
+        if (index < words.size()) {
+            const std::string& word = words[index];
+            (void)std::from_chars(word.data(), word.data() + word.size(), value);
+        }
+        return value;
+    };
+    const std::uint64_t chunks = number(1, 0);
+    const std::uint64_t part = number(2, 0);
+    const std::uint64_t parts = number(3, 1);
+    if (chunks == 0 || parts == 0 || part >= parts) {
         std::cerr << usage;
         return EXIT_FAILURE;
     }
     std::error_code error;
     std::filesystem::create_directories(words[0], error);
     const auto began = std::chrono::steady_clock::now();
-    for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) {
+    for (std::uint64_t chunk = part; chunk < chunks; chunk += parts) {
         if (auto drawn = drawChunk(words[0], chunk); !drawn) {
             std::cerr << drawn.error() << '\n';
             return EXIT_FAILURE;
         }
         const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - began;
-        std::cout << "Pictures: " << chunk + 1 << " of " << chunks << " chunks, "
+        std::cout << "Pictures: chunk " << chunk + 1 << " of " << chunks << ", "
                   << static_cast<int>(passed.count()) << " s\n"
                   << std::flush;
     }

@@ -29,7 +29,7 @@ CARD = "for the rehearsal's made-up people; not for real faces"
 def export(role: str, network: torch.nn.Module, folder: Path) -> Path:
     """Writes the file of one role; opset 10, which OpenCV 4.6 reads throughout."""
     about = ROLES[role]
-    network.eval()
+    network.to(memory_format=torch.contiguous_format).eval()
     buffer = io.BytesIO()
     torch.onnx.export(network, tuple(torch.zeros(shape) for shape in about["inputs"].values()), buffer,
                       input_names=list(about["inputs"]), output_names=about["outputs"], opset_version=10)

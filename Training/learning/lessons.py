@@ -30,7 +30,7 @@ def inverted(matrices):
 
 
 class FinderLesson:
-    batch, steps, rate = 16, 3000, 2e-3
+    batch, steps, rate = 16, 2500, 2e-3
     width, height = 256, 192
     # Of sqrt(width × height), by stride; where two meet, both are to find the face.
     sizes = ((0, 44), (34, 96), (76, 1e9))
@@ -136,7 +136,7 @@ class FinderLesson:
 
 
 class LandmarksLesson:
-    batch, steps, rate = 64, 4000, 2e-3
+    batch, steps, rate = 64, 5000, 3e-3
     side = 112
 
     def __init__(self, folder: Path):
