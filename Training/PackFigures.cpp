@@ -36,10 +36,11 @@ constexpr float upright = 0.26F;
 Scene enrolment(std::uint64_t person) {
     const Performance plays = [](TimeInterval time) {
         const int pose = std::clamp(static_cast<int>(time.count()), 0, 8);
+        const int row = pose / 3;
         Stance stance;
         stance.head = {.position = {.x = 0, .y = 0.02F, .z = 0.55F},
                        .yaw = side * static_cast<float>(pose % 3 - 1),
-                       .pitch = upright * static_cast<float>(pose / 3 - 1)};
+                       .pitch = upright * static_cast<float>(row - 1)};
         stance.expression = {.gazeYaw = -stance.head.yaw, .gazePitch = -stance.head.pitch};
         return stance;
     };
@@ -85,8 +86,8 @@ struct PackFigures::Seen {
 struct PackFigures::Networks {
     OpenCvImaging imaging;
     OpenCvNeuralModels models;
-    std::optional<YuNetFaceFinder> finder;
-    std::optional<Landmarks98Network> landmarks;
+    std::unique_ptr<YuNetFaceFinder> finder;
+    std::unique_ptr<Landmarks98Network> landmarks;
     std::unique_ptr<OpenCvFaceVision> vision;
     std::unique_ptr<FaceRecognizer> recognizer;
     std::unique_ptr<MiniFASNet> antiSpoof;
@@ -102,10 +103,10 @@ std::expected<std::unique_ptr<PackFigures>, std::string> PackFigures::load(
     auto networks = std::make_unique<Networks>();
     auto finder = YuNetFaceFinder::load(folder / pack->finderFile);
     if (!finder) return std::unexpected(finder.error());
-    networks->finder = *std::move(finder);
+    networks->finder = std::make_unique<YuNetFaceFinder>(*std::move(finder));
     auto landmarks = Landmarks98Network::load(folder / pack->landmarksFile);
     if (!landmarks) return std::unexpected(landmarks.error());
-    networks->landmarks = *std::move(landmarks);
+    networks->landmarks = std::make_unique<Landmarks98Network>(*std::move(landmarks));
     auto vision = OpenCvFaceVision::load(folder / pack->finderFile, folder / pack->landmarksFile);
     if (!vision) return std::unexpected(vision.error());
     networks->vision = *std::move(vision);

@@ -110,6 +110,7 @@ float classOf(PropKind kind) {
 /// Shown and real faces, the largest first; of two at the same place only what is held before it.
 std::vector<SeenFace> seenFaces(const SceneTruth& truth) {
     std::vector<SeenFace> faces;
+    faces.reserve(truth.heldUp.size() + truth.people.size());
     for (const auto& held : truth.heldUp)
         faces.push_back({held.face, classOf(held.kind), held.kind});
     const std::size_t held = faces.size();
@@ -199,7 +200,8 @@ records::Scene record(const SceneFilm::Frame& frame, LightKind light, Chance& ch
         *to = isHard ? 1 : 0;
         if (i == 0 && !isHard) {
             numbers[1] = faces[i].kind;
-            numbers[2] = faces[i].attack ? static_cast<float>(*faces[i].attack) : -1;
+            const std::optional<PropKind>& attack = faces[i].attack;
+            if (attack) numbers[2] = static_cast<float>(*attack);
             std::uint8_t* crops = &result.bytes[records::Scene::pictureBytes];
             for (std::size_t box = 0; box < 2; ++box) {
                 const Rect found = jittered(face.box, chance);

@@ -18,7 +18,7 @@ TEST(RehearsalPackTest, findsKnowsAndTellsApartPeopleAndWhatIsHeldUp) {
     for (const std::uint64_t person : {3U, 12U}) {
         (*pack)->enroll(person, cast);
         for (const char* name : {"live-normal", "phone-photo"})
-            (*pack)->measure(*sceneNamed(name, person), person, cast);
+            (*pack)->measure(sceneNamed(name, person).value(), person, cast);
     }
     const PackFigures::Figures figures = (*pack)->figures();
     EXPECT_EQ(figures.found.of, 6);

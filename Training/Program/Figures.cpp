@@ -27,7 +27,8 @@ constexpr const char* usage =
 double quantile(std::vector<double> values, double part) {
     if (values.empty()) return std::nan("");
     std::ranges::sort(values);
-    return values[static_cast<std::size_t>(part * static_cast<double>(values.size() - 1) + 0.5)];
+    return values[static_cast<std::size_t>(
+        std::lround(part * static_cast<double>(values.size() - 1)))];
 }
 
 std::string number(double value, int digits = 2) {
@@ -122,6 +123,7 @@ int main(int argc, char* argv[]) {
     }
 
     std::vector<std::vector<Line>> columns;
+    columns.reserve(packs.size());
     for (const auto& pack : packs)
         columns.push_back(lines(pack->figures()));
     std::cout << "| of " << count << " people |";

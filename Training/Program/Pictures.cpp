@@ -24,7 +24,7 @@ constexpr std::uint64_t firstPerson = 100'000;
 constexpr std::uint64_t peoplePerChunk = 10;
 constexpr int facesPerPerson = 20;
 /// Scenes need fewer people than faces do.
-constexpr std::uint64_t chunksWithScenes = 40;
+constexpr std::uint64_t chunksWithScenes = 70;
 constexpr int scenesPerPerson = 2;
 constexpr int momentsPerScene = 5;
 
