@@ -240,9 +240,13 @@ class RealFaceLesson:
         crops = self.records.take("crops", picked)[np.arange(self.batch), dice.integers(0, 2, self.batch)]
         flips = dice.random(self.batch) < 0.5
         crops[flips] = crops[flips][:, :, :, ::-1]
-        gain = torch.from_numpy((np.exp(dice.uniform(-0.25, 0.25, (self.batch, 1)))
-                                 * np.exp(dice.uniform(-0.08, 0.08, (self.batch, 3)))).astype(np.float32))
-        seen = [(planes(crops[:, each]) * gain[:, :, None, None]).clamp(0, 255) for each in range(2)]
+        # Boxes lie a little elsewhere each time. Nothing is blurred: what is sharp tells.
+        shifts = dice.integers(-3, 4, (self.batch, 2))
+        crops = np.stack([np.roll(pair, tuple(shift), (1, 2)) for pair, shift in zip(crops, shifts)])
+        gain = np.exp(dice.uniform(-0.4, 0.4, (self.batch, 1)) + dice.uniform(-0.12, 0.12, (self.batch, 3)))
+        lift = dice.uniform(-15, 15, (self.batch, 1)) + dice.uniform(-4, 4, (self.batch, 3))
+        gain, lift = (torch.from_numpy(each.astype(np.float32))[:, :, None, None] for each in (gain, lift))
+        seen = [(planes(crops[:, each]) * gain + lift).clamp(0, 255) for each in range(2)]
         wanted = torch.from_numpy(classes)
         return sum(F.cross_entropy(scores, wanted, label_smoothing=0.02)
                    for scores in self.network.scores(*seen)) / 2

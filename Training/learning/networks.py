@@ -100,7 +100,7 @@ class RealFace(nn.Module):
     def branch():
         return nn.Sequential(
             Conv(3, 24, stride=2), Separable(24, 32), Separable(32, 48, 2), Separable(48, 48), Separable(48, 96, 2),
-            Separable(96, 96), Separable(96, 128, 2), Separable(128, 128), nn.AvgPool2d(5), nn.Conv2d(128, 3, 1))
+            Separable(96, 96), Separable(96, 128, 2), Separable(128, 128), nn.AvgPool2d(5), nn.Dropout(0.3), nn.Conv2d(128, 3, 1))
 
     def __init__(self):
         super().__init__()
