@@ -1,15 +1,16 @@
 #include "Platforms/Linux/PanelPainter.h"
 #include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/UnixSystemClock.h"
+#include "Platforms/Linux/X11LoginSession.h"
 #include "Platforms/Linux/X11WindowServer.h"
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Platforms/Linux/XcbConnection.h"
 #include "Rehearsal/ChildProcess.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/ScreenLocker.h"
-#include "Tests/Fakes/FakeLoginSession.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 #include "Unlock/LockScreenOverlayController.h"
+#include "UnlockCore/LockWatching/WindowServerLockState.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 
 #include <QGuiApplication>
@@ -49,12 +50,12 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
     QtLoopOf<QGuiApplication> loop;
     QtMainThread mainThread;
     UnixSystemClock clock;
-    FakeLoginSession session;
     std::optional<PrivateDesktop> desktop;
     std::unique_ptr<XcbConnection> connection;
     std::optional<ChildProcess> compositor;
     std::unique_ptr<ScreenLocker> locker;
     std::unique_ptr<XTestKeyEvents> user;
+    std::unique_ptr<X11LoginSession> session;
     std::unique_ptr<X11WindowServer> server;
     std::unique_ptr<LockScreen> lockScreen;
     std::unique_ptr<LockScreenOverlayController> controller;
@@ -65,12 +66,15 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
         desktop.emplace(std::move(*created));
         connection = std::move(*XcbConnection::create(desktop->displayName()));
         user = std::make_unique<XTestKeyEvents>(desktop->displayName());
+        session = std::move(*X11LoginSession::create(desktop->displayName()));
         server = std::make_unique<X11WindowServer>(desktop->displayName());
-        lockScreen = std::make_unique<LockScreen>(*server, session);
+        lockScreen = std::make_unique<LockScreen>(*server, *session);
         controller =
             std::make_unique<LockScreenOverlayController>(LockScreenOverlayController::Services{
                 .lockScreen = *lockScreen, .mainThread = mainThread, .clock = clock});
     }
+
+    [[nodiscard]] bool isLocked() const { return WindowServerLockState(*session).isLocked(); }
 
     void startCompositor() {
         auto started = ChildProcess::start(
@@ -156,10 +160,12 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
                     source->post({.code = shift[0], .down = false}));
     }
     void unlock() {
-        (void)keystrokeinjector::typePassword(
-            *user, {reinterpret_cast<const std::uint8_t*>(password.data()), password.size()},
-            [this] { return locker->isRunning(); })
-            .outcome();
+        const auto typed =
+            keystrokeinjector::typePassword(
+                *user, {reinterpret_cast<const std::uint8_t*>(password.data()), password.size()},
+                [this] { return isLocked(); })
+                .outcome();
+        EXPECT_TRUE(typed) << description(typed.error());
     }
 };
 
@@ -177,7 +183,6 @@ TEST_P(LockScreenOverlay, liesAboveTheLockerAndLeavesItAlone) {
     const QImage lockedScreen = screen();
     const xcb_window_t lockerWindow = pointedAt();
 
-    session.setLocked(true);
     controller->show(OverlayPhase::Closed{});
     letPass(TimeInterval(0.2));
     controller->show(OverlayPhase::Scanning{});
@@ -200,7 +205,7 @@ TEST_P(LockScreenOverlay, liesAboveTheLockerAndLeavesItAlone) {
     unlock();
     if (const char* folder = getenv("MARROWBY_PICTURES"))
         screen().save(QString(folder) + "/" + GetParam().name + "-typed.png");
-    EXPECT_TRUE(loop.runUntil([this] { return !locker->isRunning(); }));
+    EXPECT_TRUE(loop.runUntil([this] { return !isLocked(); }));
     controller->show(OverlayPhase::Leaving{});
     EXPECT_TRUE(loop.runUntil([&] { return screen() == before; }));
     if (const char* folder = getenv("MARROWBY_PICTURES")) {
