@@ -18,6 +18,7 @@
 #include "Rehearsal/SceneDirectory.h"
 #include "Rehearsal/SceneKeychain.h"
 #include "Rehearsal/SceneOwner.h"
+#include "Rehearsal/SceneSettings.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
 #include "Rehearsal/Scenes/SceneUser.h"
 #include "Rehearsal/Scenes/ScriptedCamera.h"
@@ -105,6 +106,7 @@ struct Stage::World {
     SceneKeychain keychain;
     SceneOwner owner{mainThread};
     SceneDirectory directory;
+    SceneSettings systemSettings;
     std::string loginPassword;
 
     // What the real session's buses say is nothing to the private desktop.
@@ -193,7 +195,8 @@ Stage::Result<void> Stage::World::setUp() {
                        .ownerAuthentication = owner,
                        .directory = directory,
                        .defaults = defaults,
-                       .keyEvents = keyEvents},
+                       .keyEvents = keyEvents,
+                       .systemSettings = systemSettings},
         UnlockModel::Resources{.dataBase = data.path(),
                                .bundleIdentifier = {},
                                .testTag = {},
@@ -204,7 +207,7 @@ Stage::Result<void> Stage::World::setUp() {
                                           .realFaceFile = realFaceFile}},
         UnlockModel::Callbacks{
             .onChange = {},
-            .onLog = [this](const std::string& line) { note(line); },
+            .onLog = [this](const LogLine& line) { note(line.text()); },
             .onAskToUpdatePassword =
                 [this] {
                     askedToUpdate = true;

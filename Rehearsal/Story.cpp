@@ -132,8 +132,12 @@ Ending enrolOwner(Stage& stage) {
         .then([&] {
             stage.setLoginPassword(loginPassword);
             stage.seatUser(owner());
-            return completed(stage, "the enrolment", TimeInterval(240), [&](auto completion) {
-                model.enroll("Owner", std::move(completion));
+            return completed(stage, "the enrolment", TimeInterval(240),
+                             [&](auto completion) { model.captureLook(std::move(completion)); });
+        })
+        .then([&] {
+            return completed(stage, "the face to be saved", shortly, [&](auto completion) {
+                model.saveCapturedLook("Owner", std::move(completion));
             });
         })
         .then([&] {
@@ -155,7 +159,7 @@ Ending enrolOwner(Stage& stage) {
             settings.scanSeconds = 10;
             model.apply(settings);
             model.wireEngine();
-            return check(model.isEnrolled() && model.hasPassword(),
+            return check(model.state().isEnrolled && model.state().hasPassword,
                          "The face or the password was not saved.");
         })
         .end("the face is enrolled from nine poses and the password is saved");

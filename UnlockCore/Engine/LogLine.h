@@ -10,11 +10,15 @@ namespace marrowby {
 struct LogLine {
     std::string_view start{};
     std::string_view middle{};
-    /// A name or a number.
+    /// A number.
     std::string detail{};
     std::string_view end{};
+    /// Of a person; last.
+    std::string name{};
 
-    [[nodiscard]] std::string text() const {
+    [[nodiscard]] std::string text() const { return withoutNames().append(name); }
+    /// For logs that others may read.
+    [[nodiscard]] std::string withoutNames() const {
         std::string text(start);
         return text.append(middle).append(detail).append(end);
     }
