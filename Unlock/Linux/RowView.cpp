@@ -15,6 +15,7 @@
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QScrollBar>
+#include <algorithm>
 #include <utility>
 
 namespace marrowby {
@@ -324,10 +325,8 @@ class LogView final : public RowView {
         layout->addWidget(lines_);
         lines_->setReadOnly(true);
         lines_->setTabChangesFocus(true);
-        lines_->setLineWrapMode(QPlainTextEdit::NoWrap);
         lines_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
         scaleFont(*lines_, 0.9);
-        lines_->setMinimumHeight(150);
         lines_->setAccessibleName(QStringLiteral("Log"));
         lines_->setFrameShape(QFrame::NoFrame);
         lines_->document()->setDocumentMargin(6);
@@ -346,6 +345,8 @@ class LogView final : public RowView {
         const int place = bar.value();
         lines_->setPlainText(all);
         bar.setValue(followsEnd ? bar.maximum() : place);
+        const auto height = static_cast<int>(std::clamp<std::size_t>(lines.size() + 1, 2, 10));
+        lines_->setFixedHeight(height * lines_->fontMetrics().lineSpacing() + 16);
     }
 
   private:
