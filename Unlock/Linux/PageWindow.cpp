@@ -230,26 +230,37 @@ void PageWindow::drawProblem(const std::string& problem) {
 /// Tab goes down the page, in whatever order its parts were made.
 void PageWindow::chainFocus() {
     QWidget* before = nullptr;
-    const auto append = [&before](QWidget* parent) {
-        for (auto* widget : parent->findChildren<QWidget*>()) {
-            // A list that opens is a window of its own.
-            if (widget->window() != parent->window() || widget->isHidden()) continue;
-            if (!(widget->focusPolicy() & Qt::TabFocus)) continue;
-            if (before != nullptr) QWidget::setTabOrder(before, widget);
-            before = widget;
-        }
-    };
-    for (RowView* row : content_->views())
-        append(row);
-    append(buttons_);
+    for (QWidget* widget : focusables()) {
+        if (before != nullptr) QWidget::setTabOrder(before, widget);
+        before = widget;
+    }
 }
 
+std::vector<QWidget*> PageWindow::focusables() const {
+    std::vector<QWidget*> found;
+    const auto append = [this, &found](const QWidget* parent) {
+        for (auto* widget : parent->findChildren<QWidget*>()) {
+            // A list that opens is a window of its own.
+            if (widget->window() != this || widget->isHidden()) continue;
+            if (widget->focusPolicy() & Qt::TabFocus) found.push_back(widget);
+        }
+    };
+    for (const RowView* row : content_->views())
+        append(row);
+    append(buttons_);
+    return found;
+}
+
+/// What is typed into, or else what Return presses, or else whatever comes first.
 void PageWindow::focusFirst() {
     for (const RowView* row : content_->views()) {
         if (QWidget* field = row->field()) return field->setFocus(Qt::TabFocusReason);
     }
     if (QPushButton* button = buttons_->defaultButton(); button != nullptr && button->isEnabled())
-        button->setFocus(Qt::OtherFocusReason);
+        return button->setFocus(Qt::OtherFocusReason);
+    for (QWidget* widget : focusables()) {
+        if (widget->isEnabled()) return widget->setFocus(Qt::TabFocusReason);
+    }
 }
 
 RowView* PageWindow::secretRow() const {

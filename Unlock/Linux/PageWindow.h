@@ -7,6 +7,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 class QLabel;
 class QPushButton;
@@ -48,6 +49,8 @@ class PageWindow final : public QDialog, private ControlSink {
     void draw(const WindowPage& page);
     void drawProblem(const std::string& problem);
     void chainFocus();
+    /// In the order of the page.
+    [[nodiscard]] std::vector<QWidget*> focusables() const;
     void focusFirst();
     [[nodiscard]] RowView* secretRow() const;
 

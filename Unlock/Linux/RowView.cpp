@@ -301,6 +301,7 @@ class GuideView final : public RowView {
         hint_->setWordWrap(true);
         hint_->setAlignment(Qt::AlignHCenter);
         scaleFont(*hint_, 1.15, true);
+        hint_->setObjectName(QStringLiteral("guide-hint"));
     }
     void show(const WindowRow& row) override {
         const auto& guide = std::get<WindowRow::Guide>(row);
