@@ -115,7 +115,7 @@ std::string of(Control control) {
     return " " + std::to_string(static_cast<int>(control)) + ".0";
 }
 
-TEST_F(PageWindowTest, TellsThePresenterWhatTheUserDoesAndNothingElse) {
+TEST_F(PageWindowTest, tellsThePresenterWhatTheUserDoesAndNothingElse) {
     presenter.shown = everything();
     show();
     presenter.shown.rows.front() = Row::Heading{"Another heading"};
@@ -155,7 +155,7 @@ TEST_F(PageWindowTest, TellsThePresenterWhatTheUserDoesAndNothingElse) {
                 ElementsAre("secret of 0" + of(Control::password), "press" + of(Control::goBack)));
 }
 
-TEST_F(PageWindowTest, KeepsFocusAndWhatWasTypedWhileThePageStays) {
+TEST_F(PageWindowTest, keepsFocusAndWhatWasTypedWhileThePageStays) {
     presenter.shown = everything();
     show();
     auto& name = control<QLineEdit>(Control::lookName);
@@ -187,7 +187,7 @@ TEST_F(PageWindowTest, KeepsFocusAndWhatWasTypedWhileThePageStays) {
     EXPECT_TRUE(control(Control::goForward).hasFocus());
 }
 
-TEST_F(PageWindowTest, ThePasswordArrivesAndLeavesNoTrace) {
+TEST_F(PageWindowTest, thePasswordArrivesAndLeavesNoTrace) {
     presenter.shown = everything();
     show();
     for (std::size_t i = 0; i < passwordSize; ++i)
