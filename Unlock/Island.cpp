@@ -45,10 +45,11 @@ constexpr double shakeWidth = 6;
 // Seconds.
 constexpr double growing = 0.3;
 constexpr double shrinking = 0.25;
-/// When the pill is wide enough for what is in it, and when all of that is there.
-constexpr double contentBegins = 0.2;
-constexpr double contentIsThere = 0.35;
-constexpr double tickIsDrawn = 0.55;
+/// Until a growing pill is wide enough for what is in it.
+constexpr double widening = 0.2;
+/// From then on.
+constexpr double appearing = 0.15;
+constexpr double ticking = 0.35;
 constexpr double shaking = 0.45;
 
 constexpr double turnsPerSecond = 0.8;
@@ -102,6 +103,7 @@ Size restingSize(const OverlayPhase& phase, const Size& notch) {
 /// Draws into the pill as it lies there.
 class Painter {
   public:
+    /// `now` counts from when there is anything in the pill.
     Painter(PanelDrawing& drawing, double now, double alpha)
         : drawing_(drawing), now_(now), alpha_(alpha) {}
 
@@ -157,7 +159,7 @@ class Painter {
         const Point low{.x = centre.x - 1.5, .y = centre.y + 5};
         const Point right{.x = centre.x + 6.5, .y = centre.y - 4.5};
         // The short stroke is a third of the way.
-        const double drawn = 3 * eased(part(now_, contentBegins, tickIsDrawn));
+        const double drawn = 3 * eased(part(now_, 0, ticking));
         Polyline tick{
             .points = {left, towards(left, low, drawn)}, .width = 3, .color = faded(green, alpha_)};
         if (drawn > 1) tick.points.push_back(towards(low, right, (drawn - 1) / 2));
@@ -245,10 +247,10 @@ struct Motion {
 
     bool operator()(const OverlayPhase::Failure&) { return now < shaking; }
     bool operator()(const OverlayPhase::Hidden&) { return false; }
-    bool operator()(const OverlayPhase::Closed&) { return now < contentIsThere; }
+    bool operator()(const OverlayPhase::Closed&) { return now < widening + appearing; }
     bool operator()(const OverlayPhase::Scanning&) { return true; }
     bool operator()(const OverlayPhase::Prompt&) { return true; }
-    bool operator()(const OverlayPhase::Success&) { return now < tickIsDrawn; }
+    bool operator()(const OverlayPhase::Success&) { return now < widening + ticking; }
     bool operator()(const OverlayPhase::Leaving&) { return now < shrinking; }
 };
 
@@ -313,7 +315,9 @@ PanelDrawing Island::drawing() const {
                                           .radius = radius,
                                           .color = pillColor});
 
-    const double alpha = part(now, contentBegins, contentIsThere);
+    const bool isWidening = begin.width < restingSize(phase, notch).width - 1;
+    const double shown = isWidening ? now - widening : now;
+    const double alpha = part(shown, 0, appearing);
     if (alpha <= 0) return drawing;
     const Rect room{.x = pill.x,
                     .y = pill.y + notch.height,
@@ -322,7 +326,7 @@ PanelDrawing Island::drawing() const {
     const std::string_view text = textOf(phase);
     Point icon = room.centre();
     if (!text.empty()) icon.x = room.x + inset + ringRadius;
-    Painter painter(drawing, now, alpha);
+    Painter painter(drawing, shown, alpha);
     std::visit(Content{.painter = painter, .icon = icon, .hasNotch = hasNotch}, phase);
     if (!text.empty()) {
         const double left = icon.x + ringRadius + inset;

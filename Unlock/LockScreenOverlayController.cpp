@@ -1,5 +1,6 @@
 #include "Unlock/LockScreenOverlayController.h"
 
+#include <utility>
 #include <variant>
 
 namespace marrowby {
@@ -77,7 +78,7 @@ void LockScreenOverlayController::hide() {
     timer_.reset();
     pointerWatch_.reset();
     if (!std::exchange(isShown_, false)) return;
-    window_->hide();
+    if (window_) window_->hide();
     content_->draw({});
 }
 

@@ -16,7 +16,7 @@ X11WindowServer::X11WindowServer(std::optional<std::string> displayName)
 std::unique_ptr<LockScreenPanel> X11WindowServer::makePanel(
     const PanelConfiguration& /*configuration*/, const Rect& frame,
     std::shared_ptr<PanelContent> content) {
-    if (!content || !panelpainter::canPaint() || !mainScreen()) return nullptr;
+    if (!displayName_ || !content || !panelpainter::canPaint() || !mainScreen()) return nullptr;
     return std::make_unique<X11Panel>(*displayName_, frame, std::move(content));
 }
 

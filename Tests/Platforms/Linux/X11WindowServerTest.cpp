@@ -64,6 +64,7 @@ TEST_F(X11WindowServerTest, aPanelSurvivesItsDisplayAndIsBackOnTheNext) {
     EXPECT_EQ(server->mainScreen(), std::nullopt);
     EXPECT_FALSE(server->makePanel({}, place, std::make_shared<PanelContent>()));
     EXPECT_FALSE(server->watchPointer([](const Point&) {}));
+    EXPECT_EQ(X11WindowServer(std::nullopt).mainScreen(), std::nullopt);
 
     ASSERT_TRUE(display->startAgain());
     content->draw({left});
@@ -94,13 +95,6 @@ TEST_F(X11WindowServerTest, tellsThePointersPlaceInPoints) {
     display->movePointer();
     ASSERT_TRUE(loop.runUntil([&] { return places.size() == 2; }));
     EXPECT_EQ(places[1], (Point{.x = 160.5, .y = 120}));
-}
-
-TEST_F(X11WindowServerTest, hasNothingWithoutADisplay) {
-    X11WindowServer none(std::nullopt);
-    EXPECT_EQ(none.mainScreen(), std::nullopt);
-    EXPECT_FALSE(none.makePanel({}, place, std::make_shared<PanelContent>()));
-    EXPECT_FALSE(none.watchPointer([](const Point&) {}));
 }
 
 TEST_F(X11WindowServerTest, paintsArcsClockwiseFromTheTopAndTextThatFits) {
