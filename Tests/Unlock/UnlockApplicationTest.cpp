@@ -1,5 +1,5 @@
+#include "Rehearsal/SceneWindows.h"
 #include "Tests/Unlock/FakeComputer.h"
-#include "Tests/Unlock/FakeWindows.h"
 #include "Unlock/UnlockApplication.h"
 #include "UnlockCore/Platform/LockNotifications.h"
 
@@ -62,9 +62,9 @@ class UnlockApplicationTest : public testing::Test, protected FakeComputer {
     }
     void nameAndPassword(std::string_view password) {
         EXPECT_EQ(windows.page().title, "Name this look");
-        windows.presenter().enter({WindowControl::lookName}, "Anna");
+        EXPECT_TRUE(windows.write("Anna"));
         EXPECT_TRUE(press("Continue"));
-        windows.typePassword(password);
+        windows.typeSecret(password);
         EXPECT_TRUE(press("Continue"));
     }
     void setUp() {
@@ -74,7 +74,7 @@ class UnlockApplicationTest : public testing::Test, protected FakeComputer {
         EXPECT_TRUE(press("Continue") && press("Done")) << windows.page().title;
     }
 
-    FakeWindows windows;
+    SceneWindows windows;
     std::vector<std::string> log;
     bool terminated = false;
     std::unique_ptr<UnlockApplication> application;
@@ -103,7 +103,7 @@ TEST_F(UnlockApplicationTest, leadsFromNothingToAnEngineThatRuns) {
 TEST_F(UnlockApplicationTest, neverSaysANameInTheLog) {
     UnlockJournal journal;
     journal.add({.start = "Recognised ", .name = "Anna"}, mainThread.now());
-    EXPECT_EQ(journal.entries().back().text, "Recognised ");
+    EXPECT_EQ(journal.entries().back().text, "Recognised");
     for (int i = 0; i < 1000; ++i)
         journal.add({.start = "Unlocked"}, mainThread.now());
     EXPECT_EQ(journal.entries().size(), UnlockJournal::capacity);
@@ -114,7 +114,7 @@ TEST_F(UnlockApplicationTest, waitsForTheOwnerAfterARestart) {
     start();
     reopen();
 
-    EXPECT_EQ(windows.front, Window::settings);
+    EXPECT_EQ(windows.front(), Window::settings);
     EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Needs Touch ID once this session");
     EXPECT_TRUE(application->model().state().identities.empty());
     lockScreen();
@@ -169,13 +169,13 @@ TEST_F(UnlockApplicationTest, keepsTheCapturedFaceUntilTheOwnerAndThePasswordAre
     EXPECT_EQ(windows.page().problem, "The password is empty.");
 
     directory.verdict = DirectoryError{"com.apple.OpenDirectory", 5000, "no"};
-    windows.typePassword("wrong");
+    windows.typeSecret("wrong");
     EXPECT_TRUE(press("Continue"));
     EXPECT_EQ(windows.page().problem, "That isn’t your Mac password.");
 
     directory.verdict.reset();
     owner.answer = std::unexpected(OwnerAuthenticationError{.code = -2, .message = "gone"});
-    windows.typePassword("secret");
+    windows.typeSecret("secret");
     EXPECT_TRUE(press("Continue"));
     EXPECT_EQ(windows.page().problem, "Touch ID was cancelled, so nothing was saved.");
     EXPECT_TRUE(files.files().empty());
@@ -183,7 +183,7 @@ TEST_F(UnlockApplicationTest, keepsTheCapturedFaceUntilTheOwnerAndThePasswordAre
     owner.answer = true;
     EXPECT_TRUE(press("Continue"));
     EXPECT_EQ(windows.page().problem, "The password is empty.") << "nothing typed is kept";
-    windows.typePassword("secret");
+    windows.typeSecret("secret");
     EXPECT_TRUE(press("Continue"));
     EXPECT_EQ(windows.page().title, "When should it look for you?");
     EXPECT_TRUE(application->model().state().isEnrolled);
@@ -256,7 +256,7 @@ TEST_F(UnlockApplicationTest, trustsAPasswordSavedAnewWithoutARestart) {
     reopen();
     EXPECT_TRUE(press("Update…"));
     EXPECT_EQ(windows.page().title, "Update your Mac password");
-    windows.typePassword("newer");
+    windows.typeSecret("newer");
     EXPECT_TRUE(press("Save"));
     EXPECT_FALSE(windows.isOpen(Window::welcome));
     EXPECT_TRUE(application->model().status().isReady());

@@ -16,11 +16,15 @@ struct LogLine {
     /// Of a person; last.
     std::string name{};
 
-    [[nodiscard]] std::string text() const { return withoutNames().append(name); }
+    [[nodiscard]] std::string text() const {
+        std::string text(start);
+        return text.append(middle).append(detail).append(end).append(name);
+    }
     /// For logs that others may read.
     [[nodiscard]] std::string withoutNames() const {
-        std::string text(start);
-        return text.append(middle).append(detail).append(end);
+        std::string text = LogLine{start, middle, detail, end, {}}.text();
+        if (text.ends_with(' ')) text.pop_back();
+        return text;
     }
 
     /// The sentence counts, not its pieces.
