@@ -7,6 +7,7 @@
 #include "Unlock/UnlockApplication.h"
 #include "UnlockCore/Enrollment/EnrollmentPose.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QLabel>
 #include <QSocketNotifier>
@@ -31,8 +32,9 @@ constexpr const char* realFaceFile = "MiniFASNet.onnx";
 constexpr const char* finderFile = "face_detection_yunet_2023mar.onnx";
 constexpr const char* landmarksFile = "Landmarks98.onnx";
 
-/// As often as the camera gives a picture.
+/// While a window is open, as often as the camera gives a picture.
 constexpr int observingMilliseconds = 66;
+constexpr int idleMilliseconds = 500;
 
 class SharedDirectory final : public Directory {
   public:
@@ -98,6 +100,16 @@ void eachVisibleWindow(const Visit& visit) {
     for (const QWidget* window : QApplication::topLevelWidgets())
         if (window->isVisible() && window->isWindow() && !window->windowTitle().isEmpty())
             visit(*window);
+}
+
+/// What assistive technology would say.
+std::string focused() {
+    const QWidget* widget = QApplication::focusWidget();
+    if (widget == nullptr) return {};
+    const auto* button = dynamic_cast<const QAbstractButton*>(widget);
+    const bool isSwitch = button != nullptr && button->isCheckable();
+    return widget->accessibleName().toStdString() +
+           (isSwitch ? button->isChecked() ? " (on)" : " (off)" : "");
 }
 
 }  // namespace
@@ -227,7 +239,10 @@ void StageSurroundings::observe() {
         if (hint != nullptr && user_)
             user_->heed(hintOf(hint->text().toStdString()), clock_->now() - sceneBegan_);
     });
+    observing_->setInterval(page.empty() ? idleMilliseconds : observingMilliseconds);
     if (page != std::exchange(page_, page)) say("page: " + page);
+    const std::string focus = focused();
+    if (focus != std::exchange(focus_, focus)) say("focus: " + focus);
     for (const UnlockJournal::Entry& entry : application_->journal().entries()) {
         if (entry.at <= lastEntry_) continue;
         lastEntry_ = entry.at;

@@ -23,7 +23,8 @@ namespace marrowby {
 ///
 /// Takes orders on the standard input, a line each: “seat N” (the Nth person, who follows the ring
 /// of the window), “scene NAME N”, “nobody”, “password TEXT”, “owner yes” and “owner no”. Says on
-/// the standard output what a window shows first (“page: TITLE”), and what the engine logs.
+/// the standard output what a window shows first (“page: TITLE”), what has the focus, and what the
+/// engine logs.
 class StageSurroundings final : public UnlockSurroundings {
   public:
     /// `networks`: the folder of the published networks.
@@ -61,6 +62,7 @@ class StageSurroundings final : public UnlockSurroundings {
     std::string unread_;
     std::unique_ptr<QTimer> observing_;
     std::string page_;
+    std::string focus_;
     Date lastEntry_;
 };
 
