@@ -312,18 +312,19 @@ void UnlockModel::wireEngine() {
 }
 
 UnlockReadiness UnlockModel::readiness() const {
-    return {.isEnabled = settings_.isEnabled,
-            .triggers = settings_.triggers,
-            .showsUI = settings_.showsAnimation,
-            .scanDuration = TimeInterval(static_cast<double>(settings_.scanSeconds)),
-            .vaultUnlocked = vault_.isUnlocked(),
-            .passwordSaved = credentialStore_.hasPassword(),
-            .accessibilityTrusted = platform_.keyEvents.isTrusted(),
-            .spaceKeyAccess = platform_.keyboards.hasListenAccess(),
-            .scan = {.cameraID = settings_.builtInDisplayCameraID,
-                     .identities = faceStore_.identities(),
-                     .threshold = threshold(settings_.strictness),
-                     .livenessMode = settings_.livenessMode}};
+    return {
+        .isEnabled = settings_.isEnabled,
+        .triggers = settings_.triggers,
+        .showsUI = settings_.showsAnimation,
+        .scanDuration = TimeInterval(static_cast<double>(settings_.scanSeconds)),
+        .vaultUnlocked = vault_.isUnlocked(),
+        .passwordSaved = credentialStore_.hasPassword(),
+        .accessibilityTrusted = platform_.keyEvents.isTrusted() && platform_.keyEvents.mayPost(),
+        .spaceKeyAccess = platform_.keyboards.hasListenAccess(),
+        .scan = {.cameraID = settings_.builtInDisplayCameraID,
+                 .identities = faceStore_.identities(),
+                 .threshold = threshold(settings_.strictness),
+                 .livenessMode = settings_.livenessMode}};
 }
 
 void UnlockModel::onVaultChanged() {

@@ -1,4 +1,4 @@
-#include "Platforms/Linux/OpenSslCipher.h"
+#include "Platforms/Posix/OpenSslCipher.h"
 #include "Tests/Fakes/FakeCaptureSession.h"
 #include "Tests/Fakes/FakeDefaultsStore.h"
 #include "Tests/Fakes/FakeDirectory.h"

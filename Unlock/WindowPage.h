@@ -1,0 +1,165 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace marrowby {
+
+/// A control of a window: what it is for.
+enum class WindowControl : std::uint8_t {
+    // Of the welcome window.
+    goBack,
+    goForward,
+    understood,
+    captureAgain,
+    lookName,
+    password,
+    // Of the settings window.
+    fix,
+    enabled,
+    openAtLogin,
+    returnTrigger,
+    spaceTrigger,
+    showsAnimation,
+    strictness,
+    livenessMode,
+    scanSeconds,
+    camera,
+    autoLock,
+    openVault,
+    addLook,
+    useLook,
+    removeLook,
+    updatePassword,
+    erase,
+    quit,
+    confirm,
+    cancel,
+    // Of either.
+    allowCamera,
+    openCameraSettings,
+    openAccessibilitySettings,
+};
+
+/// One control on one page; `item` tells those of a list apart.
+struct ControlID {
+    WindowControl control = WindowControl::goForward;
+    std::size_t item = 0;
+    friend bool operator==(const ControlID&, const ControlID&) = default;
+};
+
+struct WindowButton {
+    ControlID id;
+    std::string title;
+    bool isEnabled = true;
+    /// Return presses it.
+    bool isDefault = false;
+    /// What it does cannot be undone.
+    bool isDestructive = false;
+    friend bool operator==(const WindowButton&, const WindowButton&) = default;
+};
+
+namespace windowrow {
+
+struct Heading {
+    std::string text;
+    friend bool operator==(const Heading&, const Heading&) = default;
+};
+struct Text {
+    std::string text;
+    friend bool operator==(const Text&, const Text&) = default;
+};
+/// Where something stands, and the button that mends it.
+struct Status {
+    bool isGood = false;
+    std::string title;
+    std::string detail;
+    std::optional<WindowButton> fix;
+    friend bool operator==(const Status&, const Status&) = default;
+};
+struct Toggle {
+    ControlID id;
+    std::string title;
+    std::string detail;
+    bool isOn = false;
+    friend bool operator==(const Toggle&, const Toggle&) = default;
+};
+struct Choice {
+    ControlID id;
+    std::string title;
+    std::string detail;
+    std::vector<std::string> options;
+    std::size_t selected = 0;
+    friend bool operator==(const Choice&, const Choice&) = default;
+};
+struct Actions {
+    std::string title;
+    std::string detail;
+    std::vector<WindowButton> buttons;
+    friend bool operator==(const Actions&, const Actions&) = default;
+};
+struct TextField {
+    ControlID id;
+    std::string title;
+    std::string text;
+    friend bool operator==(const TextField&, const TextField&) = default;
+};
+/// At most one on a page.
+struct SecretField {
+    ControlID id;
+    std::string title;
+    friend bool operator==(const SecretField&, const SecretField&) = default;
+};
+/// The ring around the user's face while it is captured.
+struct Guide {
+    /// 0…1.
+    double progress = 0;
+    /// Where the guide points, in degrees from 0 for up, clockwise.
+    std::optional<double> direction;
+    std::string hint;
+    friend bool operator==(const Guide&, const Guide&) = default;
+};
+struct Log {
+    std::vector<std::string> lines;
+    friend bool operator==(const Log&, const Log&) = default;
+};
+
+}  // namespace windowrow
+
+/// One thing in a window, under the one before it.
+struct WindowRow
+    : std::variant<windowrow::Heading, windowrow::Text, windowrow::Status, windowrow::Toggle,
+                   windowrow::Choice, windowrow::Actions, windowrow::TextField,
+                   windowrow::SecretField, windowrow::Guide, windowrow::Log> {
+    using Heading = windowrow::Heading;
+    using Text = windowrow::Text;
+    using Status = windowrow::Status;
+    using Toggle = windowrow::Toggle;
+    using Choice = windowrow::Choice;
+    using Actions = windowrow::Actions;
+    using TextField = windowrow::TextField;
+    using SecretField = windowrow::SecretField;
+    using Guide = windowrow::Guide;
+    using Log = windowrow::Log;
+    using variant::variant;
+};
+
+/// All that a window shows. Whoever draws it decides nothing: two equal pages look alike, and a
+/// control keeps its focus while its id stays.
+struct WindowPage {
+    std::string title;
+    /// Under the title.
+    std::string detail;
+    std::vector<WindowRow> rows;
+    /// What went wrong last; empty where nothing did.
+    std::string problem;
+    /// At the foot, from left to right.
+    std::vector<WindowButton> buttons;
+    friend bool operator==(const WindowPage&, const WindowPage&) = default;
+};
+
+}  // namespace marrowby

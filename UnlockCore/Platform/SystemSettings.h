@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace marrowby {
+
+/// The system's own settings, and whether it opens the application with the session. Main thread.
+class SystemSettings {
+  public:
+    enum class Pane : std::uint8_t { camera, accessibility };
+
+    virtual ~SystemSettings() = default;
+    /// In words, for a sentence.
+    [[nodiscard]] virtual std::string location(Pane pane) const = 0;
+    /// False where there is nothing that could be opened.
+    virtual bool open(Pane pane) = 0;
+
+    [[nodiscard]] virtual bool opensAtLogin() const = 0;
+    /// False when the system refused.
+    virtual bool setOpensAtLogin(bool opens) = 0;
+};
+
+}  // namespace marrowby
