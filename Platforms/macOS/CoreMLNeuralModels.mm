@@ -15,7 +15,7 @@ namespace marrowby {
 
 namespace {
 
-static_assert(bgra32 == kCVPixelFormatType_32BGRA);
+static_assert(bgra32Code == kCVPixelFormatType_32BGRA);
 
 MLComputeUnits computeUnits(NeuralModels::ComputeUnits units) {
     switch (units) {
@@ -104,7 +104,7 @@ class ImageBuffers {
 
     CVReturn makePool(int width, int height) {
         NSDictionary* attributes = @{
-            name(kCVPixelBufferPixelFormatTypeKey) : @(bgra32),
+            name(kCVPixelBufferPixelFormatTypeKey) : @(bgra32Code),
             name(kCVPixelBufferWidthKey) : @(width),
             name(kCVPixelBufferHeightKey) : @(height),
             name(kCVPixelBufferIOSurfacePropertiesKey) : @{},

@@ -37,6 +37,6 @@ inline constexpr PixelFormat rgbx8{.alpha = PixelFormat::Alpha::skipLast};
 inline constexpr PixelFormat bgrx8{.alpha = PixelFormat::Alpha::skipFirst,
                                    .byteOrder = PixelFormat::ByteOrder::little32};
 /// What camera and network systems call buffers of blue, green, red and alpha: the code “BGRA”.
-inline constexpr std::uint32_t bgra32 = 0x42475241;
+inline constexpr std::uint32_t bgra32Code = 0x42475241;
 
 }  // namespace marrowby

@@ -21,7 +21,7 @@ enum class CaptureDeviceType { builtInWideAngleCamera, externalCamera, continuit
 enum class CapturePosition { unspecified, front };
 enum class CapturePreset { high };
 /// The value is the format’s four-character code.
-enum class CapturePixelFormat : std::uint32_t { bgra32 = marrowby::bgra32 };
+enum class CapturePixelFormat : std::uint32_t { bgra32 = bgra32Code };
 
 struct CaptureDeviceDescription {
     std::string uniqueID;

@@ -21,7 +21,7 @@ TEST(RenderPlan, takesWholePixelsInsideTheSource) {
              // Not scaled: as many pixels as are taken.
              Case{{10.4, 20.6, 100.2, 50}, 1, {{10, 21, 101, 50}, 101, 50}},
              // Scaled: as large as the part was before it was rounded.
-             Case{{10.4, 20.6, 100.2, 50}, 0.25, {{10, 21, 101, 50}, 25, 13}},
+             Case{{10.4, 20.6, 100.2, 50}, 0.75, {{10, 21, 101, 50}, 75, 37}},
              // Cut at the source's edges.
              Case{{-5, 1070, 20, 30}, 1, {{0, 1070, 15, 10}, 15, 10}},
              // Less than half a pixel is one, also at the far corner.
