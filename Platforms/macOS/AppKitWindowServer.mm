@@ -1,6 +1,7 @@
 #include "Platforms/macOS/AppKitWindowServer.h"
 
 #include "Platforms/macOS/FoundationText.h"
+#include "Platforms/macOS/PanelView.h"
 
 #include <array>
 #include <utility>
@@ -28,9 +29,53 @@ namespace marrowby {
 
 namespace {
 
-NSRect appKitRect(const Rect& rect) {
-    return NSMakeRect(rect.x, rect.y, rect.width, rect.height);
+constexpr NSTimeInterval pointerInterval = 0.2;
+
+/// Of the screen whose lower left corner is the origin of AppKit's plane.
+CGFloat mainHeight() {
+    return NSScreen.screens.firstObject.frame.size.height;
 }
+
+NSRect appKitRect(const Rect& rect) {
+    return NSMakeRect(rect.x, mainHeight() - rect.maxY(), rect.width, rect.height);
+}
+
+Size notchOf(NSScreen* screen) {
+    const CGFloat height = screen.safeAreaInsets.top;
+    if (height <= 0) return {};
+    return {.width = screen.frame.size.width - screen.auxiliaryTopLeftArea.size.width -
+                     screen.auxiliaryTopRightArea.size.width,
+            .height = height};
+}
+
+class PolledPointer final : public WindowServer::PointerWatch {
+  public:
+    explicit PolledPointer(std::function<void(const Point&)> onPlace) {
+        const auto call =
+            std::make_shared<const std::function<void(const Point&)>>(std::move(onPlace));
+        __block std::optional<Point> last;
+        timer_ =
+            [NSTimer timerWithTimeInterval:pointerInterval
+                                   repeats:YES
+                                     block:^(NSTimer*) {
+                                       const NSPoint place = NSEvent.mouseLocation;
+                                       const Point now{.x = place.x, .y = mainHeight() - place.y};
+                                       if (last == now) return;
+                                       last = now;
+                                       // It may end the watch.
+                                       const auto running = call;
+                                       (*running)(now);
+                                     }];
+        timer_.tolerance = pointerInterval / 2;
+        [NSRunLoop.mainRunLoop addTimer:timer_ forMode:NSRunLoopCommonModes];
+    }
+    PolledPointer(const PolledPointer&) = delete;
+    PolledPointer& operator=(const PolledPointer&) = delete;
+    ~PolledPointer() override { [timer_ invalidate]; }
+
+  private:
+    NSTimer* timer_;
+};
 
 NSPanel* configured(const PanelConfiguration& configuration, const Rect& frame) {
     NSPanel* const panel = [[MarrowbyLockScreenPanel alloc]
@@ -57,10 +102,20 @@ NSPanel* configured(const PanelConfiguration& configuration, const Rect& frame) 
 class AppKitPanel final : public LockScreenPanel {
   public:
     AppKitPanel(NSPanel* panel, std::shared_ptr<PanelContent> content)
-        : panel_(panel), content_(std::move(content)) {}
+        : panel_(panel), content_(std::move(content)) {
+        MarrowbyPanelView* const view = [[MarrowbyPanelView alloc] init];
+        panel_.contentView = view;
+        if (!content_) return;
+        content_->onChange(
+            [view, content = content_.get()] { [view showDrawing:content->drawing()]; });
+        [view showDrawing:content_->drawing()];
+    }
     AppKitPanel(const AppKitPanel&) = delete;
     AppKitPanel& operator=(const AppKitPanel&) = delete;
-    ~AppKitPanel() override { [panel_ close]; }
+    ~AppKitPanel() override {
+        if (content_) content_->onChange(nullptr);
+        [panel_ close];
+    }
 
     [[nodiscard]] std::int64_t windowNumber() const override { return panel_.windowNumber; }
     void setFrame(const Rect& frame) override { [panel_ setFrame:appKitRect(frame) display:NO]; }
@@ -121,6 +176,19 @@ class LoadedSkyLight final : public SkyLightFunctions {
 
 }  // namespace
 
+std::optional<ScreenGeometry> AppKitWindowServer::mainScreen() {
+    NSScreen* const screen = NSScreen.screens.firstObject;
+    if (!screen) return std::nullopt;
+    const NSSize size = screen.frame.size;
+    return ScreenGeometry{.frame = {.width = size.width, .height = size.height},
+                          .notch = notchOf(screen)};
+}
+
+std::unique_ptr<WindowServer::PointerWatch> AppKitWindowServer::watchPointer(
+    std::function<void(const Point&)> onPlace) {
+    return std::make_unique<PolledPointer>(std::move(onPlace));
+}
+
 std::int64_t AppKitWindowServer::shieldingWindowLevel() {
     return CGShieldingWindowLevel();
 }
@@ -131,8 +199,6 @@ std::unique_ptr<LockScreenPanel> AppKitWindowServer::makePanel(
     NSPanel* const panel =
         withoutExceptions<NSPanel*>(nil, [&] { return configured(configuration, frame); });
     if (!panel) return nullptr;
-    if (const auto* const filled = dynamic_cast<const AppKitPanelContent*>(content.get()))
-        panel.contentView = filled->view();
     return std::make_unique<AppKitPanel>(panel, std::move(content));
 }
 

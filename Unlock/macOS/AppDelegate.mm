@@ -72,7 +72,7 @@ NSMenu* mainMenu() {
 }
 
 - (void)applicationWillTerminate:(NSNotification*)__unused notification {
-    if (_mac) _mac->application().willTerminate();
+    if (_mac) _mac->willTerminate();
 }
 
 - (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)__unused application {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Kit/LockScreen.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Platforms/macOS/AVFoundationCaptureSession.h"
@@ -21,6 +22,7 @@
 #include "Platforms/macOS/UserDefaultsStore.h"
 #include "Platforms/macOS/VDspFourierTransform.h"
 #include "Platforms/macOS/VisionFaceVision.h"
+#include "Unlock/LockScreenOverlayController.h"
 #include "Unlock/UnlockApplication.h"
 #include "Unlock/macOS/AppKitApplicationWindows.h"
 
@@ -36,6 +38,8 @@ class MacApplication {
     MacApplication& operator=(const MacApplication&) = delete;
 
     [[nodiscard]] UnlockApplication& application() { return application_; }
+    /// Forgets the key and everything under way; its services stay for what still runs.
+    void willTerminate();
     /// The user is there to see a window.
     [[nodiscard]] bool isVisible() const;
 
@@ -68,6 +72,9 @@ class MacApplication {
     CoreGraphicsKeyEvents keyEvents_;
     AppKitSystemSettings systemSettings_;
     AppKitWindowServer windowServer_;
+    LockScreen lockScreen_{windowServer_, loginSession_};
+    LockScreenOverlayController island_{
+        {.lockScreen = lockScreen_, .mainThread = mainThread_, .clock = clock_}};
     AppKitApplicationWindows windows_;
     UnlockApplication application_;
 };

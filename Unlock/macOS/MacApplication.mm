@@ -59,6 +59,11 @@ MacApplication::MacApplication()
                    });
                }}) {}
 
+void MacApplication::willTerminate() {
+    island_.onHover = nullptr;
+    application_.willTerminate();
+}
+
 bool MacApplication::isVisible() const {
     return !UnlockLockState::isLocked(loginSession_.copyCurrentDictionary());
 }
@@ -87,7 +92,8 @@ UnlockPlatform MacApplication::platform() {
             .directory = directory_,
             .defaults = defaults_,
             .keyEvents = keyEvents_,
-            .systemSettings = systemSettings_};
+            .systemSettings = systemSettings_,
+            .presenter = &island_};
 }
 
 }  // namespace marrowby
