@@ -10,13 +10,32 @@
 #include <utility>
 #include <variant>
 
+/// Its views side by side on a card of their own.
+@interface MarrowbyCardView : NSStackView
+@end
+
+@implementation MarrowbyCardView
+
+- (void)drawRect:(NSRect)__unused dirtyRect {
+    constexpr CGFloat corner = 8;
+    NSBezierPath* const card =
+        [NSBezierPath bezierPathWithRoundedRect:NSInsetRect(self.bounds, 0.5, 0.5)
+                                        xRadius:corner
+                                        yRadius:corner];
+    [NSColor.controlBackgroundColor setFill];
+    [card fill];
+    [NSColor.separatorColor setStroke];
+    [card stroke];
+}
+
+@end
+
 namespace marrowby {
 
 namespace {
 
 using Window = std::weak_ptr<PageWindow>;
 
-constexpr CGFloat cardCorner = 8;
 constexpr CGFloat cardMargin = 12;
 constexpr CGFloat logHeight = 150;
 constexpr CGFloat fieldWidth = 240;
@@ -66,19 +85,11 @@ class CardRow : public PageRow {
         texts.alignment = NSLayoutAttributeLeading;
         texts.spacing = 2;
         [texts setHuggingPriority:1 forOrientation:NSLayoutConstraintOrientationHorizontal];
-        line_ = [NSStackView stackViewWithViews:@[ texts ]];
+        line_ = [MarrowbyCardView stackViewWithViews:@[ texts ]];
         line_.edgeInsets = NSEdgeInsetsMake(cardMargin, cardMargin, cardMargin, cardMargin);
         line_.spacing = cardMargin;
         line_.distribution = NSStackViewDistributionFill;
-        NSBox* const card = [[NSBox alloc] init];
-        card.boxType = NSBoxCustom;
-        card.cornerRadius = cardCorner;
-        card.fillColor = NSColor.controlBackgroundColor;
-        card.borderColor = NSColor.separatorColor;
-        card.titlePosition = NSNoTitle;
-        card.contentViewMargins = NSZeroSize;
-        card.contentView = line_;
-        setView(card);
+        setView(line_);
     }
 
     void lead(NSView* view) { [line_ insertArrangedSubview:view atIndex:0]; }
