@@ -9,11 +9,8 @@ PanelPlacement panelPlacement(const LockerTraces& traces, bool hasCompositor) {
     const bool hasXsecurelock = std::ranges::any_of(
         traces.windows,
         [](const LockerTraces::Window& window) { return window.className == "xsecurelock"; });
-    if (hasCompositor) {
-        // What is not opaque comes out white above it.
-        return hasXsecurelock ? PanelPlacement::shapedOnRoot : PanelPlacement::blendedOnRoot;
-    }
     if (hasXsecurelock) return PanelPlacement::nowhere;
+    if (hasCompositor) return PanelPlacement::blendedOnRoot;
     const auto holder = lockHolder(traces);
     return holder && holder->locker == KnownLocker::i3lock ? PanelPlacement::shapedInOverlay
                                                            : PanelPlacement::shapedOnRoot;

@@ -15,9 +15,10 @@ enum class PanelPlacement {
     nowhere,
 };
 
-/// The composite overlay window lies above i3lock, which else raises itself over everything, and
-/// belongs to xsecurelock wherever that runs: clipping it would break its screen. Lockers that we
-/// don't know may use it as well.
+/// The composite overlay window lies above i3lock, which else raises itself over everything.
+/// Unknown lockers may use it, and xsecurelock does: clipping it would break its screen. Nor is a
+/// panel shown above xsecurelock under a compositor, which would paint over its screen in white
+/// wherever the panel was or changed its shape.
 [[nodiscard]] PanelPlacement panelPlacement(const LockerTraces& traces, bool hasCompositor);
 
 }  // namespace marrowby

@@ -190,28 +190,24 @@ TEST_P(LockScreenOverlay, liesAboveTheLockerAndLeavesItAlone) {
     const OverlayPhase failed = OverlayPhase::Failure{UnlockFailure::NotRecognised{}};
     controller->show(failed);
     letPass(TimeInterval(1));
-    if (const char* folder = getenv("MARROWBY_PICTURES"))
-        screen().save(QString(folder) + "/" + GetParam().name + ".png");
     EXPECT_EQ(visiblePart(failed) > 0.99, GetParam().showsIsland) << visiblePart(failed);
     EXPECT_EQ(around(screen()), around(lockedScreen));
     EXPECT_EQ(pointedAt(), lockerWindow);
 
+    controller->show(OverlayPhase::Hidden{});
+    letPass(TimeInterval(0.5));
+    EXPECT_EQ(screen(), lockedScreen);
+    controller->show(failed);
+    letPass(TimeInterval(0.5));
+
     // Their dialogs come up, too.
     wake();
     letPass(TimeInterval(1.5));
-    if (const char* folder = getenv("MARROWBY_PICTURES"))
-        screen().save(QString(folder) + "/" + GetParam().name + "-woken.png");
     EXPECT_EQ(visiblePart(failed) > 0.99, GetParam().showsIsland) << visiblePart(failed);
     unlock();
-    if (const char* folder = getenv("MARROWBY_PICTURES"))
-        screen().save(QString(folder) + "/" + GetParam().name + "-typed.png");
     EXPECT_TRUE(loop.runUntil([this] { return !isLocked(); }));
     controller->show(OverlayPhase::Leaving{});
     EXPECT_TRUE(loop.runUntil([&] { return screen() == before; }));
-    if (const char* folder = getenv("MARROWBY_PICTURES")) {
-        screen().save(QString(folder) + "/" + GetParam().name + "-after.png");
-        before.save(QString(folder) + "/" + GetParam().name + "-before.png");
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -221,7 +217,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Scene{"xscreensaver", Kind::xscreensaver, false, true},
                     Scene{"xscreensaverBlended", Kind::xscreensaver, true, true},
                     Scene{"xsecurelock", Kind::xsecurelock, false, false},
-                    Scene{"xsecurelockBlended", Kind::xsecurelock, true, true}),
+                    Scene{"xsecurelockBlended", Kind::xsecurelock, true, false}),
     [](const auto& scene) { return std::string(scene.param.name); });
 
 }  // namespace
