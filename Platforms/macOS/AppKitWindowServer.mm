@@ -50,22 +50,15 @@ Size notchOf(NSScreen* screen) {
 
 class PolledPointer final : public WindowServer::PointerWatch {
   public:
-    explicit PolledPointer(std::function<void(const Point&)> onPlace) {
-        const auto call =
-            std::make_shared<const std::function<void(const Point&)>>(std::move(onPlace));
-        __block std::optional<Point> last;
-        timer_ =
-            [NSTimer timerWithTimeInterval:pointerInterval
-                                   repeats:YES
-                                     block:^(NSTimer*) {
-                                       const NSPoint place = NSEvent.mouseLocation;
-                                       const Point now{.x = place.x, .y = mainHeight() - place.y};
-                                       if (last == now) return;
-                                       last = now;
-                                       // It may end the watch.
-                                       const auto running = call;
-                                       (*running)(now);
-                                     }];
+    explicit PolledPointer(std::function<void(const Point&)> onPlace)
+        : onPlace_(std::make_shared<const std::function<void(const Point&)>>(std::move(onPlace))) {
+        timer_ = [NSTimer timerWithTimeInterval:pointerInterval
+                                        repeats:YES
+                                          block:^(NSTimer*) {
+                                            @autoreleasepool {
+                                                ask();
+                                            }
+                                          }];
         timer_.tolerance = pointerInterval / 2;
         [NSRunLoop.mainRunLoop addTimer:timer_ forMode:NSRunLoopCommonModes];
     }
@@ -74,6 +67,18 @@ class PolledPointer final : public WindowServer::PointerWatch {
     ~PolledPointer() override { [timer_ invalidate]; }
 
   private:
+    void ask() {
+        const NSPoint place = NSEvent.mouseLocation;
+        const Point now{.x = place.x, .y = mainHeight() - place.y};
+        if (last_ == now) return;
+        last_ = now;
+        // It may end the watch.
+        const auto running = onPlace_;
+        (*running)(now);
+    }
+
+    std::shared_ptr<const std::function<void(const Point&)>> onPlace_;
+    std::optional<Point> last_;
     NSTimer* timer_;
 };
 

@@ -46,10 +46,12 @@ class ManagerListening final : public KeyboardDevices::Listening {
         // The handler may end the listening: it and the manager stay until it returns.
         const auto* const self = static_cast<const ManagerListening*>(context);
         const auto handler = self->handler_;
-        const id manager = (__bridge id)self->manager_.get();
-        (*handler)({.usagePage = IOHIDElementGetUsagePage(element),
-                    .usage = IOHIDElementGetUsage(element),
-                    .value = IOHIDValueGetIntegerValue(value)});
+        NS_VALID_UNTIL_END_OF_SCOPE const id manager = (__bridge id)self->manager_.get();
+        @autoreleasepool {
+            (*handler)({.usagePage = IOHIDElementGetUsagePage(element),
+                        .usage = IOHIDElementGetUsage(element),
+                        .value = IOHIDValueGetIntegerValue(value)});
+        }
         (void)manager;
     }
 

@@ -20,6 +20,13 @@ Work kept(std::function<void()> work) {
     return std::make_shared<const std::function<void()>>(std::move(work));
 }
 
+/// With a pool of its own: AppKit's lasts from one event of the user to the next.
+void run(Work work) {
+    @autoreleasepool {
+        (*work)();
+    }
+}
+
 class WallClockTimer final : public MainThread::Timer {
   public:
     explicit WallClockTimer(dispatch_source_t source) : source_(source) {}
@@ -63,7 +70,7 @@ bool RunLoopMainThread::isCurrent() const {
 void RunLoopMainThread::post(std::function<void()> work) {
     const Work held = kept(std::move(work));
     CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopCommonModes, ^{
-      (*held)();
+      run(held);
     });
     CFRunLoopWakeUp(CFRunLoopGetMain());
 }
@@ -77,8 +84,7 @@ std::unique_ptr<MainThread::Timer> RunLoopMainThread::at(Date fireDate, TimeInte
     dispatch_source_set_timer(source, wallTime(fireDate), DISPATCH_TIME_FOREVER,
                               nanoseconds(tolerance));
     dispatch_source_set_event_handler(source, ^{
-      const Work running = held;
-      (*running)();
+      run(held);
     });
     dispatch_activate(source);
     return std::make_unique<WallClockTimer>(source);
@@ -91,8 +97,7 @@ std::unique_ptr<MainThread::Timer> RunLoopMainThread::every(TimeInterval interva
     NSTimer* const timer = [NSTimer timerWithTimeInterval:interval.count()
                                                   repeats:YES
                                                     block:^(NSTimer*) {
-                                                      const Work running = held;
-                                                      (*running)();
+                                                      run(held);
                                                     }];
     timer.tolerance = tolerance.count();
     [NSRunLoop.mainRunLoop addTimer:timer forMode:NSRunLoopCommonModes];
