@@ -18,6 +18,7 @@
 #include "Rehearsal/SceneDirectory.h"
 #include "Rehearsal/SceneKeychain.h"
 #include "Rehearsal/SceneOwner.h"
+#include "Rehearsal/SceneSettings.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
 #include "Rehearsal/Scenes/SceneUser.h"
 #include "Rehearsal/Scenes/ScriptedCamera.h"
@@ -105,6 +106,7 @@ struct Stage::World {
     SceneKeychain keychain;
     SceneOwner owner{mainThread};
     SceneDirectory directory;
+    SceneSettings systemSettings;
     std::string loginPassword;
 
     // What the real session's buses say is nothing to the private desktop.
@@ -124,7 +126,8 @@ struct Stage::World {
     ThreadWorkQueues queues;
     std::shared_ptr<ScriptedCamera> lookCamera;
     std::shared_ptr<ScriptedCamera> enrollmentCamera;
-    std::unique_ptr<UnlockModel> model;
+    SceneWindows windows;
+    std::unique_ptr<UnlockApplication> application;
 
     std::vector<std::string> log;
     std::size_t logRead = 0;
@@ -134,9 +137,9 @@ struct Stage::World {
     bool isLockAnnounced = false;
     std::optional<Date> wokenAt;
     std::optional<Date> typedAt;
-    bool askedToUpdate = false;
 
     [[nodiscard]] Result<void> setUp();
+    void startApplication();
     void film(const Scene& scene);
     void note(const std::string& line);
 };
@@ -170,7 +173,21 @@ Stage::Result<void> Stage::World::setUp() {
         });
     enrollmentCamera = std::make_shared<ScriptedCamera>(devices, clock);
 
-    model = std::make_unique<UnlockModel>(
+    windows.onGuide = [this, said = std::string()](const EnrollmentSession::Hint& hint) mutable {
+        const std::string sentence(text(hint));
+        if (sentence != said) transcript.scene("enrolment: “" + sentence + "”");
+        said = sentence;
+        if (user) user->heed(hint, clock.now() - sceneBegan);
+    };
+    startApplication();
+    session.start();
+    if (fault) return std::unexpected(*fault);
+    return {};
+}
+
+void Stage::World::startApplication() {
+    application.reset();
+    application = std::make_unique<UnlockApplication>(
         UnlockPlatform{.mainThread = mainThread,
                        .clock = clock,
                        .queues = queues,
@@ -193,7 +210,8 @@ Stage::Result<void> Stage::World::setUp() {
                        .ownerAuthentication = owner,
                        .directory = directory,
                        .defaults = defaults,
-                       .keyEvents = keyEvents},
+                       .keyEvents = keyEvents,
+                       .systemSettings = systemSettings},
         UnlockModel::Resources{.dataBase = data.path(),
                                .bundleIdentifier = {},
                                .testTag = {},
@@ -202,24 +220,10 @@ Stage::Result<void> Stage::World::setUp() {
                                           .embedderFile = embedderFile,
                                           .embedderIdentifier = embedderIdentifier,
                                           .realFaceFile = realFaceFile}},
-        UnlockModel::Callbacks{
-            .onChange = {},
-            .onLog = [this](const std::string& line) { note(line); },
-            .onAskToUpdatePassword =
-                [this] {
-                    askedToUpdate = true;
-                    transcript.scene("the application asks to update the saved password");
-                },
-            .onEnrollmentProgress =
-                [this, said = std::string()](const EnrollmentSession& enrollment) mutable {
-                    const std::string hint(text(enrollment.hint()));
-                    if (hint != said) transcript.scene("enrolment: “" + hint + "”");
-                    said = hint;
-                    if (user) user->heed(enrollment.hint(), clock.now() - sceneBegan);
-                }});
-    session.start();
-    if (fault) return std::unexpected(*fault);
-    return {};
+        windows,
+        UnlockApplication::Hooks{.log = [this](const std::string& line) { note(line); },
+                                 .terminate = [] {}});
+    application->didFinishLaunching({.isAtLogin = true, .isVisible = true});
 }
 
 // A film for each camera, as they may run at the same time.
@@ -272,7 +276,25 @@ Transcript& Stage::transcript() {
 }
 
 UnlockModel& Stage::model() {
-    return *world_->model;
+    return world_->application->model();
+}
+
+SceneWindows& Stage::windows() {
+    return world_->windows;
+}
+
+Stage::Result<void> Stage::openApplication() {
+    world_->transcript.scene("the application is opened");
+    world_->application->shouldHandleReopen();
+    return waitUntil("a window", TimeInterval(5), [this] {
+        return world_->windows.isOpen(UnlockOpening::Window::welcome) ||
+               world_->windows.isOpen(UnlockOpening::Window::settings);
+    });
+}
+
+void Stage::restartApplication() {
+    world_->transcript.scene("the application ends and is started again");
+    world_->startApplication();
 }
 
 void Stage::putInFront(const Scene& scene) {
@@ -294,7 +316,6 @@ void Stage::setLoginPassword(std::string_view password) {
 }
 
 Stage::Result<void> Stage::lockScreen() {
-    world_->askedToUpdate = false;
     world_->transcript.scene("somebody locks the screen (i3lock)");
     if (auto locked = world_->locker.lock(world_->loginPassword); !locked) return locked;
     return waitUntil("the lock to be announced", lockAnnouncement,
@@ -384,10 +405,6 @@ Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit)
 std::vector<std::string> Stage::takeLog() {
     world_->logRead = 0;
     return std::exchange(world_->log, {});
-}
-
-bool Stage::wasAskedToUpdatePassword() const {
-    return world_->askedToUpdate;
 }
 
 std::optional<Stage::RoadTimes> Stage::roadTimes() const {

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "Rehearsal/SceneWindows.h"
 #include "Rehearsal/Scenes/Scene.h"
 #include "Rehearsal/Transcript.h"
-#include "Unlock/UnlockModel.h"
+#include "Unlock/UnlockApplication.h"
 #include "UnlockCore/Foundation/Time.h"
 
 #include <cstddef>
@@ -35,6 +36,11 @@ class Stage {
 
     [[nodiscard]] Transcript& transcript();
     [[nodiscard]] UnlockModel& model();
+    [[nodiscard]] SceneWindows& windows();
+    /// The user opens the application; returns when its window is there.
+    [[nodiscard]] Result<void> openApplication();
+    /// Ends the application and starts it anew, on what it saved.
+    void restartApplication();
 
     /// What is in front of the camera from now on.
     void putInFront(const Scene& scene);
@@ -65,8 +71,6 @@ class Stage {
     /// Engine lines since the last call of this.
     std::vector<std::string> takeLog();
 
-    /// Whether the application asked to update the password since the screen was locked last.
-    [[nodiscard]] bool wasAskedToUpdatePassword() const;
     /// From the last wake, and from the first frame after it, to the end of typing; nothing before.
     struct RoadTimes {
         TimeInterval fromWake{};

@@ -72,16 +72,26 @@ Step show(Stage& stage, std::string_view scene, std::uint64_t person) {
     return {};
 }
 
-/// Waits for something that the model completes.
-Step completed(Stage& stage, std::string_view what, TimeInterval limit,
-               const std::function<void(UnlockModel::Completion)>& begin) {
-    const auto result = std::make_shared<std::optional<Step>>();
-    begin([result](const Step& outcome) { *result = outcome; });
-    if (auto waited = stage.waitUntil(what, limit, [&result] { return result->has_value(); });
-        !waited) {
-        return waited;
-    }
-    return result->value_or(Step());
+/// Does something in the window in front, and waits for the page that follows.
+Step onPage(Stage& stage, std::string_view next, const std::function<bool(SceneWindows&)>& work,
+            TimeInterval limit = shortly) {
+    SceneWindows& windows = stage.windows();
+    const std::string title = windows.page().title;
+    if (!work(windows)) return std::unexpected("The page “" + title + "” lacks a control.");
+    return stage.waitUntil(
+        "the page “" + std::string(next) + "” after “" + title + "”", limit,
+        [&] { return windows.isOpen(windows.front()) && windows.page().title == next; });
+}
+
+bool pressContinue(SceneWindows& windows) {
+    return windows.press("Continue");
+}
+
+/// Until the window in front has closed.
+Step windowCloses(Stage& stage) {
+    SceneWindows& windows = stage.windows();
+    return stage.waitUntil("the window to close", shortly,
+                           [&] { return !windows.isOpen(windows.front()); });
 }
 
 Step lockScreen(Stage& stage) {
@@ -126,39 +136,48 @@ std::string milliseconds(TimeInterval interval) {
     return text.str();
 }
 
-Ending enrolOwner(Stage& stage) {
-    UnlockModel& model = stage.model();
+Ending setUp(Stage& stage) {
     return Steps()
         .then([&] {
             stage.setLoginPassword(loginPassword);
             stage.seatUser(owner());
-            return completed(stage, "the enrolment", TimeInterval(240), [&](auto completion) {
-                model.enroll("Owner", std::move(completion));
+            return stage.openApplication();
+        })
+        .then([&] { return onPage(stage, "What it keeps, and how safe it is", pressContinue); })
+        .then([&] {
+            return onPage(stage, "Allow the camera", [](SceneWindows& windows) {
+                return windows.toggle("I understand", true) && windows.press("Continue");
+            });
+        })
+        .then([&] { return onPage(stage, "Allow typing your password", pressContinue); })
+        .then([&] { return onPage(stage, "Save your face", pressContinue); })
+        .then([&] {
+            return stage.waitUntil("the enrolment", TimeInterval(240), [&] {
+                return stage.windows().page().title == "Name this look";
             });
         })
         .then([&] {
-            return completed(stage, "the password to be saved", shortly, [&](auto completion) {
-                const std::span bytes(reinterpret_cast<const std::uint8_t*>(loginPassword.data()),
-                                      loginPassword.size());
-                auto password = SecretBytes::copyOf(bytes);
-                if (!password) {
-                    completion(std::unexpected(std::string(description(password.error()))));
-                    return;
-                }
-                model.savePassword(std::move(*password), std::move(completion));
+            return onPage(stage, "Save your Mac password", [](SceneWindows& windows) {
+                return windows.write("Owner") && windows.press("Continue");
             });
         })
         .then([&] {
-            UnlockSettings settings = model.settings();
-            settings.isEnabled = true;
+            return onPage(stage, "When should it look for you?", [](SceneWindows& windows) {
+                return windows.typeSecret(loginPassword) && windows.press("Continue");
+            });
+        })
+        .then([&] { return onPage(stage, "That’s it", pressContinue); })
+        .then(
+            [&] { return check(stage.windows().press("Done"), "The welcome window has no end."); })
+        .then([&] { return windowCloses(stage); })
+        .then([&] {
+            UnlockSettings settings = stage.model().settings();
             // Patient also with a slow machine.
             settings.scanSeconds = 10;
-            model.apply(settings);
-            model.wireEngine();
-            return check(model.isEnrolled() && model.hasPassword(),
-                         "The face or the password was not saved.");
+            stage.model().apply(settings);
+            return check(stage.model().status().isReady(), "The application isn’t ready.");
         })
-        .end("the face is enrolled from nine poses and the password is saved");
+        .end("led through the welcome window: the face from nine poses, and the password");
 }
 
 Ending ownerComesBack(Stage& stage) {
@@ -167,7 +186,7 @@ Ending ownerComesBack(Stage& stage) {
             .then([&] { return lockScreen(stage); })
             .then([&] { return show(stage, "live-normal", owner()); })
             .then([&] { return comeBack(stage); })
-            .then([&] { return stage.waitForLog("Recognised Owner", aLook); })
+            .then([&] { return stage.waitForLog("Recognised", aLook); })
             .then([&] { return stage.waitForLog("Typed the password and Return", aLook); })
             .then([&] { return stage.waitForLog("Unlocked", passwordCheck); })
             .then([&] { return stage.waitForUnlock(shortly); })
@@ -230,20 +249,89 @@ Ending passwordIsOutOfDate(Stage& stage) {
         })
         .then([&] { return unlockByHand(stage, changedPassword); })
         .then([&] {
-            return stage.waitUntil("the request to update the password", shortly,
-                                   [&] { return stage.wasAskedToUpdatePassword(); });
+            return stage.waitUntil("the request to update the password", shortly, [&] {
+                return stage.windows().isOpen(UnlockOpening::Window::welcome);
+            });
         })
-        .end("turned down twice, typing suspended, the owner asked to update the password");
+        .then([&] {
+            const bool saved =
+                stage.windows().typeSecret(changedPassword) && stage.windows().press("Save");
+            return check(saved, "The window doesn’t ask for the password.");
+        })
+        .then([&] { return windowCloses(stage); })
+        .then([&] {
+            return check(!stage.model().settings().passwordHealth.suspended,
+                         "Typing is still suspended.");
+        })
+        .end("turned down twice, typing suspended; the owner was asked for the new password");
+}
+
+Ending computerRestarts(Stage& stage) {
+    return Steps()
+        .then([&] {
+            stage.restartApplication();
+            return check(!stage.model().state().vaultUnlocked, "The key outlived the restart.");
+        })
+        .then([&] { return lockScreen(stage); })
+        .then([&] { return show(stage, "live-normal", owner()); })
+        .then([&] {
+            stage.sleepDisplays();
+            return stage.letPass(TimeInterval(0.5));
+        })
+        .then([&] {
+            stage.wakeDisplays();
+            return stage.letPass(TimeInterval(2));
+        })
+        .then([&] { return stayedLocked(stage); })
+        .then([&] { return unlockByHand(stage, changedPassword); })
+        .then([&] { return stage.openApplication(); })
+        .then([&] {
+            return check(stage.windows().press("Use Touch ID…"), "The owner isn’t asked for.");
+        })
+        .then([&] {
+            return stage.waitUntil("the owner’s confirmation", shortly,
+                                   [&] { return stage.model().status().isReady(); });
+        })
+        .then([&] {
+            stage.windows().closeByUser();
+            return lockScreen(stage);
+        })
+        .then([&] { return comeBack(stage); })
+        .then([&] { return stage.waitForLog("Unlocked", aLook); })
+        .then([&] { return stage.waitForUnlock(shortly); })
+        .end("no look before the owner confirmed once; then unlocked with what was saved");
+}
+
+Ending everythingIsErased(Stage& stage) {
+    return Steps()
+        .then([&] { return stage.openApplication(); })
+        .then([&] {
+            return onPage(stage, "Erase everything?",
+                          [](SceneWindows& windows) { return windows.press("Erase Everything…"); });
+        })
+        .then([&] {
+            return onPage(stage, "Marrowby Unlock",
+                          [](SceneWindows& windows) { return windows.press("Erase"); });
+        })
+        .then([&] {
+            const UnlockModel::State& state = stage.model().state();
+            return check(
+                !state.isEnrolled && !state.hasPassword && !state.vaultUnlocked && !state.problem,
+                "Something is still saved.");
+        })
+        .end("face, password and key are gone");
 }
 
 }  // namespace
 
 std::vector<Act> acts() {
-    return {{"The owner is enrolled", enrolOwner},
+    return {{"The owner sets it up", setUp},
             {"The owner comes back", ownerComesBack},
             {"A stranger comes", strangerComes},
             {"Somebody holds up the owner’s photo on a phone", photoIsHeldUp},
-            {"The login password was changed elsewhere", passwordIsOutOfDate}};
+            {"The login password was changed elsewhere", passwordIsOutOfDate},
+            {"The computer restarts", computerRestarts},
+            {"The owner erases everything", everythingIsErased}};
 }
 
 }  // namespace marrowby

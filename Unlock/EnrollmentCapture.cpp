@@ -12,6 +12,9 @@ namespace {
 /// built-in camera is 150 to 250 wide; below this the 112-pixel crop would be enlarged.
 constexpr double nearestFaceWidth = 80;
 
+/// A slow camera takes three seconds to its first picture.
+constexpr TimeInterval longestSilence{5};
+
 using Seen = std::expected<EnrollmentFrame, FaceRecognitionError>;
 
 EnrollmentFrame seenFace(FaceRecognition recognition) {
@@ -77,11 +80,18 @@ std::expected<void, CameraError> EnrollmentCapture::start(
             }
         });
     });
-    return services_.camera.start(cameraID);
+    auto started = services_.camera.start(cameraID);
+    if (started) {
+        heartbeat_ = services_.mainThread.every(longestSilence, TimeInterval(0.5), [this] {
+            if (!std::exchange(hasSeenFrame_, false)) fail("The camera stopped sending pictures.");
+        });
+    }
+    return started;
 }
 
 void EnrollmentCapture::observe(const EnrollmentFrame& frame, Date time) {
     if (isOver_) return;
+    hasSeenFrame_ = true;
     if (!session_) session_.emplace(time);
     session_->observe(frame, time);
     const std::weak_ptr alive(self_);

@@ -55,6 +55,10 @@ class EnrollmentCapture {
     Callbacks callbacks_;
     std::optional<EnrollmentSession> session_;
     bool isOver_ = false;
+    /// Since the heartbeat's last beat.
+    bool hasSeenFrame_ = false;
+    /// A camera that vanishes only stops sending.
+    std::unique_ptr<MainThread::Timer> heartbeat_;
     /// Ends the callbacks that are still on their way when this goes.
     std::shared_ptr<EnrollmentCapture*> self_;
 };

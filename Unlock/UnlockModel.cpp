@@ -16,6 +16,7 @@
 #include "UnlockCore/PasswordEntry/TypablePassword.h"
 #include "UnlockCore/Recognition/MatchStrictness.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
+#include "UnlockCore/Storage/UnlockDataEraser.h"
 
 #include <optional>
 #include <utility>
@@ -29,10 +30,19 @@ using Event = UnlockCoordinator::Event;
 
 constexpr const char* openSavedReason = "open your saved face and Mac password";
 constexpr const char* savePasswordReason = "save your Mac password";
+constexpr const char* saveBothReason = "save your face and Mac password";
+
+std::string sentence(const StorageError& error) {
+    if (std::holds_alternative<OwnerCheckError>(error) &&
+        std::holds_alternative<OwnerCheckError::Cancelled>(std::get<OwnerCheckError>(error))) {
+        return "Touch ID was cancelled, so nothing was saved.";
+    }
+    return description(error);
+}
 
 std::expected<void, std::string> sentence(const std::expected<void, StorageError>& result) {
     if (result) return {};
-    return std::unexpected(description(result.error()));
+    return std::unexpected(sentence(result.error()));
 }
 
 /// Why a checked password is not saved; nothing for the right one.
@@ -95,22 +105,24 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
       spaceKeys(platform.keyboards, ownKeystrokes),
       activity(inputIdle, platform.mainThread, platform.clock),
       clock(platform.clock, platform.mainThread),
-      coordinator(model.settings_.passwordHealth,
+      coordinator(model.settings().passwordHealth,
                   {.lockState = std::make_shared<WindowServerLockState>(platform.loginSession),
                    .scanner = scanner,
                    .typer = typer,
-                   .presenter = nullptr,
+                   .presenter = platform.presenter,
                    .spaceKeys = spaceKeys,
                    .activity = activity,
                    .clock = clock,
                    .readiness = [&model] { return model.readiness(); }}),
       autoLocker(
-          model.vault_, [&model] { return length(model.settings_.autoLock); }, platform.mainThread,
+          model.vault_, [&model] { return length(model.settings().autoLock); }, platform.mainThread,
           platform.clock) {
     coordinator.setCallbacks({.onHealthChange =
                                   [&model](const PasswordHealth& health) {
-                                      model.settings_.passwordHealth = health;
-                                      model.settings_.save(model.platform_.defaults);
+                                      UnlockSettings settings = model.settings();
+                                      settings.passwordHealth = health;
+                                      model.store(std::move(settings));
+                                      model.publish();
                                   },
                               .onAskToUpdatePassword =
                                   [&model] {
@@ -118,23 +130,21 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
                                           model.callbacks_.onAskToUpdatePassword();
                                   },
                               .onLog =
-                                  [&model](const std::string& line) {
+                                  [&model](const LogLine& line) {
                                       if (model.callbacks_.onLog) model.callbacks_.onLog(line);
                                   },
-                              .onChange = [&model] { model.changed(); }});
+                              .onChange = {}});
     spaceKeys.onSpace = [this] { coordinator.send(Event::SpaceKey{}); };
     activity.onActivity = [this](const InputActivity& input) {
         coordinator.send(Event::Activity{input});
     };
     scanner.preload();
-    autoLocker.start();
+    if (model.settings().isEnabled) autoLocker.start();
 }
 
 struct UnlockModel::Enrollment {
-    std::string name;
     std::shared_ptr<FaceEmbedder> embedder;
     Completion completion;
-    CameraManager camera;
     std::unique_ptr<EnrollmentCapture> capture;
 };
 
@@ -161,8 +171,18 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
                        vault_),
       vaultObserver_(platform_.defaultCenter.observe(Vault::didChangeNotification,
                                                      [this] { onVaultChanged(); })),
-      settings_(UnlockSettings::load(platform_.defaults)),
+      enrollmentCamera_(platform_.enrollmentCamera,
+                        {.queues = platform_.queues,
+                         .mainThread = platform_.mainThread,
+                         .clock = platform_.clock,
+                         .imaging = platform_.imaging,
+                         .registry = cameraUse_},
+                        CameraFaceScanner::workingLongEdge),
       self_(std::make_shared<UnlockModel*>(this)) {
+    UnlockSettings::normaliseLivenessMode(platform_.defaults);
+    state_.settings = UnlockSettings::load(platform_.defaults);
+    state_ = currentState();
+    published_ = state_;
     lockMonitor_.onEvent = [this](LockEvent event) { onLockEvent(event); };
     lockMonitor_.start();
 }
@@ -172,11 +192,51 @@ UnlockModel::~UnlockModel() {
     lockMonitor_.stop();
 }
 
+UnlockStatus UnlockModel::status() const {
+    return UnlockStatus::of({.faceSaved = state_.isEnrolled,
+                             .passwordSaved = state_.hasPassword,
+                             .passwordNeedsUpdate = settings().passwordHealth.suspended,
+                             .isEnabled = settings().isEnabled,
+                             .camera = state_.cameraPermission,
+                             .accessibilityAllowed = state_.accessibilityTrusted,
+                             .touchIDDone = state_.vaultUnlocked});
+}
+
+bool UnlockModel::isReady() const {
+    return state_.isEnrolled && state_.hasPassword && state_.accessibilityTrusted &&
+           state_.cameraPermission == CameraManager::Permission::granted;
+}
+
+std::vector<CameraDevice> UnlockModel::cameras() const {
+    return CameraManager::availableCameras(*platform_.enrollmentCamera);
+}
+
+void UnlockModel::refresh() {
+    publish();
+}
+
+void UnlockModel::requestCameraAccess() {
+    enrollmentCamera_.requestAccess([weak = std::weak_ptr(self_)](bool /*granted*/) {
+        if (const auto self = weak.lock()) (*self)->publish();
+    });
+}
+
+void UnlockModel::forgetProblem() {
+    state_.problem.reset();
+    publish();
+}
+
 void UnlockModel::apply(UnlockSettings settings) {
-    settings_ = std::move(settings);
-    settings_.save(platform_.defaults);
-    if (engine_) engine_->coordinator.send(Event::SettingsChanged{});
-    changed();
+    const bool wasEnabled = state_.settings.isEnabled;
+    const bool isEnabled = settings.isEnabled;
+    store(std::move(settings));
+    if (engine_) {
+        if (isEnabled) engine_->autoLocker.start();
+        if (!isEnabled) engine_->autoLocker.stop();
+        engine_->coordinator.send(Event::SettingsChanged{});
+    }
+    if (wasEnabled && !isEnabled) vault_.lock();
+    publish();
 }
 
 void UnlockModel::openVault(const std::string& reason, Completion completion) {
@@ -190,29 +250,25 @@ void UnlockModel::openVault(const std::string& reason, Completion completion) {
     });
 }
 
-void UnlockModel::enroll(std::string name, Completion completion) {
+void UnlockModel::openVault(Completion completion) {
+    openVault(openSavedReason, noting(std::move(completion)));
+}
+
+void UnlockModel::captureLook(Completion completion) {
+    completion = noting(std::move(completion));
     if (enrollment_) {
         completion(std::unexpected("Your face is being captured already."));
         return;
     }
+    capturedLook_.reset();
     auto embedder = embedderLoader(resources_.models, platform_)();
     if (!embedder) {
         completion(std::unexpected(description(embedder.error())));
         return;
     }
-    const CameraManager::Services services{.queues = platform_.queues,
-                                           .mainThread = platform_.mainThread,
-                                           .clock = platform_.clock,
-                                           .imaging = platform_.imaging,
-                                           .registry = cameraUse_};
-    enrollment_.reset(new Enrollment{
-        std::move(name),
-        *embedder,
-        std::move(completion),
-        CameraManager(platform_.enrollmentCamera, services, CameraFaceScanner::workingLongEdge),
-        {}});
+    enrollment_.reset(new Enrollment{*embedder, std::move(completion), {}});
     enrollment_->capture = std::make_unique<EnrollmentCapture>(
-        EnrollmentCapture::Services{.camera = enrollment_->camera,
+        EnrollmentCapture::Services{.camera = enrollmentCamera_,
                                     .vision = platform_.enrollmentVision,
                                     .imaging = platform_.imaging,
                                     .mainThread = platform_.mainThread,
@@ -223,126 +279,236 @@ void UnlockModel::enroll(std::string name, Completion completion) {
                     if (callbacks_.onEnrollmentProgress) callbacks_.onEnrollmentProgress(session);
                 },
             .onDone =
-                [this](std::vector<FaceSample> samples) { finishEnrollment(std::move(samples)); },
+                [this](std::vector<FaceSample> samples) { finishCapture(std::move(samples)); },
             .onFailed =
-                [this](std::string text) { finishEnrollment(std::unexpected(std::move(text))); }});
-    if (auto started = enrollment_->capture->start(settings_.builtInDisplayCameraID); !started) {
-        finishEnrollment(std::unexpected(description(started.error())));
+                [this](std::string text) { finishCapture(std::unexpected(std::move(text))); }});
+    if (auto started = enrollment_->capture->start(settings().builtInDisplayCameraID); !started) {
+        finishCapture(std::unexpected(description(started.error())));
     }
 }
 
-void UnlockModel::cancelEnrollment() {
+void UnlockModel::dropCapturedLook() {
     enrollment_.reset();
+    capturedLook_.reset();
 }
 
-void UnlockModel::finishEnrollment(std::expected<std::vector<FaceSample>, std::string> samples) {
+void UnlockModel::finishCapture(std::expected<std::vector<FaceSample>, std::string> samples) {
     // The capture that calls this goes with the enrolment, on the next turn of the loop.
     std::shared_ptr<Enrollment> enrollment = std::move(enrollment_);
-    platform_.mainThread.post(
-        [weak = std::weak_ptr(self_), enrollment, samples = std::move(samples)]() mutable {
-            const auto self = weak.lock();
-            if (!self) return;
-            if (!samples) {
-                enrollment->completion(std::unexpected(samples.error()));
-                return;
-            }
-            (*self)->openVault(
-                openSavedReason, [model = *self, enrollment, samples = *std::move(samples)](
-                                     const std::expected<void, std::string>& opened) {
-                    if (!opened) {
-                        enrollment->completion(opened);
-                        return;
-                    }
-                    const auto saved = model->faceStore_.saveIdentity(
-                        samples, enrollment->name, enrollment->embedder->modelIdentifier(),
-                        enrollment->embedder->dimension());
-                    model->changed();
-                    enrollment->completion(sentence(saved));
-                });
-        });
-}
-
-void UnlockModel::savePassword(SecretBytes password, Completion completion) {
-    if (const auto objection = typablepassword::objection(password.values())) {
-        password.wipe();
-        completion(std::unexpected(std::string(*objection)));
-        return;
+    std::expected<void, std::string> outcome;
+    if (samples) {
+        capturedLook_ = CapturedLook{.samples = *std::move(samples),
+                                     .modelIdentifier = enrollment->embedder->modelIdentifier(),
+                                     .dimension = enrollment->embedder->dimension()};
+    } else {
+        outcome = std::unexpected(std::move(samples.error()));
     }
-    const auto held = std::make_shared<SecretBytes>(std::move(password));
-    platform_.queues.background()->async(
-        [weak = std::weak_ptr(self_), held, completion = std::move(completion),
-         &directory = platform_.directory, &mainThread = platform_.mainThread,
-         userName = resources_.userName] {
-            const auto checked =
-                OpenDirectoryPasswordVerifier(directory, userName).check(held->values());
-            mainThread.post([weak, held, completion, refusal = refusalOf(checked)] {
-                const auto self = weak.lock();
-                if (self && !refusal) {
-                    (*self)->sealPassword(held, completion);
-                    return;
-                }
-                held->wipe();
-                if (self) completion(std::unexpected(*refusal));
-            });
-        });
+    platform_.mainThread.post([weak = std::weak_ptr(self_), enrollment, outcome] {
+        if (weak.lock()) enrollment->completion(outcome);
+    });
 }
 
-void UnlockModel::sealPassword(const std::shared_ptr<SecretBytes>& password,
-                               Completion completion) {
-    openVault(savePasswordReason, [this, password, completion = std::move(completion)](
-                                      const std::expected<void, std::string>& opened) {
+void UnlockModel::saveCapturedLook(const std::string& name, Completion completion) {
+    openVault(openSavedReason, [this, name, completion = noting(std::move(completion))](
+                                   const std::expected<void, std::string>& opened) {
+        completion(opened ? sealCapturedLook(name) : opened);
+    });
+}
+
+void UnlockModel::setLookEnabled(UUID id, bool enabled, Completion completion) {
+    openVault(openSavedReason, [this, id, enabled, completion = noting(std::move(completion))](
+                                   const std::expected<void, std::string>& opened) {
+        completion(opened ? sentence(faceStore_.setEnabled(enabled, id)) : opened);
+    });
+}
+
+void UnlockModel::removeLook(UUID id, Completion completion) {
+    openVault(openSavedReason, [this, id, completion = noting(std::move(completion))](
+                                   const std::expected<void, std::string>& opened) {
         if (!opened) {
-            password->wipe();
             completion(opened);
             return;
         }
-        const auto saved = credentialStore_.save(*password);
-        if (saved) {
-            settings_.passwordHealth = {};
-            settings_.save(platform_.defaults);
-            if (engine_) engine_->coordinator.replacePasswordHealth(settings_.passwordHealth);
-        }
-        changed();
-        completion(sentence(saved));
+        // Without any face there is no file, so that a later start knows without the key.
+        const auto& looks = faceStore_.identities();
+        const bool isLast = looks.size() == 1 && looks.front().id == id;
+        completion(sentence(isLast ? faceStore_.removeAll() : faceStore_.remove(id)));
     });
+}
+
+void UnlockModel::savePassword(SecretBytes password, Completion completion) {
+    check(std::move(password),
+          [this, completion = noting(std::move(completion))](const CheckedPassword& checked) {
+              if (!checked) {
+                  completion(std::unexpected(checked.error()));
+                  return;
+              }
+              openVault(savePasswordReason, [this, password = *checked, completion](
+                                                const std::expected<void, std::string>& opened) {
+                  completion(opened ? seal(*password) : opened);
+                  password->wipe();
+              });
+          });
+}
+
+void UnlockModel::saveCapturedLookAndPassword(const std::string& name, SecretBytes password,
+                                              Completion completion) {
+    check(std::move(password),
+          [this, name, completion = noting(std::move(completion))](const CheckedPassword& checked) {
+              if (!checked) {
+                  completion(std::unexpected(checked.error()));
+                  return;
+              }
+              openVault(saveBothReason, [this, name, password = *checked, completion](
+                                            const std::expected<void, std::string>& opened) {
+                  // Saved a second time after a failure, a password is only itself again.
+                  auto outcome = opened ? seal(*password) : opened;
+                  password->wipe();
+                  completion(outcome ? sealCapturedLook(name) : outcome);
+              });
+          });
+}
+
+void UnlockModel::check(SecretBytes password, std::function<void(CheckedPassword)> then) {
+    if (password.empty()) {
+        then(std::unexpected(std::string(description(CredentialError::empty))));
+        return;
+    }
+    if (const auto objection = typablepassword::objection(password.values())) {
+        password.wipe();
+        then(std::unexpected(std::string(*objection)));
+        return;
+    }
+    const auto held = std::make_shared<SecretBytes>(std::move(password));
+    platform_.queues.background()->async([weak = std::weak_ptr(self_), held, then = std::move(then),
+                                          &directory = platform_.directory,
+                                          &mainThread = platform_.mainThread,
+                                          userName = resources_.userName] {
+        const auto checked =
+            OpenDirectoryPasswordVerifier(directory, userName).check(held->values());
+        mainThread.post([weak, held, then, refusal = refusalOf(checked)] {
+            if (refusal) held->wipe();
+            if (!weak.lock()) return;
+            then(refusal ? CheckedPassword(std::unexpected(*refusal)) : CheckedPassword(held));
+        });
+    });
+}
+
+std::expected<void, std::string> UnlockModel::seal(SecretBytes& password) {
+    const auto saved = credentialStore_.save(password);
+    if (saved) {
+        UnlockSettings settings = state_.settings;
+        settings.passwordHealth = {};
+        store(std::move(settings));
+        if (engine_) engine_->coordinator.replacePasswordHealth({});
+    }
+    return sentence(saved);
+}
+
+std::expected<void, std::string> UnlockModel::sealCapturedLook(const std::string& name) {
+    if (!capturedLook_) return std::unexpected("There is no captured face to save.");
+    const auto saved = faceStore_.saveIdentity(
+        capturedLook_->samples, name, capturedLook_->modelIdentifier, capturedLook_->dimension);
+    if (saved) capturedLook_.reset();
+    return sentence(saved);
+}
+
+void UnlockModel::eraseEverything() {
+    dropCapturedLook();
+    const auto report = UnlockDataEraser::erase(faceStore_, credentialStore_, vault_);
+    store({});
+    state_.problem.reset();
+    if (!report.problems.empty()) {
+        std::string problems;
+        for (const std::string& problem : report.problems)
+            problems += (problems.empty() ? "" : " ") + problem;
+        state_.problem = std::move(problems);
+    }
+    if (engine_) {
+        engine_->autoLocker.stop();
+        engine_->coordinator.replacePasswordHealth({});
+        engine_->coordinator.send(Event::SettingsChanged{});
+    }
+    publish();
 }
 
 void UnlockModel::wireEngine() {
     if (!engine_) engine_ = std::make_unique<Engine>(*this, platform_);
 }
 
+void UnlockModel::activateIsland() {
+    if (engine_) engine_->coordinator.send(Event::Activate{});
+}
+
 UnlockReadiness UnlockModel::readiness() const {
-    return {
-        .isEnabled = settings_.isEnabled,
-        .triggers = settings_.triggers,
-        .showsUI = settings_.showsAnimation,
-        .scanDuration = TimeInterval(static_cast<double>(settings_.scanSeconds)),
-        .vaultUnlocked = vault_.isUnlocked(),
-        .passwordSaved = credentialStore_.hasPassword(),
-        .accessibilityTrusted = platform_.keyEvents.isTrusted() && platform_.keyEvents.mayPost(),
-        .spaceKeyAccess = platform_.keyboards.hasListenAccess(),
-        .scan = {.cameraID = settings_.builtInDisplayCameraID,
-                 .identities = faceStore_.identities(),
-                 .threshold = threshold(settings_.strictness),
-                 .livenessMode = settings_.livenessMode}};
+    return {.isEnabled = settings().isEnabled,
+            .triggers = settings().triggers,
+            .showsUI = settings().showsAnimation,
+            .scanDuration = TimeInterval(static_cast<double>(settings().scanSeconds)),
+            .vaultUnlocked = vault_.isUnlocked(),
+            .passwordSaved = credentialStore_.hasPassword(),
+            .accessibilityTrusted = platform_.keyEvents.canType(),
+            .spaceKeyAccess = platform_.keyboards.hasListenAccess(),
+            .scan = {.cameraID = settings().builtInDisplayCameraID,
+                     .identities = faceStore_.identities(),
+                     .threshold = threshold(settings().strictness),
+                     .livenessMode = settings().livenessMode}};
 }
 
 void UnlockModel::onVaultChanged() {
     if (vault_.isUnlocked()) {
-        problem_.reset();
-        if (const auto loaded = faceStore_.load(); !loaded) problem_ = description(loaded.error());
+        state_.problem.reset();
+        if (const auto loaded = faceStore_.load(); !loaded)
+            state_.problem = sentence(loaded.error());
     }
     if (engine_) engine_->coordinator.send(Event::SettingsChanged{});
-    changed();
+    publish();
 }
 
 void UnlockModel::onLockEvent(LockEvent event) {
+    if (event == LockEvent::screenLocked && enrollment_) {
+        // The camera belongs to the looks now.
+        finishCapture(std::unexpected("The screen was locked, so nothing was captured."));
+    }
     if (!engine_) return;
     engine_->coordinator.setSleeping(lockMonitor_.isSleeping());
     engine_->coordinator.send(Event::Lock{event});
 }
 
-void UnlockModel::changed() {
+UnlockModel::Completion UnlockModel::noting(Completion completion) {
+    return [this, completion = std::move(completion)](std::expected<void, std::string> outcome) {
+        state_.problem.reset();
+        if (!outcome) state_.problem = outcome.error();
+        publish();
+        completion(std::move(outcome));
+    };
+}
+
+void UnlockModel::store(UnlockSettings settings) {
+    settings.save(platform_.defaults);
+    state_.settings = std::move(settings);
+}
+
+UnlockModel::State UnlockModel::currentState() const {
+    const bool isEnrolled =
+        faceStore_.isLoaded()
+            ? !faceStore_.identities().empty()
+            : !faceStore_.loadFailure() && platform_.files.exists(dataFolder_.facesFile());
+    return State{.isEnrolled = isEnrolled,
+                 .hasPassword = credentialStore_.hasPassword(),
+                 .vaultUnlocked = vault_.isUnlocked(),
+                 .identities = faceStore_.identities(),
+                 .cameraPermission = enrollmentCamera_.permission(),
+                 .accessibilityTrusted = platform_.keyEvents.canType(),
+                 .problem = state_.problem,
+                 .settings = state_.settings};
+}
+
+void UnlockModel::publish() {
+    State state = currentState();
+    if (state == published_) return;
+    published_ = state;
+    state_ = std::move(state);
     if (callbacks_.onChange) callbacks_.onChange();
 }
 

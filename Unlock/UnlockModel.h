@@ -4,9 +4,13 @@
 #include "Unlock/EnrollmentCapture.h"
 #include "Unlock/ModelPack.h"
 #include "Unlock/UnlockPlatform.h"
+#include "UnlockCore/Engine/LogLine.h"
 #include "UnlockCore/Engine/UnlockReadiness.h"
 #include "UnlockCore/Engine/UnlockSettings.h"
 #include "UnlockCore/LockWatching/LockMonitor.h"
+#include "UnlockCore/Recognition/CameraDevice.h"
+#include "UnlockCore/Recognition/CameraManager.h"
+#include "UnlockCore/Status/UnlockStatus.h"
 #include "UnlockCore/Storage/AppDataFolder.h"
 #include "UnlockCore/Storage/CredentialStore.h"
 #include "UnlockCore/Storage/DeviceOwnerCheck.h"
@@ -20,6 +24,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace marrowby {
 
@@ -36,16 +41,34 @@ class UnlockModel {
         std::string userName;
         ModelPack models;
     };
+
+    /// What is shown to the user.
+    struct State {
+        /// At least one face is saved; before the vault was open, that there is a file of them.
+        bool isEnrolled = false;
+        bool hasPassword = false;
+        bool vaultUnlocked = false;
+        /// Empty until the vault was open.
+        std::vector<FaceIdentity> identities;
+        CameraManager::Permission cameraPermission = CameraManager::Permission::notDetermined;
+        bool accessibilityTrusted = false;
+        /// The last sentence for the user about something that failed.
+        std::optional<std::string> problem;
+        UnlockSettings settings;
+        friend bool operator==(const State&, const State&) = default;
+    };
+
     struct Callbacks {
-        /// Something that is shown has changed.
+        /// The state is another than before.
         std::function<void()> onChange;
         /// The engine's log, a short sentence at a time.
-        std::function<void(const std::string&)> onLog;
+        std::function<void(const LogLine&)> onLog;
         std::function<void()> onAskToUpdatePassword;
         /// After every frame of an enrolment.
         std::function<void(const EnrollmentSession&)> onEnrollmentProgress;
     };
-    /// Nothing, or the sentence for the user.
+
+    /// Nothing, or the sentence for the user, which is then the state's problem, too.
     using Completion = std::function<void(std::expected<void, std::string>)>;
 
     UnlockModel(UnlockPlatform platform, Resources resources, Callbacks callbacks);
@@ -53,42 +76,78 @@ class UnlockModel {
     UnlockModel(const UnlockModel&) = delete;
     UnlockModel& operator=(const UnlockModel&) = delete;
 
-    [[nodiscard]] bool isEnrolled() const { return !faceStore_.identities().empty(); }
-    [[nodiscard]] bool hasPassword() const { return credentialStore_.hasPassword(); }
-    [[nodiscard]] bool isVaultUnlocked() const { return vault_.isUnlocked(); }
-    [[nodiscard]] const UnlockSettings& settings() const { return settings_; }
+    [[nodiscard]] const State& state() const { return state_; }
+    [[nodiscard]] const UnlockSettings& settings() const { return state_.settings; }
+    [[nodiscard]] UnlockStatus status() const;
+    /// Face, password and permissions are in place.
+    [[nodiscard]] bool isReady() const;
+    [[nodiscard]] std::vector<CameraDevice> cameras() const;
 
-    /// Why the saved face couldn’t be read when the vault opened last.
-    [[nodiscard]] const std::optional<std::string>& problem() const { return problem_; }
+    /// Reads anew what nobody tells of: the permissions.
+    void refresh();
+    void requestCameraAccess();
+    void forgetProblem();
 
-    /// Stores the settings and lets a running engine know.
+    /// Stores the settings and lets a running engine know. Switched off, nothing watches the open
+    /// vault any more, so it is locked.
     void apply(UnlockSettings settings);
 
     /// Asks the owner if need be. Faces are loaded whenever the vault opens.
     void openVault(const std::string& reason, Completion completion);
+    /// To show what is saved.
+    void openVault(Completion completion);
 
-    /// Guides the person in front of the camera through the poses and saves them as a new identity:
-    /// all samples or nothing. One enrolment at a time.
-    void enroll(std::string name, Completion completion);
-    /// Drops what was captured; the completion does not come.
-    void cancelEnrollment();
+    /// Guides the person in front of the camera through the poses; what was captured is kept until
+    /// it is saved or dropped: all samples or nothing. One capture at a time; not while the screen
+    /// is locked.
+    void captureLook(Completion completion);
+    /// Ends a capture, whose completion does not come, and drops what was captured.
+    void dropCapturedLook();
+    [[nodiscard]] bool hasCapturedLook() const { return capturedLook_.has_value(); }
+
+    /// Saves what was captured as a new identity.
+    void saveCapturedLook(const std::string& name, Completion completion);
+    void setLookEnabled(UUID id, bool enabled, Completion completion);
+    void removeLook(UUID id, Completion completion);
 
     /// Only what the account accepts and can be typed is saved. The caller's bytes are overwritten
     /// when the completion comes at the latest. Makes the standing of the password good again.
     void savePassword(SecretBytes password, Completion completion);
+    /// Both at once, for one confirmation of the owner.
+    void saveCapturedLookAndPassword(const std::string& name, SecretBytes password,
+                                     Completion completion);
+
+    /// Removes faces, password and key; the settings fall back to a fresh start's. What could not
+    /// be removed is the problem.
+    void eraseEverything();
 
     /// Builds the engine, once, and lets it follow the lock screen.
     void wireEngine();
+    /// The pointer came to the island.
+    void activateIsland();
 
   private:
     struct Engine;
+    struct Enrollment;
+    struct CapturedLook {
+        std::vector<FaceSample> samples;
+        std::string modelIdentifier;
+        std::int64_t dimension = 0;
+    };
+    using CheckedPassword = std::expected<std::shared_ptr<SecretBytes>, std::string>;
 
     [[nodiscard]] UnlockReadiness readiness() const;
     void onVaultChanged();
     void onLockEvent(LockEvent event);
-    void sealPassword(const std::shared_ptr<SecretBytes>& password, Completion completion);
-    void finishEnrollment(std::expected<std::vector<FaceSample>, std::string> samples);
-    void changed();
+    void finishCapture(std::expected<std::vector<FaceSample>, std::string> samples);
+    void check(SecretBytes password, std::function<void(CheckedPassword)> then);
+    [[nodiscard]] std::expected<void, std::string> seal(SecretBytes& password);
+    [[nodiscard]] std::expected<void, std::string> sealCapturedLook(const std::string& name);
+    /// Notes the outcome as the state's problem on its way to `completion`.
+    [[nodiscard]] Completion noting(Completion completion);
+    void store(UnlockSettings settings);
+    [[nodiscard]] State currentState() const;
+    void publish();
 
     UnlockPlatform platform_;
     Resources resources_;
@@ -102,12 +161,14 @@ class UnlockModel {
     FaceStore faceStore_;
     CredentialStore credentialStore_;
     NotificationCenter::Token vaultObserver_;
-    UnlockSettings settings_;
-    std::optional<std::string> problem_;
     CameraUseRegistry cameraUse_;
+    CameraManager enrollmentCamera_;
+    State state_;
+    /// As of the last change that was told of.
+    State published_;
 
-    struct Enrollment;
     std::unique_ptr<Enrollment> enrollment_;
+    std::optional<CapturedLook> capturedLook_;
     std::unique_ptr<Engine> engine_;
     std::shared_ptr<UnlockModel*> self_;
 };

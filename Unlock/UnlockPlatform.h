@@ -1,5 +1,6 @@
 #pragma once
 
+#include "UnlockCore/Engine/UnlockCoordinator.h"
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/CaptureSession.h"
 #include "UnlockCore/Platform/DefaultsStore.h"
@@ -18,6 +19,7 @@
 #include "UnlockCore/Platform/NotificationCenter.h"
 #include "UnlockCore/Platform/OwnerAuthentication.h"
 #include "UnlockCore/Platform/SystemClock.h"
+#include "UnlockCore/Platform/SystemSettings.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
 #include <memory>
@@ -56,6 +58,9 @@ struct UnlockPlatform {
     DefaultsStore& defaults;
 
     KeyEvents& keyEvents;
+    SystemSettings& systemSettings;
+    /// The island above the lock screen; may be null.
+    UnlockCoordinator::Presenting* presenter = nullptr;
 };
 
 }  // namespace marrowby

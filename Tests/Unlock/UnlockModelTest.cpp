@@ -1,22 +1,4 @@
-#include "Platforms/Posix/OpenSslCipher.h"
-#include "Tests/Fakes/FakeCaptureSession.h"
-#include "Tests/Fakes/FakeDefaultsStore.h"
-#include "Tests/Fakes/FakeDirectory.h"
-#include "Tests/Fakes/FakeFaceVision.h"
-#include "Tests/Fakes/FakeFileSystem.h"
-#include "Tests/Fakes/FakeFourierTransform.h"
-#include "Tests/Fakes/FakeImaging.h"
-#include "Tests/Fakes/FakeInputIdle.h"
-#include "Tests/Fakes/FakeKeyEvents.h"
-#include "Tests/Fakes/FakeKeyboardDevices.h"
-#include "Tests/Fakes/FakeKeychain.h"
-#include "Tests/Fakes/FakeLoginSession.h"
-#include "Tests/Fakes/FakeMainThread.h"
-#include "Tests/Fakes/FakeNeuralModels.h"
-#include "Tests/Fakes/FakeNotificationCenter.h"
-#include "Tests/Fakes/FakeOwnerAuthentication.h"
-#include "Tests/Fakes/FakeWorkQueues.h"
-#include "Unlock/UnlockModel.h"
+#include "Tests/Unlock/FakeComputer.h"
 
 #include <gtest/gtest.h>
 
@@ -25,66 +7,14 @@ namespace {
 
 using Outcome = std::expected<void, std::string>;
 
-/// A whole computer of fakes with one application on it.
-class UnlockModelTest : public testing::Test {
+class UnlockModelTest : public testing::Test, protected FakeComputer {
   protected:
-    UnlockModelTest() {
-        owner.answer = true;
-        // The embedder is looked for on the real disk: any folder that is there will do.
-        models.description = {
-            .inputs = {{.name = "image",
-                        .kind = NeuralFeature::Kind::image,
-                        .imageConstraint = NeuralFeature::ImageConstraint{112, 112},
-                        .shape = {}}},
-            .outputs = {{.name = "embedding",
-                         .kind = NeuralFeature::Kind::multiArray,
-                         .imageConstraint = {},
-                         .shape = {1, 128}}},
-            .metadata = {{"marrowby.model.identifier", "test-embedder"}}};
-        start();
-    }
+    UnlockModelTest() { start(); }
 
     /// Starts the application, anew where it runs already.
     void start() {
         model.reset();
-        model = std::make_unique<UnlockModel>(
-            UnlockPlatform{.mainThread = mainThread,
-                           .clock = mainThread,
-                           .queues = queues,
-                           .workspaceCenter = workspaceCenter,
-                           .distributedCenter = distributedCenter,
-                           .defaultCenter = defaultCenter,
-                           .loginSession = loginSession,
-                           .inputIdle = inputIdle,
-                           .keyboards = keyboards,
-                           .lookCamera = lookCamera,
-                           .enrollmentCamera = enrollmentCamera,
-                           .lookVision = vision,
-                           .enrollmentVision = vision,
-                           .models = models,
-                           .imaging = imaging,
-                           .fourier = fourier,
-                           .cipher = cipher,
-                           .files = files,
-                           .keychain = keychain,
-                           .ownerAuthentication = owner,
-                           .directory = directory,
-                           .defaults = defaults,
-                           .keyEvents = keyEvents},
-            UnlockModel::Resources{.dataBase = "/data",
-                                   .bundleIdentifier = {},
-                                   .testTag = {},
-                                   .userName = "anna",
-                                   .models = {.folder = MARROWBY_SOURCE_DIR,
-                                              .embedderFile = "CMakeLists.txt",
-                                              .embedderIdentifier = "test-embedder",
-                                              .realFaceFile = "CMakeLists.txt"}},
-            UnlockModel::Callbacks{});
-    }
-
-    void settle() {
-        queues.runAll();
-        mainThread.runPosted();
+        model = std::make_unique<UnlockModel>(platform(), resources(), UnlockModel::Callbacks{});
     }
 
     Outcome savePassword(std::string_view text) {
@@ -103,27 +33,6 @@ class UnlockModelTest : public testing::Test {
         return outcome.value_or(std::unexpected("never completed"));
     }
 
-    FakeMainThread mainThread;
-    FakeWorkQueues queues;
-    FakeNotificationCenter workspaceCenter;
-    FakeNotificationCenter distributedCenter;
-    FakeNotificationCenter defaultCenter;
-    FakeLoginSession loginSession;
-    FakeInputIdle inputIdle{mainThread};
-    FakeKeyboardDevices keyboards;
-    std::shared_ptr<FakeCaptureSession> lookCamera = std::make_shared<FakeCaptureSession>();
-    std::shared_ptr<FakeCaptureSession> enrollmentCamera = std::make_shared<FakeCaptureSession>();
-    FakeFaceVision vision;
-    FakeNeuralModels models;
-    FakeImaging imaging;
-    FakeFourierTransform fourier;
-    OpenSslCipher cipher;
-    FakeFileSystem files;
-    FakeKeychain keychain;
-    FakeOwnerAuthentication owner;
-    FakeDirectory directory;
-    FakeDefaultsStore defaults;
-    FakeKeyEvents keyEvents;
     std::unique_ptr<UnlockModel> model;
 };
 
@@ -136,7 +45,7 @@ TEST_F(UnlockModelTest, savesThePasswordAfterTheOwnerConfirmedAndTrustsItAgain) 
 
     ASSERT_EQ(owner.prompts.size(), 1U);
     EXPECT_EQ(owner.prompts[0].reason, "save your Mac password");
-    EXPECT_TRUE(model->hasPassword());
+    EXPECT_TRUE(model->state().hasPassword);
     EXPECT_EQ(model->settings().passwordHealth, PasswordHealth());
     EXPECT_EQ(UnlockSettings::load(defaults).passwordHealth, PasswordHealth());
 }
@@ -151,6 +60,7 @@ TEST_F(UnlockModelTest, savesNoPasswordThatTheAccountRefusesOrThatCannotBeTyped)
          "That isn’t your Mac password."},
         {"secret", DirectoryError{"com.apple.OpenDirectory", 2100, "The node is away."},
          "The password couldn’t be checked, so nothing was saved. The node is away."},
+        {"", {}, "The password is empty."},
         {"sec\nret",
          {},
          "The password has a line break or another control character in it, which can’t be typed "
@@ -160,7 +70,7 @@ TEST_F(UnlockModelTest, savesNoPasswordThatTheAccountRefusesOrThatCannotBeTyped)
     for (const auto& [password, verdict, sentence] : cases) {
         directory.verdict = verdict;
         EXPECT_EQ(savePassword(password), Outcome(std::unexpected(sentence)));
-        EXPECT_FALSE(model->hasPassword());
+        EXPECT_FALSE(model->state().hasPassword);
         EXPECT_TRUE(owner.prompts.empty());
     }
     EXPECT_EQ(directory.asked[1], "dsRecTypeStandard:Users anna");
@@ -169,20 +79,21 @@ TEST_F(UnlockModelTest, savesNoPasswordThatTheAccountRefusesOrThatCannotBeTyped)
 TEST_F(UnlockModelTest, savesNothingWhenTheOwnerCancels) {
     owner.answer = std::unexpected(OwnerAuthenticationError{.code = -2, .message = "gone"});
 
-    EXPECT_EQ(savePassword("secret"), Outcome(std::unexpected("Cancelled.")));
+    EXPECT_EQ(savePassword("secret"),
+              Outcome(std::unexpected("Touch ID was cancelled, so nothing was saved.")));
 
-    EXPECT_FALSE(model->hasPassword());
-    EXPECT_FALSE(model->isVaultUnlocked());
+    EXPECT_FALSE(model->state().hasPassword);
+    EXPECT_FALSE(model->state().vaultUnlocked);
     EXPECT_TRUE(files.files().empty());
 }
 
 TEST_F(UnlockModelTest, findsEverythingAgainAfterARestartOnceTheOwnerConfirmed) {
     ASSERT_TRUE(savePassword("secret"));
     start();
-    EXPECT_TRUE(model->hasPassword());
-    EXPECT_FALSE(model->isVaultUnlocked());
+    EXPECT_TRUE(model->state().hasPassword);
+    EXPECT_FALSE(model->state().vaultUnlocked);
     EXPECT_TRUE(openVault());
-    EXPECT_TRUE(model->isVaultUnlocked());
+    EXPECT_TRUE(model->state().vaultUnlocked);
 }
 
 TEST_F(UnlockModelTest, leavesADamagedFaceFileAsItIs) {
@@ -199,7 +110,7 @@ TEST_F(UnlockModelTest, leavesADamagedFaceFileAsItIs) {
               "Your saved face couldn’t be read, so nothing was changed (writing now would replace "
               "it). Couldn’t decrypt: the saved data may be damaged.");
     EXPECT_EQ(files.content(faces), damaged);
-    EXPECT_FALSE(model->isEnrolled());
+    EXPECT_FALSE(model->state().isEnrolled);
 }
 
 TEST_F(UnlockModelTest, saysWhyAnEnrolmentCannotBegin) {
@@ -222,7 +133,7 @@ TEST_F(UnlockModelTest, saysWhyAnEnrolmentCannotBegin) {
     for (const Case& one : cases) {
         one.breakIt();
         std::optional<Outcome> outcome;
-        model->enroll("Anna", [&](const Outcome& result) { outcome = result; });
+        model->captureLook([&](const Outcome& result) { outcome = result; });
         settle();
         EXPECT_EQ(outcome, std::optional<Outcome>(std::unexpected(one.sentence)));
         EXPECT_TRUE(owner.prompts.empty());
@@ -231,9 +142,8 @@ TEST_F(UnlockModelTest, saysWhyAnEnrolmentCannotBegin) {
 
 TEST_F(UnlockModelTest, endsAnEnrolmentWithTheReasonOfAFinderThatFails) {
     vision.rectanglesFault = "The finder is out of order.";
-    enrollmentCamera->cameras = {{.description = {"desk", "Desk camera"}}};
     std::optional<Outcome> outcome;
-    model->enroll("Anna", [&](const Outcome& result) { outcome = result; });
+    model->captureLook([&](const Outcome& result) { outcome = result; });
     settle();
     EXPECT_FALSE(outcome);
 
@@ -242,7 +152,7 @@ TEST_F(UnlockModelTest, endsAnEnrolmentWithTheReasonOfAFinderThatFails) {
 
     ASSERT_TRUE(outcome && !*outcome);
     EXPECT_EQ(outcome->error(), "The finder is out of order.");
-    EXPECT_FALSE(model->isEnrolled());
+    EXPECT_FALSE(model->state().isEnrolled);
 }
 
 }  // namespace

@@ -10,13 +10,21 @@ namespace marrowby {
 struct LogLine {
     std::string_view start{};
     std::string_view middle{};
-    /// A name or a number.
+    /// A number.
     std::string detail{};
     std::string_view end{};
+    /// Of a person; last.
+    std::string name{};
 
     [[nodiscard]] std::string text() const {
         std::string text(start);
-        return text.append(middle).append(detail).append(end);
+        return text.append(middle).append(detail).append(end).append(name);
+    }
+    /// For logs that others may read.
+    [[nodiscard]] std::string withoutNames() const {
+        std::string text = LogLine{start, middle, detail, end, {}}.text();
+        if (text.ends_with(' ')) text.pop_back();
+        return text;
     }
 
     /// The sentence counts, not its pieces.

@@ -28,7 +28,7 @@ struct UnlockCoordinator::Performer {
         if (owner.callbacks_.onHealthChange) owner.callbacks_.onHealthChange(changed.health);
     }
     void operator()(const Effect::Log& log) {
-        if (owner.callbacks_.onLog) owner.callbacks_.onLog(log.line.text());
+        if (owner.callbacks_.onLog) owner.callbacks_.onLog(log.line);
     }
     void operator()(const Effect::StopCamera&) { owner.collaborators_.scanner.stop(); }
     void operator()(const Effect::TypePassword&) { owner.typePassword(); }

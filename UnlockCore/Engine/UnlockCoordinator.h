@@ -72,7 +72,7 @@ class UnlockCoordinator {
     struct Callbacks {
         std::function<void(const PasswordHealth&)> onHealthChange;
         std::function<void()> onAskToUpdatePassword;
-        std::function<void(const std::string&)> onLog;
+        std::function<void(const LogLine&)> onLog;
         /// After every handled event.
         std::function<void()> onChange;
     };

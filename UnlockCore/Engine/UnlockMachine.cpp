@@ -362,7 +362,7 @@ void UnlockMachine::conclude(Turn& turn) {
         phase_ = Phase::Typing{};
         setOverlay(OverlayPhase::Success{}, turn);
         turn.add(Effect::TypePassword{});
-        turn.log({.start = "Recognised ", .detail = std::move(name)});
+        turn.log({.start = "Recognised ", .name = std::move(name)});
         return;
     }
     switch (refuse->refusal) {

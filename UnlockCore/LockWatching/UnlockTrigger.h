@@ -30,6 +30,9 @@ class UnlockTriggers {
     }
 
     constexpr void insert(UnlockTrigger trigger) { bits_ |= bit(trigger); }
+    constexpr void set(UnlockTrigger trigger, bool isIn) {
+        bits_ = isIn ? bits_ | bit(trigger) : bits_ & ~bit(trigger);
+    }
     [[nodiscard]] constexpr bool contains(UnlockTrigger trigger) const {
         return (bits_ & bit(trigger)) != 0;
     }

@@ -149,12 +149,12 @@ void CameraManager::requestAccess(std::function<void(bool)> reply) {
         });
 }
 
-std::vector<CameraDevice> CameraManager::availableCameras() const {
+std::vector<CameraDevice> CameraManager::availableCameras(const CaptureSession& session) {
     constexpr std::array types{CaptureDeviceType::builtInWideAngleCamera,
                                CaptureDeviceType::externalCamera,
                                CaptureDeviceType::continuityCamera};
     std::vector<CameraDevice> cameras;
-    for (const CaptureDeviceDescription& device : session_->discover(types)) {
+    for (const CaptureDeviceDescription& device : session.discover(types)) {
         cameras.push_back({device.uniqueID, device.localizedName});
     }
     return cameras;

@@ -48,7 +48,7 @@ class CameraManager {
     /// Asks the user where the system does so; the answer comes on the main thread.
     void requestAccess(std::function<void(bool)> reply);
 
-    [[nodiscard]] std::vector<CameraDevice> availableCameras() const;
+    [[nodiscard]] static std::vector<CameraDevice> availableCameras(const CaptureSession& session);
 
     /// Opens the camera with this unique ID, or the default one where there is none such, and
     /// returns before it runs.

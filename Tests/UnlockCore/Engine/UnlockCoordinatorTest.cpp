@@ -51,7 +51,7 @@ class UnlockCoordinatorTest : public testing::Test {
                                              clock, [this] { return readiness; }});
         made->setCallbacks({.onHealthChange = [this](const PasswordHealth& h) { health = h; },
                             .onAskToUpdatePassword = [this] { ++asked; },
-                            .onLog = [this](const std::string& line) { calls.push_back(line); },
+                            .onLog = [this](const LogLine& line) { calls.push_back(line.text()); },
                             .onChange = [this] { calls.emplace_back("changed"); }});
         return made;
     }

@@ -80,7 +80,7 @@ TEST_F(CameraManagerTest, TellsPermissionAndCameras) {
         EXPECT_EQ(manager->start({}).has_value(), permission == Permission::granted);
     }
     EXPECT_THAT(
-        manager->availableCameras(),
+        CameraManager::availableCameras(*session),
         ElementsAre(CameraDevice{"desk", "Desk camera"},
                     CameraDevice{"built-in", "Built-in camera"}, CameraDevice{"phone", "Phone"}));
 

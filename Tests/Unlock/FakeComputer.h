@@ -1,0 +1,148 @@
+#pragma once
+
+#include "Platforms/Posix/OpenSslCipher.h"
+#include "Tests/Fakes/FakeCaptureSession.h"
+#include "Tests/Fakes/FakeDefaultsStore.h"
+#include "Tests/Fakes/FakeDirectory.h"
+#include "Tests/Fakes/FakeFaceVision.h"
+#include "Tests/Fakes/FakeFileSystem.h"
+#include "Tests/Fakes/FakeFourierTransform.h"
+#include "Tests/Fakes/FakeImaging.h"
+#include "Tests/Fakes/FakeInputIdle.h"
+#include "Tests/Fakes/FakeKeyEvents.h"
+#include "Tests/Fakes/FakeKeyboardDevices.h"
+#include "Tests/Fakes/FakeKeychain.h"
+#include "Tests/Fakes/FakeLoginSession.h"
+#include "Tests/Fakes/FakeMainThread.h"
+#include "Tests/Fakes/FakeNeuralModels.h"
+#include "Tests/Fakes/FakeNotificationCenter.h"
+#include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "Tests/Fakes/FakePresenting.h"
+#include "Tests/Fakes/FakeSystemSettings.h"
+#include "Tests/Fakes/FakeWorkQueues.h"
+#include "Unlock/UnlockModel.h"
+#include "UnlockCore/Enrollment/EnrollmentPose.h"
+
+#include <memory>
+#include <utility>
+
+namespace marrowby {
+
+/// A whole computer of fakes for one application, with an owner who says yes and one camera.
+struct FakeComputer {
+    FakeComputer() {
+        owner.answer = true;
+        // The embedder is looked for on the real disk: any folder that is there will do.
+        models.description = {
+            .inputs = {{.name = "image",
+                        .kind = NeuralFeature::Kind::image,
+                        .imageConstraint = NeuralFeature::ImageConstraint{112, 112},
+                        .shape = {}}},
+            .outputs = {{.name = "embedding",
+                         .kind = NeuralFeature::Kind::multiArray,
+                         .imageConstraint = {},
+                         .shape = {1, 128}}},
+            .metadata = {{"marrowby.model.identifier", "test-embedder"}}};
+        models.answer = [](auto /*inputs*/) {
+            return FakeNeuralModels::Outputs(
+                std::vector{NeuralOutput{"embedding", std::vector(128, 0.1F)}});
+        };
+        enrollmentCamera->cameras = {{.description = {"desk", "Desk camera"}}};
+    }
+
+    [[nodiscard]] UnlockPlatform platform() {
+        return {.mainThread = mainThread,
+                .clock = mainThread,
+                .queues = queues,
+                .workspaceCenter = workspaceCenter,
+                .distributedCenter = distributedCenter,
+                .defaultCenter = defaultCenter,
+                .loginSession = loginSession,
+                .inputIdle = inputIdle,
+                .keyboards = keyboards,
+                .lookCamera = lookCamera,
+                .enrollmentCamera = enrollmentCamera,
+                .lookVision = vision,
+                .enrollmentVision = vision,
+                .models = models,
+                .imaging = imaging,
+                .fourier = fourier,
+                .cipher = cipher,
+                .files = files,
+                .keychain = keychain,
+                .ownerAuthentication = owner,
+                .directory = directory,
+                .defaults = defaults,
+                .keyEvents = keyEvents,
+                .systemSettings = systemSettings,
+                .presenter = &island};
+    }
+
+    [[nodiscard]] static UnlockModel::Resources resources() {
+        return {.dataBase = "/data",
+                .bundleIdentifier = {},
+                .testTag = {},
+                .userName = "anna",
+                .models = {.folder = MARROWBY_SOURCE_DIR,
+                           .embedderFile = "CMakeLists.txt",
+                           .embedderIdentifier = "test-embedder",
+                           .realFaceFile = "CMakeLists.txt"}};
+    }
+
+    void settle() {
+        queues.runAll();
+        mainThread.runPosted();
+    }
+
+    /// One picture of a head that points this way, a tenth of a second later.
+    void see(float yaw, float pitch) {
+        mainThread.advance(TimeInterval(0.1));
+        vision.removeFaces();
+        vision.addFace({0.3, 0.3, 0.35, 0.45}, {320, 240});
+        vision.faces.front().yaw = yaw;
+        vision.faces.front().pitch = pitch;
+        enrollmentCamera->deliver(std::make_shared<FakeSourceImage>(320, 240));
+        settle();
+    }
+
+    /// Holds the head in one pose for as long as that takes at most.
+    void hold(EnrollmentPose pose) {
+        static constexpr std::pair<float, float> angles[] = {
+            {0.F, 0.F},    {0.35F, 0.F},   {0.35F, -0.25F}, {0.F, -0.25F}, {-0.35F, -0.25F},
+            {-0.35F, 0.F}, {-0.35F, 0.3F}, {0.F, 0.25F},    {0.35F, 0.3F}};
+        const auto& [yaw, pitch] = angles[static_cast<std::size_t>(pose)];
+        const int frames = pose == EnrollmentPose::center ? 28 : 13;
+        for (int i = 0; i < frames; ++i)
+            see(yaw, pitch);
+    }
+    void holdAllPoses() {
+        for (int pose = 0; pose < 9; ++pose)
+            hold(static_cast<EnrollmentPose>(pose));
+    }
+
+    FakeMainThread mainThread;
+    FakeWorkQueues queues;
+    FakeNotificationCenter workspaceCenter;
+    FakeNotificationCenter distributedCenter;
+    FakeNotificationCenter defaultCenter;
+    FakeLoginSession loginSession;
+    FakeInputIdle inputIdle{mainThread};
+    FakeKeyboardDevices keyboards;
+    std::shared_ptr<FakeCaptureSession> lookCamera = std::make_shared<FakeCaptureSession>();
+    std::shared_ptr<FakeCaptureSession> enrollmentCamera = std::make_shared<FakeCaptureSession>();
+    FakeFaceVision vision;
+    FakeNeuralModels models;
+    FakeImaging imaging;
+    FakeFourierTransform fourier;
+    OpenSslCipher cipher;
+    FakeFileSystem files;
+    FakeKeychain keychain;
+    FakeOwnerAuthentication owner;
+    FakeDirectory directory;
+    FakeDefaultsStore defaults;
+    FakeKeyEvents keyEvents;
+    FakeSystemSettings systemSettings;
+    FakePresenting island;
+};
+
+}  // namespace marrowby

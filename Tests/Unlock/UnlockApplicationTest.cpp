@@ -1,0 +1,266 @@
+#include "Rehearsal/SceneWindows.h"
+#include "Tests/Unlock/FakeComputer.h"
+#include "Unlock/UnlockApplication.h"
+#include "UnlockCore/Platform/LockNotifications.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using Window = UnlockOpening::Window;
+
+class UnlockApplicationTest : public testing::Test, protected FakeComputer {
+  protected:
+    UnlockApplicationTest() { start(); }
+
+    void start() {
+        application.reset();
+        log.clear();
+        application = std::make_unique<UnlockApplication>(
+            platform(), resources(), windows,
+            UnlockApplication::Hooks{
+                .log = [this](const std::string& line) { log.push_back(line); },
+                .terminate = [this] { terminated = true; }});
+    }
+    void reopen() {
+        application->shouldHandleReopen();
+        mainThread.advance(TimeInterval(0.7));
+        settle();
+    }
+
+    bool press(std::string_view title) {
+        const bool pressed = windows.press(title);
+        settle();
+        return pressed;
+    }
+    bool toggle(std::string_view title, bool isOn) {
+        const bool toggled = windows.toggle(title, isOn);
+        settle();
+        return toggled;
+    }
+    void lockScreen() {
+        loginSession.setLocked(true);
+        distributedCenter.post(locknotification::screenIsLocked);
+        settle();
+    }
+
+    /// From the first page to the face's.
+    void walkToCapture() {
+        reopen();
+        EXPECT_TRUE(press("Continue"));
+        EXPECT_TRUE(toggle("I understand", true));
+        EXPECT_TRUE(press("Continue") && press("Continue") && press("Continue"));
+        EXPECT_EQ(windows.page().title, "Save your face");
+    }
+    void capture() {
+        mainThread.advance(TimeInterval(0.1));
+        holdAllPoses();
+    }
+    void nameAndPassword(std::string_view password) {
+        EXPECT_EQ(windows.page().title, "Name this look");
+        EXPECT_TRUE(windows.write("Anna"));
+        EXPECT_TRUE(press("Continue"));
+        windows.typeSecret(password);
+        EXPECT_TRUE(press("Continue"));
+    }
+    void setUp() {
+        walkToCapture();
+        capture();
+        nameAndPassword("secret");
+        EXPECT_TRUE(press("Continue") && press("Done")) << windows.page().title;
+    }
+
+    SceneWindows windows;
+    std::vector<std::string> log;
+    bool terminated = false;
+    std::unique_ptr<UnlockApplication> application;
+};
+
+TEST_F(UnlockApplicationTest, leadsFromNothingToAnEngineThatRuns) {
+    application->didFinishLaunching({.isAtLogin = true, .isVisible = true});
+    mainThread.advance(TimeInterval(2));
+    EXPECT_FALSE(windows.isOpen(Window::welcome) || windows.isOpen(Window::settings));
+
+    setUp();
+
+    EXPECT_FALSE(windows.isOpen(Window::welcome));
+    ASSERT_EQ(owner.prompts.size(), 1U);
+    EXPECT_EQ(owner.prompts[0].reason, "save your face and Mac password");
+    const UnlockModel::State& state = application->model().state();
+    ASSERT_EQ(state.identities.size(), 1U);
+    EXPECT_EQ(state.identities[0].name, "Anna");
+    EXPECT_EQ(state.identities[0].samples.size(), 18U);
+    EXPECT_TRUE(state.hasPassword && state.settings.isEnabled && state.settings.hasFinishedWelcome);
+    EXPECT_TRUE(application->model().status().isReady());
+    lockScreen();
+    EXPECT_THAT(log, ElementsAre("Locked: waiting for you to come back"));
+}
+
+TEST_F(UnlockApplicationTest, neverSaysANameInTheLog) {
+    UnlockJournal journal;
+    journal.add({.start = "Recognised ", .name = "Anna"}, mainThread.now());
+    EXPECT_EQ(journal.entries().back().text, "Recognised");
+    for (int i = 0; i < 1000; ++i)
+        journal.add({.start = "Unlocked"}, mainThread.now());
+    EXPECT_EQ(journal.entries().size(), UnlockJournal::capacity);
+}
+
+TEST_F(UnlockApplicationTest, waitsForTheOwnerAfterARestart) {
+    setUp();
+    start();
+    reopen();
+
+    EXPECT_EQ(windows.front(), Window::settings);
+    EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Needs Touch ID once this session");
+    EXPECT_TRUE(application->model().state().identities.empty());
+    lockScreen();
+    EXPECT_THAT(log, ElementsAre("Locked: waiting for you to come back"));
+
+    owner.prompts.clear();
+    EXPECT_TRUE(press("Use Touch ID…"));
+    EXPECT_EQ(owner.prompts.at(0).reason, "open your saved face and Mac password");
+    EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Ready");
+    EXPECT_EQ(application->model().state().identities.size(), 1U);
+}
+
+TEST_F(UnlockApplicationTest, savesNothingOfACaptureThatDidNotEnd) {
+    struct Case {
+        const char* problem;
+        std::function<void()> breakIt;
+    };
+    const Case cases[] = {
+        {"The camera stopped sending pictures.", [this] { mainThread.advance(TimeInterval(11)); }},
+        {"The finder is out of order.",
+         [this] {
+             vision.rectanglesFault = "The finder is out of order.";
+             see(0, 0);
+             vision.rectanglesFault.reset();
+         }},
+        {"The screen was locked, so nothing was captured.", [this] { lockScreen(); }},
+    };
+    walkToCapture();
+    for (const Case& one : cases) {
+        hold(EnrollmentPose::center);
+        EXPECT_GT(windows.row<WindowRow::Guide>()->progress, 0);
+        one.breakIt();
+        settle();
+        EXPECT_EQ(windows.page().problem, one.problem);
+        EXPECT_FALSE(press("Continue"));
+        EXPECT_FALSE(enrollmentCamera->isRunning());
+        EXPECT_TRUE(press("Try Again"));
+        EXPECT_EQ(windows.row<WindowRow::Guide>()->progress, 0);
+    }
+    hold(EnrollmentPose::center);
+    windows.closeByUser();
+    settle();
+    EXPECT_FALSE(enrollmentCamera->isRunning());
+    EXPECT_TRUE(files.files().empty());
+    EXPECT_EQ(enrollmentCamera->faults, std::vector<std::string>());
+}
+
+TEST_F(UnlockApplicationTest, keepsTheCapturedFaceUntilTheOwnerAndThePasswordAreRight) {
+    walkToCapture();
+    capture();
+    nameAndPassword("");
+    EXPECT_EQ(windows.page().problem, "The password is empty.");
+
+    directory.verdict = DirectoryError{"com.apple.OpenDirectory", 5000, "no"};
+    windows.typeSecret("wrong");
+    EXPECT_TRUE(press("Continue"));
+    EXPECT_EQ(windows.page().problem, "That isn’t your Mac password.");
+
+    directory.verdict.reset();
+    owner.answer = std::unexpected(OwnerAuthenticationError{.code = -2, .message = "gone"});
+    windows.typeSecret("secret");
+    EXPECT_TRUE(press("Continue"));
+    EXPECT_EQ(windows.page().problem, "Touch ID was cancelled, so nothing was saved.");
+    EXPECT_TRUE(files.files().empty());
+
+    owner.answer = true;
+    EXPECT_TRUE(press("Continue"));
+    EXPECT_EQ(windows.page().problem, "The password is empty.") << "nothing typed is kept";
+    windows.typeSecret("secret");
+    EXPECT_TRUE(press("Continue"));
+    EXPECT_EQ(windows.page().title, "When should it look for you?");
+    EXPECT_TRUE(application->model().state().isEnrolled);
+}
+
+TEST_F(UnlockApplicationTest, followsAPermissionGivenElsewhereAndAsksOnlyWhileAWindowIsOpen) {
+    keyEvents.trusted = false;
+    enrollmentCamera->answer = CaptureAuthorization::notDetermined;
+    reopen();
+    EXPECT_TRUE(press("Continue") && toggle("I understand", true) && press("Continue"));
+    EXPECT_FALSE(press("Continue"));
+    EXPECT_TRUE(press("Allow…"));
+    EXPECT_EQ(windows.page().title, "Allow typing your password");
+    EXPECT_TRUE(press("Open Settings…"));
+    EXPECT_EQ(systemSettings.opened.size(), 1U);
+    keyEvents.trusted = true;
+    mainThread.advance(TimeInterval(2));
+    EXPECT_EQ(windows.page().title, "Save your face");
+
+    windows.closeByUser();
+    mainThread.advance(TimeInterval(12));
+    EXPECT_TRUE(mainThread.timers().empty());
+}
+
+TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
+    setUp();
+    reopen();
+    EXPECT_TRUE(windows.choose("Look for", "8 seconds"));
+    EXPECT_TRUE(windows.choose("How alike a face must be", "Strict"));
+    EXPECT_TRUE(windows.choose("Camera", "Desk camera"));
+    EXPECT_TRUE(toggle("When you press Space", true) && toggle("Open at login", true));
+    const UnlockSettings stored = UnlockSettings::load(defaults);
+    EXPECT_EQ(stored, application->model().settings());
+    EXPECT_EQ(stored.scanSeconds, 8);
+    EXPECT_EQ(stored.builtInDisplayCameraID, "desk");
+    EXPECT_TRUE(systemSettings.atLogin);
+
+    EXPECT_TRUE(toggle("Unlock with your face", false));
+    EXPECT_FALSE(application->model().state().vaultUnlocked);
+    EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Off");
+
+    EXPECT_TRUE(press("Quit…"));
+    EXPECT_THAT(windows.page().detail, HasSubstr("until you open it again from Applications."));
+    EXPECT_TRUE(press("Cancel"));
+    EXPECT_FALSE(terminated);
+    EXPECT_TRUE(press("Erase Everything…") && press("Erase"));
+    EXPECT_TRUE(files.files().empty() && keychain.items().empty());
+    EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Not set up yet");
+    EXPECT_TRUE(press("Quit…") && press("Quit"));
+    EXPECT_TRUE(terminated);
+}
+
+TEST_F(UnlockApplicationTest, removesTheLastFaceSoThatARestartKnows) {
+    setUp();
+    reopen();
+    EXPECT_TRUE(press("Remove…"));
+    EXPECT_EQ(windows.page().title, "Remove “Anna”?");
+    EXPECT_TRUE(press("Remove"));
+    EXPECT_FALSE(application->model().state().isEnrolled);
+    start();
+    EXPECT_FALSE(application->model().state().isEnrolled);
+    EXPECT_TRUE(application->model().state().hasPassword);
+}
+
+TEST_F(UnlockApplicationTest, trustsAPasswordSavedAnewWithoutARestart) {
+    setUp();
+    UnlockSettings settings = application->model().settings();
+    settings.passwordHealth = {.failures = 2, .suspended = true, .needsNotice = false};
+    application->model().apply(settings);
+    reopen();
+    EXPECT_TRUE(press("Update…"));
+    EXPECT_EQ(windows.page().title, "Update your Mac password");
+    windows.typeSecret("newer");
+    EXPECT_TRUE(press("Save"));
+    EXPECT_FALSE(windows.isOpen(Window::welcome));
+    EXPECT_TRUE(application->model().status().isReady());
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,137 @@
+#include "Unlock/UnlockApplication.h"
+
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+using Window = UnlockOpening::Window;
+
+constexpr TimeInterval welcomeDelay{0.6};
+constexpr TimeInterval settingsDelay{0.4};
+constexpr TimeInterval permissionInterval{1};
+
+}  // namespace
+
+UnlockApplication::UnlockApplication(const UnlockPlatform& platform,
+                                     UnlockModel::Resources resources, ApplicationWindows& windows,
+                                     Hooks hooks)
+    : platform_(platform),
+      windows_(windows),
+      hooks_(std::move(hooks)),
+      model_(std::make_unique<UnlockModel>(
+          platform, std::move(resources),
+          UnlockModel::Callbacks{.onChange = [this] { modelChanged(); },
+                                 .onLog =
+                                     [this](const LogLine& line) {
+                                         journal_.add(line, platform_.clock.now());
+                                         if (hooks_.log) hooks_.log(line.withoutNames());
+                                         windows_.refresh(Window::settings);
+                                     },
+                                 .onAskToUpdatePassword =
+                                     [this] { startWelcome(UnlockOnboardingMode::updatePassword); },
+                                 .onEnrollmentProgress =
+                                     [this](const EnrollmentSession& session) {
+                                         if (welcome_) welcome_->captureProgressed(session);
+                                     }})),
+      settings_(std::make_unique<SettingsPresenter>(
+          *model_, platform_.systemSettings, journal_, platform_.clock,
+          SettingsPresenter::Hooks{
+              .onChange = [this] { windows_.refresh(Window::settings); },
+              .onOnboarding = [this](UnlockOnboardingMode mode) { startWelcome(mode); },
+              .onQuit =
+                  [this] {
+                      if (hooks_.terminate) hooks_.terminate();
+                  }})) {
+    if (model_->state().isEnrolled && model_->state().hasPassword) model_->wireEngine();
+}
+
+UnlockApplication::~UnlockApplication() {
+    willTerminate();
+}
+
+void UnlockApplication::didFinishLaunching(const UnlockOpening::Launch& launch) {
+    if (const auto window = UnlockOpening::onLaunch(openingState(), launch)) open(*window);
+}
+
+void UnlockApplication::shouldHandleReopen() {
+    if (!model_) return;
+    model_->refresh();
+    open(UnlockOpening::onReopen(openingState()));
+}
+
+void UnlockApplication::willTerminate() {
+    permissionTimer_.reset();
+    opening_.reset();
+    windows_.close(Window::welcome);
+    windows_.close(Window::settings);
+    welcome_.reset();
+    settings_.reset();
+    model_.reset();
+}
+
+void UnlockApplication::open(Window window) {
+    const TimeInterval delay = window == Window::welcome ? welcomeDelay : settingsDelay;
+    opening_ = platform_.mainThread.at(platform_.clock.now() + delay, TimeInterval(0.05),
+                                       [this, window] { show(window); });
+}
+
+void UnlockApplication::show(Window window) {
+    if (window == Window::welcome && !windows_.isOpen(Window::welcome)) {
+        startWelcome(UnlockOnboardingMode::setUp);
+        return;
+    }
+    if (window == Window::welcome) {
+        windows_.show(Window::welcome, *welcome_);
+    } else {
+        windows_.show(Window::settings, *settings_);
+    }
+    watchPermissions();
+}
+
+void UnlockApplication::startWelcome(UnlockOnboardingMode mode) {
+    if (welcome_) {
+        windows_.close(Window::welcome);
+        welcome_->windowClosed();
+    }
+    // Who asked for this may be the presenter that goes.
+    const auto previous = std::shared_ptr<WelcomePresenter>(std::move(welcome_));
+    platform_.mainThread.post([previous] {});
+    welcome_ = std::make_unique<WelcomePresenter>(
+        mode, *model_, platform_.systemSettings,
+        WelcomePresenter::Hooks{.onChange = [this] { windows_.refresh(Window::welcome); },
+                                .onFinish = [this] { windows_.close(Window::welcome); }});
+    windows_.show(Window::welcome, *welcome_);
+    welcome_->windowShown();
+    windows_.refresh(Window::welcome);
+    watchPermissions();
+}
+
+void UnlockApplication::modelChanged() {
+    if (welcome_ && windows_.isOpen(Window::welcome)) welcome_->modelChanged();
+    windows_.refresh(Window::welcome);
+    windows_.refresh(Window::settings);
+}
+
+void UnlockApplication::watchPermissions() {
+    permissionTimer_ =
+        platform_.mainThread.every(permissionInterval, permissionInterval / 4, [this] {
+            if (windows_.isOpen(Window::welcome) || windows_.isOpen(Window::settings)) {
+                model_->refresh();
+                windows_.refresh(Window::settings);
+                return;
+            }
+            platform_.mainThread.post(
+                [timer = std::shared_ptr<MainThread::Timer>(std::move(permissionTimer_))] {});
+        });
+}
+
+UnlockOpening::State UnlockApplication::openingState() const {
+    return {.isReady = model_->isReady(),
+            .finishedWelcome = model_->settings().hasFinishedWelcome,
+            .welcomeOpen = windows_.isOpen(Window::welcome),
+            .settingsOpen = windows_.isOpen(Window::settings)};
+}
+
+}  // namespace marrowby

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Unlock/ApplicationWindows.h"
+#include "Unlock/SettingsPresenter.h"
+#include "Unlock/UnlockJournal.h"
+#include "Unlock/UnlockModel.h"
+#include "Unlock/UnlockOpening.h"
+#include "Unlock/WelcomePresenter.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace marrowby {
+
+/// The application, whatever draws its windows: the model, what the windows show, and when they
+/// open. Main thread.
+class UnlockApplication {
+  public:
+    struct Hooks {
+        /// For the system's log: a line without names of people or secrets.
+        std::function<void(const std::string&)> log;
+        /// Ends the process, after this call has returned.
+        std::function<void()> terminate;
+    };
+
+    UnlockApplication(const UnlockPlatform& platform, UnlockModel::Resources resources,
+                      ApplicationWindows& windows, Hooks hooks);
+    ~UnlockApplication();
+    UnlockApplication(const UnlockApplication&) = delete;
+    UnlockApplication& operator=(const UnlockApplication&) = delete;
+
+    void didFinishLaunching(const UnlockOpening::Launch& launch);
+    /// The user opened the application again.
+    void shouldHandleReopen();
+    [[nodiscard]] static bool shouldTerminateAfterLastWindowClosed() { return false; }
+    /// Forgets the key and everything under way.
+    void willTerminate();
+
+    [[nodiscard]] UnlockModel& model() { return *model_; }
+    [[nodiscard]] const UnlockJournal& journal() const { return journal_; }
+
+  private:
+    /// A little later.
+    void open(UnlockOpening::Window window);
+    void show(UnlockOpening::Window window);
+    void startWelcome(UnlockOnboardingMode mode);
+    void modelChanged();
+    void watchPermissions();
+    [[nodiscard]] UnlockOpening::State openingState() const;
+
+    UnlockPlatform platform_;
+    ApplicationWindows& windows_;
+    Hooks hooks_;
+    UnlockJournal journal_;
+    std::unique_ptr<UnlockModel> model_;
+    std::unique_ptr<WelcomePresenter> welcome_;
+    std::unique_ptr<SettingsPresenter> settings_;
+    /// Asks for the permissions again while a window shows them; nobody tells of them.
+    std::unique_ptr<MainThread::Timer> permissionTimer_;
+    std::unique_ptr<MainThread::Timer> opening_;
+};
+
+}  // namespace marrowby
