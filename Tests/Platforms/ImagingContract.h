@@ -46,7 +46,7 @@ class ImagingContract : public testing::Test {
 
 TYPED_TEST_SUITE_P(ImagingContract);
 
-TYPED_TEST_P(ImagingContract, rendersAPartCountedFromTheBottom) {
+TYPED_TEST_P(ImagingContract, RendersAPartCountedFromTheBottom) {
     const auto part = TypeParam::makeImaging()->render(*this->ramps(), {3, 1, 5, 2}, 1);
     ASSERT_TRUE(part);
     EXPECT_EQ(part->format(), rgba8);
@@ -58,7 +58,7 @@ TYPED_TEST_P(ImagingContract, rendersAPartCountedFromTheBottom) {
     EXPECT_EQ(part->bytes()[3], 255);
 }
 
-TYPED_TEST_P(ImagingContract, shrinksByArea) {
+TYPED_TEST_P(ImagingContract, ShrinksByArea) {
     const auto imaging = TypeParam::makeImaging();
     const auto half = imaging->render(*this->ramps(), {0, 0, 20, 10}, 0.5);
     ASSERT_TRUE(half);
@@ -70,7 +70,7 @@ TYPED_TEST_P(ImagingContract, shrinksByArea) {
     EXPECT_EQ(imaging->render(*this->ramps(), {0, 0, 20, 10}, 0.001)->width(), 1);
 }
 
-TYPED_TEST_P(ImagingContract, drawsThroughATransformFromTheBottomLeft) {
+TYPED_TEST_P(ImagingContract, DrawsThroughATransformFromTheBottomLeft) {
     const auto imaging = TypeParam::makeImaging();
     const Bitmap image = *imaging->render(*this->ramps(), {0, 0, 20, 10}, 1);
     // Shifted by whole pixels: two to the right, three up.
@@ -90,7 +90,7 @@ TYPED_TEST_P(ImagingContract, drawsThroughATransformFromTheBottomLeft) {
     this->expectColour(*nothing, 2, 2, {0, 0, 0});
 }
 
-TYPED_TEST_P(ImagingContract, drawsSmallWithoutSkippingPixels) {
+TYPED_TEST_P(ImagingContract, DrawsSmallWithoutSkippingPixels) {
     // One-pixel stripes shrunk to a quarter are even grey.
     std::vector<std::uint8_t> bytes(std::size_t{64} * 64 * 4);
     for (std::size_t i = 0; i < bytes.size(); ++i)
@@ -102,7 +102,7 @@ TYPED_TEST_P(ImagingContract, drawsSmallWithoutSkippingPixels) {
         EXPECT_NEAR(small->bytes()[8 * small->bytesPerRow() + x * 4], 100, 2);
 }
 
-TYPED_TEST_P(ImagingContract, convertsByteOrders) {
+TYPED_TEST_P(ImagingContract, ConvertsByteOrders) {
     using Alpha = PixelFormat::Alpha;
     using Order = PixelFormat::ByteOrder;
     const auto imaging = TypeParam::makeImaging();
@@ -133,7 +133,7 @@ TYPED_TEST_P(ImagingContract, convertsByteOrders) {
     }
 }
 
-TYPED_TEST_P(ImagingContract, refusesWhatCannotBeDrawn) {
+TYPED_TEST_P(ImagingContract, RefusesWhatCannotBeDrawn) {
     class OtherSource final : public SourceImage {
       public:
         [[nodiscard]] Size extent() const override { return {8, 8}; }
@@ -154,9 +154,9 @@ TYPED_TEST_P(ImagingContract, refusesWhatCannotBeDrawn) {
         imaging->convert(*Bitmap::create(1, 1, 4, odd, std::vector<std::uint8_t>(4)), bgrx8));
 }
 
-REGISTER_TYPED_TEST_SUITE_P(ImagingContract, rendersAPartCountedFromTheBottom, shrinksByArea,
-                            drawsThroughATransformFromTheBottomLeft,
-                            drawsSmallWithoutSkippingPixels, convertsByteOrders,
-                            refusesWhatCannotBeDrawn);
+REGISTER_TYPED_TEST_SUITE_P(ImagingContract, RendersAPartCountedFromTheBottom, ShrinksByArea,
+                            DrawsThroughATransformFromTheBottomLeft,
+                            DrawsSmallWithoutSkippingPixels, ConvertsByteOrders,
+                            RefusesWhatCannotBeDrawn);
 
 }  // namespace marrowby
