@@ -36,25 +36,9 @@ static_assert(value(Order::little32) == kCGBitmapByteOrder32Little);
 static_assert(value(Order::big16) == kCGBitmapByteOrder16Big);
 static_assert(value(Order::big32) == kCGBitmapByteOrder32Big);
 
-CoreFoundationOwner<CGColorSpaceRef> colorSpace(PixelFormat::ColorModel model) {
-    switch (model) {
-        case PixelFormat::ColorModel::rgb:
-            return sRGBColorSpace();
-        case PixelFormat::ColorModel::gray:
-            return CoreFoundationOwner<CGColorSpaceRef>(
-                CGColorSpaceCreateWithName(kCGColorSpaceGenericGrayGamma2_2));
-        case PixelFormat::ColorModel::other:
-            return nullptr;
-    }
-    return nullptr;
-}
-
-PixelFormat::ColorModel colorModel(CGImageRef image) {
+bool isRGB(CGImageRef image) {
     CGColorSpaceRef space = CGImageGetColorSpace(image);
-    const CGColorSpaceModel model = space ? CGColorSpaceGetModel(space) : kCGColorSpaceModelUnknown;
-    if (model == kCGColorSpaceModelRGB) return PixelFormat::ColorModel::rgb;
-    if (model == kCGColorSpaceModelMonochrome) return PixelFormat::ColorModel::gray;
-    return PixelFormat::ColorModel::other;
+    return space && CGColorSpaceGetModel(space) == kCGColorSpaceModelRGB;
 }
 
 }  // namespace
@@ -69,8 +53,7 @@ CGBitmapInfo bitmapInfo(const PixelFormat& format) {
 
 CoreFoundationOwner<CGImageRef> coreGraphicsImage(const Bitmap& bitmap) {
     const PixelFormat& format = bitmap.format();
-    const auto space = colorSpace(format.colorModel);
-    if (!space) return nullptr;
+    if (format.colorModel != PixelFormat::ColorModel::rgb) return nullptr;
     // The image may outlive the bitmap, and then holds the bytes.
     auto holder = std::make_unique<Bytes>(bitmap.sharedBytes());
     const CoreFoundationOwner<CGDataProviderRef> provider(
@@ -82,12 +65,12 @@ CoreFoundationOwner<CGImageRef> coreGraphicsImage(const Bitmap& bitmap) {
     (void)holder.release();
     return CoreFoundationOwner<CGImageRef>(CGImageCreate(
         static_cast<std::size_t>(bitmap.width()), static_cast<std::size_t>(bitmap.height()),
-        format.bitsPerComponent, format.bitsPerPixel, bitmap.bytesPerRow(), space.get(),
+        format.bitsPerComponent, format.bitsPerPixel, bitmap.bytesPerRow(), sRGBColorSpace().get(),
         bitmapInfo(format), provider.get(), nullptr, true, kCGRenderingIntentDefault));
 }
 
 std::optional<Bitmap> bitmap(CGImageRef image) {
-    if (!image) return std::nullopt;
+    if (!image || !isRGB(image)) return std::nullopt;
     const CoreFoundationOwner<CFDataRef> data(
         CGDataProviderCopyData(CGImageGetDataProvider(image)));
     if (!data) return std::nullopt;
@@ -96,8 +79,7 @@ std::optional<Bitmap> bitmap(CGImageRef image) {
         .bitsPerComponent = CGImageGetBitsPerComponent(image),
         .bitsPerPixel = CGImageGetBitsPerPixel(image),
         .alpha = static_cast<Alpha>(CGImageGetAlphaInfo(image)),
-        .byteOrder = static_cast<Order>((info & kCGBitmapByteOrderMask) >> orderShift),
-        .colorModel = colorModel(image)};
+        .byteOrder = static_cast<Order>((info & kCGBitmapByteOrderMask) >> orderShift)};
     if (info & kCGBitmapFloatComponents) return std::nullopt;
     // Of single bytes in the order in which they are named there are two names.
     if (format.byteOrder == Order::big32) format.byteOrder = Order::standard;

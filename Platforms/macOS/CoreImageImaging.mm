@@ -44,9 +44,13 @@ std::optional<Bitmap> drawn(const Bitmap& bitmap, int width, int height, const P
 }  // namespace
 
 struct CoreImageImaging::Context {
-    // Every picture is another one: nothing is worth keeping between them.
-    CIContext* context = [CIContext contextWithOptions:@{kCIContextCacheIntermediates : @NO}];
     CoreFoundationOwner<CGColorSpaceRef> sRGB = sRGBColorSpace();
+    /// Works on the values as they are encoded, as the networks and cues know them. Every picture
+    /// is another one: nothing is worth keeping between them.
+    CIContext* context = [CIContext contextWithOptions:@{
+        kCIContextWorkingColorSpace : (__bridge id)sRGB.get(),
+        kCIContextCacheIntermediates : @NO,
+    }];
 };
 
 CoreImageImaging::CoreImageImaging() : context_(std::make_unique<const Context>()) {}
