@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/OpenSslCipher.h"
+#include "Platforms/Posix/OpenSslCipher.h"
 #include "Tests/Fakes/FakeCaptureSession.h"
 #include "Tests/Fakes/FakeDefaultsStore.h"
 #include "Tests/Fakes/FakeDirectory.h"

@@ -1,5 +1,5 @@
 #include "Platforms/Linux/JsonDefaultsStore.h"
-#include "Platforms/Linux/PosixFileSystem.h"
+#include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "Tests/Unlock/FakeComputer.h"
 
