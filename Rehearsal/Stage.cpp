@@ -10,6 +10,7 @@
 #include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/UnixSystemClock.h"
+#include "Platforms/Linux/X11WindowServer.h"
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
@@ -24,6 +25,7 @@
 #include "Rehearsal/Scenes/ScriptedCamera.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Rehearsal/TemporaryFolder.h"
+#include "Unlock/LockScreenOverlayController.h"
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 #include "UnlockCore/Platform/LockNotifications.h"
@@ -116,6 +118,10 @@ struct Stage::World {
                            distributedCenter};
     XTestKeyEvents keyEvents{desktop.displayName()};
     ScreenLocker locker{desktop.displayName()};
+    X11WindowServer windowServer{desktop.displayName()};
+    LockScreen lockScreen{windowServer, session.loginSession()};
+    LockScreenOverlayController island{
+        {.lockScreen = lockScreen, .mainThread = mainThread, .clock = clock}};
 
     Cast cast;
     /// Who follows the enrolment; the cameras' views hold him too.
@@ -211,7 +217,8 @@ void Stage::World::startApplication() {
                        .directory = directory,
                        .defaults = defaults,
                        .keyEvents = keyEvents,
-                       .systemSettings = systemSettings},
+                       .systemSettings = systemSettings,
+                       .presenter = &island},
         UnlockModel::Resources{.dataBase = data.path(),
                                .bundleIdentifier = {},
                                .testTag = {},
@@ -223,6 +230,7 @@ void Stage::World::startApplication() {
         windows,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { note(line); },
                                  .terminate = [] {}});
+    island.onHover = [this] { application->model().activateIsland(); };
     application->didFinishLaunching({.isAtLogin = true, .isVisible = true});
 }
 

@@ -20,12 +20,14 @@
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/UinputKeyEvents.h"
 #include "Platforms/Linux/UnixSystemClock.h"
+#include "Platforms/Linux/X11WindowServer.h"
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Platforms/Linux/XdgFolders.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Unlock/Linux/MissingModelsPresenter.h"
 #include "Unlock/Linux/QtApplicationWindows.h"
+#include "Unlock/LockScreenOverlayController.h"
 #include "Unlock/UnlockApplication.h"
 #include "UnlockCore/LockWatching/WindowServerLockState.h"
 
@@ -115,6 +117,7 @@ class World {
     }
 
     void terminate() {
+        island_.onHover = {};
         if (application_) application_->willTerminate();
     }
 
@@ -161,6 +164,10 @@ class World {
     const std::shared_ptr<CaptureSession> lookCamera_ = surroundings_.makeCamera(clock_);
     const std::shared_ptr<CaptureSession> enrollmentCamera_ = surroundings_.makeCamera(clock_);
 
+    X11WindowServer windowServer_{sessionPlaces_.display};
+    LockScreen lockScreen_{windowServer_, session_.loginSession()};
+    LockScreenOverlayController island_{
+        {.lockScreen = lockScreen_, .mainThread = mainThread_, .clock = clock_}};
     QtApplicationWindows windows_;
     MissingModelsPresenter missing_;
     UnlockOpening::Launch launch_;
@@ -204,7 +211,7 @@ std::expected<void, std::string> World::start() {
                        .defaults = defaults_,
                        .keyEvents = *keyEvents_,
                        .systemSettings = systemSettings_,
-                       .presenter = nullptr},
+                       .presenter = &island_},
         UnlockModel::Resources{.dataBase = places_.folders.dataHome,
                                .bundleIdentifier = applicationIdentifier,
                                .testTag = {},
@@ -213,6 +220,7 @@ std::expected<void, std::string> World::start() {
         windows_,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { log_.write(line); },
                                  .terminate = &World::end});
+    island_.onHover = [this] { application_->model().activateIsland(); };
     application_->didFinishLaunching(launch_);
     surroundings_.didLaunch(*application_);
     return {};

@@ -2,7 +2,7 @@
 cameras, the account and who confirms the owner are made up. Sets it up through its windows with the keyboard
 alone, unlocks, ends it, starts it again, passes the owner check, unlocks again, and kills it while it saves.
 
-program_test.py PROGRAM [KILLS]
+program_on_a_desktop.py PROGRAM [KILLS]
 """
 
 import os
@@ -17,7 +17,7 @@ import time
 from pathlib import Path
 
 PASSWORD = "Corr3ct-HoRse_b@ttery!"
-SHARED = Path(os.environ.get("MARROWBY_SHARED", Path(__file__).resolve().parents[3].parent / "shared"))
+SHARED = Path(os.environ.get("MARROWBY_SHARED", "../shared"))
 TOOLS = ["Xvfb", "dbus-daemon", "gnome-keyring-daemon", "i3lock", "xdotool"]
 
 CHECKER = '#!/bin/sh\nsleep 0.2\ntr -d "\\000" | cmp -s - "{folder}/password"\n'
