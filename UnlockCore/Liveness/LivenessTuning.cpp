@@ -10,12 +10,12 @@ namespace {
 // is flat. Glare: highlights over 7 % of the face reach 0.25, and spread over more than one cell
 // they cannot go beyond 0.3. Moire: people stayed below a contrast of 8.3 (a level of 0.19),
 // monitors reached 4 to 80 at 640 x 480 and 50 to 1700 at 1280 x 720.
-constexpr LivenessTuning standardTuning{.liveThreshold = 0.70F,
-                                        .liveMinimumFrames = 15,
-                                        .liveFrameFloor = 0.50F,
-                                        .spoofThreshold = 0.20F,
-                                        .spoofMinimumFrames = 5,
-                                        .averagedFrames = 15,
+constexpr LivenessTuning standardTuning{.liveThreshold = 0.62F,
+                                        .liveMinimumFrames = 20,
+                                        .liveFrameFloor = 0.40F,
+                                        .spoofThreshold = 0.25F,
+                                        .spoofMinimumFrames = 8,
+                                        .averagedFrames = 20,
                                         .planarLevel = 0.85F,
                                         .planarFrames = 3,
                                         .moireLevel = 0.4F,
@@ -23,17 +23,15 @@ constexpr LivenessTuning standardTuning{.liveThreshold = 0.70F,
                                         .glossLevel = 0.25F,
                                         .glossFrames = 5,
                                         .deviceLevel = 0.9F,
-                                        .deviceFrames = 4,
+                                        .deviceFrames = 8,
                                         .headTurnFrames = 3};
 
 // More agreement over a longer time, and a doubtful face denied sooner.
 constexpr LivenessTuning strictTuning = [] {
     LivenessTuning tuning = standardTuning;
-    tuning.liveThreshold = 0.72F;
-    tuning.liveMinimumFrames = 18;
+    tuning.liveThreshold = 0.80F;
     tuning.liveFrameFloor = 0.60F;
     tuning.spoofThreshold = 0.30F;
-    tuning.averagedFrames = 18;
     return tuning;
 }();
 

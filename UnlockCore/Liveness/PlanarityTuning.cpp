@@ -10,7 +10,7 @@ namespace {
 // landmarks' own noise of 0.005 to 0.01 hides the nose.
 constexpr PlanarityTuning tuning{.motionGate = 0.25,
                                  .planarRatio = 0.03,
-                                 .planarResidual = 0.025,
+                                 .planarResidual = 0.02,
                                  .depthRatio = 0.06,
                                  .depthResidual = 0.035,
                                  .minimumPairs = 4,

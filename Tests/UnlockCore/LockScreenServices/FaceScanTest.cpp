@@ -133,6 +133,7 @@ TEST_F(FaceScanTest, confirmsNothingByScoresFromBeforeABadFrame) {
                                            std::vector<std::uint8_t>(std::size_t{320} * 240));
          }},
         {"landmarks that are no numbers", place, [&] { damage(std::nan("")); }},
+        {"no landmarks", place, [&] { vision.details.landmarks[0].reset(); }},
         {"landmarks outside the picture", place, [&] { damage(-3); }},
         {"at the picture's edge", {0.7, 0.4, 0.3, 0.3}, [] {}},
         {"larger than the picture", {-0.2, -0.2, 1.4, 1.4}, [] {}},
