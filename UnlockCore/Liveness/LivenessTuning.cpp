@@ -30,6 +30,8 @@ constexpr LivenessTuning standardTuning{.liveThreshold = 0.62F,
 constexpr LivenessTuning strictTuning = [] {
     LivenessTuning tuning = standardTuning;
     tuning.liveThreshold = 0.80F;
+    tuning.liveMinimumFrames = 24;
+    tuning.averagedFrames = 24;
     tuning.liveFrameFloor = 0.60F;
     tuning.spoofThreshold = 0.30F;
     return tuning;

@@ -133,7 +133,6 @@ TEST_F(FaceScanTest, confirmsNothingByScoresFromBeforeABadFrame) {
                                            std::vector<std::uint8_t>(std::size_t{320} * 240));
          }},
         {"landmarks that are no numbers", place, [&] { damage(std::nan("")); }},
-        {"no landmarks", place, [&] { vision.details.landmarks[0].reset(); }},
         {"landmarks outside the picture", place, [&] { damage(-3); }},
         {"at the picture's edge", {0.7, 0.4, 0.3, 0.3}, [] {}},
         {"larger than the picture", {-0.2, -0.2, 1.4, 1.4}, [] {}},
@@ -187,6 +186,11 @@ TEST_F(FaceScanTest, keepsItsLivenessOnAFrameWithoutFace) {
     ASSERT_FALSE(step.recognition);
     EXPECT_EQ(step.recognition.error(), FaceRecognitionError(FaceRecognitionError::NoFace{}));
     EXPECT_EQ(step.liveness.decision, LivenessDecision(Confirmed{}));
+    // Nor is a face without landmarks one that could be confirmed.
+    vision.addFace({0.4, 0.4, 0.3, 0.3}, {320, 240});
+    vision.details.landmarks[0].reset();
+    EXPECT_FALSE(take().recognition);
+    EXPECT_EQ(see().liveness.realFace.frames, 1);
 }
 
 TEST_F(FaceScanTest, asksForAHeadTurnInStrictMode) {
