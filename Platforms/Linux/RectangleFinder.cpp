@@ -180,13 +180,12 @@ std::optional<cv::Point2f> crossing(const Line& a, const Line& b) {
 /// the lower side is the last.
 std::optional<Quad> corners(const Line& left, const Line& right, const Line& top,
                             const Line& bottom) {
-    const std::array found{crossing(left, bottom), crossing(left, top), crossing(right, top),
-                           crossing(right, bottom)};
-    Quad quad;
-    for (std::size_t i = 0; i < found.size(); ++i) {
-        if (!found.at(i)) return std::nullopt;
-        quad.at(i) = *found.at(i);
-    }
+    const auto lowerLeft = crossing(left, bottom);
+    const auto upperLeft = crossing(left, top);
+    const auto upperRight = crossing(right, top);
+    const auto lowerRight = crossing(right, bottom);
+    if (!lowerLeft || !upperLeft || !upperRight || !lowerRight) return std::nullopt;
+    const Quad quad{*lowerLeft, *upperLeft, *upperRight, *lowerRight};
     if (!(quad[0].x < quad[3].x && quad[1].x < quad[2].x && quad[1].y < quad[0].y &&
           quad[2].y < quad[3].y)) {
         return std::nullopt;
