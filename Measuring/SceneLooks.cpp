@@ -9,7 +9,6 @@
 #include <cmath>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <utility>
 
 namespace marrowby {
@@ -18,13 +17,18 @@ namespace {
 
 constexpr double framesPerSecond = 30;
 
+/// What all looks share: only one is filmed at a time.
+struct Studio {
+    Cast cast = {};
+    std::unique_ptr<SceneFilm> film = nullptr;
+};
+
 /// Films from the look's first picture on.
 struct Shoot {
     Scene scene;
-    std::shared_ptr<Cast> cast;
+    std::shared_ptr<Studio> studio;
     int width = 0;
     int height = 0;
-    std::optional<SceneFilm> film;
     TimeInterval begin{};
 
     std::shared_ptr<const PixelBuffer> picture(std::size_t index) {
@@ -32,10 +36,10 @@ struct Shoot {
             Chance chance(scene.seed + 5);
             // Somebody who sits down does it at the scene's beginning.
             begin = TimeInterval(chance.between(0, scene.name == "live-comes-back" ? 0.5 : 9));
-            film.emplace(scene, *cast);
+            studio->film = std::make_unique<SceneFilm>(scene, studio->cast);
         }
         const TimeInterval running(static_cast<double>(index) / framesPerSecond);
-        return film
+        return studio->film
             ->shoot({.at = begin + running, .running = running, .width = width, .height = height})
             .picture;
     }
@@ -45,7 +49,7 @@ struct Shoot {
 
 std::vector<Look> looksOf(const SceneLooks& wanted) {
     const auto people = distinctPeople();
-    const auto cast = std::make_shared<Cast>();
+    const auto studio = std::make_shared<Studio>();
     std::vector<Look> looks;
     for (std::uint64_t take = wanted.first; take < wanted.first + wanted.count; ++take) {
         // Somebody else in every scene of a take.
@@ -61,7 +65,7 @@ std::vector<Look> looksOf(const SceneLooks& wanted) {
             auto scene = sceneNamed(listed.name, person, take);
             if (!scene) continue;
             const auto shoot = std::make_shared<Shoot>(
-                Shoot{*std::move(scene), cast, wanted.width, wanted.height, std::nullopt, {}});
+                Shoot{*std::move(scene), studio, wanted.width, wanted.height});
             looks.push_back({.purpose = isAttack ? Look::Purpose::attack : Look::Purpose::genuine,
                              .attack = isAttack ? std::string(name(listed.props.front().kind)) : "",
                              .person = std::to_string(person),
