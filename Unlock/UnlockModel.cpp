@@ -447,7 +447,7 @@ UnlockReadiness UnlockModel::readiness() const {
             .scanDuration = TimeInterval(static_cast<double>(settings().scanSeconds)),
             .vaultUnlocked = vault_.isUnlocked(),
             .passwordSaved = credentialStore_.hasPassword(),
-            .accessibilityTrusted = platform_.keyEvents.isTrusted(),
+            .accessibilityTrusted = platform_.keyEvents.canType(),
             .spaceKeyAccess = platform_.keyboards.hasListenAccess(),
             .scan = {.cameraID = settings().builtInDisplayCameraID,
                      .identities = faceStore_.identities(),
@@ -499,7 +499,7 @@ UnlockModel::State UnlockModel::currentState() const {
                  .vaultUnlocked = vault_.isUnlocked(),
                  .identities = faceStore_.identities(),
                  .cameraPermission = enrollmentCamera_.permission(),
-                 .accessibilityTrusted = platform_.keyEvents.isTrusted(),
+                 .accessibilityTrusted = platform_.keyEvents.canType(),
                  .problem = state_.problem,
                  .settings = state_.settings};
 }

@@ -2,9 +2,9 @@
 // wipes a password, and searches its own whole memory each time; says what it finds too much. Ends
 // by abort(), while a password is being typed, so that a core is left.
 
-#include "Platforms/Linux/OpenSslCipher.h"
-#include "Platforms/Linux/PosixFileSystem.h"
 #include "Platforms/Linux/SecretServiceKeychain.h"
+#include "Platforms/Posix/OpenSslCipher.h"
+#include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeNotificationCenter.h"
 #include "Tests/Fakes/FakeOwnerAuthentication.h"

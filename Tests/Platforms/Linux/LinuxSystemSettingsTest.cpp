@@ -1,6 +1,6 @@
 #include "Platforms/Linux/JournaldLog.h"
 #include "Platforms/Linux/LinuxSystemSettings.h"
-#include "Platforms/Linux/PosixFileSystem.h"
+#include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 
 #include <algorithm>
