@@ -45,7 +45,7 @@ class SingleInstance::Service final : private QDBusVirtualObject {
             QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
         request << QString::fromLatin1(busName) << doNotQueue;
         // Somebody else’s name: then only the signal reaches us.
-        link_.call(std::move(request), [](const QDBusMessage& /*reply*/) {});
+        link_.call(request, [](const QDBusMessage& /*reply*/) {});
     }
 
     [[nodiscard]] QString introspect(const QString& /*path*/) const override {

@@ -289,9 +289,9 @@ void PageWindow::enter(ControlID id, std::string text) {
 
 void PageWindow::enterSecret() {
     const RowView* row = presenter_ != nullptr ? secretRow() : nullptr;
-    if (row == nullptr) return;
-    if (auto secret = row->secretField()->take())
-        presenter_->enter(*row->key().id, std::move(*secret));
+    const auto id = row != nullptr ? row->key().id : std::nullopt;
+    if (!id) return;
+    if (auto secret = row->secretField()->take()) presenter_->enter(*id, *std::move(secret));
 }
 
 /// Closing the window may be what it leads to.

@@ -125,13 +125,11 @@ void SecretField::append(const QString& text) {
 bool SecretField::append(char32_t character) {
     if (!isTypable(character)) return false;
     Encoded encoded = utf8(character);
-    const bool fits = reserve(encoded.size);
-    if (fits) {
-        for (std::size_t i = 0; i < encoded.size; ++i)
-            bytes_->values()[size_++] = std::exchange(encoded.bytes.at(i), 0);
-        ++characters_;
-    }
-    return fits;
+    if (!reserve(encoded.size) || !bytes_) return false;
+    for (std::size_t i = 0; i < encoded.size; ++i)
+        bytes_->values()[size_++] = std::exchange(encoded.bytes.at(i), 0);
+    ++characters_;
+    return true;
 }
 
 void SecretField::removeLast() {
