@@ -215,15 +215,17 @@ WindowPage SettingsPresenter::questionPage() const {
         }
     };
     const Words words = std::visit(WordsOf(), question_);
+    // Return never does what can't be undone.
+    const bool isDestructive = !std::holds_alternative<Quitting>(question_);
     return {.title = words.title,
             .detail = words.detail,
             .rows = {},
             .problem = {},
-            .buttons = {button({Control::cancel}, "Cancel"),
+            .buttons = {{.id = {Control::cancel}, .title = "Cancel", .isDefault = isDestructive},
                         {.id = {Control::confirm},
                          .title = words.confirm,
-                         .isDefault = true,
-                         .isDestructive = !std::holds_alternative<Quitting>(question_)}}};
+                         .isDefault = !isDestructive,
+                         .isDestructive = isDestructive}}};
 }
 
 void SettingsPresenter::press(ControlID id) {

@@ -229,7 +229,9 @@ TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
     EXPECT_THAT(windows.page().detail, HasSubstr("until you open it again from Applications."));
     EXPECT_TRUE(press("Cancel"));
     EXPECT_FALSE(terminated);
-    EXPECT_TRUE(press("Erase Everything…") && press("Erase"));
+    EXPECT_TRUE(press("Erase Everything…"));
+    EXPECT_TRUE(windows.page().buttons.front().isDefault) << "Return presses Cancel";
+    EXPECT_TRUE(press("Erase"));
     EXPECT_TRUE(files.files().empty() && keychain.items().empty());
     EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Not set up yet");
     EXPECT_TRUE(press("Quit…") && press("Quit"));
