@@ -78,9 +78,10 @@ WindowPage WelcomePresenter::body() const {
                 Row::Text{"It keeps numbers that describe your face, never a picture, and your "
                           "login password. Both are encrypted with a key in your keychain, which "
                           "Touch ID (or your password) releases once after every restart."},
-                Row::Text{"A camera sees less than Touch ID feels. Photos and screens are turned "
-                          "away, but somebody who looks very much like you, or a very good mask, "
-                          "may get in. It never works right after a restart."},
+                Row::Text{"A camera sees less than Touch ID feels. Most photos and screens are "
+                          "turned away, but a cut-out mask, a large screen, or somebody who looks "
+                          "very much like you may get in; strict mode in the settings is harder "
+                          "to fool. It never works right after a restart."},
                 Row::Toggle{.id = {Control::understood},
                             .title = "I understand",
                             .detail = {},

@@ -5,7 +5,6 @@
 #include "Rehearsal/Scenes/SceneCatalogue.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
 #include "Unlock/UnlockApplication.h"
-#include "UnlockCore/Enrollment/EnrollmentPose.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -84,16 +83,6 @@ class StageOwner final : public OwnerAuthentication {
     MainThread& mainThread_;
     const std::shared_ptr<const bool> confirms_;
 };
-
-/// What somebody in front of the window reads from the ring.
-EnrollmentSession::Hint hintOf(const std::string& read) {
-    using Hint = EnrollmentSession::Hint;
-    for (const EnrollmentPose pose : allEnrollmentPoses)
-        if (read == prompt(pose)) return Hint::Pose{pose};
-    for (const Hint& hint : {Hint(Hint::NoFace{}), Hint(Hint::Closer{}), Hint(Hint::Done{})})
-        if (read == text(hint)) return hint;
-    return Hint::TooFar{read};
-}
 
 template <typename Visit>
 void eachVisibleWindow(const Visit& visit) {
@@ -237,7 +226,7 @@ void StageSurroundings::observe() {
         page += (page.empty() ? "" : " | ") + window.windowTitle().toStdString();
         const auto* hint = window.findChild<QLabel*>(QStringLiteral("guide-hint"));
         if (hint != nullptr && user_)
-            user_->heed(hintOf(hint->text().toStdString()), clock_->now() - sceneBegan_);
+            user_->heed(hintSaying(hint->text().toStdString()), clock_->now() - sceneBegan_);
     });
     observing_->setInterval(page.empty() ? idleMilliseconds : observingMilliseconds);
     if (page != std::exchange(page_, page)) say("page: " + page);
