@@ -32,6 +32,7 @@ std::size_t indexOf(const std::array<T, N>& all, const T& value) {
 template <typename T, std::size_t N>
 std::vector<std::string> titlesOf(const std::array<T, N>& all, std::string_view (*title)(T)) {
     std::vector<std::string> titles;
+    titles.reserve(N);
     for (const T each : all)
         titles.emplace_back(title(each));
     return titles;
@@ -103,6 +104,7 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
                                   .detail = {},
                                   .isOn = settings.triggers.contains(UnlockTrigger::onSpace)});
     std::vector<std::string> seconds;
+    seconds.reserve(UnlockSettings::scanSecondsChoices.size());
     for (const std::int64_t each : UnlockSettings::scanSecondsChoices)
         seconds.push_back(std::to_string(each) + " seconds");
     rows.emplace_back(
