@@ -98,8 +98,9 @@ bool SceneWindows::typeSecret(std::string_view text) {
     if (!field) return false;
     const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
     auto secret = SecretBytes::copyOf(bytes);
-    if (secret) presenter().enter(field->id, *std::move(secret));
-    return secret.has_value();
+    if (!secret) return false;
+    presenter().enter(field->id, *std::move(secret));
+    return true;
 }
 
 }  // namespace marrowby
