@@ -155,8 +155,9 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere
 
     // MARROWBY_KILLS: how often; the moments are random, each kill loses nothing of what was saved.
     const char* wish = std::getenv("MARROWBY_KILLS");
+    const long wished = wish != nullptr ? std::strtol(wish, nullptr, 10) : 3;
     std::mt19937 moments(std::random_device{}());
-    for (int kills = wish != nullptr ? std::atoi(wish) : 3; kills > 0; --kills) {
+    for (long kills = wished; kills > 0; --kills) {
         program.reset();
         program = std::make_unique<StagedProgram>(loop, environment);
         QDeadlineTimer moment(static_cast<int>(moments() % 1500));
