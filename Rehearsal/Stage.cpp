@@ -23,6 +23,7 @@
 #include "Rehearsal/Scenes/SceneFilm.h"
 #include "Rehearsal/Scenes/SceneUser.h"
 #include "Rehearsal/Scenes/ScriptedCamera.h"
+#include "Rehearsal/Scenes/SharedNetworks.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Rehearsal/TemporaryFolder.h"
 #include "Unlock/LockScreenOverlayController.h"
@@ -41,11 +42,7 @@ namespace marrowby {
 
 namespace {
 
-constexpr const char* embedderFile = "Embedder128.onnx";
-constexpr const char* embedderIdentifier = "mobilefacenet-128-test-1";
-constexpr const char* realFaceFile = "MiniFASNet.onnx";
-constexpr const char* finderFile = "face_detection_yunet_2023mar.onnx";
-constexpr const char* landmarksFile = "Landmarks98.onnx";
+using namespace sharednetworks;
 
 constexpr TimeInterval lockAnnouncement{5};
 

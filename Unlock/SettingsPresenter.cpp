@@ -186,7 +186,7 @@ void SettingsPresenter::addActivity(std::vector<WindowRow>& rows) const {
     Row::Log log;
     const Date now = clock_.now();
     const std::size_t count = std::min(shownEntries, entries.size());
-    for (std::size_t i = entries.size(); i-- > entries.size() - count;)
+    for (std::size_t i = entries.size() - count; i < entries.size(); ++i)
         log.lines.push_back(entries[i].text + " · " + age(now - entries[i].at));
     rows.emplace_back(Row::Heading{"Lately"});
     rows.emplace_back(std::move(log));
@@ -296,10 +296,7 @@ void SettingsPresenter::toggle(ControlID id, bool isOn) {
         if (id.control == Control::spaceTrigger)
             settings.triggers.set(UnlockTrigger::onSpace, isOn);
     });
-    if (id.control == Control::enabled && isOn && model_.state().isEnrolled &&
-        model_.state().hasPassword) {
-        model_.wireEngine();
-    }
+    if (id.control == Control::enabled && isOn) model_.wireEngine();
     hooks_.onChange();
 }
 

@@ -32,6 +32,7 @@ WelcomePresenter::WelcomePresenter(UnlockOnboardingMode mode, UnlockModel& model
 
 UnlockOnboardingFacts WelcomePresenter::facts() const {
     const UnlockModel::State& state = model_.state();
+    // A face that was saved before has its name, too.
     const bool isSaved = flow_.mode() == UnlockOnboardingMode::setUp && state.isEnrolled;
     return {.understood = understood_,
             .cameraAllowed = state.cameraPermission == CameraManager::Permission::granted,
@@ -350,7 +351,7 @@ void WelcomePresenter::finish() {
         settings.hasFinishedWelcome = true;
         model_.apply(std::move(settings));
     }
-    if (model_.state().isEnrolled && model_.state().hasPassword) model_.wireEngine();
+    model_.wireEngine();
     hooks_.onFinish();
 }
 

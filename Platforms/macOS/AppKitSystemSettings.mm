@@ -8,37 +8,18 @@
 
 namespace marrowby {
 
-namespace {
-
-/// As the system names them, and the last part of their address.
-struct Place {
-    const char* name;
-    const char* anchor;
-};
-
-Place place(SystemSettings::Pane pane) {
-    switch (pane) {
-        case SystemSettings::Pane::camera:
-            return {"Camera", "Privacy_Camera"};
-        case SystemSettings::Pane::accessibility:
-            return {"Accessibility", "Privacy_Accessibility"};
-    }
-}
-
-}  // namespace
-
 std::string AppKitSystemSettings::location(Pane pane) const {
-    return std::string("System Settings › Privacy & Security › ") + place(pane).name;
+    return macsettings::place(pane).location;
 }
 
 bool AppKitSystemSettings::open(Pane pane) {
-    if (pane == Pane::accessibility) {
+    const macsettings::Place place = macsettings::place(pane);
+    if (place.asksForTrust) {
         NSDictionary* const options = @{(__bridge id)kAXTrustedCheckOptionPrompt : @YES};
         AXIsProcessTrustedWithOptions((__bridge CFDictionaryRef)options);
     }
     NSString* const address =
-        foundationText(std::string("x-apple.systempreferences:com.apple.preference.security?") +
-                       place(pane).anchor);
+        foundationText(std::string(macsettings::openAtAddress) + place.anchor);
     NSURL* const url = [NSURL URLWithString:address];
     return url && [NSWorkspace.sharedWorkspace openURL:url];
 }

@@ -29,8 +29,6 @@ namespace marrowby {
 
 namespace {
 
-constexpr NSTimeInterval pointerInterval = 0.2;
-
 /// Of the screen whose lower left corner is the origin of AppKit's plane.
 CGFloat mainHeight() {
     return NSScreen.screens.firstObject.frame.size.height;
@@ -52,14 +50,14 @@ class PolledPointer final : public WindowServer::PointerWatch {
   public:
     explicit PolledPointer(std::function<void(const Point&)> onPlace)
         : onPlace_(std::make_shared<const std::function<void(const Point&)>>(std::move(onPlace))) {
-        timer_ = [NSTimer timerWithTimeInterval:pointerInterval
+        timer_ = [NSTimer timerWithTimeInterval:pointerInterval.count()
                                         repeats:YES
                                           block:^(NSTimer*) {
                                             @autoreleasepool {
                                                 ask();
                                             }
                                           }];
-        timer_.tolerance = pointerInterval / 2;
+        timer_.tolerance = pointerInterval.count() / 2;
         [NSRunLoop.mainRunLoop addTimer:timer_ forMode:NSRunLoopCommonModes];
     }
     PolledPointer(const PolledPointer&) = delete;

@@ -16,6 +16,11 @@ std::unexpected<DirectoryError> failure(NSError* error) {
                                             .message = plainText(error.localizedDescription)});
 }
 
+std::unexpected<DirectoryError> failure(NSException* exception) {
+    return std::unexpected<DirectoryError>(
+        {.domain = plainText(exception.name), .code = 0, .message = plainText(exception.reason)});
+}
+
 class AccountRecord final : public Directory::Record {
   public:
     explicit AccountRecord(ODRecord* record) : record_(record) {}
@@ -28,11 +33,13 @@ class AccountRecord final : public Directory::Record {
                                                length:password.size()
                                              encoding:NSUTF8StringEncoding
                                          freeWhenDone:NO];
-            NSError* error = nil;
-            const bool isRight = withoutExceptions(
-                false, [&]() -> bool { return [record_ verifyPassword:text error:&error]; });
-            if (isRight) return {};
-            return failure(error);
+            @try {
+                NSError* error = nil;
+                if ([record_ verifyPassword:text error:&error]) return {};
+                return failure(error);
+            } @catch (NSException* exception) {
+                return failure(exception);
+            }
         }
     }
 
@@ -47,15 +54,17 @@ class AccountNode final : public Directory::Node {
     [[nodiscard]] Directory::Result<std::unique_ptr<Directory::Record>> record(
         const std::string& type, const std::string& name) override {
         @autoreleasepool {
-            NSError* error = nil;
-            ODRecord* const found = withoutExceptions<ODRecord*>(nil, [&] {
-                return [node_ recordWithRecordType:foundationText(type)
-                                              name:foundationText(name)
-                                        attributes:nil
-                                             error:&error];
-            });
-            if (!found) return failure(error);
-            return std::make_unique<AccountRecord>(found);
+            @try {
+                NSError* error = nil;
+                ODRecord* const found = [node_ recordWithRecordType:foundationText(type)
+                                                               name:foundationText(name)
+                                                         attributes:nil
+                                                              error:&error];
+                if (!found) return failure(error);
+                return std::make_unique<AccountRecord>(found);
+            } @catch (NSException* exception) {
+                return failure(exception);
+            }
         }
     }
 
@@ -68,12 +77,16 @@ class AccountNode final : public Directory::Node {
 Directory::Result<std::unique_ptr<Directory::Node>> OpenDirectoryAccounts::openNode(
     std::uint32_t type) {
     @autoreleasepool {
-        NSError* error = nil;
-        ODNode* const node = withoutExceptions<ODNode*>(nil, [&] {
-            return [ODNode nodeWithSession:ODSession.defaultSession type:type error:&error];
-        });
-        if (!node) return failure(error);
-        return std::make_unique<AccountNode>(node);
+        @try {
+            NSError* error = nil;
+            ODNode* const node = [ODNode nodeWithSession:ODSession.defaultSession
+                                                    type:type
+                                                   error:&error];
+            if (!node) return failure(error);
+            return std::make_unique<AccountNode>(node);
+        } @catch (NSException* exception) {
+            return failure(exception);
+        }
     }
 }
 

@@ -1,9 +1,10 @@
 #include "Rehearsal/OnStage/StageSurroundings.h"
 
-#include "Platforms/Linux/PolkitOwnerAuthentication.h"
 #include "Rehearsal/People/Person.h"
+#include "Rehearsal/SceneOwner.h"
 #include "Rehearsal/Scenes/SceneCatalogue.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
+#include "Rehearsal/Scenes/SharedNetworks.h"
 #include "Unlock/UnlockApplication.h"
 
 #include <QAbstractButton>
@@ -24,12 +25,7 @@ namespace marrowby {
 
 namespace {
 
-// What stands in the folder of published networks.
-constexpr const char* embedderFile = "Embedder128.onnx";
-constexpr const char* embedderIdentifier = "mobilefacenet-128-test-1";
-constexpr const char* realFaceFile = "MiniFASNet.onnx";
-constexpr const char* finderFile = "face_detection_yunet_2023mar.onnx";
-constexpr const char* landmarksFile = "Landmarks98.onnx";
+using namespace sharednetworks;
 
 /// While a window is open, as often as the camera gives a picture.
 constexpr int observingMilliseconds = 66;
@@ -45,43 +41,6 @@ class SharedDirectory final : public Directory {
 
   private:
     const std::shared_ptr<Directory> directory_;
-};
-
-/// Confirms or cancels on the next turn of the main loop.
-class StageOwner final : public OwnerAuthentication {
-  public:
-    StageOwner(MainThread& mainThread, std::shared_ptr<const bool> confirms)
-        : mainThread_(mainThread), confirms_(std::move(confirms)) {}
-    [[nodiscard]] std::shared_ptr<OwnerAuthenticationContext> makeContext() override {
-        return std::make_shared<Context>(mainThread_, confirms_);
-    }
-
-  private:
-    class Context final : public OwnerAuthenticationContext {
-      public:
-        Context(MainThread& mainThread, std::shared_ptr<const bool> confirms)
-            : mainThread_(mainThread), confirms_(std::move(confirms)) {}
-        [[nodiscard]] std::expected<void, OwnerAuthenticationError> canEvaluate(
-            std::int64_t /*policy*/) override {
-            return {};
-        }
-        void evaluate(
-            std::int64_t /*policy*/, const std::string& /*reason*/,
-            std::function<void(std::expected<bool, OwnerAuthenticationError>)> reply) override {
-            mainThread_.post([reply = std::move(reply), confirms = *confirms_] {
-                if (confirms) return reply(true);
-                reply(std::unexpected(OwnerAuthenticationError{
-                    .code = PolkitOwnerAuthentication::cancelledByUser, .message = "cancelled"}));
-            });
-        }
-
-      private:
-        MainThread& mainThread_;
-        const std::shared_ptr<const bool> confirms_;
-    };
-
-    MainThread& mainThread_;
-    const std::shared_ptr<const bool> confirms_;
 };
 
 template <typename Visit>
@@ -136,7 +95,7 @@ std::unique_ptr<Directory> StageSurroundings::makeDirectory() {
 
 std::unique_ptr<OwnerAuthentication> StageSurroundings::makeOwnerAuthentication(
     MainThread& mainThread) {
-    return std::make_unique<StageOwner>(mainThread, ownerConfirms_);
+    return std::make_unique<SceneOwner>(mainThread, ownerConfirms_);
 }
 
 void StageSurroundings::didLaunch(UnlockApplication& application) {

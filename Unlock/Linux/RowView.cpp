@@ -387,16 +387,7 @@ struct Maker {
 }  // namespace
 
 RowKey RowKey::of(const WindowRow& row) {
-    RowKey key{.kind = row.index(), .id = {}};
-    std::visit(
-        [&key](const auto& value) {
-            if constexpr (requires { value.id; }) key.id = value.id;
-            if constexpr (requires { value.buttons; }) {
-                if (!value.buttons.empty()) key.id = value.buttons.front().id;
-            }
-        },
-        row);
-    return key;
+    return {.kind = row.index(), .id = controlOf(row)};
 }
 
 RowView* RowView::create(const WindowRow& row, ControlSink& sink, QWidget* parent) {

@@ -40,18 +40,6 @@ constexpr CGFloat cardMargin = 12;
 constexpr CGFloat logHeight = 150;
 constexpr CGFloat fieldWidth = 240;
 
-std::optional<ControlID> idOf(const WindowRow& row) {
-    return std::visit(
-        [](const auto& value) -> std::optional<ControlID> {
-            if constexpr (requires { value.id; }) return value.id;
-            if constexpr (requires { value.buttons; }) {
-                if (!value.buttons.empty()) return value.buttons.front().id;
-            }
-            return std::nullopt;
-        },
-        row);
-}
-
 NSColor* markColor(bool isGood) {
     return isGood ? NSColor.systemGreenColor : NSColor.systemOrangeColor;
 }
@@ -362,7 +350,7 @@ struct Maker {
 
 }  // namespace
 
-PageRow::PageRow(const WindowRow& row) : kind_(row.index()), id_(idOf(row)) {}
+PageRow::PageRow(const WindowRow& row) : kind_(row.index()), id_(controlOf(row)) {}
 
 std::shared_ptr<PageRow> PageRow::make(const WindowRow& row, const Window& window) {
     auto made = std::visit(Maker{row, window}, row);
@@ -371,7 +359,7 @@ std::shared_ptr<PageRow> PageRow::make(const WindowRow& row, const Window& windo
 }
 
 bool PageRow::fits(const WindowRow& row) const {
-    return row.index() == kind_ && idOf(row) == id_;
+    return row.index() == kind_ && controlOf(row) == id_;
 }
 
 NSTextField* pageLabel(NSFont* font, NSColor* color) {

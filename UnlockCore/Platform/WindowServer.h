@@ -1,6 +1,7 @@
 #pragma once
 
 #include "UnlockCore/Foundation/Geometry.h"
+#include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Platform/PanelDrawing.h"
 
 #include <array>
@@ -102,6 +103,9 @@ class SkyLightFunctions {
                                          std::span<const std::int64_t> windows,
                                          std::span<const Space> spaces) = 0;
 };
+
+/// How often the pointer is asked for its place where nobody tells of it.
+inline constexpr TimeInterval pointerInterval{0.2};
 
 /// The windows of the system, its screens and the pointer. Main thread.
 class WindowServer {
