@@ -3,10 +3,15 @@
 #include "Benchmarks/Material.h"
 #include "Platforms/Linux/BitmapMat.h"
 #include "Platforms/Linux/Landmarks98Network.h"
+#include "Platforms/Linux/OpenCvFourierTransform.h"
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/V4l2Converter.h"
 #include "Platforms/Linux/YuNetFaceFinder.h"
 #include "UnlockCore/Liveness/AntiSpoofCrop.h"
+#include "UnlockCore/Liveness/DeviceBezelDetector.h"
+#include "UnlockCore/Liveness/LandmarkGeometry.h"
+#include "UnlockCore/Liveness/Planarity.h"
+#include "UnlockCore/Liveness/ScreenCues.h"
 #include "UnlockCore/Recognition/FaceAligner.h"
 #include "UnlockCore/Recognition/FaceDetector.h"
 #include "UnlockCore/Recognition/FaceMatcher.h"
@@ -162,6 +167,59 @@ void bothCrops(State& state) {
     }
 }
 BENCHMARK(bothCrops)->Unit(benchmark::kMicrosecond);
+
+/// Glare and moire together, of a picture of the argument's side.
+void screenCues(State& state) {
+    const Material& material = Material::shared();
+    const OpenCvFourierTransform fourier;
+    const auto source = material.picture(1280, 720);
+    const auto side = static_cast<double>(state.range(0));
+    const auto image = material.imaging.render(*source, {416, 136, side, side}, 1);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ScreenCues::measure(*image, material.imaging, fourier));
+}
+BENCHMARK(screenCues)->Arg(224)->Arg(448)->Unit(benchmark::kMicrosecond);
+
+/// 98 landmarks of a turned plane, a tenth of them elsewhere.
+void robustHomography(State& state) {
+    constexpr Homography turn{0.97, 0.02, 8, -0.03, 1.01, -5, 1e-4, -5e-5, 1};
+    std::vector<Point> from;
+    std::vector<Point> to;
+    for (int i = 0; i < 98; ++i) {
+        from.push_back({200.0 + 13 * (i % 11), 120.0 + 17.0 * (i / 11)});
+        to.push_back(turn.apply(from.back()));
+        if (i % 10 == 0) to.back().x += 20;
+    }
+    for (auto _ : state)
+        benchmark::DoNotOptimize(landmarkgeometry::robustFit(from, to));
+}
+BENCHMARK(robustHomography)->Unit(benchmark::kMicrosecond);
+
+/// Flat motion over a whole window of frames.
+void planarityOfAWindow(State& state) {
+    const DetectedFace face = Material::shared().face();
+    std::vector<LivenessFrame> frames;
+    for (int i = 0; i < 90; ++i) {
+        LivenessFrame frame = livenessFrame(face, Date(TimeInterval(i / 30.0)));
+        for (LandmarkPoint& landmark : frame.landmarks)
+            landmark.point.x += 3 * i;
+        frames.push_back(std::move(frame));
+    }
+    const PlanarityTuning tuning = planarityTuning(LivenessMode::standard);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(planarity::evaluate(frames, tuning));
+}
+BENCHMARK(planarityOfAWindow)->Unit(benchmark::kMicrosecond);
+
+void deviceFrame(State& state) {
+    const Material& material = Material::shared();
+    const auto vision = material.loadVision();
+    const Bitmap image = material.frame().image;
+    const Rect box = material.face().boundingBox;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(devicebezeldetector::detect(image, box, *vision));
+}
+BENCHMARK(deviceFrame)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 /// 10 people of 18 samples.
 void match(State& state) {

@@ -1,9 +1,9 @@
 // What the vault takes to seal and to open: a password with room to spare, and many enrolled faces.
 
 #include "Platforms/Linux/LocalNotificationCenter.h"
-#include "Platforms/Linux/OpenSslCipher.h"
 #include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/UnixSystemClock.h"
+#include "Platforms/Posix/OpenSslCipher.h"
 #include "UnlockCore/Storage/Vault.h"
 
 #include <vector>

@@ -19,6 +19,8 @@ class LockScreenWindow {
     LockScreenWindow(const LockScreenWindow&) = delete;
     LockScreenWindow& operator=(const LockScreenWindow&) = delete;
 
+    /// False where the system has no window to give.
+    [[nodiscard]] bool exists() const { return panel_ != nullptr; }
     /// Whether it is in the lock screen's space. Without one it is shown only where that is wished.
     [[nodiscard]] bool show(const Rect& frame, bool showWithoutSpace);
     void hide();

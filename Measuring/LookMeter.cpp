@@ -4,6 +4,7 @@
 #include "Platforms/Linux/OpenCvFourierTransform.h"
 #include "Platforms/Linux/OpenCvImaging.h"
 #include "Platforms/Linux/OpenCvNeuralModels.h"
+#include "Rehearsal/Scenes/SharedNetworks.h"
 #include "UnlockCore/Liveness/LivenessTuning.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
@@ -20,11 +21,7 @@ namespace marrowby {
 
 namespace {
 
-constexpr const char* embedderFile = "Embedder128.onnx";
-constexpr const char* embedderIdentifier = "mobilefacenet-128-test-1";
-constexpr const char* realFaceFile = "MiniFASNet.onnx";
-constexpr const char* finderFile = "face_detection_yunet_2023mar.onnx";
-constexpr const char* landmarksFile = "Landmarks98.onnx";
+using namespace sharednetworks;
 
 /// As many as an enrolment takes: two for each of nine poses.
 constexpr std::size_t mostSamples = 18;

@@ -4,17 +4,22 @@
 #include "UnlockCore/Platform/OwnerAuthentication.h"
 
 #include <memory>
+#include <utility>
 
 namespace marrowby {
 
-/// The rehearsal's owner, who confirms every owner prompt on the next turn of the main loop.
+/// The rehearsal's owner, who confirms every owner prompt, or cancels it, on the next turn of the
+/// main loop.
 class SceneOwner final : public OwnerAuthentication {
   public:
-    explicit SceneOwner(MainThread& mainThread) : mainThread_(mainThread) {}
+    explicit SceneOwner(MainThread& mainThread,
+                        std::shared_ptr<const bool> confirms = std::make_shared<bool>(true))
+        : mainThread_(mainThread), confirms_(std::move(confirms)) {}
     [[nodiscard]] std::shared_ptr<OwnerAuthenticationContext> makeContext() override;
 
   private:
     MainThread& mainThread_;
+    const std::shared_ptr<const bool> confirms_;
 };
 
 }  // namespace marrowby

@@ -1,5 +1,7 @@
 #include "Rehearsal/SceneWindows.h"
 
+#include "Rehearsal/Scenes/SceneUser.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <span>
@@ -8,19 +10,6 @@
 namespace marrowby {
 
 namespace {
-
-using Hint = EnrollmentSession::Hint;
-
-Hint hintSaying(const std::string& sentence) {
-    for (std::size_t pose = 0; pose < allEnrollmentPoses.size(); ++pose) {
-        const Hint hint = Hint::Pose{allEnrollmentPoses[pose]};
-        if (text(hint) == sentence) return hint;
-    }
-    for (const Hint& hint : {Hint(Hint::NoFace{}), Hint(Hint::Closer{}), Hint(Hint::Done{})}) {
-        if (text(hint) == sentence) return hint;
-    }
-    return Hint::TooFar{sentence};
-}
 
 std::vector<WindowButton> buttonsOf(const WindowPage& page) {
     std::vector<WindowButton> buttons = page.buttons;
@@ -109,8 +98,9 @@ bool SceneWindows::typeSecret(std::string_view text) {
     if (!field) return false;
     const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
     auto secret = SecretBytes::copyOf(bytes);
-    if (secret) presenter().enter(field->id, *std::move(secret));
-    return secret.has_value();
+    if (!secret) return false;
+    presenter().enter(field->id, *std::move(secret));
+    return true;
 }
 
 }  // namespace marrowby

@@ -49,9 +49,10 @@ sleep 0.2
 tr -d '\000' | cmp -s - "$(dirname "$0")/password"
 )sh";
 
-// Locks once, and ends when it is unlocked. The program of that name stays otherwise.
+// Locks once, and ends when it is unlocked. The program of that name stays otherwise, and now and
+// then is deaf to being asked to end.
 constexpr const char* xscreensaverScript = R"sh(
-trap 'trap "" TERM; kill 0' EXIT
+trap 'trap "" TERM; kill 0; sleep 0.5; kill -s KILL 0' EXIT
 trap 'exit 1' TERM
 xscreensaver --no-splash >&2 & saver=$!
 until xscreensaver-command -time >/dev/null 2>&1; do

@@ -7,12 +7,13 @@
 #include "Platforms/Linux/OpenCvFourierTransform.h"
 #include "Platforms/Linux/OpenCvImaging.h"
 #include "Platforms/Linux/OpenCvNeuralModels.h"
-#include "Platforms/Linux/OpenSslCipher.h"
-#include "Platforms/Linux/PosixFileSystem.h"
 #include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/UnixSystemClock.h"
+#include "Platforms/Linux/X11WindowServer.h"
 #include "Platforms/Linux/XTestKeyEvents.h"
+#include "Platforms/Posix/OpenSslCipher.h"
+#include "Platforms/Posix/PosixFileSystem.h"
 #include "Rehearsal/Interruption.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/SceneDirectory.h"
@@ -22,8 +23,10 @@
 #include "Rehearsal/Scenes/SceneFilm.h"
 #include "Rehearsal/Scenes/SceneUser.h"
 #include "Rehearsal/Scenes/ScriptedCamera.h"
+#include "Rehearsal/Scenes/SharedNetworks.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Rehearsal/TemporaryFolder.h"
+#include "Unlock/LockScreenOverlayController.h"
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 #include "UnlockCore/Platform/LockNotifications.h"
@@ -39,11 +42,7 @@ namespace marrowby {
 
 namespace {
 
-constexpr const char* embedderFile = "Embedder128.onnx";
-constexpr const char* embedderIdentifier = "mobilefacenet-128-test-1";
-constexpr const char* realFaceFile = "MiniFASNet.onnx";
-constexpr const char* finderFile = "face_detection_yunet_2023mar.onnx";
-constexpr const char* landmarksFile = "Landmarks98.onnx";
+using namespace sharednetworks;
 
 constexpr TimeInterval lockAnnouncement{5};
 
@@ -116,6 +115,10 @@ struct Stage::World {
                            distributedCenter};
     XTestKeyEvents keyEvents{desktop.displayName()};
     ScreenLocker locker{desktop.displayName()};
+    X11WindowServer windowServer{desktop.displayName()};
+    LockScreen lockScreen{windowServer, session.loginSession()};
+    LockScreenOverlayController island{
+        {.lockScreen = lockScreen, .mainThread = mainThread, .clock = clock}};
 
     Cast cast;
     /// Who follows the enrolment; the cameras' views hold him too.
@@ -211,7 +214,8 @@ void Stage::World::startApplication() {
                        .directory = directory,
                        .defaults = defaults,
                        .keyEvents = keyEvents,
-                       .systemSettings = systemSettings},
+                       .systemSettings = systemSettings,
+                       .presenter = &island},
         UnlockModel::Resources{.dataBase = data.path(),
                                .bundleIdentifier = {},
                                .testTag = {},
@@ -223,6 +227,7 @@ void Stage::World::startApplication() {
         windows,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { note(line); },
                                  .terminate = [] {}});
+    island.onHover = [this] { application->model().activateIsland(); };
     application->didFinishLaunching({.isAtLogin = true, .isVisible = true});
 }
 

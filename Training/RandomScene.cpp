@@ -64,7 +64,7 @@ Movement held(Chance& chance, float distance) {
 }
 
 Prop randomProp(std::uint64_t person, Chance& chance) {
-    switch (chance.next() % 7) {
+    switch (chance.next() % 8) {
         case 0:
             return print(person, held(chance, evenly(chance, 0.28, 0.6)));
         case 1:
@@ -79,6 +79,8 @@ Prop randomProp(std::uint64_t person, Chance& chance) {
             return tablet(person, held(chance, evenly(chance, 0.25, 0.5)));
         case 5:
             return monitor(person, held(chance, evenly(chance, 0.35, 0.7)));
+        case 6:
+            return cutOut(person, held(chance, evenly(chance, 0.34, 0.7)), happens(chance, 0.3));
         default:
             return coarse(monitor(person, held(chance, evenly(chance, 0.24, 0.5))));
     }
@@ -135,7 +137,8 @@ Scene randomScene(std::uint64_t person, std::uint64_t other, Chance& chance) {
     if (what < 0.57) {
         // A mask before somebody's face, moved with it.
         const float distance = evenly(chance, 0.38, 0.6);
-        const Placement nod = somewhere(chance, 0.02F, 0.08F, 0.05F, 0.03F);
+        const float turn = happens(chance, 0.3) ? 0.3F : 0.08F;
+        const Placement nod = somewhere(chance, 0.02F, turn, 0.05F, 0.03F);
         const TimeInterval period(chance.between(2, 6));
         const std::uint64_t hand = chance.next();
         const auto at = [](float y, float z) {

@@ -32,6 +32,7 @@ std::size_t indexOf(const std::array<T, N>& all, const T& value) {
 template <typename T, std::size_t N>
 std::vector<std::string> titlesOf(const std::array<T, N>& all, std::string_view (*title)(T)) {
     std::vector<std::string> titles;
+    titles.reserve(N);
     for (const T each : all)
         titles.emplace_back(title(each));
     return titles;
@@ -103,6 +104,7 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
                                   .detail = {},
                                   .isOn = settings.triggers.contains(UnlockTrigger::onSpace)});
     std::vector<std::string> seconds;
+    seconds.reserve(UnlockSettings::scanSecondsChoices.size());
     for (const std::int64_t each : UnlockSettings::scanSecondsChoices)
         seconds.push_back(std::to_string(each) + " seconds");
     rows.emplace_back(
@@ -184,7 +186,7 @@ void SettingsPresenter::addActivity(std::vector<WindowRow>& rows) const {
     Row::Log log;
     const Date now = clock_.now();
     const std::size_t count = std::min(shownEntries, entries.size());
-    for (std::size_t i = entries.size(); i-- > entries.size() - count;)
+    for (std::size_t i = entries.size() - count; i < entries.size(); ++i)
         log.lines.push_back(entries[i].text + " · " + age(now - entries[i].at));
     rows.emplace_back(Row::Heading{"Lately"});
     rows.emplace_back(std::move(log));
@@ -215,15 +217,17 @@ WindowPage SettingsPresenter::questionPage() const {
         }
     };
     const Words words = std::visit(WordsOf(), question_);
+    // Return never does what can't be undone.
+    const bool isDestructive = !std::holds_alternative<Quitting>(question_);
     return {.title = words.title,
             .detail = words.detail,
             .rows = {},
             .problem = {},
-            .buttons = {button({Control::cancel}, "Cancel"),
+            .buttons = {{.id = {Control::cancel}, .title = "Cancel", .isDefault = isDestructive},
                         {.id = {Control::confirm},
                          .title = words.confirm,
-                         .isDefault = true,
-                         .isDestructive = !std::holds_alternative<Quitting>(question_)}}};
+                         .isDefault = !isDestructive,
+                         .isDestructive = isDestructive}}};
 }
 
 void SettingsPresenter::press(ControlID id) {
@@ -292,10 +296,7 @@ void SettingsPresenter::toggle(ControlID id, bool isOn) {
         if (id.control == Control::spaceTrigger)
             settings.triggers.set(UnlockTrigger::onSpace, isOn);
     });
-    if (id.control == Control::enabled && isOn && model_.state().isEnrolled &&
-        model_.state().hasPassword) {
-        model_.wireEngine();
-    }
+    if (id.control == Control::enabled && isOn) model_.wireEngine();
     hooks_.onChange();
 }
 

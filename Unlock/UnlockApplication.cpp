@@ -30,7 +30,12 @@ UnlockApplication::UnlockApplication(const UnlockPlatform& platform,
                                          windows_.refresh(Window::settings);
                                      },
                                  .onAskToUpdatePassword =
-                                     [this] { startWelcome(UnlockOnboardingMode::updatePassword); },
+                                     [this] {
+                                         // What is under way in it would be lost; the settings ask,
+                                         // too.
+                                         if (!windows_.isOpen(Window::welcome))
+                                             startWelcome(UnlockOnboardingMode::updatePassword);
+                                     },
                                  .onEnrollmentProgress =
                                      [this](const EnrollmentSession& session) {
                                          if (welcome_) welcome_->captureProgressed(session);
@@ -44,7 +49,7 @@ UnlockApplication::UnlockApplication(const UnlockPlatform& platform,
                   [this] {
                       if (hooks_.terminate) hooks_.terminate();
                   }})) {
-    if (model_->state().isEnrolled && model_->state().hasPassword) model_->wireEngine();
+    model_->wireEngine();
 }
 
 UnlockApplication::~UnlockApplication() {

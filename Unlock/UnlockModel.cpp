@@ -180,9 +180,8 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
                         CameraFaceScanner::workingLongEdge),
       self_(std::make_shared<UnlockModel*>(this)) {
     UnlockSettings::normaliseLivenessMode(platform_.defaults);
-    state_.settings = UnlockSettings::load(platform_.defaults);
+    settings_ = UnlockSettings::load(platform_.defaults);
     state_ = currentState();
-    published_ = state_;
     lockMonitor_.onEvent = [this](LockEvent event) { onLockEvent(event); };
     lockMonitor_.start();
 }
@@ -222,12 +221,12 @@ void UnlockModel::requestCameraAccess() {
 }
 
 void UnlockModel::forgetProblem() {
-    state_.problem.reset();
+    problem_.reset();
     publish();
 }
 
 void UnlockModel::apply(UnlockSettings settings) {
-    const bool wasEnabled = state_.settings.isEnabled;
+    const bool wasEnabled = settings_.isEnabled;
     const bool isEnabled = settings.isEnabled;
     store(std::move(settings));
     if (engine_) {
@@ -337,34 +336,32 @@ void UnlockModel::removeLook(UUID id, Completion completion) {
 }
 
 void UnlockModel::savePassword(SecretBytes password, Completion completion) {
-    check(std::move(password),
-          [this, completion = noting(std::move(completion))](const CheckedPassword& checked) {
-              if (!checked) {
-                  completion(std::unexpected(checked.error()));
-                  return;
-              }
-              openVault(savePasswordReason, [this, password = *checked, completion](
-                                                const std::expected<void, std::string>& opened) {
-                  completion(opened ? seal(*password) : opened);
-                  password->wipe();
-              });
-          });
+    saveChecked(
+        std::move(password), savePasswordReason, [] { return Saved(); }, std::move(completion));
 }
 
 void UnlockModel::saveCapturedLookAndPassword(const std::string& name, SecretBytes password,
                                               Completion completion) {
+    saveChecked(
+        std::move(password), saveBothReason, [this, name] { return sealCapturedLook(name); },
+        std::move(completion));
+}
+
+void UnlockModel::saveChecked(SecretBytes password, const char* reason, std::function<Saved()> rest,
+                              Completion completion) {
     check(std::move(password),
-          [this, name, completion = noting(std::move(completion))](const CheckedPassword& checked) {
+          [this, reason, rest = std::move(rest),
+           completion = noting(std::move(completion))](const CheckedPassword& checked) {
               if (!checked) {
                   completion(std::unexpected(checked.error()));
                   return;
               }
-              openVault(saveBothReason, [this, name, password = *checked, completion](
-                                            const std::expected<void, std::string>& opened) {
-                  // Saved a second time after a failure, a password is only itself again.
-                  auto outcome = opened ? seal(*password) : opened;
+              openVault(reason, [this, rest, password = *checked, completion](const Saved& opened) {
+                  // Saved a second time after a failure of the rest, a password is only itself
+                  // again.
+                  const Saved sealed = opened ? seal(*password) : opened;
                   password->wipe();
-                  completion(outcome ? sealCapturedLook(name) : outcome);
+                  completion(sealed ? rest() : sealed);
               });
           });
 }
@@ -397,7 +394,7 @@ void UnlockModel::check(SecretBytes password, std::function<void(CheckedPassword
 std::expected<void, std::string> UnlockModel::seal(SecretBytes& password) {
     const auto saved = credentialStore_.save(password);
     if (saved) {
-        UnlockSettings settings = state_.settings;
+        UnlockSettings settings = settings_;
         settings.passwordHealth = {};
         store(std::move(settings));
         if (engine_) engine_->coordinator.replacePasswordHealth({});
@@ -417,12 +414,12 @@ void UnlockModel::eraseEverything() {
     dropCapturedLook();
     const auto report = UnlockDataEraser::erase(faceStore_, credentialStore_, vault_);
     store({});
-    state_.problem.reset();
+    problem_.reset();
     if (!report.problems.empty()) {
         std::string problems;
         for (const std::string& problem : report.problems)
             problems += (problems.empty() ? "" : " ") + problem;
-        state_.problem = std::move(problems);
+        problem_ = std::move(problems);
     }
     if (engine_) {
         engine_->autoLocker.stop();
@@ -433,7 +430,8 @@ void UnlockModel::eraseEverything() {
 }
 
 void UnlockModel::wireEngine() {
-    if (!engine_) engine_ = std::make_unique<Engine>(*this, platform_);
+    if (!engine_ && state_.isEnrolled && state_.hasPassword)
+        engine_ = std::make_unique<Engine>(*this, platform_);
 }
 
 void UnlockModel::activateIsland() {
@@ -447,7 +445,7 @@ UnlockReadiness UnlockModel::readiness() const {
             .scanDuration = TimeInterval(static_cast<double>(settings().scanSeconds)),
             .vaultUnlocked = vault_.isUnlocked(),
             .passwordSaved = credentialStore_.hasPassword(),
-            .accessibilityTrusted = platform_.keyEvents.isTrusted(),
+            .accessibilityTrusted = platform_.keyEvents.canType(),
             .spaceKeyAccess = platform_.keyboards.hasListenAccess(),
             .scan = {.cameraID = settings().builtInDisplayCameraID,
                      .identities = faceStore_.identities(),
@@ -457,9 +455,8 @@ UnlockReadiness UnlockModel::readiness() const {
 
 void UnlockModel::onVaultChanged() {
     if (vault_.isUnlocked()) {
-        state_.problem.reset();
-        if (const auto loaded = faceStore_.load(); !loaded)
-            state_.problem = sentence(loaded.error());
+        problem_.reset();
+        if (const auto loaded = faceStore_.load(); !loaded) problem_ = sentence(loaded.error());
     }
     if (engine_) engine_->coordinator.send(Event::SettingsChanged{});
     publish();
@@ -477,8 +474,8 @@ void UnlockModel::onLockEvent(LockEvent event) {
 
 UnlockModel::Completion UnlockModel::noting(Completion completion) {
     return [this, completion = std::move(completion)](std::expected<void, std::string> outcome) {
-        state_.problem.reset();
-        if (!outcome) state_.problem = outcome.error();
+        problem_.reset();
+        if (!outcome) problem_ = outcome.error();
         publish();
         completion(std::move(outcome));
     };
@@ -486,7 +483,7 @@ UnlockModel::Completion UnlockModel::noting(Completion completion) {
 
 void UnlockModel::store(UnlockSettings settings) {
     settings.save(platform_.defaults);
-    state_.settings = std::move(settings);
+    settings_ = std::move(settings);
 }
 
 UnlockModel::State UnlockModel::currentState() const {
@@ -499,15 +496,14 @@ UnlockModel::State UnlockModel::currentState() const {
                  .vaultUnlocked = vault_.isUnlocked(),
                  .identities = faceStore_.identities(),
                  .cameraPermission = enrollmentCamera_.permission(),
-                 .accessibilityTrusted = platform_.keyEvents.isTrusted(),
-                 .problem = state_.problem,
-                 .settings = state_.settings};
+                 .accessibilityTrusted = platform_.keyEvents.canType(),
+                 .problem = problem_,
+                 .settings = settings_};
 }
 
 void UnlockModel::publish() {
     State state = currentState();
-    if (state == published_) return;
-    published_ = state;
+    if (state == state_) return;
     state_ = std::move(state);
     if (callbacks_.onChange) callbacks_.onChange();
 }

@@ -77,7 +77,7 @@ class UnlockModel {
     UnlockModel& operator=(const UnlockModel&) = delete;
 
     [[nodiscard]] const State& state() const { return state_; }
-    [[nodiscard]] const UnlockSettings& settings() const { return state_.settings; }
+    [[nodiscard]] const UnlockSettings& settings() const { return settings_; }
     [[nodiscard]] UnlockStatus status() const;
     /// Face, password and permissions are in place.
     [[nodiscard]] bool isReady() const;
@@ -121,7 +121,8 @@ class UnlockModel {
     /// be removed is the problem.
     void eraseEverything();
 
-    /// Builds the engine, once, and lets it follow the lock screen.
+    /// Builds the engine, once and only where a face and a password are saved, and lets it follow
+    /// the lock screen.
     void wireEngine();
     /// The pointer came to the island.
     void activateIsland();
@@ -134,6 +135,7 @@ class UnlockModel {
         std::string modelIdentifier;
         std::int64_t dimension = 0;
     };
+    using Saved = std::expected<void, std::string>;
     using CheckedPassword = std::expected<std::shared_ptr<SecretBytes>, std::string>;
 
     [[nodiscard]] UnlockReadiness readiness() const;
@@ -141,8 +143,11 @@ class UnlockModel {
     void onLockEvent(LockEvent event);
     void finishCapture(std::expected<std::vector<FaceSample>, std::string> samples);
     void check(SecretBytes password, std::function<void(CheckedPassword)> then);
-    [[nodiscard]] std::expected<void, std::string> seal(SecretBytes& password);
-    [[nodiscard]] std::expected<void, std::string> sealCapturedLook(const std::string& name);
+    /// Checks, opens the vault, seals the password and then does the rest.
+    void saveChecked(SecretBytes password, const char* reason, std::function<Saved()> rest,
+                     Completion completion);
+    [[nodiscard]] Saved seal(SecretBytes& password);
+    [[nodiscard]] Saved sealCapturedLook(const std::string& name);
     /// Notes the outcome as the state's problem on its way to `completion`.
     [[nodiscard]] Completion noting(Completion completion);
     void store(UnlockSettings settings);
@@ -163,9 +168,10 @@ class UnlockModel {
     NotificationCenter::Token vaultObserver_;
     CameraUseRegistry cameraUse_;
     CameraManager enrollmentCamera_;
-    State state_;
+    UnlockSettings settings_;
+    std::optional<std::string> problem_;
     /// As of the last change that was told of.
-    State published_;
+    State state_;
 
     std::unique_ptr<Enrollment> enrollment_;
     std::optional<CapturedLook> capturedLook_;

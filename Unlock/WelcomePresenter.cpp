@@ -32,6 +32,7 @@ WelcomePresenter::WelcomePresenter(UnlockOnboardingMode mode, UnlockModel& model
 
 UnlockOnboardingFacts WelcomePresenter::facts() const {
     const UnlockModel::State& state = model_.state();
+    // A face that was saved before has its name, too.
     const bool isSaved = flow_.mode() == UnlockOnboardingMode::setUp && state.isEnrolled;
     return {.understood = understood_,
             .cameraAllowed = state.cameraPermission == CameraManager::Permission::granted,
@@ -78,9 +79,10 @@ WindowPage WelcomePresenter::body() const {
                 Row::Text{"It keeps numbers that describe your face, never a picture, and your "
                           "login password. Both are encrypted with a key in your keychain, which "
                           "Touch ID (or your password) releases once after every restart."},
-                Row::Text{"A camera sees less than Touch ID feels. Photos and screens are turned "
-                          "away, but somebody who looks very much like you, or a very good mask, "
-                          "may get in. It never works right after a restart."},
+                Row::Text{"A camera sees less than Touch ID feels. Most photos and screens are "
+                          "turned away, but a cut-out mask, a large screen, or somebody who looks "
+                          "very much like you may get in; strict mode in the settings is harder "
+                          "to fool. It never works right after a restart."},
                 Row::Toggle{.id = {Control::understood},
                             .title = "I understand",
                             .detail = {},
@@ -349,7 +351,7 @@ void WelcomePresenter::finish() {
         settings.hasFinishedWelcome = true;
         model_.apply(std::move(settings));
     }
-    if (model_.state().isEnrolled && model_.state().hasPassword) model_.wireEngine();
+    model_.wireEngine();
     hooks_.onFinish();
 }
 

@@ -123,6 +123,7 @@ struct Guide {
     std::string hint;
     friend bool operator==(const Guide&, const Guide&) = default;
 };
+/// The newest last; shown from its end.
 struct Log {
     std::vector<std::string> lines;
     friend bool operator==(const Log&, const Log&) = default;
@@ -147,6 +148,10 @@ struct WindowRow
     using Log = windowrow::Log;
     using variant::variant;
 };
+
+/// By which a row is known again on the next page: its control, or its first button; nothing where
+/// it has none.
+[[nodiscard]] std::optional<ControlID> controlOf(const WindowRow& row);
 
 /// All that a window shows. Whoever draws it decides nothing: two equal pages look alike, and a
 /// control keeps its focus while its id stays.

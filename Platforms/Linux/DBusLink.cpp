@@ -98,6 +98,10 @@ DBusLink::Subscription DBusLink::watchOwner(const QString& service,
     return watcher;
 }
 
+void DBusLink::serve(const QString& path, QDBusVirtualObject& object) {
+    connection_->bus.registerVirtualObject(path, &object);
+}
+
 void DBusLink::call(QDBusMessage message, MessageHandler handler) {
     message.setAutoStartService(false);
     auto* watcher =

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+class QDBusVirtualObject;
 class QObject;
 
 namespace marrowby {
@@ -48,6 +49,8 @@ class DBusLink {
     /// Whenever the service's owner changes, with whether it has one now. Only while connected.
     [[nodiscard]] Subscription watchOwner(const QString& service,
                                           std::function<void(bool)> handler);
+    /// Lets the object answer what this connection is called at the path. Only while connected.
+    void serve(const QString& path, QDBusVirtualObject& object);
     /// Calls without starting a service for it; the reply may be an error. Only while connected.
     void call(QDBusMessage message, MessageHandler handler);
 

@@ -2,6 +2,7 @@
 
 #include "Platforms/Linux/BitmapMat.h"
 #include "Platforms/Linux/PixelBuffer.h"
+#include "UnlockCore/Platform/RenderPlan.h"
 
 #include <algorithm>
 #include <array>
@@ -19,9 +20,6 @@
 namespace marrowby {
 
 namespace {
-
-/// No picture here is larger; keeps a wild request from asking for all memory.
-constexpr int longestSide = 16384;
 
 /// A new picture and the Mat that writes it.
 struct Canvas {
@@ -45,19 +43,6 @@ struct Canvas {
                               std::move(bytes));
     }
 };
-
-bool isSensible(int width, int height) {
-    return width > 0 && height > 0 && width <= longestSide && height <= longestSide;
-}
-
-int rounded(double value) {
-    return static_cast<int>(std::lround(std::clamp(value, 0.0, double{longestSide} + 1)));
-}
-
-bool isFinite(const AffineTransform& t) {
-    return std::isfinite(t.a) && std::isfinite(t.b) && std::isfinite(t.c) && std::isfinite(t.d) &&
-           std::isfinite(t.tx) && std::isfinite(t.ty);
-}
 
 AffineTransform flip(double height) {
     return {.d = -1, .ty = height};
@@ -116,8 +101,8 @@ bool drawOnto(cv::Mat& canvas, const Bitmap& image, const AffineTransform& trans
     AffineTransform fromSource = shift(part.x, part.y).then(transform);
     const double scale = std::sqrt(std::abs(transform.a * transform.d - transform.b * transform.c));
     if (scale < 0.75) {
-        const cv::Size size(std::max(1, rounded(source.cols * scale)),
-                            std::max(1, rounded(source.rows * scale)));
+        const cv::Size size(std::max(1, static_cast<int>(std::lround(source.cols * scale))),
+                            std::max(1, static_cast<int>(std::lround(source.rows * scale))));
         cv::Mat shrunk;
         cv::resize(source, shrunk, size, 0, 0, cv::INTER_AREA);
         fromSource = AffineTransform{.a = double(source.cols) / size.width,
@@ -139,17 +124,13 @@ std::optional<Bitmap> OpenCvImaging::render(const SourceImage& source, const Rec
                                             double scale) const {
     const auto* buffer = dynamic_cast<const PixelBuffer*>(&source);
     if (!buffer) return std::nullopt;
-    const Size extent = buffer->extent();
-    const Rect inside = intersection(crop, {0, 0, extent.width, extent.height});
-    if (inside.isEmpty() || !(scale > 0) || !std::isfinite(scale)) return std::nullopt;
-
-    const int left = std::min(rounded(inside.x), buffer->width() - 1);
-    const int top = std::min(rounded(extent.height - inside.maxY()), buffer->height() - 1);
-    const cv::Rect part(left, top, std::max(1, rounded(inside.maxX()) - left),
-                        std::max(1, rounded(extent.height - inside.y) - top));
-    const int width = scale == 1 ? part.width : std::max(1, rounded(inside.width * scale));
-    const int height = scale == 1 ? part.height : std::max(1, rounded(inside.height * scale));
-    if (!isSensible(width, height)) return std::nullopt;
+    const auto plan = RenderPlan::make(buffer->extent(), crop, scale);
+    if (!plan) return std::nullopt;
+    const int width = plan->width;
+    const int height = plan->height;
+    const cv::Rect part(static_cast<int>(plan->part.x),
+                        buffer->height() - static_cast<int>(plan->part.maxY()),
+                        static_cast<int>(plan->part.width), static_cast<int>(plan->part.height));
     try {
         const cv::Mat whole(buffer->height(), buffer->width(), CV_8UC4,
                             const_cast<std::uint8_t*>(buffer->bytes().data()),  // NOLINT
@@ -173,7 +154,7 @@ std::optional<Bitmap> OpenCvImaging::render(const SourceImage& source, const Rec
 
 std::optional<Bitmap> OpenCvImaging::draw(const Bitmap& image, int width, int height,
                                           const AffineTransform& transform) const {
-    if (!isSensible(width, height) || !isFinite(transform)) return std::nullopt;
+    if (!isDrawable(width, height) || !isDrawable(transform)) return std::nullopt;
     try {
         Canvas canvas(width, height, pool_);
         canvas.mat = cv::Scalar(0, 0, 0, 255);

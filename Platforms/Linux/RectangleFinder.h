@@ -9,9 +9,10 @@
 
 namespace marrowby {
 
-/// The boxes around four-cornered outlines, in pixels with the origin at the top-left, the largest
-/// first; nothing for a picture that cannot be read. The confidence is the share of its least seen
-/// side where the picture has an edge. May throw cv::Exception.
+/// The boxes around things with four straight sides, in pixels with the origin at the top-left, the
+/// largest first; nothing for a picture that cannot be read. The lowest side may lie below the
+/// picture. The confidence is the share of the outline where the picture has an edge, and at most
+/// half as much again as of its least seen side. May throw cv::Exception.
 [[nodiscard]] std::optional<std::vector<Rect>> findRectangles(const Bitmap& image,
                                                               const RectangleRequest& request);
 

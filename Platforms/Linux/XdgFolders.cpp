@@ -1,31 +1,16 @@
 #include "Platforms/Linux/XdgFolders.h"
 
-#include <cstdlib>
-#include <vector>
+#include "Platforms/Linux/Account.h"
 
-#include <pwd.h>
-#include <unistd.h>
+#include <cstdlib>
 
 namespace marrowby {
 
 namespace {
 
-constexpr std::size_t accountBuffer = std::size_t{16} << 10;
-
 std::optional<std::filesystem::path> absolute(const std::optional<std::string>& text) {
     if (!text || !std::filesystem::path(*text).is_absolute()) return std::nullopt;
     return *text;
-}
-
-std::optional<std::filesystem::path> homeOfAccount() {
-    std::vector<char> buffer(accountBuffer);
-    passwd account{};
-    passwd* found = nullptr;
-    if (::getpwuid_r(::getuid(), &account, buffer.data(), buffer.size(), &found) != 0 ||
-        found == nullptr || found->pw_dir == nullptr) {
-        return std::nullopt;
-    }
-    return found->pw_dir;
 }
 
 }  // namespace
@@ -47,7 +32,7 @@ std::optional<XdgFolders> XdgFolders::current() {
             const char* value = std::getenv(name);
             return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
         },
-        homeOfAccount());
+        Account::current().transform([](const Account& account) { return account.home; }));
 }
 
 }  // namespace marrowby

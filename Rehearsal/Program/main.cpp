@@ -2,7 +2,7 @@
 #include "Rehearsal/Stage.h"
 #include "Rehearsal/Story.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -57,7 +57,9 @@ int main(int argc, char* argv[]) {
         std::cerr << "This process’s memory can’t be kept private, so nothing was started.\n";
         return EXIT_FAILURE;
     }
-    const QCoreApplication application(argc, argv);
+    // The island is painted, and shown on the private screen only.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(argc, argv);
 
     const char* shared = std::getenv("MARROWBY_SHARED");
     const std::filesystem::path folder = shared != nullptr ? shared : "../shared";

@@ -70,6 +70,17 @@ Placement away(const Placement& home) {
 
 }  // namespace
 
+EnrollmentSession::Hint hintSaying(std::string_view sentence) {
+    using Hint = EnrollmentSession::Hint;
+    for (const EnrollmentPose pose : allEnrollmentPoses) {
+        if (prompt(pose) == sentence) return Hint::Pose{pose};
+    }
+    for (const Hint& hint : {Hint(Hint::NoFace{}), Hint(Hint::Closer{}), Hint(Hint::Done{})}) {
+        if (text(hint) == sentence) return hint;
+    }
+    return Hint::TooFar{std::string(sentence)};
+}
+
 SceneUser::SceneUser(std::uint64_t seed, const Placement& home)
     : seed_(seed), home_(home), motion_{.from = home, .to = home} {}
 

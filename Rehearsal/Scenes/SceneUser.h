@@ -5,8 +5,12 @@
 #include "UnlockCore/Foundation/Mutex.h"
 
 #include <cstdint>
+#include <string_view>
 
 namespace marrowby {
+
+/// What somebody takes from the sentence that the guide shows.
+[[nodiscard]] EnrollmentSession::Hint hintSaying(std::string_view sentence);
 
 /// Somebody in front of the camera who does what he is asked to: after a short time to understand
 /// it he turns the head there, sometimes a little too far at first, holds it, and tries harder when

@@ -26,6 +26,8 @@ class FakeCaptureSession final : public CaptureSession {
         std::vector<CaptureFormat> formats = {};
         /// Another process holds its configuration.
         bool isBusy = false;
+        /// How often it was unplugged and came back, which ends the use of the inputs it had.
+        int plugs = 0;
         /// What the test finds set.
         std::optional<std::size_t> activeFormat = std::nullopt;
         std::optional<FrameDuration> frameDuration = std::nullopt;
@@ -133,8 +135,13 @@ class FakeCaptureSession final : public CaptureSession {
     class Input final : public CaptureInput {
       public:
         Input(FakeCaptureSession& session, std::string id)
-            : session_(session), id_(std::move(id)) {}
-        [[nodiscard]] std::string deviceID() const override { return id_; }
+            : session_(session), id_(std::move(id)), plugs_(session.camera(id_).plugs) {}
+        [[nodiscard]] std::string deviceID() const override {
+            const bool isThere = std::ranges::any_of(session_.cameras, [&](const Camera& camera) {
+                return camera.description.uniqueID == id_ && camera.plugs == plugs_;
+            });
+            return isThere ? id_ : "";
+        }
         [[nodiscard]] std::vector<CaptureFormat> formats() const override {
             return session_.camera(id_).formats;
         }
@@ -158,6 +165,7 @@ class FakeCaptureSession final : public CaptureSession {
       private:
         FakeCaptureSession& session_;
         const std::string id_;
+        const int plugs_;
         bool locked_ = false;
     };
 

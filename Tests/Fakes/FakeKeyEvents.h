@@ -28,6 +28,7 @@ class FakeKeyEvents final : public KeyEvents {
     using Event = std::variant<KeyPress, Text, TimeInterval, Note>;
 
     bool trusted = true;
+    bool lets = true;
     KeyDialect keyDialect = KeyDialect::macLoginWindow;
     /// No source can be had.
     bool hasNoSource = false;
@@ -55,6 +56,7 @@ class FakeKeyEvents final : public KeyEvents {
     }
 
     [[nodiscard]] bool isTrusted() const override { return trusted; }
+    [[nodiscard]] bool mayPost() const override { return lets; }
     [[nodiscard]] KeyDialect dialect() const override { return keyDialect; }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
         std::span<const char16_t> text, std::span<const std::uint32_t> codes) override {

@@ -2,20 +2,43 @@
 
 #include "UnlockCore/Platform/WindowServer.h"
 
+#include <functional>
+#include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace marrowby {
 
-/// A window server that writes down what is asked of it. Its connection is 7, its space 9.
+/// A window server that writes down what is asked of it. Its connection is 7, its space 9. The
+/// pointer is where it was moved to last.
 class FakeWindowServer final : public WindowServer {
   public:
     bool hasSkyLight = true;
     bool hasPanels = true;
     std::vector<PanelConfiguration> configurations;
     std::vector<std::string> calls;
+    std::optional<ScreenGeometry> screen =
+        ScreenGeometry{.frame = {.x = 0, .y = 0, .width = 1440, .height = 900}, .notch = {}};
 
+    /// Those who watch it hear of it.
+    void movePointer(const Point& place) {
+        pointer_ = place;
+        // A copy, for its receiver may end the watch.
+        const auto watcher = watcher_;
+        if (watcher) watcher(place);
+    }
+    [[nodiscard]] bool isPointerWatched() const { return watcher_ != nullptr; }
+
+    [[nodiscard]] std::optional<ScreenGeometry> mainScreen() override { return screen; }
+    [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(
+        std::function<void(const Point&)> onPlace) override {
+        onPlace(pointer_);
+        watcher_ = std::move(onPlace);
+        return std::make_unique<Watch>(watcher_);
+    }
     [[nodiscard]] std::int64_t shieldingWindowLevel() override { return 2'147'483'630; }
     [[nodiscard]] std::unique_ptr<LockScreenPanel> makePanel(
         const PanelConfiguration& configuration, const Rect& /*frame*/,
@@ -37,6 +60,17 @@ class FakeWindowServer final : public WindowServer {
         ((text << separator << parts, separator = " "), ...);
         calls.push_back(text.str());
     }
+
+    class Watch final : public PointerWatch {
+      public:
+        explicit Watch(std::function<void(const Point&)>& watcher) : watcher_(watcher) {}
+        Watch(const Watch&) = delete;
+        Watch& operator=(const Watch&) = delete;
+        ~Watch() override { watcher_ = nullptr; }
+
+      private:
+        std::function<void(const Point&)>& watcher_;
+    };
 
     class FakePanel final : public LockScreenPanel {
       public:
@@ -85,6 +119,9 @@ class FakeWindowServer final : public WindowServer {
       private:
         FakeWindowServer& server_;
     };
+
+    Point pointer_{.x = -1, .y = -1};
+    std::function<void(const Point&)> watcher_;
 };
 
 }  // namespace marrowby

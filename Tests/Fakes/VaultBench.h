@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/OpenSslCipher.h"
+#include "Platforms/Posix/OpenSslCipher.h"
 #include "Tests/Fakes/FakeFileSystem.h"
 #include "Tests/Fakes/FakeKeychain.h"
 #include "Tests/Fakes/FakeMainThread.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/OpenSslCipher.h"
+#include "Platforms/Posix/OpenSslCipher.h"
 #include "Tests/Fakes/FakeCaptureSession.h"
 #include "Tests/Fakes/FakeDefaultsStore.h"
 #include "Tests/Fakes/FakeDirectory.h"
@@ -68,11 +68,11 @@ struct FakeComputer {
                 .imaging = imaging,
                 .fourier = fourier,
                 .cipher = cipher,
-                .files = files,
+                .files = *disk,
                 .keychain = keychain,
                 .ownerAuthentication = owner,
                 .directory = directory,
-                .defaults = defaults,
+                .defaults = *store,
                 .keyEvents = keyEvents,
                 .systemSettings = systemSettings,
                 .presenter = &island};
@@ -136,10 +136,13 @@ struct FakeComputer {
     FakeFourierTransform fourier;
     OpenSslCipher cipher;
     FakeFileSystem files;
+    /// What the application keeps its data and its settings in.
+    FileSystem* disk = &files;
     FakeKeychain keychain;
     FakeOwnerAuthentication owner;
     FakeDirectory directory;
     FakeDefaultsStore defaults;
+    DefaultsStore* store = &defaults;
     FakeKeyEvents keyEvents;
     FakeSystemSettings systemSettings;
     FakePresenting island;

@@ -67,7 +67,7 @@ class UnlockApplicationTest : public testing::Test, protected FakeComputer {
         windows.typeSecret(password);
         EXPECT_TRUE(press("Continue"));
     }
-    void setUp() {
+    void setUpAll() {
         walkToCapture();
         capture();
         nameAndPassword("secret");
@@ -85,7 +85,7 @@ TEST_F(UnlockApplicationTest, leadsFromNothingToAnEngineThatRuns) {
     mainThread.advance(TimeInterval(2));
     EXPECT_FALSE(windows.isOpen(Window::welcome) || windows.isOpen(Window::settings));
 
-    setUp();
+    setUpAll();
 
     EXPECT_FALSE(windows.isOpen(Window::welcome));
     ASSERT_EQ(owner.prompts.size(), 1U);
@@ -110,7 +110,7 @@ TEST_F(UnlockApplicationTest, neverSaysANameInTheLog) {
 }
 
 TEST_F(UnlockApplicationTest, waitsForTheOwnerAfterARestart) {
-    setUp();
+    setUpAll();
     start();
     reopen();
 
@@ -209,7 +209,7 @@ TEST_F(UnlockApplicationTest, followsAPermissionGivenElsewhereAndAsksOnlyWhileAW
 }
 
 TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
-    setUp();
+    setUpAll();
     reopen();
     EXPECT_TRUE(windows.choose("Look for", "8 seconds"));
     EXPECT_TRUE(windows.choose("How alike a face must be", "Strict"));
@@ -229,7 +229,9 @@ TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
     EXPECT_THAT(windows.page().detail, HasSubstr("until you open it again from Applications."));
     EXPECT_TRUE(press("Cancel"));
     EXPECT_FALSE(terminated);
-    EXPECT_TRUE(press("Erase Everything…") && press("Erase"));
+    EXPECT_TRUE(press("Erase Everything…"));
+    EXPECT_TRUE(windows.page().buttons.front().isDefault) << "Return presses Cancel";
+    EXPECT_TRUE(press("Erase"));
     EXPECT_TRUE(files.files().empty() && keychain.items().empty());
     EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Not set up yet");
     EXPECT_TRUE(press("Quit…") && press("Quit"));
@@ -237,7 +239,7 @@ TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
 }
 
 TEST_F(UnlockApplicationTest, removesTheLastFaceSoThatARestartKnows) {
-    setUp();
+    setUpAll();
     reopen();
     EXPECT_TRUE(press("Remove…"));
     EXPECT_EQ(windows.page().title, "Remove “Anna”?");
@@ -249,7 +251,7 @@ TEST_F(UnlockApplicationTest, removesTheLastFaceSoThatARestartKnows) {
 }
 
 TEST_F(UnlockApplicationTest, trustsAPasswordSavedAnewWithoutARestart) {
-    setUp();
+    setUpAll();
     UnlockSettings settings = application->model().settings();
     settings.passwordHealth = {.failures = 2, .suspended = true, .needsNotice = false};
     application->model().apply(settings);

@@ -76,26 +76,6 @@ TEST_F(UnlockModelTest, savesNoPasswordThatTheAccountRefusesOrThatCannotBeTyped)
     EXPECT_EQ(directory.asked[1], "dsRecTypeStandard:Users anna");
 }
 
-TEST_F(UnlockModelTest, savesNothingWhenTheOwnerCancels) {
-    owner.answer = std::unexpected(OwnerAuthenticationError{.code = -2, .message = "gone"});
-
-    EXPECT_EQ(savePassword("secret"),
-              Outcome(std::unexpected("Touch ID was cancelled, so nothing was saved.")));
-
-    EXPECT_FALSE(model->state().hasPassword);
-    EXPECT_FALSE(model->state().vaultUnlocked);
-    EXPECT_TRUE(files.files().empty());
-}
-
-TEST_F(UnlockModelTest, findsEverythingAgainAfterARestartOnceTheOwnerConfirmed) {
-    ASSERT_TRUE(savePassword("secret"));
-    start();
-    EXPECT_TRUE(model->state().hasPassword);
-    EXPECT_FALSE(model->state().vaultUnlocked);
-    EXPECT_TRUE(openVault());
-    EXPECT_TRUE(model->state().vaultUnlocked);
-}
-
 TEST_F(UnlockModelTest, leavesADamagedFaceFileAsItIs) {
     ASSERT_TRUE(savePassword("secret"));
     const std::filesystem::path faces = "/data/Marrowby Unlock/Faces.sealed";
@@ -138,21 +118,6 @@ TEST_F(UnlockModelTest, saysWhyAnEnrolmentCannotBegin) {
         EXPECT_EQ(outcome, std::optional<Outcome>(std::unexpected(one.sentence)));
         EXPECT_TRUE(owner.prompts.empty());
     }
-}
-
-TEST_F(UnlockModelTest, endsAnEnrolmentWithTheReasonOfAFinderThatFails) {
-    vision.rectanglesFault = "The finder is out of order.";
-    std::optional<Outcome> outcome;
-    model->captureLook([&](const Outcome& result) { outcome = result; });
-    settle();
-    EXPECT_FALSE(outcome);
-
-    enrollmentCamera->deliver(std::make_shared<FakeSourceImage>(640, 480));
-    settle();
-
-    ASSERT_TRUE(outcome && !*outcome);
-    EXPECT_EQ(outcome->error(), "The finder is out of order.");
-    EXPECT_FALSE(model->state().isEnrolled);
 }
 
 }  // namespace

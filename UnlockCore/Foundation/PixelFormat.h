@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace marrowby {
 
@@ -35,5 +36,7 @@ inline constexpr PixelFormat rgbx8{.alpha = PixelFormat::Alpha::skipLast};
 /// Bytes blue, green, red and one that is ignored.
 inline constexpr PixelFormat bgrx8{.alpha = PixelFormat::Alpha::skipFirst,
                                    .byteOrder = PixelFormat::ByteOrder::little32};
+/// What camera and network systems call buffers of blue, green, red and alpha: the code “BGRA”.
+inline constexpr std::uint32_t bgra32Code = 0x42475241;
 
 }  // namespace marrowby

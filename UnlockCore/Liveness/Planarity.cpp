@@ -16,6 +16,8 @@ namespace {
 
 /// Somebody who comes nearer without turning moves as a picture does.
 constexpr double mostGrowth = 0.05;
+/// So does somebody who sits down, in parts of the distance between the eyes.
+constexpr double mostMotion = 1.5;
 
 enum class Part { plane, nose, none };
 
@@ -126,7 +128,7 @@ std::optional<PairMeasurement> measure(const LivenessFrame& from, const Liveness
 
     const double motion =
         landmarkgeometry::median(landmarkgeometry::residuals({}, plane.from, plane.to)) / unit;
-    if (!(motion > 0 && motion >= motionGate)) return std::nullopt;
+    if (!(motion > 0 && motion >= motionGate && motion <= mostMotion)) return std::nullopt;
     if (!(std::abs(std::log(growth(plane))) <= mostGrowth)) return std::nullopt;
     const auto homography = landmarkgeometry::robustFit(plane.from, plane.to);
     if (!homography) return std::nullopt;

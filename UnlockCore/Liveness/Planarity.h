@@ -22,8 +22,8 @@ struct PairMeasurement {
 /// to the other; how far it leaves the nose from its place is the residual, and its part of the
 /// face's median motion the ratio. Of a flat picture both are the landmarks' noise; of a head that
 /// turns, the nose goes with a tenth to a third of the motion. Nothing for unreliable landmarks,
-/// less motion than `motionGate`, a face that grew or shrank by over a twentieth, or where nothing
-/// can be fitted.
+/// less motion than `motionGate` or more than one and a half eyes' distance, a face that grew or
+/// shrank by over a twentieth, or where nothing can be fitted.
 [[nodiscard]] std::optional<PairMeasurement> measure(const LivenessFrame& from,
                                                      const LivenessFrame& to, double motionGate);
 

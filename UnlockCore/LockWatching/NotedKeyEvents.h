@@ -14,6 +14,7 @@ class NotedKeyEvents final : public KeyEvents {
     NotedKeyEvents(KeyEvents& keyEvents, OwnKeystrokes& own) : keyEvents_(keyEvents), own_(own) {}
 
     [[nodiscard]] bool isTrusted() const override { return keyEvents_.isTrusted(); }
+    [[nodiscard]] bool mayPost() const override { return keyEvents_.mayPost(); }
     [[nodiscard]] KeyDialect dialect() const override { return keyEvents_.dialect(); }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
         std::span<const char16_t> text, std::span<const std::uint32_t> codes) override;

@@ -59,7 +59,7 @@ KeystrokeTyping keystrokeinjector::typePassword(KeyEvents& keyEvents,
     const auto failed = [](KeystrokeError error) {
         return KeystrokeTyping(std::unexpected(error), nullptr, {});
     };
-    if (!keyEvents.isTrusted()) return failed(KeystrokeError::noAccessibility);
+    if (!keyEvents.canType()) return failed(KeystrokeError::noAccessibility);
     const auto units = decodeUTF8(password);
     if (!units) return failed(errorOf(units.error()));
 

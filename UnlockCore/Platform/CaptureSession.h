@@ -1,5 +1,6 @@
 #pragma once
 
+#include "UnlockCore/Foundation/PixelFormat.h"
 #include "UnlockCore/Platform/SourceImage.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
@@ -19,7 +20,8 @@ enum class CaptureAuthorization { notDetermined, restricted, denied, authorized,
 enum class CaptureDeviceType { builtInWideAngleCamera, externalCamera, continuityCamera };
 enum class CapturePosition { unspecified, front };
 enum class CapturePreset { high };
-enum class CapturePixelFormat { bgra32 };
+/// The value is the format’s four-character code.
+enum class CapturePixelFormat : std::uint32_t { bgra32 = bgra32Code };
 
 struct CaptureDeviceDescription {
     std::string uniqueID;
@@ -62,6 +64,7 @@ struct CaptureOutputSettings {
 class CaptureInput {
   public:
     virtual ~CaptureInput() = default;
+    /// Empty where the input is of no more use, such as after the camera was unplugged.
     [[nodiscard]] virtual std::string deviceID() const = 0;
     /// In the device's order.
     [[nodiscard]] virtual std::vector<CaptureFormat> formats() const = 0;

@@ -7,6 +7,18 @@
 
 namespace marrowby {
 
+/// What macOS is asked for.
+namespace inputidle {
+
+/// The state of the event source and the type of event.
+inline constexpr std::int32_t hidSystemState = 1;
+inline constexpr std::uint32_t anyInputEvent = 0xFFFF'FFFF;
+/// The entry of the device registry and its property.
+inline constexpr const char* registryService = "IOHIDSystem";
+inline constexpr const char* registryProperty = "HIDIdleTime";
+
+}  // namespace inputidle
+
 /// How long no key, button or pointer was used. Main thread.
 class InputIdle {
   public:

@@ -42,8 +42,11 @@ class KeyEventSource {
 class KeyEvents {
   public:
     virtual ~KeyEvents() = default;
-    /// Whether this process may post keys.
+    /// Whether the user lets this process post keys.
     [[nodiscard]] virtual bool isTrusted() const = 0;
+    /// Whether the system then takes them; some refuse for a while what the user has allowed.
+    [[nodiscard]] virtual bool mayPost() const { return true; }
+    [[nodiscard]] bool canType() const { return isTrusted() && mayPost(); }
     [[nodiscard]] virtual KeyDialect dialect() const = 0;
     /// A source able to type all of `text` and to press each of `codes`, in any number and order;
     /// nothing where it cannot be had. No key is pressed yet. It may outlive this, but not what

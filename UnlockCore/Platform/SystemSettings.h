@@ -21,4 +21,32 @@ class SystemSettings {
     virtual bool setOpensAtLogin(bool opens) = 0;
 };
 
+/// Where a Mac has them.
+namespace macsettings {
+
+inline constexpr const char* openAtAddress =
+    "x-apple.systempreferences:com.apple.preference.security?";
+
+struct Place {
+    /// For the user.
+    const char* location;
+    /// The end of the address.
+    const char* anchor;
+    /// The system puts the application into its list when it is asked for trust.
+    bool asksForTrust;
+};
+
+[[nodiscard]] constexpr Place place(SystemSettings::Pane pane) {
+    switch (pane) {
+        case SystemSettings::Pane::camera:
+            return {"System Settings › Privacy & Security › Camera", "Privacy_Camera", false};
+        case SystemSettings::Pane::accessibility:
+            return {"System Settings › Privacy & Security › Accessibility", "Privacy_Accessibility",
+                    true};
+    }
+    return {};
+}
+
+}  // namespace macsettings
+
 }  // namespace marrowby

@@ -1,19 +1,41 @@
 #pragma once
 
 #include "UnlockCore/Foundation/Geometry.h"
+#include "UnlockCore/Foundation/Time.h"
+#include "UnlockCore/Platform/PanelDrawing.h"
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
+#include <utility>
 
 namespace marrowby {
 
-/// What the application draws into a panel; made by who shows it. Opaque to the core.
+/// What the application draws into a panel; made by who shows it, replaced as a whole. Main thread.
 class PanelContent {
   public:
-    virtual ~PanelContent() = default;
+    [[nodiscard]] const PanelDrawing& drawing() const { return drawing_; }
+    void draw(PanelDrawing drawing) {
+        drawing_ = std::move(drawing);
+        if (onChange_) onChange_();
+    }
+    /// For the one panel that shows it, which takes it back when it goes.
+    void onChange(std::function<void()> callback) { onChange_ = std::move(callback); }
+
+  private:
+    PanelDrawing drawing_;
+    std::function<void()> onChange_;
+};
+
+/// A screen of the desktop. In points, y downwards, from a corner that the window server chooses.
+struct ScreenGeometry {
+    Rect frame;
+    /// Of the camera's housing in the middle of the upper edge; empty without one.
+    Size notch;
+    friend bool operator==(const ScreenGeometry&, const ScreenGeometry&) = default;
 };
 
 /// How a panel is made, as the system's own numbers.
@@ -42,7 +64,7 @@ class LockScreenPanel {
     virtual ~LockScreenPanel() = default;
     /// The window server's number of it.
     [[nodiscard]] virtual std::int64_t windowNumber() const = 0;
-    /// In points of the screen; not drawn at once.
+    /// In points, as a ScreenGeometry has them; not drawn at once.
     virtual void setFrame(const Rect& frame) = 0;
     /// Whichever application is active.
     virtual void orderFront() = 0;
@@ -82,10 +104,25 @@ class SkyLightFunctions {
                                          std::span<const Space> spaces) = 0;
 };
 
-/// The windows of the system. Main thread.
+/// How often the pointer is asked for its place where nobody tells of it.
+inline constexpr TimeInterval pointerInterval{0.2};
+
+/// The windows of the system, its screens and the pointer. Main thread.
 class WindowServer {
   public:
+    /// Ends with this.
+    class PointerWatch {
+      public:
+        virtual ~PointerWatch() = default;
+    };
+
     virtual ~WindowServer() = default;
+    /// The one that the user logs in at; nothing where there is none.
+    [[nodiscard]] virtual std::optional<ScreenGeometry> mainScreen() = 0;
+    /// Calls with the pointer's place, as a ScreenGeometry has it: soon after the watch begins, and
+    /// after every movement, whoever grabs the pointer. Nothing where that isn't told.
+    [[nodiscard]] virtual std::unique_ptr<PointerWatch> watchPointer(
+        std::function<void(const Point&)> onPlace) = 0;
     /// Of the shield that covers the screen.
     [[nodiscard]] virtual std::int64_t shieldingWindowLevel() = 0;
     /// Nothing where no window can be had.

@@ -4,17 +4,11 @@
 
 namespace marrowby {
 
-namespace {
-
-/// Room on each side of a face, as a part of its width or height.
-constexpr double margin = 0.15;
-
-}  // namespace
-
 std::optional<Bitmap> faceCrop(const CameraFrame& frame, const Rect& face, double maximumLongEdge,
                                const Imaging& imaging) {
     const double scaleX = frame.sourceSize.width / frame.image.width();
     const double scaleY = frame.sourceSize.height / frame.image.height();
+    constexpr double margin = faceCropMargin;
     const Rect roomy{face.x - margin * face.width, face.y - margin * face.height,
                      face.width * (1 + 2 * margin), face.height * (1 + 2 * margin)};
     const Rect inSource{roomy.x * scaleX, frame.sourceSize.height - roomy.maxY() * scaleY,

@@ -25,6 +25,9 @@ struct CameraFrame {
     Date timestamp;
 };
 
+/// The room that `faceCrop` leaves on every side, in parts of the face's.
+inline constexpr double faceCropMargin = 0.15;
+
 /// A face with some room around it, cut from the frame's full-resolution picture and no longer than
 /// `maximumLongEdge`. `face` is in the working image's pixels with the origin at the top-left.
 /// Nothing where it lies outside the picture or cannot be drawn.

@@ -1,4 +1,4 @@
-#include "Platforms/Linux/PosixFileSystem.h"
+#include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "UnlockCore/Platform/AtomicFile.h"
 

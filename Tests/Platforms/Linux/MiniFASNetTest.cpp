@@ -72,7 +72,7 @@ class MiniFASNetFile : public testing::Test {
         LivenessAnalyzer analyzer(mode, livenessTuning(mode), planarityTuning(mode),
                                   {LivenessCue::realFace}, TimeInterval(3));
         LivenessFrame frame;
-        for (std::size_t i = 0; i < 20; ++i) {
+        for (std::size_t i = 0; i < 30; ++i) {
             frame.timestamp += TimeInterval(0.1);
             frame.antiSpoof = scores[i % scores.size()];
             analyzer.ingest(frame, UUID());

@@ -1,8 +1,5 @@
 #include "Platforms/Linux/OpenCvFourierTransform.h"
-#include "Tests/Fakes/FakeFourierTransform.h"
-
-#include <random>
-#include <vector>
+#include "Tests/Platforms/FourierContract.h"
 
 #include <gtest/gtest.h>
 
@@ -10,24 +7,7 @@ namespace marrowby {
 namespace {
 
 TEST(OpenCvFourierTransform, agreesWithTheDefinition) {
-    std::mt19937 random(1);
-    std::uniform_real_distribution<float> values(-100, 100);
-    std::vector<float> planes[4];
-    for (auto& plane : planes)
-        plane.resize(FourierTransform::count);
-    for (std::size_t i = 0; i < FourierTransform::count; ++i) {
-        planes[0][i] = planes[2][i] = values(random);
-        planes[1][i] = planes[3][i] = values(random);
-    }
-    const auto plane = [&](int i) {
-        return FourierTransform::Plane(planes[i].data(), FourierTransform::count);
-    };
-    ASSERT_TRUE(OpenCvFourierTransform().forward(plane(0), plane(1)));
-    ASSERT_TRUE(FakeFourierTransform().forward(plane(2), plane(3)));
-    for (std::size_t i = 0; i < FourierTransform::count; ++i) {
-        ASSERT_NEAR(planes[0][i], planes[2][i], 0.1) << i;
-        ASSERT_NEAR(planes[1][i], planes[3][i], 0.1) << i;
-    }
+    expectTheDefinition(OpenCvFourierTransform());
 }
 
 }  // namespace

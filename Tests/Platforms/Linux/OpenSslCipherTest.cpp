@@ -1,4 +1,4 @@
-#include "Platforms/Linux/OpenSslCipher.h"
+#include "Platforms/Posix/OpenSslCipher.h"
 
 #include <algorithm>
 #include <array>

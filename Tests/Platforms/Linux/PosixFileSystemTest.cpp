@@ -1,5 +1,5 @@
-#include "Platforms/Linux/PosixFileSystem.h"
 #include "Platforms/Linux/XdgFolders.h"
+#include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "UnlockCore/Platform/AtomicFile.h"
 

@@ -11,12 +11,13 @@
 namespace marrowby {
 
 /// Qt's event loop on the thread of the test.
-class QtLoop {
+template <typename Application>
+class QtLoopOf {
   public:
-    QtLoop() = default;
-    QtLoop(const QtLoop&) = delete;
-    QtLoop& operator=(const QtLoop&) = delete;
-    ~QtLoop() {
+    QtLoopOf() = default;
+    QtLoopOf(const QtLoopOf&) = delete;
+    QtLoopOf& operator=(const QtLoopOf&) = delete;
+    ~QtLoopOf() {
         // Without exec() nobody does.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
@@ -41,7 +42,9 @@ class QtLoop {
     int argumentCount_ = 1;
     char name_[5] = "test";
     char* arguments_[2] = {name_, nullptr};
-    QCoreApplication application_{argumentCount_, arguments_};
+    Application application_{argumentCount_, arguments_};
 };
+
+using QtLoop = QtLoopOf<QCoreApplication>;
 
 }  // namespace marrowby

@@ -73,6 +73,19 @@ TEST(RectangleFinder, findsDevicesInPerspective) {
     EXPECT_TRUE(findRectangles(scene(cases[0].shape), none)->empty());
 }
 
+TEST(RectangleFinder, findsWhatHandsHoldAndThePictureCutsOff) {
+    const Shape whole{{200, 60}, {420, 60}, {420, 420}, {200, 420}};
+    const Shape cut{{200, 100}, {440, 100}, {440, 500}, {200, 500}};
+    const auto held = findRectangles(scene(whole, oval({420, 330}, 40, 60)), request);
+    const auto near = findRectangles(scene(cut, oval({440, 300}, 40, 60)), request);
+    ASSERT_FALSE(held->empty());
+    ASSERT_FALSE(near->empty());
+    EXPECT_NEAR(held->at(0).maxX(), 420, 8);
+    EXPECT_NEAR(held->at(0).maxY(), 420, 8);
+    EXPECT_NEAR(near->at(0).y, 100, 8);
+    EXPECT_NEAR(near->at(0).maxY(), 480, 8);
+}
+
 TEST(RectangleFinder, leavesOutWhatIsNoDevice) {
     struct Case {
         const char* what;
@@ -81,7 +94,7 @@ TEST(RectangleFinder, leavesOutWhatIsNoDevice) {
     const Case cases[] = {
         {"too small", {{300, 200}, {360, 200}, {360, 260}, {300, 260}}},
         {"too long", {{60, 200}, {580, 200}, {580, 300}, {60, 300}}},
-        {"corners too sharp", {{260, 80}, {380, 80}, {540, 400}, {100, 400}}},
+        {"corners too sharp", {{290, 80}, {350, 80}, {560, 400}, {80, 400}}},
         {"a triangle", {{320, 80}, {500, 400}, {140, 400}}},
         {"a head", oval({320, 240}, 110, 150)},
     };

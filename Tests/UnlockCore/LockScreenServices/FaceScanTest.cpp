@@ -186,6 +186,11 @@ TEST_F(FaceScanTest, keepsItsLivenessOnAFrameWithoutFace) {
     ASSERT_FALSE(step.recognition);
     EXPECT_EQ(step.recognition.error(), FaceRecognitionError(FaceRecognitionError::NoFace{}));
     EXPECT_EQ(step.liveness.decision, LivenessDecision(Confirmed{}));
+    // Nor is a face without landmarks one that could be confirmed.
+    vision.addFace({0.4, 0.4, 0.3, 0.3}, {320, 240});
+    vision.details.landmarks[0].reset();
+    EXPECT_FALSE(take().recognition);
+    EXPECT_EQ(see().liveness.realFace.frames, 1);
 }
 
 TEST_F(FaceScanTest, asksForAHeadTurnInStrictMode) {

@@ -58,6 +58,9 @@ TEST_F(KeystrokeInjector, doesNothingWithoutTrustOrValidText) {
     keyEvents_.trusted = false;
     EXPECT_EQ(type("secret").outcome(), std::unexpected(KeystrokeError::noAccessibility));
     keyEvents_.trusted = true;
+    keyEvents_.lets = false;
+    EXPECT_EQ(type("secret").outcome(), std::unexpected(KeystrokeError::noAccessibility));
+    keyEvents_.lets = true;
     for (const char* malformed : {"\xFF", "a\xC3", "\xED\xA0\x80", "\xC0\xAF"}) {
         EXPECT_EQ(type(malformed).outcome(), std::unexpected(KeystrokeError::invalidText));
     }

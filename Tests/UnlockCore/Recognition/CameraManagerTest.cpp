@@ -130,6 +130,15 @@ TEST_F(CameraManagerTest, ConfiguresOnceAndKeepsTheSameCamera) {
                 ElementsAre("begin", "commit", "begin", "remove desk", "add phone", "commit"));
 }
 
+TEST_F(CameraManagerTest, OpensACameraAnewThatWasUnplugged) {
+    start("desk");
+    session->camera("desk").plugs = 1;
+    session->camera("desk").activeFormat.reset();
+    start("desk");
+    EXPECT_EQ(session->attached(), "desk");
+    EXPECT_EQ(session->camera("desk").activeFormat, 1U);
+}
+
 TEST_F(CameraManagerTest, AppliesAFormatWhereTheCameraLetsIt) {
     start("desk");
     EXPECT_EQ(session->camera("desk").activeFormat, 1U);

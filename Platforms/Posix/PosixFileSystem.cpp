@@ -1,4 +1,4 @@
-#include "Platforms/Linux/PosixFileSystem.h"
+#include "Platforms/Posix/PosixFileSystem.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -34,6 +34,14 @@ auto retried(const Call& call) {
     while (result == -1 && errno == EINTR)
         result = call();
     return result;
+}
+
+/// To the device itself: macOS has a call of its own for that, which not every disk supports.
+int flushed(int descriptor) {
+#ifdef F_FULLFSYNC
+    if (retried([&] { return ::fcntl(descriptor, F_FULLFSYNC); }) != -1) return 0;
+#endif
+    return retried([&] { return ::fsync(descriptor); });
 }
 
 class Descriptor {
@@ -119,11 +127,11 @@ std::expected<void, FileError> PosixFileSystem::write(File file,
 }
 
 std::expected<void, FileError> PosixFileSystem::flush(File file) {
-    return outcome(retried([&] { return ::fsync(file.handle); }));
+    return outcome(flushed(file.handle));
 }
 
 void PosixFileSystem::close(File file) {
-    // Linux frees the descriptor even when it reports an interruption.
+    // The system frees the descriptor even when it reports an interruption.
     ::close(file.handle);
 }
 
@@ -141,7 +149,7 @@ std::expected<void, FileError> PosixFileSystem::rename(const std::filesystem::pa
 std::expected<void, FileError> PosixFileSystem::flushFolder(const std::filesystem::path& path) {
     const Descriptor folder(path, O_RDONLY | O_DIRECTORY);
     if (!folder.isOpen()) return failure(errno);
-    return outcome(retried([&] { return ::fsync(folder.get()); }));
+    return outcome(flushed(folder.get()));
 }
 
 std::expected<void, FileError> PosixFileSystem::remove(const std::filesystem::path& path) {

@@ -1,0 +1,82 @@
+#include "Measuring/SceneLooks.h"
+
+#include "Rehearsal/People/Person.h"
+#include "Rehearsal/Scenes/Chance.h"
+#include "Rehearsal/Scenes/SceneCatalogue.h"
+#include "Rehearsal/Scenes/SceneFilm.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+constexpr double framesPerSecond = 30;
+
+/// What all looks share: only one is filmed at a time.
+struct Studio {
+    Cast cast = {};
+    std::unique_ptr<SceneFilm> film = nullptr;
+};
+
+/// Films from the look's first picture on.
+struct Shoot {
+    Scene scene;
+    std::shared_ptr<Studio> studio;
+    int width = 0;
+    int height = 0;
+    TimeInterval begin{};
+
+    std::shared_ptr<const PixelBuffer> picture(std::size_t index) {
+        if (index == 0) {
+            Chance chance(scene.seed + 5);
+            // Somebody who sits down does it at the scene's beginning.
+            begin = TimeInterval(chance.between(0, scene.name == "live-comes-back" ? 0.5 : 9));
+            studio->film = std::make_unique<SceneFilm>(scene, studio->cast);
+        }
+        const TimeInterval running(static_cast<double>(index) / framesPerSecond);
+        return studio->film
+            ->shoot({.at = begin + running, .running = running, .width = width, .height = height})
+            .picture;
+    }
+};
+
+}  // namespace
+
+std::vector<Look> looksOf(const SceneLooks& wanted) {
+    const auto people = distinctPeople();
+    const auto studio = std::make_shared<Studio>();
+    std::vector<Look> looks;
+    for (std::uint64_t take = wanted.first; take < wanted.first + wanted.count; ++take) {
+        // Somebody else in every scene of a take.
+        std::size_t next = take * 7;
+        for (const Scene& listed : sceneCatalogue(people.front())) {
+            next += 31;
+            const bool isAttack = !listed.props.empty();
+            const bool isAsked = std::ranges::any_of(wanted.scenes, [&](const std::string& name) {
+                return listed.name.starts_with(name);
+            });
+            if (!isAsked || (!isAttack && !listed.name.starts_with("live-"))) continue;
+            const std::uint64_t person = people[next % people.size()];
+            auto scene = sceneNamed(listed.name, person, take);
+            if (!scene) continue;
+            const auto shoot = std::make_shared<Shoot>(
+                Shoot{*std::move(scene), studio, wanted.width, wanted.height});
+            looks.push_back({.purpose = isAttack ? Look::Purpose::attack : Look::Purpose::genuine,
+                             .attack = isAttack ? std::string(name(listed.props.front().kind)) : "",
+                             .person = std::to_string(person),
+                             .name = listed.name + " " + std::to_string(take),
+                             .framesPerSecond = framesPerSecond,
+                             .pictureCount = static_cast<std::size_t>(
+                                 std::lround(wanted.lasts.count() * framesPerSecond)),
+                             .picture = [shoot](std::size_t i) { return shoot->picture(i); }});
+        }
+    }
+    return looks;
+}
+
+}  // namespace marrowby

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace marrowby {
+
+/// The account that this process runs as.
+struct Account {
+    std::string name;
+    std::filesystem::path home;
+
+    /// Nothing where the system does not know it.
+    [[nodiscard]] static std::optional<Account> current();
+};
+
+}  // namespace marrowby

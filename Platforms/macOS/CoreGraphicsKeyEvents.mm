@@ -1,0 +1,83 @@
+#include "Platforms/macOS/CoreGraphicsKeyEvents.h"
+
+#include "Platforms/macOS/CoreFoundationOwner.h"
+#include "UnlockCore/Platform/KeyCodes.h"
+
+#include <thread>
+#include <utility>
+
+#import <ApplicationServices/ApplicationServices.h>
+#import <Carbon/Carbon.h>
+
+namespace marrowby {
+
+static_assert(mackey::command == kVK_Command && mackey::rightArrow == kVK_RightArrow &&
+              mackey::backspace == kVK_Delete && mackey::returnKey == kVK_Return);
+static_assert(mackey::commandFlag == kCGEventFlagMaskCommand);
+static_assert(mackey::hidSystemState == kCGEventSourceStateHIDSystemState &&
+              mackey::hidEventTap == kCGHIDEventTap);
+
+namespace {
+
+using Source = CoreFoundationOwner<CGEventSourceRef>;
+using Event = CoreFoundationOwner<CGEventRef>;
+
+class EventSource final : public KeyEventSource {
+  public:
+    explicit EventSource(Source source) : source_(std::move(source)) {}
+
+    [[nodiscard]] bool post(const KeyPress& press) override {
+        const Event event = make(press.code, press.down);
+        if (!event) return false;
+        CGEventSetFlags(event.get(), press.flags);
+        post(event);
+        return true;
+    }
+
+    [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
+        const Event event = make(mackey::textCarrier, down);
+        if (!event) return false;
+        // The framework's name for a unit of UTF-16.
+        static_assert(sizeof(UniChar) == sizeof(char16_t));
+        CGEventKeyboardSetUnicodeString(event.get(), units.size(),
+                                        reinterpret_cast<const UniChar*>(units.data()));
+        post(event);
+        return true;
+    }
+
+    [[nodiscard]] bool isUndisturbed() override { return true; }
+    void settle(const std::function<bool()>& /*stillLocked*/) override {}
+
+  private:
+    [[nodiscard]] Event make(std::uint32_t code, bool down) const {
+        return Event(CGEventCreateKeyboardEvent(source_.get(), static_cast<CGKeyCode>(code), down));
+    }
+    static void post(const Event& event) {
+        CGEventPost(static_cast<CGEventTapLocation>(mackey::hidEventTap), event.get());
+    }
+
+    Source source_;
+};
+
+}  // namespace
+
+bool CoreGraphicsKeyEvents::isTrusted() const {
+    return AXIsProcessTrusted();
+}
+
+bool CoreGraphicsKeyEvents::mayPost() const {
+    return CGPreflightPostEventAccess();
+}
+
+std::unique_ptr<KeyEventSource> CoreGraphicsKeyEvents::makeSource(
+    std::span<const char16_t> /*text*/, std::span<const std::uint32_t> /*codes*/) {
+    Source source(CGEventSourceCreate(static_cast<CGEventSourceStateID>(mackey::hidSystemState)));
+    if (!source) return nullptr;
+    return std::make_unique<EventSource>(std::move(source));
+}
+
+void CoreGraphicsKeyEvents::pause(TimeInterval duration) {
+    std::this_thread::sleep_for(duration);
+}
+
+}  // namespace marrowby

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "UnlockCore/Platform/LoginSession.h"
+
+namespace marrowby {
+
+/// The window server's dictionary of this process's session; nothing where the process has none,
+/// as over ssh.
+class CoreGraphicsLoginSession final : public LoginSession {
+  public:
+    [[nodiscard]] std::optional<SessionDictionary> copyCurrentDictionary() const override;
+};
+
+}  // namespace marrowby

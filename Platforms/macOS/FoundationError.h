@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Platforms/macOS/FoundationText.h"
+
+#include <string>
+
+namespace marrowby {
+
+/// The localized description.
+[[nodiscard]] inline std::string sentence(NSError* error) {
+    return error ? plainText(error.localizedDescription) : "unknown error";
+}
+
+[[nodiscard]] inline std::string sentence(NSException* exception) {
+    return plainText(exception.reason ? exception.reason : exception.name);
+}
+
+}  // namespace marrowby

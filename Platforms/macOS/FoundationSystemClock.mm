@@ -1,0 +1,11 @@
+#include "Platforms/macOS/FoundationSystemClock.h"
+
+#import <Foundation/Foundation.h>
+
+namespace marrowby {
+
+Date FoundationSystemClock::now() const {
+    return Date(TimeInterval(NSDate.timeIntervalSinceReferenceDate));
+}
+
+}  // namespace marrowby

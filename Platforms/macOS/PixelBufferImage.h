@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Platforms/macOS/CoreFoundationOwner.h"
+#include "UnlockCore/Platform/SourceImage.h"
+
+#include <CoreVideo/CVPixelBuffer.h>
+
+namespace marrowby {
+
+/// A camera's picture in the buffer that the system delivered. The camera has few of them and skips
+/// pictures while all are held.
+class PixelBufferImage final : public SourceImage {
+  public:
+    explicit PixelBufferImage(CVPixelBufferRef buffer) : buffer_(CVPixelBufferRetain(buffer)) {}
+
+    [[nodiscard]] CVPixelBufferRef buffer() const { return buffer_.get(); }
+
+    [[nodiscard]] Size extent() const override {
+        return {static_cast<double>(CVPixelBufferGetWidth(buffer())),
+                static_cast<double>(CVPixelBufferGetHeight(buffer()))};
+    }
+
+  private:
+    CoreFoundationOwner<CVPixelBufferRef> buffer_;
+};
+
+}  // namespace marrowby

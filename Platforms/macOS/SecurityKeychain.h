@@ -1,0 +1,20 @@
+#pragma once
+
+#include "UnlockCore/Platform/Keychain.h"
+
+namespace marrowby {
+
+/// The keychain by way of SecItem calls. A call may block while the system asks the user to let
+/// this application at the item, which it does once after the application was built or signed
+/// anew. What was read stays for a moment in memory of the system's own, which cannot be wiped.
+class SecurityKeychain final : public Keychain {
+  public:
+    [[nodiscard]] KeychainMatch copyMatching(const KeychainQuery& query) override;
+    [[nodiscard]] KeychainStatus update(const KeychainQuery& query,
+                                        const KeychainQuery& attributes) override;
+    [[nodiscard]] KeychainStatus add(const KeychainQuery& attributes) override;
+    [[nodiscard]] KeychainStatus remove(const KeychainQuery& query) override;
+    [[nodiscard]] std::optional<std::string> message(KeychainStatus status) const override;
+};
+
+}  // namespace marrowby

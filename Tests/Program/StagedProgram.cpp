@@ -1,0 +1,58 @@
+#include "Tests/Program/StagedProgram.h"
+
+namespace marrowby {
+
+StagedProgram::StagedProgram(QtLoop& loop, const QProcessEnvironment& environment) : loop_(loop) {
+    process_.setProcessEnvironment(environment);
+    process_.start(MARROWBY_PROGRAM, QStringList());
+}
+
+StagedProgram::~StagedProgram() {
+    kill();
+}
+
+bool StagedProgram::order(const std::string& line) {
+    process_.write((line + "\n").c_str());
+    return says("done: " + line.substr(0, line.find(' ')));
+}
+
+bool StagedProgram::says(const std::string& beginning) {
+    std::size_t place = std::string::npos;
+    const bool said = loop_.runUntil([&] {
+        read();
+        place = ("\n" + unread_).find("\n" + beginning);
+        return place != std::string::npos || process_.state() == QProcess::NotRunning;
+    });
+    if (!said || place == std::string::npos) return false;
+    const std::size_t end = unread_.find('\n', place);
+    unread_.erase(0, end == std::string::npos ? end : end + 1);
+    return true;
+}
+
+bool StagedProgram::hasSaid(const std::string& beginning) {
+    read();
+    return ("\n" + unread_).find("\n" + beginning) != std::string::npos;
+}
+
+std::string StagedProgram::recentWords() {
+    read();
+    return unread_ + process_.readAllStandardError().toStdString();
+}
+
+void StagedProgram::kill() {
+    if (process_.state() == QProcess::NotRunning) return;
+    process_.kill();
+    process_.waitForFinished();
+}
+
+int StagedProgram::terminate() {
+    process_.terminate();
+    const bool ended = loop_.runUntil([this] { return process_.state() == QProcess::NotRunning; });
+    return ended && process_.exitStatus() == QProcess::NormalExit ? process_.exitCode() : -1;
+}
+
+void StagedProgram::read() {
+    unread_ += process_.readAllStandardOutput().toStdString();
+}
+
+}  // namespace marrowby

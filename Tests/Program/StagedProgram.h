@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Tests/Platforms/Linux/QtLoop.h"
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <string>
+
+namespace marrowby {
+
+/// The program on a stage: takes orders, and says what its windows show and its engine logs.
+/// Destroying it kills it.
+class StagedProgram {
+  public:
+    StagedProgram(QtLoop& loop, const QProcessEnvironment& environment);
+    ~StagedProgram();
+    StagedProgram(const StagedProgram&) = delete;
+    StagedProgram& operator=(const StagedProgram&) = delete;
+
+    /// False when it doesn't say so.
+    [[nodiscard]] bool order(const std::string& line);
+    /// Waits for a line that begins so, after those already waited for. False when none comes.
+    [[nodiscard]] bool says(const std::string& beginning);
+    /// Whether such a line is there already, after those waited for.
+    [[nodiscard]] bool hasSaid(const std::string& beginning);
+    /// What it said since the last line waited for, and what came to its standard error.
+    [[nodiscard]] std::string recentWords();
+
+    /// At once, as SIGKILL does.
+    void kill();
+    /// Asks it to end. Its exit status, or -1.
+    [[nodiscard]] int terminate();
+
+  private:
+    void read();
+
+    QtLoop& loop_;
+    QProcess process_;
+    std::string unread_;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,224 @@
+#include "Tests/SecretTraces/OwnMemory.h"
+#include "Unlock/Linux/PageWindow.h"
+#include "Unlock/Linux/QtApplicationWindows.h"
+#include "Unlock/Linux/SecretField.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QTest>
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+namespace marrowby {
+namespace {
+
+using testing::ElementsAre;
+using Control = WindowControl;
+using Row = WindowRow;
+
+/// Shows what the test tells it to, and notes what it is told.
+class NotingPresenter final : public WindowPresenter {
+  public:
+    WindowPage shown;
+    std::vector<std::string> told;
+    std::function<void()> onPress = [] {};
+    std::optional<SecretBytes> secret;
+
+    [[nodiscard]] WindowPage page() const override { return shown; }
+    void press(ControlID id) override {
+        note("press", id);
+        onPress();
+    }
+    void toggle(ControlID id, bool isOn) override { note(isOn ? "on" : "off", id); }
+    void choose(ControlID id, std::size_t option) override {
+        note("choose " + std::to_string(option), id);
+    }
+    void enter(ControlID id, std::string text) override { note("enter “" + text + "”", id); }
+    void enter(ControlID id, SecretBytes bytes) override {
+        note("secret of " + std::to_string(bytes.size()), id);
+        secret = std::move(bytes);
+    }
+    void windowClosed() override { told.emplace_back("closed"); }
+
+  private:
+    void note(const std::string& what, ControlID id) {
+        told.push_back(what + " " + std::to_string(static_cast<int>(id.control)) + "." +
+                       std::to_string(id.item));
+    }
+};
+
+WindowButton button(Control control, std::string title, bool isDefault = false) {
+    return {.id = {control, 0}, .title = std::move(title), .isDefault = isDefault};
+}
+
+WindowPage everything() {
+    return {.title = "Everything",
+            .detail = "A page with a row of every kind.",
+            .rows = {Row::Heading{"Heading"}, Row::Text{"Text"},
+                     Row::Status{.isGood = false,
+                                 .title = "Not ready",
+                                 .detail = "Why.",
+                                 .fix = button(Control::fix, "Fix…")},
+                     Row::Toggle{{Control::enabled}, "Toggle", "What it does.", true},
+                     Row::Choice{{Control::camera}, "Choice", "", {"one", "two", "three"}, 1},
+                     Row::Actions{"Actions", "", {button(Control::addLook, "Add")}},
+                     Row::TextField{{Control::lookName}, "Name", "Ada"},
+                     Row::SecretField{{Control::password}, "Password"},
+                     Row::Guide{0.5, 90.0, "Turn right"}, Row::Log{{"a line"}}},
+            .problem = "Something went wrong.",
+            .buttons = {button(Control::goBack, "Go Back"),
+                        button(Control::goForward, "Continue", true)}};
+}
+
+struct PageWindowTest : testing::Test {
+    int argumentCount = 3;
+    char program[5] = "test";
+    char option[10] = "-platform";
+    char value[10] = "offscreen";
+    char* arguments[4] = {program, option, value, nullptr};
+    QApplication application{argumentCount, arguments};
+
+    NotingPresenter presenter;
+    QtApplicationWindows windows;
+
+    // Without a loop that runs nobody does.
+    void TearDown() override { QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+
+    QWidget& window() {
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (widget->isVisible() && dynamic_cast<PageWindow*>(widget)) return *widget;
+        throw std::runtime_error("no window is open");
+    }
+    template <typename Widget = QWidget>
+    Widget& control(Control control, int item = 0) {
+        auto* found = window().findChild<Widget*>(
+            QStringLiteral("control-%1-%2").arg(static_cast<int>(control)).arg(item));
+        if (found == nullptr) throw std::runtime_error("no such control");
+        return *found;
+    }
+    void show() {
+        windows.show(ApplicationWindows::Window::welcome, presenter);
+        QApplication::setActiveWindow(&window());
+    }
+    void redraw() { windows.refresh(ApplicationWindows::Window::welcome); }
+};
+
+std::string of(Control control) {
+    return " " + std::to_string(static_cast<int>(control)) + ".0";
+}
+
+TEST_F(PageWindowTest, tellsThePresenterWhatTheUserDoesAndNothingElse) {
+    presenter.shown = everything();
+    show();
+    presenter.shown.rows.front() = Row::Heading{"Another heading"};
+    redraw();
+    EXPECT_THAT(presenter.told, ElementsAre());
+
+    QTest::mouseClick(&control(Control::enabled), Qt::LeftButton);
+    QTest::keyClick(&control(Control::camera), Qt::Key_Down);
+    QTest::keyClick(&control(Control::lookName), Qt::Key_End);
+    QTest::keyClick(&control(Control::lookName), 'e');
+    QTest::mouseClick(&control(Control::fix), Qt::LeftButton);
+    QTest::keyClick(&control(Control::password), 'x');
+    QTest::keyClick(&control(Control::password), Qt::Key_V, Qt::ControlModifier);
+    QTest::keyClick(&control(Control::password), Qt::Key_Return);
+    EXPECT_THAT(
+        presenter.told,
+        ElementsAre("off" + of(Control::enabled), "choose 2" + of(Control::camera),
+                    "enter “Adae”" + of(Control::lookName), "secret of 0" + of(Control::password),
+                    "press" + of(Control::fix), "secret of 1" + of(Control::password),
+                    "press" + of(Control::goForward)));
+    // The presenter took none of it over.
+    EXPECT_TRUE(control<QCheckBox>(Control::enabled).isChecked());
+    EXPECT_EQ(control<QComboBox>(Control::camera).currentIndex(), 1);
+    EXPECT_EQ(control<QLineEdit>(Control::lookName).text(), "Ada");
+
+    presenter.told.clear();
+    QTest::keyClick(&window(), Qt::Key_Escape);
+    EXPECT_THAT(presenter.told, ElementsAre("closed"));
+    EXPECT_FALSE(windows.isOpen(ApplicationWindows::Window::welcome));
+
+    // Closed from within, it says nothing any more.
+    show();
+    presenter.told.clear();
+    presenter.onPress = [this] { windows.close(ApplicationWindows::Window::welcome); };
+    QTest::mouseClick(&control(Control::goBack), Qt::LeftButton);
+    EXPECT_THAT(presenter.told,
+                ElementsAre("secret of 0" + of(Control::password), "press" + of(Control::goBack)));
+}
+
+TEST_F(PageWindowTest, keepsFocusAndWhatWasTypedWhileThePageStays) {
+    presenter.shown = everything();
+    show();
+    auto& name = control<QLineEdit>(Control::lookName);
+    EXPECT_TRUE(name.hasFocus()) << "the first field of a new page";
+    name.setCursorPosition(1);
+    auto& secret = control<SecretField>(Control::password);
+    for (const char character : {'a', 'b', 'c'})
+        QTest::keyClick(&secret, character);
+    QTest::keyClick(&secret, Qt::Key_Backspace);
+
+    presenter.shown.rows.insert(presenter.shown.rows.begin(), Row::Text{"Above all"});
+    presenter.shown.rows.erase(presenter.shown.rows.begin() + 3);
+    presenter.shown.buttons.erase(presenter.shown.buttons.begin());
+    redraw();
+    EXPECT_EQ(&control<QLineEdit>(Control::lookName), &name);
+    EXPECT_TRUE(name.hasFocus());
+    EXPECT_EQ(name.cursorPosition(), 1);
+    EXPECT_EQ(control<SecretField>(Control::password).characterCount(), 2U);
+    QTest::keyClick(&name, Qt::Key_Tab);
+    EXPECT_TRUE(secret.hasFocus()) << "Tab goes down the page";
+
+    presenter.shown.title = "Another page";
+    presenter.shown.rows = {Row::SecretField{{Control::password}, "Password"}};
+    redraw();
+    EXPECT_TRUE(secret.hasFocus());
+    presenter.shown.title = "The last page";
+    presenter.shown.rows = {};
+    redraw();
+    EXPECT_TRUE(control(Control::goForward).hasFocus());
+}
+
+TEST_F(PageWindowTest, thePasswordArrivesAndLeavesNoTrace) {
+    presenter.shown = everything();
+    show();
+    for (std::size_t i = 0; i < passwordSize; ++i)
+        QTest::keyClick(&control(Control::password), static_cast<char>(passwordByte(i)));
+    EXPECT_EQ(countInMemory(thePassword), 1U);
+    QTest::keyClick(&control(Control::password), Qt::Key_Return);
+    ASSERT_TRUE(presenter.secret);
+    EXPECT_EQ(countInMemory(thePassword), 1U) << "in the presenter’s hands alone";
+    presenter.secret.reset();
+
+    // One that outgrows the field, with characters of every length, and one that is never sent.
+    std::string expected;
+    for (int i = 0; i < 100; ++i) {
+        for (const char32_t character : {U'a', U'ä', U'€', U'😀'}) {
+            const QString text = QString::fromUcs4(&character, 1);
+            QTest::sendKeyEvent(QTest::Press, &control(Control::password), Qt::Key_unknown, text,
+                                Qt::NoModifier);
+            expected += text.toStdString();
+        }
+    }
+    QTest::mouseClick(&control(Control::goBack), Qt::LeftButton);
+    ASSERT_TRUE(presenter.secret);
+    const auto values = presenter.secret->values();
+    EXPECT_TRUE(std::ranges::equal(values, expected, {}, {},
+                                   [](char byte) { return static_cast<std::uint8_t>(byte); }));
+    for (std::size_t i = 0; i < passwordSize; ++i)
+        QTest::keyClick(&control(Control::password), static_cast<char>(passwordByte(i)));
+    QTest::keyClick(&window(), Qt::Key_Escape);
+    EXPECT_EQ(countInMemory(thePassword), 0U);
+    EXPECT_EQ(countInMemory(thePasswordAsUTF16), 0U);
+}
+
+}  // namespace
+}  // namespace marrowby

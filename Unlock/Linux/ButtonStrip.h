@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Unlock/Linux/ControlSink.h"
+
+#include <QWidget>
+#include <utility>
+#include <vector>
+
+class QHBoxLayout;
+class QPushButton;
+
+namespace marrowby {
+
+/// Buttons side by side. A button keeps its focus while its id stays.
+class ButtonStrip final : public QWidget {
+  public:
+    ButtonStrip(ControlSink& sink, QWidget* parent);
+
+    void show(const std::vector<WindowButton>& buttons);
+    /// Where the first space goes: all buttons behind it lie at the right.
+    void setStretchBefore(std::size_t index) { stretchBefore_ = index; }
+    [[nodiscard]] QPushButton* defaultButton() const { return default_; }
+
+  protected:
+    void changeEvent(QEvent* event) override;
+
+  private:
+    [[nodiscard]] QPushButton* buttonFor(const ControlID& id);
+    void dress();
+
+    ControlSink& sink_;
+    QHBoxLayout* layout_;
+    std::vector<std::pair<WindowButton, QPushButton*>> shown_;
+    QPushButton* default_ = nullptr;
+    std::size_t stretchBefore_ = 0;
+    bool isDressing_ = false;
+};
+
+/// The name of a control's widget.
+[[nodiscard]] QString controlName(const ControlID& id);
+
+}  // namespace marrowby

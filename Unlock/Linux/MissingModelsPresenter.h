@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Unlock/WindowPresenter.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace marrowby {
+
+/// The window of a program that has no networks to recognise faces with: what is missing, and how
+/// it is had. Main thread.
+class MissingModelsPresenter final : public WindowPresenter {
+  public:
+    struct Hooks {
+        std::function<void()> onLookAgain;
+        std::function<void()> onQuit;
+    };
+
+    /// `command` makes the pack.
+    MissingModelsPresenter(std::string command, Hooks hooks)
+        : command_(std::move(command)), hooks_(std::move(hooks)) {}
+
+    /// Why they can’t be used, as a sentence.
+    void say(std::string problem) { problem_ = std::move(problem); }
+
+    [[nodiscard]] WindowPage page() const override;
+    void press(ControlID id) override;
+    void toggle(ControlID /*id*/, bool /*isOn*/) override {}
+    void choose(ControlID /*id*/, std::size_t /*option*/) override {}
+    void enter(ControlID /*id*/, std::string /*text*/) override {}
+    void enter(ControlID /*id*/, SecretBytes /*secret*/) override {}
+    void windowClosed() override {}
+
+  private:
+    const std::string command_;
+    const Hooks hooks_;
+    std::string problem_;
+};
+
+}  // namespace marrowby

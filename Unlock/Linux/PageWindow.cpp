@@ -1,0 +1,306 @@
+#include "Unlock/Linux/PageWindow.h"
+
+#include "Unlock/Linux/ButtonStrip.h"
+#include "Unlock/Linux/MutedLabel.h"
+#include "Unlock/Linux/PageColors.h"
+#include "Unlock/Linux/RowView.h"
+
+#include <QAccessible>
+#include <QEvent>
+#include <QPainter>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+constexpr int margin = 22;
+constexpr double corner = 10;
+constexpr QSize firstSize{600, 680};
+constexpr QSize smallestSize{460, 380};
+
+/// What went wrong last, in a frame of its own.
+class ProblemFrame final : public QWidget {
+  public:
+    using QWidget::QWidget;
+
+  protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const QColor danger = pagecolors::danger(palette());
+        painter.setPen(QPen(danger, 1));
+        painter.setBrush(pagecolors::mix(danger, palette().color(QPalette::Window), 0.10));
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), corner, corner);
+    }
+};
+
+}  // namespace
+
+/// The rows of a page, those that belong together on one card.
+class PageWindow::Rows final : public QWidget {
+  public:
+    Rows() : layout_(new QVBoxLayout(this)) {
+        layout_->setContentsMargins(margin, 6, margin, margin / 2);
+        layout_->setSpacing(0);
+    }
+
+    void show(const std::vector<WindowRow>& rows, ControlSink& sink) {
+        std::vector<RowView*> next;
+        for (const WindowRow& row : rows) {
+            RowView* view = takeView(RowKey::of(row));
+            if (view == nullptr) view = RowView::create(row, sink, this);
+            view->show(row);
+            next.push_back(view);
+        }
+        for (RowView* gone : views_) {
+            if (SecretField* secret = gone->secretField()) secret->clear();
+            gone->hide();
+            gone->deleteLater();
+        }
+        views_ = std::move(next);
+        while (QLayoutItem* item = layout_->takeAt(0))
+            delete item;
+        const RowView* above = nullptr;
+        for (RowView* view : views_) {
+            // Rows of one card touch.
+            if (above != nullptr && !(above->isOnCard() && view->isOnCard()))
+                layout_->addSpacing(10);
+            layout_->addWidget(view);
+            view->setVisible(true);
+            above = view;
+        }
+        layout_->addStretch(1);
+        update();
+    }
+
+    [[nodiscard]] const std::vector<RowView*>& views() const { return views_; }
+
+  protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        for (auto view = views_.begin(); view != views_.end();) {
+            const auto end = std::find_if(view, views_.end(),
+                                          [](const RowView* row) { return !row->isOnCard(); });
+            if (view == end) {
+                ++view;
+                continue;
+            }
+            paintCard(painter, view, end);
+            view = end;
+        }
+    }
+
+  private:
+    using View = std::vector<RowView*>::const_iterator;
+
+    RowView* takeView(const RowKey& key) {
+        const auto found = std::ranges::find_if(
+            views_, [&key](const RowView* view) { return view->key() == key; });
+        if (found == views_.end()) return nullptr;
+        RowView* view = *found;
+        views_.erase(found);
+        return view;
+    }
+
+    void paintCard(QPainter& painter, View begin, View end) {
+        const QRectF card((*begin)->geometry().united((*(end - 1))->geometry()));
+        painter.setPen(QPen(pagecolors::line(palette()), 1));
+        painter.setBrush(pagecolors::card(palette()));
+        painter.drawRoundedRect(card.adjusted(0.5, 0.5, -0.5, -0.5), corner, corner);
+        for (View view = begin + 1; view < end; ++view) {
+            const double y = (*view)->geometry().top() + 0.5;
+            painter.drawLine(QPointF(card.left() + 14, y), QPointF(card.right() - 14, y));
+        }
+    }
+
+    QVBoxLayout* layout_;
+    std::vector<RowView*> views_;
+};
+
+PageWindow::PageWindow(WindowPresenter& presenter, std::function<void()> onClosed)
+    : presenter_(&presenter),
+      onClosed_(std::move(onClosed)),
+      title_(new QLabel),
+      detail_(new MutedLabel(this, 1)),
+      scroll_(new QScrollArea),
+      content_(new Rows),
+      problem_(new ProblemFrame),
+      problemText_(new QLabel),
+      buttons_(new ButtonStrip(*this, this)) {
+    setWindowFlags(Qt::Window);
+    setMinimumSize(smallestSize);
+    resize(firstSize);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, margin, 0, margin - 6);
+    layout->setSpacing(0);
+    auto* header = new QVBoxLayout;
+    header->setContentsMargins(margin + 4, 0, margin + 4, 10);
+    header->setSpacing(6);
+    title_->setTextFormat(Qt::PlainText);
+    title_->setWordWrap(true);
+    scaleFont(*title_, 1.7, true);
+    header->addWidget(title_);
+    header->addWidget(detail_);
+    layout->addLayout(header);
+
+    scroll_->setFrameShape(QFrame::NoFrame);
+    scroll_->setWidgetResizable(true);
+    scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll_->setFocusPolicy(Qt::NoFocus);
+    scroll_->setWidget(content_);
+    // The window’s own colour.
+    scroll_->viewport()->setAutoFillBackground(false);
+    content_->setAutoFillBackground(false);
+    layout->addWidget(scroll_, 1);
+
+    auto* problemLayout = new QVBoxLayout(problem_);
+    problemLayout->setContentsMargins(14, 10, 14, 10);
+    problemLayout->addWidget(problemText_);
+    problemText_->setTextFormat(Qt::PlainText);
+    problemText_->setWordWrap(true);
+    auto* foot = new QVBoxLayout;
+    foot->setContentsMargins(margin, 8, margin, 0);
+    foot->setSpacing(12);
+    foot->addWidget(problem_);
+    foot->addWidget(buttons_);
+    layout->addLayout(foot);
+
+    draw(presenter.page());
+}
+
+PageWindow::~PageWindow() = default;
+
+void PageWindow::refresh() {
+    if (presenter_ == nullptr) return;
+    WindowPage page = presenter_->page();
+    if (page_ != page) draw(page);
+}
+
+void PageWindow::retire() {
+    presenter_ = nullptr;
+    if (const RowView* row = secretRow()) row->secretField()->clear();
+    hide();
+    deleteLater();
+}
+
+void PageWindow::reject() {
+    if (presenter_ == nullptr) return;
+    WindowPresenter& presenter = *presenter_;
+    onClosed_();
+    presenter.windowClosed();
+}
+
+void PageWindow::draw(const WindowPage& page) {
+    const bool isOtherPage = windowTitle() != QString::fromStdString(page.title);
+    setWindowTitle(QString::fromStdString(page.title));
+    title_->setText(QString::fromStdString(page.title));
+    detail_->show(page.detail);
+    content_->show(page.rows, *this);
+    drawProblem(page.problem);
+    // The first stands alone at the left, if there are others.
+    buttons_->setStretchBefore(page.buttons.size() > 1 ? 1 : 0);
+    buttons_->show(page.buttons);
+    page_ = page;
+    chainFocus();
+    const QWidget* focused = focusWidget();
+    const bool isLost =
+        focused == nullptr || focused->isHidden() || !focused->isEnabled() || focused == this;
+    if (isOtherPage || isLost) focusFirst();
+    if (isOtherPage) scroll_->verticalScrollBar()->setValue(0);
+}
+
+void PageWindow::drawProblem(const std::string& problem) {
+    problem_->setVisible(!problem.empty());
+    const QString said = QString::fromStdString(problem);
+    if (problemText_->text() == said) return;
+    problemText_->setText(said);
+    if (problem.empty()) return;
+    QAccessibleEvent alert(problemText_, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+/// Tab goes down the page, in whatever order its parts were made.
+void PageWindow::chainFocus() {
+    QWidget* before = nullptr;
+    for (QWidget* widget : focusables()) {
+        if (before != nullptr) QWidget::setTabOrder(before, widget);
+        before = widget;
+    }
+}
+
+std::vector<QWidget*> PageWindow::focusables() const {
+    std::vector<QWidget*> found;
+    const auto append = [this, &found](const QWidget* parent) {
+        for (auto* widget : parent->findChildren<QWidget*>()) {
+            // A list that opens is a window of its own.
+            if (widget->window() != this || widget->isHidden()) continue;
+            if (widget->focusPolicy() & Qt::TabFocus) found.push_back(widget);
+        }
+    };
+    for (const RowView* row : content_->views())
+        append(row);
+    append(buttons_);
+    return found;
+}
+
+/// What is typed into, or else what Return presses, or else whatever comes first.
+void PageWindow::focusFirst() {
+    for (const RowView* row : content_->views()) {
+        if (QWidget* field = row->field()) return field->setFocus(Qt::TabFocusReason);
+    }
+    if (QPushButton* button = buttons_->defaultButton(); button != nullptr && button->isEnabled())
+        return button->setFocus(Qt::OtherFocusReason);
+    for (QWidget* widget : focusables()) {
+        if (widget->isEnabled()) return widget->setFocus(Qt::TabFocusReason);
+    }
+}
+
+RowView* PageWindow::secretRow() const {
+    const auto& rows = content_->views();
+    const auto found = std::ranges::find_if(
+        rows, [](const RowView* row) { return row->secretField() != nullptr; });
+    return found == rows.end() ? nullptr : *found;
+}
+
+void PageWindow::press(ControlID id) {
+    enterSecret();
+    tell([id](WindowPresenter& presenter) { presenter.press(id); });
+}
+
+void PageWindow::toggle(ControlID id, bool isOn) {
+    tell([id, isOn](WindowPresenter& presenter) { presenter.toggle(id, isOn); });
+}
+
+void PageWindow::choose(ControlID id, std::size_t option) {
+    tell([id, option](WindowPresenter& presenter) { presenter.choose(id, option); });
+}
+
+void PageWindow::enter(ControlID id, std::string text) {
+    tell([id, &text](WindowPresenter& presenter) { presenter.enter(id, std::move(text)); });
+}
+
+void PageWindow::enterSecret() {
+    const RowView* row = presenter_ != nullptr ? secretRow() : nullptr;
+    const auto id = row != nullptr ? row->key().id : std::nullopt;
+    if (!id) return;
+    if (auto secret = row->secretField()->take()) presenter_->enter(*id, *std::move(secret));
+}
+
+/// Closing the window may be what it leads to.
+void PageWindow::tell(const std::function<void(WindowPresenter&)>& what) {
+    if (presenter_ == nullptr) return;
+    what(*presenter_);
+    // The control has changed already; the presenter may have thought otherwise.
+    page_.reset();
+    refresh();
+}
+
+}  // namespace marrowby

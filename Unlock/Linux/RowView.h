@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Unlock/Linux/ControlSink.h"
+#include "Unlock/Linux/SecretField.h"
+
+#include <QWidget>
+#include <cstddef>
+#include <optional>
+
+namespace marrowby {
+
+/// Which view may show a row: one of the same kind, for the same control.
+struct RowKey {
+    std::size_t kind = 0;
+    std::optional<ControlID> id;
+    friend bool operator==(const RowKey&, const RowKey&) = default;
+
+    [[nodiscard]] static RowKey of(const WindowRow& row);
+};
+
+/// One row of a page.
+class RowView : public QWidget {
+  public:
+    [[nodiscard]] static RowView* create(const WindowRow& row, ControlSink& sink, QWidget* parent);
+
+    /// A row of this view's key.
+    virtual void show(const WindowRow& row) = 0;
+    /// What is typed into the row.
+    [[nodiscard]] virtual QWidget* field() const { return nullptr; }
+    [[nodiscard]] virtual SecretField* secretField() const { return nullptr; }
+
+    [[nodiscard]] const RowKey& key() const { return key_; }
+    /// Whether it lies on a card together with its neighbours.
+    [[nodiscard]] bool isOnCard() const { return isOnCard_; }
+
+  protected:
+    RowView(const WindowRow& row, bool isOnCard, QWidget* parent)
+        : QWidget(parent), key_(RowKey::of(row)), isOnCard_(isOnCard) {}
+
+  private:
+    const RowKey key_;
+    const bool isOnCard_;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,284 @@
+#include "Unlock/Linux/UnlockProgram.h"
+
+#include "Platforms/Linux/Account.h"
+#include "Platforms/Linux/BusAddress.h"
+#include "Platforms/Linux/DesktopSession.h"
+#include "Platforms/Linux/GraphicalSession.h"
+#include "Platforms/Linux/JournaldLog.h"
+#include "Platforms/Linux/JsonDefaultsStore.h"
+#include "Platforms/Linux/LinuxSystemSettings.h"
+#include "Platforms/Linux/LocalNotificationCenter.h"
+#include "Platforms/Linux/OpenCvFaceVision.h"
+#include "Platforms/Linux/OpenCvFourierTransform.h"
+#include "Platforms/Linux/OpenCvImaging.h"
+#include "Platforms/Linux/OpenCvNeuralModels.h"
+#include "Platforms/Linux/ProcessHardening.h"
+#include "Platforms/Linux/ProcessSignals.h"
+#include "Platforms/Linux/QtMainThread.h"
+#include "Platforms/Linux/SecretServiceKeychain.h"
+#include "Platforms/Linux/SingleInstance.h"
+#include "Platforms/Linux/ThreadWorkQueues.h"
+#include "Platforms/Linux/UinputKeyEvents.h"
+#include "Platforms/Linux/UnixSystemClock.h"
+#include "Platforms/Linux/X11WindowServer.h"
+#include "Platforms/Linux/XTestKeyEvents.h"
+#include "Platforms/Linux/XdgFolders.h"
+#include "Platforms/Posix/OpenSslCipher.h"
+#include "Platforms/Posix/PosixFileSystem.h"
+#include "Unlock/Linux/MissingModelsPresenter.h"
+#include "Unlock/Linux/QtApplicationWindows.h"
+#include "Unlock/LockScreenOverlayController.h"
+#include "Unlock/UnlockApplication.h"
+#include "UnlockCore/LockWatching/WindowServerLockState.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QSessionManager>
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace marrowby {
+
+namespace {
+
+constexpr const char* programName = "marrowby-unlock";
+constexpr const char* applicationIdentifier = "app.quenby.unlock";
+
+using Path = std::filesystem::path;
+
+/// Where the program finds and keeps things.
+struct Places {
+    XdgFolders folders;
+    std::string userName;
+    Path program;
+
+    [[nodiscard]] Path userModels() const { return folders.dataHome / programName / "models"; }
+    /// What was installed together with it.
+    [[nodiscard]] Path installed() const {
+        return program.parent_path().parent_path() / "share" / programName;
+    }
+    [[nodiscard]] std::vector<Path> modelFolders() const {
+        return {userModels(), installed() / "models"};
+    }
+    [[nodiscard]] std::string preparingCommand() const {
+        std::error_code error;
+        const Path command = installed() / "prepare-pack";
+        return (std::filesystem::exists(command, error) ? command.string() : "Tools/prepare-pack") +
+               " '" + userModels().string() + "'";
+    }
+    [[nodiscard]] Path lockFile() const {
+        const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+        const Path folder = runtime != nullptr ? runtime : "";
+        return (folder.is_absolute() ? folder : folders.dataHome) /
+               (std::string(applicationIdentifier) + ".lock");
+    }
+};
+
+std::unique_ptr<KeyEvents> makeKeyEvents(const DesktopSession::Places& places) {
+    if (places.display) return std::make_unique<XTestKeyEvents>(*places.display);
+    return std::make_unique<UinputKeyEvents>(KeyboardLayout::Names::fromFile(),
+                                             &XTestKeyEvents::sleep);
+}
+
+/// What the application runs on, in the order in which it may be built; it goes in reverse.
+class World {
+  public:
+    World(Places places, UnlockSurroundings& surroundings, const JournaldLog& log)
+        : places_(std::move(places)),
+          surroundings_(surroundings),
+          log_(log),
+          missing_(places_.preparingCommand(),
+                   {.onLookAgain = [this] { lookAgain(); }, .onQuit = &World::end}) {}
+
+    /// The application, or the window that says what it lacks.
+    void launch(bool isAtLogin) {
+        session_.onDisplayAway = [this](const std::string& sentence) { log_.write(sentence); };
+        session_.start();
+        launch_ = {.isAtLogin = isAtLogin,
+                   .isVisible = !WindowServerLockState(session_.loginSession()).isLocked()};
+        const auto started = start();
+        if (started) return;
+        log_.write(started.error());
+        missing_.say(started.error());
+        if (!launch_.isAtLogin) reopen();
+    }
+
+    void reopen() {
+        if (application_) {
+            application_->shouldHandleReopen();
+        } else {
+            windows_.show(ApplicationWindows::Window::welcome, missing_);
+        }
+    }
+
+    void terminate() {
+        island_.onHover = {};
+        if (application_) application_->willTerminate();
+    }
+
+    static void end() { QCoreApplication::exit(EXIT_SUCCESS); }
+
+  private:
+    [[nodiscard]] std::expected<void, std::string> start();
+    void lookAgain() {
+        const auto started = start();
+        if (!started) {
+            missing_.say(started.error());
+            return;
+        }
+        windows_.close(ApplicationWindows::Window::welcome);
+        reopen();
+    }
+
+    const Places places_;
+    UnlockSurroundings& surroundings_;
+    const JournaldLog& log_;
+
+    UnixSystemClock clock_;
+    QtMainThread mainThread_;
+    LocalNotificationCenter workspaceCenter_{mainThread_};
+    LocalNotificationCenter distributedCenter_{mainThread_};
+    LocalNotificationCenter defaultCenter_{mainThread_};
+    OpenCvImaging imaging_;
+    OpenCvFourierTransform fourier_;
+    OpenCvNeuralModels models_;
+    std::unique_ptr<FaceVision> lookVision_;
+    std::unique_ptr<FaceVision> enrollmentVision_;
+    OpenSslCipher cipher_;
+    PosixFileSystem files_;
+    JsonDefaultsStore defaults_{files_, places_.folders.configHome / programName / "settings.json"};
+    LinuxSystemSettings systemSettings_{files_, places_.folders.configHome, places_.program};
+    SecretServiceKeychain keychain_{surroundings_.keyringBus()};
+    const std::unique_ptr<OwnerAuthentication> owner_ =
+        surroundings_.makeOwnerAuthentication(mainThread_);
+    const std::unique_ptr<Directory> directory_ = surroundings_.makeDirectory();
+
+    const DesktopSession::Places sessionPlaces_ = DesktopSession::Places::ofThisProcess();
+    DesktopSession session_{sessionPlaces_, mainThread_, workspaceCenter_, distributedCenter_};
+    const std::unique_ptr<KeyEvents> keyEvents_ = makeKeyEvents(sessionPlaces_);
+    const std::shared_ptr<CaptureSession> lookCamera_ = surroundings_.makeCamera(clock_);
+    const std::shared_ptr<CaptureSession> enrollmentCamera_ = surroundings_.makeCamera(clock_);
+
+    X11WindowServer windowServer_{sessionPlaces_.display};
+    LockScreen lockScreen_{windowServer_, session_.loginSession()};
+    LockScreenOverlayController island_{
+        {.lockScreen = lockScreen_, .mainThread = mainThread_, .clock = clock_}};
+    QtApplicationWindows windows_;
+    MissingModelsPresenter missing_;
+    UnlockOpening::Launch launch_;
+    /// Goes before all that its last work uses.
+    ThreadWorkQueues queues_;
+    std::unique_ptr<UnlockApplication> application_;
+};
+
+std::expected<void, std::string> World::start() {
+    auto pack = surroundings_.models(places_.modelFolders());
+    if (!pack) return std::unexpected(std::move(pack.error()));
+    for (auto* vision : {&lookVision_, &enrollmentVision_}) {
+        auto finder =
+            OpenCvFaceVision::load(pack->folder / pack->finderFile,
+                                   pack->folder / pack->landmarksFile, queues_.background());
+        if (!finder) return std::unexpected(std::move(finder.error()));
+        *vision = *std::move(finder);
+    }
+    application_ = std::make_unique<UnlockApplication>(
+        UnlockPlatform{.mainThread = mainThread_,
+                       .clock = clock_,
+                       .queues = queues_,
+                       .workspaceCenter = workspaceCenter_,
+                       .distributedCenter = distributedCenter_,
+                       .defaultCenter = defaultCenter_,
+                       .loginSession = session_.loginSession(),
+                       .inputIdle = session_.inputIdle(),
+                       .keyboards = session_.keyboards(),
+                       .lookCamera = lookCamera_,
+                       .enrollmentCamera = enrollmentCamera_,
+                       .lookVision = *lookVision_,
+                       .enrollmentVision = *enrollmentVision_,
+                       .models = models_,
+                       .imaging = imaging_,
+                       .fourier = fourier_,
+                       .cipher = cipher_,
+                       .files = files_,
+                       .keychain = keychain_,
+                       .ownerAuthentication = *owner_,
+                       .directory = *directory_,
+                       .defaults = defaults_,
+                       .keyEvents = *keyEvents_,
+                       .systemSettings = systemSettings_,
+                       .presenter = &island_},
+        UnlockModel::Resources{.dataBase = places_.folders.dataHome,
+                               .bundleIdentifier = applicationIdentifier,
+                               .testTag = {},
+                               .userName = places_.userName,
+                               .models = *std::move(pack)},
+        windows_,
+        UnlockApplication::Hooks{.log = [this](const std::string& line) { log_.write(line); },
+                                 .terminate = &World::end});
+    island_.onHover = [this] { application_->model().activateIsland(); };
+    application_->didFinishLaunching(launch_);
+    surroundings_.didLaunch(*application_);
+    return {};
+}
+
+int refuse(const std::string& sentence) {
+    std::cerr << sentence << '\n';
+    return EXIT_FAILURE;
+}
+
+}  // namespace
+
+int UnlockProgram::run(int argumentCount, char** arguments, UnlockSurroundings& surroundings) {
+    const JournaldLog log(programName);
+    if (!makeProcessUndumpable()) {
+        return refuse("This process’s memory can’t be kept private, so nothing was started.");
+    }
+    ProcessSignals signals;
+    if (const auto problem = graphicalsession::problem()) return refuse(*problem);
+
+    // The desktop restarts it by its own entry, not by remembering the session.
+    QApplication::setApplicationName(programName);
+    QApplication::setApplicationDisplayName(QStringLiteral("Marrowby Unlock"));
+    QApplication::setDesktopFileName(applicationIdentifier);
+    QApplication application(argumentCount, arguments);
+    QApplication::setQuitOnLastWindowClosed(
+        UnlockApplication::shouldTerminateAfterLastWindowClosed());
+    QApplication::setWindowIcon(QIcon::fromTheme(applicationIdentifier));
+    QObject::connect(
+        &application, &QGuiApplication::commitDataRequest, &application,
+        [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); },
+        Qt::DirectConnection);
+
+    const auto folders = XdgFolders::current();
+    const auto account = Account::current();
+    if (!folders || !account) return refuse("This account has no home folder to keep anything in.");
+    Places places{.folders = *folders,
+                  .userName = account->name,
+                  .program = QApplication::applicationFilePath().toStdString()};
+    SingleInstance instance({.lockFile = places.lockFile(), .sessionBus = busaddress::session()});
+    switch (instance.claim()) {
+        case SingleInstance::Claim::handedOver:
+            return EXIT_SUCCESS;
+        case SingleInstance::Claim::unreachable:
+            return refuse("Marrowby Unlock runs already, and doesn’t answer.");
+        case SingleInstance::Claim::first:
+            break;
+    }
+
+    World world(std::move(places), surroundings, log);
+    const auto reopen = [&world] { world.reopen(); };
+    const auto all = QApplication::arguments();
+    world.launch(all.contains(QLatin1String(LinuxSystemSettings::atLoginFlag)));
+    signals.start(&World::end, reopen);
+    instance.serve(reopen);
+    const int status = QApplication::exec();
+    world.terminate();
+    return status;
+}
+
+}  // namespace marrowby

@@ -1,0 +1,46 @@
+#include "Unlock/Linux/UnlockSurroundings.h"
+
+#include "Platforms/Linux/BusAddress.h"
+#include "Platforms/Linux/OnnxModelFiles.h"
+#include "Platforms/Linux/PamDirectory.h"
+#include "Platforms/Linux/PolkitOwnerAuthentication.h"
+#include "Platforms/Linux/V4l2CaptureSession.h"
+#include "Platforms/Linux/V4l2SystemCalls.h"
+
+#include <optional>
+
+namespace marrowby {
+
+std::expected<ModelPack, std::string> UnlockSurroundings::models(
+    std::span<const std::filesystem::path> folders) {
+    const OnnxModelFiles files;
+    // What is wrong with a pack says more than that there is none.
+    std::optional<std::string> problem;
+    for (const auto& folder : folders) {
+        auto pack = ModelPack::read(folder, files);
+        if (pack) return *std::move(pack);
+        std::error_code error;
+        if (!problem || std::filesystem::exists(folder / ModelPack::manifestFile, error))
+            problem = description(pack.error());
+    }
+    return std::unexpected(problem.value_or("There is no folder to look for networks in."));
+}
+
+std::shared_ptr<CaptureSession> UnlockSurroundings::makeCamera(const SystemClock& /*clock*/) {
+    return std::make_shared<V4l2CaptureSession>(std::make_shared<V4l2SystemCalls>());
+}
+
+std::unique_ptr<Directory> UnlockSurroundings::makeDirectory() {
+    return std::make_unique<PamDirectory>();
+}
+
+std::unique_ptr<OwnerAuthentication> UnlockSurroundings::makeOwnerAuthentication(
+    MainThread& /*mainThread*/) {
+    return std::make_unique<PolkitOwnerAuthentication>(busaddress::system());
+}
+
+std::string UnlockSurroundings::keyringBus() {
+    return busaddress::session();
+}
+
+}  // namespace marrowby

@@ -1,0 +1,82 @@
+#import "Unlock/macOS/AppDelegate.h"
+
+#include "Unlock/macOS/MacApplication.h"
+
+#include <memory>
+
+#import <Carbon/Carbon.h>
+
+namespace {
+
+/// The event that launched the application says so.
+bool isLaunchAtLogin() {
+    NSAppleEventDescriptor* const event =
+        NSAppleEventManager.sharedAppleEventManager.currentAppleEvent;
+    return event.eventID == kAEOpenApplication &&
+           [event paramDescriptorForKeyword:keyAEPropData].enumCodeValue ==
+               keyAELaunchedAsLogInItem;
+}
+
+NSMenuItem* submenu(NSString* title, NSArray<NSMenuItem*>* items) {
+    NSMenuItem* const entry = [[NSMenuItem alloc] init];
+    entry.submenu = [[NSMenu alloc] initWithTitle:title];
+    for (NSMenuItem* item in items)
+        [entry.submenu addItem:item];
+    return entry;
+}
+
+NSMenuItem* item(NSString* title, SEL action, NSString* key) {
+    return [[NSMenuItem alloc] initWithTitle:title action:action keyEquivalent:key];
+}
+
+/// An agent application shows no menu bar, but this is where the keys of its windows come from.
+NSMenu* mainMenu() {
+    NSMenu* const menu = [[NSMenu alloc] init];
+    [menu addItem:submenu(@"Marrowby Unlock", @[])];
+    [menu addItem:submenu(@"Edit", @[
+              item(@"Undo", @selector(undo:), @"z"),
+              item(@"Cut", @selector(cut:), @"x"),
+              item(@"Copy", @selector(copy:), @"c"),
+              item(@"Paste", @selector(paste:), @"v"),
+              item(@"Select All", @selector(selectAll:), @"a"),
+          ])];
+    [menu addItem:submenu(@"Window", @[
+              item(@"Minimize", @selector(performMiniaturize:), @"m"),
+              item(@"Close", @selector(performClose:), @"w"),
+          ])];
+    return menu;
+}
+
+}  // namespace
+
+@implementation MarrowbyAppDelegate {
+    std::unique_ptr<marrowby::MacApplication> _mac;
+}
+
+- (void)applicationDidFinishLaunching:(NSNotification*)__unused notification {
+    const bool isAtLogin = isLaunchAtLogin();
+    NSApp.mainMenu = mainMenu();
+    _mac = std::make_unique<marrowby::MacApplication>();
+    _mac->application().didFinishLaunching(
+        {.isAtLogin = isAtLogin, .isVisible = _mac->isVisible()});
+}
+
+- (BOOL)applicationShouldHandleReopen:(NSApplication*)__unused application
+                    hasVisibleWindows:(BOOL)__unused hasVisibleWindows {
+    if (_mac) _mac->application().shouldHandleReopen();
+    return NO;
+}
+
+- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication*)__unused application {
+    return marrowby::UnlockApplication::shouldTerminateAfterLastWindowClosed();
+}
+
+- (void)applicationWillTerminate:(NSNotification*)__unused notification {
+    if (_mac) _mac->willTerminate();
+}
+
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)__unused application {
+    return YES;
+}
+
+@end

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "Kit/LockScreen.h"
+#include "Platforms/Posix/OpenSslCipher.h"
+#include "Platforms/Posix/PosixFileSystem.h"
+#include "Platforms/macOS/AVFoundationCaptureSession.h"
+#include "Platforms/macOS/AppKitSystemSettings.h"
+#include "Platforms/macOS/AppKitWindowServer.h"
+#include "Platforms/macOS/CoreGraphicsInputIdle.h"
+#include "Platforms/macOS/CoreGraphicsKeyEvents.h"
+#include "Platforms/macOS/CoreGraphicsLoginSession.h"
+#include "Platforms/macOS/CoreImageImaging.h"
+#include "Platforms/macOS/CoreMLNeuralModels.h"
+#include "Platforms/macOS/DispatchWorkQueues.h"
+#include "Platforms/macOS/FoundationNotificationCenter.h"
+#include "Platforms/macOS/FoundationSystemClock.h"
+#include "Platforms/macOS/IOKitKeyboardDevices.h"
+#include "Platforms/macOS/LocalOwnerAuthentication.h"
+#include "Platforms/macOS/OpenDirectoryAccounts.h"
+#include "Platforms/macOS/RunLoopMainThread.h"
+#include "Platforms/macOS/SecurityKeychain.h"
+#include "Platforms/macOS/UserDefaultsStore.h"
+#include "Platforms/macOS/VDspFourierTransform.h"
+#include "Platforms/macOS/VisionFaceVision.h"
+#include "Unlock/LockScreenOverlayController.h"
+#include "Unlock/UnlockApplication.h"
+#include "Unlock/macOS/AppKitApplicationWindows.h"
+
+#include <memory>
+
+namespace marrowby {
+
+/// The application on a Mac: its services, its windows, and itself. Main thread.
+class MacApplication {
+  public:
+    MacApplication();
+    MacApplication(const MacApplication&) = delete;
+    MacApplication& operator=(const MacApplication&) = delete;
+
+    [[nodiscard]] UnlockApplication& application() { return application_; }
+    /// Forgets the key and everything under way; its services stay for what still runs.
+    void willTerminate();
+    /// The user is there to see a window.
+    [[nodiscard]] bool isVisible() const;
+
+  private:
+    [[nodiscard]] UnlockPlatform platform();
+
+    RunLoopMainThread mainThread_;
+    FoundationSystemClock clock_;
+    DispatchWorkQueues queues_;
+    std::unique_ptr<NotificationCenter> workspaceCenter_ =
+        FoundationNotificationCenter::workspace(mainThread_);
+    std::unique_ptr<NotificationCenter> distributedCenter_ =
+        FoundationNotificationCenter::distributed(mainThread_);
+    std::unique_ptr<NotificationCenter> localCenter_ =
+        FoundationNotificationCenter::local(mainThread_);
+    CoreGraphicsLoginSession loginSession_;
+    CoreGraphicsInputIdle inputIdle_;
+    IOKitKeyboardDevices keyboards_;
+    VisionFaceVision lookVision_;
+    VisionFaceVision enrollmentVision_;
+    CoreMLNeuralModels models_;
+    CoreImageImaging imaging_;
+    VDspFourierTransform fourier_;
+    OpenSslCipher cipher_;
+    PosixFileSystem files_;
+    SecurityKeychain keychain_;
+    LocalOwnerAuthentication ownerAuthentication_;
+    OpenDirectoryAccounts directory_;
+    UserDefaultsStore defaults_;
+    CoreGraphicsKeyEvents keyEvents_;
+    AppKitSystemSettings systemSettings_;
+    AppKitWindowServer windowServer_;
+    LockScreen lockScreen_{windowServer_, loginSession_};
+    LockScreenOverlayController island_{
+        {.lockScreen = lockScreen_, .mainThread = mainThread_, .clock = clock_}};
+    AppKitApplicationWindows windows_;
+    UnlockApplication application_;
+};
+
+}  // namespace marrowby

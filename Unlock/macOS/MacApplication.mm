@@ -1,0 +1,99 @@
+#include "Unlock/macOS/MacApplication.h"
+
+#include "Platforms/macOS/FoundationText.h"
+#include "Unlock/SharedNamespace.h"
+#include "UnlockCore/Liveness/MiniFASNet.h"
+#include "UnlockCore/LockWatching/UnlockLockState.h"
+#include "UnlockCore/Recognition/SFaceEmbedder.h"
+
+#include <string>
+
+#import <AppKit/AppKit.h>
+#include <os/log.h>
+
+namespace marrowby {
+
+namespace {
+
+std::optional<std::string> optionalText(id value) {
+    if (![value isKindOfClass:NSString.class]) return std::nullopt;
+    return plainText(value);
+}
+
+os_log_t systemLog() {
+    static const os_log_t log = os_log_create("app.quenby.unlock", "engine");
+    return log;
+}
+
+UnlockModel::Resources resources() {
+    NSBundle* const bundle = NSBundle.mainBundle;
+    NSString* const support =
+        NSSearchPathForDirectoriesInDomains(NSApplicationSupportDirectory, NSUserDomainMask, YES)
+            .firstObject;
+    const SFaceEmbedder::Resource embedder;
+    const auto testTag = optionalText([bundle objectForInfoDictionaryKey:@"MarrowbyTestTag"]);
+    const auto chosen =
+        optionalText([NSUserDefaults.standardUserDefaults objectForKey:@"sharedNamespace"]);
+    if (const auto name = sharedNamespace(chosen, testTag))
+        os_log(systemLog(), "The namespace is %{public}s.", name->c_str());
+    return {.dataBase = plainText(support),
+            .bundleIdentifier = optionalText(bundle.bundleIdentifier),
+            .testTag = testTag,
+            .userName = plainText(NSUserName()),
+            .models = {.folder = plainText(bundle.resourcePath),
+                       .embedderFile = embedder.fileName,
+                       .embedderIdentifier = embedder.modelIdentifier,
+                       .realFaceFile = std::string(MiniFASNet::defaultFileName)}};
+}
+
+}  // namespace
+
+MacApplication::MacApplication()
+    : application_(
+          platform(), resources(), windows_,
+          {.log = [](const std::string& line) { os_log(systemLog(), "%{public}s", line.c_str()); },
+           .terminate =
+               [] {
+                   dispatch_async(dispatch_get_main_queue(), ^{
+                     [NSApp terminate:nil];
+                   });
+               }}) {}
+
+void MacApplication::willTerminate() {
+    island_.onHover = nullptr;
+    application_.willTerminate();
+}
+
+bool MacApplication::isVisible() const {
+    return !UnlockLockState::isLocked(loginSession_.copyCurrentDictionary());
+}
+
+UnlockPlatform MacApplication::platform() {
+    return {.mainThread = mainThread_,
+            .clock = clock_,
+            .queues = queues_,
+            .workspaceCenter = *workspaceCenter_,
+            .distributedCenter = *distributedCenter_,
+            .defaultCenter = *localCenter_,
+            .loginSession = loginSession_,
+            .inputIdle = inputIdle_,
+            .keyboards = keyboards_,
+            .lookCamera = std::make_shared<AVFoundationCaptureSession>(),
+            .enrollmentCamera = std::make_shared<AVFoundationCaptureSession>(),
+            .lookVision = lookVision_,
+            .enrollmentVision = enrollmentVision_,
+            .models = models_,
+            .imaging = imaging_,
+            .fourier = fourier_,
+            .cipher = cipher_,
+            .files = files_,
+            .keychain = keychain_,
+            .ownerAuthentication = ownerAuthentication_,
+            .directory = directory_,
+            .defaults = defaults_,
+            .keyEvents = keyEvents_,
+            .systemSettings = systemSettings_,
+            .presenter = &island_};
+}
+
+}  // namespace marrowby

@@ -1,0 +1,24 @@
+# The Debian package. Some files have one place only, whatever the prefix, so everything is installed below a
+# folder of CPack's own (DESTDIR).
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME marrowby-unlock)
+set(CPACK_PACKAGE_CONTACT "Marrowby Unlock developers <unlock@example.invalid>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Unlocks the screen with your face")
+set(CPACK_PACKAGE_DESCRIPTION "Looks for its user with the camera when they come back to the locked screen, makes sure that it is a live
+face and one of those enrolled, and types the login password. Faces and the password are kept encrypted,
+under a key in the keyring of the desktop's session.
+.
+The networks that recognise faces are not part of the package: a command downloads and prepares them.")
+set(CPACK_SET_DESTDIR ON)
+set(CPACK_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION admin)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# Asked over a bus: who confirms the owner, where the key lies. What draws the icon, and what prepares networks.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "polkitd, gnome-keyring, libqt6svg6, python3-onnx, python3-numpy")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS qt6-wayland)
+file(WRITE ${PROJECT_BINARY_DIR}/conffiles "/etc/pam.d/marrowby-unlock\n")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/conffiles)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+include(CPack)
