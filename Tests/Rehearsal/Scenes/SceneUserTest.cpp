@@ -33,35 +33,5 @@ TEST(SceneUser, takesAllPosesAlsoBeforeAFinderThatSeesTurnsTooSmallOrTooLarge) {
     }
 }
 
-TEST(SceneUser, movesSmoothlyAndTheSameForTheSameSeed) {
-    SceneUser user(5);
-    SceneUser twin(5);
-    Stance last = user.at(TimeInterval(0));
-    float blinked = 0;
-    for (int frame = 1; frame < 12 * 30; ++frame) {
-        const TimeInterval time(frame / 30.0);
-        if (frame == 60) {
-            user.turnHead(time);
-            twin.turnHead(time);
-        }
-        const Stance stance = user.at(time);
-        EXPECT_EQ(stance.head.yaw, twin.at(time).head.yaw);
-        EXPECT_NEAR(stance.head.yaw, last.head.yaw, 0.06) << "at " << time.count();
-        blinked = std::max(blinked, stance.expression.blink);
-        last = stance;
-    }
-    EXPECT_GT(blinked, 0.6F);
-}
-
-TEST(SceneUser, leavesThePictureAndComesBack) {
-    SceneUser user(5);
-    user.walkAway(TimeInterval(1));
-    EXPECT_TRUE(user.at(TimeInterval(1)).isThere);
-    EXPECT_FALSE(user.at(TimeInterval(3)).isThere);
-    user.comeBack(TimeInterval(4));
-    EXPECT_TRUE(user.at(TimeInterval(6)).isThere);
-    EXPECT_NEAR(user.at(TimeInterval(6)).head.yaw, 0, 0.1);
-}
-
 }  // namespace
 }  // namespace marrowby
