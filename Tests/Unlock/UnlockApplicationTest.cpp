@@ -95,6 +95,9 @@ TEST_F(UnlockApplicationTest, waitsForTheOwnerAfterARestart) {
     EXPECT_EQ(owner.prompts[0].reason, "save your face and Mac password");
     EXPECT_TRUE(application->model().status().isReady());
     start();
+    application->didFinishLaunching({.isAtLogin = true, .isVisible = true});
+    mainThread.advance(TimeInterval(2));
+    EXPECT_FALSE(windows.isOpen(Window::welcome) || windows.isOpen(Window::settings));
     reopen();
 
     EXPECT_EQ(windows.front(), Window::settings);

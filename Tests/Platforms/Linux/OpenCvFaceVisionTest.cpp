@@ -3,8 +3,6 @@
 #include "Platforms/Linux/OpenCvImaging.h"
 #include "Platforms/Linux/OpenCvNeuralModels.h"
 #include "Tests/Fakes/SharedFolder.h"
-#include "UnlockCore/Liveness/LivenessAnalyzer.h"
-#include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
 #include "UnlockCore/Recognition/FaceRecognizer.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
@@ -20,7 +18,6 @@
 #include <numbers>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -195,41 +192,6 @@ TEST_F(OpenCvFaceVisionTest, APictureWithoutAFaceHasNone) {
                                     std::vector(64, std::uint8_t{}));
     ASSERT_TRUE(odd);
     EXPECT_FALSE(vision->faceRectangles(*odd)) << "a format that cannot be read";
-}
-
-TEST_F(OpenCvFaceVisionTest, TellsLivePeopleFromAPhone) {
-    const auto model = MiniFASNet::load(folder / "models", networks,
-                                        NeuralModels::ComputeUnits::all, "MiniFASNet.onnx");
-    ASSERT_TRUE(model) << description(model.error());
-    const FaceDetector detector(*vision);
-    for (const char* sequence : {"owner-look", "stranger-look", "phone-photo-look"}) {
-        SCOPED_TRACE(sequence);
-        const bool isLive = std::string_view(sequence) != "phone-photo-look";
-        std::vector<AntiSpoofScore> scores;
-        for (int index = 0; index < 36; index += 3) {
-            const Bitmap image = picture(sequence, index);
-            const auto faces = detector.detect(image);
-            const auto score =
-                (*model)->score(RGBPixels::view(image).value(), faces.value().at(0).boundingBox);
-            ASSERT_TRUE(score);
-            EXPECT_TRUE(isLive ? score->live > 0.7F : score->live < 0.05F) << score->live;
-            scores.push_back(*score);
-        }
-        for (const LivenessMode mode : {LivenessMode::standard, LivenessMode::strict}) {
-            // Played over and over for two seconds.
-            LivenessAnalyzer analyzer(mode, livenessTuning(mode), planarityTuning(mode),
-                                      {LivenessCue::realFace}, TimeInterval(3));
-            LivenessFrame frame;
-            for (std::size_t i = 0; i < 30; ++i) {
-                frame.timestamp += TimeInterval(0.1);
-                frame.antiSpoof = scores[i % scores.size()];
-                analyzer.ingest(frame, UUID());
-            }
-            EXPECT_EQ(analyzer.lastSnapshot().decision,
-                      isLive ? LivenessDecision(LivenessDecision::Confirmed{})
-                             : LivenessDecision(LivenessDecision::Denied{LivenessCue::realFace}));
-        }
-    }
 }
 
 }  // namespace
