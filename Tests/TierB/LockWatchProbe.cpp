@@ -1,14 +1,10 @@
 // Prints what the application would hear of the session that this runs in, one line each, until it
 // is killed: the notifications by name, each after "now" with the session's dictionary where that
-// has changed, and, while the screen is locked, the user's activity and Space key.
+// has changed.
 
 #include "Platforms/Linux/DesktopSession.h"
 #include "Platforms/Linux/LocalNotificationCenter.h"
 #include "Platforms/Linux/QtMainThread.h"
-#include "Platforms/Linux/UnixSystemClock.h"
-#include "UnlockCore/LockWatching/LockMonitor.h"
-#include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
-#include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 #include "UnlockCore/Platform/LockNotifications.h"
 
 #include <QCoreApplication>
@@ -52,23 +48,6 @@ int run(int argumentCount, char** arguments) {
             });
         }
     }
-    const UnixSystemClock clock;
-    LockScreenActivityMonitor activity(session.inputIdle(), mainThread, clock);
-    activity.onActivity = [](const InputActivity&) { std::cout << "activity\n" << std::flush; };
-    const OwnKeystrokes own(session.inputIdle());
-    SpaceKeyMonitor spaceKeys(session.keyboards(), own);
-    spaceKeys.onSpace = [] { std::cout << "space\n" << std::flush; };
-    LockMonitor lockMonitor(workspaceCenter, distributedCenter);
-    lockMonitor.onEvent = [&](LockEvent event) {
-        if (event == LockEvent::screenLocked) {
-            activity.start();
-            spaceKeys.start();
-        } else if (event == LockEvent::screenUnlocked) {
-            activity.stop();
-            spaceKeys.stop();
-        }
-    };
-    lockMonitor.start();
     session.start();
     sayIfNew();
     return QCoreApplication::exec();

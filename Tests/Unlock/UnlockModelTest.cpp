@@ -36,31 +36,14 @@ class UnlockModelTest : public testing::Test, protected FakeComputer {
     std::unique_ptr<UnlockModel> model;
 };
 
-TEST_F(UnlockModelTest, savesThePasswordAfterTheOwnerConfirmedAndTrustsItAgain) {
-    UnlockSettings settings;
-    settings.passwordHealth = {.failures = 2, .suspended = true, .needsNotice = true};
-    model->apply(settings);
-
-    EXPECT_TRUE(savePassword("secret"));
-
-    ASSERT_EQ(owner.prompts.size(), 1U);
-    EXPECT_EQ(owner.prompts[0].reason, "save your Mac password");
-    EXPECT_TRUE(model->state().hasPassword);
-    EXPECT_EQ(model->settings().passwordHealth, PasswordHealth());
-    EXPECT_EQ(UnlockSettings::load(defaults).passwordHealth, PasswordHealth());
-}
-
 TEST_F(UnlockModelTest, savesNoPasswordThatTheAccountRefusesOrThatCannotBeTyped) {
     const struct {
         const char* password;
         std::optional<DirectoryError> verdict;
         const char* sentence;
     } cases[] = {
-        {"secret", DirectoryError{"com.apple.OpenDirectory", 5000, "no"},
-         "That isn’t your Mac password."},
         {"secret", DirectoryError{"com.apple.OpenDirectory", 2100, "The node is away."},
          "The password couldn’t be checked, so nothing was saved. The node is away."},
-        {"", {}, "The password is empty."},
         {"sec\nret",
          {},
          "The password has a line break or another control character in it, which can’t be typed "

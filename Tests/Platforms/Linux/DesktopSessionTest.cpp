@@ -206,13 +206,5 @@ TEST_F(EvdevTest, mayStopListeningFromItsOwnReport) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(EvdevDevices, takesNoPipeForAnInputDevice) {
-    int ends[2] = {};
-    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
-    EXPECT_EQ(EvdevDevices::describe(ends[0], "/dev/input/event0"), std::nullopt);
-    ::close(ends[0]);
-    ::close(ends[1]);
-}
-
 }  // namespace
 }  // namespace marrowby

@@ -27,16 +27,6 @@ struct LocalNotificationCenterTest : testing::Test {
     }
 };
 
-TEST_F(LocalNotificationCenterTest, callsTheObserversOfANameOnTheMainThread) {
-    (void)listen("wake", "first");
-    (void)listen("sleep", "other");
-    (void)listen("wake", "second");
-    std::thread([&] { center->post("wake"); }).join();
-    EXPECT_THAT(heard, IsEmpty());
-    mainThread.runPosted();
-    EXPECT_THAT(heard, ElementsAre("first", "second"));
-}
-
 TEST_F(LocalNotificationCenterTest, callsNobodyWhoLeftOrCameLater) {
     const auto gone = listen("wake", "gone");
     center->post("wake");

@@ -5,7 +5,6 @@
 #include "Tests/Fakes/SharedFolder.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
 #include "UnlockCore/Recognition/FaceRecognizer.h"
-#include "UnlockCore/Recognition/MeanPoint.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
 
 #include <algorithm>
@@ -103,21 +102,17 @@ TEST_F(OpenCvFaceVisionTest, FindsAnglesNearTheTruth) {
         ASSERT_FALSE(seen.empty());
         double yawError = 0;
         double pitchError = 0;
-        double pitchBias = 0;
         double worstQuality = 1;
         for (const Seen& frame : seen) {
             const DetectedFace& face = frame.recognition.face;
             ASSERT_TRUE(face.yaw && face.pitch && face.roll && face.quality);
             yawError += std::abs(*face.yaw - frame.yaw);
             pitchError += std::abs(*face.pitch - frame.pitch);
-            pitchBias += *face.pitch - frame.pitch;
             EXPECT_LT(std::abs(*face.roll), 0.2);
             worstQuality = std::min(worstQuality, double{*face.quality});
             EXPECT_EQ(frame.recognition.alignmentTier, AlignmentTier::fivePoint);
         }
         const double scale = degrees / static_cast<double>(seen.size());
-        std::printf("%s: yaw %.1f°, pitch %.1f° off (bias %+.1f°), quality from %.2f\n", sequence,
-                    yawError * scale, pitchError * scale, pitchBias * scale, worstQuality);
         EXPECT_LT(yawError * scale, 5) << sequence;
         EXPECT_LT(pitchError * scale, 5) << sequence;
         EXPECT_GT(worstQuality, 0.4) << sequence;
@@ -143,40 +138,10 @@ TEST_F(OpenCvFaceVisionTest, TellsTheOwnerFromAStranger) {
         for (const Seen& frame : watch(sequence, 2)) {
             values.push_back(faceembedding::cosine(frame.recognition.embedding, *enrolled));
         }
-        const auto [least, most] = std::ranges::minmax(values);
-        std::printf("%s: similarity %.3f to %.3f\n", sequence.c_str(), double{least}, double{most});
-        return std::pair{least, most};
+        return std::ranges::minmax(values);
     };
-    EXPECT_GE(similarities("owner-look").first, 0.75);
-    EXPECT_LT(similarities("stranger-look").second, 0.43);
-}
-
-TEST_F(OpenCvFaceVisionTest, LandmarksLieWhereTheFaceIs) {
-    const Bitmap image = picture("owner-enrol", 10);
-    const auto faces = FaceDetector(*vision).detect(image);
-    ASSERT_TRUE(faces);
-    ASSERT_EQ(faces->size(), 1U);
-    const DetectedFace& face = faces->front();
-    ASSERT_TRUE(face.landmarks);
-    const auto& regions = face.landmarks->regions;
-    EXPECT_EQ(regions.size(), 10U);
-    EXPECT_EQ(regions.at(LandmarkRegion::faceContour).size(), 33U);
-    EXPECT_EQ(regions.at(LandmarkRegion::medianLine).size(), 10U);
-    const auto middle = [&](LandmarkRegion region) { return *meanPoint(regions.at(region)); };
-    const Point leftEye = middle(LandmarkRegion::leftEye);
-    const Point rightEye = middle(LandmarkRegion::rightEye);
-    const Point nose = middle(LandmarkRegion::nose);
-    const Point lips = middle(LandmarkRegion::outerLips);
-    EXPECT_LT(leftEye.x, nose.x) << "the left of the picture";
-    EXPECT_LT(nose.x, rightEye.x);
-    EXPECT_LT(middle(LandmarkRegion::leftEyebrow).y, leftEye.y) << "counted from the top";
-    EXPECT_LT(leftEye.y, nose.y);
-    EXPECT_LT(nose.y, lips.y);
-    EXPECT_LT(lips.y, regions.at(LandmarkRegion::faceContour)[16].y);
-    EXPECT_LT(distance(*face.landmarks->leftPupil, leftEye), 6);
-    const Rect& box = face.boundingBox;
-    EXPECT_TRUE(box.x < leftEye.x && rightEye.x < box.maxX() && box.y < leftEye.y &&
-                lips.y < box.maxY());
+    EXPECT_GE(similarities("owner-look").min, 0.75);
+    EXPECT_LT(similarities("stranger-look").max, 0.43);
 }
 
 TEST_F(OpenCvFaceVisionTest, AFaceAtTheEdgeIsNotTurned) {
@@ -208,8 +173,6 @@ TEST_F(OpenCvFaceVisionTest, ABlurredOrDarkFaceHasLessQuality) {
     const Bitmap dark =
         *Bitmap::create(image.width(), image.height(), image.bytesPerRow(), rgbx8, bytes);
     const float sharp = quality(image);
-    std::printf("quality: sharp %.2f, blurred %.2f, small %.2f, dark %.2f\n", double{sharp},
-                double{quality(*blurred)}, double{quality(*small)}, double{quality(dark)});
     EXPECT_GT(sharp, 0.5);
     EXPECT_LT(quality(*blurred), sharp * 0.6);
     EXPECT_LT(quality(*small), sharp / 2);
@@ -229,22 +192,6 @@ TEST_F(OpenCvFaceVisionTest, APictureWithoutAFaceHasNone) {
                                     std::vector(64, std::uint8_t{}));
     ASSERT_TRUE(odd);
     EXPECT_FALSE(vision->faceRectangles(*odd)) << "a format that cannot be read";
-
-    // Details of a face that somebody else found.
-    const std::vector<FaceRectangleObservation> foreign(1);
-    const auto details = vision->faceDetails(picture("owner-enrol", 0), foreign);
-    ASSERT_TRUE(details);
-    EXPECT_EQ(details->captureQualities.at(0), std::nullopt);
-    EXPECT_FALSE(details->landmarks.at(0));
-}
-
-TEST_F(OpenCvFaceVisionTest, TheStandInNeverPassesAsSFace) {
-    const auto asSFace =
-        SFaceEmbedder::load(folder / "models", {.fileName = "Embedder128.onnx"}, networks, imaging);
-    ASSERT_FALSE(asSFace);
-    EXPECT_EQ(description(asSFace.error()),
-              "The face model isn’t the one this version expects: identifier "
-              "mobilefacenet-128-test-1, expected sface-2021dec-coreml-1");
 }
 
 }  // namespace

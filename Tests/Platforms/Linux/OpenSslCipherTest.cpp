@@ -41,9 +41,7 @@ const std::string longCiphertext =
     "8cb08e48590dbb3da7b08b1056828838c5f61e6393ba7a0abcc9f662898015ad";
 const std::string longKey = "feffe9928665731c6d6a8f9467308308feffe9928665731c6d6a8f9467308308";
 
-/// McGrew and Viega, "The Galois/Counter Mode of Operation (GCM)", appendix B, test cases 13 to 16;
-/// then NIST CAVP, gcmEncryptExtIV256.rsp, count 0 of the sections with a 96-bit nonce, a 128-bit
-/// tag, and 0 or 128 bits each of plaintext and authenticated data.
+/// McGrew and Viega, "The Galois/Counter Mode of Operation (GCM)", appendix B, test cases 13 to 16.
 const Vector published[] = {
     {std::string(64, '0'), std::string(24, '0'), "", "", "", "530f8afbc74536b9a963b4f1c4cb738b"},
     {std::string(64, '0'), std::string(24, '0'), "", std::string(32, '0'),
@@ -53,16 +51,6 @@ const Vector published[] = {
     {longKey, "cafebabefacedbaddecaf888", "feedfacedeadbeeffeedfacedeadbeefabaddad2",
      longPlaintext.substr(0, 120), longCiphertext.substr(0, 120),
      "76fc6ece0f4e1768cddf8853bb2d551b"},
-    {"b52c505a37d78eda5dd34f20c22540ea1b58963cf8e5bf8ffa85f9f2492505b4", "516c33929df5a3284ff463d7",
-     "", "", "", "bdc1ac884d332457a1d2664f168c76f0"},
-    {"78dc4e0aaf52d935c3c01eea57428f00ca1fd475f5da86a49c8dd73d68c8e223", "d79cf22d504cc793c3fb6c8a",
-     "b96baa8c1c75a671bfb2d08d06be5f36", "", "", "3e5d486aa2e30b22e040b85723a06e76"},
-    {"31bdadd96698c204aa9ce1448ea94ae1fb4a9a0b3c9d773b51bb1822666b8f22", "0d18e06c7c725ac9e362e1ce",
-     "", "2db5168e932556f8089a0622981d017d", "fa4362189661d163fcd6a56d8bf0405a",
-     "d636ac1bbedd5cc3ee727dc2ab4a9489"},
-    {"92e11dcdaa866f5ce790fd24501f92509aacf4cb8b1339d50c9c1240935dd08b", "ac93a1a6145299bde902f21a",
-     "1e0889016f67601c8ebea4943bc23ad6", "2d71bcfa914e4ac045b2aa60955fad24",
-     "8995ae2e6df3dbf96fac7b7137bae67f", "eca5aa77d51d4a0a14d9c51e1da474ab"},
 };
 
 TEST(OpenSslCipher, agreesWithThePublishedVectors) {

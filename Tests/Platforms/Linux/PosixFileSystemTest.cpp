@@ -1,10 +1,8 @@
-#include "Platforms/Linux/XdgFolders.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "UnlockCore/Platform/AtomicFile.h"
 
 #include <cerrno>
-#include <map>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -96,8 +94,6 @@ TEST_F(PosixFileSystemTest, saysWhatIsWrong) {
     EXPECT_TRUE(fileSystem.exists(folder.path() / std::string(300, 'x'))) << "it can't be known";
     EXPECT_EQ(fileSystem.makeFolder(file).error().code, EEXIST);
     EXPECT_TRUE(fileSystem.makeFolder(file.parent_path()));
-    EXPECT_EQ(fileSystem.remove(folder.path() / "none").error().message,
-              "No such file or directory");
     EXPECT_FALSE(fileSystem.flush({-1}));
     EXPECT_FALSE(fileSystem.flushFolder(file));
     // A device that is always full.
@@ -105,28 +101,6 @@ TEST_F(PosixFileSystemTest, saysWhatIsWrong) {
     ASSERT_GE(full, 0);
     EXPECT_EQ(fileSystem.write({full}, content).error().code, ENOSPC);
     fileSystem.close({full});
-}
-
-TEST(XdgFolders, followTheEnvironmentWhereItIsAbsolute) {
-    std::map<std::string, std::string> variables;
-    const XdgFolders::Environment environment = [&](const char* name) {
-        const auto found = variables.find(name);
-        return found != variables.end() ? std::optional(found->second) : std::nullopt;
-    };
-    EXPECT_FALSE(XdgFolders::of(environment, std::nullopt));
-    const auto folders = [&](const char* account) {
-        return XdgFolders::of(environment, account).value_or(XdgFolders());
-    };
-    EXPECT_EQ(folders("/account").configHome, "/account/.config");
-    variables["HOME"] = "/disk/ann";
-    EXPECT_EQ(folders("/account").dataHome, "/disk/ann/.local/share");
-    variables["XDG_DATA_HOME"] = "relative";
-    EXPECT_EQ(folders("/account").dataHome, "/disk/ann/.local/share");
-    variables["XDG_DATA_HOME"] = "/data";
-    variables["XDG_CONFIG_HOME"] = "/config";
-    variables.erase("HOME");
-    EXPECT_EQ(folders("relative").dataHome, "/data");
-    EXPECT_EQ(folders("relative").configHome, "/config");
 }
 
 }  // namespace

@@ -2,54 +2,33 @@
 
 #include "Platforms/Linux/XcbConnection.h"
 
+#include <QProcess>
+#include <QStringList>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
-
-#include <sys/types.h>
 
 namespace marrowby {
 
 /// An X server without a screen, for one test, and somebody sitting in front of it.
 class PrivateDisplay {
   public:
-    /// A child process, killed with its owner.
-    class Program {
-      public:
-        explicit Program(pid_t child = 0) : child_(child) {}
-        Program(Program&& other) noexcept : child_(std::exchange(other.child_, 0)) {}
-        Program& operator=(Program&& other) noexcept {
-            kill();
-            child_ = std::exchange(other.child_, 0);
-            return *this;
-        }
-        ~Program() { kill(); }
-
-        explicit operator bool() const { return child_ != 0; }
-        void kill();
-
-      private:
-        pid_t child_;
-    };
-
     /// Nothing where Xvfb is missing or does not start.
     [[nodiscard]] static std::unique_ptr<PrivateDisplay> start();
+    PrivateDisplay(const PrivateDisplay&) = delete;
+    PrivateDisplay& operator=(const PrivateDisplay&) = delete;
+    ~PrivateDisplay() { kill(); }
 
     [[nodiscard]] const std::string& name() const { return name_; }
     [[nodiscard]] const XcbConnection& connection() const { return *connection_; }
 
-    /// Runs a program on the display; absent where it cannot be started. Destroying it kills it.
-    [[nodiscard]] Program run(const char* program, const char* argument) const;
     /// Ends the server at once, as a crash would.
-    void kill() { server_.kill(); }
+    void kill();
     /// Another server under the same name. False where it does not come up.
-    [[nodiscard]] bool startAgain();
+    [[nodiscard]] bool startAgain() { return startServer({QString::fromStdString(name_)}); }
 
-    /// Presses and releases the first key that has this symbol.
+    /// Presses and releases the key that has this symbol.
     void tap(std::uint32_t keysym) const;
     void movePointer() const;
     /// Gives a key code another symbol.
@@ -57,12 +36,10 @@ class PrivateDisplay {
     void setRootProperty(const char* name, std::uint32_t value) const;
 
   private:
-    /// The server, and the number that it chose or was given.
-    [[nodiscard]] static std::pair<Program, std::optional<std::string>> startServer(
-        const std::vector<const char*>& name);
-    PrivateDisplay(Program server, std::string name, std::unique_ptr<XcbConnection> connection);
+    PrivateDisplay() = default;
+    [[nodiscard]] bool startServer(const QStringList& name);
 
-    Program server_;
+    QProcess server_;
     std::string name_;
     std::unique_ptr<XcbConnection> connection_;
 };

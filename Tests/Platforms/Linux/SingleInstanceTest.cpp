@@ -4,9 +4,7 @@
 
 #include <future>
 #include <memory>
-#include <optional>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>

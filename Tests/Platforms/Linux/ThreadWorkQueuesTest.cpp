@@ -3,7 +3,6 @@
 #include <atomic>
 #include <future>
 #include <latch>
-#include <memory>
 #include <numeric>
 #include <thread>
 #include <utility>

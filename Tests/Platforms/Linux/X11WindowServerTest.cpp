@@ -1,4 +1,3 @@
-#include "Platforms/Linux/PanelPainter.h"
 #include "Platforms/Linux/X11WindowServer.h"
 #include "Tests/Platforms/Linux/PrivateDisplay.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
@@ -14,12 +13,9 @@
 namespace marrowby {
 namespace {
 
-using panelshape::Arc;
 using panelshape::RoundedRectangle;
-using panelshape::Text;
 
 constexpr PanelColor red{.red = 1};
-constexpr PanelColor white{.red = 1, .green = 1, .blue = 1};
 constexpr Rect place{.x = 100, .y = 0, .width = 100, .height = 40};
 
 struct X11WindowServerTest : testing::Test {
@@ -95,35 +91,6 @@ TEST_F(X11WindowServerTest, tellsThePointersPlaceInPoints) {
     display->movePointer();
     ASSERT_TRUE(loop.runUntil([&] { return places.size() == 2; }));
     EXPECT_EQ(places[1], (Point{.x = 160.5, .y = 120}));
-}
-
-TEST_F(X11WindowServerTest, paintsArcsClockwiseFromTheTopAndTextThatFits) {
-    const auto painted = [](const PanelShape& shape) {
-        return panelpainter::paint({shape}, {.width = 100, .height = 40}, 2);
-    };
-    const QImage quarter = painted(Arc{.centre = {.x = 50, .y = 20},
-                                       .radius = 10,
-                                       .begin = 0,
-                                       .length = 0.25,
-                                       .width = 4,
-                                       .color = red});
-    EXPECT_EQ(quarter.pixel(114, 26), 0xFFFF0000U);
-    EXPECT_EQ(quarter.pixel(86, 26), 0U);
-    EXPECT_EQ(quarter.pixel(114, 54), 0U);
-
-    const Rect room{.x = 10, .y = 0, .width = 30, .height = 40};
-    const QImage text =
-        painted(Text{.text = "Password not accepted", .frame = room, .size = 14, .color = white});
-    int inside = 0;
-    for (int y = 0; y < text.height(); ++y) {
-        for (int x = 0; x < text.width(); ++x) {
-            const bool isInside = x >= 2 * room.x - 2 && x <= 2 * room.maxX() + 2;
-            if (qAlpha(text.pixel(x, y)) == 0) continue;
-            EXPECT_TRUE(isInside) << x;
-            ++inside;
-        }
-    }
-    EXPECT_GT(inside, 50);
 }
 
 }  // namespace

@@ -78,45 +78,5 @@ TEST(SheetPainter, beatsWhereAScreensPixelsAreAlmostAsFineAsTheCameras) {
     EXPECT_NEAR(sum / (width * height), 1, 0.1);
 }
 
-TEST(SheetPainter, showsTheTextureWhereTheTruthSaysAlsoBentAndTurned) {
-    // A white spot on black.
-    LinearImage spot(90, 120);
-    std::ranges::fill(spot.coverage, 1.0F);
-    for (int y = 28; y < 33; ++y) {
-        for (int x = 58; x < 63; ++x)
-            std::ranges::fill_n(spot.pixel(x, y), 3, 1.0F);
-    }
-    const Texture texture(std::move(spot));
-    for (const float bend : {0.0F, 5.0F, -4.0F}) {
-        for (const float yaw : {0.0F, 0.5F}) {
-            const Sheet sheet{.width = 0.18F, .height = 0.24F, .bend = bend, .gloss = 0};
-            const PlacedSheet placed(sheet, {.position = {.x = 0.01F, .y = 0, .z = 0.3F},
-                                             .yaw = yaw,
-                                             .pitch = -0.1F,
-                                             .roll = 0.1F});
-            SheetView view = plainView();
-            view.light.people.ambient = {1, 1, 1};
-            LinearImage image(width, height);
-            paintSheet(image, view, placed, texture);
-            double light = 0;
-            Point centre;
-            for (int y = 0; y < height; ++y) {
-                for (int x = 0; x < width; ++x) {
-                    const auto green = static_cast<double>(image.pixel(x, y)[1]);
-                    light += green;
-                    centre.x += green * (x + 0.5);
-                    centre.y += green * (y + 0.5);
-                }
-            }
-            const TextureFit fit(sheet, texture.width(), texture.height());
-            const Point expected =
-                placed.project(view.camera, (60.5F - fit.middleX) / fit.pixelsPerMetre,
-                               (30.5F - fit.middleY) / fit.pixelsPerMetre);
-            EXPECT_LT(distance({centre.x / light, centre.y / light}, expected), 0.3)
-                << "bend " << bend << " yaw " << yaw;
-        }
-    }
-}
-
 }  // namespace
 }  // namespace marrowby

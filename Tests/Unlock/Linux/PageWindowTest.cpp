@@ -176,15 +176,6 @@ TEST_F(PageWindowTest, keepsFocusAndWhatWasTypedWhileThePageStays) {
     EXPECT_EQ(control<SecretField>(Control::password).characterCount(), 2U);
     QTest::keyClick(&name, Qt::Key_Tab);
     EXPECT_TRUE(secret.hasFocus()) << "Tab goes down the page";
-
-    presenter.shown.title = "Another page";
-    presenter.shown.rows = {Row::SecretField{{Control::password}, "Password"}};
-    redraw();
-    EXPECT_TRUE(secret.hasFocus());
-    presenter.shown.title = "The last page";
-    presenter.shown.rows = {};
-    redraw();
-    EXPECT_TRUE(control(Control::goForward).hasFocus());
 }
 
 TEST_F(PageWindowTest, thePasswordArrivesAndLeavesNoTrace) {
