@@ -16,6 +16,7 @@ namespace {
 
 constexpr TimeInterval understanding{0.25};
 constexpr TimeInterval turning{0.55};
+constexpr TimeInterval walking{0.9};
 /// How long he waits before he tries harder, how many pictures must have been taken meanwhile, and
 /// how much harder.
 constexpr TimeInterval patience{2.0};
@@ -24,6 +25,7 @@ constexpr float harder = 1.1F;
 
 constexpr float usualYaw = 0.36F;
 constexpr float usualPitch = 0.26F;
+constexpr float promptYaw = 0.30F;
 
 /// In which direction a pose turns the head: 1 to his left and down.
 struct Direction {
@@ -57,6 +59,13 @@ Direction directionOf(EnrollmentPose pose) {
 
 float eased(float t) {
     return t * t * t * (t * (t * 6 - 15) + 10);
+}
+
+Placement away(const Placement& home) {
+    Placement place = home;
+    place.position = place.position + Vector3{.x = 1.1F, .y = 0.05F, .z = 0.5F};
+    place.yaw = 0.7F;
+    return place;
 }
 
 }  // namespace
@@ -101,9 +110,9 @@ void SceneUser::heed(const EnrollmentSession::Hint& hint, TimeInterval now) {
     if (std::holds_alternative<Hint::Closer>(hint)) {
         Placement nearer = placeAt(now);
         nearer.position.z *= 0.8F;
-        go(nearer, now);
+        go(nearer, now, turning);
     } else if (std::holds_alternative<Hint::Done>(hint)) {
-        go(home_, now);
+        go(home_, now, turning);
     } else {
         aimAt(asked_, now);
     }
@@ -115,26 +124,46 @@ void SceneUser::aimAt(EnrollmentPose pose, TimeInterval now) {
     place.position.z = std::min(place.position.z, placeAt(now).position.z);
     place.yaw = direction.yaw * usualYaw * effort_;
     place.pitch = direction.pitch * usualPitch * effort_;
-    go(place, now + understanding);
+    go(place, now + understanding, turning);
 }
 
-void SceneUser::go(const Placement& to, TimeInterval now) {
+void SceneUser::turnHead(TimeInterval now) {
+    const MutexLock lock(mutex_);
+    Placement place = home_;
+    place.yaw = (seed_ % 2 == 0 ? 1.0F : -1.0F) * promptYaw;
+    go(place, now + understanding, turning, true);
+}
+
+void SceneUser::walkAway(TimeInterval now) {
+    const MutexLock lock(mutex_);
+    go(away(home_), now, walking);
+}
+
+void SceneUser::comeBack(TimeInterval now) {
+    const MutexLock lock(mutex_);
+    motion_ = {.from = away(home_), .to = away(home_), .begins = now};
+    go(home_, now, walking);
+}
+
+void SceneUser::go(const Placement& to, TimeInterval now, TimeInterval lasts, bool returns) {
     Chance chance(seed_ + ++movements_);
     const bool overshoots = chance.between(0, 1) < 0.4;
     motion_ = {.from = placeAt(now),
                .to = to,
                .begins = now,
-               .lasts = turning * chance.between(0.85, 1.2),
+               .lasts = lasts * chance.between(0.85, 1.2),
+               .returns = returns,
                .overshoot = overshoots ? static_cast<float>(chance.between(0.04, 0.10)) : 0};
 }
 
 Placement SceneUser::placeAt(TimeInterval now) const {
     if (motion_.lasts <= TimeInterval(0)) return motion_.to;
-    const auto t = static_cast<float>((now - motion_.begins) / motion_.lasts);
+    auto t = static_cast<float>((now - motion_.begins) / motion_.lasts);
+    if (motion_.returns && t > 1) t = std::max(2 - t, 0.0F);
     if (t <= 0) return motion_.from;
     // Past the aim, it swings back within the time of the movement itself.
     const float beyond =
-        t < 0.5F || t > 1.7F
+        t < 0.5F || t > 1.7F || motion_.returns
             ? 0
             : motion_.overshoot * std::sin((t - 0.5F) / 1.2F * std::numbers::pi_v<float>);
     const float part = eased(std::min(t, 1.0F)) + beyond;
@@ -150,6 +179,9 @@ Stance SceneUser::at(TimeInterval now) const {
     stance.expression.blink = blinkAt(now, seed_);
     stance.expression.gazeYaw = -stance.head.yaw;
     stance.expression.gazePitch = -stance.head.pitch;
+    // Beyond the edge of a webcam's picture, shoulders and all.
+    const Vector3& place = stance.head.position;
+    stance.isThere = std::abs(place.x) < 0.68F * place.z + 0.32F;
     return stance;
 }
 

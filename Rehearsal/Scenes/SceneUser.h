@@ -23,6 +23,13 @@ class SceneUser {
 
     /// An enrolment tells this now; to be called with every frame, also where nothing changes.
     void heed(const EnrollmentSession::Hint& hint, TimeInterval now);
+    /// Turns the head to one side and back, as a strict look asks for.
+    void turnHead(TimeInterval now);
+    /// Out of the picture.
+    void walkAway(TimeInterval now);
+    /// Back in, and looks around a little.
+    void comeBack(TimeInterval now);
+
     [[nodiscard]] Stance at(TimeInterval now) const;
 
   private:
@@ -32,12 +39,15 @@ class SceneUser {
         Placement to = {};
         TimeInterval begins{};
         TimeInterval lasts{};
+        /// Back again afterwards, over the same time.
+        bool returns = false;
         /// How much farther it goes before it settles.
         float overshoot = 0;
     };
 
     [[nodiscard]] Placement placeAt(TimeInterval now) const REQUIRES(mutex_);
-    void go(const Placement& to, TimeInterval now) REQUIRES(mutex_);
+    void go(const Placement& to, TimeInterval now, TimeInterval lasts, bool returns = false)
+        REQUIRES(mutex_);
     void aimAt(EnrollmentPose pose, TimeInterval now) REQUIRES(mutex_);
 
     const std::uint64_t seed_;
