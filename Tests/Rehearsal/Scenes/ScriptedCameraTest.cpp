@@ -1,6 +1,11 @@
 #include "Rehearsal/Scenes/ScriptedCamera.h"
 
+#include <array>
+#include <cmath>
+#include <condition_variable>
 #include <deque>
+#include <mutex>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -72,7 +77,8 @@ class ScriptedCameraTest : public testing::Test {
     std::unique_ptr<CaptureInput> input_;
 
     void SetUp() override {
-        camera_ = std::make_unique<ScriptedCamera>(std::vector{external()}, time_, time_.start());
+        camera_ = std::make_unique<ScriptedCamera>(
+            std::vector{ScriptedCamera::builtInCamera(), external()}, time_, time_.start());
         camera_->addOutput({}, queue_, [this](const SampleBuffer& sample) {
             seen_.push_back(dynamic_cast<const PixelBuffer*>(sample.image.get())->bytes()[0]);
             if (whileDelivering_) whileDelivering_();
@@ -82,8 +88,8 @@ class ScriptedCameraTest : public testing::Test {
             return onePixel(static_cast<std::uint8_t>(shot.at.time_since_epoch().count() * 10.01));
         });
     }
-    void open() {
-        auto input = camera_->makeInput("external");
+    void open(const std::string& id) {
+        auto input = camera_->makeInput(id);
         ASSERT_TRUE(input.has_value()) << input.error();
         input_ = *std::move(input);
         ASSERT_TRUE(camera_->addInput(*input_));
@@ -102,7 +108,7 @@ class ScriptedCameraTest : public testing::Test {
 };
 
 TEST_F(ScriptedCameraTest, filmsTheViewAsItIsConfigured) {
-    open();
+    open("external");
     camera_->start();
     EXPECT_TRUE(camera_->isRunning());
     EXPECT_EQ(play(3), std::vector(3, TimeInterval(0.1)));
@@ -131,7 +137,7 @@ TEST_F(ScriptedCameraTest, filmsTheViewAsItIsConfigured) {
 }
 
 TEST_F(ScriptedCameraTest, discardsWhatTheQueueIsTooBusyForAndWhatComesAfterTheEnd) {
-    open();
+    open("external");
     camera_->start();
     time_.step();
     time_.step();
@@ -158,6 +164,128 @@ TEST_F(ScriptedCameraTest, discardsWhatTheQueueIsTooBusyForAndWhatComesAfterTheE
     camera_.reset();
     queue_->run();
     EXPECT_TRUE(seen_.empty()) << "a delivery of a camera that is gone";
+}
+
+TEST_F(ScriptedCameraTest, startsSlowlyAndDeliversLate) {
+    camera_->change("external", [](ScriptedCamera::Device& device) {
+        device.warmUp = TimeInterval(0.5);
+        device.lateEvery = 3;
+        device.lateness = TimeInterval(0.04);
+    });
+    open("external");
+    camera_->start();
+    EXPECT_EQ(play(1), std::vector{TimeInterval(0.5)});
+    EXPECT_TRUE(seen_.empty());
+    std::vector<double> pauses;
+    for (const TimeInterval pause : play(5))
+        pauses.push_back(std::round(pause.count() * 1000));
+    // The third is held back, and the one after it comes in time.
+    EXPECT_EQ(pauses, (std::vector<double>{100, 100, 40, 60, 100}));
+    EXPECT_EQ(seen_, (std::vector{5, 6, 7, 8}));
+}
+
+TEST_F(ScriptedCameraTest, isSeveralDevicesThatCanBeRefused) {
+    constexpr std::array types{CaptureDeviceType::externalCamera,
+                               CaptureDeviceType::builtInWideAngleCamera};
+    EXPECT_EQ(camera_->discover(types).size(), 2U);
+    EXPECT_EQ(camera_->discover(std::span(types).first(1)).at(0).uniqueID, "external");
+    EXPECT_EQ(camera_->device("another"), std::nullopt);
+    EXPECT_EQ(
+        camera_->defaultDevice(CaptureDeviceType::builtInWideAngleCamera, CapturePosition::front)
+            ->uniqueID,
+        "rehearsal-camera");
+    EXPECT_EQ(camera_->defaultDevice(CaptureDeviceType::externalCamera, CapturePosition::front),
+              std::nullopt);
+
+    for (const auto& [before, granted] : {std::pair(CaptureAuthorization::denied, false),
+                                          std::pair(CaptureAuthorization::notDetermined, true)}) {
+        camera_->setAuthorization(before);
+        std::optional<bool> answer;
+        camera_->requestAccess([&](bool isGranted) { answer = isGranted; });
+        EXPECT_EQ(answer, granted);
+    }
+    EXPECT_EQ(camera_->authorization(), CaptureAuthorization::authorized);
+
+    const auto set = [this](std::optional<std::string> busyReason, bool isPlugged) {
+        camera_->change("external", [&](ScriptedCamera::Device& device) {
+            device.busyReason = busyReason;
+            device.isPlugged = isPlugged;
+        });
+    };
+    set("In use by another program.", true);
+    EXPECT_EQ(camera_->makeInput("external").error(), "In use by another program.");
+    set(std::nullopt, true);
+    open("external");
+    EXPECT_FALSE(camera_->addInput(*input_)) << "there is an input already";
+    camera_->start();
+    play(1);
+    set(std::nullopt, false);
+    play(2);
+    EXPECT_TRUE(seen_.empty());
+    EXPECT_EQ(camera_->discover(types).size(), 1U);
+    EXPECT_FALSE(camera_->makeInput("external").has_value());
+    set(std::nullopt, true);
+    camera_->removeInput(*input_);
+    play(1);
+    EXPECT_TRUE(seen_.empty());
+}
+
+/// A serial queue on a thread of its own.
+class ThreadQueue final : public WorkQueue {
+  public:
+    ~ThreadQueue() override {
+        async({});
+        thread_.join();
+    }
+    void async(std::function<void()> work) override {
+        const std::lock_guard lock(mutex_);
+        waiting_.push_back(std::move(work));
+        changed_.notify_one();
+    }
+
+  private:
+    void run() {
+        while (true) {
+            std::unique_lock lock(mutex_);
+            changed_.wait(lock, [this] { return !waiting_.empty(); });
+            const auto work = std::move(waiting_.front());
+            waiting_.pop_front();
+            lock.unlock();
+            if (!work) return;
+            work();
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<std::function<void()>> waiting_;
+    std::thread thread_{[this] { run(); }};
+};
+
+TEST(ScriptedCamera, runsOnItsOwnThreadUntilItIsGone) {
+    const auto queue = std::make_shared<ThreadQueue>();
+    const ManualTime clock;
+    std::mutex mutex;
+    std::condition_variable changed;
+    int seen = 0;
+    {
+        ScriptedCamera::Device fast = external();
+        fast.formats = {{.width = 2, .height = 2, .frameRates = {{1, 1000}}}};
+        ScriptedCamera camera({fast}, clock);
+        camera.addOutput({}, queue, [&](const SampleBuffer&) {
+            const std::lock_guard lock(mutex);
+            ++seen;
+            changed.notify_one();
+        });
+        auto input = camera.makeInput("external");
+        ASSERT_TRUE(input.has_value());
+        ASSERT_TRUE(camera.addInput(**input));
+        queue->async([&] { camera.start(); });
+        std::unique_lock lock(mutex);
+        ASSERT_TRUE(changed.wait_for(lock, std::chrono::minutes(1), [&] { return seen >= 5; }));
+        lock.unlock();
+    }
+    // Nothing touches the locals from here on; the sanitizers would tell.
 }
 
 }  // namespace
