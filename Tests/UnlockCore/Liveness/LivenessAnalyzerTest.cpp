@@ -42,9 +42,7 @@ LivenessFrame frame(double seconds, std::optional<float> live) {
 
 TEST(LivenessAnalyzer, averagesTheNewestScores) {
     auto analyzer = makeAnalyzer();
-    EXPECT_EQ(analyzer.lastSnapshot().frameCount, 0);
     EXPECT_FALSE(analyzer.ingest(frame(0, {}), face(1)).realFace.mean);
-
     double seconds = 0;
     for (const float live : {0.0F, 0.5F, 1.0F}) {
         analyzer.ingest(frame(seconds += 0.1, live), face(1));
@@ -56,8 +54,6 @@ TEST(LivenessAnalyzer, averagesTheNewestScores) {
     analyzer.ingest(frame(0.5, 1.0F), face(1));
     const auto& last = analyzer.ingest(frame(0.6, 1.0F), face(1));
     EXPECT_EQ(last.realFace.mean, 0.875F);
-    EXPECT_EQ(last.realFace.frames, 4);
-    EXPECT_EQ(last.frameCount, 7);
     EXPECT_EQ(last.decision, LivenessDecision(Confirmed{}));
 }
 
@@ -84,28 +80,14 @@ TEST(LivenessAnalyzer, forgetsWhatIsOutsideItsWindow) {
     }
 }
 
-TEST(LivenessAnalyzer, countsNothingOfAnotherFace) {
-    auto analyzer = makeAnalyzer();
-    for (int i = 0; i < 4; ++i)
-        analyzer.ingest(frame(0.1 * i, 1.0F), face(1));
-    ASSERT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Confirmed{}));
-
-    const auto& other = analyzer.ingest(frame(0.4, 0.9F), face(2));
-    EXPECT_EQ(other.realFace.frames, 1);
-    EXPECT_EQ(other.realFace.mean, 0.9F);
-    EXPECT_EQ(other.frameCount, 1);
-    EXPECT_EQ(other.decision, LivenessDecision(LivenessDecision::Waiting{LivenessNeeds::realFace}));
-    EXPECT_EQ(analyzer.frames().size(), 1U);
-}
-
 TEST(LivenessAnalyzer, keepsADenialWhateverFaceFollowsUntilReset) {
     auto analyzer = makeAnalyzer();
     for (int i = 0; i < 3; ++i)
         analyzer.ingest(frame(0.1 * i, 0.0F), face(1));
     ASSERT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::realFace}));
-    for (int i = 3; i < 8; ++i)
+    for (int i = 3; i < 6; ++i)
         analyzer.ingest(frame(0.1 * i, 1.0F), face(2));
-    EXPECT_EQ(analyzer.lastSnapshot().realFace.mean, 1.0F);
+    EXPECT_EQ(analyzer.lastSnapshot().realFace.mean, 1.0F) << "nothing counts of another face";
     EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::realFace}));
 
     analyzer.reset();
