@@ -29,7 +29,7 @@ LivenessAnalyzer makeAnalyzer() {
     return {LivenessMode::standard,
             tuning,
             planarityTuning(LivenessMode::standard),
-            {LivenessCue::moire},
+            {LivenessCue::glossGlare},
             TimeInterval(1)};
 }
 
@@ -55,6 +55,8 @@ TEST(LivenessAnalyzer, averagesTheNewestScores) {
     const auto& last = analyzer.ingest(frame(0.6, 1.0F), face(1));
     EXPECT_EQ(last.realFace.mean, 0.875F);
     EXPECT_EQ(last.decision, LivenessDecision(Confirmed{}));
+    EXPECT_EQ(analyzer.ingest(frame(0.7, 0.9F), face(2)).realFace.mean, 0.9F) << "another face";
+    EXPECT_EQ(analyzer.frames().size(), 1U);
 }
 
 TEST(LivenessAnalyzer, forgetsWhatIsOutsideItsWindow) {
@@ -104,9 +106,9 @@ TEST(LivenessAnalyzer, handsTheFramesReadingsToTheEvaluator) {
     screen.glare = GlareSample{200, 0.2F, 1};
     for (std::int64_t i = 0; i < std::max(tuning.moireFrames, tuning.glossFrames); ++i)
         analyzer.ingest(screen, face(1));
-    // Glare fired as well, but only the enabled cue may deny.
-    EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::moire}));
-    EXPECT_TRUE(analyzer.lastSnapshot().cueStates.at(LivenessCue::glossGlare).hasFired);
+    // The pattern fired first, but only the enabled cue may deny.
+    EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::glossGlare}));
+    EXPECT_TRUE(analyzer.lastSnapshot().cueStates.at(LivenessCue::moire).hasFired);
 }
 
 }  // namespace

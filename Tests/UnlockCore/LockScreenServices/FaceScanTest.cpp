@@ -124,10 +124,11 @@ TEST_F(FaceScanTest, confirmsNothingByScoresFromBeforeABadFrame) {
             scan = FaceScan(LivenessMode::standard);
             antiSpoof.live = isDenied ? 0 : 1;
             const auto frames = livenessTuning(LivenessMode::standard).liveMinimumFrames;
-            for (std::int64_t i = 0; i < frames; ++i)
+            for (std::int64_t i = 0; i + 1 < frames; ++i)
                 see();
+            ASSERT_EQ(see().liveness.decision, isDenied ? denied : LivenessDecision(Confirmed{}));
             antiSpoof.live = 1;
-            for (int i = 0; i < 20; ++i) {
+            for (int i = 0; i < (isDenied ? 1 : 20); ++i) {
                 vision.removeFaces();
                 vision.addFace(c.box, {320, 240});
                 c.spoil();

@@ -168,6 +168,7 @@ TEST(Vault, announcesEachChangeOnceWithoutHoldingItsLock) {
     bench.vault->lock();
     bench.vault->lock();
     EXPECT_EQ(states, (std::vector<bool>{true, false}));
+    bench.vault->recordActivity();
     EXPECT_EQ(bench.vault->lastActivityAt(), std::nullopt);
 }
 
