@@ -7,23 +7,10 @@ namespace marrowby {
 namespace {
 
 using Effect = UnlockMachine::Effect;
-using Phase = UnlockMachine::Phase;
 
 std::string onOff(bool on) {
     return on ? "on" : "off";
 }
-
-struct OverlayText {
-    std::string operator()(const OverlayPhase::Failure& failure) {
-        return "failure: " + std::string(title(failure.failure));
-    }
-    std::string operator()(const OverlayPhase::Hidden&) { return "hidden"; }
-    std::string operator()(const OverlayPhase::Closed&) { return "closed"; }
-    std::string operator()(const OverlayPhase::Scanning&) { return "scanning"; }
-    std::string operator()(const OverlayPhase::Prompt&) { return "prompt"; }
-    std::string operator()(const OverlayPhase::Success&) { return "success"; }
-    std::string operator()(const OverlayPhase::Leaving&) { return "leaving"; }
-};
 
 struct EffectText {
     std::string operator()(const Effect::Overlay& overlay) {
@@ -49,19 +36,13 @@ struct EffectText {
     std::string operator()(const Effect::AskToUpdatePassword&) { return "askToUpdatePassword"; }
 };
 
-struct PhaseText {
-    std::string operator()(const Phase::Scanning&) { return "scanning"; }
-    std::string operator()(const Phase::Verifying&) { return "verifying"; }
-    std::string operator()(const Phase::Failed&) { return "failed"; }
-    std::string operator()(const Phase::Idle&) { return "idle"; }
-    std::string operator()(const Phase::Armed&) { return "armed"; }
-    std::string operator()(const Phase::Typing&) { return "typing"; }
-};
-
 }  // namespace
 
 std::string text(const OverlayPhase& phase) {
-    return std::visit(OverlayText(), phase);
+    constexpr const char* names[] = {"failure: ", "hidden",  "closed", "scanning",
+                                     "prompt",    "success", "leaving"};
+    const auto* failure = std::get_if<OverlayPhase::Failure>(&phase);
+    return names[phase.index()] + (failure ? std::string(title(failure->failure)) : "");
 }
 
 std::string text(const UnlockMachine::Effect& effect) {
@@ -77,7 +58,8 @@ std::vector<std::string> texts(const std::vector<UnlockMachine::Effect>& effects
 }
 
 std::string text(const UnlockMachine::Phase& phase) {
-    return std::visit(PhaseText(), phase);
+    constexpr const char* names[] = {"scanning", "verifying", "failed", "idle", "armed", "typing"};
+    return names[phase.index()];
 }
 
 }  // namespace marrowby

@@ -40,9 +40,6 @@ class FakeCaptureSession final : public CaptureSession {
     std::vector<Camera> cameras;
     /// Makes the next inputs fail with this text.
     std::optional<std::string> inputFault;
-    bool refusesInputs = false;
-    /// The session does not run although it is started.
-    bool cannotRun = false;
 
     std::vector<std::string> faults;
     /// begin, commit, preset, output, add ID, remove ID, start, stop.
@@ -112,7 +109,6 @@ class FakeCaptureSession final : public CaptureSession {
     }
     [[nodiscard]] bool addInput(CaptureInput& input) override {
         note("add " + input.deviceID(), configuring_ && !input_);
-        if (refusesInputs) return false;
         input_ = &input;
         return true;
     }
@@ -123,7 +119,7 @@ class FakeCaptureSession final : public CaptureSession {
 
     void start() override {
         note("start", !configuring_ && !running_);
-        running_ = !cannotRun;
+        running_ = true;
     }
     void stop() override {
         note("stop", !configuring_ && running_);

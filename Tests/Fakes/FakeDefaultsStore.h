@@ -13,19 +13,15 @@ class FakeDefaultsStore final : public DefaultsStore {
   public:
     /// What is stored; free to read and change.
     std::map<std::string, DefaultsValue> values;
-    /// The write is lost, as on a full disk.
-    bool losesWrites = false;
 
     [[nodiscard]] std::optional<DefaultsValue> value(const std::string& key) const override {
         const auto found = values.find(key);
         return found == values.end() ? std::nullopt : std::optional(found->second);
     }
     void set(const std::string& key, DefaultsValue value) override {
-        if (!losesWrites) values.insert_or_assign(key, std::move(value));
+        values.insert_or_assign(key, std::move(value));
     }
-    void remove(const std::string& key) override {
-        if (!losesWrites) values.erase(key);
-    }
+    void remove(const std::string& key) override { values.erase(key); }
 };
 
 }  // namespace marrowby

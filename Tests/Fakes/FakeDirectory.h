@@ -23,30 +23,24 @@ class FakeDirectory final : public Directory {
         text << "node 0x" << std::hex << type;
         asked.push_back(text.str());
         if (nodeFault) return std::unexpected(*nodeFault);
-        return std::make_unique<FakeNode>(*this);
+        return std::make_unique<Entry>(*this);
     }
 
   private:
-    class FakeRecord final : public Record {
+    /// The node and the record in it.
+    class Entry final : public Node, public Record {
       public:
-        explicit FakeRecord(FakeDirectory& owner) : owner_(owner) {}
-        [[nodiscard]] Result<void> verifyPassword(std::span<const std::uint8_t> password) override {
-            owner_.asked.push_back("verify " + std::string(password.begin(), password.end()));
-            if (owner_.verdict) return std::unexpected(*owner_.verdict);
-            return {};
-        }
-
-      private:
-        FakeDirectory& owner_;
-    };
-    class FakeNode final : public Node {
-      public:
-        explicit FakeNode(FakeDirectory& owner) : owner_(owner) {}
+        explicit Entry(FakeDirectory& owner) : owner_(owner) {}
         [[nodiscard]] Result<std::unique_ptr<Record>> record(const std::string& type,
                                                              const std::string& name) override {
             owner_.asked.push_back(type + " " + name);
             if (owner_.recordFault) return std::unexpected(*owner_.recordFault);
-            return std::make_unique<FakeRecord>(owner_);
+            return std::make_unique<Entry>(owner_);
+        }
+        [[nodiscard]] Result<void> verifyPassword(std::span<const std::uint8_t> password) override {
+            owner_.asked.push_back("verify " + std::string(password.begin(), password.end()));
+            if (owner_.verdict) return std::unexpected(*owner_.verdict);
+            return {};
         }
 
       private:

@@ -19,7 +19,6 @@ class FakeFaceVision final : public FaceVision {
     std::optional<std::string> rectanglesFault;
     std::optional<std::string> detailsFault;
     int rectangleRequests = 0;
-    int detailRequests = 0;
     /// Boxes that the third request finds, and what it was last asked for.
     std::vector<Rect> boxes;
     std::optional<std::string> boxesFault;
@@ -55,7 +54,6 @@ class FakeFaceVision final : public FaceVision {
 
     [[nodiscard]] std::expected<FaceDetailObservations, std::string> faceDetails(
         const Bitmap& /*image*/, std::span<const FaceRectangleObservation> /*asked*/) override {
-        ++detailRequests;
         if (detailsFault) return std::unexpected(*detailsFault);
         return details;
     }

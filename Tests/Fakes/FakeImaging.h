@@ -41,7 +41,6 @@ class FakeImaging final : public Imaging {
     /// How many of the next calls of draw() fail.
     mutable int drawFailures = 0;
     mutable std::vector<Rendering> renderings;
-    mutable std::vector<AffineTransform> drawings;
 
     [[nodiscard]] std::optional<Bitmap> render(const SourceImage& /*source*/, const Rect& crop,
                                                double scale) const override {
@@ -56,7 +55,6 @@ class FakeImaging final : public Imaging {
 
     [[nodiscard]] std::optional<Bitmap> draw(const Bitmap& image, int width, int height,
                                              const AffineTransform& t) const override {
-        drawings.push_back(t);
         if (drawFailures > 0) {
             --drawFailures;
             return std::nullopt;

@@ -23,13 +23,12 @@ class FakeKeyEvents final : public KeyEvents {
         bool down = false;
         friend bool operator==(const Text&, const Text&) = default;
     };
-    enum class Note { sourceMade, lockChecked, settled, sourceGone };
+    enum class Note { settled, sourceGone };
     /// In the order of time; a pause by its length.
     using Event = std::variant<KeyPress, Text, TimeInterval, Note>;
 
     bool trusted = true;
     bool lets = true;
-    KeyDialect keyDialect = KeyDialect::macLoginWindow;
     /// No source can be had.
     bool hasNoSource = false;
     /// The posts, text or not, that succeed.
@@ -49,21 +48,17 @@ class FakeKeyEvents final : public KeyEvents {
 
     /// What a typing asks.
     [[nodiscard]] std::function<bool()> stillLocked() {
-        return [this] {
-            events.emplace_back(Note::lockChecked);
-            return !checksUntilUnlocked || takeOne(*checksUntilUnlocked);
-        };
+        return [this] { return !checksUntilUnlocked || takeOne(*checksUntilUnlocked); };
     }
 
     [[nodiscard]] bool isTrusted() const override { return trusted; }
     [[nodiscard]] bool mayPost() const override { return lets; }
-    [[nodiscard]] KeyDialect dialect() const override { return keyDialect; }
+    [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::macLoginWindow; }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
         std::span<const char16_t> text, std::span<const std::uint32_t> codes) override {
         textPlace = text.data();
         codesAskedFor.assign(codes.begin(), codes.end());
         if (hasNoSource) return nullptr;
-        events.emplace_back(Note::sourceMade);
         return std::make_unique<Source>(*this);
     }
     void pause(TimeInterval duration) override { events.emplace_back(duration); }

@@ -9,10 +9,10 @@
 
 namespace marrowby {
 
-/// Keyboards that can be denied, be unopenable, and be typed on.
+/// Keyboards that can be unopenable, and be typed on.
 class FakeKeyboardDevices final : public KeyboardDevices {
   public:
-    [[nodiscard]] bool hasListenAccess() const override { return hasAccess_; }
+    [[nodiscard]] bool hasListenAccess() const override { return true; }
     [[nodiscard]] std::unique_ptr<Listening> open(
         Match match, std::function<void(const InputValue&)> onValue) override {
         attempts_.push_back(match);
@@ -23,7 +23,6 @@ class FakeKeyboardDevices final : public KeyboardDevices {
         return std::make_unique<Handle>(std::move(listener));
     }
 
-    void setAccess(bool hasAccess) { hasAccess_ = hasAccess; }
     void setOpens(bool opens) { opens_ = opens; }
     /// What open() was asked for, refused ones included.
     [[nodiscard]] const std::vector<Match>& attempts() const { return attempts_; }
@@ -45,7 +44,6 @@ class FakeKeyboardDevices final : public KeyboardDevices {
         std::shared_ptr<Listener> listener_;
     };
 
-    bool hasAccess_ = true;
     bool opens_ = true;
     std::vector<Match> attempts_;
     std::vector<std::weak_ptr<Listener>> listeners_;

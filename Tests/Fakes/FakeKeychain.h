@@ -1,10 +1,8 @@
 #pragma once
 
-#include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/Platform/Keychain.h"
 
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <optional>
 #include <string>
@@ -14,18 +12,11 @@
 
 namespace marrowby {
 
-/// A keychain of generic passwords that remembers what it was asked. Any thread; the knobs before
-/// use.
+/// A keychain of generic passwords that remembers what it was asked. One thread at a time.
 class FakeKeychain final : public Keychain {
   public:
     using Bytes = std::vector<std::uint8_t>;
     enum class Operation { copyMatching, update, add, remove };
-    struct Call {
-        Operation operation = Operation::copyMatching;
-        KeychainQuery query;
-        /// What update() was to set.
-        KeychainQuery attributes;
-    };
 
     /// Operations that fail, and how.
     std::map<Operation, KeychainStatus> failing;
@@ -37,10 +28,8 @@ class FakeKeychain final : public Keychain {
     bool corruptsData = false;
 
     [[nodiscard]] KeychainMatch copyMatching(const KeychainQuery& query) override {
-        const MutexLock lock(mutex_);
-        record({.operation = Operation::copyMatching, .query = query, .attributes = {}});
-        if (const auto found = failing.find(Operation::copyMatching); found != failing.end()) {
-            return {.status = found->second, .data = {}};
+        if (const auto fault = record(Operation::copyMatching)) {
+            return {.status = *fault, .data = {}};
         }
         const auto item = items_.find(name(query));
         const bool wantsData = query.contains(KeychainAttribute::returnData);
@@ -53,11 +42,7 @@ class FakeKeychain final : public Keychain {
 
     [[nodiscard]] KeychainStatus update(const KeychainQuery& query,
                                         const KeychainQuery& attributes) override {
-        const MutexLock lock(mutex_);
-        record({.operation = Operation::update, .query = query, .attributes = attributes});
-        if (const auto found = failing.find(Operation::update); found != failing.end()) {
-            return found->second;
-        }
+        if (const auto fault = record(Operation::update)) return *fault;
         if (!items_.contains(name(query))) return keychainItemNotFound;
         items_[name(query)] = stored(attributes);
         return keychainSuccess;
@@ -65,22 +50,14 @@ class FakeKeychain final : public Keychain {
 
     [[nodiscard]] KeychainStatus add(const KeychainQuery& attributes) override {
         constexpr KeychainStatus duplicateItem = -25299;
-        const MutexLock lock(mutex_);
-        record({.operation = Operation::add, .query = attributes, .attributes = {}});
-        if (const auto found = failing.find(Operation::add); found != failing.end()) {
-            return found->second;
-        }
+        if (const auto fault = record(Operation::add)) return *fault;
         if (items_.contains(name(attributes))) return duplicateItem;
         items_[name(attributes)] = stored(attributes);
         return keychainSuccess;
     }
 
     [[nodiscard]] KeychainStatus remove(const KeychainQuery& query) override {
-        const MutexLock lock(mutex_);
-        record({.operation = Operation::remove, .query = query, .attributes = {}});
-        if (const auto found = failing.find(Operation::remove); found != failing.end()) {
-            return found->second;
-        }
+        if (const auto fault = record(Operation::remove)) return *fault;
         return items_.erase(name(query)) != 0 ? keychainSuccess : keychainItemNotFound;
     }
 
@@ -91,22 +68,16 @@ class FakeKeychain final : public Keychain {
     }
 
     void put(std::string service, std::string account, Bytes bytes) {
-        const MutexLock lock(mutex_);
         items_[{std::move(service), std::move(account)}] = std::move(bytes);
     }
     [[nodiscard]] std::vector<Bytes> items() const {
-        const MutexLock lock(mutex_);
         std::vector<Bytes> all;
         all.reserve(items_.size());
         for (const auto& [name, bytes] : items_)
             all.push_back(bytes);
         return all;
     }
-    /// Their data stays valid as long as the keychain.
-    [[nodiscard]] std::vector<Call> calls() const {
-        const MutexLock lock(mutex_);
-        return calls_;
-    }
+    [[nodiscard]] std::vector<Operation> calls() const { return calls_; }
 
   private:
     using Name = std::pair<std::string, std::string>;
@@ -122,21 +93,15 @@ class FakeKeychain final : public Keychain {
         if (corruptsData) bytes.front() ^= 1;
         return bytes;
     }
-    void record(Call call) REQUIRES(mutex_) {
-        for (KeychainQuery* query : {&call.query, &call.attributes}) {
-            const auto data = query->find(KeychainAttribute::valueData);
-            if (data == query->end()) continue;
-            const auto span = std::get<std::span<const std::uint8_t>>(data->second);
-            data->second =
-                std::span<const std::uint8_t>(recordedData_.emplace_back(span.begin(), span.end()));
-        }
-        calls_.push_back(std::move(call));
+    /// The fault that the test wants, if any.
+    std::optional<KeychainStatus> record(Operation operation) {
+        calls_.push_back(operation);
+        const auto found = failing.find(operation);
+        return found == failing.end() ? std::nullopt : std::optional(found->second);
     }
 
-    mutable Mutex mutex_;
-    std::map<Name, Bytes> items_ GUARDED_BY(mutex_);
-    std::vector<Call> calls_ GUARDED_BY(mutex_);
-    std::deque<Bytes> recordedData_ GUARDED_BY(mutex_);
+    std::map<Name, Bytes> items_;
+    std::vector<Operation> calls_;
 };
 
 }  // namespace marrowby

@@ -10,22 +10,20 @@ namespace marrowby {
 /// Settings that note which pane was opened.
 class FakeSystemSettings final : public SystemSettings {
   public:
-    bool canOpen = true;
     std::vector<Pane> opened;
     bool atLogin = false;
-    bool refusesLogin = false;
 
     [[nodiscard]] std::string location(Pane pane) const override {
         return pane == Pane::camera ? "Settings › Camera" : "Settings › Accessibility";
     }
     bool open(Pane pane) override {
         opened.push_back(pane);
-        return canOpen;
+        return true;
     }
     [[nodiscard]] bool opensAtLogin() const override { return atLogin; }
     bool setOpensAtLogin(bool opens) override {
-        if (!refusesLogin) atLogin = opens;
-        return !refusesLogin;
+        atLogin = opens;
+        return true;
     }
 };
 

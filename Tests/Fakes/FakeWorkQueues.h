@@ -4,19 +4,16 @@
 
 #include <deque>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace marrowby {
 
 /// Queues that do nothing until the test runs them, on its own thread. One thread.
 class FakeWorkQueues final : public WorkQueues {
   public:
-    [[nodiscard]] std::shared_ptr<WorkQueue> serial(std::string label) override {
-        labels.push_back(std::move(label));
+    [[nodiscard]] std::shared_ptr<WorkQueue> serial(std::string /*label*/) override {
         return std::make_shared<Queue>(work_);
     }
     [[nodiscard]] std::shared_ptr<WorkQueue> background() override {
@@ -36,9 +33,6 @@ class FakeWorkQueues final : public WorkQueues {
         while (runOne()) {
         }
     }
-
-    /// Of every serial queue that was asked for.
-    std::vector<std::string> labels;
 
   private:
     using Work = std::deque<std::function<void()>>;

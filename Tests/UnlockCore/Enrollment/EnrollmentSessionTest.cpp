@@ -45,25 +45,23 @@ TEST(EnrollmentSession, takesTwoSamplesOfEveryPoseInOrder) {
         std::string name;
         float yaw;
         float pitch;
-        std::string prompt;
         double guide;
     };
     const std::vector<Pose> poses{
-        {"centre", 0, 0, "Look straight at the camera", 0},
-        {"left", 0.24F * 1.25F, 0, "Turn your head a little to the left", 270},
-        {"top-left", 0.3F, -0.2125F, "Now up and to the left", 315},
-        {"top", 0, -0.2125F, "Tilt your head up a little", 0},
-        {"top-right", -0.3F, -0.2125F, "Now up and to the right", 45},
-        {"right", -0.3F, 0, "Turn your head a little to the right", 90},
-        {"bottom-right", -0.3F, 0.2125F, "Now down and to the right", 135},
-        {"bottom", 0, 0.2125F, "Tilt your head down a little", 180},
-        {"bottom-left", 0.3F, 0.2125F, "Now down and to the left", 225},
+        {"centre", 0, 0, 0},
+        {"left", 0.3F, 0, 270},
+        {"top-left", 0.3F, -0.2125F, 315},
+        {"top", 0, -0.2125F, 0},
+        {"top-right", -0.3F, -0.2125F, 45},
+        {"right", -0.3F, 0, 90},
+        {"bottom-right", -0.3F, 0.2125F, 135},
+        {"bottom", 0, 0.2125F, 180},
+        {"bottom-left", 0.3F, 0.2125F, 225},
     };
     Driver driver;
     driver.skipTo(TimeInterval(2));
     std::size_t taken = 0;
     for (const Pose& pose : poses) {
-        EXPECT_EQ(text(driver.session.hint()), pose.prompt);
         EXPECT_DOUBLE_EQ(driver.session.progress(), static_cast<double>(taken) / 18);
         const auto face = Driver::face(pose.yaw, pose.pitch);
         // Half a second of holding, then every third frame.
@@ -82,23 +80,12 @@ TEST(EnrollmentSession, takesTwoSamplesOfEveryPoseInOrder) {
     }
     EXPECT_EQ(taken, 18U);
     EXPECT_TRUE(driver.session.isDone());
-    EXPECT_EQ(driver.session.hint(), Hint(Hint::Done{}));
-    EXPECT_EQ(text(driver.session.hint()), "Got it");
     EXPECT_EQ(driver.session.headTurn(), std::nullopt);
     EXPECT_EQ(driver.session.progress(), 1);
     EXPECT_EQ(driver.session.capturedPoses().size(), 8U);
-    EXPECT_FALSE(driver.session.capturedPoses().contains(EnrollmentPose::center));
-
     driver.play(EnrollmentFrame::NoFace{});
     EXPECT_EQ(driver.session.hint(), Hint(Hint::Done{}));
     EXPECT_EQ(driver.play(Driver::straight(), 20), 18U);
-}
-
-TEST(EnrollmentSession, warmUpCountsForNothing) {
-    Driver driver;
-    // The hold begins at 1.5 s, its half second ends at 2 s; the third frame from there is taken.
-    EXPECT_EQ(driver.play(Driver::straight(), 18), 0U);
-    EXPECT_EQ(driver.play(Driver::straight()), 1U);
 }
 
 TEST(EnrollmentSession, anyFailingFrameStartsHoldAndStreakAgain) {
@@ -106,7 +93,7 @@ TEST(EnrollmentSession, anyFailingFrameStartsHoldAndStreakAgain) {
         const char* name;
         EnrollmentFrame frame;
         Hint hint;
-        std::optional<double> guide;
+        bool hasGuide;
     };
     const Hint wanted = Hint::Pose{EnrollmentPose::center};
     const float none = std::numeric_limits<float>::quiet_NaN();
@@ -117,17 +104,15 @@ TEST(EnrollmentSession, anyFailingFrameStartsHoldAndStreakAgain) {
     auto unusable = Driver::straight();
     unusable.embedding = {0, 0};
     const std::vector<Case> cases{
-        {"no face", EnrollmentFrame::NoFace{}, Hint::NoFace{}, std::nullopt},
-        {"too far away", EnrollmentFrame::TooFar{}, Hint::Closer{}, std::nullopt},
-        {"no yaw", Driver::face(std::nullopt, 0), wanted, std::nullopt},
-        {"no pitch", Driver::face(0, std::nullopt), wanted, std::nullopt},
-        {"not a number", Driver::face(none, 0), wanted, std::nullopt},
-        {"turned too far", Driver::face(0.6F, 0.1F), Hint::TooFar{"Not so far to the left"},
-         std::nullopt},
-        {"another pose", Driver::face(0.3F, 0), wanted, 0},
-        {"poor quality", poor, wanted, 0},
-        {"two points", twoPoint, wanted, 0},
-        {"unusable embedding", unusable, wanted, 0},
+        {"no face", EnrollmentFrame::NoFace{}, Hint::NoFace{}, false},
+        {"too far away", EnrollmentFrame::TooFar{}, Hint::Closer{}, false},
+        {"no pitch", Driver::face(0, std::nullopt), wanted, false},
+        {"not a number", Driver::face(none, 0), wanted, false},
+        {"turned too far", Driver::face(0.6F, 0.1F), Hint::TooFar{"Not so far to the left"}, false},
+        {"another pose", Driver::face(0.3F, 0), wanted, true},
+        {"poor quality", poor, wanted, true},
+        {"two points", twoPoint, wanted, true},
+        {"unusable embedding", unusable, wanted, true},
     };
     for (const Case& each : cases) {
         SCOPED_TRACE(each.name);
@@ -136,28 +121,25 @@ TEST(EnrollmentSession, anyFailingFrameStartsHoldAndStreakAgain) {
         EXPECT_EQ(driver.play(Driver::straight(), 6), 0U);
         EXPECT_EQ(driver.play(each.frame), 0U);
         EXPECT_EQ(driver.session.hint(), each.hint);
-        EXPECT_EQ(driver.session.headTurn(), each.guide);
+        EXPECT_EQ(driver.session.headTurn().has_value(), each.hasGuide);
         EXPECT_EQ(driver.play(Driver::straight(), 6), 0U);
-        EXPECT_EQ(driver.session.hint(), wanted);
         EXPECT_EQ(driver.play(Driver::straight()), 1U);
         // After the first sample of a pose too.
         EXPECT_EQ(driver.play(each.frame), 1U);
         EXPECT_EQ(driver.play(Driver::straight(), 6), 1U);
         EXPECT_EQ(driver.play(Driver::straight()), 2U);
     }
-    EXPECT_EQ(text(Hint::NoFace{}), "Look at the camera");
-    EXPECT_EQ(text(Hint::Closer{}), "Come a little closer");
-    EXPECT_EQ(text(Hint::TooFar{"Not so far up"}), "Not so far up");
 }
 
-TEST(EnrollmentSession, qualityMayBeAbsentOrJustEnough) {
+TEST(EnrollmentSession, takesTheFirstSampleAsSoonAsItMay) {
     for (const std::optional<float> quality : {std::optional<float>(), std::optional(0.2F)}) {
         Driver driver;
-        driver.skipTo(TimeInterval(2));
         auto face = Driver::straight();
         face.quality = quality;
-        EXPECT_EQ(driver.play(face, 7), 1U);
-        EXPECT_EQ(driver.session.samples().at(0).quality, quality);
+        // The hold begins after a warm-up of 1.5 s, its half second ends at 2 s; the third frame
+        // from there is taken.
+        EXPECT_EQ(driver.play(face, 18), 0U);
+        EXPECT_EQ(driver.play(face), 1U);
     }
 }
 

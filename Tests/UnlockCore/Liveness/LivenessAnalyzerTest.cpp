@@ -29,7 +29,7 @@ LivenessAnalyzer makeAnalyzer() {
     return {LivenessMode::standard,
             tuning,
             planarityTuning(LivenessMode::standard),
-            {LivenessCue::moire},
+            {LivenessCue::glossGlare},
             TimeInterval(1)};
 }
 
@@ -42,9 +42,7 @@ LivenessFrame frame(double seconds, std::optional<float> live) {
 
 TEST(LivenessAnalyzer, averagesTheNewestScores) {
     auto analyzer = makeAnalyzer();
-    EXPECT_EQ(analyzer.lastSnapshot().frameCount, 0);
     EXPECT_FALSE(analyzer.ingest(frame(0, {}), face(1)).realFace.mean);
-
     double seconds = 0;
     for (const float live : {0.0F, 0.5F, 1.0F}) {
         analyzer.ingest(frame(seconds += 0.1, live), face(1));
@@ -56,9 +54,9 @@ TEST(LivenessAnalyzer, averagesTheNewestScores) {
     analyzer.ingest(frame(0.5, 1.0F), face(1));
     const auto& last = analyzer.ingest(frame(0.6, 1.0F), face(1));
     EXPECT_EQ(last.realFace.mean, 0.875F);
-    EXPECT_EQ(last.realFace.frames, 4);
-    EXPECT_EQ(last.frameCount, 7);
     EXPECT_EQ(last.decision, LivenessDecision(Confirmed{}));
+    EXPECT_EQ(analyzer.ingest(frame(0.7, 0.9F), face(2)).realFace.mean, 0.9F) << "another face";
+    EXPECT_EQ(analyzer.frames().size(), 1U);
 }
 
 TEST(LivenessAnalyzer, forgetsWhatIsOutsideItsWindow) {
@@ -84,28 +82,14 @@ TEST(LivenessAnalyzer, forgetsWhatIsOutsideItsWindow) {
     }
 }
 
-TEST(LivenessAnalyzer, countsNothingOfAnotherFace) {
-    auto analyzer = makeAnalyzer();
-    for (int i = 0; i < 4; ++i)
-        analyzer.ingest(frame(0.1 * i, 1.0F), face(1));
-    ASSERT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Confirmed{}));
-
-    const auto& other = analyzer.ingest(frame(0.4, 0.9F), face(2));
-    EXPECT_EQ(other.realFace.frames, 1);
-    EXPECT_EQ(other.realFace.mean, 0.9F);
-    EXPECT_EQ(other.frameCount, 1);
-    EXPECT_EQ(other.decision, LivenessDecision(LivenessDecision::Waiting{LivenessNeeds::realFace}));
-    EXPECT_EQ(analyzer.frames().size(), 1U);
-}
-
 TEST(LivenessAnalyzer, keepsADenialWhateverFaceFollowsUntilReset) {
     auto analyzer = makeAnalyzer();
     for (int i = 0; i < 3; ++i)
         analyzer.ingest(frame(0.1 * i, 0.0F), face(1));
     ASSERT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::realFace}));
-    for (int i = 3; i < 8; ++i)
+    for (int i = 3; i < 6; ++i)
         analyzer.ingest(frame(0.1 * i, 1.0F), face(2));
-    EXPECT_EQ(analyzer.lastSnapshot().realFace.mean, 1.0F);
+    EXPECT_EQ(analyzer.lastSnapshot().realFace.mean, 1.0F) << "nothing counts of another face";
     EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::realFace}));
 
     analyzer.reset();
@@ -122,9 +106,9 @@ TEST(LivenessAnalyzer, handsTheFramesReadingsToTheEvaluator) {
     screen.glare = GlareSample{200, 0.2F, 1};
     for (std::int64_t i = 0; i < std::max(tuning.moireFrames, tuning.glossFrames); ++i)
         analyzer.ingest(screen, face(1));
-    // Glare fired as well, but only the enabled cue may deny.
-    EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::moire}));
-    EXPECT_TRUE(analyzer.lastSnapshot().cueStates.at(LivenessCue::glossGlare).hasFired);
+    // The pattern fired first, but only the enabled cue may deny.
+    EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::glossGlare}));
+    EXPECT_TRUE(analyzer.lastSnapshot().cueStates.at(LivenessCue::moire).hasFired);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "UnlockCore/Liveness/LivenessAnalyzer.h"
 #include "UnlockCore/Liveness/LivenessScoring.h"
-#include "UnlockCore/Liveness/NoseParallax.h"
 #include "UnlockCore/Liveness/Planarity.h"
 
 #include <cmath>
@@ -126,19 +125,16 @@ TEST(Planarity, decidesAStrictLook) {
 TEST(Planarity, measuresOnlyWhatCanBeCompared) {
     Model model;
     const auto first = model.seen(0, 0, 0);
-    auto second = model.seen(1, 0.2, 5);
+    const auto second = model.seen(1, 0.2, 5);
     ASSERT_TRUE(planarity::measure(first, second, 0.1));
     EXPECT_FALSE(planarity::measure(first, second, 5)) << "too little motion";
-    EXPECT_FALSE(planarity::measure(first, first, 0)) << "no motion at all";
-    auto noNose = second;
-    std::erase_if(noNose.landmarks,
-                  [](const LandmarkPoint& p) { return p.region == LandmarkRegion::nose; });
-    EXPECT_FALSE(planarity::measure(first, noNose, 0.1));
-    second.hasReliableLandmarks = false;
-    EXPECT_FALSE(planarity::measure(first, second, 0.1));
-    second = model.seen(1, 0.2, 5);
-    second.interocularDistance = std::nan("");
-    EXPECT_FALSE(planarity::measure(first, second, 0.1));
+    const auto refuses = [&](const auto& spoil) {
+        auto spoiled = second;
+        spoil(spoiled);
+        return !planarity::measure(first, spoiled, 0.1);
+    };
+    EXPECT_TRUE(refuses([](auto& frame) { frame.hasReliableLandmarks = false; }));
+    EXPECT_TRUE(refuses([](auto& frame) { frame.interocularDistance = std::nan(""); }));
 }
 
 TEST(Planarity, judgesByBothBars) {
@@ -168,10 +164,8 @@ TEST(Planarity, judgesByBothBars) {
         EXPECT_EQ(reading.confidence, 1);
         const auto tooFew = planarity::judge(std::span(pairs).first(1), tuning);
         EXPECT_EQ(tooFew.verdict, Verdict::noEvidence);
-        EXPECT_EQ(tooFew.ratio, c.ratio);
         EXPECT_EQ(livenessscoring::planar(tooFew, tuning), CueReading{});
     }
-    EXPECT_EQ(planarity::judge({}, tuning), PlanarityResult{});
 }
 
 TEST(LivenessScoring, asksForATurnThatTheNoseFollows) {
@@ -190,10 +184,7 @@ TEST(LivenessScoring, asksForATurnThatTheNoseFollows) {
     EXPECT_EQ(level(turn(0.2, 40, 1), Verdict::planar), (CueReading{0, 1}));
     EXPECT_EQ(level(turn(0.08, 40, 1), Verdict::depth), (CueReading{0, 1})) << "9 degrees";
     EXPECT_EQ(level(turn(0.2, 0, 1), Verdict::unclear), (CueReading{0, 1})) << "a flat nose";
-    EXPECT_EQ(level(turn(0.2, 0, 1), Verdict::depth), (CueReading{1, 1}));
     EXPECT_EQ(level(turn(0.2, 40, -1), Verdict::unclear), (CueReading{0, 1})) << "the wrong way";
-    EXPECT_EQ(NoseParallax::measure(turn(0.2, 40, -1)).direction, -1);
-    EXPECT_EQ(NoseParallax::measure({}), NoseParallax{});
     const auto frames = turn(0.2, 40, 1);
     EXPECT_EQ(livenessscoring::headTurn(std::span(frames).first(2), Verdict::depth), CueReading{});
 }

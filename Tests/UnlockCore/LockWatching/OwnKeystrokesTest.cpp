@@ -52,10 +52,8 @@ struct OwnKeystrokesTest : testing::Test {
 };
 
 TEST_F(OwnKeystrokesTest, areNeitherActivityNorSpace) {
-    for (int round = 0; round < 3; ++round) {
-        type();
-        mainThread.advance(TimeInterval(30));
-    }
+    type();
+    mainThread.advance(TimeInterval(30));
     EXPECT_THAT(activities, IsEmpty());
     EXPECT_EQ(spaces, 0);
 }
@@ -64,7 +62,6 @@ TEST_F(OwnKeystrokesTest, hideNoUserBeforeOrAfter) {
     mainThread.advance(TimeInterval(10));
     idle.touch();
     mainThread.advance(TimeInterval(1));
-    EXPECT_THAT(activities, SizeIs(1));
     type();
     mainThread.advance(TimeInterval(5));
     idle.touch();
@@ -76,12 +73,9 @@ TEST_F(OwnKeystrokesTest, hideNoUserBeforeOrAfter) {
     // Somebody at a distance sends synthetic keys too.
     devices.send({.usagePage = 7, .usage = 44, .value = 1, .isSynthetic = true});
     EXPECT_EQ(spaces, 1);
-}
-
-TEST_F(OwnKeystrokesTest, leaveARealSpaceKeyAlone) {
     type();
     devices.space(true);
-    EXPECT_EQ(spaces, 1);
+    EXPECT_EQ(spaces, 2);
 }
 
 TEST_F(OwnKeystrokesTest, areKnownWhileTheyAreStillBeingPosted) {

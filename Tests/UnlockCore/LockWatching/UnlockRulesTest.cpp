@@ -1,22 +1,18 @@
 #include "UnlockCore/LockWatching/UnlockGate.h"
+#include "UnlockCore/LockWatching/UnlockLockState.h"
 #include "UnlockCore/LockWatching/UnlockTriggerPolicy.h"
+
+#include <optional>
+#include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
 namespace marrowby {
 namespace {
 
-constexpr TimeInterval seconds(double count) {
-    return TimeInterval(count);
-}
-const Date noon{seconds(43'200)};
-
 TEST(UnlockGate, theFirstUnmetConditionRefuses) {
-    struct Row {
-        bool UnlockConditions::* condition;
-        const char* refusal;
-    };
-    const Row rows[] = {
+    const std::pair<bool UnlockConditions::*, const char*> rows[] = {
         {&UnlockConditions::isEnabled, "off"},
         {&UnlockConditions::vaultUnlocked, "vaultLocked"},
         {&UnlockConditions::passwordSaved, "noPassword"},
@@ -28,80 +24,56 @@ TEST(UnlockGate, theFirstUnmetConditionRefuses) {
     };
     // From nothing met, meeting one after the other; each alone unmet gives the same refusal.
     UnlockConditions growing;
-    for (const Row& row : rows) {
+    for (const auto& [condition, refusal] : rows) {
         UnlockConditions lacking{true, true, true, true, true, true, true, true};
-        lacking.*row.condition = false;
+        lacking.*condition = false;
         for (const UnlockConditions& conditions : {growing, lacking}) {
             const auto decision = UnlockGate::decide(conditions);
             const auto* refuse = std::get_if<UnlockGate::Decision::Refuse>(&decision);
-            ASSERT_NE(refuse, nullptr) << row.refusal;
-            EXPECT_EQ(rawValue(refuse->refusal), row.refusal);
+            ASSERT_NE(refuse, nullptr) << refusal;
+            EXPECT_EQ(rawValue(refuse->refusal), refusal);
         }
-        growing.*row.condition = true;
+        growing.*condition = true;
     }
     EXPECT_EQ(UnlockGate::decide(growing), UnlockGate::Decision(UnlockGate::Decision::Type{}));
 }
 
-TEST(UnlockTriggerPolicy, activityIsRefusedInOrder) {
-    struct Row {
-        UnlockTriggers triggers;
-        bool isLocked;
-        TimeInterval sinceFence;
-        TimeInterval quietFor;
-        std::optional<std::string_view> refusal;
-    };
-    const UnlockTriggers onReturn{UnlockTrigger::onReturn};
-    const Row rows[] = {
-        {{}, false, seconds(0), seconds(0), "coming back isn’t chosen"},
-        {{UnlockTrigger::onSpace}, true, seconds(9), seconds(9), "coming back isn’t chosen"},
-        {onReturn, false, seconds(9), seconds(9), "not locked"},
-        {onReturn, true, seconds(1.99), seconds(0), "too soon after the lock or the last look"},
-        {onReturn, true, seconds(-3600), seconds(9), "too soon after the lock or the last look"},
-        {onReturn, true, seconds(2), seconds(0.99), "no quiet moment before it"},
-        {onReturn, true, seconds(2), seconds(1), std::nullopt},
-    };
-    for (const Row& row : rows) {
-        UnlockTriggerPolicy policy{.triggers = row.triggers};
-        if (row.isLocked) policy.screenLocked(noon, false);
-        EXPECT_EQ(policy.activityRefusal(noon + row.sinceFence, row.quietFor), row.refusal);
-    }
-}
-
-TEST(UnlockTriggerPolicy, wakesAreDebounced) {
-    UnlockTriggerPolicy policy;
-    policy.screenLocked(noon, false);
-    EXPECT_FALSE(policy.acceptWake(noon + seconds(1.9))) << "the jostle of locking";
-    policy.willSleep();
-    EXPECT_TRUE(policy.acceptWake(noon + seconds(1.9)));
-    EXPECT_EQ(policy.fence, noon + seconds(1.9));
-    EXPECT_EQ(policy.lockedAt, noon);
-    EXPECT_FALSE(policy.acceptWake(noon + seconds(3.8)));
-    EXPECT_TRUE(policy.acceptWake(noon + seconds(3.9)));
-
-    policy.foundUnlocked();
-    EXPECT_FALSE(policy.lockedAt || policy.fence || policy.lastWakeAt || policy.sleptSinceLock);
-    EXPECT_TRUE(policy.acceptWake(noon + seconds(4))) << "of a lock that nobody reported";
-    EXPECT_EQ(policy.lockedAt, noon + seconds(4));
-}
-
 TEST(UnlockTriggerPolicy, theFenceNeverGoesBack) {
+    const Date noon(TimeInterval(43'200));
+    const TimeInterval second(1);
     UnlockTriggerPolicy policy;
     policy.lookEnded(noon);
     EXPECT_FALSE(policy.fence) << "not locked";
     policy.screenLocked(noon, true);
-    policy.lookEnded(noon + seconds(5));
-    policy.lookEnded(noon + seconds(3));
-    EXPECT_EQ(policy.fence, noon + seconds(5));
-    EXPECT_TRUE(policy.acceptWake(noon + seconds(4)));
-    EXPECT_EQ(policy.fence, noon + seconds(5));
+    policy.lookEnded(noon + 5 * second);
+    policy.lookEnded(noon + 3 * second);
+    EXPECT_EQ(policy.fence, noon + 5 * second);
+    EXPECT_TRUE(policy.acceptWake(noon + 4 * second));
+    EXPECT_EQ(policy.fence, noon + 5 * second);
 }
 
-TEST(UnlockTrigger, olderNamesMeanComingBack) {
-    for (const char* text : {"onReturn", "onWake", "onLock"}) {
-        EXPECT_EQ(unlockTrigger(text), UnlockTrigger::onReturn) << text;
+TEST(UnlockLockState, readsTheSessionDictionary) {
+    constexpr auto locked = "CGSSessionScreenIsLocked";
+    constexpr auto console = "kCGSSessionOnConsoleKey";
+    const struct {
+        const char* what;
+        std::optional<SessionDictionary> session;
+        bool isLocked;
+        std::optional<bool> isOnConsole;
+    } cases[] = {
+        {"no session", std::nullopt, false, std::nullopt},
+        {"no lock flag", SessionDictionary{{console, true}}, false, true},
+        {"a lock flag that is text", SessionDictionary{{locked, std::string("true")}}, false, {}},
+        {"unlocked", SessionDictionary{{locked, false}, {console, true}}, false, true},
+        {"locked, console flag is a number", SessionDictionary{{locked, true}, {console, 0.0}},
+         true, std::nullopt},
+        {"locked on the console", SessionDictionary{{locked, true}, {console, true}}, true, true},
+        {"locked elsewhere", SessionDictionary{{locked, true}, {console, false}}, false, false},
+    };
+    for (const auto& [what, session, isLocked, isOnConsole] : cases) {
+        EXPECT_EQ(UnlockLockState::isLocked(session), isLocked) << what;
+        EXPECT_EQ(UnlockLockState::isOnConsole(session), isOnConsole) << what;
     }
-    EXPECT_EQ(unlockTrigger("onSpace"), UnlockTrigger::onSpace);
-    EXPECT_EQ(unlockTrigger("OnSpace"), std::nullopt);
 }
 
 }  // namespace

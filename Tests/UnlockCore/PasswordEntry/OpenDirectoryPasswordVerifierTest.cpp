@@ -3,7 +3,9 @@
 #include "UnlockCore/PasswordEntry/TypablePassword.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -40,20 +42,17 @@ TEST(OpenDirectoryPasswordVerifier, keepsAWrongPasswordAndAnUnsureDirectoryApart
         directory.verdict = one.verdict;
         OpenDirectoryPasswordVerifier verifier(directory, "anna");
         EXPECT_EQ(verifier.check(bytesOf("sesame")), one.result) << one.what;
-        EXPECT_EQ(directory.asked.front(), "node 0x2201");
+        std::vector<std::string> asked{"node 0x2201"};
+        if (!one.nodeFault) asked.emplace_back("dsRecTypeStandard:Users anna");
+        if (!one.nodeFault && !one.recordFault) asked.emplace_back("verify sesame");
+        EXPECT_EQ(directory.asked, asked) << one.what;
     }
-    FakeDirectory directory;
-    EXPECT_EQ(OpenDirectoryPasswordVerifier(directory, "anna").check(bytesOf("sesame")),
-              PasswordCheckResult(PasswordCheckResult::Correct{}));
-    EXPECT_EQ(
-        directory.asked,
-        (std::vector<std::string>{"node 0x2201", "dsRecTypeStandard:Users anna", "verify sesame"}));
 }
 
 TEST(OpenDirectoryPasswordVerifier, asksNobodyAboutWhatIsNoPassword) {
     FakeDirectory directory;
     OpenDirectoryPasswordVerifier verifier(directory, "anna");
-    for (const char* text : {"", "\xC3\x28", "\xFF"}) {
+    for (const char* text : {"", "\xFF"}) {
         EXPECT_EQ(verifier.check(bytesOf(text)),
                   PasswordCheckResult(PasswordCheckResult::Incorrect{}));
     }

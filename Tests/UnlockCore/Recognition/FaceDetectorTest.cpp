@@ -16,23 +16,6 @@ class FaceDetectorTest : public testing::Test {
     Bitmap image = *FakeImaging().render(FakeSourceImage(200, 100), {0, 0, 200, 100}, 1);
 };
 
-TEST_F(FaceDetectorTest, AsksForDetailsOnlyWhereThereIsAFace) {
-    EXPECT_TRUE(detector.detect(image)->empty());
-    EXPECT_EQ(vision.detailRequests, 0);
-    vision.addFace({0.1, 0.1, 0.2, 0.4}, {200, 100});
-    vision.addFace({0.5, 0.1, 0.2, 0.4}, {200, 100});
-    EXPECT_EQ(detector.detect(image)->size(), 2U);
-    EXPECT_EQ(vision.detailRequests, 1);
-}
-
-TEST_F(FaceDetectorTest, PassesFailuresOn) {
-    vision.addFace({0.1, 0.1, 0.2, 0.4}, {200, 100});
-    vision.detailsFault = "no details";
-    EXPECT_EQ(detector.detect(image).error(), "no details");
-    vision.rectanglesFault = "no eyes";
-    EXPECT_EQ(detector.detect(image).error(), "no eyes");
-}
-
 TEST_F(FaceDetectorTest, TurnsEverythingToATopLeftOrigin) {
     vision.faces = {{.normalizedBox = {0.25, 0.5, 0.125, 0.25},
                      .yaw = 0.1F,

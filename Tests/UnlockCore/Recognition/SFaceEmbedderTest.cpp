@@ -37,14 +37,8 @@ class SFaceEmbedderTest : public testing::Test {
         return SFaceEmbedder::load(std::filesystem::path(MARROWBY_SOURCE_DIR),
                                    {.fileName = "CMakeLists.txt"}, models, imaging);
     }
-    std::string loadError() {
-        const auto loaded = load();
-        return loaded ? "" : description(loaded.error());
-    }
-    std::string embedError() {
-        const auto embedding = (*load())->embed(face);
-        return embedding ? "" : description(embedding.error());
-    }
+    std::string loadError() { return description(load().error()); }
+    std::string embedError() { return description((*load())->embed(face).error()); }
 
     FakeNeuralModels models;
     FakeImaging imaging;
@@ -54,9 +48,6 @@ class SFaceEmbedderTest : public testing::Test {
 TEST_F(SFaceEmbedderTest, EmbedsNormalized) {
     const auto loaded = load();
     ASSERT_TRUE(loaded);
-    EXPECT_EQ((*loaded)->modelIdentifier(), "sface-2021dec-coreml-1");
-    EXPECT_EQ((*loaded)->dimension(), 128);
-    EXPECT_EQ(models.loads.at(0).options.computeUnits, NeuralModels::ComputeUnits::all);
     EXPECT_EQ(models.loads.at(0).options.channelOrder, NeuralModels::ChannelOrder::rgb);
 
     const auto embedding = (*loaded)->embed(face);
@@ -64,16 +55,7 @@ TEST_F(SFaceEmbedderTest, EmbedsNormalized) {
     EXPECT_FLOAT_EQ(embedding->at(7), 1 / std::sqrt(128.F));
     const NeuralInput& input = models.predictions.at(0).at(0);
     EXPECT_EQ(input.name, "image");
-    EXPECT_EQ(input.image.format(), bgrx8);
     EXPECT_EQ(input.image.bytes()[2], face.bytes()[0]) << "red stands third";
-}
-
-TEST_F(SFaceEmbedderTest, AMissingFileIsNamed) {
-    const auto loaded = SFaceEmbedder::load("no-such-folder", {}, models, imaging);
-    ASSERT_FALSE(loaded);
-    EXPECT_EQ(description(loaded.error()),
-              "The face model isn’t in the app (SFace.mlmodelc). Reinstall Marrowby Unlock.");
-    EXPECT_TRUE(models.loads.empty());
 }
 
 TEST_F(SFaceEmbedderTest, RefusesAnythingButTheExpectedModel) {
@@ -85,23 +67,15 @@ TEST_F(SFaceEmbedderTest, RefusesAnythingButTheExpectedModel) {
         std::string text;
     };
     const std::vector<Case> cases{
-        {[](auto& d) { d.metadata.clear(); },
-         wrongModel + "identifier missing, expected sface-2021dec-coreml-1"},
         {[](auto& d) { d.metadata["marrowby.model.identifier"] = "mobilefacenet-128-test-1"; },
          wrongModel + "identifier mobilefacenet-128-test-1, expected sface-2021dec-coreml-1"},
-        {[](auto& d) { d.inputs[0].name = "data"; }, wrongInput + "no image input named image"},
-        {[](auto& d) { d.inputs[0].kind = Kind::multiArray; },
-         wrongInput + "no image input named image"},
+        {[](auto& d) { d.inputs.clear(); }, wrongInput + "no image input named image"},
         {[](auto& d) { d.inputs[0].imageConstraint = {112, 128}; },
          wrongInput + "112 × 128, expected 112 × 112"},
-        {[](auto& d) { d.outputs.clear(); }, wrongOutput + "no multi-array output named embedding"},
         {[](auto& d) { d.outputs[0].kind = Kind::other; },
          wrongOutput + "no multi-array output named embedding"},
-        {[](auto& d) { d.outputs[0].shape = {2, 8, 32}; },
-         wrongOutput + "512 values, expected 128"},
         {[](auto& d) { d.outputs[0].shape = {std::int64_t{1} << 40, std::int64_t{1} << 40}; },
          wrongOutput + "9223372036854775807 values, expected 128"},
-        {[](auto& d) { d.outputs[0].shape.clear(); }, ""},
     };
     const NeuralModelDescription right = models.description;
     for (const Case& c : cases) {
@@ -111,15 +85,9 @@ TEST_F(SFaceEmbedderTest, RefusesAnythingButTheExpectedModel) {
     }
     models.loadFault = "It is torn.";
     EXPECT_EQ(loadError(), "The face model couldn’t be loaded: It is torn.");
-}
-
-TEST_F(SFaceEmbedderTest, AnotherModelPassesOnlyUnderItsOwnName) {
-    models.description.metadata["marrowby.model.identifier"] = "mobilefacenet-128-test-1";
-    const auto loaded = SFaceEmbedder::load(
-        std::filesystem::path(MARROWBY_SOURCE_DIR) / "CMakeLists.txt",
-        NeuralModels::ComputeUnits::processorOnly, "mobilefacenet-128-test-1", models, imaging);
-    ASSERT_TRUE(loaded);
-    EXPECT_EQ((*loaded)->modelIdentifier(), "mobilefacenet-128-test-1");
+    const auto missing = SFaceEmbedder::load("no-such-folder", {}, models, imaging);
+    EXPECT_EQ(description(missing.error()),
+              "The face model isn’t in the app (SFace.mlmodelc). Reinstall Marrowby Unlock.");
 }
 
 TEST_F(SFaceEmbedderTest, RefusesUnusableOutputs) {
@@ -138,9 +106,7 @@ TEST_F(SFaceEmbedderTest, RefusesUnusableOutputs) {
     EXPECT_EQ(embedError(), "Too hot.");
     imaging.convertFails = true;
     EXPECT_EQ(embedError(), "The face couldn’t be prepared for the model.");
-}
-
-TEST_F(SFaceEmbedderTest, RefusesAFaceOfAnotherSize) {
+    models.predictions.clear();
     face = *imaging.render(FakeSourceImage(100, 96), {0, 0, 100, 96}, 1);
     EXPECT_EQ(embedError(),
               "The face model takes the wrong input: a 100 × 96 face, expected 112 × 112");

@@ -51,11 +51,5 @@ TEST(UnlockStatus, tellsTheFirstConditionThatIsNotMet) {
     }
 }
 
-TEST(UnlockStatus, namesTheApplicationAndTheSettings) {
-    EXPECT_EQ(UnlockStatus(UnlockStatus::AccessibilityOff{}).detail("Marrowby Unlock", "Settings"),
-              "Needed to type your password at the lock screen: switch Marrowby Unlock on in "
-              "Settings.");
-}
-
 }  // namespace
 }  // namespace marrowby

@@ -13,17 +13,13 @@ const std::filesystem::path path = "/disk/data/folder/file";
 const Bytes oldContent{1, 1, 1, 1};
 const Bytes newContent{2, 2, 2, 2, 2, 2};
 
-struct Start {
-    bool hasFile;
-    std::optional<Bytes> content() const {
-        return hasFile ? std::optional(oldContent) : std::nullopt;
-    }
-};
-constexpr Start starts[] = {{true}, {false}};
+/// The content before the save, if there is a file.
+using Start = std::optional<Bytes>;
+const Start starts[] = {oldContent, std::nullopt};
 
 void arrange(FakeFileSystem& fileSystem, const Start& start) {
     fileSystem.put("/disk/other", {});
-    if (start.hasFile) fileSystem.put(path, oldContent);
+    if (start) fileSystem.put(path, *start);
 }
 
 std::size_t callsOfASave(const Start& start) {
@@ -39,7 +35,6 @@ std::size_t callsOfASave(const Start& start) {
 TEST(AtomicFile, oneFailedCallLeavesOldOrNewContentAndNoTemporary) {
     for (const Start& start : starts) {
         const std::size_t calls = callsOfASave(start);
-        EXPECT_GE(calls, 6U);
         for (std::size_t call = 0; call < calls; ++call) {
             SCOPED_TRACE(call);
             FakeFileSystem fileSystem;
@@ -50,9 +45,7 @@ TEST(AtomicFile, oneFailedCallLeavesOldOrNewContentAndNoTemporary) {
             EXPECT_EQ(saved.error(), FakeFileSystem::error());
             EXPECT_FALSE(fileSystem.exists(atomicfile::temporaryPath(path)));
             EXPECT_EQ(fileSystem.openFiles(), 0U);
-            const bool isLast = call + 1 == calls;
-            EXPECT_EQ(fileSystem.content(path),
-                      isLast ? std::optional(newContent) : start.content());
+            EXPECT_EQ(fileSystem.content(path), call + 1 == calls ? newContent : start);
         }
     }
 }
@@ -71,7 +64,7 @@ TEST(AtomicFile, aCrashAtAnyPointLeavesOldOrNewContent) {
                 fileSystem.losePower(names);
                 fileSystem.heal();
                 EXPECT_TRUE(fileSystem.content(path) == newContent ||
-                            fileSystem.content(path) == start.content());
+                            fileSystem.content(path) == start);
 
                 // The next save does not stumble over what the crash left.
                 EXPECT_TRUE(atomicfile::replace(fileSystem, path, newContent));

@@ -1,13 +1,10 @@
 #pragma once
 
-#include "Tests/Fakes/FakeFaceVision.h"
-#include "UnlockCore/Liveness/AntiSpoofScoring.h"
 #include "UnlockCore/Recognition/FaceEmbedder.h"
 
 #include <functional>
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace marrowby {
 
@@ -29,22 +26,6 @@ class ScriptedEmbedder final : public FaceEmbedder {
 
   private:
     std::string name_ = "scripted";
-};
-
-/// Scores every face as the test says.
-class ScriptedAntiSpoof final : public AntiSpoofScoring {
-  public:
-    float live = 1;
-    std::optional<RealFaceModelError> fault;
-    std::optional<Rect> lastBox;
-
-    [[nodiscard]] std::string_view modelIdentifier() const override { return "scripted"; }
-    [[nodiscard]] std::expected<AntiSpoofScore, RealFaceModelError> score(
-        const RGBPixels& /*image*/, const Rect& faceBox) override {
-        lastBox = faceBox;
-        if (fault) return std::unexpected(*fault);
-        return AntiSpoofScore{live, live, live};
-    }
 };
 
 }  // namespace marrowby
