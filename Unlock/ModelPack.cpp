@@ -45,9 +45,15 @@ Values values(const Json& list) {
     return result;
 }
 
-/// By role. Throws what the JSON library throws for anything that is not as it should be.
-std::map<std::string, Entry> entries(const Json& manifest) {
-    std::map<std::string, Entry> result;
+struct Manifest {
+    std::string name;
+    /// By role.
+    std::map<std::string, Entry> networks;
+};
+
+/// Throws what the JSON library throws for anything that is not as it should be.
+Manifest read(const Json& manifest) {
+    Manifest result{.name = manifest.at("name"), .networks = {}};
     for (const Json& network : manifest.at("networks")) {
         Entry entry{.name = network.at("name"),
                     .file = network.at("file"),
@@ -55,17 +61,16 @@ std::map<std::string, Entry> entries(const Json& manifest) {
                     .sha256 = network.at("sha256"),
                     .inputs = values(network.at("inputs")),
                     .outputs = values(network.at("outputs"))};
-        result.emplace(network.at("role").get<std::string>(), std::move(entry));
+        result.networks.emplace(network.at("role").get<std::string>(), std::move(entry));
     }
     return result;
 }
 
-std::expected<std::map<std::string, Entry>, ModelPackError> readManifest(
-    const std::filesystem::path& path) {
+std::expected<Manifest, ModelPackError> readManifest(const std::filesystem::path& path) {
     std::ifstream stream(path);
     if (!stream) return std::unexpected(ModelPackError{ModelPack::manifestFile, "isn’t there"});
     try {
-        return entries(Json::parse(stream));
+        return read(Json::parse(stream));
     } catch (const Json::exception&) {
         return std::unexpected(ModelPackError{ModelPack::manifestFile, "is damaged"});
     }
@@ -99,11 +104,12 @@ std::string description(const ModelPackError& error) {
 
 std::expected<ModelPack, ModelPackError> ModelPack::read(const std::filesystem::path& folder,
                                                          const ModelFiles& files) {
-    const auto networks = readManifest(folder / manifestFile);
-    if (!networks) return std::unexpected(networks.error());
+    const auto manifest = readManifest(folder / manifestFile);
+    if (!manifest) return std::unexpected(manifest.error());
+    const auto& networks = manifest->networks;
     for (const Role& role : roles) {
-        const auto entry = networks->find(role.key);
-        if (entry == networks->end()) {
+        const auto entry = networks.find(role.key);
+        if (entry == networks.end()) {
             return std::unexpected(ModelPackError{role.name, "is missing"});
         }
         if (auto reason = fault(entry->second, folder, files); !reason.empty()) {
@@ -112,12 +118,13 @@ std::expected<ModelPack, ModelPackError> ModelPack::read(const std::filesystem::
         }
     }
     return ModelPack{.folder = folder,
-                     .embedderFile = networks->at("embedder").file,
-                     .embedderIdentifier = networks->at("embedder").identifier,
-                     .realFaceFile = networks->at("realFace").file,
-                     .finderFile = networks->at("finder").file,
-                     .landmarksFile = networks->at("landmarks").file,
-                     .realFaceIdentifier = networks->at("realFace").identifier};
+                     .name = manifest->name,
+                     .embedderFile = networks.at("embedder").file,
+                     .embedderIdentifier = networks.at("embedder").identifier,
+                     .realFaceFile = networks.at("realFace").file,
+                     .finderFile = networks.at("finder").file,
+                     .landmarksFile = networks.at("landmarks").file,
+                     .realFaceIdentifier = networks.at("realFace").identifier};
 }
 
 }  // namespace marrowby

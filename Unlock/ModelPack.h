@@ -23,6 +23,8 @@ struct ModelPackError {
 /// The networks of an application: one folder, a file each, and which embedder it is.
 struct ModelPack {
     std::filesystem::path folder;
+    /// As in “standard”, which its manifest gives it.
+    std::string name = {};
     std::string embedderFile;
     std::string embedderIdentifier;
     std::string realFaceFile;
@@ -31,6 +33,9 @@ struct ModelPack {
     std::string realFaceIdentifier = std::string(MiniFASNet::expectedIdentifier);
 
     static constexpr const char* manifestFile = "pack.json";
+    /// Of the networks that learned from drawn people, and protect nobody’s computer.
+    static constexpr const char* rehearsalName = "rehearsal";
+    [[nodiscard]] bool knowsRealFaces() const { return name != rehearsalName; }
 
     /// Reads the folder's manifest and compares every file with it: its SHA-256, its identifier,
     /// and its inputs and outputs. A pack with anything missing or changed is refused.

@@ -52,6 +52,13 @@ std::string age(TimeInterval since) {
     return whole(seconds / day) + " d ago";
 }
 
+/// Which ones recognise, and whom.
+std::string networksOf(const UnlockModel& model) {
+    const ModelPack& networks = model.networks();
+    return networks.knowsRealFaces() ? networks.name + "."
+                                     : "the rehearsal’s, which know made-up people only.";
+}
+
 }  // namespace
 
 SettingsPresenter::SettingsPresenter(UnlockModel& model, SystemSettings& settings,
@@ -123,6 +130,7 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
                                   .detail = std::string(settingsNote(settings.livenessMode)),
                                   .options = titlesOf(livenessModes, title),
                                   .selected = indexOf(livenessModes, settings.livenessMode)});
+    rows.emplace_back(Row::Text{"Its networks: " + networksOf(model_)});
     Row::Choice camera{.id = {Control::camera},
                        .title = "Camera",
                        .detail = {},

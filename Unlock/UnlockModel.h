@@ -82,6 +82,7 @@ class UnlockModel {
     /// Face, password and permissions are in place.
     [[nodiscard]] bool isReady() const;
     [[nodiscard]] std::vector<CameraDevice> cameras() const;
+    [[nodiscard]] const ModelPack& networks() const { return resources_.models; }
 
     /// Reads anew what nobody tells of: the permissions.
     void refresh();

@@ -33,6 +33,7 @@ class FakeModelFiles final : public ModelFiles {
 class ModelPackTest : public testing::Test {
   protected:
     void SetUp() override {
+        manifest["name"] = "test";
         for (const char* role : {"finder", "landmarks", "embedder", "realFace"}) {
             const std::string name = role;
             files.known[name + ".onnx"] = {
@@ -66,6 +67,7 @@ class ModelPackTest : public testing::Test {
 TEST_F(ModelPackTest, takesAWholePackAndRefusesByNameAndReason) {
     ASSERT_EQ(refusal(), "");
     const auto pack = ModelPack::read(folder.path(), files);
+    EXPECT_EQ(pack->name, "test");
     EXPECT_EQ(pack->embedderFile, "embedder.onnx");
     EXPECT_EQ(pack->embedderIdentifier, "embedder-1");
     EXPECT_EQ(pack->realFaceFile, "realFace.onnx");
@@ -83,6 +85,7 @@ TEST_F(ModelPackTest, takesAWholePackAndRefusesByNameAndReason) {
         {[&] { networks()[0]["role"] = "something else"; }, "the face finder is missing"},
         {[&] { networks()[2].erase("sha256"); }, "pack.json is damaged"},
         {[&] { networks() = "none"; }, "pack.json is damaged"},
+        {[&] { manifest.erase("name"); }, "pack.json is damaged"},
         {[&] { embedder().sha256 = "another sum"; }, "The embedder (embedder.onnx) was changed"},
         {[&] { files.known.erase("embedder.onnx"); }, "The embedder (embedder.onnx) was changed"},
         {[&] {

@@ -18,7 +18,11 @@ std::expected<ModelPack, std::string> UnlockSurroundings::models(
     std::optional<std::string> problem;
     for (const auto& folder : folders) {
         auto pack = ModelPack::read(folder, files);
-        if (pack) return *std::move(pack);
+        if (pack && pack->knowsRealFaces()) return *std::move(pack);
+        if (pack) {
+            problem = description({.name = "the rehearsal’s", .reason = "knows no real faces"});
+            continue;
+        }
         std::error_code error;
         if (!problem || std::filesystem::exists(folder / ModelPack::manifestFile, error))
             problem = description(pack.error());

@@ -41,6 +41,7 @@ UnlockModel::Resources resources() {
             .testTag = testTag,
             .userName = plainText(NSUserName()),
             .models = {.folder = plainText(bundle.resourcePath),
+                       .name = "standard",
                        .embedderFile = embedder.fileName,
                        .embedderIdentifier = embedder.modelIdentifier,
                        .realFaceFile = std::string(MiniFASNet::defaultFileName)}};
