@@ -4,7 +4,7 @@
 #include "Platforms/Linux/OpenCvFourierTransform.h"
 #include "Platforms/Linux/OpenCvImaging.h"
 #include "Platforms/Linux/OpenCvNeuralModels.h"
-#include "Rehearsal/Scenes/SharedNetworks.h"
+#include "Rehearsal/Scenes/NetworkFolder.h"
 #include "UnlockCore/Liveness/LivenessTuning.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
@@ -20,8 +20,6 @@
 namespace marrowby {
 
 namespace {
-
-using namespace sharednetworks;
 
 /// As many as an enrolment takes: two for each of nine poses.
 constexpr std::size_t mostSamples = 18;
@@ -55,6 +53,7 @@ struct LookMeter::Networks {
     OpenCvFourierTransform fourier;
     std::unique_ptr<OpenCvFaceVision> vision;
     std::unique_ptr<FaceRecognizer> recognizer;
+    std::string embedderIdentifier;
     std::unique_ptr<MiniFASNet> antiSpoof;
     std::map<std::string, FaceIdentity> identities;
 };
@@ -65,19 +64,23 @@ LookMeter::~LookMeter() = default;
 
 std::expected<std::unique_ptr<LookMeter>, std::string> LookMeter::create(const Settings& settings) {
     auto networks = std::make_unique<Networks>();
+    const auto pack = networksIn(settings.models);
+    if (!pack) return std::unexpected(pack.error());
     auto vision =
-        OpenCvFaceVision::load(settings.models / finderFile, settings.models / landmarksFile);
+        OpenCvFaceVision::load(pack->folder / pack->finderFile, pack->folder / pack->landmarksFile);
     if (!vision) return std::unexpected(vision.error());
     networks->vision = *std::move(vision);
     auto embedder = SFaceEmbedder::load(
-        settings.models, {.fileName = embedderFile, .modelIdentifier = embedderIdentifier},
+        pack->folder, {.fileName = pack->embedderFile, .modelIdentifier = pack->embedderIdentifier},
         networks->models, networks->imaging);
     if (!embedder) return std::unexpected(description(embedder.error()));
     networks->recognizer =
         std::make_unique<FaceRecognizer>(*networks->vision, networks->imaging, *std::move(embedder),
                                          CameraFaceScanner::minimumFaceWidth);
-    auto antiSpoof = MiniFASNet::load(settings.models, networks->models,
-                                      NeuralModels::ComputeUnits::all, realFaceFile);
+    networks->embedderIdentifier = pack->embedderIdentifier;
+    auto antiSpoof =
+        MiniFASNet::load(pack->folder, networks->models, NeuralModels::ComputeUnits::all,
+                         pack->realFaceFile, pack->realFaceIdentifier);
     if (!antiSpoof) return std::unexpected(description(antiSpoof.error()));
     networks->antiSpoof = *std::move(antiSpoof);
     return std::unique_ptr<LookMeter>(new LookMeter(settings, std::move(networks)));
@@ -86,7 +89,7 @@ std::expected<std::unique_ptr<LookMeter>, std::string> LookMeter::create(const S
 std::expected<void, std::string> LookMeter::enroll(const Look& look) {
     FaceIdentity& identity = networks_->identities[look.person];
     identity.name = look.person;
-    identity.modelIdentifier = embedderIdentifier;
+    identity.modelIdentifier = networks_->embedderIdentifier;
     identity.dimension = SFaceEmbedder::embeddingLength;
     const std::size_t wanted = std::min(mostSamples, look.pictureCount);
     for (std::size_t i = 0; i < wanted; ++i) {

@@ -14,7 +14,10 @@
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
+#include "Rehearsal/DesktopUser.h"
 #include "Rehearsal/Interruption.h"
+#include "Rehearsal/MovedClock.h"
+#include "Rehearsal/MovedMainThread.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/SceneDirectory.h"
 #include "Rehearsal/SceneKeychain.h"
@@ -23,7 +26,6 @@
 #include "Rehearsal/Scenes/SceneFilm.h"
 #include "Rehearsal/Scenes/SceneUser.h"
 #include "Rehearsal/Scenes/ScriptedCamera.h"
-#include "Rehearsal/Scenes/SharedNetworks.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Rehearsal/TemporaryFolder.h"
 #include "Unlock/LockScreenOverlayController.h"
@@ -38,16 +40,19 @@
 #include <sstream>
 #include <utility>
 
+#include <xkbcommon/xkbcommon-keysyms.h>
+
 namespace marrowby {
 
 namespace {
-
-using namespace sharednetworks;
 
 constexpr TimeInterval lockAnnouncement{5};
 
 /// How often a wait looks again when nothing happens.
 constexpr int heartbeatMilliseconds = 20;
+
+/// Of the pill, below its panel's upper edge.
+constexpr double islandMiddle = 20;
 
 std::string seconds(TimeInterval interval) {
     std::ostringstream text;
@@ -55,8 +60,8 @@ std::string seconds(TimeInterval interval) {
     return text.str();
 }
 
-/// Notes when its camera showed the first frame since it was asked to.
-class FirstFrame {
+/// What the cameras show: their newest picture, and when the first came since it was asked to.
+class Viewfinder {
   public:
     void await() {
         const MutexLock lock(mutex_);
@@ -70,27 +75,46 @@ class FirstFrame {
         const MutexLock lock(mutex_);
         return seen_;
     }
+    void show(std::shared_ptr<const PixelBuffer> picture) {
+        const MutexLock lock(mutex_);
+        picture_ = std::move(picture);
+    }
+    [[nodiscard]] QImage picture() const {
+        const MutexLock lock(mutex_);
+        if (!picture_) return {};
+        return QImage(picture_->bytes().data(), picture_->width(), picture_->height(),
+                      static_cast<qsizetype>(picture_->bytesPerRow()), QImage::Format_RGB32)
+            .copy();
+    }
 
   private:
     mutable Mutex mutex_;
     std::optional<Date> seen_ GUARDED_BY(mutex_);
+    std::shared_ptr<const PixelBuffer> picture_ GUARDED_BY(mutex_);
 };
 
 }  // namespace
 
 /// What the application runs on, in the order in which it may be built; it goes in reverse.
 struct Stage::World {
-    World(std::filesystem::path networks, TemporaryFolder home, PrivateDesktop screen)
-        : modelsFolder(std::move(networks)), data(std::move(home)), desktop(std::move(screen)) {}
+    World(ModelPack pack, TemporaryFolder home, PrivateDesktop screen, DesktopUser somebody)
+        : networks(std::move(pack)),
+          data(std::move(home)),
+          desktop(std::move(screen)),
+          atDesk(std::move(somebody)) {}
 
-    const std::filesystem::path modelsFolder;
+    const ModelPack networks;
     TemporaryFolder data;
     PrivateDesktop desktop;
+    DesktopUser atDesk;
     Interruption interruption;
+    ContactSheet sheet;
 
-    UnixSystemClock clock;
-    Transcript transcript{clock};
-    QtMainThread mainThread;
+    UnixSystemClock realClock;
+    MovedClock clock{realClock};
+    Transcript transcript{realClock};
+    QtMainThread realMainThread;
+    MovedMainThread mainThread{realMainThread, clock};
     LocalNotificationCenter workspaceCenter{mainThread};
     LocalNotificationCenter distributedCenter{mainThread};
     LocalNotificationCenter defaultCenter{mainThread};
@@ -124,7 +148,7 @@ struct Stage::World {
     /// Who follows the enrolment; the cameras' views hold him too.
     std::shared_ptr<SceneUser> user;
     Date sceneBegan;
-    FirstFrame firstFrame;
+    Viewfinder viewfinder;
     /// Goes before all that its last work uses.
     ThreadWorkQueues queues;
     std::shared_ptr<ScriptedCamera> lookCamera;
@@ -145,12 +169,14 @@ struct Stage::World {
     void startApplication();
     void film(const Scene& scene);
     void note(const std::string& line);
+    [[nodiscard]] Result<void> tap(std::uint32_t keysym);
 };
 
 Stage::Result<void> Stage::World::setUp() {
     for (auto* vision : {&lookVision, &enrollmentVision}) {
-        auto finder = OpenCvFaceVision::load(modelsFolder / finderFile,
-                                             modelsFolder / landmarksFile, queues.background());
+        auto finder =
+            OpenCvFaceVision::load(networks.folder / networks.finderFile,
+                                   networks.folder / networks.landmarksFile, queues.background());
         if (!finder) return std::unexpected(finder.error());
         *vision = std::move(*finder);
     }
@@ -170,7 +196,7 @@ Stage::Result<void> Stage::World::setUp() {
             return startThreadPacing([this, step = std::move(step)] {
                 const std::uint64_t before = lookCamera->counts().sent;
                 const TimeInterval pause = step();
-                if (lookCamera->counts().sent > before) firstFrame.note(clock.now());
+                if (lookCamera->counts().sent > before) viewfinder.note(realClock.now());
                 return pause;
             });
         });
@@ -220,10 +246,7 @@ void Stage::World::startApplication() {
                                .bundleIdentifier = {},
                                .testTag = {},
                                .userName = "owner",
-                               .models = {.folder = modelsFolder,
-                                          .embedderFile = embedderFile,
-                                          .embedderIdentifier = embedderIdentifier,
-                                          .realFaceFile = realFaceFile}},
+                               .models = networks},
         windows,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { note(line); },
                                  .terminate = [] {}});
@@ -235,43 +258,45 @@ void Stage::World::startApplication() {
 void Stage::World::film(const Scene& scene) {
     sceneBegan = clock.now();
     for (const auto& camera : {lookCamera, enrollmentCamera}) {
-        camera->setView([film = std::make_shared<SceneFilm>(scene, cast),
+        camera->setView([this, film = std::make_shared<SceneFilm>(scene, cast),
                          began = sceneBegan](const ScriptedCamera::Shot& shot) {
-            return film
-                ->shoot({.at = shot.at - began,
-                         .running = shot.running,
-                         .frameTime = shot.frameTime,
-                         .width = shot.width,
-                         .height = shot.height})
-                .picture;
+            auto picture = film->shoot({.at = shot.at - began,
+                                        .running = shot.running,
+                                        .frameTime = shot.frameTime,
+                                        .width = shot.width,
+                                        .height = shot.height})
+                               .picture;
+            viewfinder.show(picture);
+            return picture;
         });
     }
     transcript.scene("in front of the camera: " + scene.tells);
 }
 
 void Stage::World::note(const std::string& line) {
-    if (line == "Typed the password and Return") typedAt = clock.now();
+    if (line == "Typed the password and Return") typedAt = realClock.now();
     transcript.engine(line);
     log.push_back(line);
+}
+
+Stage::Result<void> Stage::World::tap(std::uint32_t keysym) {
+    if (atDesk.tap(keysym)) return {};
+    return std::unexpected("The private desktop takes no keys.");
 }
 
 Stage::Stage(std::unique_ptr<World> world) : world_(std::move(world)) {}
 
 Stage::~Stage() = default;
 
-Stage::Result<std::unique_ptr<Stage>> Stage::create(const std::filesystem::path& models) {
-    for (const auto* name : {embedderFile, realFaceFile, finderFile, landmarksFile}) {
-        std::error_code error;
-        if (!std::filesystem::is_regular_file(models / name, error)) {
-            return std::unexpected("The network " + std::string(name) +
-                                   " is missing from the folder of networks.");
-        }
-    }
+Stage::Result<std::unique_ptr<Stage>> Stage::create(const ModelPack& networks) {
     auto data = TemporaryFolder::create();
     if (!data) return std::unexpected(data.error());
     auto desktop = PrivateDesktop::create();
     if (!desktop) return std::unexpected(desktop.error());
-    auto world = std::make_unique<World>(models, std::move(*data), std::move(*desktop));
+    auto somebody = DesktopUser::create(desktop->displayName());
+    if (!somebody) return std::unexpected(somebody.error());
+    auto world = std::make_unique<World>(networks, std::move(*data), std::move(*desktop),
+                                         std::move(*somebody));
     if (auto ready = world->setUp(); !ready) return std::unexpected(ready.error());
     return std::unique_ptr<Stage>(new Stage(std::move(world)));
 }
@@ -309,10 +334,15 @@ void Stage::putInFront(const Scene& scene) {
 
 void Stage::seatUser(std::uint64_t person) {
     const auto user = std::make_shared<SceneUser>(person);
-    world_->film({.tells = "somebody who wants to be enrolled",
+    world_->film({.tells = "somebody who does what is asked for",
                   .actors = {{person, [user](TimeInterval time) { return user->at(time); }}},
                   .seed = person});
     world_->user = user;
+}
+
+void Stage::turnUsersHead() {
+    world_->transcript.scene("the head turns");
+    world_->user->turnHead(world_->clock.now() - world_->sceneBegan);
 }
 
 void Stage::setLoginPassword(std::string_view password) {
@@ -322,6 +352,7 @@ void Stage::setLoginPassword(std::string_view password) {
 
 Stage::Result<void> Stage::lockScreen() {
     world_->transcript.scene("somebody locks the screen (i3lock)");
+    world_->viewfinder.show(nullptr);
     if (auto locked = world_->locker.lock(world_->loginPassword); !locked) return locked;
     return waitUntil("the lock to be announced", lockAnnouncement,
                      [this] { return world_->isLockAnnounced; });
@@ -339,10 +370,41 @@ void Stage::sleepDisplays() {
 
 void Stage::wakeDisplays() {
     world_->transcript.scene("the displays wake");
-    world_->firstFrame.await();
+    world_->viewfinder.await();
     world_->typedAt.reset();
-    world_->wokenAt = world_->clock.now();
+    world_->wokenAt = world_->realClock.now();
     world_->workspaceCenter.post(locknotification::screensDidWake);
+}
+
+Stage::Result<void> Stage::touchKeyboard() {
+    world_->transcript.scene("somebody touches the keyboard");
+    return world_->tap(XKB_KEY_Shift_L);
+}
+
+Stage::Result<void> Stage::pressSpace() {
+    world_->transcript.scene("somebody presses Space");
+    return world_->tap(XKB_KEY_space);
+}
+
+Stage::Result<void> Stage::pointAtIsland() {
+    world_->transcript.scene("the pointer comes to the island");
+    const auto screen = world_->windowServer.mainScreen();
+    if (!screen) return std::unexpected("The private desktop has no screen.");
+    const Rect island = Island::frame(*screen);
+    world_->atDesk.pointAt({.x = island.centre().x, .y = screen->frame.height / 2});
+    // Until it was seen elsewhere.
+    if (auto seen = letPass(TimeInterval(0.75)); !seen) return seen;
+    world_->atDesk.pointAt({.x = island.centre().x, .y = island.y + islandMiddle});
+    return {};
+}
+
+void Stage::moveClock(TimeInterval by) {
+    const double days = by.count() / 86400;
+    std::ostringstream text;
+    text << "the clock is set forward by " << std::setprecision(3) << days << " days";
+    world_->transcript.scene(text.str());
+    world_->clock.move(by);
+    world_->mainThread.clockMoved();
 }
 
 Stage::Result<void> Stage::typeByHand(std::string_view text) {
@@ -376,14 +438,14 @@ bool Stage::isLockerRunning() const {
 
 Stage::Result<void> Stage::waitUntil(std::string_view what, TimeInterval limit,
                                      const std::function<bool()>& holds) {
-    const Date begin = world_->clock.now();
+    const Date begin = world_->realClock.now();
     QTimer heartbeat;
     heartbeat.start(heartbeatMilliseconds);
     while (!holds()) {
         if (world_->interruption.hasCome())
             return std::unexpected("The rehearsal was interrupted.");
         if (const auto fault = world_->fault) return std::unexpected(*fault);
-        if (world_->clock.now() - begin > limit) {
+        if (world_->realClock.now() - begin > limit) {
             return std::unexpected("Waited " + seconds(limit) + " in vain for " +
                                    std::string(what) + ".");
         }
@@ -393,9 +455,9 @@ Stage::Result<void> Stage::waitUntil(std::string_view what, TimeInterval limit,
 }
 
 Stage::Result<void> Stage::letPass(TimeInterval time) {
-    const Date end = world_->clock.now() + time;
+    const Date end = world_->realClock.now() + time;
     return waitUntil("time to pass", time * 2 + TimeInterval(1),
-                     [this, end] { return world_->clock.now() >= end; });
+                     [this, end] { return world_->realClock.now() >= end; });
 }
 
 Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit) {
@@ -407,6 +469,16 @@ Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit)
     });
 }
 
+void Stage::photograph(std::string caption) {
+    world_->sheet.add({.caption = std::move(caption),
+                       .camera = world_->viewfinder.picture(),
+                       .screen = world_->atDesk.screen()});
+}
+
+const ContactSheet& Stage::contactSheet() const {
+    return world_->sheet;
+}
+
 std::vector<std::string> Stage::takeLog() {
     world_->logRead = 0;
     return std::exchange(world_->log, {});
@@ -414,7 +486,7 @@ std::vector<std::string> Stage::takeLog() {
 
 std::optional<Stage::RoadTimes> Stage::roadTimes() const {
     const auto woken = world_->wokenAt;
-    const auto seen = world_->firstFrame.seen();
+    const auto seen = world_->viewfinder.seen();
     const auto typed = world_->typedAt;
     if (!woken || !seen || !typed) return std::nullopt;
     return RoadTimes{.fromWake = *typed - *woken, .fromFirstFrame = *typed - *seen};

@@ -1,15 +1,16 @@
 #pragma once
 
+#include "Rehearsal/ContactSheet.h"
 #include "Rehearsal/SceneWindows.h"
 #include "Rehearsal/Scenes/Scene.h"
 #include "Rehearsal/Transcript.h"
+#include "Unlock/ModelPack.h"
 #include "Unlock/UnlockApplication.h"
 #include "UnlockCore/Foundation/Time.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <expected>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -28,8 +29,7 @@ class Stage {
     template <typename T>
     using Result = std::expected<T, std::string>;
 
-    /// `models`: the folder of the networks.
-    [[nodiscard]] static Result<std::unique_ptr<Stage>> create(const std::filesystem::path& models);
+    [[nodiscard]] static Result<std::unique_ptr<Stage>> create(const ModelPack& networks);
     ~Stage();
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;
@@ -46,6 +46,8 @@ class Stage {
     void putInFront(const Scene& scene);
     /// Somebody who does what an enrolment asks for.
     void seatUser(std::uint64_t person);
+    /// Who was seated turns the head to one side and back.
+    void turnUsersHead();
     /// Which password the account has from now on.
     void setLoginPassword(std::string_view password);
     /// Starts the locker, which asks the login password.
@@ -54,6 +56,13 @@ class Stage {
     [[nodiscard]] Result<void> waitForUnlock(TimeInterval limit);
     void sleepDisplays();
     void wakeDisplays();
+    /// Somebody touches a key that types nothing.
+    [[nodiscard]] Result<void> touchKeyboard();
+    [[nodiscard]] Result<void> pressSpace();
+    /// The pointer comes to the island from elsewhere.
+    [[nodiscard]] Result<void> pointAtIsland();
+    /// Sets the application's clock forward, and with it all that waits for a time.
+    void moveClock(TimeInterval by);
     /// Somebody types at the lock screen and presses Return.
     [[nodiscard]] Result<void> typeByHand(std::string_view text);
     /// Ends the locker by force; for tidying up after an act.
@@ -68,6 +77,9 @@ class Stage {
     [[nodiscard]] Result<void> letPass(TimeInterval time);
     /// Waits for an engine line that begins with `text`, after those already waited for.
     [[nodiscard]] Result<void> waitForLog(std::string_view text, TimeInterval limit);
+    /// Keeps this moment for the contact sheet.
+    void photograph(std::string caption);
+    [[nodiscard]] const ContactSheet& contactSheet() const;
     /// Engine lines since the last call of this.
     std::vector<std::string> takeLog();
 

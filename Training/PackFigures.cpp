@@ -3,13 +3,12 @@
 #include "Platforms/Linux/BitmapMat.h"
 #include "Platforms/Linux/HeadPose.h"
 #include "Platforms/Linux/Landmarks98Network.h"
-#include "Platforms/Linux/OnnxModelFiles.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
 #include "Platforms/Linux/OpenCvImaging.h"
 #include "Platforms/Linux/OpenCvNeuralModels.h"
 #include "Platforms/Linux/YuNetFaceFinder.h"
+#include "Rehearsal/Scenes/NetworkFolder.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
-#include "Unlock/ModelPack.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 #include "UnlockCore/Recognition/FaceRecognizer.h"
@@ -59,22 +58,6 @@ bool isClear(const FaceTruth& face, const Size& size) {
            face.box.width >= 40;
 }
 
-/// The pack of a folder; without a manifest that of the published networks.
-std::expected<ModelPack, std::string> packIn(const std::filesystem::path& folder) {
-    std::error_code error;
-    if (std::filesystem::exists(folder / ModelPack::manifestFile, error)) {
-        auto pack = ModelPack::read(folder, OnnxModelFiles());
-        if (!pack) return std::unexpected(description(pack.error()));
-        return *std::move(pack);
-    }
-    return ModelPack{.folder = folder,
-                     .embedderFile = "Embedder128.onnx",
-                     .embedderIdentifier = "mobilefacenet-128-test-1",
-                     .realFaceFile = "MiniFASNet.onnx",
-                     .finderFile = "face_detection_yunet_2023mar.onnx",
-                     .landmarksFile = "Landmarks98.onnx"};
-}
-
 }  // namespace
 
 /// One moment of a scene.
@@ -98,7 +81,7 @@ PackFigures::~PackFigures() = default;
 
 std::expected<std::unique_ptr<PackFigures>, std::string> PackFigures::load(
     const std::filesystem::path& folder) {
-    const auto pack = packIn(folder);
+    const auto pack = networksIn(folder);
     if (!pack) return std::unexpected(pack.error());
     auto networks = std::make_unique<Networks>();
     auto finder = YuNetFaceFinder::load(folder / pack->finderFile);

@@ -295,12 +295,13 @@ void PictureMaker::scene(std::uint64_t person, std::uint64_t other, int moments,
     const Scene scene = randomScene(person, other, chance_);
     SceneFilm film(scene, cast_);
     const bool isLarge = chance_.between(0, 1) < 0.2;
+    const TimeInterval frameTime(1.0 / (chance_.between(0, 1) < 0.5 ? 15 : 30));
     const TimeInterval start(chance_.between(0, 30));
     for (int i = 0; i < moments; ++i) {
         const TimeInterval running(i * 0.7);
         take(record(film.shoot({.at = start + running,
                                 .running = running,
-                                .frameTime = TimeInterval(1.0 / 15),
+                                .frameTime = frameTime,
                                 .width = isLarge ? 1280 : 640,
                                 .height = isLarge ? 720 : 480}),
                     scene.light, chance_));

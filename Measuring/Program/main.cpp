@@ -28,7 +28,9 @@ constexpr const char* usage =
     "the\n"
     "rehearsal’s, filmed as they are needed (marrowby-scenes --list); names may be beginnings.\n"
     "\n"
-    "  --models FOLDER            the networks; else models in the folder of MARROWBY_SHARED\n"
+    "  --models FOLDER            the networks; else models in the folder of MARROWBY_SHARED, "
+    "else\n"
+    "                             the rehearsal’s own in Models\n"
     "  --mode standard|strict     how much proof of life is asked\n"
     "  --cues all|CUE,CUE…        cues that count, instead of the lock screen’s own: planar, "
     "moire,\n"
@@ -127,9 +129,9 @@ bool apply(Options& options, const std::string& name, const std::string& value) 
 
 std::optional<Options> parse(const std::vector<std::string>& words) {
     Options options;
-    if (const char* shared = std::getenv("MARROWBY_SHARED")) {
-        options.settings.models = std::filesystem::path(shared) / "models";
-    }
+    const char* shared = std::getenv("MARROWBY_SHARED");
+    options.settings.models =
+        shared != nullptr ? std::filesystem::path(shared) / "models" : "Models";
     for (std::size_t i = 0; i < words.size(); ++i) {
         if (words[i].starts_with("--")) {
             if (i + 1 >= words.size() || !apply(options, words[i], words[i + 1])) {

@@ -2,9 +2,9 @@
 
 #include "Rehearsal/People/Person.h"
 #include "Rehearsal/SceneOwner.h"
+#include "Rehearsal/Scenes/NetworkFolder.h"
 #include "Rehearsal/Scenes/SceneCatalogue.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
-#include "Rehearsal/Scenes/SharedNetworks.h"
 #include "Unlock/UnlockApplication.h"
 
 #include <QAbstractButton>
@@ -24,8 +24,6 @@
 namespace marrowby {
 
 namespace {
-
-using namespace sharednetworks;
 
 /// While a window is open, as often as the camera gives a picture.
 constexpr int observingMilliseconds = 66;
@@ -69,17 +67,7 @@ StageSurroundings::~StageSurroundings() = default;
 
 std::expected<ModelPack, std::string> StageSurroundings::models(
     std::span<const std::filesystem::path> /*folders*/) {
-    for (const char* name : {embedderFile, realFaceFile, finderFile, landmarksFile}) {
-        std::error_code error;
-        if (!std::filesystem::is_regular_file(networks_ / name, error))
-            return std::unexpected("The network " + std::string(name) + " is missing.");
-    }
-    return ModelPack{.folder = networks_,
-                     .embedderFile = embedderFile,
-                     .embedderIdentifier = embedderIdentifier,
-                     .realFaceFile = realFaceFile,
-                     .finderFile = finderFile,
-                     .landmarksFile = landmarksFile};
+    return networksIn(networks_);
 }
 
 std::shared_ptr<CaptureSession> StageSurroundings::makeCamera(const SystemClock& clock) {

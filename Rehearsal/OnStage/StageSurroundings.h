@@ -27,7 +27,7 @@ namespace marrowby {
 /// engine logs.
 class StageSurroundings final : public UnlockSurroundings {
   public:
-    /// `networks`: the folder of the published networks.
+    /// `networks`: the folder of those it plays on.
     explicit StageSurroundings(std::filesystem::path networks);
     ~StageSurroundings() override;
 

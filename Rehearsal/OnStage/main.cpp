@@ -3,9 +3,9 @@
 
 #include <cstdlib>
 
+/// On the networks in the folder that MARROWBY_NETWORKS names, else in Models.
 int main(int argumentCount, char** arguments) {
-    const char* shared = std::getenv("MARROWBY_SHARED");
-    const std::filesystem::path folder = shared != nullptr ? shared : "../shared";
-    marrowby::StageSurroundings stage(folder / "models");
+    const char* networks = std::getenv("MARROWBY_NETWORKS");
+    marrowby::StageSurroundings stage(networks != nullptr ? networks : "Models");
     return marrowby::UnlockProgram::run(argumentCount, arguments, stage);
 }

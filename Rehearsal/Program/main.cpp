@@ -1,25 +1,59 @@
 #include "Platforms/Linux/ProcessHardening.h"
+#include "Platforms/Linux/XdgFolders.h"
+#include "Rehearsal/Scenes/NetworkFolder.h"
 #include "Rehearsal/Stage.h"
 #include "Rehearsal/Story.h"
 
 #include <QGuiApplication>
+#include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <iomanip>
 #include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using namespace marrowby;
 
-constexpr const char* missingShared =
-    "The rehearsal needs the folder ../shared (or the one that MARROWBY_SHARED names) with its "
-    "networks, which are published ones prepared as ONNX files: YuNet, a 98-point landmark "
-    "network, MobileFaceNet and MiniFASNet.";
+constexpr const char* usage =
+    "marrowby-rehearsal [FOLDER]\n"
+    "Plays a whole story of the unlock on the networks in FOLDER; else on the standard pack, "
+    "where\n"
+    "the user has prepared it; else on the rehearsal’s own, in Models.\n";
+constexpr const char* ownNetworks = "Models";
+constexpr const char* contactSheet = "build/rehearsal.png";
+
+/// Where the application looks for the standard pack.
+std::filesystem::path preparedNetworks() {
+    const auto folders = XdgFolders::current();
+    return folders ? folders->dataHome / "marrowby-unlock" / "models" : std::filesystem::path();
+}
+
+std::filesystem::path chosenNetworks(int argc, char* argv[]) {
+    if (argc > 1) return argv[1];
+    std::error_code error;
+    const auto prepared = preparedNetworks();
+    const bool isPrepared = std::filesystem::exists(prepared / ModelPack::manifestFile, error);
+    return isPrepared ? prepared : std::filesystem::path(ownNetworks);
+}
+
+void tellOf(const ModelPack& networks) {
+    std::cout << "Networks: " << networks.name << " (" << networks.folder.string() << ")\n";
+    if (networks.knowsRealFaces()) return;
+    std::cout << "They know made-up people only. For real faces, prepare the standard pack:\n"
+                 "  Tools/prepare-pack "
+              << preparedNetworks() << '\n';
+}
 
 struct Ended {
     std::string title;
+    std::chrono::duration<double> lasted;
     std::expected<std::string, std::string> how;
 };
 
@@ -27,27 +61,43 @@ std::vector<Ended> playAll(Stage& stage) {
     std::vector<Ended> ended;
     for (const Act& act : acts()) {
         stage.transcript().heading("Act " + std::to_string(ended.size() + 1) + ": " + act.title);
-        ended.push_back({act.title, act.play(stage)});
+        const auto began = std::chrono::steady_clock::now();
+        auto how = act.play(stage);
         stage.killLocker();
+        ended.push_back({act.title, std::chrono::steady_clock::now() - began, std::move(how)});
         // Each act stands on those before it.
         if (!ended.back().how) break;
     }
     return ended;
 }
 
-int report(const std::vector<Ended>& ended) {
-    std::cout << "\nHow the acts ended\n";
+void line(std::string_view verdict, std::string_view seconds, std::string_view title) {
+    std::cout << "  " << std::left << std::setw(13) << verdict << std::right << std::setw(6)
+              << seconds << "  " << title;
+}
+
+std::string inSeconds(std::chrono::duration<double> time) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(1) << time.count();
+    return text.str();
+}
+
+bool report(const std::vector<Ended>& ended) {
+    std::cout << "\nHow the acts ended, and their seconds\n";
     bool allWell = ended.size() == acts().size();
+    std::chrono::duration<double> all{};
     for (const Ended& act : ended) {
-        std::cout << (act.how ? "  as it should  " : "  NOT           ") << act.title << ": "
-                  << (act.how ? *act.how : act.how.error()) << '\n';
+        line(act.how ? "as it should" : "NOT", inSeconds(act.lasted), act.title);
+        std::cout << ": " << (act.how ? *act.how : act.how.error()) << '\n';
         allWell = allWell && act.how;
+        all += act.lasted;
     }
     for (std::size_t i = ended.size(); i < acts().size(); ++i) {
-        std::cout << "  not played    " << acts()[i].title << '\n';
+        line("not played", "", acts()[i].title);
+        std::cout << '\n';
     }
-    std::cout << std::flush;
-    return allWell ? EXIT_SUCCESS : EXIT_FAILURE;
+    line("", inSeconds(all), "together\n");
+    return allWell;
 }
 
 }  // namespace
@@ -61,19 +111,30 @@ int main(int argc, char* argv[]) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
 
-    const char* shared = std::getenv("MARROWBY_SHARED");
-    const std::filesystem::path folder = shared != nullptr ? shared : "../shared";
-    std::error_code error;
-    if (!std::filesystem::is_directory(folder, error)) {
-        std::cerr << missingShared << '\n';
+    if (argc > 2 || (argc == 2 && std::string_view(argv[1]).starts_with("-"))) {
+        std::cerr << usage;
         return EXIT_FAILURE;
     }
-    auto stage = Stage::create(folder / "models");
+    const auto networks = networksIn(chosenNetworks(argc, argv));
+    if (!networks) {
+        std::cerr << networks.error() << '\n';
+        return EXIT_FAILURE;
+    }
+    tellOf(*networks);
+    auto stage = Stage::create(*networks);
     if (!stage) {
         std::cerr << stage.error() << '\n';
         return EXIT_FAILURE;
     }
     const std::vector<Ended> ended = playAll(**stage);
+    const ContactSheet sheet = (*stage)->contactSheet();
     stage->reset();
-    return report(ended);
+    const bool allWell = report(ended);
+    const auto saved = sheet.save(contactSheet);
+    std::cout << (saved ? "What the camera saw and the island showed: " + std::string(contactSheet)
+                        : saved.error())
+              << '\n';
+    tellOf(*networks);
+    std::cout << std::flush;
+    return allWell && saved ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -1,7 +1,6 @@
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/ScreenLocker.h"
-#include "Tests/Fakes/SharedFolder.h"
 #include "Tests/Platforms/Linux/KeyringDaemon.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "Tests/Program/StagedProgram.h"
@@ -30,7 +29,6 @@ std::string contentOf(const std::filesystem::path& file) {
 class UnlockProgramTest : public testing::Test {
   protected:
     void SetUp() override {
-        if (!sharedFolder()) GTEST_SKIP() << noSharedFolder;
         if (!bus) GTEST_SKIP() << noPrivateBus;
         keyring = KeyringDaemon::start(*bus, home.path(), "login");
         if (!keyring) GTEST_SKIP() << noKeyringDaemon;
@@ -44,7 +42,7 @@ class UnlockProgramTest : public testing::Test {
         environment.insert("DISPLAY", QString::fromStdString(desktop->displayName()));
         environment.insert("QT_QPA_PLATFORM", "xcb");
         environment.insert("DBUS_SESSION_BUS_ADDRESS", QString::fromStdString(bus->address()));
-        environment.insert("MARROWBY_SHARED", QString::fromStdString(sharedFolder()->string()));
+        environment.insert("MARROWBY_NETWORKS", MARROWBY_SOURCE_DIR "/Models");
         environment.remove("WAYLAND_DISPLAY");
         for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
             environment.insert(name, QString::fromStdString(home.path().string()));
@@ -89,7 +87,7 @@ class UnlockProgramTest : public testing::Test {
     }
 
     void setUpThroughTheWindow() {
-        ASSERT_TRUE(program->order("seat 0"));
+        ASSERT_TRUE(program->order("seat 2"));
         ASSERT_NO_FATAL_FAILURE(sees("Welcome to Marrowby Unlock"));
         press(xkey::returnKey);
         ASSERT_NO_FATAL_FAILURE(sees("What it keeps, and how safe it is"));
@@ -169,7 +167,7 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere
 
     // What a restart means: nothing is looked for until the owner was there once.
     ASSERT_NO_FATAL_FAILURE(start());
-    ASSERT_TRUE(program->order("scene live-normal 0"));
+    ASSERT_TRUE(program->order("scene live-normal 2"));
     ASSERT_NO_FATAL_FAILURE(sees("Marrowby Unlock"));
     ASSERT_NO_FATAL_FAILURE(lockScreen());
     press(xkey::leftShift);

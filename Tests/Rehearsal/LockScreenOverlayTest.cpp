@@ -6,6 +6,7 @@
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Platforms/Linux/XcbConnection.h"
 #include "Rehearsal/ChildProcess.h"
+#include "Rehearsal/DesktopUser.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
@@ -24,7 +25,6 @@
 #include <string_view>
 
 #include <gtest/gtest.h>
-#include <xcb/xtest.h>
 
 namespace marrowby {
 namespace {
@@ -51,6 +51,7 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
     UnixSystemClock clock;
     std::optional<PrivateDesktop> desktop;
     std::unique_ptr<XcbConnection> connection;
+    std::optional<DesktopUser> somebody;
     std::optional<ChildProcess> compositor;
     std::unique_ptr<ScreenLocker> locker;
     std::unique_ptr<XTestKeyEvents> user;
@@ -64,6 +65,7 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
         if (!created) GTEST_SKIP() << "Skipped: " << created.error();
         desktop.emplace(std::move(*created));
         connection = std::move(*XcbConnection::create(desktop->displayName()));
+        somebody.emplace(std::move(*DesktopUser::create(desktop->displayName())));
         user = std::make_unique<XTestKeyEvents>(desktop->displayName());
         session = std::move(*X11LoginSession::create(desktop->displayName()));
         server = std::make_unique<X11WindowServer>(desktop->displayName());
@@ -96,17 +98,7 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
         ASSERT_TRUE(loop.runUntil([&] { return clock.now() - begin > time; }));
     }
 
-    /// What somebody in front of the screen sees.
-    [[nodiscard]] QImage screen() const {
-        const xcb_screen_t& root = connection->screen();
-        const auto picture = connection->reply<xcb_get_image_reply>(
-            xcb_get_image(connection->get(), XCB_IMAGE_FORMAT_Z_PIXMAP, root.root, 0, 0,
-                          root.width_in_pixels, root.height_in_pixels, ~0U));
-        if (!picture) return {};
-        return QImage(xcb_get_image_data(picture.get()), root.width_in_pixels,
-                      root.height_in_pixels, QImage::Format_RGB32)
-            .copy();
-    }
+    [[nodiscard]] QImage screen() const { return somebody->screen(); }
 
     [[nodiscard]] Rect panelFrame() const { return Island::frame(*server->mainScreen()); }
 
@@ -141,11 +133,7 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
     }
 
     /// In the middle, so far below the upper edge. The island lies at 20.
-    void pointAt(std::int16_t y) const {
-        xcb_test_fake_input(connection->get(), XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME,
-                            connection->root(), std::int16_t(panelFrame().centre().x), y, 0);
-        connection->flush();
-    }
+    void pointAt(double y) const { somebody->pointAt({.x = panelFrame().centre().x, .y = y}); }
     /// The window that a click goes to.
     [[nodiscard]] xcb_window_t pointedAt() const {
         const auto pointer = connection->reply<xcb_query_pointer_reply>(
@@ -197,7 +185,7 @@ TEST_P(LockScreenOverlay, liesAboveTheLockerAndLeavesItAlone) {
     // Their dialogs come up, too.
     int hovers = 0;
     controller->onHover = [&] { ++hovers; };
-    for (const std::int16_t y : {std::int16_t{400}, std::int16_t{20}}) {
+    for (const double y : {400.0, 20.0}) {
         pointAt(y);
         letPass(TimeInterval(0.75));
     }

@@ -1,7 +1,7 @@
+#include "Rehearsal/Scenes/NetworkFolder.h"
 #include "Rehearsal/Story.h"
-#include "Tests/Fakes/SharedFolder.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -26,23 +26,24 @@ bool isInPath(const std::string& program) {
     return false;
 }
 
-/// The whole road, as ./run shows it: enrolment, an unlock, a stranger, a photo, a password out of
-/// date.
+/// The whole road on the rehearsal's own networks, as ./run shows it.
 TEST(Story, everyActEndsAsItShould) {
-    const auto shared = sharedFolder();
-    if (!shared) GTEST_SKIP() << noSharedFolder;
     if (!isInPath("Xvfb") || !isInPath("i3lock")) GTEST_SKIP() << "Skipped: needs Xvfb and i3lock.";
+    qputenv("QT_QPA_PLATFORM", "offscreen");
     int argumentCount = 1;
     char name[] = "story";
     char* arguments[] = {name, nullptr};
-    const QCoreApplication application(argumentCount, arguments);
-    auto stage = Stage::create(*shared / "models");
+    const QGuiApplication application(argumentCount, arguments);
+    const auto networks = networksIn(std::filesystem::path(MARROWBY_SOURCE_DIR) / "Models");
+    ASSERT_TRUE(networks) << networks.error();
+    auto stage = Stage::create(*networks);
     ASSERT_TRUE(stage) << stage.error();
     for (const Act& act : acts()) {
         const auto ending = act.play(**stage);
         (*stage)->killLocker();
         ASSERT_TRUE(ending) << act.title << ": " << ending.error();
     }
+    EXPECT_FALSE((*stage)->contactSheet().drawn().isNull());
 }
 
 }  // namespace

@@ -6,11 +6,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <iomanip>
 #include <iostream>
 #include <memory>
 #include <numbers>
+#include <span>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -21,8 +23,9 @@ namespace {
 using namespace marrowby;
 
 constexpr const char* usage =
-    "marrowby-pack-figures PEOPLE PACK...\n"
-    "A table of how good packs of networks are on so many people that ours did not learn from.\n";
+    "marrowby-pack-figures PEOPLE|FIRST-LAST PACK...\n"
+    "A table of how good packs of networks are on so many people that ours did not learn from, or\n"
+    "on the FIRST to the LAST of them, counted from 1.\n";
 
 double quantile(std::vector<double> values, double part) {
     if (values.empty()) return std::nan("");
@@ -90,16 +93,26 @@ std::vector<Line> lines(const PackFigures::Figures& figures) {
     return result;
 }
 
+/// Empty where there are none such.
+std::span<const std::uint64_t> chosen(const std::string& words) {
+    const std::span<const std::uint64_t> everybody = distinctPeople();
+    const std::size_t dash = words.find('-');
+    const auto number = [](const std::string& text) {
+        return std::size_t{std::strtoull(text.c_str(), nullptr, 10)};
+    };
+    const std::size_t first = dash == std::string::npos ? 1 : number(words);
+    const std::size_t last = std::min(
+        number(dash == std::string::npos ? words : words.substr(dash + 1)), everybody.size());
+    if (first < 1 || last < first) return {};
+    return everybody.subspan(first - 1, last - first + 1);
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
     const std::vector<std::string> words(argv + 1, argv + argc);
-    const auto everybody = distinctPeople();
-    const std::size_t count =
-        words.size() < 2
-            ? 0
-            : std::min<std::size_t>(std::strtoull(words[0].c_str(), nullptr, 10), everybody.size());
-    if (count == 0) {
+    const auto people = words.size() < 2 ? std::span<const std::uint64_t>() : chosen(words[0]);
+    if (people.empty()) {
         std::cerr << usage;
         return EXIT_FAILURE;
     }
@@ -112,21 +125,21 @@ int main(int argc, char* argv[]) {
         }
         packs.push_back(*std::move(figures));
     }
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < people.size(); ++i) {
         Cast cast;
         for (const auto& pack : packs) {
-            pack->enroll(everybody[i], cast);
-            for (const Scene& scene : sceneCatalogue(everybody[i]))
-                pack->measure(scene, everybody[i], cast);
+            pack->enroll(people[i], cast);
+            for (const Scene& scene : sceneCatalogue(people[i]))
+                pack->measure(scene, people[i], cast);
         }
-        std::cerr << "Measured: " << i + 1 << " of " << count << " people\n";
+        std::cerr << "Measured: " << i + 1 << " of " << people.size() << " people\n";
     }
 
     std::vector<std::vector<Line>> columns;
     columns.reserve(packs.size());
     for (const auto& pack : packs)
         columns.push_back(lines(pack->figures()));
-    std::cout << "| of " << count << " people |";
+    std::cout << "| of " << people.size() << " people |";
     for (std::size_t i = 1; i < words.size(); ++i)
         std::cout << ' ' << words[i] << " |";
     std::cout << "\n|---|";

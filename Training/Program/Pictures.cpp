@@ -23,15 +23,36 @@ constexpr const char* usage =
 constexpr std::uint64_t firstPerson = 100'000;
 constexpr std::uint64_t peoplePerChunk = 10;
 constexpr int facesPerPerson = 20;
-/// Scenes need fewer people than faces do.
+/// From this chunk on the first people come again, in scenes only: whoever is seen alive is to be
+/// seen on paper and on screens, too.
+constexpr std::uint64_t chunksOfPeople = 100;
+/// Before that, scenes need fewer people than faces do.
 constexpr std::uint64_t chunksWithScenes = 70;
 constexpr int scenesPerPerson = 2;
 constexpr int momentsPerScene = 5;
+constexpr int laterScenesPerPerson = 6;
+constexpr int momentsPerLaterScene = 3;
 
 std::string fileName(std::string_view kind, std::uint64_t chunk) {
     const std::string number = std::to_string(chunk);
     return std::string(kind) + '-' + std::string(4 - std::min<std::size_t>(4, number.size()), '0') +
            number + ".bin";
+}
+
+std::expected<void, std::string> drawLaterChunk(const std::filesystem::path& folder,
+                                                std::uint64_t chunk) {
+    const std::filesystem::path path = folder / fileName("scenes", chunk);
+    if (std::filesystem::exists(path)) return {};
+    PictureMaker maker(chunk + 1);
+    RecordFile<records::Scene> scenes(path);
+    const std::uint64_t first = firstPerson + (chunk - chunksOfPeople) * peoplePerChunk;
+    for (std::uint64_t i = 0; i < peoplePerChunk; ++i) {
+        for (int scene = 0; scene < laterScenesPerPerson; ++scene) {
+            maker.scene(first + i, first + (i + 1) % peoplePerChunk, momentsPerLaterScene,
+                        [&](const records::Scene& record) { scenes.add(record); });
+        }
+    }
+    return scenes.finish();
 }
 
 std::expected<void, std::string> drawChunk(const std::filesystem::path& folder,
@@ -83,7 +104,9 @@ int main(int argc, char* argv[]) {
     std::filesystem::create_directories(words[0], error);
     const auto began = std::chrono::steady_clock::now();
     for (std::uint64_t chunk = part; chunk < chunks; chunk += parts) {
-        if (auto drawn = drawChunk(words[0], chunk); !drawn) {
+        auto drawn =
+            chunk < chunksOfPeople ? drawChunk(words[0], chunk) : drawLaterChunk(words[0], chunk);
+        if (!drawn) {
             std::cerr << drawn.error() << '\n';
             return EXIT_FAILURE;
         }

@@ -33,6 +33,9 @@ class Finder(nn.Module):
     """Cells of 8, 16 and 32 pixels: how likely a face, how well the box fits, box, five points."""
 
     STRIDES = (8, 16, 32)
+    # Faces are found from a score of 0.6 on; what is none was taken for one up to 0.75, of what is one a
+    # hundredth for less than 0.84.
+    CAUTION = 0.85
 
     def __init__(self, width=48):
         super().__init__()
@@ -58,8 +61,8 @@ class Finder(nn.Module):
 
     def forward(self, picture):
         cells = [level.permute(0, 2, 3, 1).reshape(1, -1, 16) for level in self.maps(picture)]
-        return tuple([torch.sigmoid(cell[:, :, :1]) for cell in cells]
-                     + [torch.sigmoid(cell[:, :, 1:2]) for cell in cells]
+        return tuple([torch.sigmoid(cell[:, :, :1] - self.CAUTION) for cell in cells]
+                     + [torch.sigmoid(cell[:, :, 1:2] - self.CAUTION) for cell in cells]
                      + [cell[:, :, 2:6] for cell in cells] + [cell[:, :, 6:] for cell in cells])
 
 
@@ -96,11 +99,16 @@ class Embedder(nn.Module):
 class RealFace(nn.Module):
     """How likely paper, a living face and a screen are; of a narrow and a wide crop."""
 
+    # Learnt from more attacks than people, it is stern with people whom it does not know: with so much for the
+    # living, on five of them, 95 % of their pictures reached 0.65, and 95 % of every attack’s stayed below 0.42.
+    LENIENCE = 3.0
+
     @staticmethod
     def branch():
         return nn.Sequential(
             Conv(3, 24, stride=2), Separable(24, 32), Separable(32, 48, 2), Separable(48, 48), Separable(48, 96, 2),
-            Separable(96, 96), Separable(96, 128, 2), Separable(128, 128), nn.AvgPool2d(5), nn.Dropout(0.3), nn.Conv2d(128, 3, 1))
+            Separable(96, 96), Separable(96, 128, 2), Separable(128, 128), nn.AvgPool2d(5), nn.Dropout(0.3),
+            nn.Conv2d(128, 3, 1))
 
     def __init__(self):
         super().__init__()
@@ -110,5 +118,6 @@ class RealFace(nn.Module):
         return self.narrow(scaled(crop27)).flatten(1), self.wide(scaled(crop40)).flatten(1)
 
     def forward(self, crop27, crop40):
-        narrow, wide = (F.softmax(scores, 1) for scores in self.scores(crop27, crop40))
+        leaning = torch.tensor([[0, self.LENIENCE, 0]])
+        narrow, wide = (F.softmax(scores + leaning, 1) for scores in self.scores(crop27, crop40))
         return (narrow + wide) * 0.5, narrow, wide

@@ -6,6 +6,7 @@
 #include "Platforms/Linux/OpenCvImaging.h"
 #include "Platforms/Linux/OpenCvNeuralModels.h"
 #include "Platforms/Linux/YuNetFaceFinder.h"
+#include "Rehearsal/Scenes/NetworkFolder.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
 #include "UnlockCore/Liveness/LivenessCue.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
@@ -81,23 +82,24 @@ SceneScores::~SceneScores() = default;
 
 std::expected<std::unique_ptr<SceneScores>, std::string> SceneScores::load(
     const std::filesystem::path& models) {
-    constexpr const char* finderFile = "face_detection_yunet_2023mar.onnx";
+    const auto pack = networksIn(models);
+    if (!pack) return std::unexpected(pack.error());
     auto networks = std::make_unique<Networks>();
-    auto vision = OpenCvFaceVision::load(models / finderFile, models / "Landmarks98.onnx");
+    auto vision = OpenCvFaceVision::load(models / pack->finderFile, models / pack->landmarksFile);
     if (!vision) return std::unexpected(vision.error());
     networks->vision = *std::move(vision);
-    auto finder = YuNetFaceFinder::load(models / finderFile);
+    auto finder = YuNetFaceFinder::load(models / pack->finderFile);
     if (!finder) return std::unexpected(finder.error());
     networks->finder = *std::move(finder);
     auto embedder = SFaceEmbedder::load(
-        models, {.fileName = "Embedder128.onnx", .modelIdentifier = "mobilefacenet-128-test-1"},
+        models, {.fileName = pack->embedderFile, .modelIdentifier = pack->embedderIdentifier},
         networks->models, networks->imaging);
     if (!embedder) return std::unexpected(description(embedder.error()));
     networks->recognizer =
         std::make_unique<FaceRecognizer>(*networks->vision, networks->imaging, *std::move(embedder),
                                          CameraFaceScanner::minimumFaceWidth);
     auto antiSpoof = MiniFASNet::load(models, networks->models, NeuralModels::ComputeUnits::all,
-                                      "MiniFASNet.onnx");
+                                      pack->realFaceFile, pack->realFaceIdentifier);
     if (!antiSpoof) return std::unexpected(description(antiSpoof.error()));
     networks->antiSpoof = *std::move(antiSpoof);
     return std::unique_ptr<SceneScores>(new SceneScores(std::move(networks)));

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Rehearsal/MovedClock.h"
+#include "UnlockCore/Platform/MainThread.h"
+
+#include <functional>
+#include <memory>
+#include <set>
+#include <utility>
+
+namespace marrowby {
+
+/// A main thread whose timers follow a clock that is moved. Both outlive this, and this outlives
+/// its timers.
+class MovedMainThread final : public MainThread {
+  public:
+    MovedMainThread(MainThread& real, const MovedClock& clock) : real_(real), clock_(clock) {}
+
+    /// After the clock was moved: what is due by now comes soon, what repeats comes once.
+    void clockMoved();
+
+    [[nodiscard]] bool isCurrent() const override { return real_.isCurrent(); }
+    void post(std::function<void()> work) override { real_.post(std::move(work)); }
+    [[nodiscard]] std::unique_ptr<Timer> at(Date fireDate, TimeInterval tolerance,
+                                            std::function<void()> work) override;
+    [[nodiscard]] std::unique_ptr<Timer> every(TimeInterval interval, TimeInterval tolerance,
+                                               std::function<void()> work) override;
+
+  private:
+    class Moved;
+    class Once;
+    class Repeated;
+
+    MainThread& real_;
+    const MovedClock& clock_;
+    std::set<Moved*> timers_;
+};
+
+}  // namespace marrowby
