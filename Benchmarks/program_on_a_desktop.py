@@ -168,7 +168,7 @@ class Program:
 
 
 def set_up(program):
-    program.order("seat 2")
+    program.order("seat 4")
     program.wait("page: Welcome to Marrowby Unlock")
     program.press("Return", page="What it keeps")
     program.press("space", "Return", page="Allow the camera")
@@ -186,7 +186,7 @@ def set_up(program):
 def unlocks(desktop, program):
     locker = desktop.lock()
     program.wait("log: Locked")
-    program.order("scene live-normal 2")
+    program.order("scene live-normal 4")
     # On a busy machine a look may end before it has seen enough.
     for _ in range(4):
         desktop.come_back()

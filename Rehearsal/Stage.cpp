@@ -460,6 +460,11 @@ Stage::Result<void> Stage::letPass(TimeInterval time) {
                      [this, end] { return world_->realClock.now() >= end; });
 }
 
+Stage::Result<void> Stage::letPassSinceWake(TimeInterval time) {
+    if (!world_->wokenAt) return {};
+    return letPass(time - (world_->realClock.now() - *world_->wokenAt));
+}
+
 Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit) {
     return waitUntil("the log line “" + std::string(text) + "”", limit, [this, text] {
         while (world_->logRead < world_->log.size()) {

@@ -75,6 +75,8 @@ class Stage {
                                          const std::function<bool()>& holds);
     /// Runs the main loop for a while.
     [[nodiscard]] Result<void> letPass(TimeInterval time);
+    /// Until it is so long ago that the displays were last woken.
+    [[nodiscard]] Result<void> letPassSinceWake(TimeInterval time);
     /// Waits for an engine line that begins with `text`, after those already waited for.
     [[nodiscard]] Result<void> waitForLog(std::string_view text, TimeInterval limit);
     /// Keeps this moment for the contact sheet.

@@ -36,7 +36,7 @@ std::uint64_t stranger(std::size_t number) {
 }
 /// Of all, somebody of a quite usual face: others are longer in finding the poses.
 std::uint64_t owner() {
-    return distinctPeople()[2];
+    return distinctPeople()[4];
 }
 
 /// Takes steps until one fails.
@@ -72,8 +72,10 @@ Step check(bool holds, std::string_view sentence) {
 }
 
 constexpr TimeInterval aWeekAndADay{8 * 86400.0};
-/// After it a wake counts again, a key touched after a lock, and a Space after our own keys.
+/// After it a wake counts again, and a key touched after a lock; a Space after our own keys sooner.
 constexpr TimeInterval quietWindow{2.1};
+constexpr TimeInterval afterTyping{1.1};
+constexpr TimeInterval asleep{0.3};
 
 /// Puts a scene of the catalogue in front of the camera.
 Step show(Stage& stage, std::string_view scene, std::uint64_t person) {
@@ -116,7 +118,7 @@ Step lockScreen(Stage& stage) {
 /// The displays sleep, and somebody wakes them.
 Step sleepAndWake(Stage& stage) {
     stage.sleepDisplays();
-    if (auto passed = stage.letPass(TimeInterval(0.3)); !passed) return passed;
+    if (auto passed = stage.letPass(asleep); !passed) return passed;
     stage.wakeDisplays();
     return {};
 }
@@ -275,7 +277,7 @@ Ending ownerPressesSpace(Stage& stage) {
         .then([&] {
             return ownerReturns(stage, "live-dark", "space", [&] {
                 return Steps()
-                    .then([&] { return stage.letPass(quietWindow); })
+                    .then([&] { return stage.letPass(afterTyping); })
                     .then([&] { return stage.pressSpace(); })
                     .result();
             });
@@ -346,7 +348,12 @@ Ending noneGetsIn(Stage& stage, const std::vector<Visitor>& visitors,
     Step gone = lockScreen(stage);
     for (const Visitor& visitor : visitors) {
         if (!gone) break;
+        const bool isFirst = told.empty();
         gone = Steps()
+                   // A wake right after another counts for none.
+                   .then([&] {
+                       return isFirst ? Step() : stage.letPassSinceWake(quietWindow - asleep);
+                   })
                    .then([&] { return show(stage, visitor.scene, visitor.person); })
                    .then([&] { return comeBack(stage); })
                    .then([&] { return stage.waitForLog("Not recognised", aLook); })
@@ -357,8 +364,6 @@ Ending noneGetsIn(Stage& stage, const std::vector<Visitor>& visitors,
                        told += (told.empty() ? "" : "; ") + tells(visitor, denial(log));
                        return stayedLocked(stage, log);
                    })
-                   // A wake right after another counts for none.
-                   .then([&] { return stage.letPass(TimeInterval(0.7)); })
                    .result();
     }
     return Steps()
@@ -446,7 +451,7 @@ Step ownerConfirms(Stage& stage, std::string_view caption) {
         .then([&] { return lockScreen(stage); })
         .then([&] { return show(stage, "live-normal", owner()); })
         .then([&] { return sleepAndWake(stage); })
-        .then([&] { return stage.letPass(TimeInterval(1.5)); })
+        .then([&] { return stage.letPass(TimeInterval(1)); })
         .then([&] {
             stage.photograph(std::string(caption));
             const auto log = stage.takeLog();

@@ -87,7 +87,7 @@ class UnlockProgramTest : public testing::Test {
     }
 
     void setUpThroughTheWindow() {
-        ASSERT_TRUE(program->order("seat 2"));
+        ASSERT_TRUE(program->order("seat 4"));
         ASSERT_NO_FATAL_FAILURE(sees("Welcome to Marrowby Unlock"));
         press(xkey::returnKey);
         ASSERT_NO_FATAL_FAILURE(sees("What it keeps, and how safe it is"));
@@ -167,7 +167,7 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere
 
     // What a restart means: nothing is looked for until the owner was there once.
     ASSERT_NO_FATAL_FAILURE(start());
-    ASSERT_TRUE(program->order("scene live-normal 2"));
+    ASSERT_TRUE(program->order("scene live-normal 4"));
     ASSERT_NO_FATAL_FAILURE(sees("Marrowby Unlock"));
     ASSERT_NO_FATAL_FAILURE(lockScreen());
     press(xkey::leftShift);
