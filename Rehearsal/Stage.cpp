@@ -461,8 +461,9 @@ Stage::Result<void> Stage::letPass(TimeInterval time) {
 }
 
 Stage::Result<void> Stage::letPassSinceWake(TimeInterval time) {
-    if (!world_->wokenAt) return {};
-    return letPass(time - (world_->realClock.now() - *world_->wokenAt));
+    const std::optional<Date> wokenAt = world_->wokenAt;
+    if (!wokenAt) return {};
+    return letPass(time - (world_->realClock.now() - *wokenAt));
 }
 
 Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit) {
