@@ -84,6 +84,7 @@ struct FakeComputer {
                 .testTag = {},
                 .userName = "anna",
                 .models = {.folder = MARROWBY_SOURCE_DIR,
+                           .name = "test",
                            .embedderFile = "CMakeLists.txt",
                            .embedderIdentifier = "test-embedder",
                            .realFaceFile = "CMakeLists.txt"}};
