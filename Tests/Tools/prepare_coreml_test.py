@@ -3,8 +3,10 @@
 import json
 import os
 import sys
+import types
 import unittest
 from pathlib import Path
+from unittest import mock
 
 try:
     import numpy as np
@@ -90,6 +92,24 @@ class PrepareCoreMLTest(unittest.TestCase):
         model.graph.node[4].op_type = "Elu"
         with self.assertRaisesRegex(Refusal, "can’t be converted: Elu"):
             steps(model)
+
+    def test_names_what_to_install_before_it_begins(self):
+        """On a Mac, with packages of the test's own; None stands for one that isn't there."""
+        packages = ["coremltools", "onnx", "PIL", "numpy"]
+        libraries = [f"coremltools.{name}" for name in coreml.NATIVE]
+        present = {name: types.ModuleType(name) for name in packages + libraries}
+        python = ".".join(map(str, sys.version_info[:2]))
+        cases = [({}, None), ({"coremltools": None}, r"^coremltools is missing: python3 -m pip install coremltools==9"),
+                 ({"PIL": None}, "^PIL is missing: .* pillow"),
+                 *(({name: None}, rf"can’t load .* in Python {python} .*{name}.*brew install python@3\.12 ")
+                   for name in libraries)]
+        for absent, sentence in cases:
+            with self.subTest(absent), mock.patch.dict(sys.modules, present | absent), \
+                    mock.patch.object(sys, "platform", "darwin"):
+                if sentence is None:
+                    coreml.tools()
+                else:
+                    self.assertRaisesRegex(Refusal, sentence, coreml.tools)
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 """What the Mac’s networks must look like, and how Core ML’s own tools make them."""
 
+import importlib
 import shutil
 import sys
 import tempfile
@@ -9,6 +10,10 @@ from pathlib import Path
 from .originals import Refusal
 
 IDENTIFIER_KEY = "marrowby.model.identifier"
+# A version of coremltools, a version of Python that it is published for, and its libraries: they write weights,
+# write packages, and ask models.
+COREMLTOOLS, PYTHON = "9.0", "3.12"
+NATIVE = ["libmilstoragepython", "libmodelpackage", "libcoremlpython"]
 
 
 @dataclass(frozen=True)
@@ -76,16 +81,26 @@ def check(contract: Contract, model) -> None:
         raise Refusal(f"{contract.source} gives other outputs than the application reads.")
 
 
-def tools():
+def tools() -> None:
+    """Refuses a machine on which the models can’t be made, and says what to install."""
     if sys.platform != "darwin":
         raise Refusal("Core ML’s models can be compiled and tried on a Mac only.")
-    try:
-        import coremltools
-        import onnx  # noqa: F401
-        import PIL  # noqa: F401
-    except ImportError as error:
-        raise Refusal(f"{error.name} is missing: python3 -m pip install coremltools onnx pillow") from None
-    return coremltools
+    install = f"python3 -m pip install coremltools=={COREMLTOOLS} onnx pillow numpy"
+    for name in ("coremltools", "onnx", "PIL", "numpy"):
+        try:
+            importlib.import_module(name)
+        except ImportError as error:
+            raise Refusal(f"{error.name} is missing: {install}") from None
+    # For a Python that it has no library for, it installs and is imported without, and fails at the very end.
+    for name in NATIVE:
+        try:
+            importlib.import_module(f"coremltools.{name}")
+        except ImportError as error:
+            found = ".".join(map(str, sys.version_info[:2]))
+            raise Refusal(
+                f"coremltools can’t load its native library in Python {found} ({error}). Install Python {PYTHON}, for "
+                f"which it has one: brew install python@{PYTHON} && python{PYTHON} -m venv venv && "
+                f". venv/bin/activate && {install}") from None
 
 
 def convert(contract: Contract, network: list):

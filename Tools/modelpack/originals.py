@@ -1,5 +1,8 @@
 """The published files that the standard pack is made of, and how they get here."""
 
+# A Mac’s own Python is 3.9.
+from __future__ import annotations
+
 import hashlib
 import os
 import shutil
