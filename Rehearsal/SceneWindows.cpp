@@ -1,7 +1,5 @@
 #include "Rehearsal/SceneWindows.h"
 
-#include "Rehearsal/Scenes/SceneUser.h"
-
 #include <algorithm>
 #include <cstdint>
 #include <span>
@@ -31,7 +29,7 @@ void SceneWindows::show(Window window, WindowPresenter& presenter) {
 
 void SceneWindows::refresh(Window window) {
     if (!isOpen(window) || window != front_ || !onGuide) return;
-    if (const auto guide = row<WindowRow::Guide>()) onGuide(hintSaying(guide->hint));
+    if (const auto guide = row<WindowRow::Guide>()) onGuide(guide->hint);
 }
 
 void SceneWindows::close(Window window) {

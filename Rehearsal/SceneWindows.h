@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Unlock/ApplicationWindows.h"
-#include "UnlockCore/Enrollment/EnrollmentSession.h"
 
 #include <array>
 #include <cstddef>
@@ -18,7 +17,7 @@ namespace marrowby {
 class SceneWindows final : public ApplicationWindows {
   public:
     /// What the guide on a page tells the user, at every drawing of it.
-    std::function<void(const EnrollmentSession::Hint&)> onGuide;
+    std::function<void(const std::string& hint)> onGuide;
 
     void show(Window window, WindowPresenter& presenter) override;
     void refresh(Window window) override;

@@ -202,11 +202,10 @@ Stage::Result<void> Stage::World::setUp() {
         });
     enrollmentCamera = std::make_shared<ScriptedCamera>(devices, clock);
 
-    windows.onGuide = [this, said = std::string()](const EnrollmentSession::Hint& hint) mutable {
-        const std::string sentence(text(hint));
-        if (sentence != said) transcript.scene("enrolment: “" + sentence + "”");
-        said = sentence;
-        if (user) user->heed(hint, clock.now() - sceneBegan);
+    windows.onGuide = [this, said = std::string()](const std::string& hint) mutable {
+        if (hint != said) transcript.scene("enrolment: “" + hint + "”");
+        said = hint;
+        if (user) user->heed(hintSaying(hint), clock.now() - sceneBegan);
     };
     startApplication();
     session.start();

@@ -42,7 +42,7 @@ endfunction()
 # marrowby_tests(NAME USES rooms... [SERIAL]): SERIAL tests own a display or a locker and run alone.
 function(marrowby_tests name)
     cmake_parse_arguments(ROOM "SERIAL" "" "USES" ${ARGN})
-    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.mm)
     if(NOT sources)
         return()
     endif()

@@ -1,8 +1,10 @@
-"""The application bundle of the Mac, as far as it is text: property lists, build commands, icon."""
+"""What a Mac builds, as far as it is text: property lists, build commands, which sources and tests."""
 
+import json
 import pathlib
 import plistlib
 import re
+import runpy
 import subprocess
 import tempfile
 import unittest
@@ -14,7 +16,7 @@ CLANG = "/usr/bin/clang++-19"
 FAKE_MAC = ["CMAKE_SYSTEM_NAME=Darwin", f"CMAKE_CXX_COMPILER={CLANG}", f"CMAKE_OBJCXX_COMPILER={CLANG}",
             "CMAKE_CXX_COMPILER_WORKS=1", "CMAKE_OBJCXX_COMPILER_WORKS=1", "CMAKE_INSTALL_NAME_TOOL=/bin/true",
             "CMAKE_HAVE_LIBC_PTHREAD=1", "CMAKE_OSX_DEPLOYMENT_TARGET=14.0", "CMAKE_OSX_ARCHITECTURES=arm64",
-            "CMAKE_OSX_SYSROOT=/"]
+            "CMAKE_OSX_SYSROOT=/", f"GTest_DIR={next(pathlib.Path('/usr/lib').glob('*/cmake/GTest'))}"]
 
 
 def output(*command):
@@ -64,6 +66,26 @@ class Bundle(unittest.TestCase):
             places.append(found.start())
         self.assertEqual(places, sorted(places))
         self.assertRegex(self.commands, r"libcrypto\.a\b")
+
+    def test_takes_a_model_that_comes_after_the_configuration(self):
+        model = self.folder / "models/SFace.mlmodelc"
+        for changes in (model.rmdir, model.mkdir):
+            changes()
+            # The build looks again by itself: this is the step that it begins with.
+            output("ninja", "-C", self.folder / "build", "build.ninja")
+            commands = output("ninja", "-C", self.folder / "build", "-t", "commands", "MarrowbyUnlock")
+            self.assertEqual("Resources/SFace.mlmodelc" in commands, model.is_dir())
+
+    def test_builds_the_tests_of_the_core_and_what_the_type_check_sees(self):
+        built = {str(pathlib.Path(entry["file"]).relative_to(ROOT))
+                 for entry in json.loads((self.folder / "build/compile_commands.json").read_text())}
+        tests = [*ROOT.glob("Tests/UnlockCore/*/*.cpp"), *ROOT.glob("Tests/Kit/*.cpp"), *ROOT.glob("Tests/Unlock/*.cpp"),
+                 *ROOT.glob("Tests/Tools/*.cpp"), *ROOT.glob("Tests/Platforms/macOS/*.mm")]
+        self.assertGreater(len(tests), 50)
+        self.assertEqual({str(path.relative_to(ROOT)) for path in tests} - built, set())
+        patterns = runpy.run_path(str(ROOT / "Tools/check-mac"))["SOURCES"]
+        checked = {str(path.relative_to(ROOT)) for pattern in patterns for path in ROOT.glob(pattern)}
+        self.assertEqual(built, checked)
 
 
 if __name__ == "__main__":

@@ -1,4 +1,3 @@
-#include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Tests/Fakes/FakeCaptureSession.h"
 #include "Tests/Fakes/FakeFaceVision.h"
 #include "Tests/Fakes/FakeFourierTransform.h"
@@ -6,6 +5,7 @@
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
 #include "Tests/Fakes/ScriptedEmbedder.h"
+#include "Tests/Platforms/SystemWorkQueues.h"
 #include "Tests/UnlockCore/LockScreenServices/ScriptedAntiSpoof.h"
 #include "UnlockCore/Liveness/LivenessTuning.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
@@ -327,9 +327,9 @@ class CameraThreads final : public WorkQueues {
     std::shared_ptr<WorkQueue> camera;
 
     [[nodiscard]] std::shared_ptr<WorkQueue> serial(std::string label) override {
-        return camera = real_.serial(std::move(label));
+        return camera = real_->serial(std::move(label));
     }
-    [[nodiscard]] std::shared_ptr<WorkQueue> background() override { return real_.background(); }
+    [[nodiscard]] std::shared_ptr<WorkQueue> background() override { return real_->background(); }
 
     void runOnCamera(const std::function<void()>& work) const {
         std::promise<void> done;
@@ -341,7 +341,7 @@ class CameraThreads final : public WorkQueues {
     }
 
   private:
-    ThreadWorkQueues real_;
+    const std::unique_ptr<WorkQueues> real_ = systemWorkQueues();
 };
 
 TEST_F(CameraFaceScannerTest, WorksOnRealThreads) {

@@ -1,5 +1,5 @@
-#include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
+#include "Tests/Platforms/SystemWorkQueues.h"
 #include "UnlockCore/Platform/RunBeside.h"
 
 #include <latch>
@@ -11,14 +11,14 @@ namespace marrowby {
 namespace {
 
 TEST(RunBesideTest, runsBothAtOnce) {
-    ThreadWorkQueues queues;
+    const auto queues = systemWorkQueues();
     for (int i = 0; i < 200; ++i) {
         // Each waits for the other.
         std::latch both(2);
         int beside = 0;
         int here = 0;
         runBeside(
-            *queues.background(),
+            *queues->background(),
             [&] {
                 both.arrive_and_wait();
                 beside = 1;

@@ -96,8 +96,7 @@ TEST_F(KeystrokeInjector, givesTheKeyboardBackOnceOnEveryPathAndOnlyAfterTheOutc
 
 /// Whether the page that begins with `secret` still belongs to this process.
 bool isMapped(const char16_t* secret) {
-    unsigned char residency = 0;
-    return ::mincore(const_cast<char16_t*>(secret), 1, &residency) == 0 || errno != ENOMEM;
+    return ::msync(const_cast<char16_t*>(secret), 1, MS_ASYNC) == 0 || errno != ENOMEM;
 }
 
 TEST_F(KeystrokeInjector, keepsNoDecodedTextWithTheOutcome) {
