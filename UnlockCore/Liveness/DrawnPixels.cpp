@@ -1,17 +1,33 @@
 #include "UnlockCore/Liveness/DrawnPixels.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <utility>
+#include <vector>
 
 namespace marrowby {
+
+namespace {
+
+/// The same pixels, four bytes each, in rows without gaps.
+std::optional<Bitmap> withoutGaps(const Bitmap& image) {
+    const std::size_t row = static_cast<std::size_t>(image.width()) * 4;
+    if (image.bytesPerRow() == row) return image;
+    std::vector<std::uint8_t> bytes(row * static_cast<std::size_t>(image.height()));
+    for (std::size_t y = 0; y < static_cast<std::size_t>(image.height()); ++y) {
+        std::ranges::copy(image.bytes().subspan(y * image.bytesPerRow(), row),
+                          bytes.begin() + static_cast<std::ptrdiff_t>(y * row));
+    }
+    return Bitmap::create(image.width(), image.height(), row, image.format(), std::move(bytes));
+}
+
+}  // namespace
 
 std::optional<Bitmap> drawnPixels(const Bitmap& image, const Imaging& imaging) {
     // Over black, colours that are multiplied by their alpha stay as they are.
     const bool isDrawn = image.format() == rgba8 || image.format() == rgbx8;
-    auto drawn = isDrawn ? std::optional(image) : imaging.convert(image, rgbx8);
-    if (!drawn || drawn->bytesPerRow() != static_cast<std::size_t>(drawn->width()) * 4) {
-        return std::nullopt;
-    }
-    return drawn;
+    const auto drawn = isDrawn ? std::optional(image) : imaging.convert(image, rgbx8);
+    return drawn ? withoutGaps(*drawn) : std::nullopt;
 }
 
 bool coversPixels(std::span<const std::uint8_t> rgbx, int width, int height) {

@@ -1,8 +1,11 @@
 #include "Tests/Fakes/FakeFourierTransform.h"
+#include "Tests/Fakes/FakeImaging.h"
 #include "UnlockCore/Liveness/GlareCueExtractor.h"
 #include "UnlockCore/Liveness/LivenessScoring.h"
 #include "UnlockCore/Liveness/MoireCueExtractor.h"
+#include "UnlockCore/Liveness/ScreenCues.h"
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <random>
@@ -126,6 +129,29 @@ TEST(MoireCueExtractor, wantsAPeakAboveRingAndNeighbours) {
     EXPECT_EQ(contrast(), 0);
     power[3] = std::nanf("");
     EXPECT_EQ(contrast(), 0);
+}
+
+TEST(ScreenCues, measuresRowsWithAndWithoutGaps) {
+    const auto grid = picture(200, 220, [](int x, int y) {
+        const int value = (x + y / 2) % 5 < 2 ? 250 : 60;
+        return Colour{value, value, value};
+    });
+    constexpr std::size_t row = 800;
+    constexpr std::size_t gap = 64;
+    std::vector<std::uint8_t> gaps((row + gap) * 220, 255);
+    for (std::size_t y = 0; y < 220; ++y)
+        std::copy_n(grid.begin() + static_cast<std::ptrdiff_t>(y * row), row,
+                    gaps.begin() + static_cast<std::ptrdiff_t>(y * (row + gap)));
+    const FakeImaging imaging;
+    const FakeFourierTransform fourier;
+    const auto plain =
+        ScreenCues::measure(*Bitmap::create(200, 220, row, rgbx8, grid), imaging, fourier);
+    const auto padded =
+        ScreenCues::measure(*Bitmap::create(200, 220, row + gap, rgba8, gaps), imaging, fourier);
+    ASSERT_TRUE(plain.glare && plain.moire);
+    EXPECT_GT(plain.moire->peakContrast, 18);
+    EXPECT_EQ(padded.glare, plain.glare);
+    EXPECT_EQ(padded.moire, plain.moire);
 }
 
 TEST(LivenessScoring, readsGlare) {
