@@ -44,7 +44,8 @@ class EnrollmentCapture::Recognition {
         previousFace_.reset();
         const FaceRecognitionError& fault = recognition.error();
         if (std::holds_alternative<FaceRecognitionError::NoFace>(fault) ||
-            std::holds_alternative<FaceRecognitionError::CannotAlign>(fault)) {
+            std::holds_alternative<FaceRecognitionError::CannotAlign>(fault) ||
+            std::holds_alternative<FaceRecognitionError::CutOff>(fault)) {
             return EnrollmentFrame::NoFace{};
         }
         return std::unexpected(fault);

@@ -20,12 +20,19 @@ struct NoFace {
     friend bool operator==(const NoFace&, const NoFace&) = default;
 };
 
+/// No usable one either: it reaches too far over the picture's edge.
+struct CutOff {
+    friend bool operator==(const CutOff&, const CutOff&) = default;
+};
+
 }  // namespace scanobservation
 
 /// What one analysed camera frame showed: a face, or no usable one.
-struct ScanObservation : std::variant<scanobservation::Face, scanobservation::NoFace> {
+struct ScanObservation
+    : std::variant<scanobservation::Face, scanobservation::NoFace, scanobservation::CutOff> {
     using Face = scanobservation::Face;
     using NoFace = scanobservation::NoFace;
+    using CutOff = scanobservation::CutOff;
     using variant::variant;
 };
 

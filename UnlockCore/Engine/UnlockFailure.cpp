@@ -12,6 +12,7 @@ struct Title {
     Text operator()(const UnlockFailure::NotLive&) { return "Not recognised"; }
     Text operator()(const UnlockFailure::PasswordRejected&) { return "Password not accepted"; }
     Text operator()(const UnlockFailure::NeedsAccessibility&) { return "Needs permission"; }
+    Text operator()(const UnlockFailure::FaceCutOff&) { return "Move back a little"; }
 };
 
 }  // namespace

@@ -30,19 +30,25 @@ struct NeedsAccessibility {
     friend bool operator==(const NeedsAccessibility&, const NeedsAccessibility&) = default;
 };
 
+/// All that was seen of a face reached too far over the picture's edge.
+struct FaceCutOff {
+    friend bool operator==(const FaceCutOff&, const FaceCutOff&) = default;
+};
+
 }  // namespace unlockfailure
 
 /// Why a look, or the typing after it, did not unlock. The messages are for the user.
-struct UnlockFailure
-    : std::variant<unlockfailure::CameraUnavailable, unlockfailure::TypingFailed,
-                   unlockfailure::NotRecognised, unlockfailure::NotLive,
-                   unlockfailure::PasswordRejected, unlockfailure::NeedsAccessibility> {
+struct UnlockFailure : std::variant<unlockfailure::CameraUnavailable, unlockfailure::TypingFailed,
+                                    unlockfailure::NotRecognised, unlockfailure::NotLive,
+                                    unlockfailure::PasswordRejected,
+                                    unlockfailure::NeedsAccessibility, unlockfailure::FaceCutOff> {
     using CameraUnavailable = unlockfailure::CameraUnavailable;
     using TypingFailed = unlockfailure::TypingFailed;
     using NotRecognised = unlockfailure::NotRecognised;
     using NotLive = unlockfailure::NotLive;
     using PasswordRejected = unlockfailure::PasswordRejected;
     using NeedsAccessibility = unlockfailure::NeedsAccessibility;
+    using FaceCutOff = unlockfailure::FaceCutOff;
     using variant::variant;
 };
 

@@ -153,6 +153,10 @@ void UnlockMachine::on(Event::Frame& event, Turn& turn) {
         scan->wrongFaceSince.reset();
         scan->match.reset();
         scan->livenessConfirmed = false;
+        if (std::holds_alternative<ScanObservation::CutOff>(event.observation) &&
+            !std::exchange(scan->sawCutOff, true)) {
+            turn.log("The face reaches over the picture’s edge");
+        }
     }
     if (scan->match && scan->livenessConfirmed) conclude(turn);
 }
@@ -291,7 +295,9 @@ void UnlockMachine::startLook(LookReason reason, Turn& turn) {
 }
 
 void UnlockMachine::fail(UnlockFailure failure, Turn& turn) {
-    if (const Scan* scan = currentScan(); scan != nullptr && scan->sawFace) emptyActivityLooks_ = 0;
+    if (const Scan* scan = currentScan(); scan != nullptr && (scan->sawFace || scan->sawCutOff)) {
+        emptyActivityLooks_ = 0;
+    }
     phase_ = Phase::Failed{failure, turn.world.now + failureHold};
     policy_.lookEnded(turn.world.now);
     const std::string_view words = title(failure);
@@ -333,6 +339,10 @@ void UnlockMachine::giveUp(Turn& turn) {
     if (scan.sawMatch) {
         turn.log("Stopped looking: the face matched but wasn’t confirmed real");
         return fail(UnlockFailure::NotLive{}, turn);
+    }
+    if (scan.sawCutOff) {
+        turn.log("Stopped looking: the face reached over the picture’s edge");
+        return fail(UnlockFailure::FaceCutOff{}, turn);
     }
     turn.log("Stopped looking: no answer in time");
     if (scan.sawFace) {

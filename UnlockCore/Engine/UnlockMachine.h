@@ -46,6 +46,8 @@ struct Scan {
     bool livenessConfirmed = false;
     /// What was already asked.
     std::optional<LivenessPrompt> prompt{};
+    /// Some frame showed a face that reaches too far over the picture's edge.
+    bool sawCutOff = false;
 
     friend bool operator==(const Scan&, const Scan&) = default;
 };

@@ -15,6 +15,9 @@ struct Describe {
     std::string operator()(const FaceRecognitionError::DetectionFailed& error) const {
         return error.systemText;
     }
+    std::string operator()(const FaceRecognitionError::CutOff& /*error*/) const {
+        return "The face reaches over the picture’s edge. Move back a little.";
+    }
 };
 
 }  // namespace

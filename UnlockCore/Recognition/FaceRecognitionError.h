@@ -21,15 +21,21 @@ struct DetectionFailed {
     friend bool operator==(const DetectionFailed&, const DetectionFailed&) = default;
 };
 
+/// The face reaches so far over the picture's edge that it couldn't be lined up.
+struct CutOff {
+    friend bool operator==(const CutOff&, const CutOff&) = default;
+};
+
 }  // namespace facerecognitionerror
 
 /// Why a frame gave no recognised face.
 struct FaceRecognitionError
     : std::variant<facerecognitionerror::NoFace, facerecognitionerror::CannotAlign, FaceModelError,
-                   facerecognitionerror::DetectionFailed> {
+                   facerecognitionerror::DetectionFailed, facerecognitionerror::CutOff> {
     using NoFace = facerecognitionerror::NoFace;
     using CannotAlign = facerecognitionerror::CannotAlign;
     using DetectionFailed = facerecognitionerror::DetectionFailed;
+    using CutOff = facerecognitionerror::CutOff;
     using variant::variant;
 };
 

@@ -25,6 +25,24 @@ const DetectedFace& choose(const std::vector<DetectedFace>& faces,
         faces, {}, [](const DetectedFace& face) { return face.boundingBox.area(); });
 }
 
+/// Where a landmark lies outside the picture it is a guess, and by the eyes every face is aligned.
+/// True where there are none.
+bool showsEyes(const DetectedFace& face) {
+    const auto eyes = face.landmarks ? FaceAligner::eyePoints(*face.landmarks) : std::nullopt;
+    if (!eyes) return true;
+    return std::ranges::none_of(*eyes, [&](const Point& eye) {
+        return eye.x < 0 || eye.y < 0 || eye.x > face.imageSize.width ||
+               eye.y > face.imageSize.height;
+    });
+}
+
+bool touchesEdge(const DetectedFace& face) {
+    constexpr double margin = 0.5;
+    const Rect& box = face.boundingBox;
+    return !(box.x > margin && box.y > margin && box.maxX() < face.imageSize.width - margin &&
+             box.maxY() < face.imageSize.height - margin);
+}
+
 }  // namespace
 
 FaceRecognizer::FaceRecognizer(FaceVision& vision, const Imaging& imaging,
@@ -58,8 +76,14 @@ std::expected<DetectedFace, FaceRecognitionError> FaceRecognizer::find(
 
 std::expected<FaceRecognition, FaceRecognitionError> FaceRecognizer::recogniseFound(
     const CameraFrame& frame, const DetectedFace& face) const {
+    if (!showsEyes(face))
+        return std::unexpected<FaceRecognitionError>(FaceRecognitionError::CutOff{});
     auto aligned = aligner_.align(face, frame.image);
-    if (!aligned) return std::unexpected<FaceRecognitionError>(FaceRecognitionError::CannotAlign{});
+    if (!aligned) {
+        if (touchesEdge(face))
+            return std::unexpected<FaceRecognitionError>(FaceRecognitionError::CutOff{});
+        return std::unexpected<FaceRecognitionError>(FaceRecognitionError::CannotAlign{});
+    }
     auto embedding = embedder_->embed(aligned->image);
     if (!embedding) return std::unexpected<FaceRecognitionError>(std::move(embedding).error());
     return FaceRecognition{.embedding = *std::move(embedding),

@@ -137,6 +137,7 @@ class Fate {
 
     Event frame(LookID id) {
         if (happens(5)) return Event::Frame{id, ScanObservation::NoFace{}};
+        if (happens(9)) return Event::Frame{id, ScanObservation::CutOff{}};
         ScanObservation::Face face;
         if (!happens(4)) face.match = MatchedFace{UUID(), "Robin of the Long Name", 0.7F};
         switch (below(12)) {

@@ -95,6 +95,10 @@ class UnlockMachineTest : public testing::Test {
         return Event::Frame{currentLook(), ScanObservation::NoFace{}};
     }
 
+    [[nodiscard]] Event seesCutOff() const {
+        return Event::Frame{currentLook(), ScanObservation::CutOff{}};
+    }
+
     UnlockSnapshot world;
     UnlockMachine machine{{}, {UnlockTrigger::onReturn}};
 };
@@ -320,6 +324,32 @@ TEST_F(UnlockMachineTest, aMatchNeverConfirmedFailsLikeAStranger) {
     expect(tick, {"stopCamera", "log: Stopped looking: the face matched but wasn’t confirmed real",
                   "overlay failure: Not recognised", "log: Not recognised"});
     EXPECT_EQ(machine.overlay(), OverlayPhase(OverlayPhase::Failure{UnlockFailure::NotLive{}}));
+}
+
+TEST_F(UnlockMachineTest, aFaceCutOffIsToldToMoveBackIfNothingElseCameOfIt) {
+    look();
+    expect(seesCutOff(), {"log: The face reaches over the picture’s edge"});
+    expect(seesCutOff(), {});
+    after(6);
+    expect(tick, {"stopCamera", "log: Stopped looking: the face reached over the picture’s edge",
+                  "overlay failure: Move back a little", "log: Move back a little"});
+    // It was no empty chair, but a camera that fails is not one either.
+    for (const Event& end : {seesCutOff(), Event(Event::CameraFailed{"The network failed."})}) {
+        for (int i = 0; i < 5; ++i) {
+            after(10);
+            happens(tick);
+            happens(activity());
+            expectPhase("scanning");
+            happens(std::holds_alternative<Event::Frame>(end) ? seesCutOff() : end);
+            after(6);
+            happens(tick);
+        }
+    }
+    after(10);
+    happens(tick);
+    happens(hover);
+    happens(seesCutOff());
+    expect(sees(live), {"stopCamera", "overlay success", "typePassword", "log: Recognised Robin"});
 }
 
 TEST_F(UnlockMachineTest, aDeniedFaceIsTurnedAwayWhoeverItIs) {
