@@ -13,9 +13,11 @@ constexpr RectangleRequest request{.minimumConfidence = 0.6,
 
 }  // namespace
 
-std::optional<Observation> detect(const Bitmap& image, const Rect& faceBox, FaceVision& vision) {
+std::expected<std::optional<Observation>, std::string> detect(const Bitmap& image,
+                                                              const Rect& faceBox,
+                                                              FaceVision& vision) {
     const auto boxes = vision.rectangles(image, request);
-    if (!boxes) return std::nullopt;
+    if (!boxes) return std::unexpected(boxes.error());
     const double width = image.width();
     const double height = image.height();
     std::optional<Rect> largest;

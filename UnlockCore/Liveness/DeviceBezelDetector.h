@@ -4,7 +4,9 @@
 #include "UnlockCore/Foundation/Geometry.h"
 #include "UnlockCore/Platform/FaceVision.h"
 
+#include <expected>
 #include <optional>
+#include <string>
 
 namespace marrowby {
 
@@ -21,9 +23,10 @@ struct Observation {
 };
 
 /// The largest rectangle. `faceBox` is in pixels with the origin at the top-left. Nothing without a
-/// rectangle or where the system cannot look for one.
-[[nodiscard]] std::optional<Observation> detect(const Bitmap& image, const Rect& faceBox,
-                                                FaceVision& vision);
+/// rectangle; the error is the system's own text.
+[[nodiscard]] std::expected<std::optional<Observation>, std::string> detect(const Bitmap& image,
+                                                                            const Rect& faceBox,
+                                                                            FaceVision& vision);
 
 /// area(a ∩ b) / area(a); nothing where `a` has no area.
 [[nodiscard]] std::optional<double> overlapFraction(const Rect& a, const Rect& b);

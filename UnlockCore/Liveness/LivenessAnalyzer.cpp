@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <utility>
-#include <variant>
 
 namespace marrowby {
 
@@ -41,23 +40,26 @@ LivenessAnalyzer::LivenessAnalyzer(LivenessMode mode, const LivenessTuning& tuni
 
 const LivenessSnapshot& LivenessAnalyzer::ingest(const LivenessFrame& frame, const UUID& subject) {
     if (subject_ && *subject_ != subject) {
-        if (std::holds_alternative<LivenessDecision::Denied>(lastSnapshot_.decision)) {
-            frames_.clear();
-        } else {
-            reset();
-        }
+        frames_.clear();
+        scores_.clear();
+        evaluator_.forgetConfirmation();
     }
     subject_ = subject;
 
     frames_.push_back(frame);
     if (frame.antiSpoof) scores_.push_back({frame.timestamp, subject, *frame.antiSpoof});
-    trim(frame.timestamp, subject);
+    trim(frame.timestamp);
 
     lastPlanarity_ = planarity::evaluate(frames_, planarityTuning_);
     lastSnapshot_ =
         evaluator_.observe(livenessscoring::readings(frames_, *lastPlanarity_, planarityTuning_),
                            average(scores_, tuning_.averagedFrames));
     return lastSnapshot_;
+}
+
+void LivenessAnalyzer::retune(const LivenessTuning& tuning) {
+    tuning_ = tuning;
+    evaluator_.retune(tuning);
 }
 
 void LivenessAnalyzer::reset() {
@@ -69,16 +71,14 @@ void LivenessAnalyzer::reset() {
     lastPlanarity_.reset();
 }
 
-void LivenessAnalyzer::trim(Date newest, const UUID& subject) {
+void LivenessAnalyzer::trim(Date newest) {
     // The wall clock may jump in both directions.
     const auto isOutside = [&](Date timestamp) {
         const TimeInterval age = newest - timestamp;
         return !(age <= windowDuration_ && age >= -windowDuration_);
     };
     std::erase_if(frames_, [&](const LivenessFrame& kept) { return isOutside(kept.timestamp); });
-    std::erase_if(scores_, [&](const Scored& kept) {
-        return kept.subject != subject || isOutside(kept.timestamp);
-    });
+    std::erase_if(scores_, [&](const Scored& kept) { return isOutside(kept.timestamp); });
 }
 
 }  // namespace marrowby

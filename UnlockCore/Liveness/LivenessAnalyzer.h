@@ -34,10 +34,14 @@ class LivenessAnalyzer {
                      const PlanarityTuning& planarityTuning, std::set<LivenessCue> enabledCues,
                      TimeInterval windowDuration);
 
-    /// One frame in which a face was found, in frame order; `subject` names the tracked face.
-    /// Another subject starts over, but a denial stays for the look.
+    /// One frame in which a face was found, in frame order; `subject` names the tracked face. What
+    /// spoke for the subject before (its scores, how it moved, that it turned) goes with it; all
+    /// that spoke against it is counted on.
     const LivenessSnapshot& ingest(const LivenessFrame& frame, const UUID& subject);
 
+    /// From the next frame on, the look being the same.
+    void retune(const LivenessTuning& tuning);
+    /// Another look.
     void reset();
 
     /// Oldest first.
@@ -49,7 +53,7 @@ class LivenessAnalyzer {
     }
 
   private:
-    void trim(Date newest, const UUID& subject);
+    void trim(Date newest);
 
     LivenessMode mode_;
     LivenessTuning tuning_;

@@ -69,6 +69,11 @@ void LivenessEvaluator::update(LivenessCue cue, const std::map<LivenessCue, CueR
     }
 }
 
+void LivenessEvaluator::forgetConfirmation() {
+    std::erase_if(states_,
+                  [](const auto& state) { return role(state.first) == LivenessCueRole::confirm; });
+}
+
 LivenessDecision LivenessEvaluator::decision() const {
     for (const LivenessCue cue : allLivenessCues) {
         switch (role(cue)) {

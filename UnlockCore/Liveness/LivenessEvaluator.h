@@ -24,6 +24,11 @@ class LivenessEvaluator {
     LivenessSnapshot observe(const std::map<LivenessCue, CueReading>& readings,
                              const RealFaceAverage& realFace);
 
+    /// Another camera's pace: the counts so far are kept, and what has fired stays.
+    void retune(const LivenessTuning& tuning) { tuning_ = tuning; }
+    /// What confirmed a face does not confirm the next one. What denied stays.
+    void forgetConfirmation();
+
     [[nodiscard]] LivenessDecision decision() const;
     [[nodiscard]] LivenessSnapshot snapshot() const;
 

@@ -15,6 +15,11 @@ bool isInside(const Point& point, const Size& size) {
     return point.x >= 0 && point.y >= 0 && point.x <= size.width && point.y <= size.height;
 }
 
+/// No motion is measured by these, and a chin or a forehead may lie beyond the picture's edge.
+bool isOutline(LandmarkRegion region) {
+    return region == LandmarkRegion::faceContour || region == LandmarkRegion::medianLine;
+}
+
 }  // namespace
 
 LivenessFrame livenessFrame(const DetectedFace& face, Date timestamp) {
@@ -27,7 +32,7 @@ LivenessFrame livenessFrame(const DetectedFace& face, Date timestamp) {
     for (const auto& [region, points] : face.landmarks->regions) {
         std::int64_t index = 0;
         for (const Point& point : points) {
-            areInside = areInside && isInside(point, face.imageSize);
+            areInside = areInside && (isOutline(region) || isInside(point, face.imageSize));
             frame.landmarks.push_back({.point = point, .region = region, .indexInRegion = index++});
         }
     }

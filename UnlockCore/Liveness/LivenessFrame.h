@@ -33,7 +33,7 @@ struct LivenessFrame {
 };
 
 /// What the detector itself tells about a face; everything else is absent. Landmarks are reliable
-/// when they show two eyes and a nose and all lie within the picture.
+/// when they show two eyes and a nose and all but the face's outline lie within the picture.
 [[nodiscard]] LivenessFrame livenessFrame(const DetectedFace& face, Date timestamp);
 
 }  // namespace marrowby

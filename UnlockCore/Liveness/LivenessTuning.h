@@ -1,5 +1,6 @@
 #pragma once
 
+#include "UnlockCore/Liveness/FramePace.h"
 #include "UnlockCore/Liveness/LivenessCue.h"
 #include "UnlockCore/Liveness/LivenessMode.h"
 
@@ -34,8 +35,9 @@ struct LivenessTuning {
     friend bool operator==(const LivenessTuning&, const LivenessTuning&) = default;
 };
 
-/// The tuning that the lock screen uses in a mode.
-[[nodiscard]] LivenessTuning livenessTuning(LivenessMode mode);
+/// The tuning that the lock screen uses in a mode, for a camera of this many pictures a second.
+[[nodiscard]] LivenessTuning livenessTuning(LivenessMode mode,
+                                            double framesPerSecond = FramePace::presumed);
 /// The cues that count at the lock screen in a mode.
 [[nodiscard]] std::set<LivenessCue> enabledLivenessCues(LivenessMode mode);
 

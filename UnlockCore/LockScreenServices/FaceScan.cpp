@@ -20,8 +20,13 @@ namespace marrowby {
 
 namespace {
 
-/// Several times what the real-face average needs, room for a slow head turn.
+/// Room for a slow head turn, and for the scores of a camera of 5 pictures a second although every
+/// third were lost.
 constexpr TimeInterval livenessWindow{3};
+
+/// For so long the detector may miss a face that is still there: two frames of a slow camera.
+/// Whoever is gone for longer comes back as somebody else.
+constexpr TimeInterval longestMiss{0.7};
 
 /// Glare and moire are sought in the middle of the face, so that their cost ends at a size: source
 /// pixels, to which some room is added.
@@ -31,20 +36,6 @@ constexpr double screenCuesFace = 344;
 constexpr std::array screenCuesScales{1.0, 0.8, 0.64};
 /// Moire needs as much of the shorter side.
 constexpr double leastForMoire = 160;
-
-/// From one frame to the next a face stays where its box still meets the last one, and goes on
-/// looking like itself: the lowest similarity that counts as a match at all.
-bool isSameFace(const FaceRecognition& last, const FaceRecognition& next) {
-    return !intersection(last.face.boundingBox, next.face.boundingBox).isEmpty() &&
-           faceembedding::cosine(last.embedding, next.embedding) >= facematcher::lowestThreshold;
-}
-
-/// A face that touches the picture's edge goes on beyond it.
-bool isWhole(const Rect& box, const Size& picture) {
-    constexpr double margin = 0.5;
-    return box.x > margin && box.y > margin && box.maxX() < picture.width - margin &&
-           box.maxY() < picture.height - margin;
-}
 
 /// The picture for glare and moire.
 std::optional<Bitmap> middleOfFace(const CameraFrame& frame, const Rect& box,
@@ -61,6 +52,12 @@ std::optional<Bitmap> middleOfFace(const CameraFrame& frame, const Rect& box,
                     std::max(width, height) * sourcePixels * scale, imaging);
 }
 
+/// Nobody there, or nobody who could be lined up, is no fault.
+bool isFault(const FaceRecognitionError& error) {
+    return std::holds_alternative<FaceModelError>(error) ||
+           std::holds_alternative<FaceRecognitionError::DetectionFailed>(error);
+}
+
 UUID numbered(std::uint32_t number) {
     UUID id;
     for (std::size_t i = 0; i < sizeof number; ++i) {
@@ -73,75 +70,121 @@ UUID numbered(std::uint32_t number) {
 
 /// What one frame shows by itself.
 struct FaceScan::Findings {
-    std::expected<FaceRecognition, FaceRecognitionError> recognition;
     LivenessFrame liveness;
+    std::optional<std::string> fault;
+    std::expected<FaceRecognition, FaceRecognitionError> recognition =
+        std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{});
 };
 
 FaceScan::FaceScan(LivenessMode mode) : FaceScan(mode, enabledLivenessCues(mode)) {}
 
 FaceScan::FaceScan(LivenessMode mode, std::set<LivenessCue> enabledCues)
-    : analyzer_(mode, livenessTuning(mode), planarityTuning(mode), std::move(enabledCues),
+    : mode_(mode),
+      analyzer_(mode, livenessTuning(mode), planarityTuning(mode), std::move(enabledCues),
                 livenessWindow) {}
 
 const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const Services& services) {
+    if (isRepeated(frame)) return *last_;
     const Date began = services.clock.now();
-    auto [recognition, measured] = study(frame, services);
+    pace_.note(frame.timestamp);
+    auto [measured, fault, recognition] = study(frame, services);
     if (recognition) {
-        follow(*recognition);
-        const bool isDenied =
-            std::holds_alternative<LivenessDecision::Denied>(analyzer_.lastSnapshot().decision);
-        if (!measured.antiSpoof && !isDenied) analyzer_.reset();
+        follow(*recognition, frame.timestamp);
+        if (measured.antiSpoof) lastScoredAt_ = frame.timestamp;
+        analyzer_.retune(livenessTuning(mode_, pace_.framesPerSecond()));
         analyzer_.ingest(measured, subject_);
+    } else if (followed_) {
+        followed_->wasMissed = true;
     }
+    lastFrame_ = Taken{frame.image, frame.timestamp};
     last_.emplace(Step{.recognition = std::move(recognition),
                        .liveness = analyzer_.lastSnapshot(),
+                       .fault = std::move(fault),
                        .duration = services.clock.now() - began});
     return *last_;
+}
+
+bool FaceScan::isRepeated(const CameraFrame& frame) const {
+    if (!lastFrame_) return false;
+    const Bitmap& last = lastFrame_->image;
+    const Bitmap& next = frame.image;
+    return frame.timestamp == lastFrame_->at ||
+           (last.width() == next.width() && last.height() == next.height() &&
+            std::ranges::equal(last.bytes(), next.bytes()));
 }
 
 FaceScan::Findings FaceScan::study(const CameraFrame& frame, const Services& services) const {
     std::optional<DetectedFace> previousFace;
     if (last_ && last_->recognition) previousFace = last_->recognition->face;
+    Findings findings;
     const auto face = services.recognizer.find(frame, previousFace);
-    if (!face) return {std::unexpected(face.error()), {}};
-
-    Findings findings{std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{}), {}};
-    const auto recognise = [&] {
-        findings.recognition = services.recognizer.recogniseFound(frame, *face);
-    };
-    const auto measureLiveness = [&] { findings.liveness = measure(frame, *face, services); };
-    if (services.helper) {
-        runBeside(*services.helper, measureLiveness, recognise);
+    if (face) {
+        std::expected<FaceRecognition, FaceRecognitionError> recognition =
+            std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{});
+        const auto recognise = [&] {
+            recognition = services.recognizer.recogniseFound(frame, *face);
+        };
+        const auto measureLiveness = [&] { findings = measure(frame, *face, services); };
+        if (services.helper) {
+            runBeside(*services.helper, measureLiveness, recognise);
+        } else {
+            recognise();
+            if (recognition) measureLiveness();
+        }
+        findings.recognition = std::move(recognition);
     } else {
-        recognise();
-        if (findings.recognition) measureLiveness();
+        findings.recognition = std::unexpected(face.error());
+    }
+    if (!findings.recognition && isFault(findings.recognition.error())) {
+        findings.fault = description(findings.recognition.error());
     }
     return findings;
 }
 
-LivenessFrame FaceScan::measure(const CameraFrame& frame, const DetectedFace& face,
-                                const Services& services) {
-    LivenessFrame measured = livenessFrame(face, frame.timestamp);
+FaceScan::Findings FaceScan::measure(const CameraFrame& frame, const DetectedFace& face,
+                                     const Services& services) const {
+    Findings findings{.liveness = livenessFrame(face, frame.timestamp), .fault = std::nullopt};
+    LivenessFrame& measured = findings.liveness;
     const Rect& box = face.boundingBox;
     if (const auto picture = middleOfFace(frame, box, services.imaging)) {
         const auto cues = ScreenCues::measure(*picture, services.imaging, services.fourier);
         measured.glare = cues.glare;
         measured.moire = cues.moire;
     }
-    if (const auto device = devicebezeldetector::detect(frame.image, box, services.vision)) {
-        measured.deviceOverlapFraction = device->faceOverlapFraction;
+    const auto device = devicebezeldetector::detect(frame.image, box, services.vision);
+    if (!device) {
+        findings.fault = device.error();
+        return findings;
     }
-    if (!measured.hasReliableLandmarks || !isWhole(box, face.imageSize)) return measured;
+    if (*device) measured.deviceOverlapFraction = (*device)->faceOverlapFraction;
+    if (lastScoredAt_ && pace_.isBurst(*lastScoredAt_, frame.timestamp)) return findings;
     if (const auto pixels = RGBPixels::view(frame.image)) {
-        if (const auto score = services.antiSpoof.score(*pixels, box)) measured.antiSpoof = *score;
+        if (const auto score = services.antiSpoof.score(*pixels, box)) {
+            measured.antiSpoof = *score;
+        } else {
+            findings.fault = description(score.error());
+        }
     }
-    return measured;
+    return findings;
 }
 
-void FaceScan::follow(const FaceRecognition& recognition) {
-    if (last_ && last_->recognition && isSameFace(*last_->recognition, recognition)) return;
-    subjectCount_ = incremented(subjectCount_);
-    subject_ = numbered(subjectCount_);
+/// A face stays where its box still meets the last one, and goes on looking like itself: the lowest
+/// similarity that counts as a match at all.
+bool FaceScan::isFollowed(const FaceRecognition& recognition, Date at) const {
+    if (!followed_) return false;
+    const TimeInterval gone = at - followed_->at;
+    if (gone < TimeInterval(0) || (followed_->wasMissed && gone > longestMiss)) return false;
+    return !intersection(followed_->box, recognition.face.boundingBox).isEmpty() &&
+           faceembedding::cosine(followed_->embedding, recognition.embedding) >=
+               facematcher::lowestThreshold;
+}
+
+void FaceScan::follow(const FaceRecognition& recognition, Date at) {
+    if (!isFollowed(recognition, at)) {
+        subjectCount_ = incremented(subjectCount_);
+        subject_ = numbered(subjectCount_);
+    }
+    followed_ = Followed{recognition.face.boundingBox, recognition.embedding, at};
 }
 
 }  // namespace marrowby

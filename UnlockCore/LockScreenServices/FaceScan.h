@@ -3,6 +3,7 @@
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Foundation/UUID.h"
 #include "UnlockCore/Liveness/AntiSpoofScoring.h"
+#include "UnlockCore/Liveness/FramePace.h"
 #include "UnlockCore/Liveness/LivenessAnalyzer.h"
 #include "UnlockCore/Liveness/LivenessFrame.h"
 #include "UnlockCore/Liveness/LivenessMode.h"
@@ -13,6 +14,7 @@
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 #include "UnlockCore/Recognition/CameraFrame.h"
+#include "UnlockCore/Recognition/FaceEmbedding.h"
 #include "UnlockCore/Recognition/FaceRecognition.h"
 #include "UnlockCore/Recognition/FaceRecognitionError.h"
 #include "UnlockCore/Recognition/FaceRecognizer.h"
@@ -21,6 +23,7 @@
 #include <expected>
 #include <optional>
 #include <set>
+#include <string>
 
 namespace marrowby {
 
@@ -33,6 +36,9 @@ class FaceScan {
         std::expected<FaceRecognition, FaceRecognitionError> recognition;
         /// After the frame.
         LivenessSnapshot liveness;
+        /// What did not work although a face, or the search for one, was there; for the user. Such
+        /// a frame does not confirm.
+        std::optional<std::string> fault;
         /// How long the frame took.
         TimeInterval duration{};
     };
@@ -54,19 +60,40 @@ class FaceScan {
     /// With other cues.
     FaceScan(LivenessMode mode, std::set<LivenessCue> enabledCues);
 
-    /// Takes the next frame. A face that reaches over the picture's edge, whose landmarks cannot be
-    /// relied on or that the real-face model cannot score is left without a score, and liveness
-    /// starts over: what was seen before does not speak for it. A denial stays.
+    /// Takes the next frame. One with the stamp or the picture of the frame before is that frame
+    /// once more and changes nothing. A frame within a burst, or one that not all could be measured
+    /// in, adds no score. The counts that decide follow the camera's pace.
     const Step& take(const CameraFrame& frame, const Services& services);
 
   private:
     struct Findings;
-    [[nodiscard]] Findings study(const CameraFrame& frame, const Services& services) const;
-    void follow(const FaceRecognition& recognition);
-    [[nodiscard]] static LivenessFrame measure(const CameraFrame& frame, const DetectedFace& face,
-                                               const Services& services);
+    /// The face that is followed, when it was last seen.
+    struct Followed {
+        Rect box;
+        Embedding embedding;
+        Date at;
+        /// There were frames without it since.
+        bool wasMissed = false;
+    };
 
+    [[nodiscard]] bool isRepeated(const CameraFrame& frame) const;
+    [[nodiscard]] Findings study(const CameraFrame& frame, const Services& services) const;
+    [[nodiscard]] Findings measure(const CameraFrame& frame, const DetectedFace& face,
+                                   const Services& services) const;
+    [[nodiscard]] bool isFollowed(const FaceRecognition& recognition, Date at) const;
+    void follow(const FaceRecognition& recognition, Date at);
+
+    LivenessMode mode_;
     LivenessAnalyzer analyzer_;
+    FramePace pace_;
+    /// Without its source, which the camera wants back.
+    struct Taken {
+        Bitmap image;
+        Date at;
+    };
+    std::optional<Taken> lastFrame_;
+    std::optional<Date> lastScoredAt_;
+    std::optional<Followed> followed_;
     /// Names the followed face: the number of faces that this look has followed.
     UUID subject_;
     std::uint32_t subjectCount_ = 0;

@@ -1,6 +1,7 @@
 #include "UnlockCore/Liveness/LivenessAnalyzer.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -89,7 +90,7 @@ TEST(LivenessAnalyzer, keepsADenialWhateverFaceFollowsUntilReset) {
     ASSERT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::realFace}));
     for (int i = 3; i < 6; ++i)
         analyzer.ingest(frame(0.1 * i, 1.0F), face(2));
-    EXPECT_EQ(analyzer.lastSnapshot().realFace.mean, 1.0F) << "nothing counts of another face";
+    EXPECT_EQ(analyzer.lastSnapshot().realFace.mean, 1.0F) << "the other face's scores are gone";
     EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Denied{LivenessCue::realFace}));
 
     analyzer.reset();
@@ -97,6 +98,39 @@ TEST(LivenessAnalyzer, keepsADenialWhateverFaceFollowsUntilReset) {
     for (int i = 8; i < 11; ++i)
         analyzer.ingest(frame(0.1 * i, 1.0F), face(2));
     EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Confirmed{}));
+}
+
+TEST(LivenessAnalyzer, countsOnWhateverFaceFollows) {
+    auto analyzer = makeAnalyzer();
+    LivenessFrame screen = frame(0, 1.0F);
+    screen.glare = GlareSample{200, 0.2F, 1};
+    for (std::int64_t i = 1; i < tuning.glossFrames; ++i)
+        analyzer.ingest(screen, face(static_cast<std::uint8_t>(i % 2)));
+    EXPECT_EQ(analyzer.lastSnapshot().realFace.frames, 1);
+    EXPECT_EQ(analyzer.lastSnapshot().frameCount, tuning.glossFrames - 1);
+    EXPECT_EQ(analyzer.ingest(screen, face(9)).decision,
+              LivenessDecision(Denied{LivenessCue::glossGlare}));
+}
+
+/// One face's turn does not confirm the next face.
+TEST(LivenessAnalyzer, asksEveryFaceForItsOwnTurn) {
+    LivenessAnalyzer analyzer(LivenessMode::strict, tuning, planarityTuning(LivenessMode::strict),
+                              {LivenessCue::headTurn}, TimeInterval(3));
+    double seconds = 0;
+    const auto see = [&](std::uint8_t who, double yaw) {
+        LivenessFrame turned = frame(seconds += 0.1, 1.0F);
+        turned.yaw = yaw;
+        turned.noseOffsetRatio = 0.5 * std::tan(yaw);
+        turned.hasReliableLandmarks = true;
+        return analyzer.ingest(turned, face(who)).decision;
+    };
+    for (int i = 0; i < 9; ++i)
+        see(1, 0.05 * i);
+    ASSERT_EQ(see(1, 0.5), LivenessDecision(Confirmed{}));
+    for (int i = 0; i < 9; ++i)
+        EXPECT_NE(see(2, 0), LivenessDecision(Confirmed{}));
+    EXPECT_EQ(analyzer.lastSnapshot().decision,
+              LivenessDecision(LivenessDecision::Waiting{LivenessNeeds::headTurn}));
 }
 
 TEST(LivenessAnalyzer, handsTheFramesReadingsToTheEvaluator) {

@@ -30,12 +30,14 @@ TEST(LivenessFrame, takesWhatTheDetectorTells) {
 
     for (const Point& stray : {Point{31, 6}, Point{5, -1}, Point{std::nan(""), 6}}) {
         face.landmarks->regions[LandmarkRegion::faceContour] = {stray};
+        EXPECT_TRUE(livenessFrame(face, {}).hasReliableLandmarks) << "a chin below the picture";
+        face.landmarks->regions[LandmarkRegion::outerLips] = {stray};
         const auto unreliable = livenessFrame(face, {});
         EXPECT_FALSE(unreliable.hasReliableLandmarks || unreliable.noseOffsetRatio);
+        face.landmarks->regions.erase(LandmarkRegion::outerLips);
     }
     face.yaw = std::numeric_limits<float>::quiet_NaN();
     EXPECT_FALSE(livenessFrame(face, {}).yaw);
-    face.landmarks->regions.erase(LandmarkRegion::faceContour);
     face.landmarks->rightPupil.reset();
     EXPECT_FALSE(livenessFrame(face, {}).hasReliableLandmarks) << "an eye is missing";
     face.landmarks.reset();

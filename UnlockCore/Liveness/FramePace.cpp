@@ -1,0 +1,50 @@
+#include "UnlockCore/Liveness/FramePace.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+constexpr std::size_t mostIntervals = 7;
+constexpr std::size_t fewIntervals = 3;
+/// Beyond these, stamps tell of something else than a camera.
+constexpr double slowest = 1;
+constexpr double fastest = 60;
+/// Of the time that a picture takes.
+constexpr double burst = 0.6;
+
+double middle(std::span<const double> intervals) {
+    std::vector<double> sorted(intervals.begin(), intervals.end());
+    const auto at = sorted.begin() + static_cast<std::ptrdiff_t>((sorted.size() - 1) / 2);
+    std::ranges::nth_element(sorted, at);
+    return *at;
+}
+
+}  // namespace
+
+void FramePace::note(Date stamp) {
+    const auto last = std::exchange(newest_, stamp);
+    if (!last) return;
+    const double interval = (stamp - *last).count();
+    if (!(interval > 0 && interval <= 1 / slowest)) return;
+    if (intervals_.size() == mostIntervals) intervals_.erase(intervals_.begin());
+    intervals_.push_back(interval);
+}
+
+double FramePace::framesPerSecond() const {
+    if (intervals_.size() < fewIntervals) return presumed;
+    const std::span all(intervals_);
+    const double interval = std::min(middle(all), middle(all.last(fewIntervals)));
+    return std::clamp(1 / interval, slowest, fastest);
+}
+
+bool FramePace::isBurst(Date last, Date stamp) const {
+    const double passed = (stamp - last).count();
+    return passed >= 0 && passed < burst / framesPerSecond();
+}
+
+}  // namespace marrowby
