@@ -15,8 +15,6 @@ namespace marrowby {
 
 namespace {
 
-constexpr double framesPerSecond = 30;
-
 /// What all looks share: only one is filmed at a time.
 struct Studio {
     Cast cast = {};
@@ -29,6 +27,7 @@ struct Shoot {
     std::shared_ptr<Studio> studio;
     int width = 0;
     int height = 0;
+    double framesPerSecond = 0;
     TimeInterval begin{};
 
     std::shared_ptr<const PixelBuffer> picture(std::size_t index) {
@@ -40,7 +39,11 @@ struct Shoot {
         }
         const TimeInterval running(static_cast<double>(index) / framesPerSecond);
         return studio->film
-            ->shoot({.at = begin + running, .running = running, .width = width, .height = height})
+            ->shoot({.at = begin + running,
+                     .running = running,
+                     .frameTime = TimeInterval(1 / framesPerSecond),
+                     .width = width,
+                     .height = height})
             .picture;
     }
 };
@@ -64,15 +67,15 @@ std::vector<Look> looksOf(const SceneLooks& wanted) {
             const std::uint64_t person = people[next % people.size()];
             auto scene = sceneNamed(listed.name, person, take);
             if (!scene) continue;
-            const auto shoot = std::make_shared<Shoot>(
-                Shoot{*std::move(scene), studio, wanted.width, wanted.height});
+            const auto shoot = std::make_shared<Shoot>(Shoot{
+                *std::move(scene), studio, wanted.width, wanted.height, wanted.framesPerSecond});
             looks.push_back({.purpose = isAttack ? Look::Purpose::attack : Look::Purpose::genuine,
                              .attack = isAttack ? std::string(name(listed.props.front().kind)) : "",
                              .person = std::to_string(person),
                              .name = listed.name + " " + std::to_string(take),
-                             .framesPerSecond = framesPerSecond,
+                             .framesPerSecond = wanted.framesPerSecond,
                              .pictureCount = static_cast<std::size_t>(
-                                 std::lround(wanted.lasts.count() * framesPerSecond)),
+                                 std::lround(wanted.lasts.count() * wanted.framesPerSecond)),
                              .picture = [shoot](std::size_t i) { return shoot->picture(i); }});
         }
     }

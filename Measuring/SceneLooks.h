@@ -17,12 +17,13 @@ struct SceneLooks {
     std::size_t count = 1;
     std::size_t first = 1;
     TimeInterval lasts{5};
+    double framesPerSecond = 30;
     int width = 1280;
     int height = 720;
 };
 
-/// A camera that starts at some moment of the scene, at 30 pictures a second. A look's pictures
-/// must be read in their order, one look after the other.
+/// A camera that starts at some moment of the scene. A look's pictures must be read in their order,
+/// one look after the other.
 [[nodiscard]] std::vector<Look> looksOf(const SceneLooks& wanted);
 
 }  // namespace marrowby

@@ -36,7 +36,7 @@ constexpr const char* usage =
     "moire,\n"
     "                             glossGlare, deviceDetected, headTurn\n"
     "  --strictness relaxed|standard|strict\n"
-    "  --fps NUMBER               pictures per second where no truth.json tells, else 30\n"
+    "  --fps NUMBER               pictures per second, where no truth.json tells, else 30\n"
     "  --takes COUNT              looks of every scene, else 1\n"
     "  --first NUMBER             of the first take, else 1\n"
     "  --seconds NUMBER           how long each lasts at most, else 5\n"
@@ -98,7 +98,8 @@ bool apply(Options& options, const std::string& name, const std::string& value) 
         options.settings.threshold = threshold(*strictness);
     } else if (name == "--fps") {
         options.framesPerSecond = std::strtod(value.c_str(), nullptr);
-        return options.framesPerSecond > 0;
+        options.scenes.framesPerSecond = options.framesPerSecond;
+        return options.framesPerSecond >= 1 && options.framesPerSecond <= 1000;
     } else if (name == "--scenes") {
         options.scenes.scenes = parts(value, ',');
         return !options.scenes.scenes.empty();

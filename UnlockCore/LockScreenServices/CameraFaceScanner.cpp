@@ -72,17 +72,49 @@ struct CameraFaceScanner::Look {
     std::shared_ptr<std::atomic<bool>> isOver = std::make_shared<std::atomic<bool>>(false);
 };
 
+namespace {
+
+/// Counts a look's frames that failed. The look cannot go on when several in a row, over some time,
+/// did; a frame with nobody in it neither counts nor ends the row.
+class FaultRow {
+  public:
+    /// True when the look cannot go on.
+    bool isHopeless(const FaceScan::Step& step, Date at) {
+        if (!step.fault) {
+            if (step.recognition) count_ = 0;
+            return false;
+        }
+        if (count_ == 0 || at < since_) {
+            count_ = 0;
+            since_ = at;
+        }
+        ++count_;
+        return count_ >= leastFaults && at - since_ >= shortestRow;
+    }
+
+  private:
+    static constexpr int leastFaults = 5;
+    static constexpr TimeInterval shortestRow{1};
+
+    int count_ = 0;
+    Date since_;
+};
+
+}  // namespace
+
 /// The current look's work on the camera's queue.
 class CameraFaceScanner::Loop {
   public:
     Loop(const Services& services, ScanConfiguration configuration,
-         std::shared_ptr<const Models> models, const std::shared_ptr<Look>& look)
+         std::shared_ptr<const Models> models, const std::shared_ptr<Look>& look,
+         std::function<void(std::string)> onHopeless)
         : services_(services),
           helper_(services.queues.background()),
           configuration_(std::move(configuration)),
           models_(std::move(models)),
           look_(look),
           isOver_(look->isOver),
+          onHopeless_(std::move(onHopeless)),
           scan_(configuration_.livenessMode) {}
 
     void process(const CameraFrame& frame) {
@@ -96,6 +128,11 @@ class CameraFaceScanner::Loop {
                                                         .clock = services_.clock,
                                                         .helper = helper_.get()});
         if (*isOver_) return;
+        if (faults_.isHopeless(step, frame.timestamp)) {
+            services_.mainThread.post(
+                [onHopeless = onHopeless_, message = *step.fault] { onHopeless(message); });
+            return;
+        }
         services_.mainThread.post([weak = look_, observation = observation(step, *recognizer)] {
             const auto look = weak.lock();
             if (look && !*look->isOver) look->callbacks.onFrame(look->id, observation);
@@ -105,7 +142,11 @@ class CameraFaceScanner::Loop {
   private:
     [[nodiscard]] ScanObservation observation(const FaceScan::Step& step,
                                               const FaceRecognizer& recognizer) const {
-        if (!step.recognition) return ScanObservation::NoFace{};
+        if (!step.recognition) {
+            if (std::holds_alternative<FaceRecognitionError::CutOff>(step.recognition.error()))
+                return ScanObservation::CutOff{};
+            return ScanObservation::NoFace{};
+        }
         const auto best = facematcher::bestMatch(
             step.recognition->embedding, configuration_.identities,
             recognizer.embedder().modelIdentifier(), configuration_.threshold);
@@ -124,7 +165,9 @@ class CameraFaceScanner::Loop {
     const std::shared_ptr<const Models> models_;
     const std::weak_ptr<Look> look_;
     const std::shared_ptr<const std::atomic<bool>> isOver_;
+    const std::function<void(std::string)> onHopeless_;
     FaceScan scan_;
+    FaultRow faults_;
 };
 
 CameraFaceScanner::CameraFaceScanner(std::shared_ptr<CaptureSession> session,
@@ -168,7 +211,11 @@ void CameraFaceScanner::start(LookID look, const ScanConfiguration& configuratio
     assert(services_.mainThread.isCurrent());
     if (look_) *look_->isOver = true;
     look_ = std::make_shared<Look>(look, std::move(callbacks));
-    auto loop = std::make_shared<Loop>(services_, configuration, models_, look_);
+    auto loop = std::make_shared<Loop>(
+        services_, configuration, models_, look_,
+        [this, alive = std::weak_ptr(lifetime_), isOver = look_->isOver](std::string message) {
+            if (!alive.expired() && !*isOver) fail(std::move(message));
+        });
     camera_.setOnFrame([loop](const CameraFrame& frame) { loop->process(frame); });
     preload();
     if (const auto started = camera_.start(configuration.cameraID); !started) {

@@ -25,8 +25,9 @@ namespace marrowby {
 
 /// Looks for enrolled, live faces through the lock screen's camera. Main thread; the frames are
 /// worked on on the camera's queue, one at a time, and those that come meanwhile are lost. Both
-/// networks are loaded once and kept; a look during which one fails to load ends with its error,
-/// and the next look tries again. A camera that starts but never delivers gives no callback at all.
+/// networks are loaded once and kept; a look during which one fails to load, or fails on every
+/// frame, ends with its error, and the next look tries again. A camera that starts but never
+/// delivers gives no callback at all.
 class CameraFaceScanner final : public FaceScanning {
   public:
     using LoadEmbedder =

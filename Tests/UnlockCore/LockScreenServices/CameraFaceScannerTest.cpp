@@ -96,7 +96,10 @@ class CameraFaceScannerTest : public testing::Test {
         settle();
     }
     void deliver(bool wasUnderWay = false) {
-        session->deliver(std::make_shared<FakeSourceImage>(320, 240), wasUnderWay);
+        mainThread.jump(TimeInterval(1.0 / 30));
+        // No two in a row are the same.
+        height = 481 - height;
+        session->deliver(std::make_shared<FakeSourceImage>(320, height), wasUnderWay);
     }
     ScanObservation observe() {
         deliver();
@@ -126,6 +129,7 @@ class CameraFaceScannerTest : public testing::Test {
     ScanConfiguration configuration;
     std::vector<std::pair<LookID, ScanObservation>> frames;
     std::vector<std::string> failures;
+    double height = 240;
     std::function<void()> onFrame;
     std::function<void()> onFailure;
     std::unique_ptr<CameraFaceScanner> scanner;
@@ -181,6 +185,59 @@ TEST_F(CameraFaceScannerTest, TellsNoFaceWhereNoneIsUsable) {
         EXPECT_EQ(std::holds_alternative<ScanObservation::NoFace>(observe()), width < 60) << width;
     }
     EXPECT_TRUE(failures.empty());
+}
+
+TEST_F(CameraFaceScannerTest, TellsOfAFaceThatTheEdgeCutsOff) {
+    startFully();
+    vision.removeFaces();
+    vision.addFace({0.85, 0.4, 0.3, 0.3}, {320, 240});
+    EXPECT_EQ(observe(), ScanObservation(ScanObservation::CutOff{}));
+}
+
+TEST_F(CameraFaceScannerTest, EndsALookWhoseEveryFrameFails) {
+    struct Case {
+        std::function<void(bool)> fails;
+        std::string sentence;
+    };
+    const Case cases[] = {
+        {[&](bool on) {
+             embedder->fault.reset();
+             if (on) embedder->fault = FaceModelError::PixelBuffer{};
+         },
+         description(FaceModelError(FaceModelError::PixelBuffer{}))},
+        {[&](bool on) {
+             antiSpoof->fault.reset();
+             if (on) antiSpoof->fault = RealFaceModelError::PixelBuffer{};
+         },
+         description(RealFaceModelError(RealFaceModelError::PixelBuffer{}))},
+        {[&](bool on) {
+             vision.rectanglesFault.reset();
+             if (on) vision.rectanglesFault = "The finder’s own.";
+         },
+         "The finder’s own."},
+        {[&](bool on) {
+             vision.boxesFault.reset();
+             if (on) vision.boxesFault = "The system’s own.";
+         },
+         "The system’s own."},
+    };
+    std::int64_t id = 10;
+    for (const Case& c : cases) {
+        failures.clear();
+        startFully(LookID{++id});
+        for (int i = 0; i < 70; ++i) {
+            c.fails(i % 20 != 19);
+            observe();
+        }
+        EXPECT_TRUE(failures.empty()) << "a frame works now and then";
+        c.fails(true);
+        for (int i = 0; i < 40; ++i)
+            observe();
+        settle();
+        EXPECT_EQ(failures, std::vector{c.sentence});
+        EXPECT_FALSE(session->isRunning());
+        c.fails(false);
+    }
 }
 
 TEST_F(CameraFaceScannerTest, FailsAtOnceWithoutACameraAndWorksAtTheNextLook) {
