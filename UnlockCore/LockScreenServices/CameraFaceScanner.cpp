@@ -78,18 +78,19 @@ namespace {
 /// did; a frame with nobody in it neither counts nor ends the row.
 class FaultRow {
   public:
-    /// True when the look cannot go on.
-    bool isHopeless(const FaceScan::Step& step, Date at) {
+    /// The frame's fault when the look cannot go on.
+    std::optional<std::string> take(const FaceScan::Step& step, Date at) {
         if (!step.fault) {
             if (step.recognition) count_ = 0;
-            return false;
+            return std::nullopt;
         }
         if (count_ == 0 || at < since_) {
             count_ = 0;
             since_ = at;
         }
         ++count_;
-        return count_ >= leastFaults && at - since_ >= shortestRow;
+        const bool isLasting = count_ >= leastFaults && at - since_ >= shortestRow;
+        return isLasting ? step.fault : std::nullopt;
     }
 
   private:
@@ -107,14 +108,14 @@ class CameraFaceScanner::Loop {
   public:
     Loop(const Services& services, ScanConfiguration configuration,
          std::shared_ptr<const Models> models, const std::shared_ptr<Look>& look,
-         std::function<void(std::string)> onHopeless)
+         std::function<void(std::string)> onFault)
         : services_(services),
           helper_(services.queues.background()),
           configuration_(std::move(configuration)),
           models_(std::move(models)),
           look_(look),
           isOver_(look->isOver),
-          onHopeless_(std::move(onHopeless)),
+          onFault_(std::move(onFault)),
           scan_(configuration_.livenessMode) {}
 
     void process(const CameraFrame& frame) {
@@ -128,9 +129,9 @@ class CameraFaceScanner::Loop {
                                                         .clock = services_.clock,
                                                         .helper = helper_.get()});
         if (*isOver_) return;
-        if (faults_.isHopeless(step, frame.timestamp)) {
+        if (auto fault = faults_.take(step, frame.timestamp)) {
             services_.mainThread.post(
-                [onHopeless = onHopeless_, message = *step.fault] { onHopeless(message); });
+                [fail = onFault_, fault = *std::move(fault)] { fail(fault); });
             return;
         }
         services_.mainThread.post([weak = look_, observation = observation(step, *recognizer)] {
@@ -165,7 +166,7 @@ class CameraFaceScanner::Loop {
     const std::shared_ptr<const Models> models_;
     const std::weak_ptr<Look> look_;
     const std::shared_ptr<const std::atomic<bool>> isOver_;
-    const std::function<void(std::string)> onHopeless_;
+    const std::function<void(std::string)> onFault_;
     FaceScan scan_;
     FaultRow faults_;
 };

@@ -84,7 +84,7 @@ FaceScan::FaceScan(LivenessMode mode, std::set<LivenessCue> enabledCues)
                 livenessWindow) {}
 
 const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const Services& services) {
-    if (isRepeated(frame)) return *last_;
+    if (last_ && isRepeated(frame)) return *last_;
     const Date began = services.clock.now();
     pace_.note(frame.timestamp);
     auto [measured, fault, recognition] = study(frame, services);
@@ -151,12 +151,12 @@ FaceScan::Findings FaceScan::measure(const CameraFrame& frame, const DetectedFac
         measured.glare = cues.glare;
         measured.moire = cues.moire;
     }
-    const auto device = devicebezeldetector::detect(frame.image, box, services.vision);
-    if (!device) {
-        findings.fault = device.error();
+    const auto sought = devicebezeldetector::detect(frame.image, box, services.vision);
+    if (!sought) {
+        findings.fault = sought.error();
         return findings;
     }
-    if (*device) measured.deviceOverlapFraction = (*device)->faceOverlapFraction;
+    if (const auto& device = *sought) measured.deviceOverlapFraction = device->faceOverlapFraction;
     if (lastScoredAt_ && pace_.isBurst(*lastScoredAt_, frame.timestamp)) return findings;
     if (const auto pixels = RGBPixels::view(frame.image)) {
         if (const auto score = services.antiSpoof.score(*pixels, box)) {
