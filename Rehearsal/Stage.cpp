@@ -28,7 +28,7 @@
 #include "Rehearsal/Scenes/ScriptedCamera.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Rehearsal/TemporaryFolder.h"
-#include "Unlock/LockScreenOverlayController.h"
+#include "Unlock/Island.h"
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 #include "UnlockCore/Platform/LockNotifications.h"
@@ -140,9 +140,6 @@ struct Stage::World {
     XTestKeyEvents keyEvents{desktop.displayName()};
     ScreenLocker locker{desktop.displayName()};
     X11WindowServer windowServer{desktop.displayName()};
-    LockScreen lockScreen{windowServer, session.loginSession()};
-    LockScreenOverlayController island{
-        {.lockScreen = lockScreen, .mainThread = mainThread, .clock = clock}};
 
     Cast cast;
     /// Who follows the enrolment; the cameras' views hold him too.
@@ -240,7 +237,7 @@ void Stage::World::startApplication() {
                        .defaults = defaults,
                        .keyEvents = keyEvents,
                        .systemSettings = systemSettings,
-                       .presenter = &island},
+                       .windowServer = windowServer},
         UnlockModel::Resources{.dataBase = data.path(),
                                .bundleIdentifier = {},
                                .testTag = {},
@@ -249,7 +246,6 @@ void Stage::World::startApplication() {
         windows,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { note(line); },
                                  .terminate = [] {}});
-    island.onHover = [this] { application->model().activateIsland(); };
     application->didFinishLaunching({.isAtLogin = true, .isVisible = true});
 }
 

@@ -1,5 +1,7 @@
 #include "Unlock/UnlockModel.h"
 
+#include "Kit/LockScreen.h"
+#include "Unlock/LockScreenOverlayController.h"
 #include "UnlockCore/Engine/SystemUnlockClock.h"
 #include "UnlockCore/Engine/UnlockCoordinator.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
@@ -80,6 +82,8 @@ struct UnlockModel::Engine {
     SpaceKeyMonitor spaceKeys;
     LockScreenActivityMonitor activity;
     SystemUnlockClock clock;
+    LockScreen lockScreen;
+    LockScreenOverlayController island;
     UnlockCoordinator coordinator;
     VaultAutoLocker autoLocker;
 };
@@ -105,11 +109,14 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
       spaceKeys(platform.keyboards, ownKeystrokes),
       activity(inputIdle, platform.mainThread, platform.clock),
       clock(platform.clock, platform.mainThread),
+      lockScreen(platform.windowServer, platform.loginSession),
+      island(
+          {.lockScreen = lockScreen, .mainThread = platform.mainThread, .clock = platform.clock}),
       coordinator(model.settings().passwordHealth,
                   {.lockState = std::make_shared<WindowServerLockState>(platform.loginSession),
                    .scanner = scanner,
                    .typer = typer,
-                   .presenter = platform.presenter,
+                   .presenter = &island,
                    .spaceKeys = spaceKeys,
                    .activity = activity,
                    .clock = clock,
@@ -134,6 +141,7 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
                                       if (model.callbacks_.onLog) model.callbacks_.onLog(line);
                                   },
                               .onChange = {}});
+    island.onHover = [this] { coordinator.send(Event::Activate{}); };
     spaceKeys.onSpace = [this] { coordinator.send(Event::SpaceKey{}); };
     activity.onActivity = [this](const InputActivity& input) {
         coordinator.send(Event::Activity{input});
@@ -432,10 +440,6 @@ void UnlockModel::eraseEverything() {
 void UnlockModel::wireEngine() {
     if (!engine_ && state_.isEnrolled && state_.hasPassword)
         engine_ = std::make_unique<Engine>(*this, platform_);
-}
-
-void UnlockModel::activateIsland() {
-    if (engine_) engine_->coordinator.send(Event::Activate{});
 }
 
 UnlockReadiness UnlockModel::readiness() const {

@@ -125,8 +125,6 @@ class UnlockModel {
     /// Builds the engine, once and only where a face and a password are saved, and lets it follow
     /// the lock screen.
     void wireEngine();
-    /// The pointer came to the island.
-    void activateIsland();
 
   private:
     struct Engine;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "UnlockCore/Engine/UnlockCoordinator.h"
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/CaptureSession.h"
 #include "UnlockCore/Platform/DefaultsStore.h"
@@ -20,6 +19,7 @@
 #include "UnlockCore/Platform/OwnerAuthentication.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/SystemSettings.h"
+#include "UnlockCore/Platform/WindowServer.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
 #include <memory>
@@ -59,8 +59,8 @@ struct UnlockPlatform {
 
     KeyEvents& keyEvents;
     SystemSettings& systemSettings;
-    /// The island above the lock screen; may be null.
-    UnlockCoordinator::Presenting* presenter = nullptr;
+    /// Shows the island above the lock screen.
+    WindowServer& windowServer;
 };
 
 }  // namespace marrowby

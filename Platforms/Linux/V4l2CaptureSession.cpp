@@ -223,12 +223,15 @@ class V4l2CaptureSession::Input final : public CaptureInput {
     }
     [[nodiscard]] bool lockForConfiguration() override { return true; }
     void setActiveFormat(std::size_t index) override {
-        if (index < modes_.size()) wish_.mode = modes_[index];
-    }
-    void setFrameDuration(FrameDuration duration) override { wish_.duration = duration; }
-    void unlockForConfiguration() override {
+        if (index >= modes_.size()) return;
+        wish_.mode = modes_[index];
         if (isAttached_) apply();
     }
+    void setFrameDuration(FrameDuration duration) override {
+        wish_.duration = duration;
+        if (isAttached_) apply();
+    }
+    void unlockForConfiguration() override {}
 
     void setAttached(bool isAttached) {
         isAttached_ = isAttached;

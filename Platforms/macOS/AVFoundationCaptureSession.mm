@@ -80,7 +80,8 @@ AVCaptureSessionPreset sessionPreset(CapturePreset preset) {
 std::optional<CaptureDeviceDescription> description(AVCaptureDevice* device) {
     if (!device) return std::nullopt;
     return CaptureDeviceDescription{.uniqueID = plainText(device.uniqueID),
-                                    .localizedName = plainText(device.localizedName)};
+                                    .localizedName = plainText(device.localizedName),
+                                    .isSuspended = device.suspended != NO};
 }
 
 CaptureFormat format(AVCaptureDeviceFormat* format) {

@@ -1,5 +1,6 @@
 #include "Platforms/macOS/AppKitWindowServer.h"
 
+#include "Platforms/macOS/CoreFoundationOwner.h"
 #include "Platforms/macOS/FoundationText.h"
 #include "Platforms/macOS/PanelView.h"
 
@@ -130,12 +131,15 @@ class AppKitPanel final : public LockScreenPanel {
     std::shared_ptr<PanelContent> content_;
 };
 
+using OwnedArray = CoreFoundationOwner<CFArrayRef>;
+
 template <typename Number>
-CFArrayRef numbers(std::span<const Number> values) {
+OwnedArray numbers(std::span<const Number> values) {
     NSMutableArray<NSNumber*>* const array = [NSMutableArray array];
     for (const Number value : values)
         [array addObject:@(value)];
-    return (__bridge CFArrayRef)array;
+    // A bridge alone owns nothing: the array would be gone before the call that it is for.
+    return OwnedArray(static_cast<CFArrayRef>(CFBridgingRetain(array)));
 }
 
 /// The entry points of the private framework. Apple documents none of them: the types are those
@@ -154,18 +158,18 @@ class LoadedSkyLight final : public SkyLightFunctions {
         call<std::int32_t(Connection, Space, std::int32_t)>(2)(connection, space, level);
     }
     void showSpaces(Connection connection, std::span<const Space> spaces) override {
-        call<std::int32_t(Connection, CFArrayRef)>(3)(connection, numbers(spaces));
+        call<std::int32_t(Connection, CFArrayRef)>(3)(connection, numbers(spaces).get());
     }
     void spaceAddWindowsAndRemoveFromSpaces(Connection connection, Space space,
                                             std::span<const std::int64_t> windows,
                                             std::int32_t options) override {
         call<std::int32_t(Connection, Space, CFArrayRef, std::int32_t)>(4)(
-            connection, space, numbers(windows), options);
+            connection, space, numbers(windows).get(), options);
     }
     void removeWindowsFromSpaces(Connection connection, std::span<const std::int64_t> windows,
                                  std::span<const Space> spaces) override {
-        call<std::int32_t(Connection, CFArrayRef, CFArrayRef)>(5)(connection, numbers(windows),
-                                                                  numbers(spaces));
+        call<std::int32_t(Connection, CFArrayRef, CFArrayRef)>(5)(
+            connection, numbers(windows).get(), numbers(spaces).get());
     }
 
   private:

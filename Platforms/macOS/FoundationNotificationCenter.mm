@@ -94,11 +94,11 @@ std::unique_ptr<NotificationCenter> FoundationNotificationCenter::local(MainThre
 NotificationCenter::Token FoundationNotificationCenter::observe(std::string name,
                                                                 std::function<void()> handler) {
     const Token token{++observers_->lastToken};
-    MainThread& mainThread = observers_->mainThread;
+    MainThread* const mainThread = &observers_->mainThread;
     const std::weak_ptr<Observers> weak = observers_;
     MarrowbyNotificationObserver* const object =
         [[MarrowbyNotificationObserver alloc] initWithReceived:^{
-          mainThread.post([weak, token] {
+          mainThread->post([weak, token] {
               if (const auto observers = weak.lock()) observers->deliver(token);
           });
         }];

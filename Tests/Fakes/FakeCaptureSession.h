@@ -15,8 +15,9 @@
 namespace marrowby {
 
 /// Made-up cameras and one session that keeps its rules: changes only between begin and commit, at
-/// most one input. Breaking one is noted in `faults`. One thread, except that samples that are
-/// under way may be delivered on another.
+/// most one input, and the preset in place of the camera's format when it starts or stops while
+/// nobody holds the configuration. Breaking one is noted in `faults`. One thread, except that
+/// samples that are under way may be delivered on another.
 class FakeCaptureSession final : public CaptureSession {
   public:
     struct Camera {
@@ -26,6 +27,7 @@ class FakeCaptureSession final : public CaptureSession {
         std::vector<CaptureFormat> formats = {};
         /// Another process holds its configuration.
         bool isBusy = false;
+        int locks = 0;
         /// How often it was unplugged and came back, which ends the use of the inputs it had.
         int plugs = 0;
         /// What the test finds set.
@@ -120,10 +122,12 @@ class FakeCaptureSession final : public CaptureSession {
     void start() override {
         note("start", !configuring_ && !running_);
         running_ = true;
+        applyPreset();
     }
     void stop() override {
         note("stop", !configuring_ && running_);
         running_ = false;
+        applyPreset();
     }
     [[nodiscard]] bool isRunning() const override { return running_; }
 
@@ -142,33 +146,42 @@ class FakeCaptureSession final : public CaptureSession {
             return session_.camera(id_).formats;
         }
         [[nodiscard]] bool lockForConfiguration() override {
-            locked_ = !session_.camera(id_).isBusy;
-            return locked_;
+            if (deviceID().empty()) return false;
+            Camera& camera = session_.camera(id_);
+            if (!camera.isBusy) ++camera.locks;
+            return !camera.isBusy;
         }
         void setActiveFormat(std::size_t index) override {
-            if (!locked_) session_.faults.emplace_back("format without lock");
+            if (!isLocked()) session_.faults.emplace_back("format without lock");
             session_.camera(id_).activeFormat = index;
         }
         void setFrameDuration(FrameDuration duration) override {
-            if (!locked_) session_.faults.emplace_back("frame duration without lock");
+            if (!isLocked()) session_.faults.emplace_back("frame duration without lock");
             session_.camera(id_).frameDuration = duration;
         }
         void unlockForConfiguration() override {
-            if (!locked_) session_.faults.emplace_back("unlock without lock");
-            locked_ = false;
+            if (deviceID().empty()) return;
+            if (!isLocked()) session_.faults.emplace_back("unlock without lock");
+            --session_.camera(id_).locks;
         }
 
       private:
+        [[nodiscard]] bool isLocked() const { return session_.camera(id_).locks > 0; }
+
         FakeCaptureSession& session_;
         const std::string id_;
         const int plugs_;
-        bool locked_ = false;
     };
 
     template <typename Condition>
     [[nodiscard]] std::optional<CaptureDeviceDescription> first(const Condition& condition) const {
         const auto found = std::ranges::find_if(cameras, condition);
         return found == cameras.end() ? std::nullopt : std::optional(found->description);
+    }
+    void applyPreset() {
+        if (!input_ || input_->deviceID().empty()) return;
+        Camera& attached = camera(input_->deviceID());
+        if (attached.locks == 0) attached.activeFormat.reset();
     }
     void note(const std::string& call, bool isAllowed) {
         calls.push_back(call);

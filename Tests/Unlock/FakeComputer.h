@@ -17,8 +17,8 @@
 #include "Tests/Fakes/FakeNeuralModels.h"
 #include "Tests/Fakes/FakeNotificationCenter.h"
 #include "Tests/Fakes/FakeOwnerAuthentication.h"
-#include "Tests/Fakes/FakePresenting.h"
 #include "Tests/Fakes/FakeSystemSettings.h"
+#include "Tests/Fakes/FakeWindowServer.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
 #include "Unlock/UnlockModel.h"
 #include "UnlockCore/Enrollment/EnrollmentPose.h"
@@ -75,7 +75,7 @@ struct FakeComputer {
                 .defaults = *store,
                 .keyEvents = keyEvents,
                 .systemSettings = systemSettings,
-                .presenter = &island};
+                .windowServer = windowServer};
     }
 
     [[nodiscard]] static UnlockModel::Resources resources() {
@@ -146,7 +146,7 @@ struct FakeComputer {
     DefaultsStore* store = &defaults;
     FakeKeyEvents keyEvents;
     FakeSystemSettings systemSettings;
-    FakePresenting island;
+    FakeWindowServer windowServer;
 };
 
 }  // namespace marrowby

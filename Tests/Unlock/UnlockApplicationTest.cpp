@@ -113,6 +113,20 @@ TEST_F(UnlockApplicationTest, waitsForTheOwnerAfterARestart) {
     EXPECT_EQ(application->model().state().identities.size(), 1U);
 }
 
+TEST_F(UnlockApplicationTest, startsALookWhenThePointerComesToTheIsland) {
+    lookCamera->cameras = enrollmentCamera->cameras;
+    setUpAll();
+    lockScreen();
+    const std::size_t lines = log.size();
+    windowServer.movePointer({.x = 600, .y = 500});
+    EXPECT_EQ(log.size(), lines);
+    windowServer.movePointer({.x = 720, .y = 0});
+    ASSERT_GT(log.size(), lines);
+    EXPECT_EQ(log[lines], "Looking (hover)");
+    settle();
+    EXPECT_TRUE(lookCamera->isRunning());
+}
+
 TEST_F(UnlockApplicationTest, savesNothingOfACaptureThatDidNotEnd) {
     struct Case {
         const char* problem;

@@ -27,7 +27,6 @@
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Unlock/Linux/MissingModelsPresenter.h"
 #include "Unlock/Linux/QtApplicationWindows.h"
-#include "Unlock/LockScreenOverlayController.h"
 #include "Unlock/UnlockApplication.h"
 #include "UnlockCore/LockWatching/WindowServerLockState.h"
 
@@ -117,7 +116,6 @@ class World {
     }
 
     void terminate() {
-        island_.onHover = {};
         if (application_) application_->willTerminate();
     }
 
@@ -165,9 +163,6 @@ class World {
     const std::shared_ptr<CaptureSession> enrollmentCamera_ = surroundings_.makeCamera(clock_);
 
     X11WindowServer windowServer_{sessionPlaces_.display};
-    LockScreen lockScreen_{windowServer_, session_.loginSession()};
-    LockScreenOverlayController island_{
-        {.lockScreen = lockScreen_, .mainThread = mainThread_, .clock = clock_}};
     QtApplicationWindows windows_;
     MissingModelsPresenter missing_;
     UnlockOpening::Launch launch_;
@@ -211,7 +206,7 @@ std::expected<void, std::string> World::start() {
                        .defaults = defaults_,
                        .keyEvents = *keyEvents_,
                        .systemSettings = systemSettings_,
-                       .presenter = &island_},
+                       .windowServer = windowServer_},
         UnlockModel::Resources{.dataBase = places_.folders.dataHome,
                                .bundleIdentifier = applicationIdentifier,
                                .testTag = {},
@@ -220,7 +215,6 @@ std::expected<void, std::string> World::start() {
         windows_,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { log_.write(line); },
                                  .terminate = &World::end});
-    island_.onHover = [this] { application_->model().activateIsland(); };
     application_->didFinishLaunching(launch_);
     surroundings_.didLaunch(*application_);
     return {};

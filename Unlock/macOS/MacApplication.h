@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Kit/LockScreen.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Platforms/macOS/AVFoundationCaptureSession.h"
@@ -22,7 +21,6 @@
 #include "Platforms/macOS/UserDefaultsStore.h"
 #include "Platforms/macOS/VDspFourierTransform.h"
 #include "Platforms/macOS/VisionFaceVision.h"
-#include "Unlock/LockScreenOverlayController.h"
 #include "Unlock/UnlockApplication.h"
 #include "Unlock/macOS/AppKitApplicationWindows.h"
 
@@ -72,9 +70,6 @@ class MacApplication {
     CoreGraphicsKeyEvents keyEvents_;
     AppKitSystemSettings systemSettings_;
     AppKitWindowServer windowServer_;
-    LockScreen lockScreen_{windowServer_, loginSession_};
-    LockScreenOverlayController island_{
-        {.lockScreen = lockScreen_, .mainThread = mainThread_, .clock = clock_}};
     AppKitApplicationWindows windows_;
     UnlockApplication application_;
 };

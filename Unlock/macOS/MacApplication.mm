@@ -61,7 +61,6 @@ MacApplication::MacApplication()
                }}) {}
 
 void MacApplication::willTerminate() {
-    island_.onHover = nullptr;
     application_.willTerminate();
 }
 
@@ -94,7 +93,7 @@ UnlockPlatform MacApplication::platform() {
             .defaults = defaults_,
             .keyEvents = keyEvents_,
             .systemSettings = systemSettings_,
-            .presenter = &island_};
+            .windowServer = windowServer_};
 }
 
 }  // namespace marrowby

@@ -127,7 +127,8 @@ class StatusRow final : public CardRow {
 
 class ToggleRow final : public CardRow {
   public:
-    ToggleRow(const WindowRow& row, const Window& window)
+    // A block keeps the very reference that it captures: what it needs comes by value.
+    ToggleRow(const WindowRow& row, Window window)
         : CardRow(row), control_([[NSSwitch alloc] init]) {
         const ControlID id = std::get<WindowRow::Toggle>(row).id;
         trail(control_);
@@ -150,7 +151,7 @@ class ToggleRow final : public CardRow {
 
 class ChoiceRow final : public CardRow {
   public:
-    ChoiceRow(const WindowRow& row, const Window& window)
+    ChoiceRow(const WindowRow& row, Window window)
         : CardRow(row), control_([[NSPopUpButton alloc] initWithFrame:NSZeroRect pullsDown:NO]) {
         const ControlID id = std::get<WindowRow::Choice>(row).id;
         trail(control_);
@@ -216,8 +217,7 @@ class FieldRow : public CardRow {
 
 class TextFieldRow final : public FieldRow {
   public:
-    TextFieldRow(const WindowRow& row, const Window& window)
-        : FieldRow(row, [[NSTextField alloc] init]) {
+    TextFieldRow(const WindowRow& row, Window window) : FieldRow(row, [[NSTextField alloc] init]) {
         const ControlID id = std::get<WindowRow::TextField>(row).id;
         [MarrowbyControlTarget attachTo:textField()
                                 calling:^(NSControl* control) {
@@ -382,6 +382,8 @@ void showText(NSTextField* label, const std::string& text) {
 void PageButtons::show(const std::vector<WindowButton>& buttons, const Window& window) {
     if (buttons == shown_) return;
     shown_ = buttons;
+    // The blocks would keep a reference as one.
+    const Window owning = window;
     NSMutableArray<NSView*>* const views = [NSMutableArray array];
     for (const WindowButton& button : buttons) {
         NSButton* const view = [NSButton buttonWithTitle:foundationText(button.title)
@@ -393,7 +395,7 @@ void PageButtons::show(const std::vector<WindowButton>& buttons, const Window& w
         const ControlID id = button.id;
         [MarrowbyControlTarget attachTo:view
                                 calling:^(NSControl*) {
-                                  if (const auto owner = window.lock()) owner->press(id);
+                                  if (const auto owner = owning.lock()) owner->press(id);
                                 }];
         [views addObject:view];
     }

@@ -26,6 +26,8 @@ enum class CapturePixelFormat : std::uint32_t { bgra32 = bgra32Code };
 struct CaptureDeviceDescription {
     std::string uniqueID;
     std::string localizedName;
+    /// It delivers nothing for now, such as the camera in a closed lid.
+    bool isSuspended = false;
     friend bool operator==(const CaptureDeviceDescription&,
                            const CaptureDeviceDescription&) = default;
 };
@@ -60,7 +62,8 @@ struct CaptureOutputSettings {
 };
 
 /// One camera attached to a session: its formats, and the device's configuration between lock and
-/// unlock.
+/// unlock. A session that starts or stops sets the device as its preset says, except while the
+/// configuration is locked. It is locked on the owner's thread or on the capture queue.
 class CaptureInput {
   public:
     virtual ~CaptureInput() = default;
@@ -68,7 +71,8 @@ class CaptureInput {
     [[nodiscard]] virtual std::string deviceID() const = 0;
     /// In the device's order.
     [[nodiscard]] virtual std::vector<CaptureFormat> formats() const = 0;
-    /// False when another process holds the configuration.
+    /// False when another process holds the configuration. Each lock
+    /// that holds is followed by an unlock; others of the same device may lie between.
     [[nodiscard]] virtual bool lockForConfiguration() = 0;
     virtual void setActiveFormat(std::size_t index) = 0;
     /// Both the shortest and the longest time between frames.

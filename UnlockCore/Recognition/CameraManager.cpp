@@ -82,6 +82,25 @@ class CameraManager::Delivery {
     std::int64_t nextID_ GUARDED_BY(mutex_) = 0;
 };
 
+/// Holds the device's configuration while it lives, where the system lets it: a session that starts
+/// or stops meanwhile leaves the format as it is.
+class CameraManager::DeviceLock {
+  public:
+    explicit DeviceLock(std::shared_ptr<CaptureInput> input)
+        : input_(std::move(input)), isHeld_(input_ && input_->lockForConfiguration()) {}
+    DeviceLock(const DeviceLock&) = delete;
+    DeviceLock& operator=(const DeviceLock&) = delete;
+    ~DeviceLock() {
+        if (isHeld_) input_->unlockForConfiguration();
+    }
+
+    [[nodiscard]] bool isHeld() const { return isHeld_; }
+
+  private:
+    const std::shared_ptr<CaptureInput> input_;
+    const bool isHeld_;
+};
+
 /// The camera-use claim. Main thread.
 struct CameraManager::Claim {
     CameraUseRegistry& registry;
@@ -178,25 +197,32 @@ std::expected<void, CameraError> CameraManager::start(const std::optional<std::s
                             });
         configured_ = true;
     }
-    std::expected<void, CameraError> attached;
+    std::expected<std::shared_ptr<DeviceLock>, CameraError> attached;
     if (!input_ || input_->deviceID() != device->uniqueID) attached = attach(device->uniqueID);
     session_->commitConfiguration();
-    if (!attached) return attached;
+    if (!attached) return std::unexpected(attached.error());
 
     claim_->generation = incremented(claim_->generation);
     delivery_->accept(true);
     claim_->announce();
-    queue_->async([session = session_] {
-        if (!session->isRunning()) session->start();
+    queue_->async([session = session_, input = input_, lock = *std::move(attached)]() mutable {
+        if (!session->isRunning()) {
+            if (!lock) lock = std::make_shared<DeviceLock>(std::move(input));
+            session->start();
+        }
+        lock.reset();
     });
     return {};
 }
 
 void CameraManager::stop() {
     delivery_->accept(false);
-    queue_->async([session = session_, weak = std::weak_ptr(claim_),
+    queue_->async([session = session_, input = input_, weak = std::weak_ptr(claim_),
                    generation = claim_->generation, &mainThread = services_.mainThread] {
-        if (session->isRunning()) session->stop();
+        if (session->isRunning()) {
+            const DeviceLock lock(input);
+            session->stop();
+        }
         mainThread.post([weak, generation] {
             const auto claim = weak.lock();
             if (claim && claim->generation == generation) claim->withdraw();
@@ -218,17 +244,28 @@ bool CameraManager::isRunning() const {
 
 std::optional<CaptureDeviceDescription> CameraManager::chooseDevice(
     const std::optional<std::string>& cameraID) const {
+    const auto isUsable = [](const std::optional<CaptureDeviceDescription>& device) {
+        return device && !device->isSuspended;
+    };
     if (cameraID) {
-        if (auto device = session_->device(*cameraID)) return device;
+        if (auto device = session_->device(*cameraID); isUsable(device)) return device;
     }
-    if (auto device = session_->defaultDevice(CaptureDeviceType::builtInWideAngleCamera,
-                                              CapturePosition::front)) {
-        return device;
+    // The default of any kind comes last: it may be somebody's phone.
+    for (const CapturePosition position : {CapturePosition::front, CapturePosition::unspecified}) {
+        auto device = session_->defaultDevice(CaptureDeviceType::builtInWideAngleCamera, position);
+        if (isUsable(device)) return device;
     }
-    return session_->defaultDevice();
+    if (auto device = session_->defaultDevice(); isUsable(device)) return device;
+    constexpr std::array attachedTypes{CaptureDeviceType::builtInWideAngleCamera,
+                                       CaptureDeviceType::externalCamera};
+    for (auto& device : session_->discover(attachedTypes)) {
+        if (!device.isSuspended) return std::move(device);
+    }
+    return std::nullopt;
 }
 
-std::expected<void, CameraError> CameraManager::attach(const std::string& deviceID) {
+std::expected<std::shared_ptr<CameraManager::DeviceLock>, CameraError> CameraManager::attach(
+    const std::string& deviceID) {
     detach();
     auto input = session_->makeInput(deviceID);
     if (!input) return std::unexpected(CameraError::CannotOpen{input.error()});
@@ -236,8 +273,7 @@ std::expected<void, CameraError> CameraManager::attach(const std::string& device
         return std::unexpected(CameraError::CannotOpen{"the session won’t take it"});
     }
     input_ = *std::move(input);
-    applyFormat(*input_);
-    return {};
+    return applyFormat(input_);
 }
 
 void CameraManager::detach() {
@@ -246,8 +282,9 @@ void CameraManager::detach() {
     input_.reset();
 }
 
-void CameraManager::applyFormat(CaptureInput& input) {
-    const std::vector<CaptureFormat> formats = input.formats();
+std::shared_ptr<CameraManager::DeviceLock> CameraManager::applyFormat(
+    const std::shared_ptr<CaptureInput>& input) {
+    const std::vector<CaptureFormat> formats = input->formats();
     std::vector<cameraformatpicker::Candidate> candidates;
     for (const CaptureFormat& format : formats) {
         double fastest = 0;
@@ -257,14 +294,16 @@ void CameraManager::applyFormat(CaptureInput& input) {
         candidates.push_back({format.width, format.height, fastest});
     }
     const auto picked = cameraformatpicker::pick(candidates, maximumHeight, frameRate);
-    if (!picked || !input.lockForConfiguration()) return;
-    input.setActiveFormat(*picked);
+    if (!picked) return nullptr;
+    auto lock = std::make_shared<DeviceLock>(input);
+    if (!lock->isHeld()) return nullptr;
+    input->setActiveFormat(*picked);
     if (std::ranges::any_of(formats[*picked].frameRates, [](const FrameRateRange& range) {
             return range.minimum <= frameRate && range.maximum >= frameRate;
         })) {
-        input.setFrameDuration(frameDuration);
+        input->setFrameDuration(frameDuration);
     }
-    input.unlockForConfiguration();
+    return lock;
 }
 
 }  // namespace marrowby

@@ -67,13 +67,17 @@ class CameraManager {
 
   private:
     class Delivery;
+    class DeviceLock;
     struct Claim;
 
     [[nodiscard]] std::optional<CaptureDeviceDescription> chooseDevice(
         const std::optional<std::string>& cameraID) const;
-    [[nodiscard]] std::expected<void, CameraError> attach(const std::string& deviceID);
+    /// Gives the lock under which the format was set, if it was.
+    [[nodiscard]] std::expected<std::shared_ptr<DeviceLock>, CameraError> attach(
+        const std::string& deviceID);
     void detach();
-    static void applyFormat(CaptureInput& input);
+    [[nodiscard]] static std::shared_ptr<DeviceLock> applyFormat(
+        const std::shared_ptr<CaptureInput>& input);
 
     std::shared_ptr<CaptureSession> session_;
     Services services_;
@@ -81,7 +85,8 @@ class CameraManager {
     /// What the queue's work shares with this manager, and may outlive it.
     std::shared_ptr<Delivery> delivery_;
     std::shared_ptr<Claim> claim_;
-    std::unique_ptr<CaptureInput> input_;
+    /// The queue's work may keep it longer.
+    std::shared_ptr<CaptureInput> input_;
     bool configured_ = false;
 };
 

@@ -97,8 +97,39 @@ TEST_F(CameraManagerTest, ChoosesTheAskedCameraElseTheDefault) {
     session->cameras.erase(session->cameras.begin() + 1);
     start();
     EXPECT_EQ(session->attached(), "desk");
+    session->camera("desk").description.isSuspended = true;
+    EXPECT_EQ(manager->start("desk").error(), CameraError(CameraError::NoCamera{}))
+        << "the phone was not asked for";
+    start("phone");
     session->cameras.clear();
     EXPECT_EQ(manager->start("desk").error(), CameraError(CameraError::NoCamera{}));
+}
+
+TEST_F(CameraManagerTest, TakesNoCameraInAClosedLidAndNoPhoneUnasked) {
+    session->camera("built-in").description.isSuspended = true;
+    std::ranges::rotate(session->cameras, session->cameras.begin() + 2);
+    session->camera("phone").description.isSuspended = true;
+    start("built-in");
+    EXPECT_EQ(session->attached(), "desk") << "neither the lid's nor the default one";
+    session->camera("built-in").description.isSuspended = false;
+    session->camera("phone").description.isSuspended = false;
+    session->camera("built-in").position = CapturePosition::unspecified;
+    start();
+    EXPECT_EQ(session->attached(), "built-in") << "though the phone is the default one";
+}
+
+TEST_F(CameraManagerTest, TheFormatOutlastsThePresetWheneverTheSessionStartsOrStops) {
+    start("desk");
+    EXPECT_EQ(session->camera("desk").activeFormat, 1U);
+    manager->stop();
+    ASSERT_TRUE(manager->start("desk"));
+    manager->stop();
+    ASSERT_TRUE(manager->start("phone"));
+    ASSERT_TRUE(manager->start("desk"));
+    queues.runAll();
+    EXPECT_EQ(session->camera("desk").activeFormat, 1U);
+    for (const auto& camera : session->cameras)
+        EXPECT_EQ(camera.locks, 0) << camera.description.localizedName;
 }
 
 TEST_F(CameraManagerTest, ConfiguresOnceAndKeepsTheSameCamera) {
