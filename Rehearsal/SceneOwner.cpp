@@ -21,8 +21,10 @@ class SceneContext final : public OwnerAuthenticationContext {
         std::function<void(std::expected<bool, OwnerAuthenticationError>)> reply) override {
         mainThread_.post([reply = std::move(reply), confirms = *confirms_] {
             if (confirms) return reply(true);
-            reply(std::unexpected(OwnerAuthenticationError{
-                .code = PolkitOwnerAuthentication::cancelledByUser, .message = "cancelled"}));
+            reply(std::unexpected(
+                OwnerAuthenticationError{.domain = OwnerAuthenticationError::authenticationDomain,
+                                         .code = PolkitOwnerAuthentication::cancelledByUser,
+                                         .message = "cancelled"}));
         });
     }
 

@@ -25,7 +25,10 @@ constexpr quint32 allowUserInteraction = 1;
 constexpr int noTimeout = std::numeric_limits<int>::max();
 
 std::unexpected<OwnerAuthenticationError> failure(std::int64_t code, std::string message) {
-    return std::unexpected<OwnerAuthenticationError>({.code = code, .message = std::move(message)});
+    return std::unexpected<OwnerAuthenticationError>(
+        {.domain = OwnerAuthenticationError::authenticationDomain,
+         .code = code,
+         .message = std::move(message)});
 }
 
 std::unexpected<OwnerAuthenticationError> noBus() {

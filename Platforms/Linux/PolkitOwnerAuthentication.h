@@ -16,7 +16,7 @@ class PolkitOwnerAuthentication final : public OwnerAuthentication {
     /// The action of app.quenby.unlock.policy, which lies among this system's polkit actions.
     static constexpr const char* action = "app.quenby.unlock.confirm-owner";
 
-    // Codes of the errors, as the core knows them; any other failure is 0.
+    // Codes of the errors, in the domain that the core knows; any other failure is 0.
     static constexpr std::int64_t refused = -1;
     static constexpr std::int64_t cancelledByUser = -2;
     static constexpr std::int64_t cancelledByApplication = -9;

@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 
@@ -14,7 +15,15 @@ namespace {
 
 using Context = std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)>;
 
+/// Before anything else is asked of libcrypto, which would read a configuration file: whoever may
+/// write that, or set the variable that names it, could have this process load a library.
+bool prepare() {
+    static const bool isReady = OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr) == 1;
+    return isReady;
+}
+
 Context makeContext() {
+    if (!prepare()) return {nullptr, &EVP_CIPHER_CTX_free};
     return {EVP_CIPHER_CTX_new(), &EVP_CIPHER_CTX_free};
 }
 
@@ -30,7 +39,8 @@ int length(std::span<const std::uint8_t> bytes) {
 }  // namespace
 
 bool OpenSslCipher::random(std::span<std::uint8_t> bytes) {
-    if (isCountable(bytes.size()) && RAND_priv_bytes(bytes.data(), length(bytes)) == 1) return true;
+    if (prepare() && isCountable(bytes.size()) && RAND_priv_bytes(bytes.data(), length(bytes)) == 1)
+        return true;
     std::ranges::fill(bytes, std::uint8_t{0});
     return false;
 }

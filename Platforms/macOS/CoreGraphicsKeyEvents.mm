@@ -12,7 +12,8 @@
 namespace marrowby {
 
 static_assert(mackey::command == kVK_Command && mackey::rightArrow == kVK_RightArrow &&
-              mackey::backspace == kVK_Delete && mackey::returnKey == kVK_Return);
+              mackey::backspace == kVK_Delete && mackey::returnKey == kVK_Return &&
+              mackey::leftShift == kVK_Shift);
 static_assert(mackey::commandFlag == kCGEventFlagMaskCommand);
 static_assert(mackey::hidSystemState == kCGEventSourceStateHIDSystemState &&
               mackey::hidEventTap == kCGHIDEventTap);
@@ -34,14 +35,19 @@ class EventSource final : public KeyEventSource {
         return true;
     }
 
+    /// Both halves are made before either is posted: a chunk whose second one fails would stay in
+    /// the field.
     [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
-        const Event event = make(mackey::textCarrier, down);
-        if (!event) return false;
-        // The framework's name for a unit of UTF-16.
-        static_assert(sizeof(UniChar) == sizeof(char16_t));
-        CGEventKeyboardSetUnicodeString(event.get(), units.size(),
-                                        reinterpret_cast<const UniChar*>(units.data()));
-        post(event);
+        if (down) {
+            const Event press = makeText(units, true);
+            release_ = makeText(units, false);
+            if (!press || !release_) return false;
+            post(press);
+            return true;
+        }
+        const Event release = std::move(release_);
+        if (!release) return false;
+        post(release);
         return true;
     }
 
@@ -52,11 +58,24 @@ class EventSource final : public KeyEventSource {
     [[nodiscard]] Event make(std::uint32_t code, bool down) const {
         return Event(CGEventCreateKeyboardEvent(source_.get(), static_cast<CGKeyCode>(code), down));
     }
+    [[nodiscard]] Event makeText(std::span<const char16_t> units, bool down) const {
+        Event event = make(mackey::textCarrier, down);
+        if (!event) return event;
+        // An event of this source carries the modifiers that somebody holds.
+        CGEventSetFlags(event.get(), mackey::noFlags);
+        // The framework's name for a unit of UTF-16.
+        static_assert(sizeof(UniChar) == sizeof(char16_t));
+        CGEventKeyboardSetUnicodeString(event.get(), units.size(),
+                                        reinterpret_cast<const UniChar*>(units.data()));
+        return event;
+    }
     static void post(const Event& event) {
         CGEventPost(static_cast<CGEventTapLocation>(mackey::hidEventTap), event.get());
     }
 
     Source source_;
+    /// Of the chunk whose press was posted.
+    Event release_;
 };
 
 }  // namespace

@@ -11,7 +11,9 @@ namespace marrowby {
 namespace {
 
 OwnerAuthenticationError plainError(NSError* error) {
-    return {.code = error.code, .message = plainText(error.localizedDescription)};
+    return {.domain = plainText(error.domain),
+            .code = error.code,
+            .message = plainText(error.localizedDescription)};
 }
 
 class LocalContext final : public OwnerAuthenticationContext {
@@ -38,8 +40,10 @@ class LocalContext final : public OwnerAuthenticationContext {
                                  }
                                }];
         } @catch (NSException* exception) {
-            (*answer)(std::unexpected(
-                OwnerAuthenticationError{.code = 0, .message = plainText(exception.reason)}));
+            (*answer)(
+                std::unexpected(OwnerAuthenticationError{.domain = plainText(exception.name),
+                                                         .code = 0,
+                                                         .message = plainText(exception.reason)}));
         }
     }
 

@@ -12,7 +12,7 @@
 
 namespace marrowby {
 
-/// A window server that writes down what is asked of it. Its connection is 7, its space 9. The
+/// A window server that writes down what is asked of it. Its connection is 7, its space 2^32 + 9. The
 /// pointer is where it was moved to last.
 class FakeWindowServer final : public WindowServer {
   public:
@@ -96,8 +96,8 @@ class FakeWindowServer final : public WindowServer {
         }
         [[nodiscard]] Space spaceCreate(Connection connection, std::int32_t one,
                                         std::int32_t zero) override {
-            server_.note("create", connection, one, zero, "= 9");
-            return 9;
+            server_.note("create", connection, one, zero, "= 4294967305");
+            return 4'294'967'305;
         }
         void spaceSetAbsoluteLevel(Connection connection, Space space,
                                    std::int32_t level) override {

@@ -31,10 +31,11 @@ TEST_F(LockScreenWindowTest, twoWindowsShareOneSpaceAndEnterItOnce) {
     EXPECT_TRUE(first.show(place, false));
     EXPECT_TRUE(first.show(place, false));
     EXPECT_TRUE(second.show(place, true));
-    EXPECT_THAT(server.calls,
-                ElementsAre("load", "connection 7", "create 7 1 0 = 9", "level 7 9 400", "show 7 9",
-                            "1 front at 1 2", "add 7 9 1 7", "1 front at 1 2", "2 front at 1 2",
-                            "add 7 9 2 7"));
+    EXPECT_THAT(
+        server.calls,
+        ElementsAre("load", "connection 7", "create 7 1 0 = 4294967305", "level 7 4294967305 400",
+                    "show 7 4294967305", "1 front at 1 2", "add 7 4294967305 1 7", "1 front at 1 2",
+                    "2 front at 1 2", "add 7 4294967305 2 7"));
     // Unlocked meanwhile: where it is it stays.
     setLocked(false);
     EXPECT_TRUE(first.show(place, true));

@@ -174,7 +174,8 @@ TEST_F(UnlockApplicationTest, keepsTheCapturedFaceUntilTheOwnerAndThePasswordAre
     EXPECT_EQ(windows.page().problem, "That isn’t your Mac password.");
 
     directory.verdict.reset();
-    owner.answer = std::unexpected(OwnerAuthenticationError{.code = -2, .message = "gone"});
+    owner.answer = std::unexpected(OwnerAuthenticationError{
+        .domain = OwnerAuthenticationError::authenticationDomain, .code = -2, .message = "gone"});
     windows.typeSecret("secret");
     EXPECT_TRUE(press("Continue"));
     EXPECT_EQ(windows.page().problem, "Touch ID was cancelled, so nothing was saved.");

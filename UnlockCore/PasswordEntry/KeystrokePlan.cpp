@@ -32,8 +32,18 @@ void addCommandShortcut(Actions& actions, std::uint32_t code) {
     addPress(actions, {.code = mackey::command, .down = false, .flags = mackey::noFlags}, pause);
 }
 
+/// A key that types nothing, for what swallows the first one.
+void addWaking(Actions& actions, std::uint32_t code, TimeInterval pause) {
+    addTap(actions, code, 0, pause);
+    actions.emplace_back(KeystrokeAction::Pause{KeystrokePlan::wakePause});
+    actions.emplace_back(KeystrokeAction::LockCheck{});
+}
+
 /// Caret to the end, then all before it away.
 void addMacClearing(Actions& actions) {
+    if constexpr (KeystrokePlan::wakesLoginWindow) {
+        addWaking(actions, mackey::leftShift, KeystrokePlan::editingPause);
+    }
     addCommandShortcut(actions, mackey::rightArrow);
     addCommandShortcut(actions, mackey::backspace);
 }
@@ -42,9 +52,7 @@ void addMacClearing(Actions& actions) {
 /// that clears the field of all of them.
 void addX11Clearing(Actions& actions) {
     constexpr TimeInterval pause = KeystrokePlan::shortcutPause;
-    addTap(actions, xkey::leftShift, 0, pause);
-    actions.emplace_back(KeystrokeAction::Pause{KeystrokePlan::wakePause});
-    actions.emplace_back(KeystrokeAction::LockCheck{});
+    addWaking(actions, xkey::leftShift, pause);
     addPress(actions, {.code = xkey::leftControl, .down = true}, pause);
     addTap(actions, xkey::letterU, 0, pause);
     addPress(actions, {.code = xkey::leftControl, .down = false}, pause);

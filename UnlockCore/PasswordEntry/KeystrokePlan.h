@@ -22,6 +22,9 @@ struct KeystrokePlan {
     static constexpr TimeInterval chunkPause{0.004};
     /// A dialog that a first key brings up takes no input before it stands.
     static constexpr TimeInterval wakePause{0.300};
+    /// Whether the Mac's login window is woken as X11's lockers are. The first keys after its
+    /// display wakes may be swallowed, which nobody has seen yet; it costs the pause.
+    static constexpr bool wakesLoginWindow = false;
     /// Lockers that poll for held modifiers look this much later.
     static constexpr TimeInterval shortcutPause{0.030};
 

@@ -13,6 +13,7 @@ inline constexpr std::uint32_t command = 55;
 inline constexpr std::uint32_t rightArrow = 124;
 inline constexpr std::uint32_t backspace = 51;
 inline constexpr std::uint32_t returnKey = 36;
+inline constexpr std::uint32_t leftShift = 56;
 /// Of an event that carries Unicode text.
 inline constexpr std::uint32_t textCarrier = 0;
 

@@ -8,8 +8,12 @@
 
 namespace marrowby {
 
-/// An authentication error of the system: its code and its localized text.
+/// An error of the system: its domain, its code there and its localized text.
 struct OwnerAuthenticationError {
+    /// Of what goes wrong with the authentication itself, where codes below 0 have a meaning.
+    static constexpr const char* authenticationDomain = "com.apple.LocalAuthentication";
+
+    std::string domain;
     std::int64_t code = 0;
     std::string message;
     friend bool operator==(const OwnerAuthenticationError&,
@@ -20,7 +24,7 @@ struct OwnerAuthenticationError {
 class OwnerAuthenticationContext {
   public:
     virtual ~OwnerAuthenticationContext() = default;
-    /// No error object at all is an empty message with code 0.
+    /// No error object at all is an empty domain and message with code 0.
     [[nodiscard]] virtual std::expected<void, OwnerAuthenticationError> canEvaluate(
         std::int64_t policy) = 0;
     /// Asks the user; the reply comes once, on any thread, also when the context is gone.

@@ -88,7 +88,8 @@ inline constexpr std::array symbols{"SLSMainConnectionID",
 class SkyLightFunctions {
   public:
     using Connection = std::uint32_t;
-    using Space = std::uint32_t;
+    /// The window server's own width: fewer bits would leave the rest of a register to chance.
+    using Space = std::uint64_t;
 
     virtual ~SkyLightFunctions() = default;
     [[nodiscard]] virtual Connection mainConnectionID() = 0;

@@ -14,11 +14,16 @@ constexpr std::int64_t userCancel = -2;
 constexpr std::int64_t systemCancel = -4;
 constexpr std::int64_t appCancel = -9;
 
+/// Other domains count the same numbers otherwise: somebody's refusal must not read as a cancel.
+bool isCancel(const OwnerAuthenticationError& error) {
+    if (error.domain != OwnerAuthenticationError::authenticationDomain) return false;
+    return error.code == userCancel || error.code == systemCancel || error.code == appCancel;
+}
+
 std::expected<void, StorageError> outcome(
     const std::expected<bool, OwnerAuthenticationError>& reply) {
     if (reply && *reply) return {};
-    if (reply || reply.error().code == userCancel || reply.error().code == systemCancel ||
-        reply.error().code == appCancel) {
+    if (reply || isCancel(reply.error())) {
         return std::unexpected<StorageError>(OwnerCheckError(OwnerCheckError::Cancelled{}));
     }
     return std::unexpected<StorageError>(reply.error());

@@ -1,8 +1,11 @@
 #include "Platforms/Posix/OpenSslCipher.h"
+#include "Tests/Platforms/Linux/TemporaryFolder.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdlib>
+#include <fstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -82,6 +85,25 @@ TEST(OpenSslCipher, agreesWithThePublishedVectors) {
         EXPECT_EQ(cipher.open(keySpan, nonceSpan, data, std::span(sealed).first(15)).error(),
                   Failure::notAuthentic);
     }
+}
+
+/// In a process of its own: libcrypto reads its configuration once.
+TEST(OpenSslCipherDeathTest, readsNoConfigurationFile) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const TemporaryFolder folder;
+    const auto file = folder.path() / "openssl.cnf";
+    // With it, libcrypto would find no cipher.
+    std::ofstream(file) << "openssl_conf = all\n[all]\nalg_section = none\n"
+                           "[none]\ndefault_properties = provider=elsewhere\n";
+    const auto seals = [&file] {
+        ::setenv("OPENSSL_CONF", file.c_str(), 1);
+        const Bytes key(32);
+        const Bytes nonce(12);
+        return OpenSslCipher()
+            .seal(AuthenticatedCipher::Key(key), AuthenticatedCipher::Nonce(nonce), {}, {})
+            .has_value();
+    };
+    EXPECT_EXIT(std::_Exit(seals() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 TEST(OpenSslCipher, drawsFreshRandomBytes) {

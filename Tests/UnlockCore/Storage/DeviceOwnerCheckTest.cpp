@@ -16,8 +16,10 @@ std::expected<void, StorageError> confirm(FakeOwnerAuthentication& owner) {
 
 TEST(DeviceOwnerCheck, tellsCancelledFromFailed) {
     const StorageError cancelled = OwnerCheckError(OwnerCheckError::Cancelled{});
-    const auto error = [](std::int64_t code) {
-        return OwnerAuthenticationError{.code = code, .message = "as the system says it"};
+    const auto error = [](std::int64_t code,
+                          const char* domain = OwnerAuthenticationError::authenticationDomain) {
+        return OwnerAuthenticationError{
+            .domain = domain, .code = code, .message = "as the system says it"};
     };
     const std::pair<FakeOwnerAuthentication::Reply, StorageError> cases[] = {
         {false, cancelled},
@@ -26,6 +28,8 @@ TEST(DeviceOwnerCheck, tellsCancelledFromFailed) {
         {std::unexpected(error(-9)), cancelled},
         {std::unexpected(error(-1)), error(-1)},
         {std::unexpected(error(-8)), error(-8)},
+        {std::unexpected(error(-4, "NSOSStatusErrorDomain")), error(-4, "NSOSStatusErrorDomain")},
+        {std::unexpected(error(-2, "")), error(-2, "")},
     };
     FakeOwnerAuthentication owner;
     for (const auto& [reply, expected] : cases) {
@@ -41,7 +45,10 @@ TEST(DeviceOwnerCheck, tellsCancelledFromFailed) {
 TEST(DeviceOwnerCheck, saysWhyItCannotAsk) {
     FakeOwnerAuthentication owner;
     owner.answer = true;
-    owner.unavailable = OwnerAuthenticationError{.code = -5, .message = "No password is set."};
+    owner.unavailable =
+        OwnerAuthenticationError{.domain = OwnerAuthenticationError::authenticationDomain,
+                                 .code = -5,
+                                 .message = "No password is set."};
     const auto outcome = confirm(owner);
     ASSERT_FALSE(outcome);
     EXPECT_EQ(description(outcome.error()),
