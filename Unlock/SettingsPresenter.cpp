@@ -110,6 +110,14 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
                                   .title = std::string(title(UnlockTrigger::onSpace)),
                                   .detail = {},
                                   .isOn = settings.triggers.contains(UnlockTrigger::onSpace)});
+    if (settings.triggers.contains(UnlockTrigger::onSpace) && !model_.state().maySpaceKeyBeHeard) {
+        rows.emplace_back(Row::Status{
+            .isGood = false,
+            .title = "Space isn’t heard",
+            .detail = "Marrowby Unlock needs to be allowed in " +
+                      systemSettings_.location(SystemSettings::Pane::inputMonitoring) + ".",
+            .fix = button({Control::openInputMonitoringSettings}, "Open Settings…")});
+    }
     std::vector<std::string> seconds;
     seconds.reserve(UnlockSettings::scanSecondsChoices.size());
     for (const std::int64_t each : UnlockSettings::scanSecondsChoices)
@@ -243,6 +251,10 @@ void SettingsPresenter::press(ControlID id) {
     const auto& looks = model_.state().identities;
     if (id.control == Control::fix) mend();
     if (id.control == Control::openVault) openVault();
+    if (id.control == Control::openInputMonitoringSettings) {
+        model_.requestSpaceKeyAccess();
+        open(SystemSettings::Pane::inputMonitoring);
+    }
     if (id.control == Control::addLook)
         hooks_.onOnboarding(model_.state().isEnrolled ? UnlockOnboardingMode::addLook
                                                       : UnlockOnboardingMode::setUp);

@@ -228,6 +228,10 @@ void UnlockModel::requestCameraAccess() {
     });
 }
 
+void UnlockModel::requestSpaceKeyAccess() {
+    if (!platform_.keyboards.hasListenAccess()) platform_.keyboards.requestListenAccess();
+}
+
 void UnlockModel::forgetProblem() {
     problem_.reset();
     publish();
@@ -236,6 +240,8 @@ void UnlockModel::forgetProblem() {
 void UnlockModel::apply(UnlockSettings settings) {
     const bool wasEnabled = settings_.isEnabled;
     const bool isEnabled = settings.isEnabled;
+    const bool isSpaceNew = settings.triggers.contains(UnlockTrigger::onSpace) &&
+                            !settings_.triggers.contains(UnlockTrigger::onSpace);
     store(std::move(settings));
     if (engine_) {
         if (isEnabled) engine_->autoLocker.start();
@@ -243,6 +249,7 @@ void UnlockModel::apply(UnlockSettings settings) {
         engine_->coordinator.send(Event::SettingsChanged{});
     }
     if (wasEnabled && !isEnabled) vault_.lock();
+    if (isSpaceNew) requestSpaceKeyAccess();
     publish();
 }
 
@@ -472,6 +479,9 @@ void UnlockModel::onLockEvent(LockEvent event) {
         finishCapture(std::unexpected("The screen was locked, so nothing was captured."));
     }
     if (!engine_) return;
+    if (event == LockEvent::screenLocked && platform_.activities != nullptr)
+        lockedActivity_ = platform_.activities->begin("Waiting for you at the lock screen");
+    if (event == LockEvent::screenUnlocked) lockedActivity_.reset();
     engine_->coordinator.setSleeping(lockMonitor_.isSleeping());
     engine_->coordinator.send(Event::Lock{event});
 }
@@ -501,6 +511,7 @@ UnlockModel::State UnlockModel::currentState() const {
                  .identities = faceStore_.identities(),
                  .cameraPermission = enrollmentCamera_.permission(),
                  .accessibilityTrusted = platform_.keyEvents.canType(),
+                 .maySpaceKeyBeHeard = platform_.keyboards.hasListenAccess(),
                  .problem = problem_,
                  .settings = settings_};
 }

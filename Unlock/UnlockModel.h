@@ -52,6 +52,7 @@ class UnlockModel {
         std::vector<FaceIdentity> identities;
         CameraManager::Permission cameraPermission = CameraManager::Permission::notDetermined;
         bool accessibilityTrusted = false;
+        bool maySpaceKeyBeHeard = false;
         /// The last sentence for the user about something that failed.
         std::optional<std::string> problem;
         UnlockSettings settings;
@@ -87,9 +88,12 @@ class UnlockModel {
     /// Reads anew what nobody tells of: the permissions.
     void refresh();
     void requestCameraAccess();
+    /// Has the system list this application among those that may watch keys, and ask the user.
+    void requestSpaceKeyAccess();
     void forgetProblem();
 
-    /// Stores the settings and lets a running engine know. Switched off, nothing watches the open
+    /// Stores the settings and lets a running engine know. A user who switches Space on is asked
+    /// for what that needs. Switched off, nothing watches the open
     /// vault any more, so it is locked.
     void apply(UnlockSettings settings);
 
@@ -175,6 +179,8 @@ class UnlockModel {
     std::unique_ptr<Enrollment> enrollment_;
     std::optional<CapturedLook> capturedLook_;
     std::unique_ptr<Engine> engine_;
+    /// From a lock to its unlock.
+    std::unique_ptr<ProcessActivities::Activity> lockedActivity_;
     std::shared_ptr<UnlockModel*> self_;
 };
 

@@ -17,6 +17,7 @@
 #include "UnlockCore/Platform/NeuralModel.h"
 #include "UnlockCore/Platform/NotificationCenter.h"
 #include "UnlockCore/Platform/OwnerAuthentication.h"
+#include "UnlockCore/Platform/ProcessActivities.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/SystemSettings.h"
 #include "UnlockCore/Platform/WindowServer.h"
@@ -61,6 +62,8 @@ struct UnlockPlatform {
     SystemSettings& systemSettings;
     /// Shows the island above the lock screen.
     WindowServer& windowServer;
+    /// Null where the system slows no process down.
+    ProcessActivities* activities = nullptr;
 };
 
 }  // namespace marrowby

@@ -43,6 +43,7 @@ enum class WindowControl : std::uint8_t {
     allowCamera,
     openCameraSettings,
     openAccessibilitySettings,
+    openInputMonitoringSettings,
 };
 
 /// One control on one page; `item` tells those of a list apart.

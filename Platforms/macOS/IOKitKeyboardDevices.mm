@@ -12,6 +12,9 @@ namespace marrowby {
 
 namespace {
 
+static_assert(hidmanager::success == kIOReturnSuccess);
+static_assert(hidmanager::exclusiveAccess == static_cast<std::uint32_t>(kIOReturnExclusiveAccess));
+
 using Handler = std::function<void(const KeyboardDevices::InputValue&)>;
 using Manager = CoreFoundationOwner<IOHIDManagerRef>;
 
@@ -35,7 +38,8 @@ class ManagerListening final : public KeyboardDevices::Listening {
     [[nodiscard]] bool open() {
         IOHIDManagerRegisterInputValueCallback(manager_.get(), &received, this);
         IOHIDManagerScheduleWithRunLoop(manager_.get(), CFRunLoopGetMain(), kCFRunLoopCommonModes);
-        isOpen_ = IOHIDManagerOpen(manager_.get(), kIOHIDOptionsTypeNone) == kIOReturnSuccess;
+        isOpen_ = hidmanager::isOpen(
+            static_cast<std::uint32_t>(IOHIDManagerOpen(manager_.get(), kIOHIDOptionsTypeNone)));
         return isOpen_;
     }
 
@@ -64,6 +68,10 @@ class ManagerListening final : public KeyboardDevices::Listening {
 
 bool IOKitKeyboardDevices::hasListenAccess() const {
     return IOHIDCheckAccess(kIOHIDRequestTypeListenEvent) == kIOHIDAccessTypeGranted;
+}
+
+void IOKitKeyboardDevices::requestListenAccess() {
+    IOHIDRequestAccess(kIOHIDRequestTypeListenEvent);
 }
 
 std::unique_ptr<KeyboardDevices::Listening> IOKitKeyboardDevices::open(

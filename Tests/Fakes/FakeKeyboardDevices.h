@@ -12,7 +12,11 @@ namespace marrowby {
 /// Keyboards that can be unopenable, and be typed on.
 class FakeKeyboardDevices final : public KeyboardDevices {
   public:
-    [[nodiscard]] bool hasListenAccess() const override { return true; }
+    bool hasAccess = true;
+    int requests = 0;
+
+    [[nodiscard]] bool hasListenAccess() const override { return hasAccess; }
+    void requestListenAccess() override { ++requests; }
     [[nodiscard]] std::unique_ptr<Listening> open(
         Match match, std::function<void(const InputValue&)> onValue) override {
         attempts_.push_back(match);

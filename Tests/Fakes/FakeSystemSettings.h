@@ -14,6 +14,7 @@ class FakeSystemSettings final : public SystemSettings {
     bool atLogin = false;
 
     [[nodiscard]] std::string location(Pane pane) const override {
+        if (pane == Pane::inputMonitoring) return "Settings › Input Monitoring";
         return pane == Pane::camera ? "Settings › Camera" : "Settings › Accessibility";
     }
     bool open(Pane pane) override {

@@ -17,6 +17,7 @@
 #include "Tests/Fakes/FakeNeuralModels.h"
 #include "Tests/Fakes/FakeNotificationCenter.h"
 #include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "Tests/Fakes/FakeProcessActivities.h"
 #include "Tests/Fakes/FakeSystemSettings.h"
 #include "Tests/Fakes/FakeWindowServer.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
@@ -75,7 +76,8 @@ struct FakeComputer {
                 .defaults = *store,
                 .keyEvents = keyEvents,
                 .systemSettings = systemSettings,
-                .windowServer = windowServer};
+                .windowServer = windowServer,
+                .activities = &activities};
     }
 
     [[nodiscard]] static UnlockModel::Resources resources() {
@@ -147,6 +149,7 @@ struct FakeComputer {
     FakeKeyEvents keyEvents;
     FakeSystemSettings systemSettings;
     FakeWindowServer windowServer;
+    FakeProcessActivities activities;
 };
 
 }  // namespace marrowby

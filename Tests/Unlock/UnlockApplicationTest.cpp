@@ -3,6 +3,8 @@
 #include "Unlock/UnlockApplication.h"
 #include "UnlockCore/Platform/LockNotifications.h"
 
+#include <algorithm>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -125,6 +127,46 @@ TEST_F(UnlockApplicationTest, startsALookWhenThePointerComesToTheIsland) {
     EXPECT_EQ(log[lines], "Looking (hover)");
     settle();
     EXPECT_TRUE(lookCamera->isRunning());
+}
+
+TEST_F(UnlockApplicationTest, asksForTheKeyboardWhenSpaceIsSwitchedOnAndSaysWhereItIsAllowed) {
+    constexpr const char* title = "Space isn’t heard";
+    const auto isSaid = [this] {
+        return std::ranges::any_of(windows.page().rows, [](const WindowRow& row) {
+            const auto* status = std::get_if<WindowRow::Status>(&row);
+            return status != nullptr && status->title == title;
+        });
+    };
+    setUpAll();
+    keyboards.hasAccess = false;
+    reopen();
+    EXPECT_FALSE(isSaid());
+    EXPECT_TRUE(toggle("When you press Space", true));
+    EXPECT_EQ(keyboards.requests, 1);
+    EXPECT_TRUE(isSaid());
+    EXPECT_TRUE(press("Open Settings…"));
+    EXPECT_THAT(systemSettings.opened, ElementsAre(SystemSettings::Pane::inputMonitoring));
+    keyboards.hasAccess = true;
+    mainThread.advance(TimeInterval(2));
+    EXPECT_FALSE(isSaid());
+    EXPECT_TRUE(toggle("When you press Space", false) && toggle("When you press Space", true));
+    EXPECT_EQ(keyboards.requests, 2) << "of the switch and of the button; nothing is left to ask";
+}
+
+TEST_F(UnlockApplicationTest, isNotSlowedDownFromLockToUnlock) {
+    setUpAll();
+    EXPECT_EQ(activities.held, 0);
+    lockScreen();
+    lockScreen();
+    workspaceCenter.post(locknotification::screensDidWake);
+    settle();
+    EXPECT_EQ(activities.held, 1);
+    distributedCenter.post(locknotification::screenIsUnlocked);
+    settle();
+    EXPECT_EQ(activities.held, 0);
+    lockScreen();
+    application->willTerminate();
+    EXPECT_EQ(activities.held, 0);
 }
 
 TEST_F(UnlockApplicationTest, savesNothingOfACaptureThatDidNotEnd) {

@@ -12,6 +12,7 @@
 #include "Platforms/macOS/CoreMLNeuralModels.h"
 #include "Platforms/macOS/DispatchWorkQueues.h"
 #include "Platforms/macOS/FoundationNotificationCenter.h"
+#include "Platforms/macOS/FoundationProcessActivities.h"
 #include "Platforms/macOS/FoundationSystemClock.h"
 #include "Platforms/macOS/IOKitKeyboardDevices.h"
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
@@ -70,6 +71,7 @@ class MacApplication {
     CoreGraphicsKeyEvents keyEvents_;
     AppKitSystemSettings systemSettings_;
     AppKitWindowServer windowServer_;
+    FoundationProcessActivities activities_;
     AppKitApplicationWindows windows_;
     UnlockApplication application_;
 };

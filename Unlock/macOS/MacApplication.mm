@@ -93,7 +93,8 @@ UnlockPlatform MacApplication::platform() {
             .defaults = defaults_,
             .keyEvents = keyEvents_,
             .systemSettings = systemSettings_,
-            .windowServer = windowServer_};
+            .windowServer = windowServer_,
+            .activities = &activities_};
 }
 
 }  // namespace marrowby

@@ -33,9 +33,25 @@ class KeyboardDevices {
     virtual ~KeyboardDevices() = default;
     /// Whether the user lets this process watch keys, as far as can be told without asking them.
     [[nodiscard]] virtual bool hasListenAccess() const = 0;
+    /// Has the system ask the user, where it does so; the answer shows in the former. Returns at
+    /// once.
+    virtual void requestListenAccess() {}
     /// Nothing when the devices cannot be opened.
     [[nodiscard]] virtual std::unique_ptr<Listening> open(
         Match match, std::function<void(const InputValue&)> onValue) = 0;
 };
+
+/// What the HID manager says to opening all keyboards.
+namespace hidmanager {
+
+inline constexpr std::uint32_t success = 0;
+/// Another program has seized one of them; the others are open.
+inline constexpr std::uint32_t exclusiveAccess = 0xE00002C5;
+
+[[nodiscard]] constexpr bool isOpen(std::uint32_t status) {
+    return status == success || status == exclusiveAccess;
+}
+
+}  // namespace hidmanager
 
 }  // namespace marrowby

@@ -8,7 +8,7 @@ namespace marrowby {
 /// The system's own settings, and whether it opens the application with the session. Main thread.
 class SystemSettings {
   public:
-    enum class Pane : std::uint8_t { camera, accessibility };
+    enum class Pane : std::uint8_t { camera, accessibility, inputMonitoring };
 
     virtual ~SystemSettings() = default;
     /// In words, for a sentence.
@@ -43,6 +43,9 @@ struct Place {
         case SystemSettings::Pane::accessibility:
             return {"System Settings › Privacy & Security › Accessibility", "Privacy_Accessibility",
                     true};
+        case SystemSettings::Pane::inputMonitoring:
+            return {"System Settings › Privacy & Security › Input Monitoring",
+                    "Privacy_ListenEvent", false};
     }
     return {};
 }
