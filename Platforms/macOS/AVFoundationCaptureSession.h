@@ -12,6 +12,7 @@ namespace marrowby {
 /// The system stops delivering without a word while something interrupts the camera, and goes on
 /// afterwards. When it reports an error, or the camera is unplugged, the run ends; a camera that
 /// comes back is another device to the system even though its name is the same. Starting or
+/// stopping sets the device as the preset says unless its configuration is locked. Starting or
 /// stopping while the other thread configures throws in the system and then does nothing; as every
 /// configuration is followed by a start or a stop of its own, that one counts. Asking for access
 /// without a usage sentence in the bundle ends the process.

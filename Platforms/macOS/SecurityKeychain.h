@@ -5,8 +5,8 @@
 namespace marrowby {
 
 /// The keychain by way of SecItem calls. A call may block while the system asks the user to let
-/// this application at the item, which it does once after the application was built or signed
-/// anew. What was read stays for a moment in memory of the system's own, which cannot be wiped.
+/// this application at the item: once after every build, unless Apple issued its certificate. What
+/// was read stays for a moment in memory of the system's own, which cannot be wiped.
 class SecurityKeychain final : public Keychain {
   public:
     [[nodiscard]] KeychainMatch copyMatching(const KeychainQuery& query) override;

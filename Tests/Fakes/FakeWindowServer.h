@@ -12,8 +12,8 @@
 
 namespace marrowby {
 
-/// A window server that writes down what is asked of it. Its connection is 7, its space 2^32 + 9. The
-/// pointer is where it was moved to last.
+/// A window server that writes down what is asked of it. Its connection is 7, its space 2^32 + 9.
+/// The pointer is where it was moved to last.
 class FakeWindowServer final : public WindowServer {
   public:
     bool hasSkyLight = true;
