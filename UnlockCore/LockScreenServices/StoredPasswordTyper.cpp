@@ -26,10 +26,19 @@ void StoredPasswordTyper::typeStoredPassword(std::function<bool()> stillLocked,
                                              std::function<void(TypingOutcome)> completion) {
     workQueues_.background()->async(
         [&credentials = credentials_, &keyEvents = keyEvents_, &mainThread = mainThread_,
-         stillLocked = std::move(stillLocked), completion = std::move(completion)] {
+         typings = typings_, order = typings_->order(), stillLocked = std::move(stillLocked),
+         completion = std::move(completion)] {
+            const TypingsUnderWay::Turn turn(*typings, order);
+            if (!turn.isTaken()) {
+                mainThread.post([completion] { completion(TypingOutcome::Stopped{}); });
+                return;
+            }
+            const auto mayGoOn = [&credentials, typings, order, stillLocked] {
+                return typings->stands(order) && credentials.isOpen() && stillLocked();
+            };
             const auto typing =
                 credentials.withPassword([&](std::span<const std::uint8_t> password) {
-                    return keystrokeinjector::typePassword(keyEvents, password, stillLocked);
+                    return keystrokeinjector::typePassword(keyEvents, password, mayGoOn);
                 });
             mainThread.post([outcome = outcomeOf(typing), completion] { completion(outcome); });
             // The keyboard goes back only now, which may take a second.

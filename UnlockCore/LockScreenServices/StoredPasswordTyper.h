@@ -1,16 +1,19 @@
 #pragma once
 
 #include "UnlockCore/Engine/PasswordTyping.h"
+#include "UnlockCore/LockScreenServices/TypingsUnderWay.h"
 #include "UnlockCore/Platform/KeyEvents.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 #include "UnlockCore/Storage/CredentialStore.h"
 
 #include <functional>
+#include <memory>
 
 namespace marrowby {
 
-/// Types the saved password on the background queue. What it is made of outlives that queue's work.
+/// Types the saved password on the background queue. A typing stops where the vault is locked, and
+/// when this is destroyed, which waits for it: only the main thread outlives the queue's work.
 class StoredPasswordTyper final : public PasswordTyping {
   public:
     StoredPasswordTyper(const CredentialStore& credentials, KeyEvents& keyEvents,
@@ -19,15 +22,21 @@ class StoredPasswordTyper final : public PasswordTyping {
           keyEvents_(keyEvents),
           workQueues_(workQueues),
           mainThread_(mainThread) {}
+    ~StoredPasswordTyper() override { typings_->end(); }
+    StoredPasswordTyper(const StoredPasswordTyper&) = delete;
+    StoredPasswordTyper& operator=(const StoredPasswordTyper&) = delete;
 
     void typeStoredPassword(std::function<bool()> stillLocked,
                             std::function<void(TypingOutcome)> completion) override;
+    /// Whatever is under way ends as stopped. Any thread.
+    void stop() { typings_->stop(); }
 
   private:
     const CredentialStore& credentials_;
     KeyEvents& keyEvents_;
     WorkQueues& workQueues_;
     MainThread& mainThread_;
+    const std::shared_ptr<TypingsUnderWay> typings_ = std::make_shared<TypingsUnderWay>();
 };
 
 }  // namespace marrowby

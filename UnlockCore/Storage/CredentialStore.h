@@ -21,6 +21,9 @@ class CredentialStore {
     /// Asks only for the file.
     [[nodiscard]] bool hasPassword() const { return file_.exists(); }
 
+    /// Whether its vault is; any thread.
+    [[nodiscard]] bool isOpen() const { return vault_.isUnlocked(); }
+
     /// Overwrites the caller's password with zeros, saved or not.
     [[nodiscard]] std::expected<void, StorageError> save(SecretBytes& password);
 
