@@ -7,7 +7,6 @@
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 #include "UnlockCore/LockScreenServices/StoredPasswordTyper.h"
-#include "UnlockCore/LockScreenServices/VaultAutoLocker.h"
 #include "UnlockCore/LockWatching/ForeignInputIdle.h"
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
 #include "UnlockCore/LockWatching/NotedKeyEvents.h"
@@ -85,7 +84,6 @@ struct UnlockModel::Engine {
     LockScreen lockScreen;
     LockScreenOverlayController island;
     UnlockCoordinator coordinator;
-    VaultAutoLocker autoLocker;
 };
 
 UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
@@ -120,10 +118,7 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
                    .spaceKeys = spaceKeys,
                    .activity = activity,
                    .clock = clock,
-                   .readiness = [&model] { return model.readiness(); }}),
-      autoLocker(
-          model.vault_, [&model] { return length(model.settings().autoLock); }, platform.mainThread,
-          platform.clock) {
+                   .readiness = [&model] { return model.readiness(); }}) {
     coordinator.setCallbacks({.onHealthChange =
                                   [&model](const PasswordHealth& health) {
                                       UnlockSettings settings = model.settings();
@@ -147,7 +142,6 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
         coordinator.send(Event::Activity{input});
     };
     scanner.preload();
-    if (model.settings().isEnabled) autoLocker.start();
 }
 
 struct UnlockModel::Enrollment {
@@ -186,6 +180,9 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
                          .imaging = platform_.imaging,
                          .registry = cameraUse_},
                         CameraFaceScanner::workingLongEdge),
+      autoLocker_(
+          vault_, [this] { return length(settings_.autoLock); }, platform_.mainThread,
+          platform_.clock),
       self_(std::make_shared<UnlockModel*>(this)) {
     UnlockSettings::normaliseLivenessMode(platform_.defaults);
     settings_ = UnlockSettings::load(platform_.defaults);
@@ -238,17 +235,12 @@ void UnlockModel::forgetProblem() {
 }
 
 void UnlockModel::apply(UnlockSettings settings) {
-    const bool wasEnabled = settings_.isEnabled;
-    const bool isEnabled = settings.isEnabled;
+    const bool isSwitchedOff = settings_.isEnabled && !settings.isEnabled;
     const bool isSpaceNew = settings.triggers.contains(UnlockTrigger::onSpace) &&
                             !settings_.triggers.contains(UnlockTrigger::onSpace);
     store(std::move(settings));
-    if (engine_) {
-        if (isEnabled) engine_->autoLocker.start();
-        if (!isEnabled) engine_->autoLocker.stop();
-        engine_->coordinator.send(Event::SettingsChanged{});
-    }
-    if (wasEnabled && !isEnabled) vault_.lock();
+    if (engine_) engine_->coordinator.send(Event::SettingsChanged{});
+    if (isSwitchedOff) vault_.lock();
     if (isSpaceNew) requestSpaceKeyAccess();
     publish();
 }
@@ -437,7 +429,7 @@ void UnlockModel::eraseEverything() {
         problem_ = std::move(problems);
     }
     if (engine_) {
-        engine_->autoLocker.stop();
+        engine_->typer.stop();
         engine_->coordinator.replacePasswordHealth({});
         engine_->coordinator.send(Event::SettingsChanged{});
     }
@@ -465,12 +457,22 @@ UnlockReadiness UnlockModel::readiness() const {
 }
 
 void UnlockModel::onVaultChanged() {
+    watchVault();
     if (vault_.isUnlocked()) {
         problem_.reset();
         if (const auto loaded = faceStore_.load(); !loaded) problem_ = sentence(loaded.error());
     }
     if (engine_) engine_->coordinator.send(Event::SettingsChanged{});
     publish();
+}
+
+void UnlockModel::watchVault() {
+    if (vault_.isUnlocked()) return autoLocker_.start();
+    // Its own timer may be what locked the vault.
+    platform_.mainThread.post([weak = std::weak_ptr(self_)] {
+        const auto self = weak.lock();
+        if (self && !(*self)->vault_.isUnlocked()) (*self)->autoLocker_.stop();
+    });
 }
 
 void UnlockModel::onLockEvent(LockEvent event) {

@@ -7,6 +7,7 @@
 #include "UnlockCore/Engine/LogLine.h"
 #include "UnlockCore/Engine/UnlockReadiness.h"
 #include "UnlockCore/Engine/UnlockSettings.h"
+#include "UnlockCore/LockScreenServices/VaultAutoLocker.h"
 #include "UnlockCore/LockWatching/LockMonitor.h"
 #include "UnlockCore/Recognition/CameraDevice.h"
 #include "UnlockCore/Recognition/CameraManager.h"
@@ -93,8 +94,7 @@ class UnlockModel {
     void forgetProblem();
 
     /// Stores the settings and lets a running engine know. A user who switches Space on is asked
-    /// for what that needs. Switched off, nothing watches the open
-    /// vault any more, so it is locked.
+    /// for what that needs. Switching off locks the vault.
     void apply(UnlockSettings settings);
 
     /// Asks the owner if need be. Faces are loaded whenever the vault opens.
@@ -143,6 +143,8 @@ class UnlockModel {
 
     [[nodiscard]] UnlockReadiness readiness() const;
     void onVaultChanged();
+    /// An open vault is locked on time, whoever opened it and whatever it was opened for.
+    void watchVault();
     void onLockEvent(LockEvent event);
     void finishCapture(std::expected<std::vector<FaceSample>, std::string> samples);
     void check(SecretBytes password, std::function<void(CheckedPassword)> then);
@@ -172,6 +174,7 @@ class UnlockModel {
     CameraUseRegistry cameraUse_;
     CameraManager enrollmentCamera_;
     UnlockSettings settings_;
+    VaultAutoLocker autoLocker_;
     std::optional<std::string> problem_;
     /// As of the last change that was told of.
     State state_;

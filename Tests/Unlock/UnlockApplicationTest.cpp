@@ -44,6 +44,10 @@ class UnlockApplicationTest : public testing::Test, protected FakeComputer {
         settle();
         return toggled;
     }
+    void openVault() {
+        application->model().openVault([](const auto& /*outcome*/) {});
+        settle();
+    }
     void lockScreen() {
         loginSession.setLocked(true);
         distributedCenter.post(locknotification::screenIsLocked);
@@ -279,6 +283,42 @@ TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
     EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Not set up yet");
     EXPECT_TRUE(press("Quit…") && press("Quit"));
     EXPECT_TRUE(terminated);
+}
+
+TEST_F(UnlockApplicationTest, locksTheVaultOnTimeWhateverElseIsOff) {
+    struct Case {
+        const char* what;
+        std::function<void()> prepare;
+    };
+    const Case cases[] = {
+        {"nothing saved, so that the engine was never there", [] {}},
+        {"all in order", [this] { setUpAll(); }},
+        {"face unlock switched off",
+         [this] {
+             UnlockSettings settings = application->model().settings();
+             settings.isEnabled = false;
+             application->model().apply(settings);
+         }},
+        {"a key that couldn’t be erased",
+         [this] {
+             openVault();
+             keychain.failing[FakeKeychain::Operation::remove] = -25291;
+             application->model().eraseEverything();
+         }},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.what);
+        one.prepare();
+        const auto& state = application->model().state();
+        openVault();
+        ASSERT_TRUE(state.vaultUnlocked);
+        const TimeInterval limit = *length(AutoLockInterval::week);
+        mainThread.advance(limit - TimeInterval(1));
+        EXPECT_TRUE(state.vaultUnlocked);
+        mainThread.advance(TimeInterval(331));
+        EXPECT_FALSE(state.vaultUnlocked);
+        EXPECT_TRUE(mainThread.timers().empty()) << "a locked vault needs no watching";
+    }
 }
 
 TEST_F(UnlockApplicationTest, removesTheLastFaceSoThatARestartKnows) {
