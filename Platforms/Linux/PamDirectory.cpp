@@ -14,6 +14,7 @@ namespace marrowby {
 namespace {
 
 constexpr const char* systemRules = "/etc/pam.d";
+constexpr std::size_t longestSentence = 300;
 
 DirectoryError unavailable(std::string message) {
     return {.domain = "PAM", .code = 0, .message = std::move(message)};
@@ -28,15 +29,30 @@ std::expected<Answer, SecretMemoryError> answerOf(std::span<const std::uint8_t> 
     return answer;
 }
 
+/// One check, as it goes on between PAM and this.
+struct Dialogue {
+    Answer& answer;
+    bool hasAnswered = false;
+    /// What PAM has to tell the user.
+    std::string told{};
+};
+
 /// PAM overwrites and frees what it is given.
-int converse(int count, const pam_message** messages, pam_response** responses, void* answer) {
+int converse(int count, const pam_message** messages, pam_response** responses, void* data) {
+    auto& dialogue = *static_cast<Dialogue*>(data);
     if (count <= 0 || count > PAM_MAX_NUM_MSG) return PAM_CONV_ERR;
     auto* replies = static_cast<pam_response*>(
         std::calloc(static_cast<std::size_t>(count), sizeof(pam_response)));
     if (replies == nullptr) return PAM_BUF_ERR;
     for (int i = 0; i < count; ++i) {
-        if (messages[i]->msg_style == PAM_PROMPT_ECHO_OFF)
-            replies[i].resp = ::strdup(static_cast<const Answer*>(answer)->values().data());
+        const int style = messages[i]->msg_style;
+        if (style == PAM_PROMPT_ECHO_OFF) {
+            replies[i].resp = ::strdup(dialogue.answer.values().data());
+            dialogue.hasAnswered = true;
+        } else if ((style == PAM_ERROR_MSG || style == PAM_TEXT_INFO) &&
+                   messages[i]->msg != nullptr && dialogue.told.size() < longestSentence) {
+            dialogue.told += (dialogue.told.empty() ? "" : " ") + std::string(messages[i]->msg);
+        }
     }
     *responses = replies;
     return PAM_SUCCESS;
@@ -48,7 +64,7 @@ void noDelay(int /*result*/, unsigned /*microseconds*/, void* /*data*/) {}
 class Conversation {
   public:
     Conversation(const PamDirectory::Service& service, const std::string& user, Answer& answer)
-        : conversation_{.conv = converse, .appdata_ptr = &answer} {
+        : dialogue_{.answer = answer}, conversation_{.conv = converse, .appdata_ptr = &dialogue_} {
         status_ = service.folder.empty()
                       ? ::pam_start(service.name.c_str(), user.c_str(), &conversation_, &handle_)
                       : ::pam_start_confdir(service.name.c_str(), user.c_str(), &conversation_,
@@ -66,15 +82,37 @@ class Conversation {
     /// An account without a password would take any text.
     [[nodiscard]] int authenticate() {
         if (status_ == PAM_SUCCESS)
-            status_ = ::pam_authenticate(handle_, PAM_SILENT | PAM_DISALLOW_NULL_AUTHTOK);
+            status_ = ::pam_authenticate(handle_, PAM_DISALLOW_NULL_AUTHTOK);
         return status_;
     }
-    [[nodiscard]] std::string text() const {
+    /// Whether it failed for the password: a refusal that did not wait for it is about something
+    /// else, such as too many tries before this one.
+    [[nodiscard]] bool isPasswordWrong() const {
+        return status_ == PAM_AUTH_ERR && dialogue_.hasAnswered;
+    }
+    /// Why it failed, for the user.
+    [[nodiscard]] std::string sentence() const {
+        switch (status_) {
+            case PAM_USER_UNKNOWN:
+                return "The system doesn’t know this account.";
+            case PAM_MAXTRIES:
+                return "There were too many tries. The system takes no more for now.";
+            case PAM_ACCT_EXPIRED:
+                return "This account has expired.";
+            case PAM_CRED_EXPIRED:
+            case PAM_NEW_AUTHTOK_REQD:
+                return "The password has expired.";
+            default:
+                break;
+        }
+        if (!dialogue_.told.empty()) return dialogue_.told;
+        if (status_ == PAM_AUTH_ERR) return "The system refused without asking for the password.";
         const char* text = ::pam_strerror(handle_, status_);
         return text != nullptr ? text : "";
     }
 
   private:
+    Dialogue dialogue_;
     pam_conv conversation_;
     pam_handle_t* handle_ = nullptr;
     int status_ = PAM_SYSTEM_ERR;
@@ -90,18 +128,12 @@ class PamRecord final : public Directory::Record {
         auto answer = answerOf(password);
         if (!answer) return std::unexpected(unavailable(std::string(description(answer.error()))));
         Conversation conversation(service_, user_, *answer);
-        switch (conversation.authenticate()) {
-            case PAM_SUCCESS:
-                return {};
-            case PAM_AUTH_ERR:
-            case PAM_USER_UNKNOWN:
-            case PAM_MAXTRIES:
-                return std::unexpected(DirectoryError{.domain = directoryErrorDomain,
-                                                      .code = directoryInvalidCredentials,
-                                                      .message = conversation.text()});
-            default:
-                return std::unexpected(unavailable(conversation.text()));
-        }
+        if (conversation.authenticate() == PAM_SUCCESS) return {};
+        if (!conversation.isPasswordWrong())
+            return std::unexpected(unavailable(conversation.sentence()));
+        return std::unexpected(DirectoryError{.domain = directoryErrorDomain,
+                                              .code = directoryInvalidCredentials,
+                                              .message = conversation.sentence()});
     }
 
   private:

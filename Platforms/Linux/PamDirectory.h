@@ -6,8 +6,9 @@
 
 namespace marrowby {
 
-/// The accounts as PAM checks them for this user: their own password only. A refusal says the same
-/// whether the password is wrong, the account locked or another's. Any thread.
+/// The accounts as PAM checks them for this user: their own password only. Where PAM tells why it
+/// refuses, or refuses before it was given the password, that is no wrong password. The system's
+/// usual modules say the same of a wrong password, a locked account and another's. Any thread.
 class PamDirectory final : public Directory {
   public:
     struct Service {
