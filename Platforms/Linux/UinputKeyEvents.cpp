@@ -61,25 +61,33 @@ class KernelKeyboard final : public UinputKeyEvents::Keyboard {
 class UinputSource final : public KeyEventSource {
   public:
     UinputSource(std::shared_ptr<UinputKeyEvents::Keyboard> keyboard,
-                 std::shared_ptr<const KeyboardLayout> layout, UinputKeyEvents::Pause pause)
-        : keyboard_(std::move(keyboard)), layout_(std::move(layout)), pause_(std::move(pause)) {}
+                 std::shared_ptr<const KeyboardLayout> layout, UinputKeyEvents::Guard guard,
+                 UinputKeyEvents::Pause pause)
+        : keyboard_(std::move(keyboard)),
+          layout_(std::move(layout)),
+          guard_(std::move(guard)),
+          pause_(std::move(pause)) {}
 
     [[nodiscard]] bool post(const KeyPress& press) override {
         const auto chord = layout_->chord(press.code);
-        return chord && send(chord->key, press.down);
+        if (!chord || (press.down && !isUndisturbed())) return false;
+        return send(chord->key, press.down);
     }
 
     [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
         if (!down) return true;
         while (!units.empty()) {
             const auto chord = layout_->chord(xkb_utf32_to_keysym(takeCharacter(units)));
-            if (!chord || !tap(*chord)) return false;
+            if (!chord || !isUndisturbed() || !tap(*chord)) return false;
         }
         return true;
     }
 
-    /// The kernel's readers tell nobody what else they read.
-    [[nodiscard]] bool isUndisturbed() override { return true; }
+    /// The kernel's readers tell nobody what else they read. Once refused, for good.
+    [[nodiscard]] bool isUndisturbed() override {
+        if (mayType_) mayType_ = guard_();
+        return mayType_;
+    }
     void settle(const std::function<bool()>& /*stillLocked*/) override {}
 
   private:
@@ -102,7 +110,9 @@ class UinputSource final : public KeyEventSource {
 
     const std::shared_ptr<UinputKeyEvents::Keyboard> keyboard_;
     const std::shared_ptr<const KeyboardLayout> layout_;
+    const UinputKeyEvents::Guard guard_;
     const UinputKeyEvents::Pause pause_;
+    bool mayType_ = true;
 };
 
 std::shared_ptr<const KeyboardLayout> load(const KeyboardLayout::Names& names) {
@@ -121,8 +131,12 @@ std::shared_ptr<UinputKeyEvents::Keyboard> UinputKeyEvents::plugIn() {
     return keyboard;
 }
 
-UinputKeyEvents::UinputKeyEvents(const KeyboardLayout::Names& layout, Pause pause, Plug plug)
-    : layout_(load(layout)), pause_(std::move(pause)), plug_(std::move(plug)) {}
+UinputKeyEvents::UinputKeyEvents(const KeyboardLayout::Names& layout, Guard guard, Pause pause,
+                                 Plug plug)
+    : layout_(load(layout)),
+      guard_(std::move(guard)),
+      pause_(std::move(pause)),
+      plug_(std::move(plug)) {}
 
 bool UinputKeyEvents::isTrusted() const {
     if (!layout_) return false;
@@ -142,7 +156,7 @@ std::unique_ptr<KeyEventSource> UinputKeyEvents::makeSource(std::span<const char
         if (!layout_->chord(code)) return nullptr;
     }
     const MutexLock lock(mutex_);
-    return std::make_unique<UinputSource>(keyboard_, layout_, pause_);
+    return std::make_unique<UinputSource>(keyboard_, layout_, guard_, pause_);
 }
 
 }  // namespace marrowby

@@ -13,8 +13,8 @@
 namespace marrowby {
 
 /// Keys through a keyboard of our own in the kernel, for Wayland and the console, where the user
-/// may write its device (/dev/uinput). It types in the layout it is told and knows neither what the
-/// user holds nor what is locked. Any thread.
+/// may write its device (/dev/uinput). It types in the layout it is told and doesn't know what the
+/// user holds. Any thread.
 class UinputKeyEvents final : public KeyEvents {
   public:
     /// A keyboard that takes one event of the kernel's kind; false when it is gone.
@@ -26,11 +26,14 @@ class UinputKeyEvents final : public KeyEvents {
     };
     using Plug = std::function<std::shared_ptr<Keyboard>()>;
     using Pause = std::function<void(TimeInterval)>;
+    /// Whether a key is for the lock screen now: asked before each one that is pressed. Any thread.
+    using Guard = std::function<bool()>;
 
     /// Makes the keyboard in the kernel; nothing where that is not allowed.
     [[nodiscard]] static std::shared_ptr<Keyboard> plugIn();
 
-    explicit UinputKeyEvents(const KeyboardLayout::Names& layout, Pause pause, Plug plug = plugIn);
+    UinputKeyEvents(const KeyboardLayout::Names& layout, Guard guard, Pause pause,
+                    Plug plug = plugIn);
 
     /// Plugs the keyboard in, so that whoever reads it knows it before the first key.
     [[nodiscard]] bool isTrusted() const override;
@@ -42,6 +45,7 @@ class UinputKeyEvents final : public KeyEvents {
 
   private:
     const std::shared_ptr<const KeyboardLayout> layout_;
+    const Guard guard_;
     const Pause pause_;
     const Plug plug_;
     mutable Mutex mutex_;

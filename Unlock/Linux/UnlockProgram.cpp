@@ -8,6 +8,7 @@
 #include "Platforms/Linux/JsonDefaultsStore.h"
 #include "Platforms/Linux/LinuxSystemSettings.h"
 #include "Platforms/Linux/LocalNotificationCenter.h"
+#include "Platforms/Linux/LogindKernelTyping.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
 #include "Platforms/Linux/OpenCvFourierTransform.h"
 #include "Platforms/Linux/OpenCvImaging.h"
@@ -80,8 +81,12 @@ struct Places {
 
 std::unique_ptr<KeyEvents> makeKeyEvents(const DesktopSession::Places& places) {
     if (places.display) return std::make_unique<XTestKeyEvents>(*places.display);
-    return std::make_unique<UinputKeyEvents>(KeyboardLayout::Names::fromFile(),
-                                             &XTestKeyEvents::sleep);
+    const char* display = std::getenv("DISPLAY");
+    const auto session = std::make_shared<const LogindKernelTyping>(
+        places.systemBus, display != nullptr ? display : "");
+    return std::make_unique<UinputKeyEvents>(
+        KeyboardLayout::Names::fromFile(), [session] { return session->mayType(); },
+        &XTestKeyEvents::sleep);
 }
 
 /// What the application runs on, in the order in which it may be built; it goes in reverse.

@@ -35,9 +35,10 @@ struct Perform {
     }
 
   private:
-    static Step posted(bool success) {
-        if (!success) return std::unexpected(KeystrokeError::eventFailed);
-        return {};
+    [[nodiscard]] Step posted(bool success) const {
+        if (success) return {};
+        return std::unexpected(source.isUndisturbed() ? KeystrokeError::eventFailed
+                                                      : KeystrokeError::notLocked);
     }
 };
 

@@ -59,8 +59,10 @@ struct Typist {
     explicit Typist(const char* layout)
         : compositor(std::make_shared<Compositor>(layout)),
           keys(
-              {.model = {}, .layout = layout, .variant = {}, .options = {}}, [](TimeInterval) {},
-              [this] { return compositor; }) {}
+              {.model = {}, .layout = layout, .variant = {}, .options = {}},
+              [this] { return !questionsUntilUnlocked || (*questionsUntilUnlocked)-- > 0; },
+              [](TimeInterval) {}, [this] { return compositor; }) {}
+    std::optional<int> questionsUntilUnlocked;
     std::shared_ptr<Compositor> compositor;
     UinputKeyEvents keys;
 };
@@ -107,6 +109,24 @@ TEST(UinputKeyEvents, pressesTheKeysOfAPlan) {
     EXPECT_FALSE(typist.compositor->holdsModifiers());
 }
 
+TEST(UinputKeyEvents, asksBeforeEveryKeyAndPressesNoneOnceItWasRefused) {
+    const std::vector<std::uint32_t> codes{xkey::returnKey};
+    for (std::size_t asked = 0; asked < 4; ++asked) {
+        Typist typist("us");
+        typist.questionsUntilUnlocked = static_cast<int>(asked);
+        const std::u16string text = u"ABC";
+        const auto source = typist.keys.makeSource(text, codes);
+        ASSERT_TRUE(source);
+        EXPECT_EQ(source->postText(text, true), asked == 3);
+        EXPECT_EQ(typist.compositor->typed, std::string("ABC").substr(0, asked));
+        // Locked again, perhaps by another.
+        if (asked < 3) typist.questionsUntilUnlocked.reset();
+        EXPECT_FALSE(source->post({.code = xkey::returnKey, .down = true}));
+        EXPECT_FALSE(source->isUndisturbed());
+        EXPECT_FALSE(typist.compositor->holdsModifiers());
+    }
+}
+
 TEST(UinputKeyEvents, saysWhenItsKeyboardIsGoneOrCannotBe) {
     Typist typist("us");
     const std::u16string text = u"AB";
@@ -115,11 +135,12 @@ TEST(UinputKeyEvents, saysWhenItsKeyboardIsGoneOrCannotBe) {
     typist.compositor->eventsUntilFailure = 3;
     EXPECT_FALSE(source->postText(text, true));
 
-    UinputKeyEvents unplugged({}, [](TimeInterval) {}, [] { return nullptr; });
+    const auto yes = [] { return true; };
+    UinputKeyEvents unplugged({}, yes, [](TimeInterval) {}, [] { return nullptr; });
     EXPECT_FALSE(unplugged.isTrusted());
     EXPECT_FALSE(unplugged.makeSource(text, {}));
     UinputKeyEvents unknown(
-        {.model = {}, .layout = "no such layout", .variant = {}, .options = {}},
+        {.model = {}, .layout = "no such layout", .variant = {}, .options = {}}, yes,
         [](TimeInterval) {}, [&] { return typist.compositor; });
     EXPECT_FALSE(unknown.isTrusted());
 }
