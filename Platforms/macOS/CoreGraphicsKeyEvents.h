@@ -7,7 +7,8 @@ namespace marrowby {
 /// Events posted at the HID event tap. The system drops them without a word where it does not let
 /// this process post, or where it is sandboxed. An event holds its text in memory of the system's
 /// own until it is delivered. Making one can fail, and nothing throws. Nothing is borrowed from the
-/// keyboard, so there is nothing to settle, and who else types is not told.
+/// keyboard, so there is nothing to settle. Who else types is not told; that the login window has
+/// the keyboard is, as far as public calls go.
 class CoreGraphicsKeyEvents final : public KeyEvents {
   public:
     /// Accessibility, as the user switched it on.

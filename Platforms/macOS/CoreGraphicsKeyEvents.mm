@@ -1,11 +1,14 @@
 #include "Platforms/macOS/CoreGraphicsKeyEvents.h"
 
 #include "Platforms/macOS/CoreFoundationOwner.h"
+#include "Platforms/macOS/FoundationText.h"
 #include "UnlockCore/Platform/KeyCodes.h"
+#include "UnlockCore/Platform/LoginWindowKeyboard.h"
 
 #include <thread>
 #include <utility>
 
+#import <AppKit/AppKit.h>
 #import <ApplicationServices/ApplicationServices.h>
 #import <Carbon/Carbon.h>
 
@@ -22,6 +25,13 @@ namespace {
 
 using Source = CoreFoundationOwner<CGEventSourceRef>;
 using Event = CoreFoundationOwner<CGEventRef>;
+
+KeyboardFacts keyboardNow() {
+    NSRunningApplication* const front = NSWorkspace.sharedWorkspace.frontmostApplication;
+    KeyboardFacts facts{.isInputSecure = IsSecureEventInputEnabled() != 0, .frontApplication = {}};
+    if (front != nil) facts.frontApplication = plainText(front.bundleIdentifier);
+    return facts;
+}
 
 class EventSource final : public KeyEventSource {
   public:
@@ -51,7 +61,7 @@ class EventSource final : public KeyEventSource {
         return true;
     }
 
-    [[nodiscard]] bool isUndisturbed() override { return true; }
+    [[nodiscard]] bool isUndisturbed() override { return isLoginWindowsKeyboard(keyboardNow()); }
     void settle(const std::function<bool()>& /*stillLocked*/) override {}
 
   private:
