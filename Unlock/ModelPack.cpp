@@ -1,9 +1,12 @@
 #include "Unlock/ModelPack.h"
 
+#include "Unlock/PublishedNetworks.h"
+
 #include <array>
 #include <cstdint>
 #include <fstream>
 #include <map>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -32,6 +35,8 @@ struct Entry {
     std::string file;
     std::string identifier;
     std::string sha256;
+    /// Of the files that it was made from, where they are told.
+    std::vector<std::string> origins;
     Values inputs;
     Values outputs;
 };
@@ -42,6 +47,16 @@ Values values(const Json& list) {
         result.push_back({value.at("name").get<std::string>(),
                           value.at("shape").get<std::vector<std::int64_t>>()});
     }
+    return result;
+}
+
+/// The rehearsal's networks come from no file, which they say in words.
+std::vector<std::string> origins(const Json& network) {
+    std::vector<std::string> result;
+    const auto list = network.find("origin");
+    if (list == network.end() || !list->is_array()) return result;
+    for (const Json& origin : *list)
+        result.push_back(origin.at("sha256").get<std::string>());
     return result;
 }
 
@@ -59,6 +74,7 @@ Manifest read(const Json& manifest) {
                     .file = network.at("file"),
                     .identifier = network.at("identifier"),
                     .sha256 = network.at("sha256"),
+                    .origins = origins(network),
                     .inputs = values(network.at("inputs")),
                     .outputs = values(network.at("outputs"))};
         result.networks.emplace(network.at("role").get<std::string>(), std::move(entry));
@@ -74,6 +90,20 @@ std::expected<Manifest, ModelPackError> readManifest(const std::filesystem::path
     } catch (const Json::exception&) {
         return std::unexpected(ModelPackError{ModelPack::manifestFile, "is damaged"});
     }
+}
+
+bool isAsPublished(const Manifest& manifest) {
+    for (const Role& role : roles) {
+        std::vector<std::string> published;
+        for (const PublishedFile& file : publishedFiles) {
+            if (file.role == role.key) published.emplace_back(file.sha256);
+        }
+        const Entry& entry = manifest.networks.at(role.key);
+        if (entry.origins != published) return false;
+        if (entry.sha256 != published.front() && role.key == std::string_view("finder"))
+            return false;
+    }
+    return manifest.name == ModelPack::standardName;
 }
 
 /// Why the file is not what its entry says; empty when it is.
@@ -107,6 +137,7 @@ std::expected<ModelPack, ModelPackError> ModelPack::read(const std::filesystem::
     const auto manifest = readManifest(folder / manifestFile);
     if (!manifest) return std::unexpected(manifest.error());
     const auto& networks = manifest->networks;
+    ModelSums sums;
     for (const Role& role : roles) {
         const auto entry = networks.find(role.key);
         if (entry == networks.end()) {
@@ -116,6 +147,7 @@ std::expected<ModelPack, ModelPackError> ModelPack::read(const std::filesystem::
             return std::unexpected(ModelPackError{
                 entry->second.name + " (" + entry->second.file + ")", std::move(reason)});
         }
+        sums.emplace(role.key, entry->second.sha256);
     }
     return ModelPack{.folder = folder,
                      .name = manifest->name,
@@ -124,7 +156,19 @@ std::expected<ModelPack, ModelPackError> ModelPack::read(const std::filesystem::
                      .realFaceFile = networks.at("realFace").file,
                      .finderFile = networks.at("finder").file,
                      .landmarksFile = networks.at("landmarks").file,
-                     .realFaceIdentifier = networks.at("realFace").identifier};
+                     .realFaceIdentifier = networks.at("realFace").identifier,
+                     .sums = std::move(sums),
+                     .isPublished = isAsPublished(*manifest)};
+}
+
+std::string ModelPack::sumOf(const std::string& role) const {
+    const auto found = sums.find(role);
+    return found == sums.end() ? "" : found->second;
+}
+
+std::string ModelPack::title() const {
+    if (isPublished) return name + ", as published";
+    return name == standardName ? name + " by its name only, not as published" : name;
 }
 
 }  // namespace marrowby

@@ -2,6 +2,7 @@
 
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/Platform/ModelFiles.h"
+#include "UnlockCore/Recognition/ModelSums.h"
 
 #include <expected>
 #include <filesystem>
@@ -31,10 +32,21 @@ struct ModelPack {
     std::string finderFile = {};
     std::string landmarksFile = {};
     std::string realFaceIdentifier = std::string(MiniFASNet::expectedIdentifier);
+    /// Of the files as they were read; empty where nobody looked.
+    ModelSums sums = {};
+    /// The manifest names as its origins what the publishers gave out, and the finder, the one
+    /// network that is used as it was published, is theirs.
+    bool isPublished = false;
+
+    /// Of the network in this role; empty where nobody looked.
+    [[nodiscard]] std::string sumOf(const std::string& role) const;
+    /// The name, and whether it is rightly borne.
+    [[nodiscard]] std::string title() const;
 
     static constexpr const char* manifestFile = "pack.json";
     /// Of the networks that learned from drawn people, and protect nobody’s computer.
     static constexpr const char* rehearsalName = "rehearsal";
+    static constexpr const char* standardName = "standard";
     [[nodiscard]] bool knowsRealFaces() const { return name != rehearsalName; }
 
     /// Reads the folder's manifest and compares every file with it: its SHA-256, its identifier,

@@ -55,7 +55,7 @@ std::string age(TimeInterval since) {
 /// Which ones recognise, and whom.
 std::string networksOf(const UnlockModel& model) {
     const ModelPack& networks = model.networks();
-    return networks.knowsRealFaces() ? networks.name + "."
+    return networks.knowsRealFaces() ? networks.title() + "."
                                      : "the rehearsal’s, which know made-up people only.";
 }
 
@@ -172,10 +172,12 @@ void SettingsPresenter::addSaved(std::vector<WindowRow>& rows) const {
     }
     for (std::size_t i = 0; i < state.identities.size(); ++i) {
         const FaceIdentity& look = state.identities[i];
-        rows.emplace_back(Row::Toggle{.id = {Control::useLook, i},
-                                      .title = look.name,
-                                      .detail = "Saved " + age(clock_.now() - look.createdAt),
-                                      .isOn = look.isEnabled});
+        rows.emplace_back(Row::Toggle{
+            .id = {Control::useLook, i},
+            .title = look.name,
+            .detail = "Saved " + age(clock_.now() - look.createdAt) +
+                      (model_.canLookFor(look) ? "" : ", by other models: not looked for"),
+            .isOn = look.isEnabled});
         rows.emplace_back(Row::Actions{
             .title = {},
             .detail = {},
@@ -286,6 +288,8 @@ void SettingsPresenter::mend() {
             return open(SystemSettings::Pane::accessibility);
         case UnlockStatusFix::touchID:
             return openVault();
+        case UnlockStatusFix::captureAgain:
+            return hooks_.onOnboarding(UnlockOnboardingMode::addLook);
     }
 }
 

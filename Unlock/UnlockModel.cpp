@@ -19,6 +19,7 @@
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
 #include "UnlockCore/Storage/UnlockDataEraser.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -60,10 +61,11 @@ CameraFaceScanner::LoadEmbedder embedderLoader(const ModelPack& pack,
                                                const UnlockPlatform& platform) {
     return [pack, &models = platform.models, &imaging = platform.imaging]()
                -> std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> {
-        return SFaceEmbedder::load(
-            pack.folder,
-            {.fileName = pack.embedderFile, .modelIdentifier = pack.embedderIdentifier}, models,
-            imaging);
+        return SFaceEmbedder::load(pack.folder,
+                                   {.fileName = pack.embedderFile,
+                                    .modelIdentifier = pack.embedderIdentifier,
+                                    .sha256 = pack.sumOf("embedder")},
+                                   models, imaging);
     };
 }
 
@@ -101,7 +103,8 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
               embedderLoader(model.resources_.models, platform),
               [pack = model.resources_.models, &models = platform.models] {
                   return MiniFASNet::load(pack.folder, models, NeuralModels::ComputeUnits::all,
-                                          pack.realFaceFile, pack.realFaceIdentifier);
+                                          pack.realFaceFile, pack.realFaceIdentifier,
+                                          pack.sumOf("realFace"));
               }),
       typer(model.credentialStore_, keyEvents, platform.queues, platform.mainThread),
       spaceKeys(platform.keyboards, ownKeystrokes),
@@ -203,7 +206,8 @@ UnlockStatus UnlockModel::status() const {
                              .isEnabled = settings().isEnabled,
                              .camera = state_.cameraPermission,
                              .accessibilityAllowed = state_.accessibilityTrusted,
-                             .touchIDDone = state_.vaultUnlocked});
+                             .touchIDDone = state_.vaultUnlocked,
+                             .modelsChanged = state_.modelsChanged});
 }
 
 bool UnlockModel::isReady() const {
@@ -251,7 +255,7 @@ void UnlockModel::openVault(const std::string& reason, Completion completion) {
         const auto self = weak.lock();
         if (!self) return;
         // The notification of the change may come later than this.
-        if (result && !(*self)->faceStore_.isLoaded()) result = (*self)->faceStore_.load();
+        if (result && !(*self)->faceStore_.isLoaded()) result = (*self)->loadFaces();
         completion(sentence(result));
     });
 }
@@ -411,8 +415,9 @@ std::expected<void, std::string> UnlockModel::seal(SecretBytes& password) {
 
 std::expected<void, std::string> UnlockModel::sealCapturedLook(const std::string& name) {
     if (!capturedLook_) return std::unexpected("There is no captured face to save.");
-    const auto saved = faceStore_.saveIdentity(
-        capturedLook_->samples, name, capturedLook_->modelIdentifier, capturedLook_->dimension);
+    const auto saved =
+        faceStore_.saveIdentity(capturedLook_->samples, name, capturedLook_->modelIdentifier,
+                                capturedLook_->dimension, std::nullopt, resources_.models.sums);
     if (saved) capturedLook_.reset();
     return sentence(saved);
 }
@@ -451,7 +456,7 @@ UnlockReadiness UnlockModel::readiness() const {
             .accessibilityTrusted = platform_.keyEvents.canType(),
             .spaceKeyAccess = platform_.keyboards.hasListenAccess(),
             .scan = {.cameraID = settings().builtInDisplayCameraID,
-                     .identities = faceStore_.identities(),
+                     .identities = facesToLookFor(),
                      .threshold = threshold(settings().strictness),
                      .livenessMode = settings().livenessMode}};
 }
@@ -460,10 +465,34 @@ void UnlockModel::onVaultChanged() {
     watchVault();
     if (vault_.isUnlocked()) {
         problem_.reset();
-        if (const auto loaded = faceStore_.load(); !loaded) problem_ = sentence(loaded.error());
+        if (const auto loaded = loadFaces(); !loaded) problem_ = sentence(loaded.error());
     }
     if (engine_) engine_->coordinator.send(Event::SettingsChanged{});
     publish();
+}
+
+std::expected<void, StorageError> UnlockModel::loadFaces() {
+    auto loaded = faceStore_.load();
+    // Versions that kept no sums were used with the published networks. From here on a change is
+    // seen. Where that can't be written, it is tried again the next time.
+    if (loaded && resources_.models.isPublished)
+        (void)faceStore_.adoptModels(resources_.models.sums);
+    if (loaded && haveModelsChanged() && callbacks_.onLog)
+        callbacks_.onLog({.start = UnlockStatus(UnlockStatus::ModelsChanged{}).title()});
+    return loaded;
+}
+
+std::vector<FaceIdentity> UnlockModel::facesToLookFor() const {
+    std::vector<FaceIdentity> faces = faceStore_.identities();
+    std::erase_if(faces, [this](const FaceIdentity& face) { return !canLookFor(face); });
+    return faces;
+}
+
+bool UnlockModel::haveModelsChanged() const {
+    const std::vector<FaceIdentity> faces = faceStore_.enabledIdentities();
+    return !faces.empty() && std::ranges::none_of(faces, [this](const FaceIdentity& face) {
+        return canLookFor(face);
+    });
 }
 
 void UnlockModel::watchVault() {
@@ -514,6 +543,7 @@ UnlockModel::State UnlockModel::currentState() const {
                  .cameraPermission = enrollmentCamera_.permission(),
                  .accessibilityTrusted = platform_.keyEvents.canType(),
                  .maySpaceKeyBeHeard = platform_.keyboards.hasListenAccess(),
+                 .modelsChanged = haveModelsChanged(),
                  .problem = problem_,
                  .settings = settings_};
 }

@@ -54,6 +54,8 @@ class UnlockModel {
         CameraManager::Permission cameraPermission = CameraManager::Permission::notDetermined;
         bool accessibilityTrusted = false;
         bool maySpaceKeyBeHeard = false;
+        /// Faces are in use, none of them saved by the networks that are here now.
+        bool modelsChanged = false;
         /// The last sentence for the user about something that failed.
         std::optional<std::string> problem;
         UnlockSettings settings;
@@ -85,6 +87,10 @@ class UnlockModel {
     [[nodiscard]] bool isReady() const;
     [[nodiscard]] std::vector<CameraDevice> cameras() const;
     [[nodiscard]] const ModelPack& networks() const { return resources_.models; }
+    /// Only what these very networks saved can be compared with what they see.
+    [[nodiscard]] bool canLookFor(const FaceIdentity& face) const {
+        return face.models == networks().sums;
+    }
 
     /// Reads anew what nobody tells of: the permissions.
     void refresh();
@@ -143,6 +149,9 @@ class UnlockModel {
 
     [[nodiscard]] UnlockReadiness readiness() const;
     void onVaultChanged();
+    [[nodiscard]] std::expected<void, StorageError> loadFaces();
+    [[nodiscard]] std::vector<FaceIdentity> facesToLookFor() const;
+    [[nodiscard]] bool haveModelsChanged() const;
     /// An open vault is locked on time, whoever opened it and whatever it was opened for.
     void watchVault();
     void onLockEvent(LockEvent event);

@@ -63,14 +63,13 @@ std::size_t mirrorImage(std::size_t index) {
 
 }  // namespace
 
-std::expected<Landmarks98Network, std::string> Landmarks98Network::load(
-    const std::filesystem::path& path) {
-    const auto file = OnnxFile::read(path);
+std::expected<Landmarks98Network, std::string> Landmarks98Network::load(const NetworkFile& from) {
+    const auto file = OnnxFile::read(from);
     if (!file) return std::unexpected(file.error());
     if (file->inputs.size() != 1 || file->inputs[0].name != "image" ||
         std::ranges::find(file->outputs, "landmarks", &OnnxFile::Value::name) ==
             file->outputs.end()) {
-        return std::unexpected("The network “" + path.filename().string() +
+        return std::unexpected("The network “" + from.path.filename().string() +
                                "” is no finder of face landmarks.");
     }
     auto straight = OpenCvNetwork::load(*file);

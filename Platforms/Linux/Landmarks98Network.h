@@ -25,7 +25,7 @@ using Landmarks98 = std::array<Point, 98>;
 class Landmarks98Network {
   public:
     [[nodiscard]] static std::expected<Landmarks98Network, std::string> load(
-        const std::filesystem::path& file);
+        const NetworkFile& from);
 
     /// `box` and the points are in the picture's pixels, origin at the top-left. The network looks
     /// at the face and at its mirror image, because it does not treat the two sides alike: the mean

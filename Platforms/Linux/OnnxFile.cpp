@@ -1,5 +1,6 @@
 #include "Platforms/Linux/OnnxFile.h"
 
+#include <array>
 #include <fstream>
 #include <limits>
 #include <set>
@@ -7,6 +8,7 @@
 #include <utility>
 
 #include <onnx/onnx_pb.h>
+#include <openssl/evp.h>
 
 namespace marrowby {
 
@@ -30,7 +32,22 @@ OnnxFile::Value value(const onnx::ValueInfoProto& info) {
 
 }  // namespace
 
-std::expected<OnnxFile, std::string> OnnxFile::read(const std::filesystem::path& path) {
+std::string OnnxFile::sha256() const {
+    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+    unsigned int length = 0;
+    if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), &length, EVP_sha256(), nullptr) != 1)
+        return {};
+    constexpr const char* digits = "0123456789abcdef";
+    std::string text;
+    for (unsigned int i = 0; i < length; ++i) {
+        text += digits[digest.at(i) >> 4U];
+        text += digits[digest.at(i) & 0xfU];
+    }
+    return text;
+}
+
+std::expected<OnnxFile, std::string> OnnxFile::read(const NetworkFile& from) {
+    const std::filesystem::path& path = from.path;
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error)) return refused(path, "isn’t there.");
     const std::uintmax_t size = std::filesystem::file_size(path, error);
@@ -43,6 +60,7 @@ std::expected<OnnxFile, std::string> OnnxFile::read(const std::filesystem::path&
     if (!stream.read(file.bytes.data(), static_cast<std::streamsize>(size))) {
         return refused(path, "couldn’t be read.");
     }
+    if (!from.sha256.empty() && file.sha256() != from.sha256) return refused(path, "was changed.");
     static_assert(largestFile <= std::numeric_limits<int>::max());
     onnx::ModelProto model;
     if (!model.ParseFromArray(file.bytes.data(), static_cast<int>(size)) ||

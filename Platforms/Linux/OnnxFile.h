@@ -1,9 +1,10 @@
 #pragma once
 
+#include "Platforms/Linux/NetworkFile.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <expected>
-#include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
@@ -28,9 +29,11 @@ struct OnnxFile {
     /// The whole file.
     std::string bytes;
 
+    /// Of `bytes`.
+    [[nodiscard]] std::string sha256() const;
+
     /// The error is one sentence that names the file without its folder.
-    [[nodiscard]] static std::expected<OnnxFile, std::string> read(
-        const std::filesystem::path& path);
+    [[nodiscard]] static std::expected<OnnxFile, std::string> read(const NetworkFile& from);
 };
 
 }  // namespace marrowby

@@ -81,8 +81,7 @@ OpenCvFaceVision::OpenCvFaceVision(std::unique_ptr<Networks> networks,
 OpenCvFaceVision::~OpenCvFaceVision() = default;
 
 std::expected<std::unique_ptr<OpenCvFaceVision>, std::string> OpenCvFaceVision::load(
-    const std::filesystem::path& detector, const std::filesystem::path& landmarks,
-    std::shared_ptr<WorkQueue> helper) {
+    const NetworkFile& detector, const NetworkFile& landmarks, std::shared_ptr<WorkQueue> helper) {
     auto faces = YuNetFaceFinder::load(detector);
     if (!faces) return std::unexpected(faces.error());
     auto points = Landmarks98Network::load(landmarks);

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "Platforms/Linux/NetworkFile.h"
 #include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
 #include <expected>
-#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -17,7 +17,7 @@ class OpenCvFaceVision final : public FaceVision {
   public:
     /// The error is a sentence for the user. A helper takes half of the landmarks' work.
     [[nodiscard]] static std::expected<std::unique_ptr<OpenCvFaceVision>, std::string> load(
-        const std::filesystem::path& detector, const std::filesystem::path& landmarks,
+        const NetworkFile& detector, const NetworkFile& landmarks,
         std::shared_ptr<WorkQueue> helper = nullptr);
     ~OpenCvFaceVision() override;
 

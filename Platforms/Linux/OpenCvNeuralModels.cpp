@@ -104,7 +104,7 @@ class OpenCvNeuralModel final : public NeuralModel {
 
 std::expected<std::unique_ptr<NeuralModel>, std::string> OpenCvNeuralModels::load(
     const std::filesystem::path& path, const Options& options) {
-    const auto file = OnnxFile::read(path);
+    const auto file = OnnxFile::read({path, options.sha256});
     if (!file) return std::unexpected(file.error());
     auto network = OpenCvNetwork::load(*file);
     if (!network) return std::unexpected(network.error());

@@ -84,14 +84,13 @@ void scale(Face& face, double x, double y) {
 
 }  // namespace
 
-std::expected<YuNetFaceFinder, std::string> YuNetFaceFinder::load(
-    const std::filesystem::path& path) {
-    const auto file = OnnxFile::read(path);
+std::expected<YuNetFaceFinder, std::string> YuNetFaceFinder::load(const NetworkFile& from) {
+    const auto file = OnnxFile::read(from);
     if (!file) return std::unexpected(file.error());
     for (const char* name : {"cls_8", "obj_8", "bbox_8", "kps_8", "cls_16", "obj_16", "bbox_16",
                              "kps_16", "cls_32", "obj_32", "bbox_32", "kps_32"}) {
         if (std::ranges::find(file->outputs, name, &OnnxFile::Value::name) == file->outputs.end()) {
-            return std::unexpected("The network “" + path.filename().string() +
+            return std::unexpected("The network “" + from.path.filename().string() +
                                    "” is no YuNet face detector.");
         }
     }

@@ -28,8 +28,7 @@ class YuNetFaceFinder {
         double score = 0;
     };
 
-    [[nodiscard]] static std::expected<YuNetFaceFinder, std::string> load(
-        const std::filesystem::path& file);
+    [[nodiscard]] static std::expected<YuNetFaceFinder, std::string> load(const NetworkFile& from);
 
     /// The most certain first. Pictures are searched at no more than 320 pixels on their long side,
     /// where a face of about 20 pixels is still found.

@@ -80,7 +80,7 @@ struct FakeComputer {
                 .activities = &activities};
     }
 
-    [[nodiscard]] static UnlockModel::Resources resources() {
+    [[nodiscard]] UnlockModel::Resources resources() const {
         return {.dataBase = "/data",
                 .bundleIdentifier = {},
                 .testTag = {},
@@ -89,7 +89,9 @@ struct FakeComputer {
                            .name = "test",
                            .embedderFile = "CMakeLists.txt",
                            .embedderIdentifier = "test-embedder",
-                           .realFaceFile = "CMakeLists.txt"}};
+                           .realFaceFile = "CMakeLists.txt",
+                           .sums = sums,
+                           .isPublished = arePublished}};
     }
 
     void settle() {
@@ -122,6 +124,10 @@ struct FakeComputer {
         for (int pose = 0; pose < 9; ++pose)
             hold(static_cast<EnrollmentPose>(pose));
     }
+
+    /// Of the networks that are there.
+    ModelSums sums{{"embedder", "e"}, {"realFace", "r"}};
+    bool arePublished = false;
 
     FakeMainThread mainThread;
     FakeWorkQueues queues;

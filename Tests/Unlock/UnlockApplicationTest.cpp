@@ -54,6 +54,26 @@ class UnlockApplicationTest : public testing::Test, protected FakeComputer {
         settle();
     }
 
+    /// Whether it looks when the locked computer wakes. It is unlocked again afterwards.
+    bool looksOnReturn() {
+        lockScreen();
+        mainThread.advance(TimeInterval(60));
+        workspaceCenter.post(locknotification::screensDidWake);
+        settle();
+        const bool looks = std::ranges::find(log, "Looking (wake)") != log.end();
+        loginSession.setLocked(false);
+        distributedCenter.post(locknotification::screenIsUnlocked);
+        settle();
+        return looks;
+    }
+    [[nodiscard]] std::string detailOf(std::string_view toggle) {
+        for (const WindowRow& row : windows.page().rows) {
+            const auto* found = std::get_if<WindowRow::Toggle>(&row);
+            if (found != nullptr && found->title == toggle) return found->detail;
+        }
+        return "there is no such row";
+    }
+
     /// From the first page to the face's.
     void walkToCapture() {
         reopen();
@@ -319,6 +339,57 @@ TEST_F(UnlockApplicationTest, locksTheVaultOnTimeWhateverElseIsOff) {
         EXPECT_FALSE(state.vaultUnlocked);
         EXPECT_TRUE(mainThread.timers().empty()) << "a locked vault needs no watching";
     }
+}
+
+TEST_F(UnlockApplicationTest, looksForNobodyWithModelsThatDidNotSaveTheFace) {
+    setUpAll();
+    EXPECT_EQ(models.loads.front().options.sha256, "e") << "only what was summed up is loaded";
+    EXPECT_TRUE(looksOnReturn());
+    const ModelSums before = sums;
+    for (const char* role : {"embedder", "realFace"}) {
+        SCOPED_TRACE(role);
+        sums = before;
+        sums[role] = "another";
+        start();
+        reopen();
+        EXPECT_TRUE(press("Use Touch ID…"));
+        const auto status = windows.row<WindowRow::Status>();
+        EXPECT_EQ(status->title, "The models changed since your face was saved");
+        EXPECT_THAT(detailOf("Anna"), HasSubstr("not looked for"));
+        EXPECT_FALSE(looksOnReturn());
+    }
+
+    EXPECT_TRUE(press("Capture Again…"));
+    EXPECT_EQ(windows.page().title, "Save your face");
+    capture();
+    EXPECT_TRUE(windows.write("Anna again"));
+    EXPECT_TRUE(press("Save"));
+    EXPECT_TRUE(application->model().status().isReady());
+
+    sums = before;
+    start();
+    openVault();
+    EXPECT_TRUE(application->model().status().isReady()) << "the first models are back";
+}
+
+TEST_F(UnlockApplicationTest, takesFacesOfUnknownModelsOverOnlyForThePublishedOnes) {
+    const ModelSums now = sums;
+    sums = {};
+    start();
+    setUpAll();
+    sums = now;
+    start();
+    openVault();
+    EXPECT_EQ(application->model().status(), UnlockStatus(UnlockStatus::ModelsChanged{}));
+
+    arePublished = true;
+    start();
+    openVault();
+    EXPECT_TRUE(application->model().status().isReady());
+    sums["embedder"] = "another";
+    start();
+    openVault();
+    EXPECT_EQ(application->model().status(), UnlockStatus(UnlockStatus::ModelsChanged{}));
 }
 
 TEST_F(UnlockApplicationTest, removesTheLastFaceSoThatARestartKnows) {

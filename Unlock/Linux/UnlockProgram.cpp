@@ -180,9 +180,9 @@ std::expected<void, std::string> World::start() {
     auto pack = surroundings_.models(places_.modelFolders());
     if (!pack) return std::unexpected(std::move(pack.error()));
     for (auto* vision : {&lookVision_, &enrollmentVision_}) {
-        auto finder =
-            OpenCvFaceVision::load(pack->folder / pack->finderFile,
-                                   pack->folder / pack->landmarksFile, queues_.background());
+        auto finder = OpenCvFaceVision::load(
+            {pack->folder / pack->finderFile, pack->sumOf("finder")},
+            {pack->folder / pack->landmarksFile, pack->sumOf("landmarks")}, queues_.background());
         if (!finder) return std::unexpected(std::move(finder.error()));
         *vision = *std::move(finder);
     }

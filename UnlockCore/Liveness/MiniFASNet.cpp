@@ -116,14 +116,15 @@ std::expected<float, RealFaceModelError> live(std::span<const NeuralOutput> outp
 std::expected<std::unique_ptr<MiniFASNet>, RealFaceModelError> MiniFASNet::load(
     const std::filesystem::path& resources, NeuralModels& models,
     NeuralModels::ComputeUnits computeUnits, std::string_view fileName,
-    std::string_view modelIdentifier) {
+    std::string_view modelIdentifier, const std::string& sha256) {
     const std::filesystem::path file = resources / fileName;
     std::error_code error;
     if (!std::filesystem::exists(file, error)) {
         return failure(RealFaceModelError::NotFound{file.filename().string()});
     }
-    auto model = models.load(
-        file, {.computeUnits = computeUnits, .channelOrder = NeuralModels::ChannelOrder::bgr});
+    auto model = models.load(file, {.computeUnits = computeUnits,
+                                    .channelOrder = NeuralModels::ChannelOrder::bgr,
+                                    .sha256 = sha256});
     if (!model) {
         return failure(RealFaceModelError::LoadFailed{model.error()});
     }

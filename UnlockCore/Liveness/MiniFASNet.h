@@ -22,12 +22,12 @@ class MiniFASNet final : public AntiSpoofScoring {
 
     /// From the folder of the application's resources. Fails unless the file says that it is this
     /// network, or another of the same shape under its own identifier, and has the expected inputs
-    /// and outputs.
+    /// and outputs; and, where that is given, the SHA-256.
     [[nodiscard]] static std::expected<std::unique_ptr<MiniFASNet>, RealFaceModelError> load(
         const std::filesystem::path& resources, NeuralModels& models,
         NeuralModels::ComputeUnits computeUnits = NeuralModels::ComputeUnits::all,
         std::string_view fileName = defaultFileName,
-        std::string_view modelIdentifier = expectedIdentifier);
+        std::string_view modelIdentifier = expectedIdentifier, const std::string& sha256 = {});
 
     [[nodiscard]] std::string_view modelIdentifier() const override { return identifier_; }
     [[nodiscard]] std::expected<AntiSpoofScore, RealFaceModelError> score(

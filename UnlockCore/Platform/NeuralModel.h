@@ -68,6 +68,9 @@ class NeuralModels {
     struct Options {
         ComputeUnits computeUnits = ComputeUnits::all;
         ChannelOrder channelOrder = ChannelOrder::rgb;
+        /// Of the file, where only that one will do: what is run is then what was summed up. A
+        /// system whose models are folders, guarded by the application's signature, ignores it.
+        std::string sha256 = {};
     };
 
     virtual ~NeuralModels() = default;

@@ -3,6 +3,7 @@
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Foundation/UUID.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
+#include "UnlockCore/Recognition/ModelSums.h"
 
 #include <cstdint>
 #include <optional>
@@ -34,6 +35,8 @@ struct FaceIdentity {
     std::int64_t dimension = 0;
     Date createdAt;
     bool isEnabled = true;
+    /// The networks that found, chose and described the samples; empty where nobody kept that.
+    ModelSums models = {};
 
     friend bool operator==(const FaceIdentity&, const FaceIdentity&) = default;
 };

@@ -84,18 +84,20 @@ std::expected<std::unique_ptr<SFaceEmbedder>, FaceModelError> SFaceEmbedder::loa
     const std::filesystem::path& resources, const Resource& resource, NeuralModels& models,
     const Imaging& imaging) {
     return load(resources / resource.fileName, NeuralModels::ComputeUnits::all,
-                resource.modelIdentifier, models, imaging);
+                resource.modelIdentifier, models, imaging, resource.sha256);
 }
 
 std::expected<std::unique_ptr<SFaceEmbedder>, FaceModelError> SFaceEmbedder::load(
     const std::filesystem::path& modelFile, NeuralModels::ComputeUnits computeUnits,
-    const std::string& modelIdentifier, NeuralModels& models, const Imaging& imaging) {
+    const std::string& modelIdentifier, NeuralModels& models, const Imaging& imaging,
+    const std::string& sha256) {
     std::error_code error;
     if (!std::filesystem::exists(modelFile, error)) {
         return std::unexpected(FaceModelError::NotFound{modelFile.filename().string()});
     }
-    auto model = models.load(
-        modelFile, {.computeUnits = computeUnits, .channelOrder = NeuralModels::ChannelOrder::rgb});
+    auto model = models.load(modelFile, {.computeUnits = computeUnits,
+                                         .channelOrder = NeuralModels::ChannelOrder::rgb,
+                                         .sha256 = sha256});
     if (!model) return std::unexpected(FaceModelError::LoadFailed{model.error()});
     if (auto checked = check((*model)->description(), modelIdentifier); !checked) {
         return std::unexpected(checked.error());

@@ -20,6 +20,8 @@ class SFaceEmbedder final : public FaceEmbedder {
     struct Resource {
         std::string fileName = "SFace.mlmodelc";
         std::string modelIdentifier = "sface-2021dec-coreml-1";
+        /// Of the file; empty takes any.
+        std::string sha256 = {};
     };
     static constexpr std::int64_t embeddingLength = 128;
 
@@ -32,7 +34,8 @@ class SFaceEmbedder final : public FaceEmbedder {
     /// `modelIdentifier`: what the file must say it is.
     [[nodiscard]] static std::expected<std::unique_ptr<SFaceEmbedder>, FaceModelError> load(
         const std::filesystem::path& modelFile, NeuralModels::ComputeUnits computeUnits,
-        const std::string& modelIdentifier, NeuralModels& models, const Imaging& imaging);
+        const std::string& modelIdentifier, NeuralModels& models, const Imaging& imaging,
+        const std::string& sha256 = {});
 
     [[nodiscard]] const std::string& modelIdentifier() const override { return modelIdentifier_; }
     [[nodiscard]] std::int64_t dimension() const override { return embeddingLength; }

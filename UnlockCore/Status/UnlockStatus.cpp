@@ -24,6 +24,9 @@ struct Title {
     std::string_view operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
         return "Needs Touch ID once this session";
     }
+    std::string_view operator()(UnlockStatus::ModelsChanged /*unused*/) const {
+        return "The models changed since your face was saved";
+    }
     std::string_view operator()(UnlockStatus::Ready /*unused*/) const { return "Ready"; }
 };
 
@@ -55,6 +58,11 @@ struct Detail {
     std::string operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
         return "After a restart, Touch ID (or your password) once lets it work at the lock screen.";
     }
+    std::string operator()(UnlockStatus::ModelsChanged /*unused*/) const {
+        return "It doesn’t look for you with models that didn’t save your face. If you changed "
+               "them, "
+               "capture your face again; if you didn’t, prepare the models anew.";
+    }
     std::string operator()(UnlockStatus::Ready /*unused*/) const {
         return "Looks for you when you come back to your locked Mac, and types your password when "
                "it’s you.";
@@ -81,6 +89,9 @@ struct Fix {
     Answer operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
         return UnlockStatusFix::touchID;
     }
+    Answer operator()(UnlockStatus::ModelsChanged /*unused*/) const {
+        return UnlockStatusFix::captureAgain;
+    }
     Answer operator()(UnlockStatus::Ready /*unused*/) const { return std::nullopt; }
 };
 
@@ -101,6 +112,8 @@ std::string_view title(UnlockStatusFix fix) {
             return "Open Settings…";
         case UnlockStatusFix::touchID:
             return "Use Touch ID…";
+        case UnlockStatusFix::captureAgain:
+            return "Capture Again…";
     }
     return {};
 }
@@ -115,6 +128,7 @@ UnlockStatus UnlockStatus::of(const UnlockStatusFacts& facts) {
                                     facts.camera != CameraManager::Permission::notDetermined};
     if (!facts.accessibilityAllowed) return AccessibilityOff{};
     if (!facts.touchIDDone) return NeedsTouchID{};
+    if (facts.modelsChanged) return ModelsChanged{};
     return Ready{};
 }
 

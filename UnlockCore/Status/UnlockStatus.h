@@ -21,6 +21,8 @@ struct UnlockStatusFacts {
     bool accessibilityAllowed = false;
     /// The owner check was passed in this session.
     bool touchIDDone = false;
+    /// Faces are enrolled, none of them by the networks that are here now.
+    bool modelsChanged = false;
     friend bool operator==(const UnlockStatusFacts&, const UnlockStatusFacts&) = default;
 };
 
@@ -33,6 +35,7 @@ enum class UnlockStatusFix {
     openCameraSettings,
     openAccessibilitySettings,
     touchID,
+    captureAgain,
 };
 
 /// Of its button.
@@ -62,6 +65,9 @@ struct AccessibilityOff {
 struct NeedsTouchID {
     friend bool operator==(const NeedsTouchID&, const NeedsTouchID&) = default;
 };
+struct ModelsChanged {
+    friend bool operator==(const ModelsChanged&, const ModelsChanged&) = default;
+};
 struct Ready {
     friend bool operator==(const Ready&, const Ready&) = default;
 };
@@ -70,10 +76,11 @@ struct Ready {
 
 /// The one line that tells where face unlock stands: the first of the conditions, in this order,
 /// that is not met.
-struct UnlockStatus : std::variant<unlockstatus::NotSetUp, unlockstatus::PasswordNotSaved,
-                                   unlockstatus::PasswordNeedsUpdate, unlockstatus::Off,
-                                   unlockstatus::CameraNotAllowed, unlockstatus::AccessibilityOff,
-                                   unlockstatus::NeedsTouchID, unlockstatus::Ready> {
+struct UnlockStatus
+    : std::variant<unlockstatus::NotSetUp, unlockstatus::PasswordNotSaved,
+                   unlockstatus::PasswordNeedsUpdate, unlockstatus::Off,
+                   unlockstatus::CameraNotAllowed, unlockstatus::AccessibilityOff,
+                   unlockstatus::NeedsTouchID, unlockstatus::ModelsChanged, unlockstatus::Ready> {
     using NotSetUp = unlockstatus::NotSetUp;
     using PasswordNotSaved = unlockstatus::PasswordNotSaved;
     using PasswordNeedsUpdate = unlockstatus::PasswordNeedsUpdate;
@@ -81,6 +88,7 @@ struct UnlockStatus : std::variant<unlockstatus::NotSetUp, unlockstatus::Passwor
     using CameraNotAllowed = unlockstatus::CameraNotAllowed;
     using AccessibilityOff = unlockstatus::AccessibilityOff;
     using NeedsTouchID = unlockstatus::NeedsTouchID;
+    using ModelsChanged = unlockstatus::ModelsChanged;
     using Ready = unlockstatus::Ready;
     using variant::variant;
 

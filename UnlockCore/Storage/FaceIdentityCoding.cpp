@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <map>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -25,6 +26,7 @@ constexpr std::size_t mostIdentities = 1000;
 constexpr std::size_t mostSamples = 1000;
 constexpr std::size_t longestEmbedding = 4096;
 constexpr std::size_t longestText = 4096;
+constexpr std::size_t mostModels = 16;
 
 std::unexpected<Error> refusal(std::string reason) {
     return std::unexpected<Error>({.reason = std::move(reason)});
@@ -58,8 +60,12 @@ bool isWritable(const FaceIdentity& identity) {
     for (const FaceSample& sample : identity.samples) {
         if (!isWritable(sample)) return false;
     }
-    return identity.samples.size() <= mostSamples && isWritable(identity.name) &&
-           isWritable(identity.modelIdentifier) && isFinite(identity.createdAt);
+    for (const auto& [role, sum] : identity.models) {
+        if (!isWritable(role) || !isWritable(sum)) return false;
+    }
+    return identity.samples.size() <= mostSamples && identity.models.size() <= mostModels &&
+           isWritable(identity.name) && isWritable(identity.modelIdentifier) &&
+           isFinite(identity.createdAt);
 }
 
 /// A float widens to a double without loss, and doubles are written so that they read back the
@@ -88,6 +94,8 @@ Json encoded(const FaceIdentity& identity) {
     json["dimension"] = identity.dimension;
     json["createdAt"] = identity.createdAt.time_since_epoch().count();
     json["isEnabled"] = identity.isEnabled;
+    for (const auto& [role, sum] : identity.models)
+        json["models"][role] = sum;
     return json;
 }
 
@@ -171,6 +179,21 @@ class ObjectReader {
         return value->is_boolean() && value->get<bool>();
     }
 
+    /// Texts by their names.
+    [[nodiscard]] std::map<std::string, std::string> texts(const char* key, const Json* value,
+                                                           std::size_t most) {
+        std::map<std::string, std::string> result;
+        if (!value->is_object() || value->size() > most) {
+            refuse(quoted(key) + (value->is_object() ? " is too long" : " isn’t an object"));
+            return result;
+        }
+        for (const auto& [name, one] : value->items()) {
+            if (name.size() > longestText) refuse(quoted(key) + " is too long");
+            result.emplace(name, text(key, &one));
+        }
+        return result;
+    }
+
     [[nodiscard]] UUID uuid(const char* key) {
         const Json* value = required(key);
         if (value == nullptr) return {};
@@ -227,6 +250,9 @@ FaceIdentity decodedIdentity(const Json& json, std::optional<Error>& problem) {
     identity.dimension = object.integer("dimension");
     identity.createdAt = object.date("createdAt");
     identity.isEnabled = object.boolean("isEnabled");
+    // Older versions kept none.
+    if (const Json* models = object.optional("models"))
+        identity.models = object.texts("models", models, mostModels);
     return identity;
 }
 

@@ -12,7 +12,7 @@
 namespace marrowby::faceidentitycoding {
 
 /// A JSON array of the identities: keys are the field names, dates seconds since 2001-01-01, ids
-/// upper-case; an absent pose or quality has no key. Refuses what decode() would.
+/// upper-case; an absent pose, quality or set of models has no key. Refuses what decode() would.
 [[nodiscard]] std::expected<std::string, FaceIdentityCodingError> encode(
     std::span<const FaceIdentity> identities);
 

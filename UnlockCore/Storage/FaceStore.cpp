@@ -49,11 +49,9 @@ std::vector<FaceIdentity> FaceStore::enabledIdentities() const {
     return enabled;
 }
 
-std::expected<void, StorageError> FaceStore::saveIdentity(std::vector<FaceSample> samples,
-                                                          std::string_view name,
-                                                          std::string modelIdentifier,
-                                                          std::int64_t dimension,
-                                                          std::optional<UUID> replacing) {
+std::expected<void, StorageError> FaceStore::saveIdentity(
+    std::vector<FaceSample> samples, std::string_view name, std::string modelIdentifier,
+    std::int64_t dimension, std::optional<UUID> replacing, ModelSums models) {
     if (samples.empty()) return std::unexpected(FaceStoreError(FaceStoreError::EmptyEnrolment{}));
     std::string newName = trimmed(name);
     auto changed = identities_;
@@ -63,6 +61,7 @@ std::expected<void, StorageError> FaceStore::saveIdentity(std::vector<FaceSample
         old->samples = std::move(samples);
         old->modelIdentifier = std::move(modelIdentifier);
         old->dimension = dimension;
+        old->models = std::move(models);
         if (!newName.empty()) old->name = std::move(newName);
     } else {
         std::array<std::uint8_t, 16> random{};
@@ -73,8 +72,18 @@ std::expected<void, StorageError> FaceStore::saveIdentity(std::vector<FaceSample
                            .modelIdentifier = std::move(modelIdentifier),
                            .dimension = dimension,
                            .createdAt = clock_.now(),
-                           .isEnabled = true});
+                           .isEnabled = true,
+                           .models = std::move(models)});
     }
+    return commit(std::move(changed));
+}
+
+std::expected<void, StorageError> FaceStore::adoptModels(const ModelSums& models) {
+    auto changed = identities_;
+    for (FaceIdentity& face : changed) {
+        if (face.models.empty()) face.models = models;
+    }
+    if (changed == identities_) return requireLoaded();
     return commit(std::move(changed));
 }
 

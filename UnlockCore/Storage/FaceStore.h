@@ -36,7 +36,10 @@ class FaceStore {
     /// or adds one.
     [[nodiscard]] std::expected<void, StorageError> saveIdentity(
         std::vector<FaceSample> samples, std::string_view name, std::string modelIdentifier,
-        std::int64_t dimension, std::optional<UUID> replacing = std::nullopt);
+        std::int64_t dimension, std::optional<UUID> replacing = std::nullopt,
+        ModelSums models = {});
+    /// Says which networks made the faces that nobody kept it of.
+    [[nodiscard]] std::expected<void, StorageError> adoptModels(const ModelSums& models);
     /// An unknown id changes nothing, here and below.
     [[nodiscard]] std::expected<void, StorageError> setEnabled(bool enabled, UUID id);
     /// A blank name changes nothing.

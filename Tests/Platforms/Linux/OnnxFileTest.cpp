@@ -41,6 +41,25 @@ TEST(OnnxFile, RefusesForeignFilesInOneSentence) {
     EXPECT_EQ(OnnxFile::read(file.path).error(), "The network “test.onnx” is too large.");
 }
 
+TEST(OnnxFile, takesOnlyTheFileThatWasSummedUp) {
+    const std::filesystem::path networks = std::filesystem::path(MARROWBY_SOURCE_DIR) / "Models";
+    const auto sumOf = [&](const char* name) { return OnnxFile::read(networks / name)->sha256(); };
+    const std::string finder = sumOf("Finder.onnx");
+    const std::string landmarks = sumOf("Landmarks.onnx");
+    OpenCvNeuralModels models;
+    const auto embedder = networks / "Embedder.onnx";
+    EXPECT_TRUE(models.load(embedder, {.sha256 = sumOf("Embedder.onnx")}));
+    EXPECT_EQ(models.load(embedder, {.sha256 = finder}).error(),
+              "The network “Embedder.onnx” was changed.");
+    const auto load = [&](const std::string& finderSum, const std::string& landmarksSum) {
+        return OpenCvFaceVision::load({networks / "Finder.onnx", finderSum},
+                                      {networks / "Landmarks.onnx", landmarksSum});
+    };
+    EXPECT_TRUE(load(finder, landmarks));
+    EXPECT_EQ(load(landmarks, landmarks).error(), "The network “Finder.onnx” was changed.");
+    EXPECT_EQ(load(finder, finder).error(), "The network “Landmarks.onnx” was changed.");
+}
+
 TEST(OnnxFile, ADamagedNetworkIsAnErrorNeverAnException) {
     const auto shared = sharedFolder();
     if (!shared) GTEST_SKIP() << noSharedFolder;

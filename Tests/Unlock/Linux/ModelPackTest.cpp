@@ -2,9 +2,11 @@
 #include "Tests/Fakes/SharedFolder.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "Unlock/ModelPack.h"
+#include "Unlock/PublishedNetworks.h"
 
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
@@ -74,6 +76,10 @@ TEST_F(ModelPackTest, takesAWholePackAndRefusesByNameAndReason) {
     EXPECT_EQ(pack->realFaceIdentifier, "realFace-1");
     EXPECT_EQ(pack->finderFile, "finder.onnx");
     EXPECT_EQ(pack->landmarksFile, "landmarks.onnx");
+    EXPECT_EQ(pack->sums, (ModelSums{{"finder", "finder sum"},
+                                     {"landmarks", "landmarks sum"},
+                                     {"embedder", "embedder sum"},
+                                     {"realFace", "realFace sum"}}));
     struct Case {
         std::function<void()> change;
         std::string said;
@@ -114,6 +120,47 @@ TEST_F(ModelPackTest, takesAWholePackAndRefusesByNameAndReason) {
     std::filesystem::remove(folder.path() / "pack.json");
     EXPECT_EQ(ModelPack::read(folder.path(), files).error(),
               (ModelPackError{"pack.json", "isn’t there"}));
+}
+
+TEST_F(ModelPackTest, knowsThePublishedNetworksWhateverAPackCallsItself) {
+    std::ifstream source(MARROWBY_SOURCE_DIR "/Tools/modelpack/originals.py");
+    const std::string originals{std::istreambuf_iterator<char>(source), {}};
+    const auto networks = [&]() -> Json& { return manifest["networks"]; };
+    for (const PublishedFile& file : publishedFiles) {
+        EXPECT_NE(originals.find(file.sha256), std::string::npos) << file.sha256;
+        for (Json& network : networks()) {
+            if (network["role"] == file.role)
+                network["origin"].push_back({{"sha256", file.sha256}});
+        }
+    }
+    files.known["finder.onnx"].sha256 = publishedFiles.front().sha256;
+    networks()[0]["sha256"] = publishedFiles.front().sha256;
+    manifest["name"] = "standard";
+    const Json whole = manifest;
+    const auto title = [&] {
+        EXPECT_EQ(refusal(), "");
+        return ModelPack::read(folder.path(), files)->title();
+    };
+    EXPECT_EQ(title(), "standard, as published");
+
+    const std::function<void()> changes[] = {
+        [&] { networks()[3]["origin"].erase(1); },
+        [&] { networks()[2]["origin"][0]["sha256"] = "another"; },
+        [&] { networks()[2]["origin"] = "somewhere"; },
+        [&] { networks()[1].erase("origin"); },
+        [&] {
+            files.known["finder.onnx"].sha256 = "another";
+            networks()[0]["sha256"] = "another";
+        },
+    };
+    for (const auto& change : changes) {
+        change();
+        EXPECT_EQ(title(), "standard by its name only, not as published");
+        manifest = whole;
+        files.known["finder.onnx"].sha256 = publishedFiles.front().sha256;
+    }
+    manifest["name"] = "mine";
+    EXPECT_EQ(title(), "mine");
 }
 
 TEST_F(ModelPackTest, knowsRealNetworks) {

@@ -20,7 +20,8 @@ constexpr UnlockStatusFacts good{.faceSaved = true,
 /// Everything that comes after a fact in priority is bad as well.
 TEST(UnlockStatus, tellsTheFirstConditionThatIsNotMet) {
     UnlockStatusFacts facts{.passwordNeedsUpdate = true,
-                            .camera = CameraManager::Permission::denied};
+                            .camera = CameraManager::Permission::denied,
+                            .modelsChanged = true};
     const struct {
         UnlockStatus status;
         std::optional<Fix> fix;
@@ -41,6 +42,8 @@ TEST(UnlockStatus, tellsTheFirstConditionThatIsNotMet) {
         {UnlockStatus::AccessibilityOff{}, Fix::openAccessibilitySettings,
          [](auto& f) { f.accessibilityAllowed = true; }},
         {UnlockStatus::NeedsTouchID{}, Fix::touchID, [](auto& f) { f.touchIDDone = true; }},
+        {UnlockStatus::ModelsChanged{}, Fix::captureAgain,
+         [](auto& f) { f.modelsChanged = false; }},
         {UnlockStatus::Ready{}, {}, [](auto&) {}},
     };
     for (const auto& [status, fix, mend] : cases) {

@@ -55,6 +55,25 @@ TEST(FaceIdentityCoding, readsWhatAnotherEncoderMayWrite) {
     EXPECT_EQ(decode(bytesOf(text)), std::vector{knownIdentity()});
 }
 
+TEST(FaceIdentityCoding, keepsTheModelsWhereTheyAreKnown) {
+    FaceIdentity identity = knownIdentity();
+    identity.models = {{"embedder", "e1"}, {"realFace", "r1"}};
+    const std::string with =
+        replaced(knownText, "false}]", R"(false,"models":{"embedder":"e1","realFace":"r1"}}])");
+    EXPECT_EQ(encode({&identity, 1}), with);
+    EXPECT_EQ(decode(bytesOf(with)), std::vector{identity});
+    const std::string none = replaced(with, R"({"embedder":"e1","realFace":"r1"})", "null");
+    EXPECT_EQ(decode(bytesOf(none)), std::vector{knownIdentity()});
+    for (const char* wrong : {"[]", "7", R"("e1")", R"({"embedder":1})"})
+        EXPECT_FALSE(decode(bytesOf(replaced(none, ":null", std::string(":") + wrong)))) << wrong;
+    std::string many = "{";
+    for (int i = 0; i < 17; ++i)
+        many += (i == 0 ? "\"" : ",\"") + std::to_string(i) + "\":\"x\"";
+    EXPECT_FALSE(decode(bytesOf(replaced(none, "null", many + "}"))));
+    identity.models["embedder"] = "\xFF";
+    EXPECT_FALSE(encode({&identity, 1}));
+}
+
 TEST(FaceIdentityCoding, keepsEveryBitOfAFloat) {
     std::mt19937 random(7);  // NOLINT(bugprone-random-generator-seed): the same floats every time.
     FaceIdentity identity = knownIdentity();
