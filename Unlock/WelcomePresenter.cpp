@@ -83,6 +83,10 @@ WindowPage WelcomePresenter::body() const {
                           "turned away, but a cut-out mask, a large screen, or somebody who looks "
                           "very much like you may get in; strict mode in the settings is harder "
                           "to fool. It never works right after a restart."},
+                Row::Text{"It keeps other people out, not programs: whatever program you run may "
+                          "read the key from your keychain and the password from its file, "
+                          "without your face and without a question. Run only what you would "
+                          "trust with your password."},
                 Row::Toggle{.id = {Control::understood},
                             .title = "I understand",
                             .detail = {},
