@@ -1,22 +1,43 @@
 #include "Rehearsal/DesktopUser.h"
 
+#include "Platforms/Linux/XKeyLayout.h"
+#include "Platforms/Linux/XLentKeys.h"
+#include "Platforms/Linux/XTestKeyEvents.h"
 #include "Platforms/Linux/XcbConnection.h"
+#include "UnlockCore/Foundation/Text.h"
+#include "UnlockCore/Platform/KeyCodes.h"
 
-#include <array>
+#include <map>
+#include <optional>
+#include <span>
 #include <utility>
+#include <vector>
 
 #include <xcb/xtest.h>
+#include <xkbcommon/xkbcommon.h>
 
 namespace marrowby {
+namespace {
+
+constexpr TimeInterval lendingTime{0.030};
+
+bool send(const XcbConnection& connection, xcb_keycode_t key, bool down) {
+    xcb_test_fake_input(connection.get(), down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, key,
+                        XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+    return connection.reply<xcb_get_input_focus_reply>(xcb_get_input_focus(connection.get())) !=
+           nullptr;
+}
+
+}  // namespace
 
 std::expected<DesktopUser, std::string> DesktopUser::create(const std::string& displayName) {
     auto connection = XcbConnection::create(displayName);
     if (!connection) return std::unexpected(connection.error());
-    return DesktopUser(*std::move(connection), displayName);
+    return DesktopUser(*std::move(connection));
 }
 
-DesktopUser::DesktopUser(std::unique_ptr<XcbConnection> connection, const std::string& displayName)
-    : connection_(std::move(connection)), keys_(std::make_unique<XTestKeyEvents>(displayName)) {}
+DesktopUser::DesktopUser(std::unique_ptr<XcbConnection> connection)
+    : connection_(std::move(connection)) {}
 
 DesktopUser::DesktopUser(DesktopUser&&) noexcept = default;
 DesktopUser::~DesktopUser() = default;
@@ -39,10 +60,39 @@ void DesktopUser::pointAt(const Point& place) const {
     connection_->flush();
 }
 
-bool DesktopUser::tap(std::uint32_t keysym) {
-    const auto source = keys_->makeSource({}, std::array{keysym});
-    return source && source->post({.code = keysym, .down = true}) &&
-           source->post({.code = keysym, .down = false});
+bool DesktopUser::press(std::uint32_t keysym, bool down) const {
+    const auto layout = XKeyLayout::read(*connection_);
+    const auto key = layout ? layout->key(keysym) : std::nullopt;
+    return key && send(*connection_, *key, down);
+}
+
+bool DesktopUser::write(std::u16string_view text) const {
+    const auto layout = XKeyLayout::read(*connection_);
+    if (!layout) return false;
+    std::map<xcb_keysym_t, xcb_keycode_t> lent;
+    std::vector<xcb_keycode_t> keys;
+    std::span<const char16_t> rest(text);
+    while (!rest.empty()) {
+        const xcb_keysym_t keysym = xkb_utf32_to_keysym(takeCharacter(rest));
+        if (layout->key(keysym) || lent.contains(keysym)) continue;
+        if (keys.size() == layout->freeKeys().size()) return false;
+        keys.push_back(layout->freeKeys()[keys.size()]);
+        lent[keysym] = keys.back();
+    }
+    XLentKeys lending(*connection_);
+    lending.note(keys);
+    for (const auto& [keysym, key] : lent)
+        lending.lend(key, keysym);
+    if (!lent.empty()) XTestKeyEvents::sleep(lendingTime);
+    rest = text;
+    while (!rest.empty()) {
+        const xcb_keysym_t keysym = xkb_utf32_to_keysym(takeCharacter(rest));
+        const auto key = lent.contains(keysym) ? lent.at(keysym) : *layout->key(keysym);
+        if (!send(*connection_, key, true) || !send(*connection_, key, false)) return false;
+    }
+    // A slow reader looks up late what they give.
+    if (!lent.empty()) XTestKeyEvents::sleep(xkey::returningLimit);
+    return true;
 }
 
 }  // namespace marrowby

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Platforms/Linux/XTestKeyEvents.h"
 #include "UnlockCore/Foundation/Geometry.h"
 
 #include <QImage>
@@ -8,6 +7,7 @@
 #include <expected>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace marrowby {
 
@@ -26,14 +26,17 @@ class DesktopUser {
     [[nodiscard]] QImage screen() const;
     /// In pixels from the upper left corner.
     void pointAt(const Point& place) const;
-    /// False when the display takes no keys.
-    bool tap(std::uint32_t keysym);
+    /// Keys as a hand presses them, whatever window gets them. False when the display takes none,
+    /// or has none for that keysym.
+    bool press(std::uint32_t keysym, bool down) const;
+    bool tap(std::uint32_t keysym) const { return press(keysym, true) && press(keysym, false); }
+    /// Any characters; blocks for a second where the layout has no key for one.
+    bool write(std::u16string_view text) const;
 
   private:
-    DesktopUser(std::unique_ptr<XcbConnection> connection, const std::string& displayName);
+    explicit DesktopUser(std::unique_ptr<XcbConnection> connection);
 
     std::unique_ptr<XcbConnection> connection_;
-    std::unique_ptr<XTestKeyEvents> keys_;
 };
 
 }  // namespace marrowby

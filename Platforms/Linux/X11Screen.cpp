@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 #include <xcb/randr.h>
 
@@ -44,29 +44,59 @@ bool hasMonitors(const XcbConnection& connection) {
     return version && (version->major_version > 1 || version->minor_version >= 5);
 }
 
-}  // namespace
+struct Monitor {
+    Rect pixels;
+    bool isPrimary = false;
+};
 
-std::optional<X11Screen> X11Screen::main(const XcbConnection& connection) {
+std::vector<Monitor> monitorsOf(const XcbConnection& connection) {
+    std::vector<Monitor> found;
+    if (!hasMonitors(connection)) return found;
+    const auto monitors = connection.reply<xcb_randr_get_monitors_reply>(
+        xcb_randr_get_monitors(connection.get(), connection.root(), 1));
+    if (!monitors) return found;
+    for (auto each = xcb_randr_get_monitors_monitors_iterator(monitors.get()); each.rem > 0;
+         xcb_randr_monitor_info_next(&each)) {
+        found.push_back({.pixels = {.x = double(each.data->x),
+                                    .y = double(each.data->y),
+                                    .width = double(each.data->width),
+                                    .height = double(each.data->height)},
+                         .isPrimary = each.data->primary != 0});
+    }
+    return found;
+}
+
+std::optional<Rect> wholeScreen(const XcbConnection& connection) {
     const auto root = connection.reply<xcb_get_geometry_reply>(
         xcb_get_geometry(connection.get(), connection.root()));
     if (!root) return std::nullopt;
-    X11Screen screen{
-        .pixels = {.x = 0, .y = 0, .width = double(root->width), .height = double(root->height)},
-        .scale = scaleOf(connection)};
-    if (!hasMonitors(connection)) return screen;
-    const auto monitors = connection.reply<xcb_randr_get_monitors_reply>(
-        xcb_randr_get_monitors(connection.get(), connection.root(), 1));
-    if (!monitors) return screen;
-    bool isFirst = true;
-    for (auto each = xcb_randr_get_monitors_monitors_iterator(monitors.get()); each.rem > 0;
-         xcb_randr_monitor_info_next(&each)) {
-        if (!std::exchange(isFirst, false) && !each.data->primary) continue;
-        screen.pixels = {.x = double(each.data->x),
-                         .y = double(each.data->y),
-                         .width = double(each.data->width),
-                         .height = double(each.data->height)};
+    return Rect{.x = 0, .y = 0, .width = double(root->width), .height = double(root->height)};
+}
+
+}  // namespace
+
+std::optional<X11Screen> X11Screen::main(const XcbConnection& connection) {
+    const auto whole = wholeScreen(connection);
+    if (!whole) return std::nullopt;
+    X11Screen screen{.pixels = *whole, .scale = scaleOf(connection)};
+    const auto monitors = monitorsOf(connection);
+    const auto primary = std::ranges::find(monitors, true, &Monitor::isPrimary);
+    if (primary != monitors.end()) {
+        screen.pixels = primary->pixels;
+    } else if (!monitors.empty()) {
+        screen.pixels = monitors.front().pixels;
     }
     return screen;
+}
+
+std::vector<Rect> X11Screen::monitors(const XcbConnection& connection) {
+    std::vector<Rect> found;
+    for (const Monitor& monitor : monitorsOf(connection))
+        found.push_back(monitor.pixels);
+    if (found.empty()) {
+        if (const auto whole = wholeScreen(connection)) found.push_back(*whole);
+    }
+    return found;
 }
 
 }  // namespace marrowby

@@ -4,6 +4,7 @@
 #include "UnlockCore/Platform/WindowServer.h"
 
 #include <optional>
+#include <vector>
 
 namespace marrowby {
 
@@ -15,6 +16,10 @@ struct X11Screen {
 
     /// Nothing on a lost display.
     [[nodiscard]] static std::optional<X11Screen> main(const XcbConnection& connection);
+
+    /// All monitors in pixels; the whole root window where the display tells of none. Empty on a
+    /// lost display.
+    [[nodiscard]] static std::vector<Rect> monitors(const XcbConnection& connection);
 
     [[nodiscard]] ScreenGeometry geometry() const {
         return {.frame = {.x = pixels.x / scale,

@@ -1,7 +1,11 @@
 #include "Platforms/Linux/XTestKeyEvents.h"
 
-#include "Platforms/Linux/X11LockerTraceReader.h"
+#include "Platforms/Linux/ClientPrograms.h"
+#include "Platforms/Linux/X11ScreenCover.h"
+#include "Platforms/Linux/XKeyDeliveries.h"
+#include "Platforms/Linux/XKeyGuard.h"
 #include "Platforms/Linux/XKeyLayout.h"
+#include "Platforms/Linux/XLentKeys.h"
 #include "Platforms/Linux/XRawKeys.h"
 #include "Platforms/Linux/XcbConnection.h"
 #include "UnlockCore/Foundation/SecretBytes.h"
@@ -12,6 +16,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -32,9 +37,6 @@ namespace marrowby {
 
 namespace {
 
-// How much of what was sent libxcb may keep in its buffer, in requests of the smallest size.
-constexpr int requestsInBuffer = 16384 / 4;
-
 bool hasXTest(const XcbConnection& connection) {
     return connection.reply<xcb_test_get_version_reply>(xcb_test_get_version(
                connection.get(), XCB_TEST_MAJOR_VERSION, XCB_TEST_MINOR_VERSION)) != nullptr;
@@ -47,114 +49,129 @@ struct KeyUse {
     bool isLent;
 };
 
-/// Notices who else is at the keyboard of a display, and whether its locker stays the same.
+/// Notices who else is at the keyboard of a display, and what of our own keys comes back to us.
 class Bystander {
   public:
     explicit Bystander(const XcbConnection& connection)
         : connection_(connection),
-          rawKeys_(XRawKeys::select(connection, XRawKeys::Whose::usersOnly)),
-          reader_(connection),
-          holder_(holder()) {}
+          rawKeys_(XRawKeys::select(connection, XRawKeys::Whose::usersOnly)) {}
 
     /// Reads all that the connection has got.
     [[nodiscard]] bool isUndisturbed() {
         while (const XcbConnection::Owned<xcb_generic_event_t> event{
             xcb_poll_for_event(connection_.get())}) {
             const auto key = rawKeys_ ? rawKeys_->read(*event) : std::nullopt;
-            hasOthersKeys_ |= key && key->down;
+            isDisturbed_ |= key && key->down;
+            // Of the guard's grabs.
+            isDisturbed_ |= (event->response_type & 0x7F) == XCB_KEY_PRESS;
         }
-        return !hasOthersKeys_ && (!holder_ || holder() == holder_);
+        return !isDisturbed_;
     }
 
   private:
-    [[nodiscard]] std::optional<LockHolder> holder() const {
-        const auto traces = reader_.read();
-        return traces ? lockHolder(*traces) : std::nullopt;
-    }
-
     const XcbConnection& connection_;
     const std::optional<XRawKeys> rawKeys_;
-    const X11LockerTraceReader reader_;
-    /// Nothing where the screen is not known to be locked by a window.
-    const std::optional<LockHolder> holder_;
-    bool hasOthersKeys_ = false;
+    bool isDisturbed_ = false;
 };
 
 class XTestKeyEventSource final : public KeyEventSource {
   public:
+    struct Rules {
+        XTestKeyEvents::Pause pause;
+        std::vector<std::string> vouchedPaths;
+        std::function<void(const LockerDoubt&)> onDoubt;
+    };
+
     XTestKeyEventSource(std::unique_ptr<XcbConnection> connection, XKeyLayout layout,
-                        SecretArray<KeyUse> uses, XTestKeyEvents::Pause pause)
+                        SecretArray<KeyUse> uses, Rules rules)
         : connection_(std::move(connection)),
           layout_(std::move(layout)),
           uses_(std::move(uses)),
-          pause_(std::move(pause)),
+          rules_(std::move(rules)),
+          programs_(*connection_),
+          guard_(*connection_),
+          lentKeys_(*connection_),
           bystander_(*connection_) {}
     XTestKeyEventSource(const XTestKeyEventSource&) = delete;
     XTestKeyEventSource& operator=(const XTestKeyEventSource&) = delete;
 
     ~XTestKeyEventSource() override {
-        for (const auto& use : used()) {
-            if (use.isLent) map(use.key, XCB_NO_SYMBOL);
-        }
-        if (layout_.lockedModifiers() != 0) lockModifiers(layout_.lockedModifiers());
-        for (int i = 0; i < requestsInBuffer; ++i)
-            xcb_no_operation(connection_->get());
+        guard_.release();
+        if (heldModifier_) sendRelease(*heldModifier_);
+        lentKeys_.takeBack();
+        if (hasClearedLocks_) lockModifiers(layout_.lockedModifiers());
         (void)synchronize();
     }
 
-    /// Finds or lends a key for `keysym`. False where no key is free.
+    /// Adds what will be typed. False where the layout has no key left for it.
     [[nodiscard]] bool add(xcb_keysym_t keysym) {
         if (keysym == XKB_KEY_NoSymbol) return false;
         if (find(keysym)) return true;
-        auto key = layout_.key(keysym);
-        const bool isLent = !key;
-        if (isLent) {
-            if (lentCount_ == layout_.freeKeys().size()) return false;
-            key = layout_.freeKeys()[lentCount_++];
-        }
-        uses_.values()[useCount_++] = {.keysym = keysym, .key = *key, .isLent = isLent};
+        const auto key = layout_.key(keysym);
+        lentCount_ += key ? 0U : 1U;
+        if (lentCount_ > layout_.freeKeys().size()) return false;
+        uses_.values()[useCount_++] = {
+            .keysym = keysym, .key = key.value_or(0), .isLent = !key.has_value()};
         return true;
     }
 
-    /// Takes effect of what was added.
-    [[nodiscard]] bool borrow() {
-        for (const auto& use : used()) {
-            if (use.isLent) map(use.key, use.keysym);
-        }
-        if (layout_.lockedModifiers() != 0) lockModifiers(0);
-        if (!synchronize()) return false;
-        if (lentCount_ > 0) pause_(xkey::lendingTime);
-        return true;
+    [[nodiscard]] bool isAdmitted() override {
+        const auto doubt = admit();
+        if (doubt && rules_.onDoubt) rules_.onDoubt(*doubt);
+        return !doubt && isUndisturbed() && synchronize();
     }
 
+    [[nodiscard]] KeyPace pace() const override {
+        return {.tapsFirst = false, .wake = {}, .shortcut = pace_.shortcut};
+    }
+
+    /// A key that is no modifier is released in the same stroke, for its press may end the locker.
     [[nodiscard]] bool post(const KeyPress& press) override {
-        if (!releaseHeldModifiers()) return false;
         const auto key = find(press.code);
-        return key && send(*key, press.down) && synchronize();
+        if (!key || !holder_ || !releaseHeldModifiers()) return false;
+        if (!isModifier(*key)) return !press.down || tap(*key);
+        if (press.down) heldModifier_ = *key;
+        if (!stroke(std::array{XKeyGuard::Event{.key = *key, .down = press.down}})) return false;
+        if (!press.down) heldModifier_.reset();
+        return true;
     }
 
     [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
         if (!down) return true;
-        if (!releaseHeldModifiers()) return false;
+        if (!holder_ || !releaseHeldModifiers()) return false;
         while (!units.empty()) {
             const auto key = find(xkb_utf32_to_keysym(takeCharacter(units)));
-            if (!key || !send(*key, true) || !send(*key, false)) return false;
+            if (!key || !tap(*key)) return false;
         }
-        return synchronize();
+        return true;
     }
 
-    [[nodiscard]] bool isUndisturbed() override { return bystander_.isUndisturbed(); }
+    [[nodiscard]] bool isUndisturbed() override {
+        isStopped_ |= !bystander_.isUndisturbed();
+        if (deliveries_ && holder_) {
+            isStopped_ |= deliveries_->isLost() ||
+                          std::ranges::any_of(deliveries_->receivers(), [&](std::uint32_t client) {
+                              return client != holder_->client;
+                          });
+        }
+        return !isStopped_;
+    }
 
     void settle(const std::function<bool()>& stillLocked) override {
+        guard_.release();
+        deliveries_.reset();
         if (!hasPosted_) return;
         TimeInterval waited{};
         while (waited < xkey::returningLimit && stillLocked()) {
-            pause_(xkey::returningStep);
+            rules_.pause(xkey::returningStep);
             waited += xkey::returningStep;
         }
     }
 
   private:
+    using Doubt = std::optional<LockerDoubt>;
+
+    [[nodiscard]] std::span<KeyUse> used() { return uses_.values().first(useCount_); }
     [[nodiscard]] std::span<const KeyUse> used() const { return uses_.values().first(useCount_); }
 
     [[nodiscard]] std::optional<xcb_keycode_t> find(xcb_keysym_t keysym) const {
@@ -163,10 +180,134 @@ class XTestKeyEventSource final : public KeyEventSource {
         return found->key;
     }
 
-    /// The same on both levels, so that Shift changes nothing.
-    void map(xcb_keycode_t key, xcb_keysym_t keysym) const {
-        const std::array<xcb_keysym_t, 2> levels{keysym, keysym};
-        xcb_change_keyboard_mapping(connection_->get(), 1, key, levels.size(), levels.data());
+    [[nodiscard]] bool isModifier(xcb_keycode_t key) const {
+        return std::ranges::find(layout_.modifierKeys(), key) != layout_.modifierKeys().end();
+    }
+
+    /// Nothing once everything is ready for the first key.
+    [[nodiscard]] Doubt admit() {
+        guard_.arm();
+        LockerFacts facts;
+        facts.isKeyboardHeld = guard_.isKeyboardHeld();
+        XKeyHolder holder;
+        for (const auto& window : X11ScreenCover::read(*connection_)) {
+            auto& cover = facts.covers.emplace_back();
+            if (!window) continue;
+            cover = {.overrideRedirect = window->overrideRedirect,
+                     .owner = programs_.behind(window->id)};
+            holder.covers.push_back(window->id);
+        }
+        const auto judgeNow = [&] { return lockeridentity::judge(facts, rules_.vouchedPaths); };
+        auto verdict = judgeNow();
+        if (verdict.error().fact != LockerDoubt::Fact::keyReachesNobody) return verdict.error();
+
+        // All but the receiver holds: it is worth a key.
+        deliveries_ = XKeyDeliveries::create(*connection_);
+        if (const auto client = tapReceiver()) {
+            holder.client = *client;
+            facts.receiver = programs_.behind(*client);
+        }
+        verdict = judgeNow();
+        if (!verdict) return verdict.error();
+        holder.process = facts.receiver->process;
+        pace_ = verdict->pace;
+        holder_ = std::move(holder);
+        if (!chooseKeys()) return LockerDoubt{.fact = LockerDoubt::Fact::keysAreReserved};
+        borrow();
+        return awaitDialog(*facts.receiver);
+    }
+
+    /// Who gets a key that does nothing, of the locker's or anybody else's.
+    [[nodiscard]] std::optional<std::uint32_t> tapReceiver() {
+        const auto shift = layout_.key(xkey::leftShift);
+        if (!deliveries_ || !shift) return std::nullopt;
+        for (const bool down : {true, false}) {
+            const std::array events{XKeyGuard::Event{.key = *shift, .down = down}};
+            if (guard_.send(events, nullptr) != XKeyGuard::Sent::toHolder) return std::nullopt;
+        }
+        std::vector<std::uint32_t> receivers;
+        while (receivers.empty()) {
+            receivers = deliveries_->receivers();
+            if (receivers.empty() && !deliveries_->wait(xkey::deliveryLimit)) return std::nullopt;
+        }
+        if (receivers.size() != 1) return std::nullopt;
+        return receivers.front();
+    }
+
+    /// The keys whose presses would not come to us without a locker, as hotkeys of other programs,
+    /// are left alone: their characters are lent to others.
+    [[nodiscard]] bool chooseKeys() {
+        std::vector<xcb_keycode_t> free;
+        std::ranges::copy_if(layout_.freeKeys(), std::back_inserter(free),
+                             [&](xcb_keycode_t key) { return guard_.covers(key); });
+        std::vector<xcb_keycode_t> lent;
+        for (auto& use : used()) {
+            use.isLent |= !guard_.covers(use.key) && !isModifier(use.key);
+            if (!use.isLent) continue;
+            if (lent.size() == free.size()) return false;
+            use.key = free[lent.size()];
+            lent.push_back(use.key);
+        }
+        lentKeys_.note(lent);
+        return true;
+    }
+
+    /// Takes effect of what was chosen.
+    void borrow() {
+        bool isLending = false;
+        for (const auto& use : used()) {
+            if (!use.isLent) continue;
+            lentKeys_.lend(use.key, use.keysym);
+            isLending = true;
+        }
+        hasClearedLocks_ = layout_.lockedModifiers() != 0;
+        if (hasClearedLocks_) lockModifiers(0);
+        (void)synchronize();
+        const auto needed = std::max(pace_.wake, isLending ? pace_.lending : TimeInterval{});
+        if (needed > TimeInterval{}) rules_.pause(needed);
+    }
+
+    /// Waits for the window of the program that a locker shows its field with.
+    [[nodiscard]] Doubt awaitDialog(const ClientProgram& locker) {
+        if (pace_.dialogSuffix.empty()) return std::nullopt;
+        for (TimeInterval waited{}; waited < xkey::dialogLimit; waited += xkey::dialogStep) {
+            if (hasDialog(locker)) return std::nullopt;
+            rules_.pause(xkey::dialogStep);
+        }
+        return LockerDoubt{.fact = LockerDoubt::Fact::dialogIsMissing, .path = locker.path};
+    }
+
+    [[nodiscard]] bool hasDialog(const ClientProgram& locker) const {
+        for (const auto client : programs_.clients()) {
+            const auto program = programs_.behind(client);
+            if (program && program->parent == locker.process &&
+                program->path.ends_with(pace_.dialogSuffix) && showsWindowOf(client))
+                return true;
+        }
+        return false;
+    }
+
+    /// Whether a window of `client` can be seen within those that cover the screen.
+    [[nodiscard]] bool showsWindowOf(std::uint32_t client) const {
+        std::vector<xcb_window_t> open = holder_->covers;
+        const auto mask = xcb_get_setup(connection_->get())->resource_id_mask;
+        while (!open.empty()) {
+            const auto window = open.back();
+            open.pop_back();
+            const auto tree = connection_->reply<xcb_query_tree_reply>(
+                xcb_query_tree(connection_->get(), window));
+            if (!tree) continue;
+            for (const auto child :
+                 std::span(xcb_query_tree_children(tree.get()),
+                           static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())))) {
+                open.push_back(child);
+                if ((child & ~mask) != (client & ~mask)) continue;
+                const auto attributes = connection_->reply<xcb_get_window_attributes_reply>(
+                    xcb_get_window_attributes(connection_->get(), child));
+                if (attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE) return true;
+            }
+        }
+        return false;
     }
 
     void lockModifiers(std::uint8_t modifiers) const {
@@ -180,18 +321,31 @@ class XTestKeyEventSource final : public KeyEventSource {
         const auto keymap =
             connection_->reply<xcb_query_keymap_reply>(xcb_query_keymap(connection_->get()));
         if (!keymap) return false;
-        return std::ranges::all_of(layout_.modifierKeys(), [&](xcb_keycode_t key) {
-            const bool isHeld = ((keymap->keys[key / 8] >> (key % 8)) & 1) != 0;
-            return !isHeld || send(key, false);
-        });
+        for (const auto key : layout_.modifierKeys()) {
+            if (((keymap->keys[key / 8] >> (key % 8)) & 1) != 0) sendRelease(key);
+        }
+        return true;
     }
 
-    [[nodiscard]] bool send(xcb_keycode_t key, bool down) const {
-        xcb_test_fake_input(connection_->get(), down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, key,
-                            XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+    /// A release tells nobody anything.
+    void sendRelease(xcb_keycode_t key) const {
+        xcb_test_fake_input(connection_->get(), XCB_KEY_RELEASE, key, XCB_CURRENT_TIME, XCB_NONE, 0,
+                            0, 0);
         connection_->flush();
-        pause_(xkey::eventGap);
-        return !connection_->hasError();
+    }
+
+    [[nodiscard]] bool tap(xcb_keycode_t key) {
+        return stroke(std::array{XKeyGuard::Event{.key = key, .down = true},
+                                 XKeyGuard::Event{.key = key, .down = false}});
+    }
+
+    [[nodiscard]] bool stroke(std::span<const XKeyGuard::Event> events) {
+        if (!isUndisturbed()) return false;
+        const auto sent = guard_.send(events, &*holder_);
+        isStopped_ |= sent == XKeyGuard::Sent::toNobody;
+        if (sent != XKeyGuard::Sent::toHolder || !isUndisturbed()) return false;
+        rules_.pause(xkey::eventGap);
+        return true;
     }
 
     /// Waits until the server has taken everything; false when it is gone.
@@ -205,9 +359,19 @@ class XTestKeyEventSource final : public KeyEventSource {
     SecretArray<KeyUse> uses_;
     std::size_t useCount_ = 0;
     std::size_t lentCount_ = 0;
-    XTestKeyEvents::Pause pause_;
+    const Rules rules_;
+    const ClientPrograms programs_;
+    XKeyGuard guard_;
+    XLentKeys lentKeys_;
     Bystander bystander_;
+    std::unique_ptr<XKeyDeliveries> deliveries_;
+    LockerPace pace_;
+    /// Nothing until admitted.
+    std::optional<XKeyHolder> holder_;
+    std::optional<xcb_keycode_t> heldModifier_;
+    bool hasClearedLocks_ = false;
     bool hasPosted_ = false;
+    bool isStopped_ = false;
 };
 
 bool isControl(char32_t character) {
@@ -225,6 +389,11 @@ XTestKeyEvents::XTestKeyEvents(std::string displayName, Pause pause)
 
 XTestKeyEvents::~XTestKeyEvents() = default;
 
+void XTestKeyEvents::vouchFor(std::vector<std::string> paths) {
+    const MutexLock lock(mutex_);
+    vouched_ = std::move(paths);
+}
+
 bool XTestKeyEvents::isTrusted() const {
     const MutexLock lock(mutex_);
     // Reading what has come is what notices a lost display.
@@ -232,6 +401,7 @@ bool XTestKeyEvents::isTrusted() const {
     if (!trusted_ || trusted_->hasError()) {
         auto connection = XcbConnection::create(displayName_);
         trusted_ = connection && hasXTest(**connection) ? std::move(*connection) : nullptr;
+        if (trusted_) XLentKeys::repair(*trusted_);
     }
     return trusted_ != nullptr;
 }
@@ -243,8 +413,13 @@ std::unique_ptr<KeyEventSource> XTestKeyEvents::makeSource(std::span<const char1
     auto layout = XKeyLayout::read(**connection);
     auto uses = SecretArray<KeyUse>::create(text.size() + codes.size());
     if (!layout || !uses) return nullptr;
+    XTestKeyEventSource::Rules rules{.pause = pause_, .vouchedPaths = {}, .onDoubt = onDoubt};
+    {
+        const MutexLock lock(mutex_);
+        rules.vouchedPaths = vouched_;
+    }
     auto source = std::make_unique<XTestKeyEventSource>(std::move(*connection), std::move(*layout),
-                                                        std::move(*uses), pause_);
+                                                        std::move(*uses), std::move(rules));
     for (const auto code : codes) {
         if (!source->add(code)) return nullptr;
     }
@@ -252,7 +427,6 @@ std::unique_ptr<KeyEventSource> XTestKeyEvents::makeSource(std::span<const char1
         const char32_t character = takeCharacter(text);
         if (isControl(character) || !source->add(xkb_utf32_to_keysym(character))) return nullptr;
     }
-    if (!source->borrow()) return nullptr;
     return source;
 }
 

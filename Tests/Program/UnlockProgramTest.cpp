@@ -1,4 +1,4 @@
-#include "Platforms/Linux/XTestKeyEvents.h"
+#include "Rehearsal/DesktopUser.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Tests/Platforms/Linux/KeyringDaemon.h"
@@ -36,7 +36,9 @@ class UnlockProgramTest : public testing::Test {
         ASSERT_TRUE(created) << created.error();
         desktop.emplace(*std::move(created));
         locker = std::make_unique<ScreenLocker>(desktop->displayName());
-        keys = std::make_unique<XTestKeyEvents>(desktop->displayName());
+        auto somebody = DesktopUser::create(desktop->displayName());
+        ASSERT_TRUE(somebody) << somebody.error();
+        hands.emplace(*std::move(somebody));
 
         environment = QProcessEnvironment::systemEnvironment();
         environment.insert("DISPLAY", QString::fromStdString(desktop->displayName()));
@@ -67,21 +69,8 @@ class UnlockProgramTest : public testing::Test {
         ASSERT_EQ(second.exitCode(), 0) << second.readAllStandardError().toStdString();
     }
 
-    void press(std::uint32_t key) {
-        const auto source = keys->makeSource({}, std::array{key});
-        ASSERT_TRUE(source && source->post({.code = key, .down = true, .flags = 0}) &&
-                    source->post({.code = key, .down = false, .flags = 0}));
-        source->settle([] { return true; });
-    }
-    void write(std::u16string_view text) {
-        const auto source = keys->makeSource(text, {});
-        ASSERT_TRUE(source);
-        for (const char16_t& unit : text) {
-            ASSERT_TRUE(source->postText({&unit, 1}, true));
-            ASSERT_TRUE(source->postText({&unit, 1}, false));
-        }
-        source->settle([] { return true; });
-    }
+    void press(std::uint32_t key) { ASSERT_TRUE(hands->tap(key)); }
+    void write(std::u16string_view text) { ASSERT_TRUE(hands->write(text)); }
     void sees(const std::string& page) {
         ASSERT_TRUE(program->says("page: " + page)) << page << "\n" << program->recentWords();
     }
@@ -138,7 +127,7 @@ class UnlockProgramTest : public testing::Test {
     std::unique_ptr<KeyringDaemon> keyring;
     std::optional<PrivateDesktop> desktop;
     std::unique_ptr<ScreenLocker> locker;
-    std::unique_ptr<XTestKeyEvents> keys;
+    std::optional<DesktopUser> hands;
     QProcessEnvironment environment;
     std::unique_ptr<StagedProgram> program;
 };

@@ -4,6 +4,7 @@
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/UnixSystemClock.h"
 #include "Platforms/Linux/XTestKeyEvents.h"
+#include "Rehearsal/DesktopUser.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
@@ -44,6 +45,7 @@ struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
     std::unique_ptr<PrivateDesktop> desktop;
     std::unique_ptr<ScreenLocker> locker;
     std::unique_ptr<DesktopSession> session;
+    std::optional<DesktopUser> somebody;
     std::unique_ptr<XTestKeyEvents> user;
     std::unique_ptr<OwnKeystrokes> own;
     std::unique_ptr<NotedKeyEvents> keyEvents;
@@ -67,6 +69,7 @@ struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
         lockMonitor.onEvent = [this](LockEvent event) { lockEvents.push_back(event); };
         lockMonitor.start();
         session->start();
+        somebody.emplace(std::move(*DesktopUser::create(desktop->displayName())));
         user = std::make_unique<XTestKeyEvents>(desktop->displayName());
         own = std::make_unique<OwnKeystrokes>(session->inputIdle());
         keyEvents = std::make_unique<NotedKeyEvents>(*user, *own);
@@ -82,11 +85,7 @@ struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
     }
 
     /// A key that somebody else presses.
-    void tap(std::uint32_t keysym) const {
-        const auto source = user->makeSource({}, std::array{keysym});
-        ASSERT_TRUE(source && source->post({.code = keysym, .down = true}) &&
-                    source->post({.code = keysym, .down = false}));
-    }
+    void tap(std::uint32_t keysym) const { ASSERT_TRUE(somebody->tap(keysym)); }
 
     /// As the application does, beside the main thread.
     void type(std::string_view text) {

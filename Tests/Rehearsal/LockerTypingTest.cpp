@@ -2,6 +2,7 @@
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Platforms/Linux/XcbConnection.h"
 #include "Rehearsal/ChildProcess.h"
+#include "Rehearsal/DesktopUser.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
@@ -12,6 +13,7 @@
 #include <chrono>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -120,6 +122,9 @@ class LockerTyping : public testing::Test {
         auto connection = XcbConnection::create(desktop_->displayName());
         ASSERT_TRUE(connection);
         connection_ = std::move(*connection);
+        auto somebody = DesktopUser::create(desktop_->displayName());
+        ASSERT_TRUE(somebody);
+        somebody_.emplace(*std::move(somebody));
     }
 
     void useLocker(ScreenLocker::Kind kind) {
@@ -145,15 +150,6 @@ class LockerTyping : public testing::Test {
                                             100);
         }
         return !locker_->isRunning();
-    }
-
-    void press(std::uint32_t keysym, bool isReleased) const {
-        const auto source = keyEvents_->makeSource({}, std::array{keysym});
-        ASSERT_TRUE(source);
-        ASSERT_TRUE(source->post({.code = keysym, .down = true}));
-        if (isReleased) {
-            ASSERT_TRUE(source->post({.code = keysym, .down = false}));
-        }
     }
 
     void setLayout(const std::string& layout) const {
@@ -184,6 +180,7 @@ class LockerTyping : public testing::Test {
     std::unique_ptr<ScreenLocker> locker_;
     std::unique_ptr<XTestKeyEvents> keyEvents_;
     std::unique_ptr<XcbConnection> connection_;
+    std::optional<DesktopUser> somebody_;
 
   private:
     int argumentCount_ = 1;
@@ -291,10 +288,7 @@ TEST_F(LockerTyping, keepsTheLockAfterAWrongPasswordAndClearsWhatTheFieldHolds) 
     EXPECT_TRUE(locker_->isRunning());
 
     // Left over from somebody who began to type.
-    const std::u16string leftOver = u"leftover";
-    const auto source = keyEvents_->makeSource(leftOver, {});
-    ASSERT_TRUE(source);
-    ASSERT_TRUE(source->postText(leftOver, true));
+    ASSERT_TRUE(somebody_->write(u"leftover"));
     EXPECT_TRUE(type("Right 1"));
     EXPECT_TRUE(isUnlockedInTime());
     QCoreApplication::processEvents();
@@ -306,8 +300,8 @@ TEST_F(LockerTyping, keepsTheLockAfterAWrongPasswordAndClearsWhatTheFieldHolds) 
 }
 
 TEST_F(LockerTyping, typesThroughCapsLockAndAHeldShift) {
-    ASSERT_NO_FATAL_FAILURE(press(capsLock, true));
-    ASSERT_NO_FATAL_FAILURE(press(rightShift, false));
+    ASSERT_TRUE(somebody_->tap(capsLock));
+    ASSERT_TRUE(somebody_->press(rightShift, true));
     ASSERT_NO_FATAL_FAILURE(lock("caps Éé 1!"));
     if (IsSkipped()) return;
     const auto before = keyboard();

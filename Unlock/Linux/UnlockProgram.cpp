@@ -79,8 +79,16 @@ struct Places {
     }
 };
 
-std::unique_ptr<KeyEvents> makeKeyEvents(const DesktopSession::Places& places) {
-    if (places.display) return std::make_unique<XTestKeyEvents>(*places.display);
+std::unique_ptr<KeyEvents> makeKeyEvents(const DesktopSession::Places& places,
+                                         MainThread& mainThread, const JournaldLog& log) {
+    if (places.display) {
+        auto keyEvents = std::make_unique<XTestKeyEvents>(*places.display);
+        keyEvents->onDoubt = [&mainThread, &log](const LockerDoubt& doubt) {
+            mainThread.post(
+                [&log, line = "Nothing was typed: " + description(doubt)] { log.write(line); });
+        };
+        return keyEvents;
+    }
     const char* display = std::getenv("DISPLAY");
     const auto session = std::make_shared<const LogindKernelTyping>(
         places.systemBus, display != nullptr ? display : "");
@@ -163,7 +171,7 @@ class World {
 
     const DesktopSession::Places sessionPlaces_ = DesktopSession::Places::ofThisProcess();
     DesktopSession session_{sessionPlaces_, mainThread_, workspaceCenter_, distributedCenter_};
-    const std::unique_ptr<KeyEvents> keyEvents_ = makeKeyEvents(sessionPlaces_);
+    const std::unique_ptr<KeyEvents> keyEvents_ = makeKeyEvents(sessionPlaces_, mainThread_, log_);
     const std::shared_ptr<CaptureSession> lookCamera_ = surroundings_.makeCamera(clock_);
     const std::shared_ptr<CaptureSession> enrollmentCamera_ = surroundings_.makeCamera(clock_);
 

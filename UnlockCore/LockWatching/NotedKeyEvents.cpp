@@ -10,6 +10,11 @@ class NotedSource final : public KeyEventSource {
     NotedSource(std::unique_ptr<KeyEventSource> source, OwnKeystrokes& own)
         : source_(std::move(source)), own_(own) {}
 
+    [[nodiscard]] bool isAdmitted() override {
+        const OwnKeystrokes::Posting posting(own_);
+        return source_->isAdmitted();
+    }
+    [[nodiscard]] KeyPace pace() const override { return source_->pace(); }
     [[nodiscard]] bool post(const KeyPress& press) override {
         const OwnKeystrokes::Posting posting(own_);
         return source_->post(press);

@@ -12,6 +12,9 @@ std::string_view description(KeystrokeError error) {
             return "The saved password isn’t valid text.";
         case KeystrokeError::eventFailed:
             return "Couldn’t make a key press.";
+        case KeystrokeError::noLocker:
+            return "Nothing was typed: no screen locker that Marrowby Unlock knows has the "
+                   "keyboard.";
     }
     return {};
 }

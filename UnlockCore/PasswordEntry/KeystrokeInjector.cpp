@@ -64,9 +64,11 @@ KeystrokeTyping keystrokeinjector::typePassword(KeyEvents& keyEvents,
     const auto units = decodeUTF8(password);
     if (!units) return failed(errorOf(units.error()));
 
-    const KeystrokePlan plan = KeystrokePlan::make(units->values(), keyEvents.dialect());
-    auto source = keyEvents.makeSource(units->values(), plan.codes());
+    const KeyDialect dialect = keyEvents.dialect();
+    auto source = keyEvents.makeSource(units->values(), KeystrokePlan::codes(dialect));
     if (!source) return failed(KeystrokeError::eventFailed);
+    if (!source->isAdmitted()) return failed(KeystrokeError::noLocker);
+    const KeystrokePlan plan = KeystrokePlan::make(units->values(), dialect, source->pace());
     Step outcome;
     const Perform perform{.keyEvents = keyEvents,
                           .source = *source,

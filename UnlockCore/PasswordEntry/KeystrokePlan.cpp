@@ -33,16 +33,18 @@ void addCommandShortcut(Actions& actions, std::uint32_t code) {
 }
 
 /// A key that types nothing, for what swallows the first one.
-void addWaking(Actions& actions, std::uint32_t code, TimeInterval pause) {
+void addWaking(Actions& actions, std::uint32_t code, TimeInterval pause,
+               TimeInterval wake) {
     addTap(actions, code, 0, pause);
-    actions.emplace_back(KeystrokeAction::Pause{KeystrokePlan::wakePause});
+    actions.emplace_back(KeystrokeAction::Pause{wake});
     actions.emplace_back(KeystrokeAction::LockCheck{});
 }
 
 /// Caret to the end, then all before it away.
 void addMacClearing(Actions& actions) {
     if constexpr (KeystrokePlan::wakesLoginWindow) {
-        addWaking(actions, mackey::leftShift, KeystrokePlan::editingPause);
+        addWaking(actions, mackey::leftShift, KeystrokePlan::editingPause,
+                  KeystrokePlan::wakePause);
     }
     addCommandShortcut(actions, mackey::rightArrow);
     addCommandShortcut(actions, mackey::backspace);
@@ -50,12 +52,11 @@ void addMacClearing(Actions& actions) {
 
 /// Shift wakes the dialogs of lockers that swallow their first key, and Ctrl+U is the one shortcut
 /// that clears the field of all of them.
-void addX11Clearing(Actions& actions) {
-    constexpr TimeInterval pause = KeystrokePlan::shortcutPause;
-    addWaking(actions, xkey::leftShift, pause);
-    addPress(actions, {.code = xkey::leftControl, .down = true}, pause);
-    addTap(actions, xkey::letterU, 0, pause);
-    addPress(actions, {.code = xkey::leftControl, .down = false}, pause);
+void addX11Clearing(Actions& actions, const KeyPace& pace) {
+    if (pace.tapsFirst) addWaking(actions, xkey::leftShift, pace.shortcut, pace.wake);
+    addPress(actions, {.code = xkey::leftControl, .down = true}, pace.shortcut);
+    addTap(actions, xkey::letterU, 0, pace.shortcut);
+    addPress(actions, {.code = xkey::leftControl, .down = false}, pace.shortcut);
 }
 
 void addText(Actions& actions, std::span<const char16_t> units) {
@@ -77,7 +78,8 @@ void addText(Actions& actions, std::span<const char16_t> units) {
 
 }  // namespace
 
-KeystrokePlan KeystrokePlan::make(std::span<const char16_t> units, KeyDialect dialect) {
+KeystrokePlan KeystrokePlan::make(std::span<const char16_t> units, KeyDialect dialect,
+                                  const KeyPace& pace) {
     KeystrokePlan plan;
     plan.actions.emplace_back(KeystrokeAction::LockCheck{});
     std::uint32_t returnKey = 0;
@@ -87,7 +89,7 @@ KeystrokePlan KeystrokePlan::make(std::span<const char16_t> units, KeyDialect di
             returnKey = mackey::returnKey;
             break;
         case KeyDialect::x11Locker:
-            addX11Clearing(plan.actions);
+            addX11Clearing(plan.actions, pace);
             returnKey = xkey::returnKey;
             break;
     }
@@ -97,9 +99,9 @@ KeystrokePlan KeystrokePlan::make(std::span<const char16_t> units, KeyDialect di
     return plan;
 }
 
-std::vector<std::uint32_t> KeystrokePlan::codes() const {
+std::vector<std::uint32_t> KeystrokePlan::codes(KeyDialect dialect) {
     std::vector<std::uint32_t> codes;
-    for (const auto& action : actions) {
+    for (const auto& action : make({}, dialect, {}).actions) {
         const auto* post = std::get_if<KeystrokeAction::Post>(&action);
         if (post != nullptr && std::ranges::find(codes, post->press.code) == codes.end()) {
             codes.push_back(post->press.code);

@@ -25,13 +25,13 @@ struct KeystrokePlan {
     /// Whether the Mac's login window is woken as X11's lockers are. The first keys after its
     /// display wakes may be swallowed, which nobody has seen yet; it costs the pause.
     static constexpr bool wakesLoginWindow = false;
-    /// Lockers that poll for held modifiers look this much later.
-    static constexpr TimeInterval shortcutPause{0.030};
 
-    [[nodiscard]] static KeystrokePlan make(std::span<const char16_t> units, KeyDialect dialect);
+    /// `pace` is that of an X11 locker.
+    [[nodiscard]] static KeystrokePlan make(std::span<const char16_t> units, KeyDialect dialect,
+                                            const KeyPace& pace);
 
-    /// The code of each key that it presses, once.
-    [[nodiscard]] std::vector<std::uint32_t> codes() const;
+    /// The code of each key that a plan in this dialect may press beside the text, once.
+    [[nodiscard]] static std::vector<std::uint32_t> codes(KeyDialect dialect);
 };
 
 }  // namespace marrowby

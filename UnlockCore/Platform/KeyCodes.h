@@ -2,6 +2,7 @@
 
 #include "UnlockCore/Foundation/Time.h"
 
+#include <chrono>
 #include <cstdint>
 
 namespace marrowby {
@@ -36,12 +37,15 @@ inline constexpr std::uint32_t leftControl = 0xFFE3;
 
 /// Between two events. Lockers that follow the raw events need some time for each.
 inline constexpr TimeInterval eventGap{0.001};
-/// From lending a key a character to its first press, and how long a slow reader may still look it
-/// up after the last one.
-inline constexpr TimeInterval lendingTime{0.030};
+/// How long a slow reader may still look up what a lent key gives after the last press.
 inline constexpr TimeInterval returningLimit{1.0};
 /// How often the lock state is asked meanwhile.
 inline constexpr TimeInterval returningStep{0.020};
+/// For the display to tell whom a key went to.
+inline constexpr std::chrono::milliseconds deliveryLimit{2000};
+/// For the dialog of a locker that starts a program for it, and how often it is looked for.
+inline constexpr TimeInterval dialogLimit{5.0};
+inline constexpr TimeInterval dialogStep{0.010};
 
 }  // namespace xkey
 

@@ -20,12 +20,28 @@ struct KeyPress {
     friend bool operator==(const KeyPress&, const KeyPress&) = default;
 };
 
+/// What the field of an X11 locker needs before it takes keys.
+struct KeyPace {
+    /// A first key to wake it with, and how long after that it takes the next.
+    bool tapsFirst = true;
+    TimeInterval wake{0.300};
+    /// Between the keys of a shortcut: some lockers look that late at which modifiers are held.
+    TimeInterval shortcut{0.030};
+};
+
 /// Posts the keys of one typing; destroying it gives back whatever it borrowed from the keyboard.
 /// One thread.
 class KeyEventSource {
   public:
     virtual ~KeyEventSource() = default;
-    /// False when the event could not be made or the system is gone; nothing was posted then.
+    /// Whether the keys would go to a screen locker, as far as the system can tell. To be asked
+    /// once, before the first key. May wake it with a key that carries nothing, and blocks until
+    /// it takes keys.
+    [[nodiscard]] virtual bool isAdmitted() { return true; }
+    /// Known once admitted.
+    [[nodiscard]] virtual KeyPace pace() const { return {}; }
+    /// False when the event could not be made or the system is gone, or when it could not be told
+    /// that it goes to the locker, which isUndisturbed() denies from then on.
     [[nodiscard]] virtual bool post(const KeyPress& press) = 0;
     /// A key event that carries UTF-16 text. Systems without such events type on `down` and do
     /// nothing on up.

@@ -1,8 +1,7 @@
 #include "Tests/Platforms/Linux/PrivateDisplay.h"
 
-#include "Platforms/Linux/XTestKeyEvents.h"
+#include "Platforms/Linux/XKeyLayout.h"
 
-#include <array>
 #include <utility>
 
 #include <xcb/xtest.h>
@@ -36,10 +35,14 @@ void PrivateDisplay::kill() {
 }
 
 void PrivateDisplay::tap(std::uint32_t keysym) const {
-    const auto source = XTestKeyEvents(name_).makeSource({}, std::array{keysym});
-    if (!source) return;
-    for (const bool down : {true, false})
-        (void)source->post({.code = keysym, .down = down});
+    const auto layout = XKeyLayout::read(*connection_);
+    const auto key = layout ? layout->key(keysym) : std::nullopt;
+    if (!key) return;
+    for (const int type : {XCB_KEY_PRESS, XCB_KEY_RELEASE}) {
+        xcb_test_fake_input(connection_->get(), static_cast<std::uint8_t>(type), *key,
+                            XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        connection_->flush();
+    }
 }
 
 void PrivateDisplay::movePointer() const {

@@ -42,7 +42,7 @@ std::string spelled(const KeystrokePlan& plan) {
 }
 
 TEST(KeystrokePlan, clearsTypesAndEntersAtTheMacsLoginWindow) {
-    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::macLoginWindow)),
+    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::macLoginWindow, {})),
               "check "
               "+55/100000 .12 +124/100000 .12 -124/100000 .12 -55/0 .12 "
               "+55/100000 .12 +51/100000 .12 -51/100000 .12 -55/0 .12 "
@@ -51,7 +51,7 @@ TEST(KeystrokePlan, clearsTypesAndEntersAtTheMacsLoginWindow) {
 }
 
 TEST(KeystrokePlan, wakesClearsTypesAndEntersAtAnX11Locker) {
-    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::x11Locker)),
+    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::x11Locker, {})),
               "check +65505/0 .30 -65505/0 .30 .300 "
               "check +65507/0 .30 +117/0 .30 -117/0 .30 -65507/0 .30 "
               "check T0+6 .4 t0+6 .4 "
@@ -78,7 +78,8 @@ TEST(KeystrokePlan, partsTextIntoChunksButNeverASurrogatePair) {
          }) {
         std::vector<std::size_t> seen;
         std::size_t end = 0;
-        for (const auto& action : KeystrokePlan::make(text, KeyDialect::macLoginWindow).actions) {
+        for (const auto& action :
+             KeystrokePlan::make(text, KeyDialect::macLoginWindow, {}).actions) {
             const auto* chunk = std::get_if<KeystrokeAction::Text>(&action);
             if (chunk == nullptr || !chunk->down) continue;
             EXPECT_EQ(chunk->offset, end);

@@ -1,0 +1,116 @@
+#include "Platforms/Linux/ClientPrograms.h"
+
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+#include <system_error>
+
+#include <sys/stat.h>
+
+namespace marrowby {
+namespace {
+
+using Path = std::filesystem::path;
+
+std::string linkTarget(const Path& link) {
+    std::error_code error;
+    const Path target = std::filesystem::read_symlink(link, error);
+    return error ? std::string() : target.string();
+}
+
+bool isRootsAlone(const Path& path) {
+    struct stat status{};
+    return ::lstat(path.c_str(), &status) == 0 && status.st_uid == 0 &&
+           (S_ISLNK(status.st_mode) || (status.st_mode & (S_IWGRP | S_IWOTH)) == 0);
+}
+
+bool isRootsAloneToTheTop(Path path) {
+    if (!path.is_absolute()) return false;
+    while (isRootsAlone(path)) {
+        if (path == path.root_path()) return true;
+        path = path.parent_path();
+    }
+    return false;
+}
+
+bool isSameFile(const Path& one, const Path& other) {
+    struct stat first{};
+    struct stat second{};
+    return ::stat(one.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+/// The fourth field; the second, the name in brackets, may hold anything.
+std::int64_t parentOf(const Path& folder) {
+    std::ifstream file(folder / "stat");
+    std::string line;
+    std::getline(file, line, '\0');
+    const std::size_t end = line.rfind(") ");
+    std::int64_t parent = 0;
+    if (end == std::string::npos || line.size() < end + 5) return 0;
+    std::from_chars(line.data() + end + 4, line.data() + line.size(), parent);
+    return parent;
+}
+
+ClientProgram programOf(std::int64_t process) {
+    const Path folder = Path("/proc") / std::to_string(process);
+    ClientProgram program{.process = process, .parent = parentOf(folder), .path = {}};
+    program.path = linkTarget(folder / "exe");
+    if (program.path.empty()) return program;
+    const std::string mounts = linkTarget(folder / "ns/mnt");
+    program.isInOurFiles = !mounts.empty() && mounts == linkTarget("/proc/self/ns/mnt") &&
+                           isSameFile(folder / "exe", program.path);
+    program.isRootsAlone = isRootsAloneToTheTop(program.path);
+    return program;
+}
+
+bool tellsProcesses(const XcbConnection& connection) {
+    const auto* extension = xcb_get_extension_data(connection.get(), &xcb_res_id);
+    if (!extension || !extension->present) return false;
+    const auto version = connection.reply<xcb_res_query_version_reply>(
+        xcb_res_query_version(connection.get(), 1, 2));
+    return version && (version->server_major > 1 || version->server_minor >= 2);
+}
+
+}  // namespace
+
+ClientPrograms::ClientPrograms(const XcbConnection& connection)
+    : connection_(connection), isOffered_(tellsProcesses(connection)) {}
+
+std::optional<ClientProgram> ClientPrograms::behind(std::uint32_t resource) const {
+    if (!isOffered_) return std::nullopt;
+    const auto found = process(connection_, askProcess(connection_, resource));
+    if (!found) return std::nullopt;
+    return programOf(*found);
+}
+
+xcb_res_query_client_ids_cookie_t ClientPrograms::askProcess(const XcbConnection& connection,
+                                                             std::uint32_t resource) {
+    const xcb_res_client_id_spec_t spec{.client = resource,
+                                        .mask = XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    return xcb_res_query_client_ids(connection.get(), 1, &spec);
+}
+
+std::optional<std::int64_t> ClientPrograms::process(const XcbConnection& connection,
+                                                    xcb_res_query_client_ids_cookie_t asked) {
+    const auto answer = connection.reply<xcb_res_query_client_ids_reply>(asked);
+    if (!answer) return std::nullopt;
+    const auto ids = xcb_res_query_client_ids_ids_iterator(answer.get());
+    if (ids.rem != 1 || xcb_res_client_id_value_value_length(ids.data) != 1) return std::nullopt;
+    return *xcb_res_client_id_value_value(ids.data);
+}
+
+std::vector<std::uint32_t> ClientPrograms::clients() const {
+    std::vector<std::uint32_t> found;
+    if (!isOffered_) return found;
+    const auto answer =
+        connection_.reply<xcb_res_query_clients_reply>(xcb_res_query_clients(connection_.get()));
+    if (!answer) return found;
+    for (auto each = xcb_res_query_clients_clients_iterator(answer.get()); each.rem > 0;
+         xcb_res_client_next(&each))
+        found.push_back(each.data->resource_base);
+    return found;
+}
+
+}  // namespace marrowby

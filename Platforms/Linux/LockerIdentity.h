@@ -1,0 +1,97 @@
+#pragma once
+
+#include "UnlockCore/Foundation/Time.h"
+
+#include <cstdint>
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace marrowby {
+
+/// The program behind a client of the display, as the kernel tells it.
+struct ClientProgram {
+    std::int64_t process = 0;
+    std::int64_t parent = 0;
+    /// The file that it runs; empty where that is not told, as of a setuid program.
+    std::string path;
+    /// It sees the same files as this process, and what it runs is what lies at `path` now.
+    bool isInOurFiles = false;
+    /// Nobody but root can put another file at `path` or change this one.
+    bool isRootsAlone = false;
+};
+
+/// Who would get a key on an X display, asked for in this order.
+struct LockerFacts {
+    /// The topmost window that covers a monitor.
+    struct Cover {
+        bool overrideRedirect = false;
+        std::optional<ClientProgram> owner;
+    };
+
+    /// Another client has grabbed the keyboard.
+    bool isKeyboardHeld = false;
+    /// One for each monitor; nothing where no window covers it.
+    std::vector<std::optional<Cover>> covers;
+    /// To whom a key went; nothing where it went to nobody, or to more than one.
+    std::optional<ClientProgram> receiver;
+};
+
+/// The first fact that does not hold.
+struct LockerDoubt {
+    enum class Fact {
+        keyboardIsFree,
+        monitorIsUncovered,
+        coverIsManaged,
+        keyReachesNobody,
+        coverIsAnothers,
+        programIsHidden,
+        programIsElsewhere,
+        programIsChangeable,
+        programIsInterpreter,
+        programIsUnknown,
+        keysAreReserved,
+        dialogIsMissing,
+    };
+    Fact fact{};
+    /// Of the keyboard's holder, where that is known.
+    std::string path{};
+    friend bool operator==(const LockerDoubt&, const LockerDoubt&) = default;
+};
+
+/// For the log: which fact failed.
+[[nodiscard]] std::string description(const LockerDoubt& doubt);
+
+/// What a locker's field needs before it takes keys.
+struct LockerPace {
+    /// From the key that wakes it to the next.
+    TimeInterval wake{};
+    /// Between the keys of a shortcut: some look late at which modifiers are held.
+    TimeInterval shortcut{};
+    /// From lending a key a character to its first press.
+    TimeInterval lending{};
+    /// Its own process that shows the field, which must have a window before it takes keys.
+    std::string_view dialogSuffix{};
+};
+
+struct KnownScreenLocker {
+    std::string path;
+    LockerPace pace;
+};
+
+namespace lockeridentity {
+
+/// Whether the keys go to a screen locker: one that is known by its executable, or that the owner
+/// vouches for. The keyboard's holder must have covered the screen, itself or through its parent or
+/// a child.
+[[nodiscard]] std::expected<KnownScreenLocker, LockerDoubt> judge(
+    const LockerFacts& facts, const std::vector<std::string>& vouchedPaths);
+
+/// Runs whatever its user tells it to, so that its file says nothing about what it does.
+[[nodiscard]] bool isInterpreter(std::string_view path);
+
+}  // namespace lockeridentity
+
+}  // namespace marrowby
