@@ -41,21 +41,24 @@ bool isSameFile(const Path& one, const Path& other) {
            first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
-/// The fourth field; the second, the name in brackets, may hold anything.
-std::int64_t parentOf(const Path& folder) {
+/// Name and parent: the second field, in brackets, which may hold anything, and the fourth.
+ClientProgram standingOf(std::int64_t process, const Path& folder) {
+    ClientProgram program{.process = process};
     std::ifstream file(folder / "stat");
     std::string line;
     std::getline(file, line, '\0');
+    const std::size_t begin = line.find('(');
     const std::size_t end = line.rfind(") ");
-    std::int64_t parent = 0;
-    if (end == std::string::npos || line.size() < end + 5) return 0;
-    std::from_chars(line.data() + end + 4, line.data() + line.size(), parent);
-    return parent;
+    if (begin == std::string::npos || end == std::string::npos || line.size() < end + 5)
+        return program;
+    program.name = line.substr(begin + 1, end - begin - 1);
+    std::from_chars(line.data() + end + 4, line.data() + line.size(), program.parent);
+    return program;
 }
 
 ClientProgram programOf(std::int64_t process) {
     const Path folder = Path("/proc") / std::to_string(process);
-    ClientProgram program{.process = process, .parent = parentOf(folder), .path = {}};
+    ClientProgram program = standingOf(process, folder);
     program.path = linkTarget(folder / "exe");
     if (program.path.empty()) return program;
     const std::string mounts = linkTarget(folder / "ns/mnt");
@@ -99,6 +102,18 @@ std::optional<std::int64_t> ClientPrograms::process(const XcbConnection& connect
     const auto ids = xcb_res_query_client_ids_ids_iterator(answer.get());
     if (ids.rem != 1 || xcb_res_client_id_value_value_length(ids.data) != 1) return std::nullopt;
     return *xcb_res_client_id_value_value(ids.data);
+}
+
+bool ClientPrograms::hasWindows(std::uint32_t client) const {
+    const auto windowType = connection_.atom("WINDOW");
+    const auto answer = connection_.reply<xcb_res_query_client_resources_reply>(
+        xcb_res_query_client_resources(connection_.get(), client));
+    if (!answer) return false;
+    for (auto each = xcb_res_query_client_resources_types_iterator(answer.get()); each.rem > 0;
+         xcb_res_type_next(&each)) {
+        if (each.data->resource_type == windowType && each.data->count > 0) return true;
+    }
+    return false;
 }
 
 std::vector<std::uint32_t> ClientPrograms::clients() const {

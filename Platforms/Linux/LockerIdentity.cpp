@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstddef>
 #include <utility>
 
 namespace marrowby {
@@ -12,18 +13,30 @@ using Fact = LockerDoubt::Fact;
 
 constexpr LockerPace i3lockPace{
     .wake = TimeInterval(0), .shortcut = TimeInterval(0), .lending = TimeInterval(0.010)};
-constexpr LockerPace xsecurelockPace{
-    .wake = TimeInterval(0.020), .shortcut = TimeInterval(0), .lending = TimeInterval(0.030)};
-constexpr LockerPace xscreensaverPace{
-    .wake = TimeInterval(0.030), .shortcut = TimeInterval(0.030), .lending = TimeInterval(0.030)};
-/// MATE's and Xfce's have one ancestor.
-constexpr LockerPace dialogPace{.wake = TimeInterval(0),
-                                .shortcut = TimeInterval(0.010),
-                                .lending = TimeInterval(0.030),
-                                .dialogSuffix = "-screensaver-dialog"};
+constexpr LockerPace xsecurelockPace{.wake = TimeInterval(0),
+                                     .shortcut = TimeInterval(0),
+                                     .lending = TimeInterval(0.030),
+                                     .dialog = "auth_x11",
+                                     .dialogIsOnScreen = false};
+constexpr LockerPace xscreensaverPace{.wake = TimeInterval(0),
+                                      .shortcut = TimeInterval(0.030),
+                                      .lending = TimeInterval(0.030),
+                                      .dialog = "xscreensaver-auth"};
+constexpr LockerPace matePace{.wake = TimeInterval(0),
+                              .shortcut = TimeInterval(0.010),
+                              .lending = TimeInterval(0.030),
+                              .dialog = "mate-screensaver-dialog"};
+/// A descendant of MATE's.
+constexpr LockerPace xfcePace{.wake = TimeInterval(0),
+                              .shortcut = TimeInterval(0.010),
+                              .lending = TimeInterval(0.030),
+                              .dialog = "xfce4-screensaver-dialog"};
 /// Of a locker of which nothing is known.
 constexpr LockerPace carefulPace{
     .wake = TimeInterval(0.300), .shortcut = TimeInterval(0.030), .lending = TimeInterval(0.030)};
+
+/// Of a process, in the kernel.
+constexpr std::size_t longestName = 15;
 
 constexpr std::string_view packageFolder = "/usr/bin/";
 
@@ -37,8 +50,8 @@ struct Known {
 constexpr std::array knownLockers{Known{"i3lock", i3lockPace},
                                   Known{"xsecurelock", xsecurelockPace},
                                   Known{"xscreensaver", xscreensaverPace},
-                                  Known{"mate-screensaver", dialogPace},
-                                  Known{"xfce4-screensaver", dialogPace},
+                                  Known{"mate-screensaver", matePace},
+                                  Known{"xfce4-screensaver", xfcePace},
                                   Known{"slock", carefulPace},
                                   Known{"ksmserver", carefulPace}};
 
@@ -66,6 +79,13 @@ bool isFamily(const ClientProgram& one, const ClientProgram& other) {
 }
 
 }  // namespace
+
+bool lockeridentity::isDialog(const ClientProgram& program, const ClientProgram& locker,
+                              const LockerPace& pace) {
+    if (program.parent != locker.process) return false;
+    if (program.path.empty()) return program.name == pace.dialog.substr(0, longestName);
+    return program.isRootsAlone && program.isInOurFiles && fileName(program.path) == pace.dialog;
+}
 
 bool lockeridentity::isInterpreter(std::string_view path) {
     const std::string_view name = fileName(path);

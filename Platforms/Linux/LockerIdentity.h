@@ -15,8 +15,10 @@ namespace marrowby {
 struct ClientProgram {
     std::int64_t process = 0;
     std::int64_t parent = 0;
+    /// What it calls itself, which proves nothing; at most 15 bytes.
+    std::string name{};
     /// The file that it runs; empty where that is not told, as of a setuid program.
-    std::string path;
+    std::string path{};
     /// It sees the same files as this process, and what it runs is what lies at `path` now.
     bool isInOurFiles = false;
     /// Nobody but root can put another file at `path` or change this one.
@@ -72,8 +74,11 @@ struct LockerPace {
     TimeInterval shortcut{};
     /// From lending a key a character to its first press.
     TimeInterval lending{};
-    /// Its own process that shows the field, which must have a window before it takes keys.
-    std::string_view dialogSuffix{};
+    /// The program that it starts to show its field, which takes no keys before it has a window.
+    std::string_view dialog{};
+    /// Where that window is: among the windows of the screen, or on the compositor's, of which
+    /// nobody is told.
+    bool dialogIsOnScreen = true;
 };
 
 struct KnownScreenLocker {
@@ -88,6 +93,10 @@ namespace lockeridentity {
 /// a child.
 [[nodiscard]] std::expected<KnownScreenLocker, LockerDoubt> judge(
     const LockerFacts& facts, const std::vector<std::string>& vouchedPaths);
+
+/// Whether this is the dialog of `locker`, as far as the time of its keys depends on it.
+[[nodiscard]] bool isDialog(const ClientProgram& program, const ClientProgram& locker,
+                            const LockerPace& pace);
 
 /// Runs whatever its user tells it to, so that its file says nothing about what it does.
 [[nodiscard]] bool isInterpreter(std::string_view path);

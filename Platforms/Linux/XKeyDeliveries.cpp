@@ -1,7 +1,6 @@
 #include "Platforms/Linux/XKeyDeliveries.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -19,6 +18,7 @@ constexpr std::uint8_t fromServer = 0;
 constexpr std::uint8_t startOfData = 4;
 constexpr std::uint8_t endOfData = 5;
 constexpr std::size_t eventSize = 32;
+constexpr std::uint8_t lastEvent = 127;
 constexpr std::chrono::seconds answerLimit{2};
 
 bool isOffered(const XcbConnection& connection, xcb_extension_t* id) {
@@ -52,23 +52,19 @@ XKeyDeliveries::~XKeyDeliveries() {
 
 bool XKeyDeliveries::start() {
     if (!isOffered(control_, &xcb_record_id) || !isOffered(*data_, &xcb_record_id)) return false;
-    std::array<xcb_record_range_t, 3> ranges{};
-    ranges[0].delivered_events = {.first = XCB_KEY_PRESS, .last = XCB_KEY_RELEASE};
-    ranges[1].delivered_events = {.first = XCB_GE_GENERIC, .last = XCB_GE_GENERIC};
-    std::uint32_t count = 2;
     if (isOffered(control_, &xcb_input_id)) {
         const auto* input = xcb_get_extension_data(control_.get(), &xcb_input_id);
         inputOpcode_ = input->major_opcode;
         deviceKeyPress_ =
             static_cast<std::uint8_t>(input->first_event + XCB_INPUT_DEVICE_KEY_PRESS);
-        ranges[2].delivered_events = {.first = deviceKeyPress_,
-                                      .last = static_cast<std::uint8_t>(deviceKeyPress_ + 1)};
-        ++count;
     }
+    // One range for all: of several, the server was seen to leave out the events of XInput 2.
+    xcb_record_range_t range{};
+    range.delivered_events = {.first = XCB_KEY_PRESS, .last = lastEvent};
     const xcb_record_client_spec_t everybody = XCB_RECORD_CS_ALL_CLIENTS;
     const XcbConnection::Owned<xcb_generic_error_t> error(xcb_request_check(
-        control_.get(), xcb_record_create_context_checked(control_.get(), context_, 0, 1, count,
-                                                          &everybody, ranges.data())));
+        control_.get(), xcb_record_create_context_checked(control_.get(), context_, 0, 1, 1,
+                                                          &everybody, &range)));
     if (error || control_.hasError()) return false;
     stream_ = xcb_record_enable_context(data_->get(), context_);
     data_->flush();
@@ -104,6 +100,8 @@ std::vector<std::uint32_t> XKeyDeliveries::receivers() {
         for (std::size_t at = 0; at + eventSize <= events.size(); at += eventSize) {
             xcb_ge_generic_event_t event{};
             std::memcpy(&event, &events[at], offsetof(xcb_ge_generic_event_t, pad0));
+            // What a client sends to another is no key that the server gave it.
+            if ((event.response_type & 0x80) != 0) continue;
             const auto type = static_cast<std::uint8_t>(event.response_type & 0x7F);
             const bool isKey = type == XCB_KEY_PRESS || type == XCB_KEY_RELEASE ||
                                (deviceKeyPress_ != 0 &&

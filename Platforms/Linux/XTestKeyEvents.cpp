@@ -188,16 +188,17 @@ class XTestKeyEventSource final : public KeyEventSource {
     [[nodiscard]] Doubt admit() {
         guard_.arm();
         LockerFacts facts;
-        facts.isKeyboardHeld = guard_.isKeyboardHeld();
         XKeyHolder holder;
-        for (const auto& window : X11ScreenCover::read(*connection_)) {
-            auto& cover = facts.covers.emplace_back();
-            if (!window) continue;
-            cover = {.overrideRedirect = window->overrideRedirect,
-                     .owner = programs_.behind(window->id)};
-            holder.covers.push_back(window->id);
-        }
         const auto judgeNow = [&] { return lockeridentity::judge(facts, rules_.vouchedPaths); };
+        readCovers(facts, holder);
+        // A locker that comes up may hold the keyboard before its window stands.
+        for (TimeInterval waited{};
+             judgeNow().error().fact == LockerDoubt::Fact::monitorIsUncovered &&
+             waited < xkey::coverLimit;
+             waited += xkey::dialogStep) {
+            rules_.pause(xkey::dialogStep);
+            readCovers(facts, holder);
+        }
         auto verdict = judgeNow();
         if (verdict.error().fact != LockerDoubt::Fact::keyReachesNobody) return verdict.error();
 
@@ -215,6 +216,18 @@ class XTestKeyEventSource final : public KeyEventSource {
         if (!chooseKeys()) return LockerDoubt{.fact = LockerDoubt::Fact::keysAreReserved};
         borrow();
         return awaitDialog(*facts.receiver);
+    }
+
+    void readCovers(LockerFacts& facts, XKeyHolder& holder) const {
+        facts = {.isKeyboardHeld = guard_.isKeyboardHeld(), .covers = {}, .receiver = {}};
+        holder.covers.clear();
+        for (const auto& window : X11ScreenCover::read(*connection_)) {
+            auto& cover = facts.covers.emplace_back();
+            if (!window) continue;
+            cover = {.overrideRedirect = window->overrideRedirect,
+                     .owner = programs_.behind(window->id)};
+            holder.covers.push_back(window->id);
+        }
     }
 
     /// Who gets a key that does nothing, of the locker's or anybody else's.
@@ -269,7 +282,7 @@ class XTestKeyEventSource final : public KeyEventSource {
 
     /// Waits for the window of the program that a locker shows its field with.
     [[nodiscard]] Doubt awaitDialog(const ClientProgram& locker) {
-        if (pace_.dialogSuffix.empty()) return std::nullopt;
+        if (pace_.dialog.empty()) return std::nullopt;
         for (TimeInterval waited{}; waited < xkey::dialogLimit; waited += xkey::dialogStep) {
             if (hasDialog(locker)) return std::nullopt;
             rules_.pause(xkey::dialogStep);
@@ -278,18 +291,16 @@ class XTestKeyEventSource final : public KeyEventSource {
     }
 
     [[nodiscard]] bool hasDialog(const ClientProgram& locker) const {
-        for (const auto client : programs_.clients()) {
+        return std::ranges::any_of(programs_.clients(), [&](std::uint32_t client) {
             const auto program = programs_.behind(client);
-            if (program && program->parent == locker.process &&
-                program->path.ends_with(pace_.dialogSuffix) && showsWindowOf(client))
-                return true;
-        }
-        return false;
+            return program && lockeridentity::isDialog(*program, locker, pace_) &&
+                   (pace_.dialogIsOnScreen ? showsWindowOf(client) : true);
+        });
     }
 
-    /// Whether a window of `client` can be seen within those that cover the screen.
+    /// Whether a window of `client` can be seen, at the top or within another.
     [[nodiscard]] bool showsWindowOf(std::uint32_t client) const {
-        std::vector<xcb_window_t> open = holder_->covers;
+        std::vector<xcb_window_t> open{connection_->root()};
         const auto mask = xcb_get_setup(connection_->get())->resource_id_mask;
         while (!open.empty()) {
             const auto window = open.back();

@@ -45,6 +45,8 @@ inline constexpr TimeInterval returningStep{0.020};
 inline constexpr std::chrono::milliseconds deliveryLimit{2000};
 /// For the dialog of a locker that starts a program for it, and how often it is looked for.
 inline constexpr TimeInterval dialogLimit{5.0};
+/// For the window of a locker that comes up.
+inline constexpr TimeInterval coverLimit{1.0};
 inline constexpr TimeInterval dialogStep{0.010};
 
 }  // namespace xkey
