@@ -104,18 +104,6 @@ std::optional<std::int64_t> ClientPrograms::process(const XcbConnection& connect
     return *xcb_res_client_id_value_value(ids.data);
 }
 
-bool ClientPrograms::hasWindows(std::uint32_t client) const {
-    const auto windowType = connection_.atom("WINDOW");
-    const auto answer = connection_.reply<xcb_res_query_client_resources_reply>(
-        xcb_res_query_client_resources(connection_.get(), client));
-    if (!answer) return false;
-    for (auto each = xcb_res_query_client_resources_types_iterator(answer.get()); each.rem > 0;
-         xcb_res_type_next(&each)) {
-        if (each.data->resource_type == windowType && each.data->count > 0) return true;
-    }
-    return false;
-}
-
 std::vector<std::uint32_t> ClientPrograms::clients() const {
     std::vector<std::uint32_t> found;
     if (!isOffered_) return found;

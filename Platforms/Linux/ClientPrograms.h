@@ -26,7 +26,6 @@ class ClientPrograms {
         const XcbConnection& connection, std::uint32_t resource);
     [[nodiscard]] static std::optional<std::int64_t> process(
         const XcbConnection& connection, xcb_res_query_client_ids_cookie_t asked);
-    [[nodiscard]] bool hasWindows(std::uint32_t client) const;
     /// The first ID of each client's resources.
     [[nodiscard]] std::vector<std::uint32_t> clients() const;
 

@@ -76,8 +76,7 @@ struct LockerPace {
     TimeInterval lending{};
     /// The program that it starts to show its field, which takes no keys before it has a window.
     std::string_view dialog{};
-    /// Where that window is: among the windows of the screen, or on the compositor's, of which
-    /// nobody is told.
+    /// That window can be found. xsecurelock's cannot, and the keys for it are kept until it stands.
     bool dialogIsOnScreen = true;
 };
 

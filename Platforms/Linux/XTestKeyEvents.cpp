@@ -122,7 +122,10 @@ class XTestKeyEventSource final : public KeyEventSource {
     }
 
     [[nodiscard]] KeyPace pace() const override {
-        return {.tapsFirst = false, .wake = {}, .shortcut = pace_.shortcut};
+        return {.tapsFirst = false,
+                .wake = {},
+                .clearsField = !hasFreshField_,
+                .shortcut = pace_.shortcut};
     }
 
     /// A key that is no modifier is released in the same stroke, for its press may end the locker.
@@ -204,6 +207,7 @@ class XTestKeyEventSource final : public KeyEventSource {
 
         // All but the receiver holds: it is worth a key.
         deliveries_ = XKeyDeliveries::create(*connection_);
+        const auto clientsBefore = programs_.clients();
         if (const auto client = tapReceiver()) {
             holder.client = *client;
             facts.receiver = programs_.behind(*client);
@@ -214,8 +218,17 @@ class XTestKeyEventSource final : public KeyEventSource {
         pace_ = verdict->pace;
         holder_ = std::move(holder);
         if (!chooseKeys()) return LockerDoubt{.fact = LockerDoubt::Fact::keysAreReserved};
+        if (!pace_.dialog.empty()) {
+            const auto dialog = awaitDialog(*facts.receiver);
+            if (!dialog)
+                return LockerDoubt{.fact = LockerDoubt::Fact::dialogIsMissing,
+                                   .path = facts.receiver->path};
+            hasFreshField_ = std::ranges::find(clientsBefore, *dialog) == clientsBefore.end();
+        }
+        // Only now, when the locker is done with the tap: many lose the news of a key's new symbol
+        // that come while they look up another.
         borrow();
-        return awaitDialog(*facts.receiver);
+        return std::nullopt;
     }
 
     void readCovers(LockerFacts& facts, XKeyHolder& holder) const {
@@ -268,6 +281,8 @@ class XTestKeyEventSource final : public KeyEventSource {
     /// Takes effect of what was chosen.
     void borrow() {
         bool isLending = false;
+        // Nobody may ask for the map between two of them: Xlib forgets what it is told meanwhile.
+        xcb_grab_server(connection_->get());
         for (const auto& use : used()) {
             if (!use.isLent) continue;
             lentKeys_.lend(use.key, use.keysym);
@@ -275,27 +290,24 @@ class XTestKeyEventSource final : public KeyEventSource {
         }
         hasClearedLocks_ = layout_.lockedModifiers() != 0;
         if (hasClearedLocks_) lockModifiers(0);
+        xcb_ungrab_server(connection_->get());
         (void)synchronize();
         const auto needed = std::max(pace_.wake, isLending ? pace_.lending : TimeInterval{});
         if (needed > TimeInterval{}) rules_.pause(needed);
     }
 
-    /// Waits for the window of the program that a locker shows its field with.
-    [[nodiscard]] Doubt awaitDialog(const ClientProgram& locker) {
-        if (pace_.dialog.empty()) return std::nullopt;
+    /// The client with which the locker shows its field, once it has.
+    [[nodiscard]] std::optional<std::uint32_t> awaitDialog(const ClientProgram& locker) const {
         for (TimeInterval waited{}; waited < xkey::dialogLimit; waited += xkey::dialogStep) {
-            if (hasDialog(locker)) return std::nullopt;
+            for (const auto client : programs_.clients()) {
+                const auto program = programs_.behind(client);
+                if (program && lockeridentity::isDialog(*program, locker, pace_) &&
+                    (!pace_.dialogIsOnScreen || showsWindowOf(client)))
+                    return client;
+            }
             rules_.pause(xkey::dialogStep);
         }
-        return LockerDoubt{.fact = LockerDoubt::Fact::dialogIsMissing, .path = locker.path};
-    }
-
-    [[nodiscard]] bool hasDialog(const ClientProgram& locker) const {
-        return std::ranges::any_of(programs_.clients(), [&](std::uint32_t client) {
-            const auto program = programs_.behind(client);
-            return program && lockeridentity::isDialog(*program, locker, pace_) &&
-                   (pace_.dialogIsOnScreen ? showsWindowOf(client) : true);
-        });
+        return std::nullopt;
     }
 
     /// Whether a window of `client` can be seen, at the top or within another.
@@ -380,6 +392,8 @@ class XTestKeyEventSource final : public KeyEventSource {
     /// Nothing until admitted.
     std::optional<XKeyHolder> holder_;
     std::optional<xcb_keycode_t> heldModifier_;
+    /// The dialog came up for the tap, so that nothing can be in it.
+    bool hasFreshField_ = false;
     bool hasClearedLocks_ = false;
     bool hasPosted_ = false;
     bool isStopped_ = false;

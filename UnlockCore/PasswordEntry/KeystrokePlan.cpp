@@ -54,6 +54,7 @@ void addMacClearing(Actions& actions) {
 /// that clears the field of all of them.
 void addX11Clearing(Actions& actions, const KeyPace& pace) {
     if (pace.tapsFirst) addWaking(actions, xkey::leftShift, pace.shortcut, pace.wake);
+    if (!pace.clearsField) return;
     addPress(actions, {.code = xkey::leftControl, .down = true}, pace.shortcut);
     addTap(actions, xkey::letterU, 0, pace.shortcut);
     addPress(actions, {.code = xkey::leftControl, .down = false}, pace.shortcut);

@@ -25,6 +25,8 @@ struct KeyPace {
     /// A first key to wake it with, and how long after that it takes the next.
     bool tapsFirst = true;
     TimeInterval wake{0.300};
+    /// Something may be in it.
+    bool clearsField = true;
     /// Between the keys of a shortcut: some lockers look that late at which modifiers are held.
     TimeInterval shortcut{0.030};
 };
