@@ -91,6 +91,15 @@ WindowPage SettingsPresenter::page() const {
                              .fix = status.fix().transform([](UnlockStatusFix fix) {
                                  return button({Control::fix}, std::string(title(fix)));
                              })}};
+    if (settings.offeredLocker) {
+        page.rows.emplace_back(Row::Actions{
+            .title = "Is “" + *settings.offeredLocker + "” your screen locker?",
+            .detail = "It had the keyboard and covered the screen when your password was to be "
+                      "typed. Marrowby Unlock doesn’t know it, so nothing was typed. Say yes only "
+                      "if you lock your screen with it.",
+            .buttons = {button({Control::vouchForLocker}, "Yes, Type Into It"),
+                        button({Control::declineLocker}, "No")}});
+    }
     addLooking(page.rows);
     addSaved(page.rows);
     addActivity(page.rows);
@@ -268,6 +277,10 @@ void SettingsPresenter::press(ControlID id) {
     if (id.control == Control::quit) question_ = Quitting{};
     if (id.control == Control::cancel) question_ = Nothing{};
     if (id.control == Control::confirm) confirm();
+    if (id.control == Control::vouchForLocker || id.control == Control::declineLocker)
+        change([&](UnlockSettings& settings) {
+            settings.answerOffer(id.control == Control::vouchForLocker);
+        });
     hooks_.onChange();
 }
 

@@ -189,6 +189,13 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
       self_(std::make_shared<UnlockModel*>(this)) {
     UnlockSettings::normaliseLivenessMode(platform_.defaults);
     settings_ = UnlockSettings::load(platform_.defaults);
+    platform_.keyEvents.vouchFor(settings_.vouchedLockers);
+    platform_.keyEvents.setUnknownLockerHandler(
+        [weak = std::weak_ptr(self_), &mainThread = platform_.mainThread](const std::string& path) {
+            mainThread.post([weak, path] {
+                if (const auto self = weak.lock()) (*self)->offerLocker(path);
+            });
+        });
     state_ = currentState();
     lockMonitor_.onEvent = [this](LockEvent event) { onLockEvent(event); };
     lockMonitor_.start();
@@ -197,6 +204,7 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
 UnlockModel::~UnlockModel() {
     platform_.defaultCenter.remove(vaultObserver_);
     lockMonitor_.stop();
+    platform_.keyEvents.setUnknownLockerHandler({});
 }
 
 UnlockStatus UnlockModel::status() const {
@@ -526,7 +534,13 @@ UnlockModel::Completion UnlockModel::noting(Completion completion) {
     };
 }
 
+void UnlockModel::offerLocker(const std::string& path) {
+    UnlockSettings settings = settings_;
+    if (settings.offerLocker(path)) apply(std::move(settings));
+}
+
 void UnlockModel::store(UnlockSettings settings) {
+    platform_.keyEvents.vouchFor(settings.vouchedLockers);
     settings.save(platform_.defaults);
     settings_ = std::move(settings);
 }

@@ -164,6 +164,7 @@ class UnlockModel {
     [[nodiscard]] Saved sealCapturedLook(const std::string& name);
     /// Notes the outcome as the state's problem on its way to `completion`.
     [[nodiscard]] Completion noting(Completion completion);
+    void offerLocker(const std::string& path);
     void store(UnlockSettings settings);
     [[nodiscard]] State currentState() const;
     void publish();

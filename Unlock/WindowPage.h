@@ -35,6 +35,8 @@ enum class WindowControl : std::uint8_t {
     useLook,
     removeLook,
     updatePassword,
+    vouchForLocker,
+    declineLocker,
     erase,
     quit,
     confirm,

@@ -56,13 +56,13 @@ constexpr std::array knownLockers{Known{"i3lock", i3lockPace},
                                   Known{"ksmserver", carefulPace}};
 
 /// By the beginnings of their names, which versions follow.
-constexpr std::array<std::string_view, 46> interpreters{
-    "python", "pypy",    "perl", "ruby",  "lua",      "gjs",      "cjs",   "node",
-    "nodejs", "deno",    "bun",  "java",  "mono",     "dotnet",   "php",   "tclsh",
-    "wish",   "guile",   "sh",   "bash",  "dash",     "zsh",      "fish",  "ksh",
-    "mksh",   "busybox", "awk",  "gawk",  "mawk",     "ld-linux", "ld.so", "ld-musl",
-    "qemu-",  "wine",    "gdb",  "emacs", "electron", "env",      "xterm", "uxterm",
-    "expect", "octave",  "sbcl", "erl",   "qmlscene", "vim"};
+constexpr std::array<std::string_view, 48> interpreters{
+    "python", "pypy",    "perl",   "ruby",    "lua",  "gjs-console", "gjs",      "cjs-console",
+    "cjs",    "node",    "nodejs", "deno",    "bun",  "java",        "mono",     "dotnet",
+    "php",    "tclsh",   "wish",   "guile",   "sh",   "bash",        "dash",     "zsh",
+    "fish",   "ksh",     "mksh",   "busybox", "awk",  "gawk",        "mawk",     "ld-linux",
+    "ld.so",  "ld-musl", "qemu-",  "wine",    "gdb",  "emacs",       "electron", "env",
+    "xterm",  "uxterm",  "expect", "octave",  "sbcl", "erl",         "qmlscene", "vim"};
 
 std::string_view fileName(std::string_view path) {
     return path.substr(path.rfind('/') + 1);

@@ -76,7 +76,8 @@ struct LockerPace {
     TimeInterval lending{};
     /// The program that it starts to show its field, which takes no keys before it has a window.
     std::string_view dialog{};
-    /// That window can be found. xsecurelock's cannot, and the keys for it are kept until it stands.
+    /// That window can be found. xsecurelock's cannot, and the keys for it are kept until it
+    /// stands.
     bool dialogIsOnScreen = true;
 };
 

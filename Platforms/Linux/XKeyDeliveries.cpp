@@ -63,8 +63,8 @@ bool XKeyDeliveries::start() {
     range.delivered_events = {.first = XCB_KEY_PRESS, .last = lastEvent};
     const xcb_record_client_spec_t everybody = XCB_RECORD_CS_ALL_CLIENTS;
     const XcbConnection::Owned<xcb_generic_error_t> error(xcb_request_check(
-        control_.get(), xcb_record_create_context_checked(control_.get(), context_, 0, 1, 1,
-                                                          &everybody, &range)));
+        control_.get(),
+        xcb_record_create_context_checked(control_.get(), context_, 0, 1, 1, &everybody, &range)));
     if (error || control_.hasError()) return false;
     stream_ = xcb_record_enable_context(data_->get(), context_);
     data_->flush();

@@ -80,6 +80,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         XTestKeyEvents::Pause pause;
         std::vector<std::string> vouchedPaths;
         std::function<void(const LockerDoubt&)> onDoubt;
+        std::function<void(std::string)> onUnknownLocker;
     };
 
     XTestKeyEventSource(std::unique_ptr<XcbConnection> connection, XKeyLayout layout,
@@ -118,6 +119,8 @@ class XTestKeyEventSource final : public KeyEventSource {
     [[nodiscard]] bool isAdmitted() override {
         const auto doubt = admit();
         if (doubt && rules_.onDoubt) rules_.onDoubt(*doubt);
+        if (doubt && doubt->fact == LockerDoubt::Fact::programIsUnknown && rules_.onUnknownLocker)
+            rules_.onUnknownLocker(doubt->path);
         return !doubt && isUndisturbed() && synchronize();
     }
 
@@ -245,12 +248,7 @@ class XTestKeyEventSource final : public KeyEventSource {
 
     /// Who gets a key that does nothing, of the locker's or anybody else's.
     [[nodiscard]] std::optional<std::uint32_t> tapReceiver() {
-        const auto shift = layout_.key(xkey::leftShift);
-        if (!deliveries_ || !shift) return std::nullopt;
-        for (const bool down : {true, false}) {
-            const std::array events{XKeyGuard::Event{.key = *shift, .down = down}};
-            if (guard_.send(events, nullptr) != XKeyGuard::Sent::toHolder) return std::nullopt;
-        }
+        if (!deliveries_ || !tapShift(nullptr)) return std::nullopt;
         std::vector<std::uint32_t> receivers;
         while (receivers.empty()) {
             receivers = deliveries_->receivers();
@@ -258,6 +256,14 @@ class XTestKeyEventSource final : public KeyEventSource {
         }
         if (receivers.size() != 1) return std::nullopt;
         return receivers.front();
+    }
+
+    [[nodiscard]] bool tapShift(const XKeyHolder* holder) const {
+        const auto shift = layout_.key(xkey::leftShift);
+        if (!shift) return false;
+        const std::array events{XKeyGuard::Event{.key = *shift, .down = true},
+                                XKeyGuard::Event{.key = *shift, .down = false}};
+        return guard_.send(events, holder) == XKeyGuard::Sent::toHolder;
     }
 
     /// The keys whose presses would not come to us without a locker, as hotkeys of other programs,
@@ -296,14 +302,22 @@ class XTestKeyEventSource final : public KeyEventSource {
         if (needed > TimeInterval{}) rules_.pause(needed);
     }
 
-    /// The client with which the locker shows its field, once it has.
+    /// The client with which the locker shows its field, once it has. Lockers that came up just now
+    /// are deaf for a while, and are tapped again.
     [[nodiscard]] std::optional<std::uint32_t> awaitDialog(const ClientProgram& locker) const {
+        TimeInterval sinceTap{};
         for (TimeInterval waited{}; waited < xkey::dialogLimit; waited += xkey::dialogStep) {
+            bool isComing = false;
             for (const auto client : programs_.clients()) {
                 const auto program = programs_.behind(client);
-                if (program && lockeridentity::isDialog(*program, locker, pace_) &&
-                    (!pace_.dialogIsOnScreen || showsWindowOf(client)))
-                    return client;
+                if (!program || !lockeridentity::isDialog(*program, locker, pace_)) continue;
+                if (!pace_.dialogIsOnScreen || showsWindowOf(client)) return client;
+                isComing = true;
+            }
+            sinceTap = isComing ? TimeInterval{} : sinceTap + xkey::dialogStep;
+            if (sinceTap >= xkey::dialogTapStep) {
+                sinceTap = {};
+                if (!tapShift(&*holder_)) return std::nullopt;
             }
             rules_.pause(xkey::dialogStep);
         }
@@ -419,6 +433,11 @@ void XTestKeyEvents::vouchFor(std::vector<std::string> paths) {
     vouched_ = std::move(paths);
 }
 
+void XTestKeyEvents::setUnknownLockerHandler(std::function<void(std::string path)> handler) {
+    const MutexLock lock(mutex_);
+    onUnknownLocker_ = std::move(handler);
+}
+
 bool XTestKeyEvents::isTrusted() const {
     const MutexLock lock(mutex_);
     // Reading what has come is what notices a lost display.
@@ -438,10 +457,12 @@ std::unique_ptr<KeyEventSource> XTestKeyEvents::makeSource(std::span<const char1
     auto layout = XKeyLayout::read(**connection);
     auto uses = SecretArray<KeyUse>::create(text.size() + codes.size());
     if (!layout || !uses) return nullptr;
-    XTestKeyEventSource::Rules rules{.pause = pause_, .vouchedPaths = {}, .onDoubt = onDoubt};
+    XTestKeyEventSource::Rules rules{
+        .pause = pause_, .vouchedPaths = {}, .onDoubt = onDoubt, .onUnknownLocker = {}};
     {
         const MutexLock lock(mutex_);
         rules.vouchedPaths = vouched_;
+        rules.onUnknownLocker = onUnknownLocker_;
     }
     auto source = std::make_unique<XTestKeyEventSource>(std::move(*connection), std::move(*layout),
                                                         std::move(*uses), std::move(rules));

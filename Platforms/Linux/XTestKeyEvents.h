@@ -36,8 +36,8 @@ class XTestKeyEvents final : public KeyEvents {
 
     /// Told, on the typing thread, why a source was not admitted. Set before the first source.
     std::function<void(const LockerDoubt&)> onDoubt;
-    /// Lockers that the owner vouches for, by their executables' paths.
-    void vouchFor(std::vector<std::string> paths);
+    void vouchFor(std::vector<std::string> paths) override;
+    void setUnknownLockerHandler(std::function<void(std::string path)> handler) override;
 
     [[nodiscard]] bool isTrusted() const override;
     [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::x11Locker; }
@@ -50,6 +50,7 @@ class XTestKeyEvents final : public KeyEvents {
     Pause pause_;
     mutable Mutex mutex_;
     std::vector<std::string> vouched_ GUARDED_BY(mutex_);
+    std::function<void(std::string)> onUnknownLocker_ GUARDED_BY(mutex_);
     /// Stays open, because trust is asked for before every event of the engine.
     mutable std::unique_ptr<XcbConnection> trusted_ GUARDED_BY(mutex_);
 };

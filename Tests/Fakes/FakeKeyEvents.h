@@ -31,6 +31,8 @@ class FakeKeyEvents final : public KeyEvents {
     bool lets = true;
     /// No source can be had.
     bool hasNoSource = false;
+    /// No screen locker has the keyboard.
+    bool isAdmitted = true;
     /// The posts, text or not, that succeed.
     std::optional<std::size_t> postsUntilFailure;
     /// The lock checks that still find the screen locked.
@@ -80,6 +82,7 @@ class FakeKeyEvents final : public KeyEvents {
         Source& operator=(const Source&) = delete;
         ~Source() override { owner_.events.emplace_back(Note::sourceGone); }
 
+        [[nodiscard]] bool isAdmitted() override { return owner_.isAdmitted; }
         [[nodiscard]] bool post(const KeyPress& press) override { return record(press); }
         [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
             return record(Text{.units = {units.begin(), units.end()}, .down = down});

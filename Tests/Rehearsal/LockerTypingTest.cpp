@@ -1,4 +1,5 @@
 #include "Platforms/Linux/XKeyLayout.h"
+#include "Platforms/Linux/XLentKeys.h"
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Platforms/Linux/XcbConnection.h"
 #include "Rehearsal/ChildProcess.h"
@@ -20,8 +21,10 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 namespace marrowby {
 namespace {
@@ -93,6 +96,21 @@ class RecordingWindow {
         xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_POINTER_ROOT, window_,
                             XCB_CURRENT_TIME);
         (void)connection_.atom("done");
+    }
+    /// Above all others and out of the window manager's hands, with the keyboard.
+    void cover() const {
+        const auto& screen = connection_.screen();
+        const std::uint32_t unmanaged = 1;
+        xcb_unmap_window(connection_.get(), window_);
+        xcb_change_window_attributes(connection_.get(), window_, XCB_CW_OVERRIDE_REDIRECT,
+                                     &unmanaged);
+        const std::uint32_t size[] = {screen.width_in_pixels, screen.height_in_pixels};
+        xcb_configure_window(connection_.get(), window_,
+                             XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
+        xcb_map_window(connection_.get(), window_);
+        (void)connection_.reply<xcb_grab_keyboard_reply>(
+            xcb_grab_keyboard(connection_.get(), 0, window_, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC,
+                              XCB_GRAB_MODE_ASYNC));
     }
     [[nodiscard]] int keyCount() const {
         (void)connection_.atom("done");
@@ -214,6 +232,7 @@ TEST_P(LockerTypingOf, unlocksAndGivesTheKeyboardBack) {
 }
 
 constexpr auto i3lock = ScreenLocker::Kind::i3lock;
+constexpr auto xscreensaver = ScreenLocker::Kind::xscreensaver;
 constexpr auto xsecurelock = ScreenLocker::Kind::xsecurelock;
 
 INSTANTIATE_TEST_SUITE_P(
@@ -223,6 +242,8 @@ INSTANTIATE_TEST_SUITE_P(
                          "Sphinx of black quartz, judge my vow: 4 yZ@/|"},
                     Case{"beyondAsciiOnFrenchI3lock", i3lock, "fr", "é ß ž字😀 aqQ1!"},
                     Case{"cyrillicOnRussianI3lock", i3lock, "ru", "Пароль u 1"},
+                    Case{"asciiOnRussianXsecurelock", xsecurelock, "ru", "Tr0ub4dor&3 `'{}~^"},
+                    Case{"asciiOnGermanXscreensaver", xscreensaver, "de", "Tr0ub4dor&3 $`'{}~^"},
                     Case{"asciiOnFrenchXsecurelock", xsecurelock, "fr", "Tr0ub4dor&3 $`'\"\\{}~^"},
                     Case{"fortyFiveOnXsecurelock", xsecurelock, "us",
                          "Sphinx of black quartz, judge my vow: 4 Panda"},
@@ -308,6 +329,94 @@ TEST_F(LockerTyping, typesThroughCapsLockAndAHeldShift) {
     EXPECT_NE(before.back(), 0U);
     EXPECT_TRUE(type("caps Éé 1!"));
     EXPECT_TRUE(isUnlockedInTime());
+    EXPECT_EQ(keyboard(), before);
+}
+
+/// Another client that has grabbed these keys of the root window: a window manager, a hotkey
+/// program, or somebody who lies in wait.
+class HotKeys {
+  public:
+    HotKeys(const std::string& displayName, std::span<const xcb_keycode_t> keys,
+            std::uint16_t modifiers)
+        : connection_(std::move(*XcbConnection::create(displayName))) {
+        for (const auto key : keys) {
+            xcb_grab_key(connection_->get(), 0, connection_->root(), modifiers, key,
+                         XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        }
+        (void)connection_->atom("done");
+    }
+
+  private:
+    std::unique_ptr<XcbConnection> connection_;
+};
+
+TEST_F(LockerTyping, typesBesideHotkeysAndLendsWhatOthersHaveReserved) {
+    const auto layout = XKeyLayout::read(*connection_);
+    ASSERT_TRUE(layout);
+    const std::array letters{*layout->key('a'), *layout->key('b'), *layout->key(XKB_KEY_Return)};
+    const HotKeys windowManager(desktop_->displayName(), letters, XCB_MOD_MASK_4);
+    const HotKeys plain(desktop_->displayName(), std::span(letters).subspan(1), 0);
+    ASSERT_NO_FATAL_FAILURE(lock("abc"));
+    if (IsSkipped()) return;
+    const auto before = keyboard();
+    EXPECT_TRUE(type("abc"));
+    EXPECT_TRUE(isUnlockedInTime());
+    EXPECT_EQ(keyboard(), before);
+}
+
+TEST_F(LockerTyping, typesNothingWhereAnotherHasReservedEveryKey) {
+    const std::array any{xcb_keycode_t{XCB_GRAB_ANY}};
+    const HotKeys everything(desktop_->displayName(), any, XCB_MOD_MASK_ANY);
+    std::optional<LockerDoubt> doubt;
+    keyEvents_->onDoubt = [&](const LockerDoubt& one) { doubt = one; };
+    ASSERT_NO_FATAL_FAILURE(lock("abc"));
+    if (IsSkipped()) return;
+    EXPECT_EQ(type("abc"), std::unexpected(KeystrokeError::noLocker));
+    EXPECT_EQ(doubt, LockerDoubt{.fact = LockerDoubt::Fact::keysAreReserved});
+    EXPECT_TRUE(locker_->isRunning());
+}
+
+TEST_F(LockerTyping, typesNothingForAWindowThatOnlyLooksLocked) {
+    const RecordingWindow window(*connection_);
+    window.takeFocus();
+    std::optional<LockerDoubt> doubt;
+    keyEvents_->onDoubt = [&](const LockerDoubt& one) { doubt = one; };
+    const auto typeIntoNothing = [&] {
+        return keystrokeinjector::typePassword(*keyEvents_, bytesOf("right"), [] { return true; })
+            .outcome();
+    };
+    EXPECT_EQ(typeIntoNothing(), std::unexpected(KeystrokeError::noLocker));
+    EXPECT_EQ(doubt, LockerDoubt{.fact = LockerDoubt::Fact::keyboardIsFree});
+
+    // The whole screen, unmanaged, and the keyboard: all but the executable.
+    window.cover();
+    EXPECT_EQ(typeIntoNothing(), std::unexpected(KeystrokeError::noLocker));
+    EXPECT_EQ(window.keyCount(), 2) << "the tapped Shift";
+    ASSERT_TRUE(doubt);
+    EXPECT_NE(doubt->fact, LockerDoubt::Fact::keyReachesNobody) << description(*doubt);
+    EXPECT_TRUE(doubt->path.ends_with("RehearsalTests")) << doubt->path;
+}
+
+TEST_F(LockerTyping, takesBackAtTheNextStartWhatAKilledOneHasLent) {
+    const auto before = keyboard();
+    const auto layout = XKeyLayout::read(*connection_);
+    ASSERT_TRUE(layout);
+    const auto key = layout->freeKeys().front();
+    const auto hasCharacter = [&] { return XKeyLayout::read(*connection_)->key(XKB_KEY_Greek_pi); };
+    auto killed = std::move(*XcbConnection::create(desktop_->displayName()));
+    auto lent = std::make_unique<XLentKeys>(*killed);
+    lent->note({key});
+    lent->lend(key, XKB_KEY_Greek_pi);
+    (void)killed->atom("done");
+    // While the other still types, it is left alone.
+    EXPECT_TRUE(XTestKeyEvents(desktop_->displayName()).isTrusted());
+    EXPECT_TRUE(hasCharacter());
+    // As the end of the process closes its connection.
+    ::shutdown(killed->fd(), SHUT_RDWR);
+    lent.reset();
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (hasCharacter() && std::chrono::steady_clock::now() < deadline)
+        EXPECT_TRUE(XTestKeyEvents(desktop_->displayName()).isTrusted());
     EXPECT_EQ(keyboard(), before);
 }
 

@@ -23,6 +23,9 @@ constexpr const char* welcomeFinished = "unlock.welcomeFinished";
 constexpr const char* passwordFailures = "unlock.password.failures";
 constexpr const char* passwordSuspended = "unlock.password.suspended";
 constexpr const char* passwordNeedsNotice = "unlock.password.needsNotice";
+constexpr const char* vouchedLockers = "unlock.lockers.vouched";
+constexpr const char* declinedLockers = "unlock.lockers.declined";
+constexpr const char* offeredLocker = "unlock.lockers.offered";
 }  // namespace key
 
 template <typename T>
@@ -49,6 +52,18 @@ UnlockTriggers storedTriggers(const DefaultsStore& store) {
         if (const auto trigger = unlockTrigger(text)) triggers.insert(*trigger);
     }
     return triggers;
+}
+
+std::vector<std::string> storedTexts(const DefaultsStore& store, const char* key) {
+    return stored<std::vector<std::string>>(store, key).value_or(std::vector<std::string>());
+}
+
+void setOrRemove(DefaultsStore& store, const char* key, const std::vector<std::string>& texts) {
+    if (texts.empty()) {
+        store.remove(key);
+    } else {
+        store.set(key, texts);
+    }
 }
 
 void setOrRemove(DefaultsStore& store, const char* key, const std::optional<std::string>& text) {
@@ -85,6 +100,9 @@ UnlockSettings UnlockSettings::load(const DefaultsStore& store) {
         .failures = std::max<std::int64_t>(0, storedInteger(store, key::passwordFailures)),
         .suspended = storedBool(store, key::passwordSuspended),
         .needsNotice = storedBool(store, key::passwordNeedsNotice)};
+    settings.vouchedLockers = storedTexts(store, key::vouchedLockers);
+    settings.declinedLockers = storedTexts(store, key::declinedLockers);
+    settings.offeredLocker = stored<std::string>(store, key::offeredLocker);
     return settings;
 }
 
@@ -106,6 +124,24 @@ void UnlockSettings::save(DefaultsStore& store) const {
     store.set(key::passwordFailures, passwordHealth.failures);
     store.set(key::passwordSuspended, passwordHealth.suspended);
     store.set(key::passwordNeedsNotice, passwordHealth.needsNotice);
+    setOrRemove(store, key::vouchedLockers, vouchedLockers);
+    setOrRemove(store, key::declinedLockers, declinedLockers);
+    setOrRemove(store, key::offeredLocker, offeredLocker);
+}
+
+bool UnlockSettings::offerLocker(const std::string& path) {
+    const auto isIn = [&](const std::vector<std::string>& paths) {
+        return std::ranges::find(paths, path) != paths.end();
+    };
+    if (isIn(vouchedLockers) || isIn(declinedLockers) || offeredLocker == path) return false;
+    offeredLocker = path;
+    return true;
+}
+
+void UnlockSettings::answerOffer(bool vouches) {
+    if (!offeredLocker) return;
+    (vouches ? vouchedLockers : declinedLockers).push_back(*std::move(offeredLocker));
+    offeredLocker.reset();
 }
 
 bool UnlockSettings::normaliseLivenessMode(DefaultsStore& store) {

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace marrowby {
 
@@ -30,6 +31,17 @@ struct UnlockSettings {
     std::optional<std::string> externalDisplayCameraID;
     bool hasFinishedWelcome = false;
     PasswordHealth passwordHealth;
+    /// Screen lockers beyond those that are known, by the paths of their executables: the owner
+    /// vouches for them, or does not. The last one that was met and not asked about before is on
+    /// offer.
+    std::vector<std::string> vouchedLockers{};
+    std::vector<std::string> declinedLockers{};
+    std::optional<std::string> offeredLocker{};
+
+    /// A locker that was met. False where it was asked about before.
+    bool offerLocker(const std::string& path);
+    /// The owner's answer about the one on offer.
+    void answerOffer(bool vouches);
 
     static constexpr std::array<std::int64_t, 4> scanSecondsChoices{3, 5, 8, 10};
 

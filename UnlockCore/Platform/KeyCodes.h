@@ -48,6 +48,7 @@ inline constexpr TimeInterval dialogLimit{5.0};
 /// For the window of a locker that comes up.
 inline constexpr TimeInterval coverLimit{1.0};
 inline constexpr TimeInterval dialogStep{0.010};
+inline constexpr TimeInterval dialogTapStep{0.300};
 
 }  // namespace xkey
 

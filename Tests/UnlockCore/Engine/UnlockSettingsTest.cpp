@@ -48,6 +48,26 @@ TEST(UnlockSettings, everyFieldHasItsKeyAndForm) {
     EXPECT_EQ(UnlockSettings::load(store), UnlockSettings());
 }
 
+TEST(UnlockSettings, aLockerIsAskedAboutOnceAndTheAnswerIsKept) {
+    FakeDefaultsStore store;
+    UnlockSettings settings;
+    EXPECT_TRUE(settings.offerLocker("/opt/a"));
+    EXPECT_FALSE(settings.offerLocker("/opt/a"));
+    settings.answerOffer(true);
+    EXPECT_TRUE(settings.offerLocker("/opt/b"));
+    settings.save(store);
+    settings = UnlockSettings::load(store);
+    EXPECT_EQ(settings.offeredLocker, "/opt/b");
+    settings.answerOffer(false);
+    settings.answerOffer(true);
+    settings.save(store);
+    settings = UnlockSettings::load(store);
+    EXPECT_EQ(settings.vouchedLockers, std::vector<std::string>{"/opt/a"});
+    for (const char* path : {"/opt/a", "/opt/b"})
+        EXPECT_FALSE(settings.offerLocker(path)) << path;
+    EXPECT_FALSE(settings.offeredLocker);
+}
+
 TEST(UnlockSettings, oddValuesAreReadSafely) {
     const DefaultsValue someOtherKind;
     const std::int64_t one = 1;

@@ -56,6 +56,10 @@ TEST_F(KeystrokeInjector, doesNothingWithoutTrustValidTextAndEveryKey) {
     EXPECT_EQ(type("secret").outcome(), std::unexpected(KeystrokeError::eventFailed));
     EXPECT_EQ(keyEvents_.codesAskedFor, (std::vector<std::uint32_t>{55, 124, 51, 36}));
     EXPECT_TRUE(keyEvents_.events.empty());
+    keyEvents_.hasNoSource = false;
+    keyEvents_.isAdmitted = false;
+    EXPECT_EQ(type("secret").outcome(), std::unexpected(KeystrokeError::noLocker));
+    EXPECT_TRUE(keyEvents_.all<KeyPress>().empty());
 }
 
 TEST_F(KeystrokeInjector, stopsAtTheCheckThatFindsTheScreenUnlocked) {

@@ -58,6 +58,17 @@ TEST(KeystrokePlan, wakesClearsTypesAndEntersAtAnX11Locker) {
               "check +65293/0 .12 -65293/0 .12");
 }
 
+TEST(KeystrokePlan, waitsForALockersFieldNoLongerThanItNeeds) {
+    KeyPace pace{.tapsFirst = false, .wake = {}, .clearsField = true, .shortcut = {}};
+    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::x11Locker, pace)),
+              "check +65507/0 .0 +117/0 .0 -117/0 .0 -65507/0 .0 "
+              "check T0+6 .4 t0+6 .4 "
+              "check +65293/0 .12 -65293/0 .12");
+    pace.clearsField = false;
+    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::x11Locker, pace)),
+              "check check T0+6 .4 t0+6 .4 check +65293/0 .12 -65293/0 .12");
+}
+
 TEST(KeystrokePlan, partsTextIntoChunksButNeverASurrogatePair) {
     struct Case {
         std::u16string text;
