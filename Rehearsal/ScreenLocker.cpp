@@ -59,17 +59,41 @@ until xscreensaver-command -time >/dev/null 2>&1; do
     kill -0 $saver || exit
     sleep 0.05
 done
-xscreensaver-command -watch | { xscreensaver-command -lock >/dev/null; sed -n '/^UNBLANK/q'; } &
-wait $!
+xscreensaver-command -watch | {
+    xscreensaver-command -lock >/dev/null
+    sed -n '/^UNBLANK/q'
+    kill $$
+} &
+wait
+)sh";
+
+constexpr const char* mateScreensaverScript = R"sh(
+trap 'trap "" TERM; kill 0; sleep 0.5; kill -s KILL 0' EXIT
+trap 'exit 1' TERM
+export DBUS_SESSION_BUS_ADDRESS="unix:path=$HOME/bus"
+dbus-daemon --session --nofork --nopidfile --address="$DBUS_SESSION_BUS_ADDRESS" &
+until [ -S "$HOME/bus" ]; do sleep 0.02; done
+dbus-monitor "type='signal',interface='org.mate.ScreenSaver',member='ActiveChanged'" | {
+    sed -n '/boolean false/q'
+    kill $$
+} &
+mate-screensaver --no-daemon >&2 & saver=$!
+until mate-screensaver-command --query >/dev/null 2>&1; do
+    kill -0 $saver || exit
+    sleep 0.05
+done
+mate-screensaver-command --lock >/dev/null
+wait
 )sh";
 
 constexpr const char* xscreensaverSettings =
     "mode: blank\nlock: True\nfade: False\nunfade: False\ndpmsEnabled: False\n";
 
 /// What the lockers ask PAM for.
-constexpr std::array pamServices{"i3lock", "xsecurelock", "xscreensaver", "common-auth", "other"};
+constexpr std::array pamServices{"i3lock",           "xsecurelock", "xscreensaver",
+                                 "mate-screensaver", "common-auth", "other"};
 
-/// An ordinary user of every Debian system, for whom xscreensaver locks.
+/// An ordinary user of every Debian system.
 constexpr const char* ordinaryUser = "www-data";
 
 const char* name(ScreenLocker::Kind kind) {
@@ -80,8 +104,15 @@ const char* name(ScreenLocker::Kind kind) {
             return "xsecurelock";
         case ScreenLocker::Kind::xscreensaver:
             return "xscreensaver";
+        case ScreenLocker::Kind::mateScreensaver:
+            return "mate-screensaver";
     }
     return "";
+}
+
+/// Whether a script runs it, as an ordinary user.
+bool isScripted(ScreenLocker::Kind kind) {
+    return kind == ScreenLocker::Kind::xscreensaver || kind == ScreenLocker::Kind::mateScreensaver;
 }
 
 std::vector<std::string> command(ScreenLocker::Kind kind) {
@@ -91,6 +122,7 @@ std::vector<std::string> command(ScreenLocker::Kind kind) {
         case ScreenLocker::Kind::xsecurelock:
             return {"xsecurelock"};
         case ScreenLocker::Kind::xscreensaver:
+        case ScreenLocker::Kind::mateScreensaver:
             break;
     }
     // Without new privileges its checker is no setuid program, which would refuse the wrapper.
@@ -101,14 +133,14 @@ std::vector<std::string> command(ScreenLocker::Kind kind) {
              {"--reuid=" + user, "--regid=" + user, std::string("--init-groups")})
             words.push_back(word);
     }
-    for (const auto* word : {"sh", "-c", xscreensaverScript})
-        words.emplace_back(word);
+    const bool isMate = kind == ScreenLocker::Kind::mateScreensaver;
+    words.insert(words.end(), {"sh", "-c", isMate ? mateScreensaverScript : xscreensaverScript});
     return words;
 }
 
 /// Gives what is in a folder to who runs the locker.
 bool giveAway(const std::filesystem::path& folder, ScreenLocker::Kind kind) {
-    if (kind != ScreenLocker::Kind::xscreensaver || ::geteuid() != 0) return true;
+    if (!isScripted(kind) || ::geteuid() != 0) return true;
     const passwd* user = ::getpwnam(ordinaryUser);
     if (user == nullptr) return false;
     const auto give = [user](const std::filesystem::path& path) {
@@ -233,6 +265,19 @@ class RootWatch {
     bool isGrabbed_ = false;
 };
 
+/// The process of the session of `leader` that runs the program of this name.
+std::optional<pid_t> findInSession(pid_t leader, std::string_view program) {
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
+        const pid_t process = std::atoi(entry.path().filename().c_str());
+        if (process > 0 && ::getsid(process) == leader &&
+            std::filesystem::read_symlink(entry.path() / "exe", error).filename() == program) {
+            return process;
+        }
+    }
+    return std::nullopt;
+}
+
 enum class Start { up, ended, late };
 
 Start waitForLocker(RootWatch& watch, const ChildProcess& locker) {
@@ -268,6 +313,15 @@ struct ScreenLocker::State {
     [[nodiscard]] bool isRunning() const {
         const MutexLock lock(mutex);
         return session && session->locker.isRunning();
+    }
+
+    [[nodiscard]] bool send(int signal) const {
+        const MutexLock lock(mutex);
+        if (!session) return false;
+        const pid_t leader = session->locker.id();
+        const auto holder =
+            isScripted(kind) ? findInSession(leader, name(kind)) : std::optional(leader);
+        return holder && ::kill(*holder, signal) == 0;
     }
 
     void end() {
@@ -306,11 +360,12 @@ std::expected<void, std::string> ScreenLocker::lock(std::string_view password) {
         {.arguments = command(state_->kind),
          .environment = {"DISPLAY=" + state_->displayName, "LC_ALL=C.UTF-8",
                          "HOME=" + folder->path().string(), "XSECURELOCK_SAVER=saver_blank",
+                         "GSETTINGS_BACKEND=memory", "NO_AT_BRIDGE=1",
                          "LD_PRELOAD=libpam_wrapper.so", "PAM_WRAPPER=1",
                          "PAM_WRAPPER_SERVICE_DIR=" + folder->services().string()},
          .standardError = messages.get(),
          // What it runs must end with it.
-         .endSignal = state_->kind == Kind::xscreensaver ? SIGTERM : SIGKILL});
+         .endSignal = isScripted(state_->kind) ? SIGTERM : SIGKILL});
     if (!locker) return std::unexpected(locker.error());
     const Start start = waitForLocker(watch, *locker);
     const std::string said = readFile(folder->messages());
@@ -349,6 +404,10 @@ void ScreenLocker::onEnded(std::function<void()> callback) {
 
 void ScreenLocker::kill() {
     state_->end();
+}
+
+bool ScreenLocker::send(int signal) const {
+    return state_->send(signal);
 }
 
 }  // namespace marrowby

@@ -13,8 +13,9 @@ namespace marrowby {
 /// destroyed or the process dies. Main thread, but for isRunning().
 class ScreenLocker {
   public:
-    /// xscreensaver, which locks for nobody but ordinary users, runs as one where we are root.
-    enum class Kind { i3lock, xsecurelock, xscreensaver };
+    /// xscreensaver and mate-screensaver, which lock for nobody but ordinary users, run as one
+    /// where we are root.
+    enum class Kind { i3lock, xsecurelock, xscreensaver, mateScreensaver };
 
     explicit ScreenLocker(std::string displayName, Kind kind = Kind::i3lock);
     ScreenLocker(const ScreenLocker&) = delete;
@@ -34,6 +35,9 @@ class ScreenLocker {
 
     /// Ends the locker without a password and without a callback.
     void kill();
+
+    /// Sends a signal to the process that holds the screen; false where there is none.
+    [[nodiscard]] bool send(int signal) const;
 
   private:
     struct State;

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Rehearsal/ScreenLocker.h"
+#include "Tests/Hostile/Ground/GuardedTyping.h"
+#include "Tests/Hostile/Ground/WorkingDesktop.h"
+
+#include <array>
+#include <cstddef>
+#include <expected>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// What came of typing the right password into a locker again and again.
+struct HonestTally {
+    int typed = 0;
+    /// The locker ended.
+    int accepted = 0;
+    std::size_t leakedCharacters = 0;
+    std::vector<double> milliseconds;
+
+    [[nodiscard]] double medianMilliseconds() const;
+};
+
+/// Types a password beyond ASCII into one kind of locker on one layout. Main thread.
+class HonestSeries {
+  public:
+    /// What the locker's field is like before the typing.
+    enum class Field { empty, withLeftover, awake };
+
+    /// The error is a sentence; the desktop outlives this.
+    [[nodiscard]] static std::expected<HonestSeries, std::string> create(WorkingDesktop& desktop,
+                                                                         ScreenLocker::Kind kind,
+                                                                         const std::string& layout);
+
+    /// Once more. The error says why it was not typed at all.
+    [[nodiscard]] std::expected<void, std::string> type(Field field);
+
+    [[nodiscard]] const std::array<HonestTally, 3>& tallies() const { return tallies_; }
+
+  private:
+    HonestSeries(WorkingDesktop& desktop, ScreenLocker::Kind kind);
+
+    WorkingDesktop* desktop_;
+    ScreenLocker::Kind kind_;
+    std::unique_ptr<ScreenLocker> locker_;
+    std::unique_ptr<XTestKeyEvents> keyEvents_;
+    std::array<HonestTally, 3> tallies_;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Rehearsal/Scenes/Chance.h"
+#include "Rehearsal/ScreenLocker.h"
+#include "Tests/Hostile/Ground/GuardedTyping.h"
+#include "Tests/Hostile/Ground/WorkingDesktop.h"
+
+#include <cstddef>
+#include <expected>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// What came of killing a locker again and again while a password was typed into it.
+struct KillTally {
+    int kills = 0;
+    /// Of these, between the first key and the end of the typing.
+    int whileTyping = 0;
+    /// That the typing noticed.
+    int stopped = 0;
+    int leaks = 0;
+    std::size_t leakedCharacters = 0;
+    /// After which a key was still lent or held down.
+    int changedKeyboards = 0;
+};
+
+/// Kills one kind of locker at random moments of the typing, all on one desktop. Main thread.
+class KillSeries {
+  public:
+    /// Types once undisturbed, to know when its keys come. The error is a sentence; the desktop
+    /// outlives this.
+    [[nodiscard]] static std::expected<KillSeries, std::string> create(WorkingDesktop& desktop,
+                                                                       ScreenLocker::Kind kind,
+                                                                       TimeInterval gap,
+                                                                       std::uint64_t seed);
+
+    /// One more kill. The error says why there was none.
+    [[nodiscard]] std::expected<void, std::string> kill(int signal);
+
+    [[nodiscard]] const KillTally& tally() const { return tally_; }
+    /// When each key came, from the first one on.
+    [[nodiscard]] const std::vector<TimeInterval>& rhythm() const { return rhythm_; }
+
+  private:
+    struct Moment;
+    struct Attempt;
+
+    KillSeries(WorkingDesktop& desktop, ScreenLocker::Kind kind, TimeInterval gap,
+               std::uint64_t seed);
+    [[nodiscard]] Moment chooseMoment();
+    [[nodiscard]] Attempt attempt(const Moment& moment, int signal);
+
+    WorkingDesktop* desktop_;
+    ScreenLocker::Kind kind_;
+    std::unique_ptr<ScreenLocker> locker_;
+    std::unique_ptr<XTestKeyEvents> keyEvents_;
+    Chance chance_;
+    std::vector<TimeInterval> rhythm_;
+    std::vector<std::uint32_t> keyboard_;
+    KillTally tally_;
+};
+
+}  // namespace marrowby

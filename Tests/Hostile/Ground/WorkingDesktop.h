@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Platforms/Linux/XcbConnection.h"
+#include "Rehearsal/ChildProcess.h"
+#include "Rehearsal/PrivateDesktop.h"
+#include "Rehearsal/TemporaryFolder.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace marrowby {
+
+/// Key codes that mean the same on every layout of a private desktop.
+namespace keycode {
+inline constexpr std::uint8_t tab = 23;
+inline constexpr std::uint8_t returnKey = 36;
+inline constexpr std::uint8_t leftControl = 37;
+inline constexpr std::uint8_t letterA = 38;
+inline constexpr std::uint8_t leftShift = 50;
+inline constexpr std::uint8_t leftAlt = 64;
+inline constexpr std::uint8_t f12 = 96;
+inline constexpr std::uint8_t rightShift = 62;
+}  // namespace keycode
+
+/// A private desktop in the middle of somebody's work: a window manager, and a terminal that has
+/// the focus and tells every byte that its program gets. One thread.
+class WorkingDesktop {
+  public:
+    /// Blocks until the terminal has the focus. F12 makes it keep the keyboard to itself. The error
+    /// is a sentence.
+    [[nodiscard]] static std::expected<WorkingDesktop, std::string> create();
+
+    [[nodiscard]] const std::string& displayName() const { return server_.displayName(); }
+    [[nodiscard]] const XcbConnection& connection() const { return *connection_; }
+
+    /// Presses and releases, as somebody at this desktop does.
+    void tap(std::uint8_t keycode) const;
+    void press(std::uint8_t keycode, bool down) const;
+    /// At a place where no window is.
+    void clickOnTheDesktop(std::uint8_t button) const;
+
+    /// What the terminal got since the last call; waits until it has got all keys that were sent
+    /// before. The error says that it gets none.
+    [[nodiscard]] std::expected<std::string, std::string> terminalBytes();
+
+    /// The symbols of all keys, and which are held down: the same whenever nobody is typing.
+    [[nodiscard]] std::vector<std::uint32_t> keyboard() const;
+
+  private:
+    WorkingDesktop(PrivateDesktop server, std::unique_ptr<XcbConnection> connection,
+                   TemporaryFolder folder)
+        : server_(std::move(server)),
+          connection_(std::move(connection)),
+          folder_(std::move(folder)) {}
+    [[nodiscard]] std::expected<void, std::string> startPrograms();
+    [[nodiscard]] bool isTerminalShown() const;
+    [[nodiscard]] bool readTerminal(int milliseconds);
+    void fake(std::uint8_t type, std::uint8_t detail) const;
+
+    PrivateDesktop server_;
+    std::unique_ptr<XcbConnection> connection_;
+    TemporaryFolder folder_;
+    OwnedFile output_;
+    std::vector<ChildProcess> programs_;
+    xcb_window_t terminal_ = XCB_NONE;
+    std::string unread_;
+    std::size_t reads_ = 0;
+};
+
+}  // namespace marrowby

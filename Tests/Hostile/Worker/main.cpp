@@ -1,0 +1,107 @@
+// hostile-worker kills LOCKER COUNT SEED: kills a locker at random moments of the typing, with both
+// signals and with gaps of 0 and 1 ms between strokes. A line for each of the four.
+//
+// hostile-worker honest LOCKER LAYOUT COUNT: types into a locker that nobody disturbs, with an
+// empty field, with text left in it, and with its dialog awake. A line for each of the three.
+//
+// A line is words and numbers, which Benchmarks/hostile.py makes a table of. The exit status is 0
+// when all was done, whatever came of it.
+
+#include "Tests/Hostile/Ground/HonestSeries.h"
+#include "Tests/Hostile/Ground/KillSeries.h"
+
+#include <QCoreApplication>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+
+#include <signal.h>
+
+namespace marrowby {
+
+namespace {
+
+std::optional<ScreenLocker::Kind> lockerNamed(std::string_view name) {
+    for (const auto& [known, kind] :
+         {std::pair("i3lock", ScreenLocker::Kind::i3lock),
+          std::pair("xsecurelock", ScreenLocker::Kind::xsecurelock),
+          std::pair("xscreensaver", ScreenLocker::Kind::xscreensaver),
+          std::pair("mate-screensaver", ScreenLocker::Kind::mateScreensaver)}) {
+        if (name == known) return kind;
+    }
+    return std::nullopt;
+}
+
+std::expected<void, std::string> kill(WorkingDesktop& desktop, const std::string& name,
+                                      ScreenLocker::Kind kind, int count, std::uint64_t seed) {
+    for (const int gap : {0, 1}) {
+        for (const int signal : {SIGKILL, SIGTERM}) {
+            auto series = KillSeries::create(desktop, kind, TimeInterval(gap / 1000.0), ++seed);
+            if (!series) return std::unexpected(series.error());
+            while (series->tally().kills < count / 4) {
+                if (auto killed = series->kill(signal); !killed)
+                    return std::unexpected(killed.error());
+            }
+            const KillTally& tally = series->tally();
+            std::cout << "kills " << name << (signal == SIGKILL ? " SIGKILL " : " SIGTERM ") << gap
+                      << ' ' << tally.kills << ' ' << tally.whileTyping << ' ' << tally.stopped
+                      << ' ' << tally.leaks << ' ' << tally.leakedCharacters << ' '
+                      << tally.changedKeyboards << std::endl;
+        }
+    }
+    return {};
+}
+
+std::expected<void, std::string> typeHonestly(WorkingDesktop& desktop, const std::string& name,
+                                              ScreenLocker::Kind kind, const std::string& layout,
+                                              int count) {
+    auto series = HonestSeries::create(desktop, kind, layout);
+    if (!series) return std::unexpected(series.error());
+    for (int i = 0; i < count; ++i) {
+        const auto field = static_cast<HonestSeries::Field>(i % 3);
+        if (auto typed = series->type(field); !typed) return std::unexpected(typed.error());
+    }
+    const char* const fields[] = {"empty", "leftover", "awake"};
+    for (std::size_t i = 0; i < std::size(fields); ++i) {
+        const HonestTally& tally = series->tallies()[i];
+        std::cout << "honest " << name << ' ' << layout << ' ' << fields[i] << ' ' << tally.typed
+                  << ' ' << tally.accepted << ' ' << tally.medianMilliseconds() << ' '
+                  << tally.leakedCharacters << std::endl;
+    }
+    return {};
+}
+
+int run(std::span<char*> words) {
+    const auto usage = [] {
+        std::cerr << "hostile-worker kills LOCKER COUNT SEED | honest LOCKER LAYOUT COUNT\n";
+        return 2;
+    };
+    if (words.size() != 5) return usage();
+    const std::string task = words[1];
+    const std::string name = words[2];
+    const auto kind = lockerNamed(name);
+    if (!kind || (task != "kills" && task != "honest")) return usage();
+    auto desktop = WorkingDesktop::create();
+    if (!desktop) {
+        std::cerr << desktop.error() << '\n';
+        return 1;
+    }
+    const auto done =
+        task == "kills"
+            ? kill(*desktop, name, *kind, std::atoi(words[3]), std::strtoull(words[4], nullptr, 10))
+            : typeHonestly(*desktop, name, *kind, words[3], std::atoi(words[4]));
+    if (!done) std::cerr << name << ": " << done.error() << '\n';
+    return done ? 0 : 1;
+}
+
+}  // namespace
+
+}  // namespace marrowby
+
+int main(int argumentCount, char* arguments[]) {
+    const QCoreApplication application(argumentCount, arguments);
+    return marrowby::run({arguments, static_cast<std::size_t>(argumentCount)});
+}
