@@ -217,7 +217,7 @@ class CheckerFolder {
     OwnedFile input_;
 };
 
-/// Watches the root window for a locker that comes up.
+/// Watches the root window for a locker that comes up: a window that covers the screen.
 class RootWatch {
   public:
     explicit RootWatch(const std::string& displayName)
@@ -250,13 +250,25 @@ class RootWatch {
     void note(const xcb_generic_event_t& event) {
         const auto kind = event.response_type & 0x7F;
         if (kind == XCB_MAP_NOTIFY) {
-            isMapped_ |=
-                reinterpret_cast<const xcb_map_notify_event_t&>(event).override_redirect != 0;
+            const auto& mapped = reinterpret_cast<const xcb_map_notify_event_t&>(event);
+            isMapped_ |= mapped.override_redirect != 0 && coversScreen(mapped.window);
         } else if (kind == XCB_FOCUS_OUT || kind == XCB_FOCUS_IN) {
             const auto mode = reinterpret_cast<const xcb_focus_in_event_t&>(event).mode;
             if (mode == XCB_NOTIFY_MODE_GRAB) isGrabbed_ = true;
             if (mode == XCB_NOTIFY_MODE_UNGRAB) isGrabbed_ = false;
         }
+    }
+
+    /// But for a pixel at each edge.
+    [[nodiscard]] bool coversScreen(xcb_window_t window) const {
+        auto* const frame =
+            ::xcb_get_geometry_reply(connection_, ::xcb_get_geometry(connection_, window), nullptr);
+        if (frame == nullptr) return false;
+        const auto& screen = *::xcb_setup_roots_iterator(::xcb_get_setup(connection_)).data;
+        const bool covers = frame->width + 2 >= screen.width_in_pixels &&
+                            frame->height + 2 >= screen.height_in_pixels;
+        ::free(frame);
+        return covers;
     }
 
     xcb_connection_t* connection_;

@@ -4,6 +4,7 @@
 #include <QDeadlineTimer>
 #include <algorithm>
 #include <chrono>
+#include <iostream>
 #include <thread>
 
 #include <poll.h>
@@ -57,6 +58,8 @@ std::expected<void, std::string> HonestSeries::type(Field field) {
         for (std::uint8_t key = keycode::letterA; key < keycode::letterA + 5; ++key)
             desktop_->tap(key);
     }
+    std::string doubt;
+    keyEvents_->onDoubt = [&](const LockerDoubt& why) { doubt = description(why); };
     HonestTally& tally = tallies_[static_cast<std::size_t>(field)];
     const auto start = std::chrono::steady_clock::now();
     GuardedTyping typing(*keyEvents_, password, [this] { return locker_->isRunning(); });
@@ -71,6 +74,8 @@ std::expected<void, std::string> HonestSeries::type(Field field) {
     if (outcome && !locker_->isRunning()) {
         ++tally.accepted;
         tally.milliseconds.push_back(took.count());
+    } else {
+        std::cerr << (outcome ? "typed, but not accepted " : "not typed ") << doubt << '\n';
     }
     locker_->kill();
     const auto bytes = desktop_->terminalBytes();

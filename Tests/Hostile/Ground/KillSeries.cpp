@@ -94,10 +94,15 @@ std::expected<KillSeries, std::string> KillSeries::create(WorkingDesktop& deskto
     if (auto locked = series.locker_->lock(password); !locked)
         return std::unexpected(locked.error());
     if (kind == ScreenLocker::Kind::xscreensaver) std::this_thread::sleep_for(deafTime);
+    std::string doubt;
+    series.keyEvents_->onDoubt = [&](const LockerDoubt& why) { doubt = description(why); };
     const Attempt undisturbed = series.attempt({.press = SIZE_MAX}, 0);
+    series.keyEvents_->onDoubt = nullptr;
     series.locker_->kill();
-    if (!undisturbed.outcome || undisturbed.presses.empty())
-        return std::unexpected("The password is not typed into a locker that nobody disturbs.");
+    if (!undisturbed.outcome || undisturbed.presses.empty()) {
+        return std::unexpected("The password is not typed into a locker that nobody disturbs: " +
+                               doubt);
+    }
     for (const auto& press : undisturbed.presses)
         series.rhythm_.push_back(press - undisturbed.presses.front());
     if (const auto bytes = desktop.terminalBytes(); !bytes || !bytes->empty())

@@ -24,7 +24,7 @@ struct Marker {
     std::uint8_t key;
     char byte;
 };
-constexpr std::array markers{Marker{keycode::tab, '\t'}, Marker{9, '\x1b'},
+constexpr std::array markers{Marker{keycode::tab, '\t'}, Marker{keycode::escape, '\x1b'},
                              Marker{keycode::returnKey, '\r'}};
 
 bool isMarker(char byte) {
@@ -76,7 +76,9 @@ std::expected<void, std::string> WorkingDesktop::startPrograms() {
     terminal_ = static_cast<xcb_window_t>(std::strtoul(unread_.c_str(), nullptr, 10));
     unread_.clear();
     // A window manager that comes up at this moment loses the first wish to be shown.
-    while (!isTerminalShown() && std::chrono::steady_clock::now() < deadline) {
+    while (!isTerminalManaged()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return std::unexpected("The window manager did not come up.");
         xcb_map_window(connection_->get(), terminal_);
         (void)readTerminal(100);
     }
@@ -84,10 +86,26 @@ std::expected<void, std::string> WorkingDesktop::startPrograms() {
     return {};
 }
 
-bool WorkingDesktop::isTerminalShown() const {
+bool WorkingDesktop::isTerminalManaged() const {
+    const auto tree = connection_->reply<xcb_query_tree_reply>(
+        xcb_query_tree(connection_->get(), terminal_));
     const auto attributes = connection_->reply<xcb_get_window_attributes_reply>(
         xcb_get_window_attributes(connection_->get(), terminal_));
-    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+    return tree && tree->parent != connection_->root() && attributes &&
+           attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+bool WorkingDesktop::awaitHeldKeyboard() const {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (std::chrono::steady_clock::now() < deadline) {
+        const auto grab = connection_->reply<xcb_grab_keyboard_reply>(
+            xcb_grab_keyboard(connection_->get(), 0, connection_->root(), XCB_CURRENT_TIME,
+                              XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+        if (grab && grab->status == XCB_GRAB_STATUS_ALREADY_GRABBED) return true;
+        xcb_ungrab_keyboard(connection_->get(), XCB_CURRENT_TIME);
+        (void)connection_->atom("done");
+    }
+    return false;
 }
 
 void WorkingDesktop::press(std::uint8_t keycode, bool down) const {

@@ -17,6 +17,7 @@ namespace marrowby {
 
 /// Key codes that mean the same on every layout of a private desktop.
 namespace keycode {
+inline constexpr std::uint8_t escape = 9;
 inline constexpr std::uint8_t tab = 23;
 inline constexpr std::uint8_t returnKey = 36;
 inline constexpr std::uint8_t leftControl = 37;
@@ -44,6 +45,9 @@ class WorkingDesktop {
     /// At a place where no window is.
     void clickOnTheDesktop(std::uint8_t button) const;
 
+    /// Waits until some program has grabbed the keyboard.
+    [[nodiscard]] bool awaitHeldKeyboard() const;
+
     /// What the terminal got since the last call; waits until it has got all keys that were sent
     /// before. The error says that it gets none.
     [[nodiscard]] std::expected<std::string, std::string> terminalBytes();
@@ -58,7 +62,7 @@ class WorkingDesktop {
           connection_(std::move(connection)),
           folder_(std::move(folder)) {}
     [[nodiscard]] std::expected<void, std::string> startPrograms();
-    [[nodiscard]] bool isTerminalShown() const;
+    [[nodiscard]] bool isTerminalManaged() const;
     [[nodiscard]] bool readTerminal(int milliseconds);
     void fake(std::uint8_t type, std::uint8_t detail) const;
 

@@ -1,0 +1,258 @@
+#include "Rehearsal/ScreenLocker.h"
+#include "Tests/Hostile/Ground/GuardedTyping.h"
+#include "Tests/Hostile/Ground/WorkingDesktop.h"
+
+#include <QCoreApplication>
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <unistd.h>
+
+namespace marrowby {
+namespace {
+
+constexpr const char* password = "Corr3ct-HoRse_b@ttery!";
+
+/// A program of the user that pretends to be a locker, and what it gets.
+class Impostor {
+  public:
+    explicit Impostor(const WorkingDesktop& desktop, std::vector<std::string> command,
+                      bool isReadyAtOnce = true)
+        : keys_(Pipe::create().value()),
+          program_(ChildProcess::start({.arguments = std::move(command),
+                                        .environment = {"DISPLAY=" + desktop.displayName()},
+                                        .third = keys_.writing.get(),
+                                        .endSignal = SIGKILL})) {
+        keys_.writing.close();
+        if (!program_ || !isReadyAtOnce) return;
+        hasBegun_ = read(20'000) && received_.starts_with('\n');
+    }
+    [[nodiscard]] bool hasBegun() const { return hasBegun_; }
+    /// All keys that it got but those that give no character. Ends it.
+    [[nodiscard]] std::size_t characters() {
+        while (read(100)) {
+        }
+        program_ = std::unexpected("ended");
+        constexpr std::array<char, 5> silent{'\n', char(keycode::leftShift),
+                                             char(keycode::rightShift), char(keycode::leftControl),
+                                             char(keycode::leftAlt)};
+        return static_cast<std::size_t>(std::ranges::count_if(
+            received_, [&](char key) { return std::ranges::find(silent, key) == silent.end(); }));
+    }
+
+  private:
+    bool read(int milliseconds) {
+        pollfd wanted{.fd = keys_.reading.get(), .events = POLLIN, .revents = 0};
+        if (::poll(&wanted, 1, milliseconds) <= 0) return false;
+        std::array<char, 256> buffer{};
+        const ssize_t count = ::read(keys_.reading.get(), buffer.data(), buffer.size());
+        if (count > 0) received_.append(buffer.data(), static_cast<std::size_t>(count));
+        return count > 0;
+    }
+
+    Pipe keys_;
+    std::expected<ChildProcess, std::string> program_;
+    std::string received_;
+    bool hasBegun_ = false;
+};
+
+/// Somebody's desktop, and the product's typing, told that the screen is locked.
+class Attack : public testing::Test {
+  protected:
+    void SetUp() override {
+        auto created = WorkingDesktop::create();
+        if (!created) GTEST_SKIP() << "Skipped: " << created.error();
+        desktop.emplace(std::move(*created));
+        keyEvents.emplace(desktop->displayName());
+        keyboard = desktop->keyboard();
+    }
+
+    /// Whatever happened, the terminal got nothing and the keyboard is as it was.
+    void expectNothingLost() {
+        const auto bytes = desktop->terminalBytes();
+        ASSERT_TRUE(bytes) << bytes.error();
+        EXPECT_EQ(bytes->size(), 0U);
+        EXPECT_EQ(desktop->keyboard(), keyboard);
+    }
+    void expectRefusal() {
+        GuardedTyping typing(*keyEvents, password);
+        EXPECT_FALSE(typing.outcome());
+    }
+    [[nodiscard]] std::filesystem::path impostor() const { return MARROWBY_IMPOSTOR; }
+
+    std::optional<WorkingDesktop> desktop;
+    std::optional<XTestKeyEvents> keyEvents;
+    std::vector<std::uint32_t> keyboard;
+
+  private:
+    int argumentCount_ = 1;
+    std::string name_ = "HostileTests";
+    std::array<char*, 2> arguments_{name_.data(), nullptr};
+    QCoreApplication application_{argumentCount_, arguments_.data()};
+};
+
+TEST_F(Attack, nothingIsTypedWhereTheSessionOnlySaysThatItIsLocked) {
+    expectRefusal();
+    expectNothingLost();
+}
+
+struct Disguise {
+    const char* name;
+    /// Where IMPOSTOR stands for the program, and NAMED for one of the name i3lock.
+    std::vector<std::string> command;
+    friend void PrintTo(const Disguise& one, std::ostream* out) { *out << one.name; }
+};
+
+class Disguised : public Attack, public testing::WithParamInterface<Disguise> {};
+
+TEST_P(Disguised, getsNotOneCharacter) {
+    auto folder = TemporaryFolder::create();
+    ASSERT_TRUE(folder) << folder.error();
+    const std::string named = folder->path() / "i3lock";
+    std::filesystem::copy_file(impostor(), named);
+    std::vector<std::string> command = GetParam().command;
+    for (auto& word : command) {
+        for (const auto& [sign, file] :
+             {std::pair("IMPOSTOR", impostor().string()), std::pair("NAMED", named)}) {
+            if (const auto place = word.find(sign); place != std::string::npos)
+                word.replace(place, std::string_view(sign).size(), file);
+        }
+    }
+    if (!std::filesystem::exists(command.front()) && command.front().starts_with('/'))
+        GTEST_SKIP() << "Skipped: there is no " << command.front() << ".";
+    Impostor attacker(*desktop, command);
+    if (!attacker.hasBegun()) GTEST_SKIP() << "Skipped: this disguise can't be put on here.";
+    expectRefusal();
+    EXPECT_EQ(attacker.characters(), 0U);
+    expectNothingLost();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Everyone, Disguised,
+    testing::Values(
+        Disguise{"aWindowOfXsecurelocksClass", {"IMPOSTOR", "xsecurelock"}},
+        Disguise{"aWindowAndAGrabOfI3locksClass", {"IMPOSTOR", "i3lock", "grab"}},
+        Disguise{"aWindowAndAGrabAndAStateOfXscreensavers",
+                 {"IMPOSTOR", "xscreensaver", "saver", "grab"}},
+        Disguise{"aProgramOfI3locksName", {"NAMED", "i3lock", "grab"}},
+        Disguise{"aProgramRunByOneOfRoots",
+                 {"/lib64/ld-linux-x86-64.so.2", "IMPOSTOR", "i3lock", "grab"}},
+        // Where it may, it lies at the very path of i3lock, for itself.
+        Disguise{"aProgramAtI3locksPathInFilesOfItsOwn",
+                 {"unshare", "--map-root-user", "--mount", "sh", "-c",
+                  "mount --bind IMPOSTOR /usr/bin/i3lock && exec /usr/bin/i3lock i3lock grab"}}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(Attack, nothingIsTypedWhileAMenuHoldsTheKeyboard) {
+    desktop->clickOnTheDesktop(3);
+    ASSERT_TRUE(desktop->awaitHeldKeyboard());
+    expectRefusal();
+    desktop->tap(keycode::escape);
+    expectNothingLost();
+}
+
+TEST_F(Attack, nothingIsTypedWhileAltTabIsHeld) {
+    desktop->press(keycode::leftAlt, true);
+    desktop->tap(keycode::tab);
+    ASSERT_TRUE(desktop->awaitHeldKeyboard());
+    expectRefusal();
+    desktop->press(keycode::leftAlt, false);
+    expectNothingLost();
+}
+
+TEST_F(Attack, nothingIsTypedIntoATerminalThatKeepsTheKeyboardUnderAFalseLocker) {
+    desktop->tap(keycode::f12);
+    ASSERT_TRUE(desktop->awaitHeldKeyboard());
+    Impostor attacker(*desktop, {impostor(), "i3lock"});
+    ASSERT_TRUE(attacker.hasBegun());
+    expectRefusal();
+    EXPECT_EQ(attacker.characters(), 0U);
+    expectNothingLost();
+}
+
+struct Ending {
+    const char* name;
+    ScreenLocker::Kind locker;
+    /// 0: by the password.
+    int signal;
+    /// Somebody wants the keyboard as soon as it is free.
+    bool isAwaited;
+    bool isComposited;
+    friend void PrintTo(const Ending& one, std::ostream* out) { *out << one.name; }
+};
+
+class EndingLocker : public Attack, public testing::WithParamInterface<Ending> {};
+
+/// With a locker that ends after a while, at the hands of somebody else.
+TEST_P(EndingLocker, leavesNotOneCharacterToWhoeverIsNext) {
+    constexpr int tries = 12;
+    const Ending& ending = GetParam();
+    std::optional<ChildProcess> compositor;
+    if (ending.isComposited) {
+        auto started =
+            ChildProcess::start({.arguments = {"picom", "--backend", "xrender"},
+                                 .environment = {"DISPLAY=" + desktop->displayName()},
+                                 .endSignal = SIGKILL});
+        if (!started) GTEST_SKIP() << "Skipped: " << started.error();
+        compositor.emplace(std::move(*started));
+    }
+    ScreenLocker locker(desktop->displayName(), ending.locker);
+    int stopped = 0;
+    for (int i = 0; i < tries; ++i) {
+        const auto locked = locker.lock("asdfghj");
+        if (!locked) GTEST_SKIP() << "Skipped: " << locked.error();
+        std::optional<Impostor> attacker;
+        if (ending.isAwaited) {
+            attacker.emplace(*desktop,
+                             std::vector<std::string>{impostor(), "i3lock", "grab"}, false);
+        }
+        if (ending.signal == 0) {
+            // Whoever knows the password is a little ahead.
+            desktop->tap(keycode::leftShift);
+            for (std::uint8_t key = keycode::letterA; key < keycode::letterA + 7; ++key)
+                desktop->tap(key);
+            desktop->tap(keycode::returnKey);
+            std::this_thread::sleep_for(std::chrono::milliseconds(25 * i));
+        }
+        std::jthread killer([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(6 * i));
+            if (ending.signal != 0) (void)locker.send(ending.signal);
+        });
+        GuardedTyping typing(*keyEvents, password);
+        stopped += typing.outcome() ? 0 : 1;
+        killer.join();
+        locker.kill();
+        if (attacker) {
+            EXPECT_EQ(attacker->characters(), 0U) << i;
+        }
+        ASSERT_NO_FATAL_FAILURE(expectNothingLost()) << i;
+    }
+    EXPECT_GT(stopped, 0);
+}
+
+constexpr auto i3lock = ScreenLocker::Kind::i3lock;
+constexpr auto xsecurelock = ScreenLocker::Kind::xsecurelock;
+
+INSTANTIATE_TEST_SUITE_P(
+    Everyhow, EndingLocker,
+    testing::Values(Ending{"i3lockByThePassword", i3lock, 0, false, false},
+                    Ending{"xsecurelockByThePassword", xsecurelock, 0, false, false},
+                    Ending{"i3lockKilledWhileAnotherWantsTheKeyboard", i3lock, SIGKILL, true,
+                           false},
+                    Ending{"i3lockByThePasswordWhileAnotherWantsTheKeyboard", i3lock, 0, true,
+                           false},
+                    Ending{"i3lockKilledUnderACompositor", i3lock, SIGKILL, false, true}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+}  // namespace
+}  // namespace marrowby
