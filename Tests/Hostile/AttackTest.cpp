@@ -155,7 +155,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(Attack, nothingIsTypedWhileAMenuHoldsTheKeyboard) {
     desktop->clickOnTheDesktop(3);
-    ASSERT_TRUE(desktop->awaitHeldKeyboard());
+    ASSERT_TRUE(desktop->awaitGrab());
     expectRefusal();
     desktop->tap(keycode::escape);
     expectNothingLost();
@@ -164,7 +164,7 @@ TEST_F(Attack, nothingIsTypedWhileAMenuHoldsTheKeyboard) {
 TEST_F(Attack, nothingIsTypedWhileAltTabIsHeld) {
     desktop->press(keycode::leftAlt, true);
     desktop->tap(keycode::tab);
-    ASSERT_TRUE(desktop->awaitHeldKeyboard());
+    ASSERT_TRUE(desktop->awaitGrab());
     expectRefusal();
     desktop->press(keycode::leftAlt, false);
     expectNothingLost();
@@ -199,10 +199,9 @@ TEST_P(EndingLocker, leavesNotOneCharacterToWhoeverIsNext) {
     const Ending& ending = GetParam();
     std::optional<ChildProcess> compositor;
     if (ending.isComposited) {
-        auto started =
-            ChildProcess::start({.arguments = {"picom", "--backend", "xrender"},
-                                 .environment = {"DISPLAY=" + desktop->displayName()},
-                                 .endSignal = SIGKILL});
+        auto started = ChildProcess::start({.arguments = {"picom", "--backend", "xrender"},
+                                            .environment = {"DISPLAY=" + desktop->displayName()},
+                                            .endSignal = SIGKILL});
         if (!started) GTEST_SKIP() << "Skipped: " << started.error();
         compositor.emplace(std::move(*started));
     }
@@ -213,8 +212,8 @@ TEST_P(EndingLocker, leavesNotOneCharacterToWhoeverIsNext) {
         if (!locked) GTEST_SKIP() << "Skipped: " << locked.error();
         std::optional<Impostor> attacker;
         if (ending.isAwaited) {
-            attacker.emplace(*desktop,
-                             std::vector<std::string>{impostor(), "i3lock", "grab"}, false);
+            attacker.emplace(*desktop, std::vector<std::string>{impostor(), "i3lock", "grab"},
+                             false);
         }
         if (ending.signal == 0) {
             // Whoever knows the password is a little ahead.
@@ -222,7 +221,7 @@ TEST_P(EndingLocker, leavesNotOneCharacterToWhoeverIsNext) {
             for (std::uint8_t key = keycode::letterA; key < keycode::letterA + 7; ++key)
                 desktop->tap(key);
             desktop->tap(keycode::returnKey);
-            std::this_thread::sleep_for(std::chrono::milliseconds(25 * i));
+            std::this_thread::sleep_for(std::chrono::milliseconds(50 * i));
         }
         std::jthread killer([&] {
             std::this_thread::sleep_for(std::chrono::milliseconds(6 * i));
@@ -245,13 +244,12 @@ constexpr auto xsecurelock = ScreenLocker::Kind::xsecurelock;
 
 INSTANTIATE_TEST_SUITE_P(
     Everyhow, EndingLocker,
-    testing::Values(Ending{"i3lockByThePassword", i3lock, 0, false, false},
-                    Ending{"xsecurelockByThePassword", xsecurelock, 0, false, false},
-                    Ending{"i3lockKilledWhileAnotherWantsTheKeyboard", i3lock, SIGKILL, true,
-                           false},
-                    Ending{"i3lockByThePasswordWhileAnotherWantsTheKeyboard", i3lock, 0, true,
-                           false},
-                    Ending{"i3lockKilledUnderACompositor", i3lock, SIGKILL, false, true}),
+    testing::Values(
+        Ending{"i3lockByThePassword", i3lock, 0, false, false},
+        Ending{"xsecurelockByThePassword", xsecurelock, 0, false, false},
+        Ending{"i3lockKilledWhileAnotherWantsTheKeyboard", i3lock, SIGKILL, true, false},
+        Ending{"i3lockByThePasswordWhileAnotherWantsTheKeyboard", i3lock, 0, true, false},
+        Ending{"i3lockKilledUnderACompositor", i3lock, SIGKILL, false, true}),
     [](const auto& test) { return std::string(test.param.name); });
 
 }  // namespace

@@ -128,15 +128,16 @@ std::expected<void, std::string> KillSeries::kill(int signal) {
     locker_->kill();
     const auto bytes = desktop_->terminalBytes();
     if (!bytes) return std::unexpected(bytes.error());
+    KillTally& tally = tallies_[signal];
     if (made.killed) {
-        ++tally_.kills;
+        ++tally.kills;
         const bool hasBegun = !made.presses.empty() && made.presses.front() < *made.killed;
-        tally_.whileTyping += hasBegun && *made.killed < made.ended ? 1 : 0;
-        tally_.stopped += made.outcome ? 0 : 1;
+        tally.whileTyping += hasBegun && *made.killed < made.ended ? 1 : 0;
+        tally.stopped += made.outcome ? 0 : 1;
     }
-    tally_.leaks += bytes->empty() ? 0 : 1;
-    tally_.leakedCharacters += bytes->size();
-    tally_.changedKeyboards += desktop_->keyboard() == keyboard_ ? 0 : 1;
+    tally.leaks += bytes->empty() ? 0 : 1;
+    tally.leakedCharacters += bytes->size();
+    tally.changedKeyboards += desktop_->keyboard() == keyboard_ ? 0 : 1;
     return {};
 }
 

@@ -7,6 +7,8 @@
 
 #include <cstddef>
 #include <expected>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -38,9 +40,8 @@ class KillSeries {
     /// One more kill. The error says why there was none.
     [[nodiscard]] std::expected<void, std::string> kill(int signal);
 
-    [[nodiscard]] const KillTally& tally() const { return tally_; }
-    /// When each key came, from the first one on.
-    [[nodiscard]] const std::vector<TimeInterval>& rhythm() const { return rhythm_; }
+    /// Of the kills by this signal.
+    [[nodiscard]] const KillTally& tally(int signal) { return tallies_[signal]; }
 
   private:
     struct Moment;
@@ -56,9 +57,10 @@ class KillSeries {
     std::unique_ptr<ScreenLocker> locker_;
     std::unique_ptr<XTestKeyEvents> keyEvents_;
     Chance chance_;
+    /// When each key comes, from the first one on.
     std::vector<TimeInterval> rhythm_;
     std::vector<std::uint32_t> keyboard_;
-    KillTally tally_;
+    std::map<int, KillTally> tallies_;
 };
 
 }  // namespace marrowby

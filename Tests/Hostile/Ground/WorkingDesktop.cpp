@@ -82,28 +82,49 @@ std::expected<void, std::string> WorkingDesktop::startPrograms() {
         xcb_map_window(connection_->get(), terminal_);
         (void)readTerminal(100);
     }
+    const std::uint32_t events = XCB_EVENT_MASK_FOCUS_CHANGE;
+    xcb_change_window_attributes(connection_->get(), terminal_, XCB_CW_EVENT_MASK, &events);
     if (const auto bytes = terminalBytes(); !bytes) return std::unexpected(bytes.error());
     return {};
 }
 
 bool WorkingDesktop::isTerminalManaged() const {
-    const auto tree = connection_->reply<xcb_query_tree_reply>(
-        xcb_query_tree(connection_->get(), terminal_));
+    const auto tree =
+        connection_->reply<xcb_query_tree_reply>(xcb_query_tree(connection_->get(), terminal_));
     const auto attributes = connection_->reply<xcb_get_window_attributes_reply>(
         xcb_get_window_attributes(connection_->get(), terminal_));
     return tree && tree->parent != connection_->root() && attributes &&
            attributes->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
+bool WorkingDesktop::awaitGrab() const {
+    pollfd wanted{.fd = connection_->fd(), .events = POLLIN, .revents = 0};
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (std::chrono::steady_clock::now() < deadline) {
+        while (const XcbConnection::Owned<xcb_generic_event_t> event{
+            xcb_poll_for_event(connection_->get())}) {
+            const auto& focus = reinterpret_cast<const xcb_focus_out_event_t&>(*event);
+            if ((event->response_type & 0x7F) == XCB_FOCUS_OUT &&
+                focus.mode == XCB_NOTIFY_MODE_GRAB)
+                return true;
+        }
+        ::poll(&wanted, 1, 100);
+    }
+    return false;
+}
+
 bool WorkingDesktop::awaitHeldKeyboard() const {
     const auto deadline = std::chrono::steady_clock::now() + limit;
     while (std::chrono::steady_clock::now() < deadline) {
-        const auto grab = connection_->reply<xcb_grab_keyboard_reply>(
-            xcb_grab_keyboard(connection_->get(), 0, connection_->root(), XCB_CURRENT_TIME,
-                              XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+        // In one piece, so that this is never in anybody's way.
+        xcb_connection_t* const xcb = connection_->get();
+        xcb_grab_server(xcb);
+        const auto cookie = xcb_grab_keyboard(xcb, 0, connection_->root(), XCB_CURRENT_TIME,
+                                              XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        xcb_ungrab_keyboard(xcb, XCB_CURRENT_TIME);
+        xcb_ungrab_server(xcb);
+        const auto grab = connection_->reply<xcb_grab_keyboard_reply>(cookie);
         if (grab && grab->status == XCB_GRAB_STATUS_ALREADY_GRABBED) return true;
-        xcb_ungrab_keyboard(connection_->get(), XCB_CURRENT_TIME);
-        (void)connection_->atom("done");
     }
     return false;
 }

@@ -45,7 +45,10 @@ class WorkingDesktop {
     /// At a place where no window is.
     void clickOnTheDesktop(std::uint8_t button) const;
 
-    /// Waits until some program has grabbed the keyboard.
+    /// Waits until a program has taken the keyboard away from the terminal.
+    [[nodiscard]] bool awaitGrab() const;
+    /// Waits until a program, or the terminal itself, has grabbed the keyboard; for those that do
+    /// not mind being late, for this looks by a grab of its own.
     [[nodiscard]] bool awaitHeldKeyboard() const;
 
     /// What the terminal got since the last call; waits until it has got all keys that were sent

@@ -2,10 +2,10 @@
 //
 //   hostile-impostor CLASS [grab] [saver]
 //
-// Puts a window of this class over the whole screen, unmanaged as lockers' are; with “grab” it takes
-// the keyboard, however long that takes; with “saver” it says on the root window that the screen is
-// locked, as xscreensaver does. Descriptor 3 gets a line's end when all is done, then the code of
-// each key that comes.
+// Puts a window of this class over the whole screen, unmanaged as lockers' are; with “grab” it
+// takes the keyboard, however long that takes; with “saver” it says on the root window that the
+// screen is locked, as xscreensaver does. Descriptor 3 gets a line's end when all is done, then the
+// code of each key that comes.
 
 #include <array>
 #include <cstdint>
@@ -23,11 +23,10 @@ xcb_window_t showWindow(xcb_connection_t* display, const xcb_screen_t& screen,
                         std::string_view className) {
     const xcb_window_t window = xcb_generate_id(display);
     const std::array<std::uint32_t, 3> values{screen.black_pixel, 1, XCB_EVENT_MASK_KEY_PRESS};
-    xcb_create_window(display, XCB_COPY_FROM_PARENT, window, screen.root, 0, 0,
-                      screen.width_in_pixels, screen.height_in_pixels, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                      XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
-                      values.data());
+    xcb_create_window(
+        display, XCB_COPY_FROM_PARENT, window, screen.root, 0, 0, screen.width_in_pixels,
+        screen.height_in_pixels, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+        XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values.data());
     const std::string names =
         std::string(className) + '\0' + std::string(className) + '\0';  // instance and class
     xcb_change_property(display, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING,
@@ -39,11 +38,11 @@ xcb_window_t showWindow(xcb_connection_t* display, const xcb_screen_t& screen,
 }
 
 bool takeKeyboard(xcb_connection_t* display, xcb_window_t window) {
-    auto* const reply = xcb_grab_keyboard_reply(
-        display,
-        xcb_grab_keyboard(display, 0, window, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC,
-                          XCB_GRAB_MODE_ASYNC),
-        nullptr);
+    auto* const reply =
+        xcb_grab_keyboard_reply(display,
+                                xcb_grab_keyboard(display, 0, window, XCB_CURRENT_TIME,
+                                                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                                nullptr);
     const bool taken = reply != nullptr && reply->status == XCB_GRAB_STATUS_SUCCESS;
     std::free(reply);
     return taken;
@@ -51,8 +50,8 @@ bool takeKeyboard(xcb_connection_t* display, xcb_window_t window) {
 
 xcb_atom_t atom(xcb_connection_t* display, std::string_view name) {
     auto* const reply = xcb_intern_atom_reply(
-        display,
-        xcb_intern_atom(display, 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr);
+        display, xcb_intern_atom(display, 0, static_cast<std::uint16_t>(name.size()), name.data()),
+        nullptr);
     const xcb_atom_t atom = reply != nullptr ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
     std::free(reply);
     return atom;

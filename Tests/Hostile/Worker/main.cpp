@@ -38,14 +38,14 @@ std::optional<ScreenLocker::Kind> lockerNamed(std::string_view name) {
 std::expected<void, std::string> kill(WorkingDesktop& desktop, const std::string& name,
                                       ScreenLocker::Kind kind, int count, std::uint64_t seed) {
     for (const int gap : {0, 1}) {
+        auto series = KillSeries::create(desktop, kind, TimeInterval(gap / 1000.0), ++seed);
+        if (!series) return std::unexpected(series.error());
         for (const int signal : {SIGKILL, SIGTERM}) {
-            auto series = KillSeries::create(desktop, kind, TimeInterval(gap / 1000.0), ++seed);
-            if (!series) return std::unexpected(series.error());
-            while (series->tally().kills < count / 4) {
+            const KillTally& tally = series->tally(signal);
+            while (tally.kills < count / 4) {
                 if (auto killed = series->kill(signal); !killed)
                     return std::unexpected(killed.error());
             }
-            const KillTally& tally = series->tally();
             std::cout << "kills " << name << (signal == SIGKILL ? " SIGKILL " : " SIGTERM ") << gap
                       << ' ' << tally.kills << ' ' << tally.whileTyping << ' ' << tally.stopped
                       << ' ' << tally.leaks << ' ' << tally.leakedCharacters << ' '
