@@ -17,7 +17,7 @@ constexpr const char* password = "Zx9 ß字Qé😀-L_w0~";
 constexpr std::chrono::seconds limit{10};
 /// Lockers that ignore keys in their first seconds hear them after this, and their dialogs stand.
 constexpr std::chrono::milliseconds deafTime{3000};
-constexpr std::chrono::milliseconds dialogTime{1500};
+constexpr std::chrono::milliseconds dialogTime{2500};
 
 }  // namespace
 
@@ -48,11 +48,10 @@ std::expected<HonestSeries, std::string> HonestSeries::create(WorkingDesktop& de
 std::expected<void, std::string> HonestSeries::type(Field field) {
     if (auto locked = locker_->lock(password); !locked) return std::unexpected(locked.error());
     if (kind_ == ScreenLocker::Kind::xscreensaver) std::this_thread::sleep_for(deafTime);
-    const bool hasSlowDialog =
-        kind_ == ScreenLocker::Kind::mateScreensaver || kind_ == ScreenLocker::Kind::xscreensaver;
+    const bool hasDialog = kind_ != ScreenLocker::Kind::i3lock;
     if (field != Field::empty) {
         desktop_->tap(keycode::rightShift);
-        if (hasSlowDialog) std::this_thread::sleep_for(dialogTime);
+        if (hasDialog) std::this_thread::sleep_for(dialogTime);
     }
     if (field == Field::withLeftover) {
         for (std::uint8_t key = keycode::letterA; key < keycode::letterA + 5; ++key)
