@@ -14,12 +14,18 @@ namespace marrowby {
 struct Look {
     enum class Purpose { enrolment, genuine, attack };
 
-    Purpose purpose = Purpose::genuine;
-    /// Of an attack: with what.
-    std::string attack;
-    /// Who is there, or whom the attack shows.
-    std::string person;
-    std::string name;
+    struct Label {
+        Purpose purpose = Purpose::genuine;
+        /// Of an attack: with what.
+        std::string attack;
+        /// Who is there, or whom the attack shows.
+        std::string person;
+        std::string name;
+        /// Of somebody genuine: turns the head when strict mode asks, as soon as the look begins.
+        bool turnsWhenAsked = true;
+    };
+
+    Label label;
     double framesPerSecond = 30;
     std::size_t pictureCount = 0;
     /// Reads one; the error is one sentence.

@@ -30,14 +30,14 @@ std::optional<Look> labelled(const fs::path& relative) {
         return parts.size() >= length && parts[0] == purpose;
     };
     Look look;
-    look.name = relative.generic_string();
+    look.label.name = relative.generic_string();
     if (is("attack", 3)) {
-        look.purpose = Look::Purpose::attack;
-        look.attack = parts[1];
-        look.person = parts[2];
+        look.label.purpose = Look::Purpose::attack;
+        look.label.attack = parts[1];
+        look.label.person = parts[2];
     } else if (is("genuine", 2) || is("enrol", 2)) {
-        look.purpose = parts[0] == "enrol" ? Look::Purpose::enrolment : Look::Purpose::genuine;
-        look.person = parts[1];
+        look.label.purpose = parts[0] == "enrol" ? Look::Purpose::enrolment : Look::Purpose::genuine;
+        look.label.person = parts[1];
     } else {
         return std::nullopt;
     }

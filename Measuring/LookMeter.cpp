@@ -5,17 +5,14 @@
 #include "Platforms/Linux/OpenCvImaging.h"
 #include "Platforms/Linux/OpenCvNeuralModels.h"
 #include "Rehearsal/Scenes/NetworkFolder.h"
-#include "UnlockCore/Liveness/LivenessTuning.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 #include "UnlockCore/LockScreenServices/FaceScan.h"
-#include "UnlockCore/Recognition/FaceMatcher.h"
 #include "UnlockCore/Recognition/FaceRecognizer.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
 
 #include <algorithm>
 #include <utility>
-#include <variant>
 
 namespace marrowby {
 
@@ -53,18 +50,17 @@ struct LookMeter::Networks {
     OpenCvFourierTransform fourier;
     std::unique_ptr<OpenCvFaceVision> vision;
     std::unique_ptr<FaceRecognizer> recognizer;
-    std::string embedderIdentifier;
     std::unique_ptr<MiniFASNet> antiSpoof;
-    std::map<std::string, FaceIdentity> identities;
+    EnrolledPeople people;
 };
 
-LookMeter::LookMeter(Settings settings, std::unique_ptr<Networks> networks)
-    : settings_(std::move(settings)), networks_(std::move(networks)) {}
+LookMeter::LookMeter(std::unique_ptr<Networks> networks) : networks_(std::move(networks)) {}
 LookMeter::~LookMeter() = default;
 
-std::expected<std::unique_ptr<LookMeter>, std::string> LookMeter::create(const Settings& settings) {
+std::expected<std::unique_ptr<LookMeter>, std::string> LookMeter::create(
+    const std::filesystem::path& models, float threshold) {
     auto networks = std::make_unique<Networks>();
-    const auto pack = networksIn(settings.models);
+    const auto pack = networksIn(models);
     if (!pack) return std::unexpected(pack.error());
     auto vision =
         OpenCvFaceVision::load(pack->folder / pack->finderFile, pack->folder / pack->landmarksFile);
@@ -77,19 +73,28 @@ std::expected<std::unique_ptr<LookMeter>, std::string> LookMeter::create(const S
     networks->recognizer =
         std::make_unique<FaceRecognizer>(*networks->vision, networks->imaging, *std::move(embedder),
                                          CameraFaceScanner::minimumFaceWidth);
-    networks->embedderIdentifier = pack->embedderIdentifier;
+    networks->people.modelIdentifier = pack->embedderIdentifier;
+    networks->people.threshold = threshold;
     auto antiSpoof =
         MiniFASNet::load(pack->folder, networks->models, NeuralModels::ComputeUnits::all,
                          pack->realFaceFile, pack->realFaceIdentifier);
     if (!antiSpoof) return std::unexpected(description(antiSpoof.error()));
     networks->antiSpoof = *std::move(antiSpoof);
-    return std::unique_ptr<LookMeter>(new LookMeter(settings, std::move(networks)));
+    return std::unique_ptr<LookMeter>(new LookMeter(std::move(networks)));
+}
+
+std::string LookMeter::name() const {
+    return std::string(networks_->antiSpoof->modelIdentifier());
+}
+
+const EnrolledPeople& LookMeter::people() const {
+    return networks_->people;
 }
 
 std::expected<void, std::string> LookMeter::enroll(const Look& look) {
-    FaceIdentity& identity = networks_->identities[look.person];
-    identity.name = look.person;
-    identity.modelIdentifier = networks_->embedderIdentifier;
+    FaceIdentity& identity = networks_->people.identities[look.label.person];
+    identity.name = look.label.person;
+    identity.modelIdentifier = networks_->people.modelIdentifier;
     identity.dimension = SFaceEmbedder::embeddingLength;
     const std::size_t wanted = std::min(mostSamples, look.pictureCount);
     for (std::size_t i = 0; i < wanted; ++i) {
@@ -106,80 +111,88 @@ std::expected<void, std::string> LookMeter::enroll(const Look& look) {
         }
     }
     if (identity.samples.empty()) {
-        return std::unexpected("The look “" + look.name + "” shows no face to enrol.");
+        return std::unexpected("The look “" + look.label.name + "” shows no face to enrol.");
     }
     return {};
 }
 
-std::expected<LookResult, std::string> LookMeter::measure(const Look& look) {
-    LookResult result{.purpose = look.purpose,
-                      .attack = look.attack,
-                      .person = look.person,
-                      .name = look.name,
-                      .frames = 0,
-                      .framesWithFace = 0,
-                      .decision = {},
-                      .isOpened = false,
-                      .timeToOpen = std::nullopt,
-                      .live = std::nullopt,
-                      .levels = {},
-                      .likeness = {}};
-    FaceScan scan(settings_.mode,
-                  settings_.enabledCues.value_or(enabledLivenessCues(settings_.mode)));
+std::expected<FrameEvidence, std::string> LookMeter::study(
+    const FaceScan& scan, const Look& look, std::size_t index,
+    std::shared_ptr<const PixelBuffer> picture) {
+    const TimeInterval at(static_cast<double>(index) / look.framesPerSecond);
     LookClock clock;
-    std::optional<Date> firstFace;
-    double liveSum = 0;
-    std::int64_t scored = 0;
-    const bool isEnrolled = networks_->identities.contains(look.person);
+    clock.time = Date(at);
+    const auto frame = cameraFrame(std::move(picture), index, clock.time, networks_->imaging);
+    if (!frame) return std::unexpected("A picture of “" + look.label.name + "” can’t be drawn.");
+    return FrameEvidence{.at = at,
+                         .findings = scan.study(*frame, {.recognizer = *networks_->recognizer,
+                                                         .antiSpoof = *networks_->antiSpoof,
+                                                         .vision = *networks_->vision,
+                                                         .imaging = networks_->imaging,
+                                                         .fourier = networks_->fourier,
+                                                         .clock = clock})};
+}
 
-    for (std::size_t i = 0; i < look.pictureCount && !result.isOpened; ++i) {
-        auto picture = look.picture(i);
-        if (!picture) return std::unexpected(picture.error());
-        clock.time = Date(TimeInterval(static_cast<double>(i) / look.framesPerSecond));
-        const auto frame = cameraFrame(*std::move(picture), i, clock.time, networks_->imaging);
-        if (!frame) return std::unexpected("A picture of “" + look.name + "” can’t be drawn.");
-        const auto& step = scan.take(*frame, {.recognizer = *networks_->recognizer,
-                                              .antiSpoof = *networks_->antiSpoof,
-                                              .vision = *networks_->vision,
-                                              .imaging = networks_->imaging,
-                                              .fourier = networks_->fourier,
-                                              .clock = clock});
-        ++result.frames;
-        result.decision = step.liveness.decision;
-        if (!step.recognition) continue;
-        ++result.framesWithFace;
-        if (!firstFace) firstFace = clock.time;
+namespace {
 
-        bool matches = !isEnrolled;
-        for (const auto& [person, identity] : networks_->identities) {
-            const auto scores =
-                facematcher::score(step.recognition->embedding, std::span(&identity, 1),
-                                   networks_->recognizer->embedder().modelIdentifier());
-            if (scores.empty()) continue;
-            auto& likeness = result.likeness[person];
-            likeness.similarity = std::max(likeness.similarity, scores.front().templateSimilarity);
-            const bool isMatch = facematcher::isMatch(scores.front(), settings_.threshold);
-            likeness.matches = likeness.matches || isMatch;
-            if (person == look.person) matches = isMatch;
-        }
-        if (const auto latest = step.liveness.realFace.latest) {
-            liveSum += static_cast<double>(latest->live);
-            ++scored;
-        }
-        for (const auto& [cue, state] : step.liveness.cueStates) {
-            if (state.reading.confidence > 0) {
-                float& level = result.levels[cue];
-                level = std::max(level, state.reading.level);
-            }
-        }
-        if (std::holds_alternative<LivenessDecision::Denied>(result.decision)) break;
-        if (matches && std::holds_alternative<LivenessDecision::Confirmed>(result.decision)) {
-            result.isOpened = true;
-            result.timeToOpen = clock.time - *firstFace;
+/// One pack's part of recording a look.
+struct Recording {
+    LookMeter& meter;
+    /// Follows the face from frame to frame.
+    FaceScan scan{LivenessMode::standard};
+    std::vector<TrialRun> whole = {};
+    std::vector<TrialRun> partial = {};
+    LookEvidence evidence = {};
+
+    [[nodiscard]] bool isEnough(TimeInterval at, TimeInterval patience) const {
+        const auto haveEnded = [](const std::vector<TrialRun>& runs) {
+            return std::ranges::all_of(runs, &TrialRun::hasEnded);
+        };
+        return haveEnded(whole) && (at >= patience || haveEnded(partial));
+    }
+};
+
+}  // namespace
+
+std::expected<std::vector<LookEvidence>, std::string> record(const Look& look,
+                                                             std::span<LookMeter* const> meters,
+                                                             std::span<const Trial> trials,
+                                                             TimeInterval patience) {
+    std::vector<Recording> recordings;
+    for (LookMeter* meter : meters) {
+        Recording& recording = recordings.emplace_back(Recording{.meter = *meter});
+        recording.evidence.label = look.label;
+        for (const Trial& trial : trials) {
+            if (trial.mode == LivenessMode::strict && !look.label.turnsWhenAsked) continue;
+            auto& runs = trial.isWhole ? recording.whole : recording.partial;
+            runs.emplace_back(trial, look.label, meter->people());
         }
     }
-    if (scored > 0) result.live = liveSum / static_cast<double>(scored);
-    return result;
+    for (std::size_t i = 0; i < look.pictureCount; ++i) {
+        std::shared_ptr<const PixelBuffer> picture;
+        for (Recording& recording : recordings) {
+            auto& frames = recording.evidence.frames;
+            if (!frames.empty() && recording.isEnough(frames.back().at, patience)) continue;
+            if (!picture) {
+                auto made = look.picture(i);
+                if (!made) return std::unexpected(made.error());
+                picture = *std::move(made);
+            }
+            auto found = recording.meter.study(recording.scan, look, i, picture);
+            if (!found) return std::unexpected(found.error());
+            for (auto* runs : {&recording.whole, &recording.partial}) {
+                for (TrialRun& run : *runs)
+                    run.take(*found);
+            }
+            recording.scan.judge(found->findings, Date(found->at));
+            frames.push_back(*std::move(found));
+        }
+        if (!picture) break;
+    }
+    std::vector<LookEvidence> all;
+    for (Recording& recording : recordings)
+        all.push_back(std::move(recording.evidence));
+    return all;
 }
 
 }  // namespace marrowby

@@ -62,9 +62,9 @@ void writeAttacks(std::ostream& out, std::span<const LookResult> results) {
     std::map<std::string, Proportion> accepted;
     std::map<std::string, std::map<std::string, int>> ends;
     for (const LookResult& result : results) {
-        if (result.purpose != Look::Purpose::attack) continue;
-        accepted[result.attack].add(result.isOpened);
-        ++ends[result.attack][decisionText(result.decision)];
+        if (result.label.purpose != Look::Purpose::attack) continue;
+        accepted[result.label.attack].add(result.isOpened);
+        ++ends[result.label.attack][decisionText(result.decision)];
     }
     if (accepted.empty()) return;
     out << "Attacks let in\n";
@@ -79,21 +79,39 @@ void writeAttacks(std::ostream& out, std::span<const LookResult> results) {
     }
 }
 
+/// Of a look at a scene; nothing of other looks.
+std::string sceneOf(const std::string& look) {
+    const std::size_t space = look.rfind(' ');
+    return space == std::string::npos ? "" : look.substr(0, space);
+}
+
 void writeGenuine(std::ostream& out, std::span<const LookResult> results) {
     Proportion refused;
-    std::map<std::string, int> ends;
+    Proportion quick;
+    std::map<std::string, Proportion> byScene;
+    std::map<std::string, std::vector<std::string>> byEnd;
     std::vector<double> times;
     for (const LookResult& result : results) {
-        if (result.purpose != Look::Purpose::genuine) continue;
+        if (result.label.purpose != Look::Purpose::genuine) continue;
         refused.add(!result.isOpened);
-        if (!result.isOpened) ++ends[decisionText(result.decision)];
+        if (const auto scene = sceneOf(result.label.name); !scene.empty()) {
+            byScene[scene].add(!result.isOpened);
+        }
+        if (!result.isOpened) byEnd[decisionText(result.decision)].push_back(result.label.name);
         if (result.timeToOpen) times.push_back(result.timeToOpen->count());
+        quick.add(result.timeToOpen && *result.timeToOpen <= TimeInterval(2));
     }
     if (refused.total == 0) return;
     out << "People\n";
     line(out, "refused", refused);
-    for (const auto& [end, count] : ends)
-        out << "    " << end << ' ' << count << '\n';
+    for (const auto& [scene, proportion] : byScene)
+        line(out, "  " + scene, proportion);
+    for (const auto& [end, looks] : byEnd) {
+        out << "    " << end << ' ' << looks.size() << ':';
+        for (const std::string& look : looks)
+            out << ' ' << look << (&look == &looks.back() ? "\n" : ",");
+    }
+    line(out, "opened within 2 s", quick);
     if (times.empty()) return;
     std::ranges::sort(times);
     const auto at = [&](double part) {
@@ -108,9 +126,9 @@ void writeMatches(std::ostream& out, std::span<const LookResult> results) {
     Proportion falseMatches;
     Proportion falseNonMatches;
     for (const LookResult& result : results) {
-        if (result.purpose != Look::Purpose::genuine) continue;
+        if (result.label.purpose != Look::Purpose::genuine) continue;
         for (const auto& [person, likeness] : result.likeness) {
-            if (person == result.person) {
+            if (person == result.label.person) {
                 falseNonMatches.add(!likeness.matches);
             } else {
                 falseMatches.add(likeness.matches);
@@ -132,14 +150,36 @@ void writeReport(std::ostream& out, std::span<const LookResult> results) {
     out << "Intervals: 95 %, Clopper-Pearson (exact), looks taken as independent.\n";
 }
 
-void writeCsv(std::ostream& out, std::span<const LookResult> results) {
-    out << "purpose,attack,person,look,frames,with_face,decision,opened,seconds_to_open,live";
-    for (const LivenessCue cue : allLivenessCues)
-        out << ',' << rawValue(cue) << "_level";
-    out << ",own_similarity,other_similarity\n";
+void writeReport(std::ostream& out, std::span<const TrialResults> trials) {
+    for (const auto& [trial, results] : trials) {
+        if (!trial.isWhole || results.empty()) continue;
+        out << "== " << trial.name << " ==\n";
+        writeReport(out, results);
+        out << '\n';
+    }
+    out << "== With a cue left out ==\n";
+    for (const auto& [trial, results] : trials) {
+        Proportion refused;
+        std::map<std::string, Proportion> accepted;
+        for (const LookResult& result : results) {
+            if (result.label.purpose == Look::Purpose::genuine) refused.add(!result.isOpened);
+            if (result.label.purpose == Look::Purpose::attack) {
+                accepted[result.label.attack].add(result.isOpened);
+            }
+        }
+        out << "  " << trial.name << ": refused " << refused.count << " of " << refused.total;
+        for (const auto& [kind, proportion] : accepted)
+            out << ", " << kind << ' ' << proportion.count << " of " << proportion.total;
+        out << '\n';
+    }
+}
+
+namespace {
+
+void writeCsv(std::ostream& out, const Trial& trial, std::span<const LookResult> results) {
     for (const LookResult& result : results) {
-        out << name(result.purpose) << ',' << field(result.attack) << ',' << field(result.person)
-            << ',' << field(result.name) << ',' << result.frames << ',' << result.framesWithFace
+        out << trial.name << ',' << name(result.label.purpose) << ',' << field(result.label.attack) << ',' << field(result.label.person)
+            << ',' << field(result.label.name) << ',' << result.frames << ',' << result.framesWithFace
             << ',' << decisionText(result.decision) << ',' << (result.isOpened ? 1 : 0) << ',';
         if (result.timeToOpen) out << result.timeToOpen->count();
         out << ',';
@@ -153,7 +193,7 @@ void writeCsv(std::ostream& out, std::span<const LookResult> results) {
         std::optional<float> own;
         std::optional<float> other;
         for (const auto& [person, likeness] : result.likeness) {
-            auto& best = person == result.person ? own : other;
+            auto& best = person == result.label.person ? own : other;
             best = std::max(best.value_or(-1), likeness.similarity);
         }
         for (const auto& similarity : {own, other}) {
@@ -162,6 +202,17 @@ void writeCsv(std::ostream& out, std::span<const LookResult> results) {
         }
         out << '\n';
     }
+}
+
+}  // namespace
+
+void writeCsv(std::ostream& out, std::span<const TrialResults> trials) {
+    out << "trial,purpose,attack,person,look,frames,with_face,decision,opened,seconds_to_open,live";
+    for (const LivenessCue cue : allLivenessCues)
+        out << ',' << rawValue(cue) << "_level";
+    out << ",own_similarity,other_similarity\n";
+    for (const auto& [trial, results] : trials)
+        writeCsv(out, trial, results);
 }
 
 }  // namespace marrowby

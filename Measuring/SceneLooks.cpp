@@ -33,8 +33,7 @@ struct Shoot {
     std::shared_ptr<const PixelBuffer> picture(std::size_t index) {
         if (index == 0) {
             Chance chance(scene.seed + 5);
-            // Somebody who sits down does it at the scene's beginning.
-            begin = TimeInterval(chance.between(0, scene.name == "live-comes-back" ? 0.5 : 9));
+            begin = TimeInterval(chance.between(0, scene.beginning.count()));
             studio->film = std::make_unique<SceneFilm>(scene, studio->cast);
         }
         const TimeInterval running(static_cast<double>(index) / framesPerSecond);
@@ -69,10 +68,13 @@ std::vector<Look> looksOf(const SceneLooks& wanted) {
             if (!scene) continue;
             const auto shoot = std::make_shared<Shoot>(Shoot{
                 *std::move(scene), studio, wanted.width, wanted.height, wanted.framesPerSecond});
-            looks.push_back({.purpose = isAttack ? Look::Purpose::attack : Look::Purpose::genuine,
-                             .attack = isAttack ? std::string(name(listed.props.front().kind)) : "",
-                             .person = std::to_string(person),
-                             .name = listed.name + " " + std::to_string(take),
+            const Look::Label label{
+                .purpose = isAttack ? Look::Purpose::attack : Look::Purpose::genuine,
+                .attack = isAttack ? std::string(name(listed.props.front().kind)) : "",
+                .person = std::to_string(person),
+                .name = listed.name + " " + std::to_string(take),
+                .turnsWhenAsked = isAttack || listed.name == "live-asked"};
+            looks.push_back({.label = label,
                              .framesPerSecond = wanted.framesPerSecond,
                              .pictureCount = static_cast<std::size_t>(
                                  std::lround(wanted.lasts.count() * wanted.framesPerSecond)),

@@ -74,12 +74,12 @@ std::expected<void, std::string> writeScorePlot(const std::filesystem::path& fil
     std::vector<Series> live{{"people", green, {}}, {"attacks", red, {}}};
     std::vector<Series> likeness{{"own person", green, {}}, {"other persons", red, {}}};
     for (const LookResult& result : results) {
-        const bool isGenuine = result.purpose == Look::Purpose::genuine;
+        const bool isGenuine = result.label.purpose == Look::Purpose::genuine;
         if (result.live) live[isGenuine ? 0 : 1].values.push_back(*result.live);
         if (!isGenuine) continue;
         for (const auto& [person, one] : result.likeness) {
             const auto similarity = static_cast<double>(one.similarity);
-            likeness[person == result.person ? 0 : 1].values.push_back(similarity);
+            likeness[person == result.label.person ? 0 : 1].values.push_back(similarity);
         }
     }
     const std::unexpected unwritable("The plot “" + file.string() + "” couldn’t be written.");

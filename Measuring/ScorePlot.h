@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Measuring/LookMeter.h"
+#include "Measuring/Trial.h"
 
 #include <expected>
 #include <filesystem>

@@ -97,6 +97,7 @@ float classOf(PropKind kind) {
     switch (kind) {
         case PropKind::print:
         case PropKind::bentPrint:
+        case PropKind::poster:
         case PropKind::cutOut:
             return 0;
         case PropKind::phone:

@@ -102,14 +102,47 @@ std::optional<Quad> corners(const std::vector<cv::Point>& outline) {
     return std::nullopt;
 }
 
+/// So that the corners go round from the lower left one.
+Quad fromLowerLeft(Quad quad) {
+    std::ranges::sort(quad, {}, &cv::Point2f::x);
+    if (quad[0].y < quad[1].y) std::swap(quad[0], quad[1]);
+    if (quad[2].y > quad[3].y) std::swap(quad[2], quad[3]);
+    return quad;
+}
+
+/// How well the two sides at a corner are seen that near to it.
+double atCorner(const Quad& quad, std::size_t corner, const EdgeMaps& maps) {
+    constexpr float near = 0.15F;
+    const cv::Point2f& place = quad.at(corner);
+    return std::min(seen(place, quad.at((corner + 1) % 4), maps, 0, near),
+                    seen(place, quad.at((corner + 3) % 4), maps, 0, near));
+}
+
+/// Whether a thing ends with the outline: lines of a frame, a shelf and somebody's shoulders make
+/// one, too, but neither do its sides reach down to the shoulders nor are those straight. A hand
+/// may hide one corner above and one below. Corners go round from the lower left one.
+bool isWhole(const Quad& quad, const EdgeMaps& maps, bool isCut) {
+    constexpr double leastOfTop = 0.75;
+    constexpr double leastOfBottom = 0.7;
+    // Where a neck would be.
+    constexpr double leastOfMiddle = 0.85;
+    constexpr double leastOfCorner = 0.6;
+    const auto [worse, better] = std::minmax({atCorner(quad, 1, maps), atCorner(quad, 2, maps)});
+    if (seen(quad[1], quad[2], maps) < leastOfTop || better < leastOfCorner ||
+        worse < leastOfCorner / 2) {
+        return false;
+    }
+    if (isCut) return true;
+    return seen(quad[0], quad[3], maps) >= leastOfBottom &&
+           seen(quad[0], quad[3], maps, 0.25F, 0.75F) >= leastOfMiddle &&
+           std::max(atCorner(quad, 0, maps), atCorner(quad, 3, maps)) >= leastOfCorner;
+}
+
 /// Whether four lines, of which the last may be the picture's lower edge, are one thing's outline:
-/// its sides end at its corners, no hand hides its top, and what is cut off is not hidden by
-/// somebody before it.
+/// its sides end at its corners, and what is cut off is not hidden by somebody before it.
 bool standsAlone(const Quad& quad, const EdgeMaps& maps, bool isCut) {
     constexpr double mostBeyond = 0.4;
-    constexpr double leastOfTop = 0.75;
     constexpr double leastAtCut = 0.6;
-    if (seen(quad[1], quad[2], maps) < leastOfTop) return false;
     if (isCut && seen(quad[1], quad[0], maps, 0.8F) < leastAtCut &&
         seen(quad[2], quad[3], maps, 0.8F) < leastAtCut) {
         return false;
@@ -269,12 +302,13 @@ std::optional<std::vector<Rect>> findRectangles(const Bitmap& image,
     struct Found {
         Rect box;
         double area;
+        bool isCut;
     };
     std::vector<Found> found;
     const double leastSide = request.minimumSize * std::min(small.cols, small.rows);
     const cv::Rect2d frame(0, 0, bgr->cols, bgr->rows);
     const EdgeMaps maps = edgeMaps(small);
-    const auto take = [&](const Quad& quad) {
+    const auto take = [&](const Quad& quad, bool isCut) {
         const auto [left, right] = std::ranges::minmax(quad, {}, &cv::Point2f::x);
         const auto [top, bottom] = std::ranges::minmax(quad, {}, &cv::Point2f::y);
         const cv::Rect2d box =
@@ -285,22 +319,28 @@ std::optional<std::vector<Rect>> findRectangles(const Bitmap& image,
             const Rect both = intersection(other.box, {box.x, box.y, box.width, box.height});
             return both.area() > 0.8 * std::max(other.box.area(), box.area());
         });
-        if (!isKnown) found.push_back({{box.x, box.y, box.width, box.height}, box.area()});
+        if (!isKnown) found.push_back({{box.x, box.y, box.width, box.height}, box.area(), isCut});
     };
 
-    for (const Quad& quad : outlinedQuads(small, leastSide)) {
+    constexpr float cutMargin = 4;
+    for (const Quad& outline : outlinedQuads(small, leastSide)) {
+        const Quad quad = fromLowerLeft(outline);
+        const bool isCut =
+            std::max(quad[0].y, quad[3].y) > static_cast<float>(small.rows) - cutMargin;
         if (hasShape(quad, request, leastSide) &&
-            confidence(quad, maps) >= request.minimumConfidence) {
-            take(quad);
+            confidence(quad, maps) >= request.minimumConfidence && isWhole(quad, maps, isCut)) {
+            take(quad, isCut);
         }
     }
     for (const auto& [quad, isCut] : linedQuads(small)) {
         if (hasShape(quad, request, leastSide) &&
             confidence(quad, maps, isCut ? 3 : 4) >= request.minimumConfidence &&
-            standsAlone(quad, maps, isCut)) {
-            take(quad);
+            isWhole(quad, maps, isCut) && standsAlone(quad, maps, isCut)) {
+            take(quad, isCut);
         }
     }
+    // What is seen all round is surer than what may go on below the picture.
+    if (!std::ranges::all_of(found, &Found::isCut)) std::erase_if(found, &Found::isCut);
     std::ranges::sort(found, std::ranges::greater{}, &Found::area);
     std::vector<Rect> boxes;
     for (const Found& one : found) {

@@ -88,9 +88,16 @@ Prop bent(Prop prop, float bend) {
     return prop;
 }
 
+Prop framed(Prop prop) {
+    prop.sheet.border = {.side = 0.02F, .top = 0.02F, .bottom = 0.02F};
+    prop.sheet.borderColour = {.x = 0.05F, .y = 0.03F, .z = 0.02F};
+    return prop;
+}
+
 Prop enlarged(Prop prop, float scale) {
     prop.sheet.width *= scale;
     prop.sheet.height *= scale;
+    prop.kind = PropKind::poster;
     prop.isHandHeld = false;
     return prop;
 }

@@ -20,6 +20,9 @@ namespace marrowby {
 
 /// Bent about an upright axis: 1 / radius in metres.
 [[nodiscard]] Prop bent(Prop prop, float bend);
+/// In a dark wooden frame.
+[[nodiscard]] Prop framed(Prop prop);
+/// As a poster that nobody holds.
 [[nodiscard]] Prop enlarged(Prop prop, float scale);
 /// A screen that has adapted to the dark.
 [[nodiscard]] Prop dimmed(Prop prop);

@@ -13,6 +13,8 @@ std::string_view name(PropKind kind) {
             return "print";
         case PropKind::bentPrint:
             return "bent-print";
+        case PropKind::poster:
+            return "poster";
         case PropKind::cutOut:
             return "cut-out";
         case PropKind::phone:

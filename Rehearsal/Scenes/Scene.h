@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Rehearsal/Scenes/Backdrop.h"
 #include "Rehearsal/Scenes/Movement.h"
 #include "Rehearsal/Scenes/SceneLight.h"
 #include "Rehearsal/Scenes/Sheet.h"
@@ -13,7 +14,7 @@
 
 namespace marrowby {
 
-enum class PropKind { print, bentPrint, cutOut, phone, tablet, monitor };
+enum class PropKind { print, bentPrint, poster, cutOut, phone, tablet, monitor };
 
 [[nodiscard]] std::string_view name(PropKind kind);
 
@@ -48,6 +49,11 @@ struct Scene {
     LightKind light = LightKind::normal;
     std::vector<Actor> actors = {};
     std::vector<Prop> props = {};
+    Backdrop backdrop = Backdrop::furniture;
+    /// A desk's far edge lies before the chest.
+    bool hasDesk = false;
+    /// A camera that is turned on at any moment starts in so much of the scene's beginning.
+    TimeInterval beginning{9};
     /// Of the room, the noise and the exposure's start.
     std::uint64_t seed = 1;
 };

@@ -85,6 +85,7 @@ std::vector<Scene> living(const Take& take) {
                      .moveTo(at(0.1F, -0.1F, 0.75F, -0.1F), TimeInterval(1.2))
                      .moveTo(at(0, 0, 0.55F), TimeInterval(0.8)),
                  take.seed));
+    scenes.back().beginning = TimeInterval(0.5);
     scenes.push_back({.name = "empty-room", .tells = "nobody", .light = normal});
     scenes.push_back(
         {.name = "walks-past",
@@ -174,12 +175,78 @@ std::vector<Scene> attacks(const Take& take) {
     return scenes;
 }
 
+/// Where a wrong denial is near: straight edges about the head, and places and movements that a
+/// camera seldom sees at a desk.
+std::vector<Scene> difficult(const Take& take) {
+    std::vector<Scene> scenes;
+    Chance chance(take.seed + 3);
+    const auto around = [&](Backdrop backdrop, std::string name, std::string tells,
+                            Performance plays, TimeInterval beginning = TimeInterval(9)) {
+        const bool hasDesk = backdrop == Backdrop::desk || chance.between(0, 1) < 0.4;
+        scenes.push_back({.name = std::move(name),
+                          .tells = std::move(tells),
+                          .light = LightKind::normal,
+                          .actors = {{take.person, std::move(plays)}},
+                          .backdrop = backdrop,
+                          .hasDesk = hasDesk,
+                          .beginning = beginning});
+    };
+    const auto anyBackdrop = [&] {
+        return static_cast<Backdrop>(1 + chance.next() % 7);
+    };
+    for (const Backdrop backdrop : {Backdrop::curtain, Backdrop::window, Backdrop::door,
+                                    Backdrop::shelf, Backdrop::picture, Backdrop::monitor,
+                                    Backdrop::desk}) {
+        const std::string what(name(backdrop));
+        around(backdrop, "live-before-" + what, "straight edges behind the head: " + what,
+               take.living(static_cast<float>(chance.between(0.45, 0.75))));
+    }
+    const auto nods = [&] { return static_cast<float>(chance.between(0.35, 0.55)); };
+    around(anyBackdrop(), "live-bowed", "a bowed head is lifted",
+           acting(Movement(at(0, 0.05F, 0.55F * take.distance, 0, nods()))
+                      .stay(TimeInterval(0.3))
+                      .moveTo(at(0, 0.02F, 0.55F * take.distance), TimeInterval(0.7)),
+                  take.seed),
+           TimeInterval(0.3));
+    around(anyBackdrop(), "live-swaying", "somebody sways to and fro",
+           acting(Movement(at(0, 0.02F, 0.55F * take.distance))
+                      .sway(at(0.06F, 0.004F, 0.01F, 0.03F, 0, 0.06F), TimeInterval(2.6)),
+                  take.seed));
+    const float side = chance.between(0, 1) < 0.5 ? -1.0F : 1.0F;
+    const auto beside = static_cast<float>(chance.between(0.28, 0.34));
+    scenes.push_back({.name = "live-edge",
+                      .tells = "a face that reaches over the picture's edge",
+                      .light = LightKind::normal,
+                      .actors = {{take.person,
+                                  acting(Movement(at(side * beside, 0.02F, 0.5F))
+                                             .sway(at(0.006F, 0, 0.01F, 0.12F), TimeInterval(3)),
+                                         take.seed)}}});
+    // Turns the head when asked, which is with the camera's first picture.
+    const float way = chance.between(0, 1) < 0.5 ? -1.0F : 1.0F;
+    const Placement home = at(0, 0.02F, 0.55F * take.distance);
+    const TimeInterval turning(0.55 * chance.between(0.85, 1.2));
+    around(chance.between(0, 1) < 0.5 ? Backdrop::furniture : anyBackdrop(), "live-asked",
+           "somebody turns the head as asked",
+           acting(Movement(home)
+                      .stay(TimeInterval(chance.between(0.25, 0.6)))
+                      .moveTo(home + at(0, 0, 0, way * 0.30F), turning)
+                      .moveTo(home, turning),
+                  take.seed),
+           TimeInterval(0));
+    scenes.push_back({.name = "print-framed",
+                      .tells = "a photo in a wooden frame",
+                      .light = LightKind::normal,
+                      .props = {framed(print(take.person, take.held(0.38F)))}});
+    return scenes;
+}
+
 }  // namespace
 
 std::vector<Scene> sceneCatalogue(std::uint64_t person, std::uint64_t number) {
     const Take take(person, number);
     std::vector<Scene> scenes = living(take);
     std::ranges::move(attacks(take), std::back_inserter(scenes));
+    std::ranges::move(difficult(take), std::back_inserter(scenes));
     for (Scene& scene : scenes)
         scene.seed = take.seed;
     return scenes;

@@ -22,11 +22,19 @@ struct Observation {
     friend bool operator==(const Observation&, const Observation&) = default;
 };
 
+/// The box of a face's whole head with its hair. A device shows all of it within its frame, whereas
+/// curtain rods, shelves and the hairline itself cut through the hair of somebody before them.
+[[nodiscard]] Rect head(const Rect& faceBox);
+
 /// The largest rectangle. `faceBox` is in pixels with the origin at the top-left. Nothing without a
 /// rectangle; the error is the system's own text.
 [[nodiscard]] std::expected<std::optional<Observation>, std::string> detect(const Bitmap& image,
                                                                             const Rect& faceBox,
                                                                             FaceVision& vision);
+
+/// Whether a rectangle around a face may be a device: one that reaches below the picture is held so
+/// near that the face fills its width, or is a piece of furniture behind somebody.
+[[nodiscard]] bool isHeldUp(const Rect& rectangle, const Rect& faceBox, const Size& picture);
 
 /// area(a ∩ b) / area(a); nothing where `a` has no area.
 [[nodiscard]] std::optional<double> overlapFraction(const Rect& a, const Rect& b);

@@ -28,7 +28,7 @@ constexpr LivenessTuning standardTuning{.liveThreshold = 0.62F,
                                         .moireFrames = 3,
                                         .glossLevel = 0.25F,
                                         .glossFrames = 5,
-                                        .deviceLevel = 0.9F,
+                                        .deviceLevel = 0.98F,
                                         .deviceFrames = 8,
                                         .headTurnFrames = 3};
 

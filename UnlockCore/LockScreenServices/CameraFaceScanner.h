@@ -39,7 +39,7 @@ class CameraFaceScanner final : public FaceScanning {
     static constexpr double workingLongEdge = 640;
     /// Pixels of that image. A smaller face is a person further away than about 1.2 m from a
     /// laptop's camera: not somebody who has come back to type.
-    static constexpr double minimumFaceWidth = 60;
+    static constexpr double minimumFaceWidth = 44;
 
     /// Everything here outlives the scanner and its queues' last work.
     struct Services {

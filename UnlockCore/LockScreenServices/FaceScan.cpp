@@ -68,14 +68,6 @@ UUID numbered(std::uint32_t number) {
 
 }  // namespace
 
-/// What one frame shows by itself.
-struct FaceScan::Findings {
-    LivenessFrame liveness;
-    std::optional<std::string> fault;
-    std::expected<FaceRecognition, FaceRecognitionError> recognition =
-        std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{});
-};
-
 FaceScan::FaceScan(LivenessMode mode) : FaceScan(mode, enabledLivenessCues(mode)) {}
 
 FaceScan::FaceScan(LivenessMode mode, std::set<LivenessCue> enabledCues)
@@ -87,20 +79,27 @@ const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const Services& s
     if (last_ && isRepeated(frame)) return *last_;
     const Date began = services.clock.now();
     pace_.note(frame.timestamp);
-    auto [measured, fault, recognition] = study(frame, services);
+    Findings findings = study(frame, services);
+    lastFrame_ = Taken{frame.image, frame.timestamp};
+    return judge(std::move(findings), frame.timestamp, services.clock.now() - began);
+}
+
+const FaceScan::Step& FaceScan::judge(Findings findings, Date at, TimeInterval duration) {
+    // Of a frame that has just been taken, known already.
+    pace_.note(at);
+    auto& [measured, fault, recognition] = findings;
     if (recognition) {
-        follow(*recognition, frame.timestamp);
-        if (measured.antiSpoof) lastScoredAt_ = frame.timestamp;
+        follow(*recognition, at);
+        if (measured.antiSpoof) lastScoredAt_ = at;
         analyzer_.retune(livenessTuning(mode_, pace_.framesPerSecond()));
         analyzer_.ingest(measured, subject_);
     } else if (followed_) {
         followed_->wasMissed = true;
     }
-    lastFrame_ = Taken{frame.image, frame.timestamp};
     last_.emplace(Step{.recognition = std::move(recognition),
                        .liveness = analyzer_.lastSnapshot(),
                        .fault = std::move(fault),
-                       .duration = services.clock.now() - began});
+                       .duration = duration});
     return *last_;
 }
 
@@ -151,12 +150,16 @@ FaceScan::Findings FaceScan::measure(const CameraFrame& frame, const DetectedFac
         measured.glare = cues.glare;
         measured.moire = cues.moire;
     }
-    const auto sought = devicebezeldetector::detect(frame.image, box, services.vision);
+    const auto sought = devicebezeldetector::detect(frame.image, devicebezeldetector::head(box),
+                                                    services.vision);
     if (!sought) {
         findings.fault = sought.error();
         return findings;
     }
-    if (const auto& device = *sought) measured.deviceOverlapFraction = device->faceOverlapFraction;
+    if (const auto& device = *sought;
+        device && devicebezeldetector::isHeldUp(device->rectangle, box, face.imageSize)) {
+        measured.deviceOverlapFraction = device->faceOverlapFraction;
+    }
     if (lastScoredAt_ && pace_.isBurst(*lastScoredAt_, frame.timestamp)) return findings;
     if (const auto pixels = RGBPixels::view(frame.image)) {
         if (const auto score = services.antiSpoof.score(*pixels, box)) {

@@ -55,6 +55,15 @@ class FaceScan {
         WorkQueue* helper = nullptr;
     };
 
+    /// What one frame shows by itself.
+    struct Findings {
+        LivenessFrame liveness;
+        /// As a step has it.
+        std::optional<std::string> fault;
+        std::expected<FaceRecognition, FaceRecognitionError> recognition =
+            std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{});
+    };
+
     /// With the lock screen's tuning and cues.
     explicit FaceScan(LivenessMode mode);
     /// With other cues.
@@ -64,9 +73,11 @@ class FaceScan {
     /// once more and changes nothing. A frame within a burst, or one that not all could be measured
     /// in, adds no score. The counts that decide follow the camera's pace.
     const Step& take(const CameraFrame& frame, const Services& services);
+    /// The two halves of it, for who keeps what frames showed to judge it again.
+    [[nodiscard]] Findings study(const CameraFrame& frame, const Services& services) const;
+    const Step& judge(Findings findings, Date at, TimeInterval duration = {});
 
   private:
-    struct Findings;
     /// The face that is followed, when it was last seen.
     struct Followed {
         Rect box;
@@ -77,7 +88,6 @@ class FaceScan {
     };
 
     [[nodiscard]] bool isRepeated(const CameraFrame& frame) const;
-    [[nodiscard]] Findings study(const CameraFrame& frame, const Services& services) const;
     [[nodiscard]] Findings measure(const CameraFrame& frame, const DetectedFace& face,
                                    const Services& services) const;
     [[nodiscard]] bool isFollowed(const FaceRecognition& recognition, Date at) const;
