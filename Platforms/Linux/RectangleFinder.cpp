@@ -138,10 +138,17 @@ bool isWhole(const Quad& quad, const EdgeMaps& maps, bool isCut) {
            std::max(atCorner(quad, 0, maps), atCorner(quad, 3, maps)) >= leastOfCorner;
 }
 
+/// Whether a side's line is seen beyond its end: near it, as of a board that goes on a little, or
+/// farther, as of one that is hidden for a little.
+bool goesOn(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps) {
+    constexpr double mostBeyond = 0.4;
+    return seen(from, to, maps, 1.04F, 1.15F) > mostBeyond ||
+           seen(from, to, maps, 1.05F, 1.25F) > mostBeyond;
+}
+
 /// Whether four lines, of which the last may be the picture's lower edge, are one thing's outline:
 /// its sides end at its corners, and what is cut off is not hidden by somebody before it.
 bool standsAlone(const Quad& quad, const EdgeMaps& maps, bool isCut) {
-    constexpr double mostBeyond = 0.4;
     constexpr double leastAtCut = 0.6;
     if (isCut && seen(quad[1], quad[0], maps, 0.8F) < leastAtCut &&
         seen(quad[2], quad[3], maps, 0.8F) < leastAtCut) {
@@ -153,8 +160,8 @@ bool standsAlone(const Quad& quad, const EdgeMaps& maps, bool isCut) {
         const bool endsAtCut = isCut && i == 2;
         const cv::Point2f& from = quad.at(i);
         const cv::Point2f& to = quad.at((i + 1) % 4);
-        if (!startsAtCut && seen(from, to, maps, -0.25F, -0.05F) > mostBeyond) return false;
-        if (!endsAtCut && seen(from, to, maps, 1.05F, 1.25F) > mostBeyond) return false;
+        if (!startsAtCut && goesOn(to, from, maps)) return false;
+        if (!endsAtCut && goesOn(from, to, maps)) return false;
     }
     return true;
 }
@@ -328,7 +335,8 @@ std::optional<std::vector<Rect>> findRectangles(const Bitmap& image,
         const bool isCut =
             std::max(quad[0].y, quad[3].y) > static_cast<float>(small.rows) - cutMargin;
         if (hasShape(quad, request, leastSide) &&
-            confidence(quad, maps) >= request.minimumConfidence && isWhole(quad, maps, isCut)) {
+            confidence(quad, maps) >= request.minimumConfidence && isWhole(quad, maps, isCut) &&
+            standsAlone(quad, maps, isCut)) {
             take(quad, isCut);
         }
     }

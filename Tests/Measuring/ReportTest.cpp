@@ -31,10 +31,10 @@ TEST(Proportion, hasAnExactInterval) {
 LookResult result(Look::Purpose purpose, const std::string& attack, bool opened,
                   LivenessDecision decision) {
     LookResult look;
-    look.purpose = purpose;
-    look.attack = attack;
-    look.person = "ann";
-    look.name = "a, \"b\"";
+    look.label.purpose = purpose;
+    look.label.attack = attack;
+    look.label.person = "ann";
+    look.label.name = "a, \"b\"";
     look.isOpened = opened;
     look.decision = decision;
     if (opened) look.timeToOpen = TimeInterval(0.5);
@@ -54,15 +54,16 @@ TEST(Report, countsByKind) {
     for (const char* expected :
          {"phone                       1 of 2       50.0 %   1.3 % to 98.7 %",
           "phone                    confirmed 1 denied:moire 1",
-          "refused                     1 of 2  ", "    waiting 1",
+          "refused                     1 of 2  ", "    waiting 1: a, \"b\"",
+          "opened within 2 s           1 of 2  ",
           "opened after the first face in 0.50 s (median)", "false match                 2 of 4  ",
           "false non-match             1 of 2  "}) {
         EXPECT_NE(text.str().find(expected), std::string::npos) << expected << "\n" << text.str();
     }
     std::ostringstream csv;
-    writeCsv(csv, results);
+    writeCsv(csv, std::vector{TrialResults{.trial = {.name = "standard"}, .results = results}});
     EXPECT_NE(
-        csv.str().find("\nattack,phone,ann,\"a, \"\"b\"\"\",0,0,denied:moire,0,,,,,,,,,0.9,0.6\n"),
+        csv.str().find("\nstandard,attack,phone,ann,\"a, \"\"b\"\"\",0,0,denied:moire,0,,,,,,,,,0.9,0.6\n"),
         std::string::npos)
         << csv.str();
 }

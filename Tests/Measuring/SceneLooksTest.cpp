@@ -18,11 +18,11 @@ TEST(SceneLooks, labelsEveryTakeAndFilmsIt) {
     std::set<std::string> names;
     std::set<std::string> people;
     for (const Look& look : looks) {
-        EXPECT_EQ(look.purpose == Look::Purpose::genuine, look.name.starts_with("live-still"));
-        EXPECT_EQ(look.attack, look.name.starts_with("live") ? "" : "phone");
+        EXPECT_EQ(look.label.purpose == Look::Purpose::genuine, look.label.name.starts_with("live-still"));
+        EXPECT_EQ(look.label.attack, look.label.name.starts_with("live") ? "" : "phone");
         EXPECT_EQ(look.pictureCount, 15U);
-        names.insert(look.name);
-        people.insert(look.person);
+        names.insert(look.label.name);
+        people.insert(look.label.person);
     }
     EXPECT_TRUE(names.contains("live-still 4") && names.contains("phone-dark-replay 5"));
     EXPECT_EQ(names.size(), looks.size());

@@ -103,6 +103,20 @@ TEST(RectangleFinder, leavesOutWhatIsNoDevice) {
     const Shape window{{200, 60}, {440, 60}, {440, 400}, {200, 400}};
     EXPECT_TRUE(findRectangles(scene(window, oval({320, 470}, 200, 160)), request)->empty())
         << "somebody in front of a window";
+    // The shoulders seem to be its lower edge; its own sides end above them.
+    const Shape picture{{220, 60}, {420, 60}, {420, 300}, {220, 300}};
+    const Shape body{{280, 140}, {360, 140}, {360, 350}, {520, 360}, {520, 480}, {120, 480},
+                     {120, 360}, {280, 350}};
+    EXPECT_TRUE(findRectangles(scene(picture, body), request)->empty())
+        << "somebody in front of a picture";
+}
+
+TEST(RectangleFinder, prefersWhatItSeesAllRound) {
+    const Shape tablet{{220, 100}, {420, 100}, {420, 400}, {220, 400}};
+    const Shape door{{120, 30}, {520, 30}, {520, 500}, {120, 500}};
+    const auto found = findRectangles(scene(door, tablet), request);
+    ASSERT_EQ(found->size(), 1U);
+    EXPECT_NEAR(found->at(0).y, 100, 8);
 }
 
 }  // namespace

@@ -28,5 +28,27 @@ TEST(DeviceBezelDetector, takesTheLargestRectangle) {
     EXPECT_EQ(devicebezeldetector::detect(image, face, vision).error(), "busy");
 }
 
+TEST(DeviceBezelDetector, holdsTheWholeHeadAndIsNoFurniture) {
+    const Rect face{100, 100, 80, 100};
+    const Rect head = devicebezeldetector::head(face);
+    EXPECT_EQ(head, (Rect{92, 70, 96, 130}));
+    EXPECT_LT(devicebezeldetector::overlapFraction(head, {60, 85, 160, 200}), 0.9)
+        << "a curtain rod across the hair";
+    EXPECT_EQ(devicebezeldetector::overlapFraction(head, {60, 60, 160, 200}), 1);
+
+    const Size picture{640, 360};
+    struct Case {
+        const char* what;
+        Rect rectangle;
+        bool isHeldUp;
+    };
+    for (const Case& c : {Case{"a tablet", {50, 50, 200, 250}, true},
+                          Case{"a window", {0, 20, 330, 250}, false},
+                          Case{"a phone that reaches below", {80, 40, 130, 320}, true},
+                          Case{"a door", {60, 40, 160, 320}, false}}) {
+        EXPECT_EQ(devicebezeldetector::isHeldUp(c.rectangle, face, picture), c.isHeldUp) << c.what;
+    }
+}
+
 }  // namespace
 }  // namespace marrowby
