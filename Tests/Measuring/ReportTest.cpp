@@ -61,7 +61,8 @@ TEST(Report, countsByKind) {
         EXPECT_NE(text.str().find(expected), std::string::npos) << expected << "\n" << text.str();
     }
     std::ostringstream csv;
-    writeCsv(csv, std::vector{TrialResults{.trial = {.name = "standard"}, .results = results}});
+    writeCsv(csv, std::vector{TrialResults{.trial = trials(LivenessMode::standard, std::nullopt).front(),
+                                      .results = results}});
     EXPECT_NE(
         csv.str().find("\nstandard,attack,phone,ann,\"a, \"\"b\"\"\",0,0,denied:moire,0,,,,,,,,,0.9,0.6\n"),
         std::string::npos)
@@ -87,12 +88,12 @@ TEST(LookFolders, readLabelsFromPaths) {
     ASSERT_TRUE(looks);
     ASSERT_EQ(looks->size(), 3U);
     const auto& [attack, enrolment, genuine] = std::tie(looks->at(0), looks->at(1), looks->at(2));
-    EXPECT_EQ(attack.purpose, Look::Purpose::attack);
-    EXPECT_EQ(attack.attack + " " + attack.person, "phone ann");
+    EXPECT_EQ(attack.label.purpose, Look::Purpose::attack);
+    EXPECT_EQ(attack.label.attack + " " + attack.label.person, "phone ann");
     EXPECT_EQ(attack.framesPerSecond, 15);
     EXPECT_EQ(attack.pictureCount, 2U);
-    EXPECT_EQ(enrolment.purpose, Look::Purpose::enrolment);
-    EXPECT_EQ(genuine.person, "bob");
+    EXPECT_EQ(enrolment.label.purpose, Look::Purpose::enrolment);
+    EXPECT_EQ(genuine.label.person, "bob");
     EXPECT_EQ(genuine.framesPerSecond, 25);
     EXPECT_FALSE(genuine.picture(0));
     put("stray/0000.jpg", "");
