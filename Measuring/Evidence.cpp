@@ -70,7 +70,8 @@ DetectedFace detectedFace(const json& j) {
     if (!j.contains("landmarks")) return face;
     face.landmarks.emplace();
     for (const json& region : j.at("landmarks")) {
-        auto& points = face.landmarks->regions[static_cast<LandmarkRegion>(region.at(0).get<int>())];
+        auto& points =
+            face.landmarks->regions[static_cast<LandmarkRegion>(region.at(0).get<int>())];
         const json& numbers = region.at(1);
         for (std::size_t i = 0; i + 1 < numbers.size(); i += 2) {
             points.push_back(
@@ -134,12 +135,9 @@ FrameEvidence frameEvidence(const json& j) {
 std::expected<void, std::string> writeEvidence(const std::filesystem::path& file,
                                                const LookEvidence& evidence) {
     const Look::Label& label = evidence.label;
-    json j{{"version", version},
-           {"purpose", static_cast<int>(label.purpose)},
-           {"attack", label.attack},
-           {"person", label.person},
-           {"name", label.name},
-           {"turns", label.turnsWhenAsked}};
+    json j{{"version", version},     {"purpose", static_cast<int>(label.purpose)},
+           {"attack", label.attack}, {"person", label.person},
+           {"name", label.name},     {"turns", label.turnsWhenAsked}};
     json& frames = j["frames"] = json::array();
     for (const FrameEvidence& frame : evidence.frames)
         frames.push_back(packed(frame));
@@ -164,13 +162,13 @@ std::expected<LookEvidence, std::string> readEvidence(const std::filesystem::pat
     try {
         const json j = json::from_cbor(bytes);
         if (j.at("version") == version) {
-            LookEvidence evidence{.label = {.purpose = static_cast<Look::Purpose>(
-                                                j.at("purpose").get<int>()),
-                                            .attack = j.at("attack"),
-                                            .person = j.at("person"),
-                                            .name = j.at("name"),
-                                            .turnsWhenAsked = j.at("turns")},
-                                  .frames = {}};
+            LookEvidence evidence{
+                .label = {.purpose = static_cast<Look::Purpose>(j.at("purpose").get<int>()),
+                          .attack = j.at("attack"),
+                          .person = j.at("person"),
+                          .name = j.at("name"),
+                          .turnsWhenAsked = j.at("turns")},
+                .frames = {}};
             for (const json& frame : j.at("frames"))
                 evidence.frames.push_back(frameEvidence(frame));
             return evidence;

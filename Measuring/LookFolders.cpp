@@ -36,7 +36,8 @@ std::optional<Look> labelled(const fs::path& relative) {
         look.label.attack = parts[1];
         look.label.person = parts[2];
     } else if (is("genuine", 2) || is("enrol", 2)) {
-        look.label.purpose = parts[0] == "enrol" ? Look::Purpose::enrolment : Look::Purpose::genuine;
+        look.label.purpose =
+            parts[0] == "enrol" ? Look::Purpose::enrolment : Look::Purpose::genuine;
         look.label.person = parts[1];
     } else {
         return std::nullopt;

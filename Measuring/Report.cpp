@@ -178,9 +178,10 @@ namespace {
 
 void writeCsv(std::ostream& out, const Trial& trial, std::span<const LookResult> results) {
     for (const LookResult& result : results) {
-        out << trial.name << ',' << name(result.label.purpose) << ',' << field(result.label.attack) << ',' << field(result.label.person)
-            << ',' << field(result.label.name) << ',' << result.frames << ',' << result.framesWithFace
-            << ',' << decisionText(result.decision) << ',' << (result.isOpened ? 1 : 0) << ',';
+        out << trial.name << ',' << name(result.label.purpose) << ',' << field(result.label.attack)
+            << ',' << field(result.label.person) << ',' << field(result.label.name) << ','
+            << result.frames << ',' << result.framesWithFace << ',' << decisionText(result.decision)
+            << ',' << (result.isOpened ? 1 : 0) << ',';
         if (result.timeToOpen) out << result.timeToOpen->count();
         out << ',';
         if (result.live) out << *result.live;

@@ -55,7 +55,8 @@ void TrialRun::take(const FrameEvidence& frame) {
             level = std::max(level, state.reading.level);
         }
     }
-    if (isMatch && !step.fault && std::holds_alternative<LivenessDecision::Confirmed>(result_.decision)) {
+    if (isMatch && !step.fault &&
+        std::holds_alternative<LivenessDecision::Confirmed>(result_.decision)) {
         result_.isOpened = true;
         result_.timeToOpen = frame.at - *firstFace_;
     }

@@ -222,8 +222,7 @@ std::expected<void, std::string> recordAll(const std::vector<Look>& looks, std::
             Pack& pack = packs[i];
             if (pack.kept.empty()) {
                 pack.evidence.push_back(std::move((*recorded)[i]));
-            } else if (auto written = writeEvidence(pack.file(look), (*recorded)[i]);
-                       !written) {
+            } else if (auto written = writeEvidence(pack.file(look), (*recorded)[i]); !written) {
                 return std::unexpected(written.error());
             }
         }

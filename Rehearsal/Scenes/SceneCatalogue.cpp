@@ -191,12 +191,10 @@ std::vector<Scene> difficult(const Take& take) {
                           .hasDesk = hasDesk,
                           .beginning = beginning});
     };
-    const auto anyBackdrop = [&] {
-        return static_cast<Backdrop>(1 + chance.next() % 7);
-    };
-    for (const Backdrop backdrop : {Backdrop::curtain, Backdrop::window, Backdrop::door,
-                                    Backdrop::shelf, Backdrop::picture, Backdrop::monitor,
-                                    Backdrop::desk}) {
+    const auto anyBackdrop = [&] { return static_cast<Backdrop>(1 + chance.next() % 7); };
+    for (const Backdrop backdrop :
+         {Backdrop::curtain, Backdrop::window, Backdrop::door, Backdrop::shelf, Backdrop::picture,
+          Backdrop::monitor, Backdrop::desk}) {
         const std::string what(name(backdrop));
         around(backdrop, "live-before-" + what, "straight edges behind the head: " + what,
                take.living(static_cast<float>(chance.between(0.45, 0.75))));
@@ -214,11 +212,11 @@ std::vector<Scene> difficult(const Take& take) {
                   take.seed));
     const float side = chance.between(0, 1) < 0.5 ? -1.0F : 1.0F;
     const auto beside = static_cast<float>(chance.between(0.28, 0.34));
-    scenes.push_back({.name = "live-edge",
-                      .tells = "a face that reaches over the picture's edge",
-                      .light = LightKind::normal,
-                      .actors = {{take.person,
-                                  acting(Movement(at(side * beside, 0.02F, 0.5F))
+    scenes.push_back(
+        {.name = "live-edge",
+         .tells = "a face that reaches over the picture's edge",
+         .light = LightKind::normal,
+         .actors = {{take.person, acting(Movement(at(side * beside, 0.02F, 0.5F))
                                              .sway(at(0.006F, 0, 0.01F, 0.12F), TimeInterval(3)),
                                          take.seed)}}});
     // Turns the head when asked, which is with the camera's first picture.

@@ -214,8 +214,7 @@ SceneFilm::SceneFilm(Scene scene, Cast& cast, const Optics& optics)
 SceneFilm::Frame SceneFilm::shoot(const Moment& moment) {
     const auto camera = PinholeCamera::webcam(moment.width, moment.height);
     if (!room_ || room_->width != moment.width || room_->height != moment.height) {
-        room_ = drawRoom(moment.width, moment.height, camera, light_, scene_.seed,
-                         scene_.backdrop);
+        room_ = drawRoom(moment.width, moment.height, camera, light_, scene_.seed, scene_.backdrop);
     }
     const bool isFirst = runs_ == 0 || moment.running <= TimeInterval(0);
     if (isFirst) exposure_.begin(scene_.seed + runs_++);
@@ -312,8 +311,7 @@ SceneFilm::Picture SceneFilm::photograph(const Prop& prop, TimeInterval at) {
     // Taken elsewhere, in good light.
     const SceneLight good = light(LightKind::normal);
     if (!photoRoom_ || photoRoom_->width != width) {
-        photoRoom_ = drawRoom(width, height, camera, good, prop.person + 17,
-                              Backdrop::furniture);
+        photoRoom_ = drawRoom(width, height, camera, good, prop.person + 17, Backdrop::furniture);
     }
     LinearImage image = *photoRoom_;
     const Stance stance = prop.plays(at);

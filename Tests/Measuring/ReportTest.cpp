@@ -55,16 +55,17 @@ TEST(Report, countsByKind) {
          {"phone                       1 of 2       50.0 %   1.3 % to 98.7 %",
           "phone                    confirmed 1 denied:moire 1",
           "refused                     1 of 2  ", "    waiting 1: a, \"b\"",
-          "opened within 2 s           1 of 2  ",
-          "opened after the first face in 0.50 s (median)", "false match                 2 of 4  ",
-          "false non-match             1 of 2  "}) {
+          "opened within 2 s           1 of 2  ", "opened after the first face in 0.50 s (median)",
+          "false match                 2 of 4  ", "false non-match             1 of 2  "}) {
         EXPECT_NE(text.str().find(expected), std::string::npos) << expected << "\n" << text.str();
     }
     std::ostringstream csv;
-    writeCsv(csv, std::vector{TrialResults{.trial = trials(LivenessMode::standard, std::nullopt).front(),
+    writeCsv(csv,
+             std::vector{TrialResults{.trial = trials(LivenessMode::standard, std::nullopt).front(),
                                       .results = results}});
     EXPECT_NE(
-        csv.str().find("\nstandard,attack,phone,ann,\"a, \"\"b\"\"\",0,0,denied:moire,0,,,,,,,,,0.9,0.6\n"),
+        csv.str().find(
+            "\nstandard,attack,phone,ann,\"a, \"\"b\"\"\",0,0,denied:moire,0,,,,,,,,,0.9,0.6\n"),
         std::string::npos)
         << csv.str();
 }

@@ -18,7 +18,8 @@ TEST(SceneLooks, labelsEveryTakeAndFilmsIt) {
     std::set<std::string> names;
     std::set<std::string> people;
     for (const Look& look : looks) {
-        EXPECT_EQ(look.label.purpose == Look::Purpose::genuine, look.label.name.starts_with("live-still"));
+        EXPECT_EQ(look.label.purpose == Look::Purpose::genuine,
+                  look.label.name.starts_with("live-still"));
         EXPECT_EQ(look.label.attack, look.label.name.starts_with("live") ? "" : "phone");
         EXPECT_EQ(look.pictureCount, 15U);
         names.insert(look.label.name);

@@ -150,8 +150,8 @@ FaceScan::Findings FaceScan::measure(const CameraFrame& frame, const DetectedFac
         measured.glare = cues.glare;
         measured.moire = cues.moire;
     }
-    const auto sought = devicebezeldetector::detect(frame.image, devicebezeldetector::head(box),
-                                                    services.vision);
+    const auto sought =
+        devicebezeldetector::detect(frame.image, devicebezeldetector::head(box), services.vision);
     if (!sought) {
         findings.fault = sought.error();
         return findings;

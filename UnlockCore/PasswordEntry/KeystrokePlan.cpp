@@ -33,8 +33,7 @@ void addCommandShortcut(Actions& actions, std::uint32_t code) {
 }
 
 /// A key that types nothing, for what swallows the first one.
-void addWaking(Actions& actions, std::uint32_t code, TimeInterval pause,
-               TimeInterval wake) {
+void addWaking(Actions& actions, std::uint32_t code, TimeInterval pause, TimeInterval wake) {
     addTap(actions, code, 0, pause);
     actions.emplace_back(KeystrokeAction::Pause{wake});
     actions.emplace_back(KeystrokeAction::LockCheck{});

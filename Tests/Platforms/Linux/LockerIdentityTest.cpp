@@ -99,11 +99,11 @@ TEST(LockerIdentity, typesIntoKnownLockersThatHoldTheKeyboardAndCoverTheScreen) 
 }
 
 TEST(LockerIdentity, takesTheOwnersWordForALockerButForNoInterpreterAndNoFileOfTheUsers) {
-    const std::vector<std::string> vouched{"/opt/lock/mylock", "/usr/bin/perl", "/home/a/lock"};
+    const std::vector<std::string> vouched{"/opt/lock/mylock", "/usr/bin/perl", "/srv/a/lock"};
     EXPECT_TRUE(lockeridentity::judge(lockedBy(program("/opt/lock/mylock")), vouched));
     EXPECT_FALSE(lockeridentity::judge(lockedBy(program("/opt/lock/other")), vouched));
     EXPECT_FALSE(lockeridentity::judge(lockedBy(program("/usr/bin/perl")), vouched));
-    ClientProgram users = program("/home/a/lock");
+    ClientProgram users = program("/srv/a/lock");
     users.isRootsAlone = false;
     EXPECT_FALSE(lockeridentity::judge(lockedBy(users), vouched));
 }

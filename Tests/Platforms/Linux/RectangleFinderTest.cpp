@@ -105,8 +105,8 @@ TEST(RectangleFinder, leavesOutWhatIsNoDevice) {
         << "somebody in front of a window";
     // The shoulders seem to be its lower edge; its own sides end above them.
     const Shape picture{{220, 60}, {420, 60}, {420, 300}, {220, 300}};
-    const Shape body{{280, 140}, {360, 140}, {360, 350}, {520, 360}, {520, 480}, {120, 480},
-                     {120, 360}, {280, 350}};
+    const Shape body{{280, 140}, {360, 140}, {360, 350}, {520, 360},
+                     {520, 480}, {120, 480}, {120, 360}, {280, 350}};
     EXPECT_TRUE(findRectangles(scene(picture, body), request)->empty())
         << "somebody in front of a picture";
 }

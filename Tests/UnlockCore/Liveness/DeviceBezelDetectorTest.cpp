@@ -42,10 +42,10 @@ TEST(DeviceBezelDetector, holdsTheWholeHeadAndIsNoFurniture) {
         Rect rectangle;
         bool isHeldUp;
     };
-    for (const Case& c : {Case{"a tablet", {50, 50, 200, 250}, true},
-                          Case{"a window", {0, 20, 330, 250}, false},
-                          Case{"a phone that reaches below", {80, 40, 130, 320}, true},
-                          Case{"a door", {60, 40, 160, 320}, false}}) {
+    for (const Case& c :
+         {Case{"a tablet", {50, 50, 200, 250}, true}, Case{"a window", {0, 20, 330, 250}, false},
+          Case{"a phone that reaches below", {80, 40, 130, 320}, true},
+          Case{"a door", {60, 40, 160, 320}, false}}) {
         EXPECT_EQ(devicebezeldetector::isHeldUp(c.rectangle, face, picture), c.isHeldUp) << c.what;
     }
 }
