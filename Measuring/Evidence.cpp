@@ -15,7 +15,7 @@ namespace {
 using nlohmann::json;
 
 /// Of the layout below: evidence of another one is not read.
-constexpr int version = 1;
+constexpr int version = 2;
 
 json packed(const Rect& r) {
     return {r.x, r.y, r.width, r.height};
@@ -83,7 +83,7 @@ DetectedFace detectedFace(const json& j) {
 
 json packed(const FrameEvidence& frame) {
     json j{{"at", frame.at.count()}};
-    const auto& [liveness, fault, recognition] = frame.findings;
+    const auto& [liveness, fault, recognition, rectangle] = frame.findings;
     if (fault) j["fault"] = *fault;
     if (!recognition) {
         j["error"] = description(recognition.error());
@@ -91,7 +91,9 @@ json packed(const FrameEvidence& frame) {
     }
     j["face"] = packed(recognition->face);
     j["embedding"] = recognition->embedding;
-    j["device"] = packed(liveness.deviceOverlapFraction);
+    if (rectangle) {
+        j["rectangle"] = {packed(rectangle->rectangle), packed(rectangle->faceOverlapFraction)};
+    }
     if (const auto& glare = liveness.glare) {
         j["glare"] = {glare->cropPixelWidth, glare->specularFraction, glare->specularClusterRatio};
     }
@@ -117,7 +119,11 @@ FrameEvidence frameEvidence(const json& j) {
                          .alignedImage = noPicture(),
                          .face = detectedFace(j.at("face"))};
     LivenessFrame liveness = livenessFrame(seen.face, Date(at));
-    liveness.deviceOverlapFraction = optional<double>(j.at("device"));
+    std::optional<devicebezeldetector::Observation> rectangle;
+    if (j.contains("rectangle")) {
+        const json& r = j.at("rectangle");
+        rectangle = {.rectangle = rect(r.at(0)), .faceOverlapFraction = optional<double>(r.at(1))};
+    }
     if (j.contains("glare")) {
         const json& g = j.at("glare");
         liveness.glare = GlareSample{g.at(0), g.at(1), g.at(2)};
@@ -127,7 +133,8 @@ FrameEvidence frameEvidence(const json& j) {
         const json& l = j.at("live");
         liveness.antiSpoof = AntiSpoofScore{l.at(0), l.at(1), l.at(2)};
     }
-    return {.at = at, .findings = {std::move(liveness), std::move(fault), std::move(seen)}};
+    return {.at = at,
+            .findings = {std::move(liveness), std::move(fault), std::move(seen), rectangle}};
 }
 
 }  // namespace

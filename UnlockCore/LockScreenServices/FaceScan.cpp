@@ -87,9 +87,15 @@ const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const Services& s
 const FaceScan::Step& FaceScan::judge(Findings findings, Date at, TimeInterval duration) {
     // Of a frame that has just been taken, known already.
     pace_.note(at);
-    auto& [measured, fault, recognition] = findings;
+    auto& [measured, fault, recognition, rectangle] = findings;
     if (recognition) {
         follow(*recognition, at);
+        if (rectangle) {
+            sightings_.push_back({rectangle->rectangle, recognition->face.boundingBox});
+            if (devicebezeldetector::isHeldUp(sightings_, recognition->face.imageSize)) {
+                measured.deviceOverlapFraction = rectangle->faceOverlapFraction;
+            }
+        }
         if (measured.antiSpoof) lastScoredAt_ = at;
         analyzer_.retune(livenessTuning(mode_, pace_.framesPerSecond()));
         analyzer_.ingest(measured, subject_);
@@ -156,10 +162,7 @@ FaceScan::Findings FaceScan::measure(const CameraFrame& frame, const DetectedFac
         findings.fault = sought.error();
         return findings;
     }
-    if (const auto& device = *sought;
-        device && devicebezeldetector::isHeldUp(device->rectangle, box, face.imageSize)) {
-        measured.deviceOverlapFraction = device->faceOverlapFraction;
-    }
+    findings.rectangle = *sought;
     if (lastScoredAt_ && pace_.isBurst(*lastScoredAt_, frame.timestamp)) return findings;
     if (const auto pixels = RGBPixels::view(frame.image)) {
         if (const auto score = services.antiSpoof.score(*pixels, box)) {
@@ -186,6 +189,7 @@ void FaceScan::follow(const FaceRecognition& recognition, Date at) {
     if (!isFollowed(recognition, at)) {
         subjectCount_ = incremented(subjectCount_);
         subject_ = numbered(subjectCount_);
+        sightings_.clear();
     }
     followed_ = Followed{recognition.face.boundingBox, recognition.embedding, at};
 }

@@ -3,6 +3,7 @@
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Foundation/UUID.h"
 #include "UnlockCore/Liveness/AntiSpoofScoring.h"
+#include "UnlockCore/Liveness/DeviceBezelDetector.h"
 #include "UnlockCore/Liveness/FramePace.h"
 #include "UnlockCore/Liveness/LivenessAnalyzer.h"
 #include "UnlockCore/Liveness/LivenessFrame.h"
@@ -24,6 +25,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace marrowby {
 
@@ -62,6 +64,8 @@ class FaceScan {
         std::optional<std::string> fault;
         std::expected<FaceRecognition, FaceRecognitionError> recognition =
             std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{});
+        /// Whether it is a device that is held up, only several frames tell.
+        std::optional<devicebezeldetector::Observation> rectangle = std::nullopt;
     };
 
     /// With the lock screen's tuning and cues.
@@ -104,6 +108,8 @@ class FaceScan {
     std::optional<Taken> lastFrame_;
     std::optional<Date> lastScoredAt_;
     std::optional<Followed> followed_;
+    /// Of the followed face, in all its frames that showed a rectangle.
+    std::vector<devicebezeldetector::Sighting> sightings_;
     /// Names the followed face: the number of faces that this look has followed.
     UUID subject_;
     std::uint32_t subjectCount_ = 0;
