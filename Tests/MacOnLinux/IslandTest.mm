@@ -1,0 +1,70 @@
+// The island above the lock screen, on panels of AppKit and a window server that stands in for the
+// Mac's.
+
+#include "Kit/LockScreen.h"
+#include "Platforms/macOS/AppKitWindowServer.h"
+#include "Tests/Fakes/FakeLoginSession.h"
+#include "Tests/Fakes/FakeMainThread.h"
+#include "Tests/MacOnLinux/SkyLight.h"
+#import "Tests/Unlock/macOS/Seat.h"
+#include "Unlock/LockScreenOverlayController.h"
+
+#include <string>
+#include <utility>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using testing::ElementsAre;
+
+NSWindow* panel() {
+    @autoreleasepool {
+        for (NSWindow* window in NSApp.windows)
+            if ([window isKindOfClass:NSPanel.class] && window.isVisible) return window;
+        return nil;
+    }
+}
+
+TEST(MacIsland, liesInASpaceAboveTheLockScreenAndShowsEveryPhase) {
+    const Seat seat;
+    skyLightCalls().clear();
+    FakeMainThread mainThread;
+    FakeLoginSession session;
+    AppKitWindowServer server;
+    LockScreen lockScreen(server, session);
+    LockScreenOverlayController island(
+        {.lockScreen = lockScreen, .mainThread = mainThread, .clock = mainThread});
+    session.setLocked(true);
+
+    const std::pair<const char*, OverlayPhase> phases[] = {
+        {"island-closed", OverlayPhase::Closed{}},
+        {"island-scanning", OverlayPhase::Scanning{}},
+        {"island-prompt", OverlayPhase::Prompt{}},
+        {"island-success", OverlayPhase::Success{}},
+        {"island-failure", OverlayPhase::Failure{UnlockFailure::NotRecognised{}}}};
+    for (const auto& [name, phase] : phases) {
+        island.show(phase);
+        mainThread.advance(TimeInterval(1));
+        Seat::settle();
+        ASSERT_TRUE(panel()) << name;
+        Seat::takePicture(panel(), name);
+    }
+    EXPECT_THAT(skyLightCalls(),
+                ElementsAre("create 1 0", "level 9 400", "show [9]",
+                            "add 9 [" + std::to_string(panel().windowNumber) + "] 7"));
+
+    LockScreenWindow second(lockScreen, nullptr, {.width = 10, .height = 10});
+    EXPECT_TRUE(second.show({.width = 20, .height = 20}, false));
+    EXPECT_EQ(skyLightCalls().size(), 5U) << "one space for all";
+    second.hide();
+    island.show(OverlayPhase::Leaving{});
+    mainThread.advance(TimeInterval(1));
+    Seat::settle();
+    EXPECT_FALSE(panel());
+}
+
+}  // namespace
+}  // namespace marrowby

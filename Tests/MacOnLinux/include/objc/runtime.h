@@ -1,0 +1,23 @@
+// GCC's own, as far as it is used: its inline functions are not for clang.
+#pragma once
+#include <objc/objc.h>
+#include <stddef.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+typedef struct objc_method* Method;
+typedef struct objc_ivar* Ivar;
+
+Class objc_getClass(const char* name);
+const char* class_getName(Class type);
+size_t class_getInstanceSize(Class type);
+SEL sel_registerName(const char* name);
+
+// Every association is strong here.
+enum { OBJC_ASSOCIATION_RETAIN_NONATOMIC = 1 };
+id objc_getAssociatedObject(id object, const void* key);
+void objc_setAssociatedObject(id object, const void* key, id value, unsigned long policy);
+#ifdef __cplusplus
+}
+#endif
