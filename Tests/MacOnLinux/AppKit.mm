@@ -251,6 +251,15 @@ static const char helpKey = 0;
 - (void)setAccessibilityHelp:(NSString*)help {
     setValueOf(self, &helpKey, help);
 }
+- (NSBitmapImageRep*)bitmapImageRepForCachingDisplayInRect:(NSRect)rect {
+    [self lockFocus];
+    NSBitmapImageRep* const picture = [[NSBitmapImageRep alloc] initWithFocusedViewRect:rect];
+    [self unlockFocus];
+    return picture;
+}
+- (void)cacheDisplayInRect:(NSRect)__unused rect
+          toBitmapImageRep:(NSBitmapImageRep*)__unused picture {
+}
 - (BOOL)translatesAutoresizingMaskIntoConstraints {
     return NO;
 }

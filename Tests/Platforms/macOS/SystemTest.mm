@@ -21,6 +21,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #import <AppKit/AppKit.h>
@@ -152,6 +153,20 @@ TEST(AppKitWindowServer, makesThePanelAsAskedAndFindsTheSpaces) {
     const auto spaces = server.loadSkyLight();
     ASSERT_TRUE(spaces) << "The island will not be above the lock screen.";
     EXPECT_NE(spaces->mainConnectionID(), 0U);
+}
+
+TEST(AppKitWindowServer, movesAHiddenPanelIntoASpaceAndOutOfIt) {
+    [NSApplication sharedApplication];
+    AppKitWindowServer server;
+    auto functions = server.loadSkyLight();
+    if (!functions) GTEST_SKIP() << "This system has no spaces of its own.";
+    const auto panel =
+        server.makePanel(LockScreenWindow::configuration(0), {.width = 20, .height = 20}, nullptr);
+    ASSERT_TRUE(panel);
+    LockScreenSpace space(std::move(functions));
+    space.add(*panel);
+    space.remove(*panel);
+    EXPECT_FALSE([NSApp windowWithWindowNumber:panel->windowNumber()].isVisible);
 }
 
 TEST(PosixFileSystem, flushesFilesAndFoldersToTheDevice) {

@@ -149,10 +149,8 @@ void Seat::takePicture(NSWindow* window, const std::string& name) {
     @autoreleasepool {
         [window display];
         NSView* const view = window.contentView;
-        [view lockFocus];
-        NSBitmapImageRep* const picture =
-            [[NSBitmapImageRep alloc] initWithFocusedViewRect:view.bounds];
-        [view unlockFocus];
+        NSBitmapImageRep* const picture = [view bitmapImageRepForCachingDisplayInRect:view.bounds];
+        [view cacheDisplayInRect:view.bounds toBitmapImageRep:picture];
         NSData* const bytes = [picture representationUsingType:NSBitmapImageFileTypePNG
                                                     properties:@{}];
         const std::filesystem::path path = std::filesystem::path(folder) / (name + ".png");
