@@ -28,8 +28,10 @@
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Unlock/Linux/MissingModelsPresenter.h"
 #include "Unlock/Linux/QtApplicationWindows.h"
+#include "Unlock/SelfCheck.h"
 #include "Unlock/UnlockApplication.h"
 #include "UnlockCore/LockWatching/WindowServerLockState.h"
+#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -48,6 +50,7 @@ namespace {
 
 constexpr const char* programName = "marrowby-unlock";
 constexpr const char* applicationIdentifier = "app.quenby.unlock";
+constexpr const char* selfCheckFlag = "--self-check";
 
 using Path = std::filesystem::path;
 
@@ -118,6 +121,33 @@ class World {
         log_.write(started.error());
         missing_.say(started.error());
         if (!launch_.isAtLogin) reopen();
+    }
+
+    /// Says what an unlock would find here, and ends with its exit status.
+    [[nodiscard]] int selfCheck() {
+        session_.start();
+        SelfCheck check(
+            {.mainThread = mainThread_,
+             .clock = clock_,
+             .queues = queues_,
+             .loginSession = session_.loginSession(),
+             .keyboards = session_.keyboards(),
+             .keyEvents = *keyEvents_,
+             .camera = lookCamera_,
+             .imaging = imaging_,
+             .models = models_,
+             .pack = surroundings_.models(places_.modelFolders()),
+             .keychain = keychain_,
+             .cipher = cipher_,
+             .ownerAuthentication = *owner_,
+             .windowServer = windowServer_,
+             .keychainService = LoginKeychainKeyStore::vaultService(applicationIdentifier)},
+            [](const std::string& line) { std::cout << line << std::endl; },
+            [](bool isAllThere) {
+                QCoreApplication::exit(isAllThere ? EXIT_SUCCESS : EXIT_FAILURE);
+            });
+        mainThread_.post([&check] { check.start(); });
+        return QCoreApplication::exec();
     }
 
     void reopen() {
@@ -267,6 +297,12 @@ int UnlockProgram::run(int argumentCount, char** arguments, UnlockSurroundings& 
     Places places{.folders = *folders,
                   .userName = account->name,
                   .program = QApplication::applicationFilePath().toStdString()};
+    const auto all = QApplication::arguments();
+    if (all.contains(QLatin1String(selfCheckFlag))) {
+        World world(std::move(places), surroundings, log);
+        signals.start(&World::end, &World::end);
+        return world.selfCheck();
+    }
     SingleInstance instance({.lockFile = places.lockFile(), .sessionBus = busaddress::session()});
     switch (instance.claim()) {
         case SingleInstance::Claim::handedOver:
@@ -279,7 +315,6 @@ int UnlockProgram::run(int argumentCount, char** arguments, UnlockSurroundings& 
 
     World world(std::move(places), surroundings, log);
     const auto reopen = [&world] { world.reopen(); };
-    const auto all = QApplication::arguments();
     world.launch(all.contains(QLatin1String(LinuxSystemSettings::atLoginFlag)));
     signals.start(&World::end, reopen);
     instance.serve(reopen);

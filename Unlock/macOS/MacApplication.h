@@ -22,6 +22,7 @@
 #include "Platforms/macOS/UserDefaultsStore.h"
 #include "Platforms/macOS/VDspFourierTransform.h"
 #include "Platforms/macOS/VisionFaceVision.h"
+#include "Unlock/SelfCheck.h"
 #include "Unlock/UnlockApplication.h"
 #include "Unlock/macOS/AppKitApplicationWindows.h"
 
@@ -39,6 +40,7 @@ class MacApplication {
     [[nodiscard]] UnlockApplication& application() { return application_; }
     /// Forgets the key and everything under way; its services stay for what still runs.
     void willTerminate();
+    [[nodiscard]] SelfCheck::Services selfCheckServices();
     /// The user is there to see a window.
     [[nodiscard]] bool isVisible() const;
 

@@ -5,8 +5,10 @@
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockWatching/UnlockLockState.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
+#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <string>
+#include <utility>
 
 #import <AppKit/AppKit.h>
 #include <os/log.h>
@@ -62,6 +64,25 @@ MacApplication::MacApplication()
 
 void MacApplication::willTerminate() {
     application_.willTerminate();
+}
+
+SelfCheck::Services MacApplication::selfCheckServices() {
+    auto own = resources();
+    return {.mainThread = mainThread_,
+            .clock = clock_,
+            .queues = queues_,
+            .loginSession = loginSession_,
+            .keyboards = keyboards_,
+            .keyEvents = keyEvents_,
+            .camera = std::make_shared<AVFoundationCaptureSession>(),
+            .imaging = imaging_,
+            .models = models_,
+            .pack = std::move(own.models),
+            .keychain = keychain_,
+            .cipher = cipher_,
+            .ownerAuthentication = ownerAuthentication_,
+            .windowServer = windowServer_,
+            .keychainService = LoginKeychainKeyStore::vaultService(own.bundleIdentifier)};
 }
 
 bool MacApplication::isVisible() const {

@@ -7,9 +7,6 @@ namespace marrowby {
 
 namespace {
 
-/// Biometrics, watch or account password.
-constexpr std::int64_t deviceOwnerAuthentication = 2;
-
 constexpr std::int64_t userCancel = -2;
 constexpr std::int64_t systemCancel = -4;
 constexpr std::int64_t appCancel = -9;

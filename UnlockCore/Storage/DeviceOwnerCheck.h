@@ -3,7 +3,12 @@
 #include "UnlockCore/Platform/OwnerAuthentication.h"
 #include "UnlockCore/Storage/OwnerCheck.h"
 
+#include <cstdint>
+
 namespace marrowby {
+
+/// The policy: the owner’s finger, watch or password.
+inline constexpr std::int64_t deviceOwnerAuthentication = 2;
 
 /// Asks for biometrics, a paired watch or the account password, each time anew.
 class DeviceOwnerCheck final : public OwnerCheck {

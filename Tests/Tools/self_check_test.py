@@ -1,0 +1,45 @@
+"""The program's own check of its surroundings on a private desktop that has nothing: no bus, keyring or networks."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+if not shutil.which("Xvfb"):
+    print("Skipped: needs Xvfb.")
+    sys.exit(0)
+
+with tempfile.TemporaryDirectory() as home:
+    read, write = os.pipe()
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "640x480x24", "-nolisten", "tcp"],
+                              pass_fds=[write], stderr=subprocess.DEVNULL)
+    try:
+        os.close(write)
+        with os.fdopen(read) as number:
+            display = ":" + number.readline().strip()
+        nowhere = "unix:path=" + home + "/nowhere"
+        program = subprocess.Popen(
+            [sys.argv[1], "--self-check"], stdout=subprocess.PIPE, text=True, start_new_session=True,
+            env={"DISPLAY": display, "HOME": home, "XDG_RUNTIME_DIR": home, "PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8",
+                 "QT_QPA_PLATFORM": "xcb", "DBUS_SESSION_BUS_ADDRESS": nowhere, "DBUS_SYSTEM_BUS_ADDRESS": nowhere})
+        output, _ = program.communicate(timeout=240)
+        print(output, end="")
+        lines = output.splitlines()
+        for subject in ("Camera permission", "Accessibility", "Watching keys", "Session", "Networks", "Key store",
+                        "Owner’s check", "Typing", "Space above the lock screen", "Camera"):
+            found = [line for line in lines if line[4:].startswith(subject + ": ")]
+            assert len(found) == 1 and found[0].endswith("."), subject
+        assert len(lines) == 10, lines
+        assert program.returncode == 1, program.returncode
+        try:
+            os.killpg(program.pid, 0)
+            raise AssertionError("Something of it still runs.")
+        except ProcessLookupError:
+            pass
+        left = [str(path) for path in pathlib.Path(home).rglob("*") if path.is_file()]
+        assert not left, left
+    finally:
+        server.terminate()
+        server.wait()

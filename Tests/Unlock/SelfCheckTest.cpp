@@ -1,0 +1,114 @@
+#include "Tests/Fakes/FakeWindowServer.h"
+#include "Tests/Unlock/FakeComputer.h"
+#include "Unlock/SelfCheck.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::Each;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+struct SelfCheckTest : testing::Test, FakeComputer {
+    SelfCheckTest() { enrollmentCamera->answer = CaptureAuthorization::authorized; }
+
+    void run(bool hasPicture = true) {
+        check = std::make_unique<SelfCheck>(
+            SelfCheck::Services{.mainThread = mainThread,
+                                .clock = mainThread,
+                                .queues = queues,
+                                .loginSession = loginSession,
+                                .keyboards = keyboards,
+                                .keyEvents = keyEvents,
+                                .camera = enrollmentCamera,
+                                .imaging = imaging,
+                                .models = models,
+                                .pack = resources().models,
+                                .keychain = keychain,
+                                .cipher = cipher,
+                                .ownerAuthentication = owner,
+                                .windowServer = windowServer,
+                                .keychainService = "test"},
+            [this](const std::string& line) { lines.push_back(line); },
+            [this](bool isAllThere) {
+                ended.push_back(isAllThere);
+                check.reset();
+            });
+        check->start();
+        settle();
+        mainThread.advance(TimeInterval(0.42));
+        if (hasPicture) {
+            for (int i = 0; i < 2; ++i)
+                enrollmentCamera->deliver(std::make_shared<FakeSourceImage>(1280, 720));
+        }
+        settle();
+        mainThread.advance(SelfCheck::longestWait);
+        settle();
+    }
+
+    FakeWindowServer windowServer;
+    std::vector<std::string> lines;
+    std::vector<bool> ended;
+    std::unique_ptr<SelfCheck> check;
+};
+
+TEST_F(SelfCheckTest, saysOneSentenceOfEverythingAndLeavesNothing) {
+    loginSession.setDictionary(SessionDictionary{{sessionkey::onConsole, true},
+                                                 {"kCGSSessionUserIDKey", std::int64_t{501}},
+                                                 {"kCGSSessionUserNameKey", "anna"}});
+    run();
+    EXPECT_THAT(lines, Each(AllOf(EndsWith("."), Not(HasSubstr("anna")), Not(HasSubstr("501")))));
+    EXPECT_THAT(lines, Contains("ok  Camera: first picture of 1280 × 720 after 0.42 s."));
+    EXPECT_THAT(lines, Contains("ok  Key store: a key was kept, read and removed."));
+    EXPECT_THAT(lines,
+                Contains("ok  Session: kCGSSessionOnConsoleKey is true, kCGSSessionUserIDKey "
+                         "is a whole number, kCGSSessionUserNameKey is a text."));
+    EXPECT_EQ(ended.size(), 1U);
+    EXPECT_FALSE(enrollmentCamera->isRunning());
+    EXPECT_TRUE(owner.prompts.empty());
+    EXPECT_TRUE(mainThread.timers().empty());
+    EXPECT_FALSE(LoginKeychainKeyStore(keychain, "test.self-check", "self-check").hasKey());
+}
+
+TEST_F(SelfCheckTest, saysWhatIsMissingAndAsksForNothing) {
+    struct Case {
+        const char* line;
+        std::function<void()> breakIt;
+    };
+    const Case cases[] = {
+        {"NO  Camera: no picture came within 10.00 s.", [] {}},
+        {"NO  Accessibility: not granted.", [this] { keyEvents.trusted = false; }},
+        {"NO  Session: there is no session to ask about.",
+         [this] { loginSession.setDictionary(std::nullopt); }},
+        {"NO  Key store: it gave another key back.", [this] { keychain.corruptsData = true; }},
+        {"NO  Owner’s check: No finger.",
+         [this] {
+             owner.unavailable = OwnerAuthenticationError{.code = -5, .message = "No finger"};
+         }},
+        {"-   Space above the lock screen: not found, so the island lies where this system lets "
+         "it.",
+         [this] { windowServer.hasSkyLight = false; }},
+        {"NO  Camera permission: not asked for yet.",
+         [this] { enrollmentCamera->answer = CaptureAuthorization::notDetermined; }},
+    };
+    for (const Case& one : cases) {
+        lines.clear();
+        one.breakIt();
+        run(false);
+        EXPECT_THAT(lines, Contains(one.line));
+        EXPECT_THAT(lines, Each(EndsWith(".")));
+    }
+    EXPECT_THAT(ended, Each(false));
+    EXPECT_EQ(ended.size(), std::size(cases));
+    EXPECT_EQ(enrollmentCamera->answer, CaptureAuthorization::notDetermined);
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,228 @@
+#include "Unlock/SelfCheck.h"
+
+#include "UnlockCore/Liveness/MiniFASNet.h"
+#include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
+#include "UnlockCore/Recognition/SFaceEmbedder.h"
+#include "UnlockCore/Storage/DeviceOwnerCheck.h"
+#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <utility>
+#include <variant>
+
+namespace marrowby {
+
+namespace {
+
+std::string permissionName(CameraManager::Permission permission) {
+    switch (permission) {
+        case CameraManager::Permission::notDetermined:
+            return "not asked for yet.";
+        case CameraManager::Permission::granted:
+            return "granted.";
+        case CameraManager::Permission::denied:
+            return "denied.";
+        case CameraManager::Permission::restricted:
+            return "restricted on this computer.";
+    }
+    return {};
+}
+
+/// Numbers and texts may tell who sits there: only truth values are said.
+struct FactInWords {
+    std::string operator()(bool value) const { return value ? "true" : "false"; }
+    std::string operator()(std::int64_t) const { return "a whole number"; }
+    std::string operator()(double) const { return "a number"; }
+    std::string operator()(const std::string&) const { return "a text"; }
+};
+
+std::string seconds(TimeInterval interval) {
+    const auto hundredths = std::llround(interval.count() * 100);
+    const auto rest = std::to_string(hundredths % 100);
+    return std::to_string(hundredths / 100) + (rest.size() < 2 ? ".0" : ".") + rest + " s";
+}
+
+std::string pixels(const Size& size) {
+    return std::to_string(std::llround(size.width)) + " × " +
+           std::to_string(std::llround(size.height));
+}
+
+/// Other people's sentences end as they like.
+std::string sentence(std::string text) {
+    if (text.empty()) return "the system doesn’t say why.";
+    std::ranges::replace(text, '\n', ' ');
+    if (text.back() != '.') text += '.';
+    return text;
+}
+
+}  // namespace
+
+SelfCheck::SelfCheck(Services services, std::function<void(const std::string&)> onLine,
+                     std::function<void(bool)> onEnd)
+    : services_(std::move(services)),
+      onLine_(std::move(onLine)),
+      onEnd_(std::move(onEnd)),
+      camera_(services_.camera,
+              {.queues = services_.queues,
+               .mainThread = services_.mainThread,
+               .clock = services_.clock,
+               .imaging = services_.imaging,
+               .registry = cameraUse_},
+              CameraFaceScanner::workingLongEdge) {}
+
+void SelfCheck::start() {
+    checkPermissions();
+    checkSession();
+    checkModels();
+    checkKeyStore();
+    checkOwner();
+    checkTyping();
+    checkWindowSpace();
+    startCamera();
+}
+
+void SelfCheck::say(std::string_view subject, bool isGood, const std::string& what, Need need) {
+    const bool isMissing = !isGood && need == Need::needed;
+    isAllThere_ = isAllThere_ && !isMissing;
+    const std::string_view mark = isGood ? "ok  " : isMissing ? "NO  " : "-   ";
+    onLine_(std::string(mark).append(subject).append(": ").append(what));
+}
+
+void SelfCheck::checkPermissions() {
+    const auto camera = camera_.permission();
+    say("Camera permission", camera == CameraManager::Permission::granted, permissionName(camera));
+    const bool isTrusted = services_.keyEvents.isTrusted();
+    say("Accessibility", isTrusted, isTrusted ? "granted." : "not granted.");
+    const bool mayWatch = services_.keyboards.hasListenAccess();
+    say("Watching keys", mayWatch,
+        mayWatch ? "granted." : "not granted, so Space starts nothing; any activity does.",
+        Need::optional);
+}
+
+void SelfCheck::checkSession() {
+    const auto session = services_.loginSession.copyCurrentDictionary();
+    if (!session) {
+        say("Session", false, "there is no session to ask about.");
+        return;
+    }
+    std::string facts;
+    for (const auto& [key, value] : *session)
+        facts += (facts.empty() ? "" : ", ") + key + " is " + std::visit(FactInWords(), value);
+    const auto onConsole = session->find(sessionkey::onConsole);
+    say("Session",
+        onConsole != session->end() && std::holds_alternative<bool>(onConsole->second) &&
+            std::get<bool>(onConsole->second),
+        facts.empty() ? "it says nothing of itself." : facts + ".");
+}
+
+void SelfCheck::checkModels() {
+    if (!services_.pack) {
+        say("Networks", false, sentence(services_.pack.error()));
+        return;
+    }
+    const ModelPack& pack = *services_.pack;
+    const Date began = services_.clock.now();
+    const auto embedder = SFaceEmbedder::load(
+        pack.folder, {.fileName = pack.embedderFile, .modelIdentifier = pack.embedderIdentifier},
+        services_.models, services_.imaging);
+    if (!embedder) {
+        say("Networks", false, sentence(description(embedder.error())));
+        return;
+    }
+    const auto realFace =
+        MiniFASNet::load(pack.folder, services_.models, NeuralModels::ComputeUnits::all,
+                         pack.realFaceFile, pack.realFaceIdentifier);
+    if (!realFace) {
+        say("Networks", false, sentence(description(realFace.error())));
+        return;
+    }
+    say("Networks", true,
+        pack.name + ", loaded in " + seconds(services_.clock.now() - began) + ".");
+}
+
+void SelfCheck::checkKeyStore() {
+    LoginKeychainKeyStore store(services_.keychain, services_.keychainService + ".self-check",
+                                "self-check");
+    std::array<std::uint8_t, 32> key{};
+    if (!services_.cipher.random(key)) {
+        say("Key store", false, "the system has no random numbers.");
+        return;
+    }
+    const auto saved = store.saveKey(key);
+    const auto loaded = store.loadKey();
+    const bool isSame = saved && loaded && *loaded && std::ranges::equal((*loaded)->values(), key);
+    const auto deleted = store.deleteKey();
+    if (!saved) {
+        say("Key store", false, sentence(description(saved.error())));
+    } else if (!loaded) {
+        say("Key store", false, sentence(description(loaded.error())));
+    } else if (!deleted) {
+        say("Key store", false, sentence(description(deleted.error())));
+    } else {
+        say("Key store", isSame,
+            isSame ? "a key was kept, read and removed." : "it gave another key back.");
+    }
+}
+
+void SelfCheck::checkOwner() {
+    const auto context = services_.ownerAuthentication.makeContext();
+    const auto possible = context->canEvaluate(deviceOwnerAuthentication);
+    say("Owner’s check", possible.has_value(),
+        possible ? "available." : sentence(possible.error().message));
+}
+
+void SelfCheck::checkTyping() {
+    if (!services_.keyEvents.canType()) {
+        say("Typing", false, "the system takes no keys from this program.");
+        return;
+    }
+    const bool hasSource = services_.keyEvents.makeSource({}, {}) != nullptr;
+    say("Typing", hasSource, hasSource ? "allowed." : "allowed, but no keyboard could be made.");
+}
+
+void SelfCheck::checkWindowSpace() {
+    const bool isFound = services_.windowServer.loadSkyLight() != nullptr;
+    say("Space above the lock screen", isFound,
+        isFound ? "found." : "not found, so the island lies where this system lets it.",
+        Need::optional);
+}
+
+void SelfCheck::startCamera() {
+    cameraBegan_ = services_.clock.now();
+    const std::weak_ptr<const bool> weak = alive_;
+    camera_.setOnFrame([this, weak, &mainThread = services_.mainThread](const CameraFrame& frame) {
+        mainThread.post([this, weak, size = frame.sourceSize] {
+            if (weak.lock()) cameraEnds(size);
+        });
+    });
+    // Without permission the system would ask for it.
+    const bool isAllowed = camera_.permission() == CameraManager::Permission::granted;
+    const auto started = isAllowed ? camera_.start(std::nullopt)
+                                   : std::expected<void, CameraError>(
+                                         std::unexpected(CameraError(CameraError::NotAllowed{})));
+    if (started) {
+        patience_ = services_.mainThread.at(cameraBegan_ + longestWait, TimeInterval(0.5),
+                                            [this] { cameraEnds(std::nullopt); });
+        return;
+    }
+    say("Camera", false, sentence(description(started.error())));
+    onEnd_(isAllThere_);
+}
+
+void SelfCheck::cameraEnds(const std::optional<Size>& picture) {
+    if (!patience_) return;
+    // The timer may be what calls.
+    const auto patience = std::exchange(patience_, nullptr);
+    const TimeInterval took = services_.clock.now() - cameraBegan_;
+    camera_.stop();
+    say("Camera", picture.has_value(),
+        picture ? "first picture of " + pixels(*picture) + " after " + seconds(took) + "."
+                : "no picture came within " + seconds(longestWait) + ".");
+    const auto onEnd = onEnd_;
+    onEnd(isAllThere_);
+}
+
+}  // namespace marrowby
