@@ -79,6 +79,9 @@ struct LockerPace {
     /// That window can be found. xsecurelock's cannot, and the keys for it are kept until it
     /// stands.
     bool dialogIsOnScreen = true;
+    /// Keys from before that window stood never reach it: nothing can be in a field that came up
+    /// for our own key, and a shortcut would come too early for it.
+    bool forgetsEarlierKeys = false;
 };
 
 struct KnownScreenLocker {

@@ -116,8 +116,8 @@ class XTestKeyEventSource final : public KeyEventSource {
         return true;
     }
 
-    [[nodiscard]] bool isAdmitted() override {
-        const auto doubt = admit();
+    [[nodiscard]] bool isAdmitted(const std::function<bool()>& stillLocked) override {
+        const auto doubt = admit(stillLocked);
         if (doubt && rules_.onDoubt) rules_.onDoubt(*doubt);
         if (doubt && doubt->fact == LockerDoubt::Fact::programIsUnknown && rules_.onUnknownLocker)
             rules_.onUnknownLocker(doubt->path);
@@ -191,7 +191,7 @@ class XTestKeyEventSource final : public KeyEventSource {
     }
 
     /// Nothing once everything is ready for the first key.
-    [[nodiscard]] Doubt admit() {
+    [[nodiscard]] Doubt admit(const std::function<bool()>& stillLocked) {
         guard_.arm();
         LockerFacts facts;
         XKeyHolder holder;
@@ -200,7 +200,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         // A locker that comes up may hold the keyboard before its window stands.
         for (TimeInterval waited{};
              judgeNow().error().fact == LockerDoubt::Fact::monitorIsUncovered &&
-             waited < xkey::coverLimit;
+             waited < xkey::coverLimit && stillLocked();
              waited += xkey::dialogStep) {
             rules_.pause(xkey::dialogStep);
             readCovers(facts, holder);
@@ -222,11 +222,12 @@ class XTestKeyEventSource final : public KeyEventSource {
         holder_ = std::move(holder);
         if (!chooseKeys()) return LockerDoubt{.fact = LockerDoubt::Fact::keysAreReserved};
         if (!pace_.dialog.empty()) {
-            const auto dialog = awaitDialog(*facts.receiver);
+            const auto dialog = awaitDialog(*facts.receiver, stillLocked);
             if (!dialog)
                 return LockerDoubt{.fact = LockerDoubt::Fact::dialogIsMissing,
                                    .path = facts.receiver->path};
-            hasFreshField_ = std::ranges::find(clientsBefore, *dialog) == clientsBefore.end();
+            hasFreshField_ = pace_.forgetsEarlierKeys &&
+                             std::ranges::find(clientsBefore, *dialog) == clientsBefore.end();
         }
         // Only now, when the locker is done with the tap: many lose the news of a key's new symbol
         // that come while they look up another.
@@ -304,9 +305,11 @@ class XTestKeyEventSource final : public KeyEventSource {
 
     /// The client with which the locker shows its field, once it has. Lockers that came up just now
     /// are deaf for a while, and are tapped again.
-    [[nodiscard]] std::optional<std::uint32_t> awaitDialog(const ClientProgram& locker) const {
+    [[nodiscard]] std::optional<std::uint32_t> awaitDialog(
+        const ClientProgram& locker, const std::function<bool()>& stillLocked) const {
         TimeInterval sinceTap{};
-        for (TimeInterval waited{}; waited < xkey::dialogLimit; waited += xkey::dialogStep) {
+        for (TimeInterval waited{}; waited < xkey::dialogLimit && stillLocked();
+             waited += xkey::dialogStep) {
             bool isComing = false;
             for (const auto client : programs_.clients()) {
                 const auto program = programs_.behind(client);

@@ -82,7 +82,9 @@ class FakeKeyEvents final : public KeyEvents {
         Source& operator=(const Source&) = delete;
         ~Source() override { owner_.events.emplace_back(Note::sourceGone); }
 
-        [[nodiscard]] bool isAdmitted() override { return owner_.isAdmitted; }
+        [[nodiscard]] bool isAdmitted(const std::function<bool()>& /*stillLocked*/) override {
+            return owner_.isAdmitted;
+        }
         [[nodiscard]] bool post(const KeyPress& press) override { return record(press); }
         [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
             return record(Text{.units = {units.begin(), units.end()}, .down = down});

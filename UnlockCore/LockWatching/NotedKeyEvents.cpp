@@ -10,9 +10,9 @@ class NotedSource final : public KeyEventSource {
     NotedSource(std::unique_ptr<KeyEventSource> source, OwnKeystrokes& own)
         : source_(std::move(source)), own_(own) {}
 
-    [[nodiscard]] bool isAdmitted() override {
+    [[nodiscard]] bool isAdmitted(const std::function<bool()>& stillLocked) override {
         const OwnKeystrokes::Posting posting(own_);
-        return source_->isAdmitted();
+        return source_->isAdmitted(stillLocked);
     }
     [[nodiscard]] KeyPace pace() const override { return source_->pace(); }
     [[nodiscard]] bool post(const KeyPress& press) override {

@@ -67,7 +67,8 @@ KeystrokeTyping keystrokeinjector::typePassword(KeyEvents& keyEvents,
     const KeyDialect dialect = keyEvents.dialect();
     auto source = keyEvents.makeSource(units->values(), KeystrokePlan::codes(dialect));
     if (!source) return failed(KeystrokeError::eventFailed);
-    if (!source->isAdmitted()) return failed(KeystrokeError::noLocker);
+    if (!source->isAdmitted(stillLocked))
+        return failed(stillLocked() ? KeystrokeError::noLocker : KeystrokeError::notLocked);
     const KeystrokePlan plan = KeystrokePlan::make(units->values(), dialect, source->pace());
     Step outcome;
     const Perform perform{.keyEvents = keyEvents,

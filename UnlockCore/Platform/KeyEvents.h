@@ -40,8 +40,10 @@ class KeyEventSource {
     virtual ~KeyEventSource() = default;
     /// Whether the keys would go to a screen locker, as far as the system can tell. To be asked
     /// once, before the first key. May wake it with a key that carries nothing, and blocks until
-    /// it takes keys.
-    [[nodiscard]] virtual bool isAdmitted() { return true; }
+    /// it takes keys, at most while `stillLocked`.
+    [[nodiscard]] virtual bool isAdmitted(const std::function<bool()>& /*stillLocked*/) {
+        return true;
+    }
     /// Known once admitted.
     [[nodiscard]] virtual KeyPace pace() const { return {}; }
     /// False when the event could not be made or the system is gone, or when it could not be told
