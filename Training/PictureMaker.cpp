@@ -222,8 +222,8 @@ PictureMaker::PictureMaker(std::uint64_t seed) : chance_(seed), sensor_(seed) {
     const auto camera = PinholeCamera::webcam(roomWidth, roomHeight);
     for (int i = 0; i < roomCount; ++i) {
         const LightKind kind = randomLight(chance_);
-        rooms_.push_back(
-            {kind, drawRoom(roomWidth, roomHeight, camera, light(kind), chance_.next())});
+        rooms_.push_back({kind, drawRoom(roomWidth, roomHeight, camera, light(kind), chance_.next(),
+                                         Backdrop::furniture)});
     }
 }
 
