@@ -152,8 +152,9 @@ void SelfCheck::checkKeyStore() {
         return;
     }
     const auto saved = store.saveKey(key);
-    const auto loaded = store.loadKey();
-    const bool isSame = saved && loaded && *loaded && std::ranges::equal((*loaded)->values(), key);
+    auto loaded = store.loadKey();
+    const auto kept = loaded ? std::move(*loaded) : std::optional<SecretBytes>();
+    const bool isSame = kept && std::ranges::equal(kept->values(), key);
     const auto deleted = store.deleteKey();
     if (!saved) {
         say("Key store", false, sentence(description(saved.error())));

@@ -90,7 +90,8 @@ TEST_F(SelfCheckTest, saysWhatIsMissingAndAsksForNothing) {
         {"NO  Key store: it gave another key back.", [this] { keychain.corruptsData = true; }},
         {"NO  Owner’s check: No finger.",
          [this] {
-             owner.unavailable = OwnerAuthenticationError{.code = -5, .message = "No finger"};
+             owner.unavailable =
+                 OwnerAuthenticationError{.domain = {}, .code = -5, .message = "No finger"};
          }},
         {"-   Space above the lock screen: not found, so the island lies where this system lets "
          "it.",

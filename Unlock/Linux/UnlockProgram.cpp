@@ -142,7 +142,8 @@ class World {
              .ownerAuthentication = *owner_,
              .windowServer = windowServer_,
              .keychainService = LoginKeychainKeyStore::vaultService(applicationIdentifier)},
-            [](const std::string& line) { std::cout << line << std::endl; },
+            [](const std::string& line) { std::cout << line << '\n'
+                                                    << std::flush; },
             [](bool isAllThere) {
                 QCoreApplication::exit(isAllThere ? EXIT_SUCCESS : EXIT_FAILURE);
             });

@@ -16,7 +16,8 @@ void selfCheck() {
     static MacApplication application;
     static SelfCheck check(
         application.selfCheckServices(),
-        [](const std::string& line) { std::cout << line << std::endl; },
+        [](const std::string& line) { std::cout << line << '\n'
+                                                << std::flush; },
         [](bool isAllThere) { std::_Exit(isAllThere ? EXIT_SUCCESS : EXIT_FAILURE); });
     check.start();
     [NSApp run];
