@@ -308,25 +308,25 @@ std::optional<std::vector<Rect>> findRectangles(const Bitmap& image,
 
     struct Found {
         Rect box;
-        double area;
         bool isCut;
+        double confidence;
     };
     std::vector<Found> found;
     const double leastSide = request.minimumSize * std::min(small.cols, small.rows);
     const cv::Rect2d frame(0, 0, bgr->cols, bgr->rows);
     const EdgeMaps maps = edgeMaps(small);
-    const auto take = [&](const Quad& quad, bool isCut) {
+    const auto consider = [&](const Quad& quad, bool isCut, double share) {
+        if (!(share >= request.minimumConfidence) || !hasShape(quad, request, leastSide) ||
+            !isWhole(quad, maps, isCut) || !standsAlone(quad, maps, isCut)) {
+            return;
+        }
         const auto [left, right] = std::ranges::minmax(quad, {}, &cv::Point2f::x);
         const auto [top, bottom] = std::ranges::minmax(quad, {}, &cv::Point2f::y);
         const cv::Rect2d box =
             cv::Rect2d(double{left.x} / scale, double{top.y} / scale,
                        double{right.x - left.x} / scale, double{bottom.y - top.y} / scale) &
             frame;
-        const bool isKnown = std::ranges::any_of(found, [&](const Found& other) {
-            const Rect both = intersection(other.box, {box.x, box.y, box.width, box.height});
-            return both.area() > 0.8 * std::max(other.box.area(), box.area());
-        });
-        if (!isKnown) found.push_back({{box.x, box.y, box.width, box.height}, box.area(), isCut});
+        found.push_back({{box.x, box.y, box.width, box.height}, isCut, share});
     };
 
     constexpr float cutMargin = 4;
@@ -334,27 +334,29 @@ std::optional<std::vector<Rect>> findRectangles(const Bitmap& image,
         const Quad quad = fromLowerLeft(outline);
         const bool isCut =
             std::max(quad[0].y, quad[3].y) > static_cast<float>(small.rows) - cutMargin;
-        if (hasShape(quad, request, leastSide) &&
-            confidence(quad, maps) >= request.minimumConfidence && isWhole(quad, maps, isCut) &&
-            standsAlone(quad, maps, isCut)) {
-            take(quad, isCut);
-        }
+        consider(quad, isCut, confidence(quad, maps));
     }
-    for (const auto& [quad, isCut] : linedQuads(small)) {
-        if (hasShape(quad, request, leastSide) &&
-            confidence(quad, maps, isCut ? 3 : 4) >= request.minimumConfidence &&
-            isWhole(quad, maps, isCut) && standsAlone(quad, maps, isCut)) {
-            take(quad, isCut);
-        }
-    }
-    // What is seen all round is surer than what may go on below the picture.
-    if (!std::ranges::all_of(found, &Found::isCut)) std::erase_if(found, &Found::isCut);
-    std::ranges::sort(found, std::ranges::greater{}, &Found::area);
+    for (const auto& [quad, isCut] : linedQuads(small))
+        consider(quad, isCut, confidence(quad, maps, isCut ? 3 : 4));
+
+    // What is seen all round is surer than what may go on below the picture, and of those that lie
+    // over each other, one side of some other thing makes all but the best seen.
+    std::ranges::stable_sort(found, [](const Found& a, const Found& b) {
+        return a.isCut != b.isCut ? b.isCut : a.confidence > b.confidence;
+    });
     std::vector<Rect> boxes;
     for (const Found& one : found) {
-        if (std::ssize(boxes) >= request.maximumObservations) break;
-        boxes.push_back(one.box);
+        if (one.isCut && !found.front().isCut) break;
+        const bool isCovered = std::ranges::any_of(boxes, [&](const Rect& better) {
+            return intersection(better, one.box).area() >
+                   0.5 * std::min(better.area(), one.box.area());
+        });
+        if (!isCovered) boxes.push_back(one.box);
     }
+    std::ranges::sort(boxes, std::ranges::greater{}, &Rect::area);
+    const auto most =
+        static_cast<std::size_t>(std::max<std::int64_t>(request.maximumObservations, 0));
+    if (boxes.size() > most) boxes.resize(most);
     return boxes;
 }
 

@@ -41,9 +41,11 @@ LookEvidence evidence(const Frame& frame, std::size_t frames) {
         face.landmarks->regions[LandmarkRegion::nose] = {{140, 135}};
         LivenessFrame liveness = livenessFrame(face, Date(at));
         liveness.antiSpoof = AntiSpoofScore{frame.live, frame.live, frame.live};
-        liveness.deviceOverlapFraction = frame.device;
         liveness.glare = GlareSample{90, 0.1F, 0.2F};
         liveness.moire = MoireSample{3, 128};
+        std::optional<devicebezeldetector::Observation> rectangle;
+        if (frame.device)
+            rectangle = {.rectangle = {60, 30, 170, 250}, .faceOverlapFraction = frame.device};
         FaceRecognition seen{
             .embedding = Embedding(128, std::sqrt(1.0F / 128)),
             .alignedImage = *Bitmap::create(1, 1, 4, rgbx8, std::vector<std::uint8_t>(4)),
@@ -51,7 +53,8 @@ LookEvidence evidence(const Frame& frame, std::size_t frames) {
         look.frames.push_back({.at = at,
                                .findings = {.liveness = std::move(liveness),
                                             .fault = std::nullopt,
-                                            .recognition = std::move(seen)}});
+                                            .recognition = std::move(seen),
+                                            .rectangle = rectangle}});
     }
     return look;
 }
@@ -67,8 +70,9 @@ TEST(Evidence, isJudgedTheSameAfterItWasKept) {
     EXPECT_EQ(kept->label.attack, "phone");
     ASSERT_EQ(kept->frames.size(), look.frames.size());
     EXPECT_EQ(kept->frames[1].findings.fault, "broken");
-    const auto& [liveness, fault, recognition] = kept->frames[2].findings;
+    const auto& [liveness, fault, recognition, rectangle] = kept->frames[2].findings;
     EXPECT_EQ(recognition->face, look.frames[2].findings.recognition->face);
+    EXPECT_EQ(rectangle, look.frames[2].findings.rectangle);
     EXPECT_EQ(liveness.interocularDistance, 40.25);
     EXPECT_EQ(liveness.glare, look.frames[2].findings.liveness.glare);
     EXPECT_EQ(liveness.moire, look.frames[2].findings.liveness.moire);

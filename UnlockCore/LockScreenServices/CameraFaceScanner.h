@@ -37,7 +37,7 @@ class CameraFaceScanner final : public FaceScanning {
 
     /// Longest side of the image that is worked on, pixels.
     static constexpr double workingLongEdge = 640;
-    /// Pixels of that image. A smaller face is a person further away than about 1.2 m from a
+    /// Pixels of that image. A smaller face is a person further away than about 1.6 m from a
     /// laptop's camera: not somebody who has come back to type.
     static constexpr double minimumFaceWidth = 44;
 

@@ -179,10 +179,10 @@ TEST_F(CameraFaceScannerTest, TellsNoFaceWhereNoneIsUsable) {
     embedder->fault = FaceModelError::PixelBuffer{};
     EXPECT_EQ(observe(), ScanObservation(ScanObservation::NoFace{})) << "not embedded";
     embedder->fault.reset();
-    for (const double width : {59.0, 60.0}) {
+    for (const double width : {43.0, 44.0}) {
         vision.removeFaces();
         vision.addFace({0.1, 0.1, width / 320, 0.3}, {320, 240});
-        EXPECT_EQ(std::holds_alternative<ScanObservation::NoFace>(observe()), width < 60) << width;
+        EXPECT_EQ(std::holds_alternative<ScanObservation::NoFace>(observe()), width < 44) << width;
     }
     EXPECT_TRUE(failures.empty());
 }
