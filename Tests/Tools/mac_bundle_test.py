@@ -83,7 +83,8 @@ class Bundle(unittest.TestCase):
                  *ROOT.glob("Tests/Tools/*.cpp"), *ROOT.glob("Tests/Platforms/macOS/*.mm")]
         self.assertGreater(len(tests), 50)
         self.assertEqual({str(path.relative_to(ROOT)) for path in tests} - built, set())
-        patterns = runpy.run_path(str(ROOT / "Tools/check-mac"))["SOURCES"]
+        names = runpy.run_path(str(ROOT / "Tools/check-mac"))
+        patterns = names["LINKED"] + names["TESTS"]
         checked = {str(path.relative_to(ROOT)) for pattern in patterns for path in ROOT.glob(pattern)}
         self.assertEqual(built, checked)
 
