@@ -114,8 +114,8 @@ std::expected<KnownScreenLocker, LockerDoubt> lockeridentity::judge(
     if (!facts.receiver) return doubt(Fact::keyReachesNobody);
     const ClientProgram& receiver = *facts.receiver;
     for (const auto& cover : facts.covers) {
-        if (!cover->owner || !isFamily(*cover->owner, receiver))
-            return doubt(Fact::coverIsAnothers, receiver.path);
+        const bool isReceivers = cover && cover->owner && isFamily(*cover->owner, receiver);
+        if (!isReceivers) return doubt(Fact::coverIsAnothers, receiver.path);
     }
     if (receiver.path.empty()) return doubt(Fact::programIsHidden);
     if (!receiver.isInOurFiles) return doubt(Fact::programIsElsewhere, receiver.path);

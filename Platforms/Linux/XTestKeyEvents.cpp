@@ -431,14 +431,14 @@ XTestKeyEvents::XTestKeyEvents(std::string displayName, Pause pause)
 
 XTestKeyEvents::~XTestKeyEvents() = default;
 
-void XTestKeyEvents::vouchFor(std::vector<std::string> paths) {
+void XTestKeyEvents::vouchFor(const std::vector<std::string>& paths) {
     const MutexLock lock(mutex_);
-    vouched_ = std::move(paths);
+    vouched_ = paths;
 }
 
-void XTestKeyEvents::setUnknownLockerHandler(std::function<void(std::string path)> handler) {
+void XTestKeyEvents::setUnknownLockerHandler(const std::function<void(std::string path)>& handler) {
     const MutexLock lock(mutex_);
-    onUnknownLocker_ = std::move(handler);
+    onUnknownLocker_ = handler;
 }
 
 bool XTestKeyEvents::isTrusted() const {

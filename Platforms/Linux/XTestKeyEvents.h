@@ -36,8 +36,8 @@ class XTestKeyEvents final : public KeyEvents {
 
     /// Told, on the typing thread, why a source was not admitted. Set before the first source.
     std::function<void(const LockerDoubt&)> onDoubt;
-    void vouchFor(std::vector<std::string> paths) override;
-    void setUnknownLockerHandler(std::function<void(std::string path)> handler) override;
+    void vouchFor(const std::vector<std::string>& paths) override;
+    void setUnknownLockerHandler(const std::function<void(std::string path)>& handler) override;
 
     [[nodiscard]] bool isTrusted() const override;
     [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::x11Locker; }

@@ -76,10 +76,11 @@ class KeyEvents {
     [[nodiscard]] virtual std::unique_ptr<KeyEventSource> makeSource(
         std::span<const char16_t> text, std::span<const std::uint32_t> codes) = 0;
     /// Screen lockers that the owner vouches for, by the paths of their executables.
-    virtual void vouchFor(std::vector<std::string> /*paths*/) {}
+    virtual void vouchFor(const std::vector<std::string>& /*paths*/) {}
     /// Told, on the typing thread, of each screen locker that nobody vouches for. Main thread; no
     /// source is being admitted meanwhile. Empty for nobody.
-    virtual void setUnknownLockerHandler(std::function<void(std::string path)> /*handler*/) {}
+    virtual void setUnknownLockerHandler(const std::function<void(std::string path)>& /*handler*/) {
+    }
     /// Blocks the calling thread.
     virtual void pause(TimeInterval duration) = 0;
 };
