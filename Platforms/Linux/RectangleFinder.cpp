@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <numbers>
+#include <tuple>
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -341,8 +342,8 @@ std::optional<std::vector<Rect>> findRectangles(const Bitmap& image,
 
     // What is seen all round is surer than what may go on below the picture, and of those that lie
     // over each other, one side of some other thing makes all but the best seen.
-    std::ranges::stable_sort(found, [](const Found& a, const Found& b) {
-        return a.isCut != b.isCut ? b.isCut : a.confidence > b.confidence;
+    std::ranges::sort(found, {}, [](const Found& one) {
+        return std::tuple(one.isCut, -one.confidence, -one.box.area(), one.box.x, one.box.y);
     });
     std::vector<Rect> boxes;
     for (const Found& one : found) {

@@ -82,6 +82,7 @@ bool XKeyGuard::stands(const XKeyHolder& holder) const {
     xcb_connection_t* const xcb = connection_.get();
     const auto processCookie = ClientPrograms::askProcess(connection_, holder.client);
     std::vector<xcb_get_window_attributes_cookie_t> cookies;
+    cookies.reserve(holder.covers.size());
     for (const auto window : holder.covers)
         cookies.push_back(xcb_get_window_attributes(xcb, window));
     bool stands = ClientPrograms::process(connection_, processCookie) == holder.process;

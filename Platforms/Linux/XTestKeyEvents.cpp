@@ -136,7 +136,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         const auto key = find(press.code);
         if (!key || !holder_ || !releaseHeldModifiers()) return false;
         if (!isModifier(*key)) return !press.down || tap(*key);
-        if (press.down) heldModifier_ = *key;
+        if (press.down) heldModifier_ = key;
         if (!stroke(std::array{XKeyGuard::Event{.key = *key, .down = press.down}})) return false;
         if (!press.down) heldModifier_.reset();
         return true;
@@ -195,28 +195,30 @@ class XTestKeyEventSource final : public KeyEventSource {
         guard_.arm();
         LockerFacts facts;
         XKeyHolder holder;
-        const auto judgeNow = [&] { return lockeridentity::judge(facts, rules_.vouchedPaths); };
+        const auto doubtIs = [&](LockerDoubt::Fact fact) {
+            const auto verdict = lockeridentity::judge(facts, rules_.vouchedPaths);
+            return !verdict && verdict.error().fact == fact;
+        };
         readCovers(facts, holder);
         // A locker that comes up may hold the keyboard before its window stands.
-        for (TimeInterval waited{};
-             judgeNow().error().fact == LockerDoubt::Fact::monitorIsUncovered &&
-             waited < xkey::coverLimit && stillLocked();
+        for (TimeInterval waited{}; doubtIs(LockerDoubt::Fact::monitorIsUncovered) &&
+                                    waited < xkey::coverLimit && stillLocked();
              waited += xkey::dialogStep) {
             rules_.pause(xkey::dialogStep);
             readCovers(facts, holder);
         }
-        auto verdict = judgeNow();
-        if (verdict.error().fact != LockerDoubt::Fact::keyReachesNobody) return verdict.error();
-
-        // All but the receiver holds: it is worth a key.
-        deliveries_ = XKeyDeliveries::create(*connection_);
+        // Where all but the receiver holds, it is worth a key.
         const auto clientsBefore = programs_.clients();
-        if (const auto client = tapReceiver()) {
-            holder.client = *client;
-            facts.receiver = programs_.behind(*client);
+        if (doubtIs(LockerDoubt::Fact::keyReachesNobody)) {
+            deliveries_ = XKeyDeliveries::create(*connection_);
+            if (const auto client = tapReceiver()) {
+                holder.client = *client;
+                facts.receiver = programs_.behind(*client);
+            }
         }
-        verdict = judgeNow();
+        const auto verdict = lockeridentity::judge(facts, rules_.vouchedPaths);
         if (!verdict) return verdict.error();
+        if (!facts.receiver) return LockerDoubt{.fact = LockerDoubt::Fact::keyReachesNobody};
         holder.process = facts.receiver->process;
         pace_ = verdict->pace;
         holder_ = std::move(holder);
@@ -320,7 +322,7 @@ class XTestKeyEventSource final : public KeyEventSource {
             sinceTap = isComing ? TimeInterval{} : sinceTap + xkey::dialogStep;
             if (sinceTap >= xkey::dialogTapStep) {
                 sinceTap = {};
-                if (!tapShift(&*holder_)) return std::nullopt;
+                if (!holder_ || !tapShift(&*holder_)) return std::nullopt;
             }
             rules_.pause(xkey::dialogStep);
         }
@@ -380,7 +382,7 @@ class XTestKeyEventSource final : public KeyEventSource {
     }
 
     [[nodiscard]] bool stroke(std::span<const XKeyGuard::Event> events) {
-        if (!isUndisturbed()) return false;
+        if (!holder_ || !isUndisturbed()) return false;
         const auto sent = guard_.send(events, &*holder_);
         isStopped_ |= sent == XKeyGuard::Sent::toNobody;
         if (sent != XKeyGuard::Sent::toHolder || !isUndisturbed()) return false;
