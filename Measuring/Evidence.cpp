@@ -1,5 +1,7 @@
 #include "Measuring/Evidence.h"
 
+#include "UnlockCore/Foundation/Fatal.h"
+
 #include <cstdint>
 #include <fstream>
 #include <iterator>
@@ -105,7 +107,9 @@ json packed(const FrameEvidence& frame) {
 }
 
 Bitmap noPicture() {
-    return *Bitmap::create(1, 1, 4, rgbx8, std::vector<std::uint8_t>(4));
+    auto picture = Bitmap::create(1, 1, 4, rgbx8, std::vector<std::uint8_t>(4));
+    if (!picture) fatal("one pixel is no picture");
+    return *std::move(picture);
 }
 
 FrameEvidence frameEvidence(const json& j) {
@@ -181,6 +185,7 @@ std::expected<LookEvidence, std::string> readEvidence(const std::filesystem::pat
             return evidence;
         }
     } catch (const json::exception&) {
+        // Damaged, or another version's, as the error below says.
     }
     return std::unexpected("The file “" + file.string() + "” holds no evidence of this version.");
 }

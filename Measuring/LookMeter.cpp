@@ -190,6 +190,7 @@ std::expected<std::vector<LookEvidence>, std::string> record(const Look& look,
         if (!picture) break;
     }
     std::vector<LookEvidence> all;
+    all.reserve(recordings.size());
     for (Recording& recording : recordings)
         all.push_back(std::move(recording.evidence));
     return all;

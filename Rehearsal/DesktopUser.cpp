@@ -87,8 +87,10 @@ bool DesktopUser::write(std::u16string_view text) const {
     rest = text;
     while (!rest.empty()) {
         const xcb_keysym_t keysym = xkb_utf32_to_keysym(takeCharacter(rest));
-        const auto key = lent.contains(keysym) ? lent.at(keysym) : *layout->key(keysym);
-        if (!send(*connection_, key, true) || !send(*connection_, key, false)) return false;
+        const auto key =
+            lent.contains(keysym) ? std::optional(lent.at(keysym)) : layout->key(keysym);
+        if (!key || !send(*connection_, *key, true) || !send(*connection_, *key, false))
+            return false;
     }
     // A slow reader looks up late what they give.
     if (!lent.empty()) XTestKeyEvents::sleep(xkey::returningLimit);

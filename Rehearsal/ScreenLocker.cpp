@@ -6,6 +6,7 @@
 #include <QSocketNotifier>
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -281,7 +282,9 @@ class RootWatch {
 std::optional<pid_t> findInSession(pid_t leader, std::string_view program) {
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
-        const pid_t process = std::atoi(entry.path().filename().c_str());
+        const std::string name = entry.path().filename();
+        pid_t process = 0;
+        std::from_chars(name.data(), name.data() + name.size(), process);
         if (process > 0 && ::getsid(process) == leader &&
             std::filesystem::read_symlink(entry.path() / "exe", error).filename() == program) {
             return process;

@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <tuple>
 #include <utility>
 #include <variant>
 
@@ -484,7 +485,7 @@ std::expected<void, StorageError> UnlockModel::loadFaces() {
     // Versions that kept no sums were used with the published networks. From here on a change is
     // seen. Where that can't be written, it is tried again the next time.
     if (loaded && resources_.models.isPublished)
-        (void)faceStore_.adoptModels(resources_.models.sums);
+        std::ignore = faceStore_.adoptModels(resources_.models.sums);
     if (loaded && haveModelsChanged() && callbacks_.onLog)
         callbacks_.onLog({.start = UnlockStatus(UnlockStatus::ModelsChanged{}).title()});
     return loaded;

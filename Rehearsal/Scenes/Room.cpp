@@ -139,7 +139,9 @@ void addBoards(std::vector<Patch>& patches, Chance& chance) {
     const Vector3 wood = someColour(chance, 0.05, 0.6);
     patches.push_back({back.left, -0.5F, back.right, 1, wood * 0.6F});
     const auto step = static_cast<float>(chance.between(0.12, 0.2));
-    for (float y = back.top - 2 * step; y < 0.5F; y += step) {
+    const auto boards = static_cast<int>(std::ceil((0.5F - back.top) / step)) + 2;
+    for (int board = 0; board < boards; ++board) {
+        const float y = back.top + static_cast<float>(board - 2) * step;
         for (float x = back.left + 0.01F; x < back.right - 0.04F;) {
             const auto thickness = static_cast<float>(chance.between(0.015, 0.04));
             const auto size = step * static_cast<float>(chance.between(0.5, 0.85));
@@ -192,8 +194,12 @@ void addCupboards(std::vector<Patch>& patches, Chance& chance) {
     const Vector3 wood = someColour(chance, 0.2, 0.8);
     patches.push_back({-1, -1, 1, place.top, wood});
     patches.push_back({-1, place.top, 1, place.top + 0.008F, wood * 0.4F});
-    for (float x = place.left - 0.6F; x < 1; x += place.right - place.left)
+    const float width = place.right - place.left;
+    const auto doors = static_cast<int>(std::ceil((1.6F - place.left) / width));
+    for (int door = 0; door < doors; ++door) {
+        const float x = place.left - 0.6F + static_cast<float>(door) * width;
         patches.push_back({x, -1, x + 0.006F, place.top, wood * 0.4F});
+    }
     // A kitchen's side walls, or a niche.
     for (const float x : {place.left, place.right})
         patches.push_back({x, place.top, x + 0.012F, 1, wood * 0.6F});
