@@ -184,8 +184,9 @@ std::expected<LookEvidence, std::string> readEvidence(const std::filesystem::pat
                 evidence.frames.push_back(frameEvidence(frame));
             return evidence;
         }
-    } catch (const json::exception&) {
-        // Damaged, or another version's, as the error below says.
+    } catch (const json::exception& error) {
+        return std::unexpected("The file “" + file.string() +
+                               "” holds no evidence: " + error.what());
     }
     return std::unexpected("The file “" + file.string() + "” holds no evidence of this version.");
 }

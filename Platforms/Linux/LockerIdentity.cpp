@@ -12,14 +12,14 @@ namespace {
 using Fact = LockerDoubt::Fact;
 
 constexpr LockerPace i3lockPace{
-    .wake = TimeInterval(0), .shortcut = TimeInterval(0), .lending = TimeInterval(0.010)};
+    .wake = TimeInterval(0), .shortcut = TimeInterval(0), .lending = TimeInterval(0.030)};
 constexpr LockerPace xsecurelockPace{.wake = TimeInterval(0),
                                      .shortcut = TimeInterval(0),
                                      .lending = TimeInterval(0.030),
                                      .dialog = "auth_x11",
                                      .dialogIsOnScreen = false};
 constexpr LockerPace xscreensaverPace{.wake = TimeInterval(0),
-                                      .shortcut = TimeInterval(0.030),
+                                      .shortcut = TimeInterval(0.080),
                                       .lending = TimeInterval(0.030),
                                       .dialog = "xscreensaver-auth",
                                       .forgetsEarlierKeys = true};

@@ -131,11 +131,14 @@ class XTestKeyEventSource final : public KeyEventSource {
                 .shortcut = pace_.shortcut};
     }
 
-    /// A key that is no modifier is released in the same stroke, for its press may end the locker.
+    /// Return is released in the same stroke, for its press may end the locker. Other keys are held
+    /// for the pace of a shortcut: xscreensaver loses one that is released at once.
     [[nodiscard]] bool post(const KeyPress& press) override {
         const auto key = find(press.code);
         if (!key || !holder_ || !releaseHeldModifiers()) return false;
-        if (!isModifier(*key)) return !press.down || tap(*key);
+        if (press.code == xkey::returnKey) return !press.down || tap(*key);
+        if (!isModifier(*key))
+            return stroke(std::array{XKeyGuard::Event{.key = *key, .down = press.down}});
         if (press.down) heldModifier_ = key;
         if (!stroke(std::array{XKeyGuard::Event{.key = *key, .down = press.down}})) return false;
         if (!press.down) heldModifier_.reset();

@@ -81,7 +81,6 @@ struct KillSeries::Attempt {
 KillSeries::KillSeries(WorkingDesktop& desktop, ScreenLocker::Kind kind, TimeInterval gap,
                        std::uint64_t seed)
     : desktop_(&desktop),
-      kind_(kind),
       locker_(std::make_unique<ScreenLocker>(desktop.displayName(), kind)),
       keyEvents_(std::make_unique<XTestKeyEvents>(desktop.displayName(), pauseWithGap(gap))),
       chance_(seed),

@@ -53,7 +53,6 @@ class KillSeries {
     [[nodiscard]] Attempt attempt(const Moment& moment, int signal);
 
     WorkingDesktop* desktop_;
-    ScreenLocker::Kind kind_;
     std::unique_ptr<ScreenLocker> locker_;
     std::unique_ptr<XTestKeyEvents> keyEvents_;
     Chance chance_;
