@@ -98,6 +98,7 @@ class XTestKeyEventSource final : public KeyEventSource {
 
     ~XTestKeyEventSource() override {
         guard_.release();
+        if (heldKey_) sendRelease(*heldKey_);
         if (heldModifier_) sendRelease(*heldModifier_);
         lentKeys_.takeBack();
         if (hasClearedLocks_) lockModifiers(layout_.lockedModifiers());
@@ -137,11 +138,10 @@ class XTestKeyEventSource final : public KeyEventSource {
         const auto key = find(press.code);
         if (!key || !holder_ || !releaseHeldModifiers()) return false;
         if (press.code == xkey::returnKey) return !press.down || tap(*key);
-        if (!isModifier(*key))
-            return stroke(std::array{XKeyGuard::Event{.key = *key, .down = press.down}});
-        if (press.down) heldModifier_ = key;
+        auto& held = isModifier(*key) ? heldModifier_ : heldKey_;
+        if (press.down) held = key;
         if (!stroke(std::array{XKeyGuard::Event{.key = *key, .down = press.down}})) return false;
-        if (!press.down) heldModifier_.reset();
+        if (!press.down) held.reset();
         return true;
     }
 
@@ -413,6 +413,7 @@ class XTestKeyEventSource final : public KeyEventSource {
     LockerPace pace_;
     /// Nothing until admitted.
     std::optional<XKeyHolder> holder_;
+    std::optional<xcb_keycode_t> heldKey_;
     std::optional<xcb_keycode_t> heldModifier_;
     /// The dialog came up for the tap, so that nothing can be in it.
     bool hasFreshField_ = false;
