@@ -121,8 +121,8 @@ TEST(LockerIdentity, knowsInterpretersByNameAndVersion) {
 
 TEST(LockerIdentity, showsNoControlCharactersOfAFilesName) {
     const std::string text =
-        description({.fact = Fact::programIsUnknown, .path = "/tmp/a\n\x1B[2J"});
-    EXPECT_EQ(text, "“/tmp/a??[2J”, which holds the keyboard, isn’t a known screen locker");
+        description({.fact = Fact::programIsUnknown, .path = "/srv/a\n\x1B[2J"});
+    EXPECT_EQ(text, "“/srv/a??[2J”, which holds the keyboard, isn’t a known screen locker");
 }
 
 }  // namespace
