@@ -205,6 +205,7 @@ std::expected<std::vector<Pack>, std::string> packsAsked(const Options& options)
 std::expected<void, std::string> recordAll(const std::vector<Look>& looks, std::vector<Pack>& packs,
                                            std::span<const Trial> trials) {
     std::vector<LookMeter*> meters;
+    meters.reserve(packs.size());
     for (const Pack& pack : packs)
         meters.push_back(pack.meter.get());
     std::size_t done = 0;

@@ -11,11 +11,15 @@
 #include "Tests/Hostile/Ground/KillSeries.h"
 
 #include <QCoreApplication>
-#include <cstdlib>
+#include <charconv>
+#include <cstdint>
+#include <expected>
 #include <iostream>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <signal.h>
@@ -35,21 +39,30 @@ std::optional<ScreenLocker::Kind> lockerNamed(std::string_view name) {
     return std::nullopt;
 }
 
+std::optional<std::uint64_t> number(std::string_view text) {
+    std::uint64_t value = 0;
+    const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || rest != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
 std::expected<void, std::string> kill(WorkingDesktop& desktop, const std::string& name,
-                                      ScreenLocker::Kind kind, int count, std::uint64_t seed) {
+                                      ScreenLocker::Kind kind, std::uint64_t count,
+                                      std::uint64_t seed) {
     for (const int gap : {0, 1}) {
         auto series = KillSeries::create(desktop, kind, TimeInterval(gap / 1000.0), ++seed);
         if (!series) return std::unexpected(series.error());
         for (const int signal : {SIGKILL, SIGTERM}) {
             const KillTally& tally = series->tally(signal);
-            while (tally.kills < count / 4) {
+            while (static_cast<std::uint64_t>(tally.kills) < count / 4) {
                 if (auto killed = series->kill(signal); !killed)
                     return std::unexpected(killed.error());
             }
             std::cout << "kills " << name << (signal == SIGKILL ? " SIGKILL " : " SIGTERM ") << gap
                       << ' ' << tally.kills << ' ' << tally.whileTyping << ' ' << tally.stopped
                       << ' ' << tally.leaks << ' ' << tally.leakedCharacters << ' '
-                      << tally.changedKeyboards << std::endl;
+                      << tally.changedKeyboards << '\n'
+                      << std::flush;
         }
     }
     return {};
@@ -57,10 +70,10 @@ std::expected<void, std::string> kill(WorkingDesktop& desktop, const std::string
 
 std::expected<void, std::string> typeHonestly(WorkingDesktop& desktop, const std::string& name,
                                               ScreenLocker::Kind kind, const std::string& layout,
-                                              int count) {
+                                              std::uint64_t count) {
     auto series = HonestSeries::create(desktop, kind, layout);
     if (!series) return std::unexpected(series.error());
-    for (int i = 0; i < count; ++i) {
+    for (std::uint64_t i = 0; i < count; ++i) {
         const auto field = static_cast<HonestSeries::Field>(i % 3);
         if (auto typed = series->type(field); !typed) return std::unexpected(typed.error());
     }
@@ -69,7 +82,8 @@ std::expected<void, std::string> typeHonestly(WorkingDesktop& desktop, const std
         const HonestTally& tally = series->tallies()[i];
         std::cout << "honest " << name << ' ' << layout << ' ' << fields[i] << ' ' << tally.typed
                   << ' ' << tally.accepted << ' ' << tally.medianMilliseconds() << ' '
-                  << tally.leakedCharacters << std::endl;
+                  << tally.leakedCharacters << '\n'
+                  << std::flush;
     }
     return {};
 }
@@ -83,16 +97,17 @@ int run(std::span<char*> words) {
     const std::string task = words[1];
     const std::string name = words[2];
     const auto kind = lockerNamed(name);
-    if (!kind || (task != "kills" && task != "honest")) return usage();
+    const auto third = number(words[3]);
+    const auto last = number(words[4]);
+    const bool kills = task == "kills";
+    if (!kind || !last || (kills && !third) || (!kills && task != "honest")) return usage();
     auto desktop = WorkingDesktop::create();
     if (!desktop) {
         std::cerr << desktop.error() << '\n';
         return 1;
     }
-    const auto done =
-        task == "kills"
-            ? kill(*desktop, name, *kind, std::atoi(words[3]), std::strtoull(words[4], nullptr, 10))
-            : typeHonestly(*desktop, name, *kind, words[3], std::atoi(words[4]));
+    const auto done = kills ? kill(*desktop, name, *kind, *third, *last)
+                            : typeHonestly(*desktop, name, *kind, words[3], *last);
     if (!done) std::cerr << name << ": " << done.error() << '\n';
     return done ? 0 : 1;
 }
