@@ -1,7 +1,5 @@
 #include "UnlockCore/Liveness/DeviceBezelDetector.h"
 
-#include <cmath>
-
 namespace marrowby::devicebezeldetector {
 
 namespace {
@@ -13,36 +11,6 @@ constexpr RectangleRequest request{.minimumConfidence = 0.6,
                                    .maximumAspectRatio = 1.0,
                                    .quadratureToleranceDegrees = 30};
 
-Point operator-(const Point& a, const Point& b) {
-    return {a.x - b.x, a.y - b.y};
-}
-
-/// The middle of its upper side: the lower one may be the picture's.
-Point place(const Rect& rectangle) {
-    return {rectangle.x + rectangle.width / 2, rectangle.y};
-}
-
-/// Whether the newest rectangle went where the face did since the face was farthest from where it
-/// is now. In parts of the face's width.
-bool movedAlong(std::span<const Sighting> sightings) {
-    constexpr double leastMotion = 0.03;
-    constexpr double mostLag = 0.5;
-    constexpr double mostGrowth = 0.08;
-    const Sighting& newest = sightings.back();
-    double farthest = leastMotion * newest.face.width;
-    bool isAlong = false;
-    for (const Sighting& earlier : sightings) {
-        const double growth = earlier.rectangle.width / newest.rectangle.width - 1;
-        const double motion = distance(earlier.face.centre(), newest.face.centre());
-        if (std::abs(growth) > mostGrowth || motion < farthest) continue;
-        farthest = motion;
-        const Point face = newest.face.centre() - earlier.face.centre();
-        const Point frame = place(newest.rectangle) - place(earlier.rectangle);
-        isAlong = distance(face, frame) <= mostLag * motion;
-    }
-    return isAlong;
-}
-
 }  // namespace
 
 Rect head(const Rect& faceBox) {
@@ -52,19 +20,14 @@ Rect head(const Rect& faceBox) {
             (1 + 2 * beside) * faceBox.width, (1 + above) * faceBox.height};
 }
 
-bool isHeldUp(std::span<const Sighting> sightings, const Size& picture) {
+bool isHeldUp(const Rect& rectangle, const Rect& faceBox, const Size& picture) {
     // Seen in scenes, in widths of the face: devices 1.2 to 1.8 where the picture cuts them off,
-    // prints 2.1 to 2.7; doors, shelves and curtains 1.75 and more.
+    // prints 2.1 to 3; doors and curtains that go on below the picture 3 and more.
     constexpr double widestWhole = 4;
-    constexpr double widestSurelyHeld = 1.7;
     constexpr double widestCut = 3;
     constexpr double cutMargin = 0.02;
-    if (sightings.empty()) return false;
-    const Sighting& newest = sightings.back();
-    const double unit = newest.face.width;
-    const double width = newest.rectangle.width / unit;
-    if (newest.rectangle.maxY() <= (1 - cutMargin) * picture.height) return width <= widestWhole;
-    return width <= widestSurelyHeld || (width <= widestCut && movedAlong(sightings));
+    const bool isCut = rectangle.maxY() > (1 - cutMargin) * picture.height;
+    return rectangle.width <= (isCut ? widestCut : widestWhole) * faceBox.width;
 }
 
 std::expected<std::optional<Observation>, std::string> detect(const Bitmap& image,

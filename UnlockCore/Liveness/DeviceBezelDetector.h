@@ -6,7 +6,6 @@
 
 #include <expected>
 #include <optional>
-#include <span>
 #include <string>
 
 namespace marrowby {
@@ -33,16 +32,9 @@ struct Observation {
                                                                             const Rect& faceBox,
                                                                             FaceVision& vision);
 
-/// Where a rectangle and a face were in one frame.
-struct Sighting {
-    Rect rectangle;
-    Rect face;
-};
-
-/// Whether the newest of the sightings, the last one, may be of a device rather than of furniture
-/// behind somebody. What reaches below the picture is one if it is so near that the face fills its
-/// width, or if it was seen to move as the face did.
-[[nodiscard]] bool isHeldUp(std::span<const Sighting> sightings, const Size& picture);
+/// Whether the rectangle may be of something held up rather than of furniture behind somebody: it
+/// is not much wider than the face.
+[[nodiscard]] bool isHeldUp(const Rect& rectangle, const Rect& faceBox, const Size& picture);
 
 /// area(a ∩ b) / area(a); nothing where `a` has no area.
 [[nodiscard]] std::optional<double> overlapFraction(const Rect& a, const Rect& b);

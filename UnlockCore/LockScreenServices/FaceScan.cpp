@@ -90,11 +90,10 @@ const FaceScan::Step& FaceScan::judge(Findings findings, Date at, TimeInterval d
     auto& [measured, fault, recognition, rectangle] = findings;
     if (recognition) {
         follow(*recognition, at);
-        if (rectangle) {
-            sightings_.push_back({rectangle->rectangle, recognition->face.boundingBox});
-            if (devicebezeldetector::isHeldUp(sightings_, recognition->face.imageSize)) {
-                measured.deviceOverlapFraction = rectangle->faceOverlapFraction;
-            }
+        const DetectedFace& face = recognition->face;
+        if (rectangle &&
+            devicebezeldetector::isHeldUp(rectangle->rectangle, face.boundingBox, face.imageSize)) {
+            measured.deviceOverlapFraction = rectangle->faceOverlapFraction;
         }
         if (measured.antiSpoof) lastScoredAt_ = at;
         analyzer_.retune(livenessTuning(mode_, pace_.framesPerSecond()));
@@ -189,7 +188,6 @@ void FaceScan::follow(const FaceRecognition& recognition, Date at) {
     if (!isFollowed(recognition, at)) {
         subjectCount_ = incremented(subjectCount_);
         subject_ = numbered(subjectCount_);
-        sightings_.clear();
     }
     followed_ = Followed{recognition.face.boundingBox, recognition.embedding, at};
 }

@@ -25,7 +25,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <vector>
 
 namespace marrowby {
 
@@ -64,7 +63,7 @@ class FaceScan {
         std::optional<std::string> fault;
         std::expected<FaceRecognition, FaceRecognitionError> recognition =
             std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{});
-        /// Whether it is a device that is held up, only several frames tell.
+        /// Around the head, held up or not.
         std::optional<devicebezeldetector::Observation> rectangle = std::nullopt;
     };
 
@@ -108,8 +107,6 @@ class FaceScan {
     std::optional<Taken> lastFrame_;
     std::optional<Date> lastScoredAt_;
     std::optional<Followed> followed_;
-    /// Of the followed face, in all its frames that showed a rectangle.
-    std::vector<devicebezeldetector::Sighting> sightings_;
     /// Names the followed face: the number of faces that this look has followed.
     UUID subject_;
     std::uint32_t subjectCount_ = 0;

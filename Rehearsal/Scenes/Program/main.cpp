@@ -34,11 +34,13 @@ constexpr const char* usage =
     "them\n"
     "Names of scenes may be beginnings; “all” is all. Before all else: --person SEED, --people "
     "COUNT\n"
-    "(for the scores), --size WxH, --rate PICTURES-PER-SECOND.\n";
+    "(for the scores), --take NUMBER (of one scene, else 0), --size WxH, --rate "
+    "PICTURES-PER-SECOND.\n";
 
 struct Options {
     std::uint64_t person = 0;
     std::size_t people = 1;
+    std::uint64_t take = 0;
     int width = 640;
     int height = 480;
     double rate = 30;
@@ -257,6 +259,8 @@ Options takeOptions(std::vector<std::string>& words) {
         } else if (words[0] == "--people") {
             options.people = std::clamp<std::size_t>(std::strtoull(words[1].c_str(), nullptr, 10),
                                                      1, distinctPeople().size());
+        } else if (words[0] == "--take") {
+            options.take = std::strtoull(words[1].c_str(), nullptr, 10);
         } else if (words[0] == "--rate") {
             options.rate = std::max(std::strtod(words[1].c_str(), nullptr), 1.0);
         } else if (words[0] == "--size" && words[1].contains('x')) {
@@ -296,7 +300,7 @@ int main(int argc, char* argv[]) {
         return measureScores(words[1], chosen(rest(2), options), options);
     }
     if (words.size() >= 2 && !command.starts_with("--")) {
-        const auto scene = sceneNamed(command, options.person);
+        const auto scene = sceneNamed(command, options.person, options.take);
         if (!scene) return fail("There is no scene “" + command + "”.");
         const double seconds = words.size() > 2 ? std::strtod(words[2].c_str(), nullptr) : 3;
         return write(*scene, words[1], seconds, options);

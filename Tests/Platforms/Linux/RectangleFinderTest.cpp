@@ -103,6 +103,9 @@ TEST(RectangleFinder, leavesOutWhatIsNoDevice) {
     const Shape window{{200, 60}, {440, 60}, {440, 400}, {200, 400}};
     EXPECT_TRUE(findRectangles(scene(window, oval({320, 470}, 200, 160)), request)->empty())
         << "somebody in front of a window";
+    const Shape door{{200, 60}, {440, 60}, {440, 500}, {200, 500}};
+    EXPECT_TRUE(findRectangles(scene(door, oval({320, 540}, 200, 110)), request)->empty())
+        << "shoulders that hide no more than a door's foot";
     const Shape picture{{220, 60}, {420, 60}, {420, 300}, {220, 300}};
     const Shape body{{275, 140}, {365, 140}, {365, 480}, {275, 480}};
     EXPECT_TRUE(findRectangles(scene(picture, body), request)->empty())
