@@ -50,10 +50,21 @@ std::string pixels(const Size& size) {
            std::to_string(std::llround(size.height));
 }
 
+std::string cameraInWords(const std::optional<CameraManager::Opened>& camera) {
+    if (!camera) return "none";
+    const std::string& name = camera->device.name;
+    std::string text = name.empty() ? "one without a name" : name;
+    if (!camera->format) return text + ", in a format of its own";
+    text += ", set to " + pixels({.width = static_cast<double>(camera->format->width),
+                                  .height = static_cast<double>(camera->format->height)});
+    if (const auto rate = camera->format->frameRate)
+        text += " at " + std::to_string(std::llround(*rate)) + " a second";
+    return text;
+}
+
 /// Other people's sentences end as they like.
 std::string sentence(std::string text) {
     if (text.empty()) return "the system doesn’t say why.";
-    std::ranges::replace(text, '\n', ' ');
     if (text.back() != '.') text += '.';
     return text;
 }
@@ -88,7 +99,11 @@ void SelfCheck::say(std::string_view subject, bool isGood, const std::string& wh
     const bool isMissing = !isGood && need == Need::needed;
     isAllThere_ = isAllThere_ && !isMissing;
     const std::string_view mark = isGood ? "ok  " : isMissing ? "NO  " : "-   ";
-    onLine_(std::string(mark).append(subject).append(": ").append(what));
+    std::string line = std::string(mark).append(subject).append(": ").append(what);
+    // A name that a device gives itself, or a stranger's sentence, may talk to the terminal.
+    std::ranges::replace_if(
+        line, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, ' ');
+    onLine_(line);
 }
 
 void SelfCheck::checkPermissions() {
@@ -220,8 +235,9 @@ void SelfCheck::cameraEnds(const std::optional<Size>& picture) {
     const TimeInterval took = services_.clock.now() - cameraBegan_;
     camera_.stop();
     say("Camera", picture.has_value(),
-        picture ? "first picture of " + pixels(*picture) + " after " + seconds(took) + "."
-                : "no picture came within " + seconds(longestWait) + ".");
+        cameraInWords(camera_.opened()) +
+            (picture ? "; first picture of " + pixels(*picture) + " after " + seconds(took) + "."
+                     : "; no picture came within " + seconds(longestWait) + "."));
     const auto onEnd = onEnd_;
     onEnd(isAllThere_);
 }

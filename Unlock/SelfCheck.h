@@ -22,8 +22,9 @@
 namespace marrowby {
 
 /// Says in one line each what of this computer an unlock would find: what is allowed, the session,
-/// the camera's first picture, the networks, the key store, the owner's check. It asks the user
-/// nothing, says no secret and leaves nothing behind. Main thread; the services outlive it.
+/// the camera with its format and first picture, the networks, the key store, the owner's check. It
+/// asks the user nothing, says no secret and leaves nothing behind. Main thread; the services
+/// outlive it.
 class SelfCheck {
   public:
     struct Services {

@@ -101,6 +101,28 @@ void attempt(const Call& call) {
     });
 }
 
+/// The camera of an input; nil where it has none.
+AVCaptureDevice* camera(AVCaptureInput* input) {
+    if (![input isKindOfClass:AVCaptureDeviceInput.class]) return nil;
+    return static_cast<AVCaptureDeviceInput*>(input).device;
+}
+
+/// Ends a run that cannot go on, with the camera locked as when its owner stops it.
+void stopLocked(AVCaptureSession* session) {
+    NSMutableArray<AVCaptureDevice*>* const locked = [NSMutableArray array];
+    attempt([&] {
+        for (AVCaptureInput* input in session.inputs) {
+            AVCaptureDevice* const device = camera(input);
+            if ([device lockForConfiguration:nullptr]) [locked addObject:device];
+        }
+    });
+    attempt([&] { [session stopRunning]; });
+    attempt([&] {
+        for (AVCaptureDevice* device in locked)
+            [device unlockForConfiguration];
+    });
+}
+
 }  // namespace
 
 class AVFoundationCaptureSession::Input final : public CaptureInput {
@@ -172,16 +194,15 @@ struct AVFoundationCaptureSession::Session {
                 ^(NSNotification* __unused note) {
                   const std::uint64_t run = *counted;
                   dispatch_async(queue, ^{
-                    if (run == *counted) attempt([&] { [weakSession stopRunning]; });
+                    if (run == *counted) stopLocked(weakSession);
                   });
                 });
         observe(AVCaptureDeviceWasDisconnectedNotification, nil, ^(NSNotification* __unused note) {
           dispatch_async(queue, ^{
             AVCaptureSession* running = weakSession;
             for (AVCaptureInput* input in running.inputs) {
-                if (![input isKindOfClass:AVCaptureDeviceInput.class]) continue;
-                if (static_cast<AVCaptureDeviceInput*>(input).device.connected) continue;
-                attempt([&] { [running stopRunning]; });
+                AVCaptureDevice* const device = camera(input);
+                if (device && !device.connected) stopLocked(running);
             }
           });
         });

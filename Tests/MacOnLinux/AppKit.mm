@@ -12,6 +12,24 @@ static void setValueOf(id object, const void* key, id value) {
     objc_setAssociatedObject(object, key, value, OBJC_ASSOCIATION_RETAIN_NONATOMIC);
 }
 
+/// A property that is kept.
+#define KEPT(Type, get, set)                \
+    static const char get##Key = 0;         \
+    -(Type)get {                            \
+        return valueOf(self, &get##Key);    \
+    }                                       \
+    -(void)set : (Type)value {              \
+        setValueOf(self, &get##Key, value); \
+    }
+
+/// A property that changes nothing here.
+#define IGNORED(Type, get, set, value)  \
+    -(Type)get {                        \
+        return value;                   \
+    }                                   \
+    -(void)set : (Type)__unused given { \
+    }
+
 // ---- Layout ----
 
 namespace {
@@ -237,34 +255,10 @@ static NSSize wantedSize(NSView* view, CGFloat width) {
 - (NSLayoutXAxisAnchor*)leadingAnchor {
     return [[NSLayoutXAxisAnchor alloc] init];
 }
-static const char labelKey = 0;
-static const char helpKey = 0;
-- (NSString*)accessibilityLabel {
-    return valueOf(self, &labelKey);
-}
-- (void)setAccessibilityLabel:(NSString*)label {
-    setValueOf(self, &labelKey, label);
-}
-- (NSString*)accessibilityHelp {
-    return valueOf(self, &helpKey);
-}
-- (void)setAccessibilityHelp:(NSString*)help {
-    setValueOf(self, &helpKey, help);
-}
-- (NSBitmapImageRep*)bitmapImageRepForCachingDisplayInRect:(NSRect)rect {
-    [self lockFocus];
-    NSBitmapImageRep* const picture = [[NSBitmapImageRep alloc] initWithFocusedViewRect:rect];
-    [self unlockFocus];
-    return picture;
-}
-- (void)cacheDisplayInRect:(NSRect)__unused rect
-          toBitmapImageRep:(NSBitmapImageRep*)__unused picture {
-}
-- (BOOL)translatesAutoresizingMaskIntoConstraints {
-    return NO;
-}
-- (void)setTranslatesAutoresizingMaskIntoConstraints:(BOOL)__unused does {
-}
+KEPT(NSString*, accessibilityLabel, setAccessibilityLabel)
+KEPT(NSString*, accessibilityHelp, setAccessibilityHelp)
+IGNORED(BOOL, translatesAutoresizingMaskIntoConstraints,
+        setTranslatesAutoresizingMaskIntoConstraints, NO)
 - (NSSize)intrinsicContentSize {
     return NSMakeSize(40, 20);
 }
@@ -294,11 +288,7 @@ static const char helpKey = 0;
     made.bezelStyle = NSRoundedBezelStyle;
     return made;
 }
-- (BOOL)hasDestructiveAction {
-    return NO;
-}
-- (void)setHasDestructiveAction:(BOOL)__unused does {
-}
+IGNORED(BOOL, hasDestructiveAction, setHasDestructiveAction, NO)
 @end
 
 @implementation NSTextField (MacOnLinux)
@@ -349,13 +339,7 @@ static const char helpKey = 0;
 @end
 
 @implementation NSImageView (MacOnLinux)
-static const char tintKey = 0;
-- (NSColor*)contentTintColor {
-    return valueOf(self, &tintKey);
-}
-- (void)setContentTintColor:(NSColor*)color {
-    setValueOf(self, &tintKey, color);
-}
+KEPT(NSColor*, contentTintColor, setContentTintColor)
 @end
 
 // ---- Screens and windows ----
@@ -373,22 +357,17 @@ static const char tintKey = 0;
 }
 @end
 
+static const char behaviorKey = 0;
 @implementation NSWindow (MacOnLinux)
-- (NSWindowAnimationBehavior)animationBehavior {
-    return 0;
+- (NSWindowCollectionBehavior)collectionBehavior {
+    return [valueOf(self, &behaviorKey) unsignedIntegerValue];
 }
-- (void)setAnimationBehavior:(NSWindowAnimationBehavior)__unused behavior {
+- (void)setCollectionBehavior:(NSWindowCollectionBehavior)behavior {
+    setValueOf(self, &behaviorKey, @(behavior));
 }
-- (BOOL)isMovable {
-    return YES;
-}
-- (void)setMovable:(BOOL)__unused is {
-}
-- (BOOL)canBecomeVisibleWithoutLogin {
-    return NO;
-}
-- (void)setCanBecomeVisibleWithoutLogin:(BOOL)__unused can {
-}
+IGNORED(NSWindowAnimationBehavior, animationBehavior, setAnimationBehavior, 0)
+IGNORED(BOOL, isMovable, setMovable, YES)
+IGNORED(BOOL, canBecomeVisibleWithoutLogin, setCanBecomeVisibleWithoutLogin, NO)
 @end
 
 int CGShieldingWindowLevel(void) {

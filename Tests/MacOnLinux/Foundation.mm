@@ -7,14 +7,14 @@
 
 #import <Foundation/Foundation.h>
 #include <dispatch/dispatch.h>
-#include <dlfcn.h>
 
 // ---- Objects ----
 
 namespace {
 
-/// Objects by whom they were given to, and under which key.
-std::map<std::pair<const void*, const void*>, id> associations;
+/// Objects by whom they were given to, and under which key. Never freed, as some objects go when
+/// the process ends.
+auto& associations = *new std::map<std::pair<const void*, const void*>, id>;
 
 }  // namespace
 
@@ -29,11 +29,7 @@ void objc_setAssociatedObject(id object, const void* key, id value, unsigned lon
     associations[{(__bridge void*)object, key}] = value;
 }
 
-/// Stands before GNUstep's own, which frees an object.
-void NSDeallocateObject(__unsafe_unretained id object) {
-    using Deallocate = void(__unsafe_unretained id);
-    static auto* const deallocate =
-        reinterpret_cast<Deallocate*>(::dlsym(RTLD_NEXT, "NSDeallocateObject"));
+void objc_removeAssociatedObjects(__unsafe_unretained id object) {
     const void* const owner = (__bridge void*)object;
     const auto first = associations.lower_bound({owner, nullptr});
     auto last = first;
@@ -42,7 +38,6 @@ void NSDeallocateObject(__unsafe_unretained id object) {
     // What is released here may change the map.
     const std::map<std::pair<const void*, const void*>, id> gone(first, last);
     associations.erase(first, last);
-    deallocate(object);
 }
 
 bool MacObjectIsOf(void* object, const char* className) {
@@ -147,6 +142,16 @@ extern "C" {
 dispatch_queue_t dispatch_get_main_queue(void) {
     static MacQueue* const queue = [[MacQueue alloc] init];
     return queue;
+}
+dispatch_queue_t dispatch_get_global_queue(intptr_t, uintptr_t) {
+    return dispatch_get_main_queue();
+}
+dispatch_queue_t dispatch_queue_create(const char*, dispatch_queue_attr_t) {
+    return dispatch_get_main_queue();
+}
+dispatch_queue_attr_t dispatch_queue_attr_make_with_qos_class(dispatch_queue_attr_t attributes, int,
+                                                              int) {
+    return attributes;
 }
 void dispatch_async(dispatch_queue_t, void (^block)(void)) {
     MacCall* const call = [[MacCall alloc] init];

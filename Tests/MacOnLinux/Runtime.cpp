@@ -10,9 +10,15 @@
 
 namespace {
 
+/// Reads the receiver here, where the address sanitizer sees it: GNUstep was built without it.
+id seen(id receiver) {
+    if (receiver) (void)*reinterpret_cast<const volatile char*>(receiver);
+    return receiver;
+}
+
 id send(id object, const char* name) {
     const SEL selector = sel_registerName(name);
-    if (!object) return object;
+    if (!seen(object)) return object;
     return reinterpret_cast<id (*)(id, SEL)>(objc_msg_lookup(object, selector))(object, selector);
 }
 
@@ -98,7 +104,7 @@ struct Slot {
 static thread_local Slot slot;
 
 Slot* objc_msg_lookup_sender(id* receiver, SEL selector, id /*sender*/) {
-    slot.method = objc_msg_lookup(*receiver, selector);
+    slot.method = objc_msg_lookup(seen(*receiver), selector);
     return &slot;
 }
 
@@ -159,7 +165,8 @@ void objc_autoreleasePoolPop(void* pool) {
 
 void __real___objc_exec_class(Module* module);
 
-/// Clang leaves the places of instance variables to the runtime: they go behind the superclass's.
+/// Clang leaves the places of instance variables to the runtime: they go behind the superclass's,
+/// which must be of GNUstep.
 void __wrap___objc_exec_class(Module* module) {
     constexpr long alignment = 16;
     module->version = 8;
@@ -169,10 +176,11 @@ void __wrap___objc_exec_class(Module* module) {
         ClassDefinition& defined = *classes[i];
         makeProtocolsOld(defined.protocols);
         if (defined.size > 0) continue;
-        const auto inherited =
-            static_cast<long>(class_getInstanceSize(objc_getClass(defined.superclass)));
-        const long begin = (inherited + alignment - 1) & -alignment;
         const int count = defined.variables ? defined.variables->count : 0;
+        const Class superclass = count > 0 ? objc_getRequiredClass(defined.superclass)
+                                           : objc_getClass(defined.superclass);
+        const auto inherited = static_cast<long>(class_getInstanceSize(superclass));
+        const long begin = (inherited + alignment - 1) & -alignment;
         auto* const variables = count > 0 ? &defined.variables->list[0] : nullptr;
         const int shift = count > 0 ? static_cast<int>(begin) - variables->offset : 0;
         for (int k = 0; k < count; ++k)

@@ -2,9 +2,11 @@
 
 namespace marrowby {
 
-StagedProgram::StagedProgram(QtLoop& loop, const QProcessEnvironment& environment) : loop_(loop) {
+StagedProgram::StagedProgram(QtLoop& loop, const QProcessEnvironment& environment,
+                             const QStringList& arguments)
+    : loop_(loop) {
     process_.setProcessEnvironment(environment);
-    process_.start(MARROWBY_PROGRAM, QStringList());
+    process_.start(MARROWBY_PROGRAM, arguments);
 }
 
 StagedProgram::~StagedProgram() {

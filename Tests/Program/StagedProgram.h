@@ -4,6 +4,7 @@
 
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QStringList>
 #include <string>
 
 namespace marrowby {
@@ -12,7 +13,8 @@ namespace marrowby {
 /// Destroying it kills it.
 class StagedProgram {
   public:
-    StagedProgram(QtLoop& loop, const QProcessEnvironment& environment);
+    StagedProgram(QtLoop& loop, const QProcessEnvironment& environment,
+                  const QStringList& arguments = {});
     ~StagedProgram();
     StagedProgram(const StagedProgram&) = delete;
     StagedProgram& operator=(const StagedProgram&) = delete;

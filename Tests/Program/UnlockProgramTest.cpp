@@ -177,5 +177,18 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere
     EXPECT_EQ(program->terminate(), 0) << program->recentWords();
 }
 
+TEST_F(UnlockProgramTest, checksWhatIsThereAndCallsNoEndedCheckASuccess) {
+    for (const bool isEnded : {false, true}) {
+        StagedProgram check(loop, environment, {"--self-check"});
+        ASSERT_TRUE(check.says(isEnded ? "ok  Camera permission: "
+                                       : "ok  Camera: Rehearsal camera, set to 640 × 480; "))
+            << check.recentWords();
+        const int status = check.terminate();
+        // A slow signal finds the check done.
+        const bool isDone = !isEnded || check.hasSaid("ok  Camera: ");
+        EXPECT_EQ(status, isDone ? EXIT_SUCCESS : EXIT_FAILURE) << check.recentWords();
+    }
+}
+
 }  // namespace
 }  // namespace marrowby

@@ -17,7 +17,12 @@ using testing::Not;
 using testing::StartsWith;
 
 struct SelfCheckTest : testing::Test, FakeComputer {
-    SelfCheckTest() { enrollmentCamera->answer = CaptureAuthorization::authorized; }
+    SelfCheckTest() {
+        enrollmentCamera->answer = CaptureAuthorization::authorized;
+        // A device may say anything of itself.
+        enrollmentCamera->cameras = {{.description = {"desk", "Desk\x1b[31m camera"},
+                                      .formats = {{640, 480, {{5, 30}}}, {1280, 720, {{5, 30}}}}}};
+    }
 
     void run(bool hasPicture = true) {
         check = std::make_unique<SelfCheck>(
@@ -65,7 +70,9 @@ TEST_F(SelfCheckTest, saysOneSentenceOfEverythingAndLeavesNothing) {
                                                  {"kCGSSessionUserNameKey", "anna"}});
     run();
     EXPECT_THAT(lines, Each(AllOf(EndsWith("."), Not(HasSubstr("anna")), Not(HasSubstr("501")))));
-    EXPECT_THAT(lines, Contains("ok  Camera: first picture of 1280 × 720 after 0.42 s."));
+    EXPECT_THAT(lines,
+                Contains("ok  Camera: Desk [31m camera, set to 1280 × 720 at 30 a second; first "
+                         "picture of 1280 × 720 after 0.42 s."));
     EXPECT_THAT(lines, Contains("ok  Key store: a key was kept, read and removed."));
     EXPECT_THAT(lines,
                 Contains("ok  Session: kCGSSessionOnConsoleKey is true, kCGSSessionUserIDKey "
@@ -83,7 +90,8 @@ TEST_F(SelfCheckTest, saysWhatIsMissingAndAsksForNothing) {
         std::function<void()> breakIt;
     };
     const Case cases[] = {
-        {"NO  Camera: no picture came within 10.00 s.", [] {}},
+        {"NO  Camera: Desk [31m camera, in a format of its own; no picture came within 10.00 s.",
+         [this] { enrollmentCamera->camera("desk").isBusy = true; }},
         {"NO  Accessibility: not granted.", [this] { keyEvents.trusted = false; }},
         {"NO  Session: there is no session to ask about.",
          [this] { loginSession.setDictionary(std::nullopt); }},

@@ -164,6 +164,8 @@ class World {
     }
 
     static void end() { QCoreApplication::exit(EXIT_SUCCESS); }
+    /// A check that is cut short has not found all there.
+    static void abandonCheck() { QCoreApplication::exit(EXIT_FAILURE); }
 
   private:
     [[nodiscard]] std::expected<void, std::string> start();
@@ -301,7 +303,7 @@ int UnlockProgram::run(int argumentCount, char** arguments, UnlockSurroundings& 
     const auto all = QApplication::arguments();
     if (all.contains(QLatin1String(selfCheckFlag))) {
         World world(std::move(places), surroundings, log);
-        signals.start(&World::end, &World::end);
+        signals.start(&World::abandonCheck, [] {});
         return world.selfCheck();
     }
     SingleInstance instance({.lockFile = places.lockFile(), .sessionBus = busaddress::session()});

@@ -10,8 +10,8 @@
 
 namespace {
 
-/// Says what an unlock would find on this Mac. Does not return.
-void selfCheck() {
+/// Says what an unlock would find on this Mac.
+[[noreturn]] void selfCheck() {
     using namespace marrowby;
     static MacApplication application;
     static SelfCheck check(
@@ -20,7 +20,9 @@ void selfCheck() {
                                                 << std::flush; },
         [](bool isAllThere) { std::_Exit(isAllThere ? EXIT_SUCCESS : EXIT_FAILURE); });
     check.start();
-    [NSApp run];
+    // Not the application's own loop, where a request to quit exits as if all were well.
+    for (;;)
+        CFRunLoopRun();
 }
 
 }  // namespace

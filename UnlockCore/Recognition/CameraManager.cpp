@@ -198,7 +198,7 @@ std::expected<void, CameraError> CameraManager::start(const std::optional<std::s
         configured_ = true;
     }
     std::expected<std::shared_ptr<DeviceLock>, CameraError> attached;
-    if (!input_ || input_->deviceID() != device->uniqueID) attached = attach(device->uniqueID);
+    if (!input_ || input_->deviceID() != device->uniqueID) attached = attach(*device);
     session_->commitConfiguration();
     if (!attached) return std::unexpected(attached.error());
 
@@ -265,25 +265,28 @@ std::optional<CaptureDeviceDescription> CameraManager::chooseDevice(
 }
 
 std::expected<std::shared_ptr<CameraManager::DeviceLock>, CameraError> CameraManager::attach(
-    const std::string& deviceID) {
+    const CaptureDeviceDescription& device) {
     detach();
-    auto input = session_->makeInput(deviceID);
+    auto input = session_->makeInput(device.uniqueID);
     if (!input) return std::unexpected(CameraError::CannotOpen{input.error()});
     if (!session_->addInput(**input)) {
         return std::unexpected(CameraError::CannotOpen{"the session won’t take it"});
     }
     input_ = *std::move(input);
-    return applyFormat(input_);
+    auto [lock, format] = applyFormat(input_);
+    opened_ = {.device = {device.uniqueID, device.localizedName}, .format = format};
+    return std::move(lock);
 }
 
 void CameraManager::detach() {
     if (!input_) return;
     session_->removeInput(*input_);
     input_.reset();
+    opened_.reset();
 }
 
-std::shared_ptr<CameraManager::DeviceLock> CameraManager::applyFormat(
-    const std::shared_ptr<CaptureInput>& input) {
+std::pair<std::shared_ptr<CameraManager::DeviceLock>, std::optional<CameraManager::Format>>
+CameraManager::applyFormat(const std::shared_ptr<CaptureInput>& input) {
     const std::vector<CaptureFormat> formats = input->formats();
     std::vector<cameraformatpicker::Candidate> candidates;
     for (const CaptureFormat& format : formats) {
@@ -294,16 +297,19 @@ std::shared_ptr<CameraManager::DeviceLock> CameraManager::applyFormat(
         candidates.push_back({format.width, format.height, fastest});
     }
     const auto picked = cameraformatpicker::pick(candidates, maximumHeight, frameRate);
-    if (!picked) return nullptr;
+    if (!picked) return {};
     auto lock = std::make_shared<DeviceLock>(input);
-    if (!lock->isHeld()) return nullptr;
+    if (!lock->isHeld()) return {};
+    const CaptureFormat& wanted = formats[*picked];
+    Format format{.width = wanted.width, .height = wanted.height, .frameRate = {}};
     input->setActiveFormat(*picked);
-    if (std::ranges::any_of(formats[*picked].frameRates, [](const FrameRateRange& range) {
+    if (std::ranges::any_of(wanted.frameRates, [](const FrameRateRange& range) {
             return range.minimum <= frameRate && range.maximum >= frameRate;
         })) {
         input->setFrameDuration(frameDuration);
+        format.frameRate = frameRate;
     }
-    return lock;
+    return {std::move(lock), format};
 }
 
 }  // namespace marrowby

@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace marrowby {
@@ -26,6 +27,20 @@ namespace marrowby {
 class CameraManager {
   public:
     enum class Permission { notDetermined, granted, denied, restricted };
+
+    /// What a camera was asked for.
+    struct Format {
+        std::int64_t width = 0;
+        std::int64_t height = 0;
+        /// Per second; nothing where the camera keeps its own pace.
+        std::optional<double> frameRate;
+        friend bool operator==(const Format&, const Format&) = default;
+    };
+    struct Opened {
+        CameraDevice device;
+        /// Nothing where it has none to choose from, or another process holds its configuration.
+        std::optional<Format> format;
+    };
 
     /// Everything here outlives the manager and its queue's last work.
     struct Services {
@@ -54,6 +69,8 @@ class CameraManager {
     /// returns before it runs.
     [[nodiscard]] std::expected<void, CameraError> start(
         const std::optional<std::string>& cameraID);
+    /// The camera of the last start, while it is attached. Main thread.
+    [[nodiscard]] const std::optional<Opened>& opened() const { return opened_; }
     /// No frame is kept or handed over after this. Returns before the camera has stopped.
     void stop();
 
@@ -74,9 +91,9 @@ class CameraManager {
         const std::optional<std::string>& cameraID) const;
     /// Gives the lock under which the format was set, if it was.
     [[nodiscard]] std::expected<std::shared_ptr<DeviceLock>, CameraError> attach(
-        const std::string& deviceID);
+        const CaptureDeviceDescription& device);
     void detach();
-    [[nodiscard]] static std::shared_ptr<DeviceLock> applyFormat(
+    [[nodiscard]] static std::pair<std::shared_ptr<DeviceLock>, std::optional<Format>> applyFormat(
         const std::shared_ptr<CaptureInput>& input);
 
     std::shared_ptr<CaptureSession> session_;
@@ -87,6 +104,7 @@ class CameraManager {
     std::shared_ptr<Claim> claim_;
     /// The queue's work may keep it longer.
     std::shared_ptr<CaptureInput> input_;
+    std::optional<Opened> opened_;
     bool configured_ = false;
 };
 

@@ -154,19 +154,28 @@ TEST_F(CameraManagerTest, ConfiguresOnceAndKeepsTheSameCamera) {
     EXPECT_THAT(session->calls, ElementsAre("begin", "remove ", "add phone", "commit"));
 }
 
-TEST_F(CameraManagerTest, AppliesAFormatWhereTheCameraLetsIt) {
+TEST_F(CameraManagerTest, AppliesAFormatWhereTheCameraLetsItAndTells) {
+    using Format = CameraManager::Format;
+    const auto format = [this] {
+        EXPECT_EQ(manager->opened()->device.id, session->attached());
+        return manager->opened()->format;
+    };
+    EXPECT_FALSE(manager->opened());
     start("desk");
+    EXPECT_EQ(format(), (Format{1280, 720, 30}));
     EXPECT_EQ(session->camera("desk").activeFormat, 1U);
     EXPECT_EQ(session->camera("desk").frameDuration, (FrameDuration{1, 30}));
 
     start("phone");
     EXPECT_EQ(session->camera("phone").activeFormat, 0U);
     EXPECT_FALSE(session->camera("phone").frameDuration) << "it has 60 only";
+    EXPECT_EQ(format(), (Format{1280, 720, std::nullopt}));
 
     session->camera("built-in").isBusy = true;
     start("built-in");
     EXPECT_EQ(session->attached(), "built-in");
     EXPECT_FALSE(session->camera("built-in").activeFormat);
+    EXPECT_FALSE(format());
 }
 
 TEST_F(CameraManagerTest, ACameraThatCannotBeOpenedLeavesNone) {
@@ -175,6 +184,7 @@ TEST_F(CameraManagerTest, ACameraThatCannotBeOpenedLeavesNone) {
     EXPECT_EQ(manager->start("phone").error(),
               CameraError(CameraError::CannotOpen{"It is on fire."}));
     EXPECT_EQ(session->attached(), std::nullopt);
+    EXPECT_FALSE(manager->opened());
     EXPECT_EQ(session->calls.back(), "commit");
 
     session->inputFault.reset();

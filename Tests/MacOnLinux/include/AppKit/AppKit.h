@@ -48,9 +48,6 @@ typedef NSInteger NSWindowAnimationBehavior;
 @property(copy) NSString* accessibilityHelp;
 @property BOOL translatesAutoresizingMaskIntoConstraints;
 @property(readonly) NSSize intrinsicContentSize;
-/// What it has drawn in its window.
-- (NSBitmapImageRep*)bitmapImageRepForCachingDisplayInRect:(NSRect)rect;
-- (void)cacheDisplayInRect:(NSRect)rect toBitmapImageRep:(NSBitmapImageRep*)picture;
 - (void)setContentHuggingPriority:(NSLayoutPriority)priority
                    forOrientation:(NSLayoutConstraintOrientation)orientation;
 - (void)setContentCompressionResistancePriority:(NSLayoutPriority)priority

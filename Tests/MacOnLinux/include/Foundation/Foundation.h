@@ -10,6 +10,8 @@
 
 #define NS_VALID_UNTIL_END_OF_SCOPE __attribute__((objc_precise_lifetime))
 #define __unused __attribute__((unused))
+#define NS_STRING_ENUM
+#define kCFAllocatorDefault ((CFAllocatorRef)NULL)
 
 #ifdef __cplusplus
 extern "C" {
@@ -22,6 +24,7 @@ typedef const struct __CFNumber* CFNumberRef;
 typedef const struct __CFString* CFStringRef;
 typedef struct __CFRunLoop* CFRunLoopRef;
 typedef unsigned long CFTypeID;
+typedef long CFIndex;
 typedef unsigned char Boolean;
 typedef double CFTimeInterval;
 typedef int32_t OSStatus;

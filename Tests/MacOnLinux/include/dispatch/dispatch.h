@@ -5,9 +5,12 @@
 #define NSEC_PER_SEC 1000000000ULL
 #define DISPATCH_TIME_FOREVER (~0ULL)
 #define DISPATCH_SOURCE_TYPE_TIMER 1
+#define DISPATCH_QUEUE_SERIAL NULL
+enum { QOS_CLASS_USER_INITIATED = 0x19 };
 
 @class MacQueue, MacTimerSource;
 typedef MacQueue* dispatch_queue_t;
+typedef void* dispatch_queue_attr_t;
 typedef MacTimerSource* dispatch_source_t;
 typedef uint64_t dispatch_time_t;
 typedef int dispatch_source_type_t;
@@ -16,6 +19,10 @@ typedef int dispatch_source_type_t;
 extern "C" {
 #endif
 dispatch_queue_t dispatch_get_main_queue(void);
+dispatch_queue_t dispatch_get_global_queue(intptr_t quality, uintptr_t flags);
+dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t attributes);
+dispatch_queue_attr_t dispatch_queue_attr_make_with_qos_class(dispatch_queue_attr_t attributes,
+                                                              int quality, int priority);
 void dispatch_async(dispatch_queue_t queue, void (^block)(void));
 dispatch_time_t dispatch_walltime(const struct timespec* when, int64_t delta);
 dispatch_source_t dispatch_source_create(dispatch_source_type_t type, uintptr_t handle,

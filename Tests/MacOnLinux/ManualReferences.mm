@@ -1,7 +1,17 @@
-// Blocks as objects. The linker gives these classes the names that compiled blocks know. Without
-// ARC.
+// What is compiled without ARC: blocks as objects, and the end of every object.
 
 #import <Foundation/Foundation.h>
+
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+@implementation NSObject (MacOnLinux)
+/// In place of GNUstep's own, which knows of no associations.
+- (void)dealloc {
+    objc_removeAssociatedObjects(self);
+    NSDeallocateObject(self);
+}
+@end
+
+// The linker gives these classes the names that compiled blocks know.
 
 @interface MacBlock : NSObject
 @end

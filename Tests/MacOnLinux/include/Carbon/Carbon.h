@@ -1,0 +1,16 @@
+#pragma once
+#import <Foundation/Foundation.h>
+
+enum {
+    kVK_Return = 0x24,
+    kVK_Delete = 0x33,
+    kVK_Command = 0x37,
+    kVK_Shift = 0x38,
+    kVK_RightArrow = 0x7C
+};
+
+#ifdef __cplusplus
+extern "C"
+#endif
+    Boolean
+    IsSecureEventInputEnabled(void);

@@ -1,0 +1,35 @@
+// What the adapters call of Core Graphics.
+#pragma once
+#import <Foundation/Foundation.h>
+
+typedef struct __CGEvent* CGEventRef;
+typedef struct __CGEventSource* CGEventSourceRef;
+typedef uint64_t CGEventFlags;
+typedef int32_t CGEventSourceStateID;
+typedef uint32_t CGEventTapLocation;
+typedef uint32_t CGEventType;
+typedef uint16_t CGKeyCode;
+typedef uint16_t UniChar;
+typedef unsigned long UniCharCount;
+
+enum {
+    kCGEventSourceStateHIDSystemState = 1,
+    kCGHIDEventTap = 0,
+    kCGEventFlagMaskCommand = 0x100000
+};
+#define kCGAnyInputEventType ((CGEventType)(~0))
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+CGEventSourceRef CGEventSourceCreate(CGEventSourceStateID state);
+CFTimeInterval CGEventSourceSecondsSinceLastEventType(CGEventSourceStateID state, CGEventType type);
+CGEventRef CGEventCreateKeyboardEvent(CGEventSourceRef source, CGKeyCode code, bool down);
+void CGEventSetFlags(CGEventRef event, CGEventFlags flags);
+void CGEventKeyboardSetUnicodeString(CGEventRef event, UniCharCount length, const UniChar* text);
+void CGEventPost(CGEventTapLocation tap, CGEventRef event);
+bool CGPreflightPostEventAccess(void);
+CFDictionaryRef CGSessionCopyCurrentDictionary(void);
+#ifdef __cplusplus
+}
+#endif
