@@ -151,16 +151,18 @@ bool goesOn(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps) {
 /// its sides end at its corners, and what is cut off is not hidden by somebody before it.
 bool standsAlone(const Quad& quad, const EdgeMaps& maps, bool isCut) {
     // Shoulders hide what is behind somebody there, even where they only just come into the
-    // picture.
+    // picture. So does the thumb that holds a phone, at one side.
     constexpr double leastAtCut = 0.6;
     constexpr float cut = 0.94F;
     constexpr float lowest = 0.8F;
+    constexpr double phonesAspect = 0.56;
     const auto reaches = [&](float begin, bool both) {
         const bool left = seen(quad[1], quad[0], maps, begin) >= leastAtCut;
         const bool right = seen(quad[2], quad[3], maps, begin) >= leastAtCut;
         return both ? left && right : left || right;
     };
-    if (isCut && !(reaches(lowest, false) && reaches(cut, true))) return false;
+    const bool isSlim = side(quad, 1) <= phonesAspect * std::min(side(quad, 0), side(quad, 2));
+    if (isCut && !(reaches(lowest, false) && reaches(cut, !isSlim))) return false;
     const std::size_t sides = isCut ? 3 : 4;
     for (std::size_t i = 0; i < sides; ++i) {
         const bool startsAtCut = isCut && i == 0;
