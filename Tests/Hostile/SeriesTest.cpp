@@ -95,9 +95,6 @@ TEST_P(Series, killedAtRandomMomentsItSpillsNotOneCharacter) {
 
 /// The other layouts: ./bench hostile.
 TEST_P(Series, acceptsHonestTyping) {
-    if (std::string_view(GetParam()) == "xscreensaver") {
-        GTEST_SKIP() << "Skipped: a known fault: text left in xscreensaver’s field is not cleared.";
-    }
     for (const char* layout : {"us", "de"}) {
         for (const auto& line : linesOf({"honest", GetParam(), layout, "3"})) {
             std::istringstream words(line);
