@@ -1,5 +1,6 @@
 #include "Rehearsal/ScreenLocker.h"
 
+#include "Platforms/Linux/CoveringFrame.h"
 #include "Rehearsal/ChildProcess.h"
 #include "UnlockCore/Foundation/Mutex.h"
 
@@ -260,16 +261,21 @@ class RootWatch {
         }
     }
 
-    /// But for a pixel at each edge.
     [[nodiscard]] bool coversScreen(xcb_window_t window) const {
-        auto* const frame =
+        auto* const found =
             ::xcb_get_geometry_reply(connection_, ::xcb_get_geometry(connection_, window), nullptr);
-        if (frame == nullptr) return false;
+        if (found == nullptr) return false;
+        const double borders = 2.0 * found->border_width;
+        const Rect frame{.x = double(found->x),
+                         .y = double(found->y),
+                         .width = found->width + borders,
+                         .height = found->height + borders};
+        ::free(found);
         const auto& screen = *::xcb_setup_roots_iterator(::xcb_get_setup(connection_)).data;
-        const bool covers = frame->width + 2 >= screen.width_in_pixels &&
-                            frame->height + 2 >= screen.height_in_pixels;
-        ::free(frame);
-        return covers;
+        return covers(frame, {.x = 0,
+                              .y = 0,
+                              .width = double(screen.width_in_pixels),
+                              .height = double(screen.height_in_pixels)});
     }
 
     xcb_connection_t* connection_;
