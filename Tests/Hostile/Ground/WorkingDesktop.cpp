@@ -42,7 +42,7 @@ std::expected<WorkingDesktop, std::string> WorkingDesktop::create() {
     if (!server) return std::unexpected(server.error());
     auto connection = XcbConnection::create(server->displayName());
     if (!connection) return std::unexpected(connection.error());
-    auto folder = TemporaryFolder::create();
+    auto folder = PrivateFolder::create();
     if (!folder) return std::unexpected(folder.error());
     WorkingDesktop desktop(std::move(*server), std::move(*connection), std::move(*folder));
     if (const auto started = desktop.startPrograms(); !started)
