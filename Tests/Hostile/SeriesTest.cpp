@@ -69,10 +69,7 @@ class Series : public testing::TestWithParam<const char*> {
 };
 
 TEST_P(Series, killedAtRandomMomentsItSpillsNotOneCharacter) {
-    // Some take seconds to come up.
-    const std::string_view locker = GetParam();
-    const bool isSlow = locker != "i3lock" && locker != "xsecurelock";
-    const auto kills = wish("MARROWBY_KILLS", isSlow ? 12 : 48);
+    const auto kills = wish("MARROWBY_KILLS", 52);
     const auto seed = wish("MARROWBY_SEED", std::random_device{}());
     std::cout << "MARROWBY_SEED=" << seed << '\n';
     int all = 0;
@@ -93,9 +90,8 @@ TEST_P(Series, killedAtRandomMomentsItSpillsNotOneCharacter) {
     EXPECT_GE(whileTyping, all / 2);
 }
 
-/// The other layouts: ./bench hostile.
-TEST_P(Series, acceptsHonestTyping) {
-    for (const char* layout : {"us", "de"}) {
+TEST_P(Series, acceptsHonestTypingOnEveryLayout) {
+    for (const char* layout : {"us", "de", "fr", "ru"}) {
         for (const auto& line : linesOf({"honest", GetParam(), layout, "3"})) {
             std::istringstream words(line);
             std::string task, name, where, field;
