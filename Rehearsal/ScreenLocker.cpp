@@ -395,7 +395,7 @@ std::expected<void, std::string> ScreenLocker::lock(std::string_view password) {
     std::expected<void, std::string> locked;
     for (int tries = 0; tries < startTries; ++tries) {
         locked = tryToLock(password);
-        if (locked || !locked.error().contains(takenPlace)) break;
+        if (locked || locked.error() != takenPlace) break;
     }
     return locked;
 }
@@ -425,6 +425,7 @@ std::expected<void, std::string> ScreenLocker::tryToLock(std::string_view passwo
     if (said.contains("cannot be preloaded")) {
         return std::unexpected("libpam_wrapper.so is not installed.");
     }
+    if (start != Start::up && said.contains(takenPlace)) return std::unexpected(takenPlace);
     switch (start) {
         case Start::up:
             break;

@@ -17,7 +17,7 @@
 namespace marrowby {
 namespace {
 
-/// MARROWBY_KILLS, MARROWBY_SEED and the like.
+/// MARROWBY_LOCKER_KILLS and MARROWBY_SEED.
 std::uint64_t wish(const char* name, std::uint64_t otherwise) {
     const char* const text = std::getenv(name);
     return text != nullptr ? std::strtoull(text, nullptr, 10) : otherwise;
@@ -69,7 +69,7 @@ class Series : public testing::TestWithParam<const char*> {
 };
 
 TEST_P(Series, killedAtRandomMomentsItSpillsNotOneCharacter) {
-    const auto kills = wish("MARROWBY_KILLS", 52);
+    const auto kills = wish("MARROWBY_LOCKER_KILLS", 52);
     const auto seed = wish("MARROWBY_SEED", std::random_device{}());
     std::cout << "MARROWBY_SEED=" << seed << '\n';
     int all = 0;

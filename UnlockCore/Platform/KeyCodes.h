@@ -38,8 +38,9 @@ inline constexpr std::uint32_t leftControl = 0xFFE3;
 
 /// Between two events. Lockers that follow the raw events need some time for each.
 inline constexpr TimeInterval eventGap{0.001};
-/// How long a slow reader may still look up what a lent key gives after the last press.
-inline constexpr TimeInterval returningLimit{1.0};
+/// How long a slow reader may still look up what a lent key gives after the last press: beside
+/// three busy processes a core, xscreensaver was 1.2 s late.
+inline constexpr TimeInterval returningLimit{4.0};
 /// How often the lock state is asked meanwhile.
 inline constexpr TimeInterval returningStep{0.020};
 /// For the display to tell whom a key went to.
