@@ -5,7 +5,6 @@
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Platforms/Linux/XcbConnection.h"
 #include "UnlockCore/Foundation/Text.h"
-#include "UnlockCore/Platform/KeyCodes.h"
 
 #include <map>
 #include <optional>
@@ -20,6 +19,7 @@ namespace marrowby {
 namespace {
 
 constexpr TimeInterval lendingTime{0.030};
+constexpr TimeInterval returningTime{1.0};
 
 bool send(const XcbConnection& connection, xcb_keycode_t key, bool down) {
     xcb_test_fake_input(connection.get(), down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, key,
@@ -93,7 +93,7 @@ bool DesktopUser::write(std::u16string_view text) const {
             return false;
     }
     // A slow reader looks up late what they give.
-    if (!lent.empty()) XTestKeyEvents::sleep(xkey::returningLimit);
+    if (!lent.empty()) XTestKeyEvents::sleep(returningTime);
     return true;
 }
 

@@ -1,5 +1,8 @@
 #include "Rehearsal/ScreenLocker.h"
 
+#include "Platforms/Linux/CoveringFrame.h"
+#include "Platforms/Linux/XKeyGuard.h"
+#include "Platforms/Linux/XcbConnection.h"
 #include "Rehearsal/ChildProcess.h"
 #include "UnlockCore/Foundation/Mutex.h"
 
@@ -29,6 +32,13 @@ namespace marrowby {
 namespace {
 
 constexpr std::chrono::seconds startLimit{10};
+constexpr std::chrono::milliseconds askStep{10};
+constexpr TimeInterval endLimit{2.0};
+
+/// What the PAM wrapper says where another one, starting at the same moment, took the name of its
+/// folder first.
+constexpr const char* takenPlace = "Failed to create pam_wrapper config dir";
+constexpr int startTries = 5;
 
 // Called with the folder. At the end of its input, which comes with our own end at the latest, it
 // removes the folder and what the PAM wrapper of a killed locker has left behind.
@@ -50,10 +60,23 @@ sleep 0.2
 tr -d '\000' | cmp -s - "$(dirname "$0")/password"
 )sh";
 
-// Locks once, and ends when it is unlocked. The program of that name stays otherwise, and now and
-// then is deaf to being asked to end.
+// Before a script: it and all that it started end together. Lockers now and then are deaf to being
+// asked to.
+constexpr std::string_view endingTogether = R"sh(
+end() {
+    trap "" TERM
+    kill 0
+    for i in 1 2 3 4 5 6 7 8 9 10; do
+        kill -0 $saver || break
+        sleep 0.05
+    done
+    kill -s KILL 0
+}
+trap end EXIT
+)sh";
+
+// Locks once, and ends when it is unlocked. The program of that name stays otherwise.
 constexpr const char* xscreensaverScript = R"sh(
-trap 'trap "" TERM; kill 0; sleep 0.5; kill -s KILL 0' EXIT
 trap 'exit 1' TERM
 xscreensaver --no-splash >&2 & saver=$!
 until xscreensaver-command -time >/dev/null 2>&1; do
@@ -69,7 +92,6 @@ wait
 )sh";
 
 constexpr const char* mateScreensaverScript = R"sh(
-trap 'trap "" TERM; kill 0; sleep 0.5; kill -s KILL 0' EXIT
 trap 'exit 1' TERM
 export DBUS_SESSION_BUS_ADDRESS="unix:path=$HOME/bus"
 dbus-daemon --session --nofork --nopidfile --address="$DBUS_SESSION_BUS_ADDRESS" &
@@ -135,7 +157,9 @@ std::vector<std::string> command(ScreenLocker::Kind kind) {
             words.push_back(word);
     }
     const bool isMate = kind == ScreenLocker::Kind::mateScreensaver;
-    words.insert(words.end(), {"sh", "-c", isMate ? mateScreensaverScript : xscreensaverScript});
+    words.insert(words.end(), {"sh", "-c",
+                               std::string(endingTogether) +
+                                   (isMate ? mateScreensaverScript : xscreensaverScript)});
     return words;
 }
 
@@ -222,75 +246,76 @@ class CheckerFolder {
 class RootWatch {
   public:
     explicit RootWatch(const std::string& displayName)
-        : connection_(::xcb_connect(displayName.c_str(), nullptr)) {
-        if (!isAlive()) return;
-        root_ = ::xcb_setup_roots_iterator(::xcb_get_setup(connection_)).data->root;
-        const std::array<std::uint32_t, 1> events{XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
-                                                  XCB_EVENT_MASK_FOCUS_CHANGE};
-        ::free(::xcb_request_check(
-            connection_, ::xcb_change_window_attributes_checked(connection_, root_,
-                                                                XCB_CW_EVENT_MASK, events.data())));
+        : connection_(XcbConnection::create(displayName).value_or(nullptr)) {
+        if (!connection_) return;
+        const std::uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+        xcb_change_window_attributes(connection_->get(), connection_->root(), XCB_CW_EVENT_MASK,
+                                     &events);
+        (void)connection_->atom("done");
     }
-    RootWatch(const RootWatch&) = delete;
-    RootWatch& operator=(const RootWatch&) = delete;
-    ~RootWatch() { ::xcb_disconnect(connection_); }
 
-    [[nodiscard]] bool isAlive() const { return ::xcb_connection_has_error(connection_) == 0; }
-    [[nodiscard]] int descriptor() const { return ::xcb_get_file_descriptor(connection_); }
+    [[nodiscard]] bool isAlive() const { return connection_ && !connection_->hasError(); }
+    [[nodiscard]] int descriptor() const { return connection_->fd(); }
 
     /// Takes in what has arrived; true when its window is there and it holds the keyboard.
     [[nodiscard]] bool lockerIsUp() {
-        while (auto* event = ::xcb_poll_for_event(connection_)) {
-            note(*event);
-            ::free(event);
+        while (const XcbConnection::Owned<xcb_generic_event_t> event{
+            xcb_poll_for_event(connection_->get())}) {
+            if ((event->response_type & 0x7F) != XCB_MAP_NOTIFY) continue;
+            const auto& mapped = reinterpret_cast<const xcb_map_notify_event_t&>(*event);
+            isMapped_ |= mapped.override_redirect != 0 && coversScreen(mapped.window);
         }
-        return isMapped_ && isGrabbed_;
+        return isMapped_ && XKeyGuard(*connection_).isKeyboardHeld();
     }
+    /// Nobody tells when the keyboard is grabbed: mate-screensaver's last grab changes nothing for
+    /// the root window.
+    [[nodiscard]] bool isToBeAskedAgain() const { return isMapped_; }
 
   private:
-    void note(const xcb_generic_event_t& event) {
-        const auto kind = event.response_type & 0x7F;
-        if (kind == XCB_MAP_NOTIFY) {
-            const auto& mapped = reinterpret_cast<const xcb_map_notify_event_t&>(event);
-            isMapped_ |= mapped.override_redirect != 0 && coversScreen(mapped.window);
-        } else if (kind == XCB_FOCUS_OUT || kind == XCB_FOCUS_IN) {
-            const auto mode = reinterpret_cast<const xcb_focus_in_event_t&>(event).mode;
-            if (mode == XCB_NOTIFY_MODE_GRAB) isGrabbed_ = true;
-            if (mode == XCB_NOTIFY_MODE_UNGRAB) isGrabbed_ = false;
-        }
-    }
-
-    /// But for a pixel at each edge.
     [[nodiscard]] bool coversScreen(xcb_window_t window) const {
-        auto* const frame =
-            ::xcb_get_geometry_reply(connection_, ::xcb_get_geometry(connection_, window), nullptr);
-        if (frame == nullptr) return false;
-        const auto& screen = *::xcb_setup_roots_iterator(::xcb_get_setup(connection_)).data;
-        const bool covers = frame->width + 2 >= screen.width_in_pixels &&
-                            frame->height + 2 >= screen.height_in_pixels;
-        ::free(frame);
-        return covers;
+        const auto found = connection_->reply<xcb_get_geometry_reply>(
+            xcb_get_geometry(connection_->get(), window));
+        if (!found) return false;
+        const double borders = 2.0 * found->border_width;
+        const auto& screen = connection_->screen();
+        return covers({.x = double(found->x),
+                       .y = double(found->y),
+                       .width = found->width + borders,
+                       .height = found->height + borders},
+                      {.x = 0,
+                       .y = 0,
+                       .width = double(screen.width_in_pixels),
+                       .height = double(screen.height_in_pixels)});
     }
 
-    xcb_connection_t* connection_;
-    xcb_window_t root_ = XCB_NONE;
+    std::unique_ptr<XcbConnection> connection_;
     bool isMapped_ = false;
-    bool isGrabbed_ = false;
 };
 
-/// The process of the session of `leader` that runs the program of this name.
-std::optional<pid_t> findInSession(pid_t leader, std::string_view program) {
+std::vector<pid_t> processesInSession(pid_t leader) {
+    std::vector<pid_t> found;
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
         const std::string name = entry.path().filename();
         pid_t process = 0;
         std::from_chars(name.data(), name.data() + name.size(), process);
-        if (process > 0 && ::getsid(process) == leader &&
-            std::filesystem::read_symlink(entry.path() / "exe", error).filename() == program) {
-            return process;
-        }
+        if (process > 0 && ::getsid(process) == leader) found.push_back(process);
     }
-    return std::nullopt;
+    return found;
+}
+
+bool runs(pid_t process, std::string_view program) {
+    std::error_code error;
+    const auto file = std::filesystem::path("/proc") / std::to_string(process) / "exe";
+    return std::filesystem::read_symlink(file, error).filename() == program;
+}
+
+/// The leader with all others, also those that left its group, as xscreensaver's do.
+void endSession(const ChildProcess& leader) {
+    leader.send(SIGTERM);
+    leader.waitEnded(endLimit);
+    for (const pid_t process : processesInSession(leader.id()))
+        ::kill(process, SIGKILL);
 }
 
 enum class Start { up, ended, late };
@@ -306,7 +331,8 @@ Start waitForLocker(RootWatch& watch, const ChildProcess& locker) {
         std::array<pollfd, 2> wanted{
             pollfd{.fd = watch.descriptor(), .events = POLLIN, .revents = 0},
             pollfd{.fd = locker.endDescriptor(), .events = POLLIN, .revents = 0}};
-        ::poll(wanted.data(), wanted.size(), static_cast<int>(left.count()));
+        const auto wait = watch.isToBeAskedAgain() ? std::min(left, askStep) : left;
+        ::poll(wanted.data(), wanted.size(), static_cast<int>(wait.count()));
     }
 }
 
@@ -334,9 +360,11 @@ struct ScreenLocker::State {
         const MutexLock lock(mutex);
         if (!session) return false;
         const pid_t leader = session->locker.id();
-        const auto holder =
-            isScripted(kind) ? findInSession(leader, name(kind)) : std::optional(leader);
-        return holder && ::kill(*holder, signal) == 0;
+        if (!isScripted(kind)) return ::kill(leader, signal) == 0;
+        const auto processes = processesInSession(leader);
+        const auto holder = std::ranges::find_if(
+            processes, [this](pid_t process) { return runs(process, name(kind)); });
+        return holder != processes.end() && ::kill(*holder, signal) == 0;
     }
 
     void end() {
@@ -344,6 +372,7 @@ struct ScreenLocker::State {
         std::optional<Session> former;
         const MutexLock lock(mutex);
         std::swap(former, session);
+        if (former && isScripted(kind)) endSession(former->locker);
     }
 
     const std::string displayName;
@@ -363,6 +392,15 @@ ScreenLocker::~ScreenLocker() {
 
 std::expected<void, std::string> ScreenLocker::lock(std::string_view password) {
     if (isRunning()) return std::unexpected("The screen is locked already.");
+    std::expected<void, std::string> locked;
+    for (int tries = 0; tries < startTries; ++tries) {
+        locked = tryToLock(password);
+        if (locked || locked.error() != takenPlace) break;
+    }
+    return locked;
+}
+
+std::expected<void, std::string> ScreenLocker::tryToLock(std::string_view password) {
     state_->end();
     RootWatch watch(state_->displayName);
     if (!watch.isAlive()) {
@@ -387,6 +425,7 @@ std::expected<void, std::string> ScreenLocker::lock(std::string_view password) {
     if (said.contains("cannot be preloaded")) {
         return std::unexpected("libpam_wrapper.so is not installed.");
     }
+    if (start != Start::up && said.contains(takenPlace)) return std::unexpected(takenPlace);
     switch (start) {
         case Start::up:
             break;

@@ -41,6 +41,7 @@ class ScreenLocker {
 
   private:
     struct State;
+    [[nodiscard]] std::expected<void, std::string> tryToLock(std::string_view password);
     std::unique_ptr<State> state_;
 };
 

@@ -19,6 +19,7 @@
 #include "Rehearsal/MovedClock.h"
 #include "Rehearsal/MovedMainThread.h"
 #include "Rehearsal/PrivateDesktop.h"
+#include "Rehearsal/PrivateFolder.h"
 #include "Rehearsal/SceneDirectory.h"
 #include "Rehearsal/SceneKeychain.h"
 #include "Rehearsal/SceneOwner.h"
@@ -27,7 +28,6 @@
 #include "Rehearsal/Scenes/SceneUser.h"
 #include "Rehearsal/Scenes/ScriptedCamera.h"
 #include "Rehearsal/ScreenLocker.h"
-#include "Rehearsal/TemporaryFolder.h"
 #include "Unlock/Island.h"
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
@@ -97,14 +97,14 @@ class Viewfinder {
 
 /// What the application runs on, in the order in which it may be built; it goes in reverse.
 struct Stage::World {
-    World(ModelPack pack, TemporaryFolder home, PrivateDesktop screen, DesktopUser somebody)
+    World(ModelPack pack, PrivateFolder home, PrivateDesktop screen, DesktopUser somebody)
         : networks(std::move(pack)),
           data(std::move(home)),
           desktop(std::move(screen)),
           atDesk(std::move(somebody)) {}
 
     const ModelPack networks;
-    TemporaryFolder data;
+    PrivateFolder data;
     PrivateDesktop desktop;
     DesktopUser atDesk;
     Interruption interruption;
@@ -284,7 +284,7 @@ Stage::Stage(std::unique_ptr<World> world) : world_(std::move(world)) {}
 Stage::~Stage() = default;
 
 Stage::Result<std::unique_ptr<Stage>> Stage::create(const ModelPack& networks) {
-    auto data = TemporaryFolder::create();
+    auto data = PrivateFolder::create();
     if (!data) return std::unexpected(data.error());
     auto desktop = PrivateDesktop::create();
     if (!desktop) return std::unexpected(desktop.error());

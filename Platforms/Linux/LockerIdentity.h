@@ -79,9 +79,10 @@ struct LockerPace {
     /// That window can be found. xsecurelock's cannot, and the keys for it are kept until it
     /// stands.
     bool dialogIsOnScreen = true;
-    /// Keys from before that window stood never reach it: nothing can be in a field that came up
-    /// for our own key, and a shortcut would come too early for it.
-    bool forgetsEarlierKeys = false;
+    /// Its field is cleared by ending the dialog, which Escape does; another comes up for the next
+    /// key, and hears none from before its window stood. xscreensaver's looks so late at which
+    /// modifiers are held, busy with each key that is lent meanwhile, that shortcuts fail.
+    bool renewsDialog = false;
 };
 
 struct KnownScreenLocker {

@@ -1,18 +1,12 @@
 #include "Platforms/Linux/LockerTraces.h"
 
+#include "Platforms/Linux/CoveringFrame.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace marrowby {
 namespace {
-
-/// Pixels that xsecurelock leaves free at each edge of the screen.
-constexpr double margin = 1;
-
-bool covers(const Rect& frame, const Size& screen) {
-    return frame.x <= margin && frame.y <= margin && frame.maxX() >= screen.width - margin &&
-           frame.maxY() >= screen.height - margin;
-}
 
 bool isShown(const LockerTraces::Window& window) {
     return window.overrideRedirect && window.mapped;
@@ -21,11 +15,11 @@ bool isShown(const LockerTraces::Window& window) {
 }  // namespace
 
 std::optional<LockHolder> lockHolder(const LockerTraces& traces) {
+    const Rect screen{.x = 0, .y = 0, .width = traces.screen.width, .height = traces.screen.height};
     for (const auto& [className, locker] : {std::pair("i3lock", KnownLocker::i3lock),
                                             std::pair("xsecurelock", KnownLocker::xsecurelock)}) {
         for (const LockerTraces::Window& window : traces.windows) {
-            if (isShown(window) && window.className == className &&
-                covers(window.frame, traces.screen)) {
+            if (isShown(window) && window.className == className && covers(window.frame, screen)) {
                 return LockHolder{.locker = locker, .window = window.id};
             }
         }

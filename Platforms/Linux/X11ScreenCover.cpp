@@ -1,5 +1,6 @@
 #include "Platforms/Linux/X11ScreenCover.h"
 
+#include "Platforms/Linux/CoveringFrame.h"
 #include "Platforms/Linux/X11Screen.h"
 
 #include <algorithm>
@@ -8,8 +9,6 @@
 
 namespace marrowby {
 namespace {
-
-constexpr double margin = 1;
 
 struct Shown {
     X11ScreenCover::Window window;
@@ -62,11 +61,6 @@ std::vector<Shown> shownWindows(const XcbConnection& connection) {
 }
 
 }  // namespace
-
-bool X11ScreenCover::covers(const Rect& window, const Rect& monitor) {
-    return window.x <= monitor.x + margin && window.y <= monitor.y + margin &&
-           window.maxX() >= monitor.maxX() - margin && window.maxY() >= monitor.maxY() - margin;
-}
 
 std::vector<std::optional<X11ScreenCover::Window>> X11ScreenCover::read(
     const XcbConnection& connection) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Platforms/Linux/XcbConnection.h"
-#include "UnlockCore/Foundation/Geometry.h"
 
 #include <optional>
 #include <vector>
@@ -17,9 +16,6 @@ struct X11ScreenCover {
     /// For each monitor the topmost window that covers it; nothing where none does. Empty on a lost
     /// display. Windows of the server's own, such as a compositor paints on, are passed over.
     [[nodiscard]] static std::vector<std::optional<Window>> read(const XcbConnection& connection);
-
-    /// Some lockers leave a pixel free at each edge of the screen.
-    [[nodiscard]] static bool covers(const Rect& window, const Rect& monitor);
 };
 
 }  // namespace marrowby

@@ -98,7 +98,6 @@ class XTestKeyEventSource final : public KeyEventSource {
 
     ~XTestKeyEventSource() override {
         guard_.release();
-        if (heldKey_) sendRelease(*heldKey_);
         if (heldModifier_) sendRelease(*heldModifier_);
         lentKeys_.takeBack();
         if (hasClearedLocks_) lockModifiers(layout_.lockedModifiers());
@@ -128,20 +127,18 @@ class XTestKeyEventSource final : public KeyEventSource {
     [[nodiscard]] KeyPace pace() const override {
         return {.tapsFirst = false,
                 .wake = {},
-                .clearsField = !hasFreshField_,
+                .clearsField = !pace_.renewsDialog,
                 .shortcut = pace_.shortcut};
     }
 
-    /// Return is released in the same stroke, for its press may end the locker. Other keys are held
-    /// for the pace of a shortcut: xscreensaver loses one that is released at once.
+    /// A key that is no modifier is released in the same stroke, for its press may end the locker.
     [[nodiscard]] bool post(const KeyPress& press) override {
         const auto key = find(press.code);
         if (!key || !holder_ || !releaseHeldModifiers()) return false;
-        if (press.code == xkey::returnKey) return !press.down || tap(*key);
-        auto& held = isModifier(*key) ? heldModifier_ : heldKey_;
-        if (press.down) held = key;
+        if (!isModifier(*key)) return !press.down || tap(*key);
+        if (press.down) heldModifier_ = key;
         if (!stroke(std::array{XKeyGuard::Event{.key = *key, .down = press.down}})) return false;
-        if (!press.down) held.reset();
+        if (!press.down) heldModifier_.reset();
         return true;
     }
 
@@ -227,12 +224,13 @@ class XTestKeyEventSource final : public KeyEventSource {
         holder_ = std::move(holder);
         if (!chooseKeys()) return LockerDoubt{.fact = LockerDoubt::Fact::keysAreReserved};
         if (!pace_.dialog.empty()) {
-            const auto dialog = awaitDialog(*facts.receiver, stillLocked);
-            if (!dialog)
+            const auto former =
+                pace_.renewsDialog ? dialogAmong(clientsBefore, *facts.receiver) : std::nullopt;
+            if ((former && !endDialog(*former, stillLocked)) ||
+                !awaitDialog(*facts.receiver, stillLocked)) {
                 return LockerDoubt{.fact = LockerDoubt::Fact::dialogIsMissing,
                                    .path = facts.receiver->path};
-            hasFreshField_ = pace_.forgetsEarlierKeys &&
-                             std::ranges::find(clientsBefore, *dialog) == clientsBefore.end();
+            }
         }
         // Only now, when the locker is done with the tap: many lose the news of a key's new symbol
         // that come while they look up another.
@@ -254,7 +252,7 @@ class XTestKeyEventSource final : public KeyEventSource {
 
     /// Who gets a key that does nothing, of the locker's or anybody else's.
     [[nodiscard]] std::optional<std::uint32_t> tapReceiver() {
-        if (!deliveries_ || !tapShift(nullptr)) return std::nullopt;
+        if (!deliveries_ || !tapHarmless(xkey::leftShift, nullptr)) return std::nullopt;
         std::vector<std::uint32_t> receivers;
         while (receivers.empty()) {
             receivers = deliveries_->receivers();
@@ -264,11 +262,12 @@ class XTestKeyEventSource final : public KeyEventSource {
         return receivers.front();
     }
 
-    [[nodiscard]] bool tapShift(const XKeyHolder* holder) const {
-        const auto shift = layout_.key(xkey::leftShift);
-        if (!shift) return false;
-        const std::array events{XKeyGuard::Event{.key = *shift, .down = true},
-                                XKeyGuard::Event{.key = *shift, .down = false}};
+    /// Of a key that every layout has, and that says nothing about the password.
+    [[nodiscard]] bool tapHarmless(xcb_keysym_t keysym, const XKeyHolder* holder) const {
+        const auto key = layout_.key(keysym);
+        if (!key) return false;
+        const std::array events{XKeyGuard::Event{.key = *key, .down = true},
+                                XKeyGuard::Event{.key = *key, .down = false}};
         return guard_.send(events, holder) == XKeyGuard::Sent::toHolder;
     }
 
@@ -308,28 +307,55 @@ class XTestKeyEventSource final : public KeyEventSource {
         if (needed > TimeInterval{}) rules_.pause(needed);
     }
 
-    /// The client with which the locker shows its field, once it has. Lockers that came up just now
-    /// are deaf for a while, and are tapped again.
-    [[nodiscard]] std::optional<std::uint32_t> awaitDialog(
-        const ClientProgram& locker, const std::function<bool()>& stillLocked) const {
-        TimeInterval sinceTap{};
-        for (TimeInterval waited{}; waited < xkey::dialogLimit && stillLocked();
-             waited += xkey::dialogStep) {
-            bool isComing = false;
-            for (const auto client : programs_.clients()) {
-                const auto program = programs_.behind(client);
-                if (!program || !lockeridentity::isDialog(*program, locker, pace_)) continue;
-                if (!pace_.dialogIsOnScreen || showsWindowOf(client)) return client;
-                isComing = true;
-            }
-            sinceTap = isComing ? TimeInterval{} : sinceTap + xkey::dialogStep;
-            if (sinceTap >= xkey::dialogTapStep) {
-                sinceTap = {};
-                if (!holder_ || !tapShift(&*holder_)) return std::nullopt;
-            }
-            rules_.pause(xkey::dialogStep);
+    [[nodiscard]] std::optional<std::uint32_t> dialogAmong(
+        const std::vector<std::uint32_t>& clients, const ClientProgram& locker) const {
+        for (const auto client : clients) {
+            const auto program = programs_.behind(client);
+            if (program && lockeridentity::isDialog(*program, locker, pace_)) return client;
         }
         return std::nullopt;
+    }
+
+    /// False when it doesn't go, or when its locker does.
+    [[nodiscard]] bool endDialog(std::uint32_t dialog,
+                                 const std::function<bool()>& stillLocked) const {
+        return await(xkey::escape, TimeInterval{}, stillLocked,
+                     [&] { return programs_.behind(dialog) ? Sight::none : Sight::there; });
+    }
+
+    /// Until the locker shows its field. Lockers that came up just now are deaf for a while, and
+    /// are tapped again.
+    [[nodiscard]] bool awaitDialog(const ClientProgram& locker,
+                                   const std::function<bool()>& stillLocked) const {
+        return await(xkey::leftShift, xkey::dialogTapStep, stillLocked, [&] {
+            const auto client = dialogAmong(programs_.clients(), locker);
+            if (!client) return Sight::none;
+            return !pace_.dialogIsOnScreen || showsWindowOf(*client) ? Sight::there : Sight::coming;
+        });
+    }
+
+    /// What is waited for.
+    enum class Sight { none, coming, there };
+
+    /// Looks until it is there. Presses a harmless key after `firstTap`, and again and again, while
+    /// it is not even coming.
+    [[nodiscard]] bool await(xcb_keysym_t keysym, TimeInterval firstTap,
+                             const std::function<bool()>& stillLocked,
+                             const std::function<Sight()>& look) const {
+        TimeInterval untilTap = firstTap;
+        for (TimeInterval waited{}; waited < xkey::dialogLimit && stillLocked();
+             waited += xkey::dialogStep) {
+            const Sight sight = look();
+            if (sight == Sight::there) return true;
+            if (sight == Sight::coming) untilTap = xkey::dialogTapStep;
+            if (untilTap <= TimeInterval{}) {
+                untilTap = xkey::dialogTapStep;
+                if (!holder_ || !tapHarmless(keysym, &*holder_)) return false;
+            }
+            untilTap -= xkey::dialogStep;
+            rules_.pause(xkey::dialogStep);
+        }
+        return false;
     }
 
     /// Whether a window of `client` can be seen, at the top or within another.
@@ -413,10 +439,7 @@ class XTestKeyEventSource final : public KeyEventSource {
     LockerPace pace_;
     /// Nothing until admitted.
     std::optional<XKeyHolder> holder_;
-    std::optional<xcb_keycode_t> heldKey_;
     std::optional<xcb_keycode_t> heldModifier_;
-    /// The dialog came up for the tap, so that nothing can be in it.
-    bool hasFreshField_ = false;
     bool hasClearedLocks_ = false;
     bool hasPosted_ = false;
     bool isStopped_ = false;

@@ -1,12 +1,11 @@
 #include "Rehearsal/ScreenLocker.h"
 #include "Tests/Hostile/Ground/GuardedTyping.h"
+#include "Tests/Hostile/Ground/Impostor.h"
 #include "Tests/Hostile/Ground/WorkingDesktop.h"
 
 #include <QCoreApplication>
-#include <algorithm>
 #include <array>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -14,57 +13,12 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <signal.h>
-#include <unistd.h>
 
 namespace marrowby {
 namespace {
 
 constexpr const char* password = "Corr3ct-HoRse_b@ttery!";
-
-/// A program of the user that pretends to be a locker, and what it gets.
-class Impostor {
-  public:
-    explicit Impostor(const WorkingDesktop& desktop, std::vector<std::string> command,
-                      bool isReadyAtOnce = true)
-        : keys_(Pipe::create().value()),
-          program_(ChildProcess::start({.arguments = std::move(command),
-                                        .environment = {"DISPLAY=" + desktop.displayName()},
-                                        .third = keys_.writing.get(),
-                                        .endSignal = SIGKILL})) {
-        keys_.writing.close();
-        if (!program_ || !isReadyAtOnce) return;
-        hasBegun_ = read(20'000) && received_.starts_with('\n');
-    }
-    [[nodiscard]] bool hasBegun() const { return hasBegun_; }
-    /// All keys that it got but those that give no character. Ends it.
-    [[nodiscard]] std::size_t characters() {
-        while (read(100)) {
-        }
-        program_ = std::unexpected("ended");
-        constexpr std::array<char, 5> silent{'\n', char(keycode::leftShift),
-                                             char(keycode::rightShift), char(keycode::leftControl),
-                                             char(keycode::leftAlt)};
-        return static_cast<std::size_t>(std::ranges::count_if(
-            received_, [&](char key) { return std::ranges::find(silent, key) == silent.end(); }));
-    }
-
-  private:
-    bool read(int milliseconds) {
-        pollfd wanted{.fd = keys_.reading.get(), .events = POLLIN, .revents = 0};
-        if (::poll(&wanted, 1, milliseconds) <= 0) return false;
-        std::array<char, 256> buffer{};
-        const ssize_t count = ::read(keys_.reading.get(), buffer.data(), buffer.size());
-        if (count > 0) received_.append(buffer.data(), static_cast<std::size_t>(count));
-        return count > 0;
-    }
-
-    Pipe keys_;
-    std::expected<ChildProcess, std::string> program_;
-    std::string received_;
-    bool hasBegun_ = false;
-};
 
 /// Somebody's desktop, and the product's typing, told that the screen is locked.
 class Attack : public testing::Test {
@@ -116,7 +70,7 @@ struct Disguise {
 class Disguised : public Attack, public testing::WithParamInterface<Disguise> {};
 
 TEST_P(Disguised, getsNotOneCharacter) {
-    auto folder = TemporaryFolder::create();
+    auto folder = PrivateFolder::create();
     ASSERT_TRUE(folder) << folder.error();
     const std::string named = folder->path() / "i3lock";
     std::filesystem::copy_file(impostor(), named);
@@ -130,7 +84,7 @@ TEST_P(Disguised, getsNotOneCharacter) {
     }
     if (!std::filesystem::exists(command.front()) && command.front().starts_with('/'))
         GTEST_SKIP() << "Skipped: there is no " << command.front() << ".";
-    Impostor attacker(*desktop, command);
+    Impostor attacker(desktop->displayName(), command);
     if (!attacker.hasBegun()) GTEST_SKIP() << "Skipped: this disguise can't be put on here.";
     expectRefusal();
     EXPECT_EQ(attacker.characters(), 0U);
@@ -173,7 +127,7 @@ TEST_F(Attack, nothingIsTypedWhileAltTabIsHeld) {
 TEST_F(Attack, nothingIsTypedIntoATerminalThatKeepsTheKeyboardUnderAFalseLocker) {
     desktop->tap(keycode::f12);
     ASSERT_TRUE(desktop->awaitHeldKeyboard());
-    Impostor attacker(*desktop, {impostor(), "i3lock"});
+    Impostor attacker(desktop->displayName(), {impostor(), "i3lock"});
     ASSERT_TRUE(attacker.hasBegun());
     expectRefusal();
     EXPECT_EQ(attacker.characters(), 0U);
@@ -212,8 +166,8 @@ TEST_P(EndingLocker, leavesNotOneCharacterToWhoeverIsNext) {
         if (!locked) GTEST_SKIP() << "Skipped: " << locked.error();
         std::optional<Impostor> attacker;
         if (ending.isAwaited) {
-            attacker.emplace(*desktop, std::vector<std::string>{impostor(), "i3lock", "grab"},
-                             false);
+            attacker.emplace(desktop->displayName(),
+                             std::vector<std::string>{impostor(), "i3lock", "grab"}, false);
         }
         if (ending.signal == 0) {
             // Whoever knows the password is a little ahead.

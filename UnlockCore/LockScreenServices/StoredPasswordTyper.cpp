@@ -41,7 +41,7 @@ void StoredPasswordTyper::typeStoredPassword(std::function<bool()> stillLocked,
                     return keystrokeinjector::typePassword(keyEvents, password, mayGoOn);
                 });
             mainThread.post([outcome = outcomeOf(typing), completion] { completion(outcome); });
-            // The keyboard goes back only now, which may take a second.
+            // The keyboard goes back only now, which may take seconds.
         });
 }
 

@@ -12,7 +12,7 @@
 
 namespace marrowby {
 
-/// How one typing went, and the keyboard that it still holds, which may be needed for a second by a
+/// How one typing went, and the keyboard that it still holds, which may be needed for seconds by a
 /// lock screen that is behind: report the outcome, then destroy this (it may block). Holds no text.
 class KeystrokeTyping {
   public:

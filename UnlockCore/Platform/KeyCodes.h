@@ -32,23 +32,26 @@ namespace xkey {
 
 inline constexpr std::uint32_t letterU = 0x0075;
 inline constexpr std::uint32_t returnKey = 0xFF0D;
+inline constexpr std::uint32_t escape = 0xFF1B;
 inline constexpr std::uint32_t leftShift = 0xFFE1;
 inline constexpr std::uint32_t leftControl = 0xFFE3;
 
 /// Between two events. Lockers that follow the raw events need some time for each.
 inline constexpr TimeInterval eventGap{0.001};
-/// How long a slow reader may still look up what a lent key gives after the last press.
-inline constexpr TimeInterval returningLimit{1.0};
+/// How long a slow reader may still look up what a lent key gives after the last press: beside
+/// three busy processes a core, xscreensaver was 1.2 s late.
+inline constexpr TimeInterval returningLimit{4.0};
 /// How often the lock state is asked meanwhile.
 inline constexpr TimeInterval returningStep{0.020};
 /// For the display to tell whom a key went to.
 inline constexpr std::chrono::milliseconds deliveryLimit{2000};
-/// For the dialog of a locker that starts a program for it, and how often it is looked for.
-inline constexpr TimeInterval dialogLimit{5.0};
 /// For the window of a locker that comes up.
 inline constexpr TimeInterval coverLimit{1.0};
+/// For the dialog of a locker that starts a program for it, to come or to go.
+inline constexpr TimeInterval dialogLimit{5.0};
+/// How often it is looked for, and how often the key for that is pressed again.
 inline constexpr TimeInterval dialogStep{0.010};
-inline constexpr TimeInterval dialogTapStep{0.300};
+inline constexpr TimeInterval dialogTapStep{0.100};
 
 }  // namespace xkey
 

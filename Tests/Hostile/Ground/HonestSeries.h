@@ -42,6 +42,8 @@ class HonestSeries {
 
   private:
     HonestSeries(WorkingDesktop& desktop, ScreenLocker::Kind kind);
+    /// As somebody who touches a key until the locker shows its field. False when it doesn't.
+    [[nodiscard]] bool wake() const;
 
     WorkingDesktop* desktop_;
     ScreenLocker::Kind kind_;

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <optional>
-#include <thread>
 #include <utility>
 
 #include <poll.h>
@@ -21,8 +20,6 @@ using Clock = std::chrono::steady_clock;
 constexpr const char* password = "Corr3ct-HoRse_b@ttery!";
 /// What a killed locker's keyboard takes to be free is about half of it.
 constexpr TimeInterval spread{0.004};
-/// Lockers that ignore keys in their first seconds hear them after this.
-constexpr std::chrono::milliseconds deafTime{3000};
 
 XTestKeyEvents::Pause pauseWithGap(TimeInterval gap) {
     return [gap](TimeInterval duration) {
@@ -92,7 +89,6 @@ std::expected<KillSeries, std::string> KillSeries::create(WorkingDesktop& deskto
     KillSeries series(desktop, kind, gap, seed);
     if (auto locked = series.locker_->lock(password); !locked)
         return std::unexpected(locked.error());
-    if (kind == ScreenLocker::Kind::xscreensaver) std::this_thread::sleep_for(deafTime);
     std::string doubt;
     series.keyEvents_->onDoubt = [&](const LockerDoubt& why) { doubt = description(why); };
     const Attempt undisturbed = series.attempt({.press = SIZE_MAX}, 0);

@@ -1,5 +1,7 @@
 #include "Tests/Hostile/Ground/WorkingDesktop.h"
 
+#include "Platforms/Linux/XKeyGuard.h"
+
 #include <array>
 #include <chrono>
 #include <cstdlib>
@@ -42,7 +44,7 @@ std::expected<WorkingDesktop, std::string> WorkingDesktop::create() {
     if (!server) return std::unexpected(server.error());
     auto connection = XcbConnection::create(server->displayName());
     if (!connection) return std::unexpected(connection.error());
-    auto folder = TemporaryFolder::create();
+    auto folder = PrivateFolder::create();
     if (!folder) return std::unexpected(folder.error());
     WorkingDesktop desktop(std::move(*server), std::move(*connection), std::move(*folder));
     if (const auto started = desktop.startPrograms(); !started)
@@ -114,17 +116,10 @@ bool WorkingDesktop::awaitGrab() const {
 }
 
 bool WorkingDesktop::awaitHeldKeyboard() const {
+    const XKeyGuard guard(*connection_);
     const auto deadline = std::chrono::steady_clock::now() + limit;
     while (std::chrono::steady_clock::now() < deadline) {
-        // In one piece, so that this is never in anybody's way.
-        xcb_connection_t* const xcb = connection_->get();
-        xcb_grab_server(xcb);
-        const auto cookie = xcb_grab_keyboard(xcb, 0, connection_->root(), XCB_CURRENT_TIME,
-                                              XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
-        xcb_ungrab_keyboard(xcb, XCB_CURRENT_TIME);
-        xcb_ungrab_server(xcb);
-        const auto grab = connection_->reply<xcb_grab_keyboard_reply>(cookie);
-        if (grab && grab->status == XCB_GRAB_STATUS_ALREADY_GRABBED) return true;
+        if (guard.isKeyboardHeld()) return true;
     }
     return false;
 }

@@ -3,7 +3,7 @@
 #include "Platforms/Linux/XcbConnection.h"
 #include "Rehearsal/ChildProcess.h"
 #include "Rehearsal/PrivateDesktop.h"
-#include "Rehearsal/TemporaryFolder.h"
+#include "Rehearsal/PrivateFolder.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -60,7 +60,7 @@ class WorkingDesktop {
 
   private:
     WorkingDesktop(PrivateDesktop server, std::unique_ptr<XcbConnection> connection,
-                   TemporaryFolder folder)
+                   PrivateFolder folder)
         : server_(std::move(server)),
           connection_(std::move(connection)),
           folder_(std::move(folder)) {}
@@ -71,7 +71,7 @@ class WorkingDesktop {
 
     PrivateDesktop server_;
     std::unique_ptr<XcbConnection> connection_;
-    TemporaryFolder folder_;
+    PrivateFolder folder_;
     OwnedFile output_;
     std::vector<ChildProcess> programs_;
     xcb_window_t terminal_ = XCB_NONE;

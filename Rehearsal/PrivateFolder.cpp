@@ -1,20 +1,20 @@
-#include "Rehearsal/TemporaryFolder.h"
+#include "Rehearsal/PrivateFolder.h"
 
 #include <cstdlib>
 #include <system_error>
 
 namespace marrowby {
 
-std::expected<TemporaryFolder, std::string> TemporaryFolder::create() {
+std::expected<PrivateFolder, std::string> PrivateFolder::create() {
     std::error_code error;
     std::string name = (std::filesystem::temp_directory_path(error) / "marrowby-XXXXXX").string();
     if (error || ::mkdtemp(name.data()) == nullptr) {
         return std::unexpected("No private folder could be made for the rehearsal’s data.");
     }
-    return TemporaryFolder(name);
+    return PrivateFolder(name);
 }
 
-TemporaryFolder::~TemporaryFolder() {
+PrivateFolder::~PrivateFolder() {
     std::error_code ignored;
     if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
 }

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <string>
+#include <utility>
+
+namespace marrowby {
+
+/// A new folder of mode 0700 that goes, with all in it, when this is destroyed.
+class PrivateFolder {
+  public:
+    /// The error is a sentence.
+    [[nodiscard]] static std::expected<PrivateFolder, std::string> create();
+
+    PrivateFolder(PrivateFolder&& other) noexcept : path_(std::exchange(other.path_, {})) {}
+    PrivateFolder& operator=(PrivateFolder&& other) noexcept {
+        std::swap(path_, other.path_);
+        return *this;
+    }
+    PrivateFolder(const PrivateFolder&) = delete;
+    PrivateFolder& operator=(const PrivateFolder&) = delete;
+    ~PrivateFolder();
+
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+  private:
+    explicit PrivateFolder(std::filesystem::path path) : path_(std::move(path)) {}
+
+    std::filesystem::path path_;
+};
+
+}  // namespace marrowby

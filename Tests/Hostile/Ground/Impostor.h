@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Rehearsal/ChildProcess.h"
+
+#include <cstddef>
+#include <expected>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// A program of the user that pretends to be a locker (hostile-impostor), and the keys that it
+/// gets. Destroying it kills it. One thread.
+class Impostor {
+  public:
+    /// Blocks until it has done all that `command` asks for, unless it is not `isReadyAtOnce`.
+    Impostor(const std::string& displayName, std::vector<std::string> command,
+             bool isReadyAtOnce = true);
+    [[nodiscard]] bool hasBegun() const { return hasBegun_; }
+    /// All keys that it got but those that give no character. Ends it.
+    [[nodiscard]] std::size_t characters();
+
+  private:
+    [[nodiscard]] bool read(int milliseconds);
+
+    Pipe keys_;
+    std::expected<ChildProcess, std::string> program_;
+    std::string received_;
+    bool hasBegun_ = false;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,97 @@
+#include "Tests/Hostile/Ground/Impostor.h"
+#include "Tests/Program/ProgramTest.h"
+
+#include <vector>
+
+#include <unistd.h>
+
+namespace marrowby {
+namespace {
+
+constexpr const char* saver = "org.gnome.ScreenSaver";
+constexpr const char* logind = "org.freedesktop.login1";
+constexpr const char* logindPath = "/org/freedesktop/login1";
+constexpr const char* sessionPath = "/org/freedesktop/login1/session/c1";
+constexpr const char* mock = "org.freedesktop.DBus.Mock";
+
+/// The owner sits before the camera while a program of theirs says that the screen is locked.
+class ProgramAttackTest : public ProgramTest {
+  protected:
+    void SetUp() override {
+        ProgramTest::SetUp();
+        if (IsSkipped() || HasFatalFailure()) return;
+        logind_ = bus->mock(logind, {"--system", "--template", "logind"});
+        ASSERT_TRUE(logind_);
+        bus->call(logind, logindPath, mock, "AddSession",
+                  {"c1", "seat0", quint32{::getuid()}, "somebody", true});
+        environment.insert("DBUS_SYSTEM_BUS_ADDRESS", QString::fromStdString(bus->address()));
+        environment.insert("XDG_SESSION_ID", "c1");
+        ASSERT_NO_FATAL_FAILURE(start());
+        ASSERT_NO_FATAL_FAILURE(setUpThroughTheWindow());
+        ASSERT_TRUE(program->order("scene live-normal 4"));
+        const auto bytes = desktop->terminalBytes();
+        ASSERT_TRUE(bytes) << bytes.error();
+    }
+    void setHint(bool isLocked) const {
+        const QVariantMap changed{{"LockedHint", isLocked}};
+        bus->call(logind, sessionPath, mock, "UpdateProperties",
+                  {"org.freedesktop.login1.Session", changed});
+    }
+    /// It is believed, the owner is recognised, and nothing is typed.
+    void expectThatNothingIsTyped() {
+        ASSERT_TRUE(program->says("log: Locked")) << program->recentWords();
+        ASSERT_TRUE(comesBackUntil([&] { return program->hasSaid("log: Recognised"); }))
+            << program->recentWords();
+        EXPECT_TRUE(program->says("log: Couldn’t type")) << program->recentWords();
+    }
+    void expectNothingFor(std::vector<std::string> disguise) {
+        disguise.insert(disguise.begin(), MARROWBY_IMPOSTOR);
+        Impostor impostor(desktop->displayName(), disguise);
+        ASSERT_TRUE(impostor.hasBegun());
+        ASSERT_NO_FATAL_FAILURE(expectThatNothingIsTyped());
+        EXPECT_EQ(impostor.characters(), 0U);
+        ASSERT_NO_FATAL_FAILURE(expectAnUntouchedTerminal());
+    }
+
+  private:
+    PrivateBus::Program logind_;
+};
+
+TEST_F(ProgramAttackTest, typesNothingForWhoeverSaysThatTheScreenIsLocked) {
+    {
+        SCOPED_TRACE("a screen saver that is none");
+        const auto gnome = bus->mock(saver, {"--session", "--template", "gnome_screensaver"});
+        ASSERT_TRUE(gnome);
+        bus->call(saver, "/org/gnome/ScreenSaver", saver, "SetActive", {true});
+        ASSERT_NO_FATAL_FAILURE(expectThatNothingIsTyped());
+        ASSERT_NO_FATAL_FAILURE(expectAnUntouchedTerminal());
+        bus->call(saver, "/org/gnome/ScreenSaver", saver, "SetActive", {false});
+    }
+    {
+        SCOPED_TRACE("a window of xsecurelock's class");
+        ASSERT_NO_FATAL_FAILURE(expectNothingFor({"xsecurelock"}));
+    }
+    {
+        SCOPED_TRACE("a window of i3lock's class and the keyboard");
+        ASSERT_NO_FATAL_FAILURE(expectNothingFor({"i3lock", "grab"}));
+    }
+    {
+        SCOPED_TRACE("xscreensaver's window and state and the keyboard");
+        ASSERT_NO_FATAL_FAILURE(expectNothingFor({"xscreensaver", "saver", "grab"}));
+    }
+    {
+        SCOPED_TRACE("the session's hint");
+        setHint(true);
+        ASSERT_NO_FATAL_FAILURE(expectThatNothingIsTyped());
+        ASSERT_NO_FATAL_FAILURE(expectAnUntouchedTerminal());
+        setHint(false);
+    }
+    SCOPED_TRACE("a locker");
+    ASSERT_NO_FATAL_FAILURE(lockScreen());
+    EXPECT_TRUE(comesBackUntil([&] { return program->hasSaid("log: Typed the password"); }))
+        << program->recentWords();
+    EXPECT_TRUE(program->says("log: Unlocked")) << program->recentWords();
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,144 @@
+#pragma once
+
+#include "Rehearsal/DesktopUser.h"
+#include "Rehearsal/ScreenLocker.h"
+#include "Tests/Hostile/Ground/WorkingDesktop.h"
+#include "Tests/Platforms/Linux/KeyringDaemon.h"
+#include "Tests/Platforms/Linux/TemporaryFolder.h"
+#include "Tests/Program/StagedProgram.h"
+#include "UnlockCore/Platform/KeyCodes.h"
+
+#include <QTimer>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+
+inline constexpr const char* ownersPassword = "Corr3ct-HoRse_b@ttery!";
+inline constexpr std::uint32_t spaceKey = 0x0020;
+inline constexpr std::uint32_t tabKey = 0xFF09;
+
+/// The program on a desktop of its own: a window manager, a terminal that has the focus, a bus, a
+/// keyring that is unlocked, and a user's folders.
+class ProgramTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!bus) GTEST_SKIP() << noPrivateBus;
+        keyring = KeyringDaemon::start(*bus, home.path(), "login");
+        if (!keyring) GTEST_SKIP() << noKeyringDaemon;
+        auto created = WorkingDesktop::create();
+        if (!created) GTEST_SKIP() << "Skipped: " << created.error();
+        desktop.emplace(*std::move(created));
+        locker = std::make_unique<ScreenLocker>(desktop->displayName());
+        auto somebody = DesktopUser::create(desktop->displayName());
+        ASSERT_TRUE(somebody) << somebody.error();
+        hands.emplace(*std::move(somebody));
+
+        environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("DISPLAY", QString::fromStdString(desktop->displayName()));
+        environment.insert("QT_QPA_PLATFORM", "xcb");
+        environment.insert("DBUS_SESSION_BUS_ADDRESS", QString::fromStdString(bus->address()));
+        environment.insert("MARROWBY_NETWORKS", MARROWBY_SOURCE_DIR "/Models");
+        environment.remove("WAYLAND_DISPLAY");
+        for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
+            environment.insert(name, QString::fromStdString(home.path().string()));
+        // Patient also with a slow machine.
+        std::filesystem::create_directory(home.path() / "marrowby-unlock");
+        std::ofstream(home.path() / "marrowby-unlock/settings.json")
+            << R"({"unlock.scanSeconds": 10})";
+    }
+
+    void start() {
+        program.reset();
+        program = std::make_unique<StagedProgram>(loop, environment);
+        ASSERT_TRUE(program->says("launched")) << program->recentWords();
+        ASSERT_TRUE(program->order(std::string("password ") + ownersPassword));
+    }
+    /// A second start, which hands over to the first.
+    void openWindow() {
+        QProcess second;
+        second.setProcessEnvironment(environment);
+        second.start(MARROWBY_PROGRAM, QStringList());
+        ASSERT_TRUE(loop.runUntil([&] { return second.state() == QProcess::NotRunning; }));
+        ASSERT_EQ(second.exitCode(), 0) << second.readAllStandardError().toStdString();
+    }
+
+    void press(std::uint32_t key) { ASSERT_TRUE(hands->tap(key)); }
+    void write(std::u16string_view text) { ASSERT_TRUE(hands->write(text)); }
+    void sees(const std::string& page) {
+        ASSERT_TRUE(program->says("page: " + page)) << page << "\n" << program->recentWords();
+    }
+
+    void setUpThroughTheWindow() {
+        ASSERT_TRUE(program->order("seat 4"));
+        ASSERT_NO_FATAL_FAILURE(sees("Welcome to Marrowby Unlock"));
+        press(xkey::returnKey);
+        ASSERT_NO_FATAL_FAILURE(sees("What it keeps, and how safe it is"));
+        press(spaceKey);
+        press(xkey::returnKey);
+        ASSERT_NO_FATAL_FAILURE(sees("Allow the camera"));
+        press(xkey::returnKey);
+        ASSERT_NO_FATAL_FAILURE(sees("Allow typing your password"));
+        press(xkey::returnKey);
+        ASSERT_NO_FATAL_FAILURE(sees("Save your face"));
+        for (int patience = 0; patience < 12 && !program->hasSaid("page: Name this look");
+             ++patience) {
+            (void)program->says("never said");
+        }
+        ASSERT_NO_FATAL_FAILURE(sees("Name this look"));
+        write(u"Robin");
+        press(xkey::returnKey);
+        ASSERT_NO_FATAL_FAILURE(sees("Save your Mac password"));
+        write(u"Corr3ct-HoRse_b@ttery!");
+        press(xkey::returnKey);
+        ASSERT_NO_FATAL_FAILURE(sees("When should it look for you?"));
+        press(xkey::returnKey);
+        ASSERT_NO_FATAL_FAILURE(sees("That’s it"));
+        press(xkey::returnKey);
+        ASSERT_NO_FATAL_FAILURE(sees(""));
+    }
+
+    void lockScreen() {
+        const auto locked = locker->lock(ownersPassword);
+        ASSERT_TRUE(locked) << locked.error();
+        ASSERT_TRUE(program->says("log: Locked")) << program->recentWords();
+    }
+    /// It has the focus whenever no window of the program’s is open and no locker is there.
+    void expectAnUntouchedTerminal() {
+        const auto bytes = desktop->terminalBytes();
+        ASSERT_TRUE(bytes) << bytes.error();
+        EXPECT_EQ(bytes->size(), 0U);
+    }
+    /// Touches a key now and then, as somebody does who wants the screen to wake up.
+    [[nodiscard]] bool comesBackUntil(const std::function<bool()>& condition) {
+        QTimer touching;
+        QObject::connect(&touching, &QTimer::timeout, [this] { press(xkey::leftShift); });
+        touching.start(1700);
+        return loop.runUntil(condition);
+    }
+
+    [[nodiscard]] std::filesystem::path saved(const char* name) const {
+        return home.path() / "Marrowby Unlock" / name;
+    }
+
+    QtLoop loop;
+    TemporaryFolder home;
+    std::unique_ptr<PrivateBus> bus = PrivateBus::start();
+    std::unique_ptr<KeyringDaemon> keyring;
+    std::optional<WorkingDesktop> desktop;
+    std::unique_ptr<ScreenLocker> locker;
+    std::optional<DesktopUser> hands;
+    QProcessEnvironment environment;
+    std::unique_ptr<StagedProgram> program;
+};
+
+}  // namespace marrowby
