@@ -72,7 +72,14 @@ class ProgramTest : public testing::Test {
         ASSERT_EQ(second.exitCode(), 0) << second.readAllStandardError().toStdString();
     }
 
-    void press(std::uint32_t key) { ASSERT_TRUE(hands->tap(key)); }
+    void touch() { ASSERT_TRUE(hands->tap(xkey::leftShift)); }
+    /// In a window of the program's: before the window manager gives it the focus, the terminal
+    /// would get the key.
+    void press(std::uint32_t key) {
+        ASSERT_TRUE(loop.runUntil([this] { return program->hasFocus(); }))
+            << program->recentWords();
+        ASSERT_TRUE(hands->tap(key));
+    }
     void write(std::u16string_view text) { ASSERT_TRUE(hands->write(text)); }
     void sees(const std::string& page) {
         ASSERT_TRUE(program->says("page: " + page)) << page << "\n" << program->recentWords();
@@ -121,7 +128,7 @@ class ProgramTest : public testing::Test {
     /// Touches a key now and then, as somebody does who wants the screen to wake up.
     [[nodiscard]] bool comesBackUntil(const std::function<bool()>& condition) {
         QTimer touching;
-        QObject::connect(&touching, &QTimer::timeout, [this] { press(xkey::leftShift); });
+        QObject::connect(&touching, &QTimer::timeout, [this] { touch(); });
         touching.start(1700);
         return loop.runUntil(condition);
     }

@@ -1,5 +1,7 @@
 #include "Tests/Program/StagedProgram.h"
 
+#include <string_view>
+
 namespace marrowby {
 
 StagedProgram::StagedProgram(QtLoop& loop, const QProcessEnvironment& environment,
@@ -36,6 +38,15 @@ bool StagedProgram::hasSaid(const std::string& beginning) {
     return ("\n" + unread_).find("\n" + beginning) != std::string::npos;
 }
 
+bool StagedProgram::hasFocus() {
+    constexpr std::string_view focus = "focus: ";
+    read();
+    const std::size_t last = words_.rfind(focus);
+    if (last == std::string::npos) return false;
+    const std::size_t name = last + focus.size();
+    return name < words_.size() && words_[name] != '\n';
+}
+
 std::string StagedProgram::recentWords() {
     read();
     return unread_ + process_.readAllStandardError().toStdString();
@@ -49,12 +60,18 @@ void StagedProgram::kill() {
 
 int StagedProgram::terminate() {
     process_.terminate();
+    return awaitEnd();
+}
+
+int StagedProgram::awaitEnd() {
     const bool ended = loop_.runUntil([this] { return process_.state() == QProcess::NotRunning; });
     return ended && process_.exitStatus() == QProcess::NormalExit ? process_.exitCode() : -1;
 }
 
 void StagedProgram::read() {
-    unread_ += process_.readAllStandardOutput().toStdString();
+    const std::string words = process_.readAllStandardOutput().toStdString();
+    unread_ += words;
+    words_ += words;
 }
 
 }  // namespace marrowby

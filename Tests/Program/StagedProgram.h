@@ -25,6 +25,8 @@ class StagedProgram {
     [[nodiscard]] bool says(const std::string& beginning);
     /// Whether such a line is there already, after those waited for.
     [[nodiscard]] bool hasSaid(const std::string& beginning);
+    /// Whether a control in one of its windows has the keyboard.
+    [[nodiscard]] bool hasFocus();
     /// What it said since the last line waited for, and what came to its standard error.
     [[nodiscard]] std::string recentWords();
 
@@ -32,6 +34,8 @@ class StagedProgram {
     void kill();
     /// Asks it to end. Its exit status, or -1.
     [[nodiscard]] int terminate();
+    /// Waits until it ends by itself. Its exit status, or -1.
+    [[nodiscard]] int awaitEnd();
 
   private:
     void read();
@@ -39,6 +43,8 @@ class StagedProgram {
     QtLoop& loop_;
     QProcess process_;
     std::string unread_;
+    /// All that it said.
+    std::string words_;
 };
 
 }  // namespace marrowby

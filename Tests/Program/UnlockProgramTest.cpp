@@ -60,7 +60,7 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere
     ASSERT_TRUE(program->order("scene live-normal 4"));
     ASSERT_NO_FATAL_FAILURE(sees("Marrowby Unlock"));
     ASSERT_NO_FATAL_FAILURE(lockScreen());
-    press(xkey::leftShift);
+    touch();
     QDeadlineTimer quiet(3500);
     ASSERT_TRUE(comesBackUntil([&] { return quiet.hasExpired(); }));
     EXPECT_FALSE(program->hasSaid("log: Looking")) << program->recentWords();
@@ -100,6 +100,20 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere
     EXPECT_EQ(program->terminate(), 0) << program->recentWords();
     locker->kill();
     expectAnUntouchedTerminal();
+}
+
+TEST_F(UnlockProgramTest, endsInPeaceWhereTheDisplayGoesWhileItTypes) {
+    ASSERT_NO_FATAL_FAILURE(start());
+    ASSERT_NO_FATAL_FAILURE(setUpThroughTheWindow());
+    ASSERT_TRUE(program->order("scene live-normal 4"));
+    ASSERT_NO_FATAL_FAILURE(lockScreen());
+    ASSERT_TRUE(comesBackUntil([&] { return program->hasSaid("log: Recognised"); }))
+        << program->recentWords();
+    ASSERT_TRUE(locker->isRunning()) << "nothing was being typed any more";
+    desktop.reset();
+    EXPECT_EQ(program->awaitEnd(), EXIT_FAILURE) << program->recentWords();
+    const std::string words = program->recentWords();
+    EXPECT_NE(words.find("because its display is gone"), std::string::npos) << words;
 }
 
 TEST_F(UnlockProgramTest, checksWhatIsThereAndCallsNoEndedCheckASuccess) {

@@ -162,6 +162,7 @@ class World {
     void terminate() {
         if (application_) application_->willTerminate();
     }
+    void say(const std::string& line) const { log_.write(line); }
 
     static void end() { QCoreApplication::exit(EXIT_SUCCESS); }
     /// A check that is cut short has not found all there.
@@ -266,6 +267,19 @@ std::expected<void, std::string> World::start() {
     return {};
 }
 
+/// While its loop runs.
+World* running = nullptr;
+
+/// Qt ends the process from within the loop when the display is lost. A typing is stopped and
+/// waited for then, too; static objects are left alone, as other threads may still use them.
+void endWithoutDisplay() {
+    World* const world = std::exchange(running, nullptr);
+    if (world == nullptr) return;
+    world->say("Marrowby Unlock ends, because its display is gone.");
+    world->terminate();
+    std::_Exit(EXIT_FAILURE);
+}
+
 int refuse(const std::string& sentence) {
     std::cerr << sentence << '\n';
     return EXIT_FAILURE;
@@ -321,7 +335,10 @@ int UnlockProgram::run(int argumentCount, char** arguments, UnlockSurroundings& 
     world.launch(all.contains(QLatin1String(LinuxSystemSettings::atLoginFlag)));
     signals.start(&World::end, reopen);
     instance.serve(reopen);
+    running = &world;
+    (void)std::atexit(&endWithoutDisplay);
     const int status = QApplication::exec();
+    running = nullptr;
     world.terminate();
     return status;
 }
