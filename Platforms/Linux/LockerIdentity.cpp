@@ -11,8 +11,10 @@ namespace {
 
 using Fact = LockerDoubt::Fact;
 
+/// i3lock reads the whole keyboard anew for every lent key, and takes the modifiers held at that
+/// moment for those of the next press: busy with its first drawing, it was seen to be late.
 constexpr LockerPace i3lockPace{
-    .wake = TimeInterval(0), .shortcut = TimeInterval(0), .lending = TimeInterval(0.030)};
+    .wake = TimeInterval(0), .shortcut = TimeInterval(0), .lending = TimeInterval(0.120)};
 constexpr LockerPace xsecurelockPace{.wake = TimeInterval(0),
                                      .shortcut = TimeInterval(0),
                                      .lending = TimeInterval(0.030),
