@@ -94,8 +94,9 @@ wait
 constexpr const char* mateScreensaverScript = R"sh(
 trap 'exit 1' TERM
 export DBUS_SESSION_BUS_ADDRESS="unix:path=$HOME/bus"
-dbus-daemon --session --nofork --nopidfile --address="$DBUS_SESSION_BUS_ADDRESS" &
-until [ -S "$HOME/bus" ]; do sleep 0.02; done
+dbus-daemon --session --nofork --nopidfile --address="$DBUS_SESSION_BUS_ADDRESS" --print-address=1 \
+    >"$HOME/listening" &
+until [ -s "$HOME/listening" ]; do sleep 0.02; done
 dbus-monitor "type='signal',interface='org.mate.ScreenSaver',member='ActiveChanged'" | {
     sed -n '/boolean false/q'
     kill $$
