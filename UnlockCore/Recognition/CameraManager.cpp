@@ -282,7 +282,6 @@ void CameraManager::detach() {
     if (!input_) return;
     session_->removeInput(*input_);
     input_.reset();
-    opened_.reset();
 }
 
 std::pair<std::shared_ptr<CameraManager::DeviceLock>, std::optional<CameraManager::Format>>

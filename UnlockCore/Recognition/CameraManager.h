@@ -28,7 +28,7 @@ class CameraManager {
   public:
     enum class Permission { notDetermined, granted, denied, restricted };
 
-    /// What a camera was asked for.
+    /// What a camera was asked for; pixels.
     struct Format {
         std::int64_t width = 0;
         std::int64_t height = 0;
@@ -70,7 +70,9 @@ class CameraManager {
     [[nodiscard]] std::expected<void, CameraError> start(
         const std::optional<std::string>& cameraID);
     /// The camera of the last start, while it is attached. Main thread.
-    [[nodiscard]] const std::optional<Opened>& opened() const { return opened_; }
+    [[nodiscard]] std::optional<Opened> opened() const {
+        return input_ ? std::optional(opened_) : std::nullopt;
+    }
     /// No frame is kept or handed over after this. Returns before the camera has stopped.
     void stop();
 
@@ -104,7 +106,8 @@ class CameraManager {
     std::shared_ptr<Claim> claim_;
     /// The queue's work may keep it longer.
     std::shared_ptr<CaptureInput> input_;
-    std::optional<Opened> opened_;
+    /// Of that input.
+    Opened opened_;
     bool configured_ = false;
 };
 
