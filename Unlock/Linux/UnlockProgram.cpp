@@ -162,7 +162,10 @@ class World {
     void terminate() {
         if (application_) application_->willTerminate();
     }
-    void say(const std::string& line) const { log_.write(line); }
+    void loseDisplay() {
+        log_.write("Marrowby Unlock ends, because its display is gone.");
+        terminate();
+    }
 
     static void end() { QCoreApplication::exit(EXIT_SUCCESS); }
     /// A check that is cut short has not found all there.
@@ -275,8 +278,7 @@ World* running = nullptr;
 void endWithoutDisplay() {
     World* const world = std::exchange(running, nullptr);
     if (world == nullptr) return;
-    world->say("Marrowby Unlock ends, because its display is gone.");
-    world->terminate();
+    world->loseDisplay();
     std::_Exit(EXIT_FAILURE);
 }
 
