@@ -24,18 +24,18 @@ bool StagedProgram::says(const std::string& beginning) {
     std::size_t place = std::string::npos;
     const bool said = loop_.runUntil([&] {
         read();
-        place = ("\n" + unread_).find("\n" + beginning);
+        place = ("\n" + unread()).find("\n" + beginning);
         return place != std::string::npos || process_.state() == QProcess::NotRunning;
     });
     if (!said || place == std::string::npos) return false;
-    const std::size_t end = unread_.find('\n', place);
-    unread_.erase(0, end == std::string::npos ? end : end + 1);
+    const std::size_t end = words_.find('\n', heard_ + place);
+    heard_ = end == std::string::npos ? words_.size() : end + 1;
     return true;
 }
 
 bool StagedProgram::hasSaid(const std::string& beginning) {
     read();
-    return ("\n" + unread_).find("\n" + beginning) != std::string::npos;
+    return ("\n" + unread()).find("\n" + beginning) != std::string::npos;
 }
 
 bool StagedProgram::hasFocus() {
@@ -49,7 +49,7 @@ bool StagedProgram::hasFocus() {
 
 std::string StagedProgram::recentWords() {
     read();
-    return unread_ + process_.readAllStandardError().toStdString();
+    return unread() + process_.readAllStandardError().toStdString();
 }
 
 void StagedProgram::kill() {
@@ -69,9 +69,7 @@ int StagedProgram::awaitEnd() {
 }
 
 void StagedProgram::read() {
-    const std::string words = process_.readAllStandardOutput().toStdString();
-    unread_ += words;
-    words_ += words;
+    words_ += process_.readAllStandardOutput().toStdString();
 }
 
 }  // namespace marrowby

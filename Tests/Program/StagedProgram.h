@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
+#include <cstddef>
 #include <string>
 
 namespace marrowby {
@@ -39,12 +40,13 @@ class StagedProgram {
 
   private:
     void read();
+    [[nodiscard]] std::string unread() const { return words_.substr(heard_); }
 
     QtLoop& loop_;
     QProcess process_;
-    std::string unread_;
-    /// All that it said.
+    /// All that it said, and how much of it was waited for.
     std::string words_;
+    std::size_t heard_ = 0;
 };
 
 }  // namespace marrowby
