@@ -147,22 +147,26 @@ bool goesOn(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps) {
            seen(from, to, maps, 1.05F, 1.25F) > mostBeyond;
 }
 
+/// Whether what the picture cuts off goes on to its lower edge. Shoulders hide what is behind
+/// somebody there, even where they only just come into the picture; the thumb that holds a phone
+/// hides one side.
+bool reachesLowerEdge(const Quad& quad, const EdgeMaps& maps) {
+    constexpr double leastSeen = 0.6;
+    constexpr float lowestFifth = 0.8F;
+    constexpr float edge = 0.94F;
+    constexpr double phonesAspect = 0.56;
+    const auto sidesSeen = [&](float begin) {
+        return int(seen(quad[1], quad[0], maps, begin) >= leastSeen) +
+               int(seen(quad[2], quad[3], maps, begin) >= leastSeen);
+    };
+    const bool isSlim = side(quad, 1) <= phonesAspect * std::min(side(quad, 0), side(quad, 2));
+    return sidesSeen(lowestFifth) >= 1 && sidesSeen(edge) >= (isSlim ? 1 : 2);
+}
+
 /// Whether four lines, of which the last may be the picture's lower edge, are one thing's outline:
 /// its sides end at its corners, and what is cut off is not hidden by somebody before it.
 bool standsAlone(const Quad& quad, const EdgeMaps& maps, bool isCut) {
-    // Shoulders hide what is behind somebody there, even where they only just come into the
-    // picture. So does the thumb that holds a phone, at one side.
-    constexpr double leastAtCut = 0.6;
-    constexpr float cut = 0.94F;
-    constexpr float lowest = 0.8F;
-    constexpr double phonesAspect = 0.56;
-    const auto reaches = [&](float begin, bool both) {
-        const bool left = seen(quad[1], quad[0], maps, begin) >= leastAtCut;
-        const bool right = seen(quad[2], quad[3], maps, begin) >= leastAtCut;
-        return both ? left && right : left || right;
-    };
-    const bool isSlim = side(quad, 1) <= phonesAspect * std::min(side(quad, 0), side(quad, 2));
-    if (isCut && !(reaches(lowest, false) && reaches(cut, !isSlim))) return false;
+    if (isCut && !reachesLowerEdge(quad, maps)) return false;
     const std::size_t sides = isCut ? 3 : 4;
     for (std::size_t i = 0; i < sides; ++i) {
         const bool startsAtCut = isCut && i == 0;

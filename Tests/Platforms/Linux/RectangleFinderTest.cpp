@@ -84,6 +84,13 @@ TEST(RectangleFinder, findsWhatHandsHoldAndThePictureCutsOff) {
     EXPECT_NEAR(held->at(0).maxY(), 420, 8);
     EXPECT_NEAR(near->at(0).y, 100, 8);
     EXPECT_NEAR(near->at(0).maxY(), 480, 8);
+
+    const Shape phone{{230, 60}, {410, 60}, {410, 500}, {230, 500}};
+    const Shape sheet{{160, 60}, {480, 60}, {480, 500}, {160, 500}};
+    EXPECT_EQ(findRectangles(scene(phone, oval({410, 480}, 30, 50)), request)->size(), 1U)
+        << "a thumb at the picture's edge";
+    EXPECT_TRUE(findRectangles(scene(sheet, oval({480, 480}, 30, 50)), request)->empty())
+        << "an arm before a door's side, as likely";
 }
 
 TEST(RectangleFinder, leavesOutWhatIsNoDevice) {
