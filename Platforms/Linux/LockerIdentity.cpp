@@ -11,8 +11,8 @@ namespace {
 
 using Fact = LockerDoubt::Fact;
 
-/// i3lock reads the whole keyboard anew for every lent key, and takes the modifiers held at that
-/// moment for those of the next press: busy with its first drawing, it was seen to be late.
+/// Beside other work i3lock turned down 2 of 90 passwords with lent characters 30 ms after they
+/// were lent, and none of 240 after 120 ms; it is believed to be late in reading the keyboard anew.
 constexpr LockerPace i3lockPace{
     .wake = TimeInterval(0), .shortcut = TimeInterval(0), .lending = TimeInterval(0.120)};
 constexpr LockerPace xsecurelockPace{.wake = TimeInterval(0),
