@@ -9,7 +9,7 @@
 namespace marrowby {
 namespace {
 
-constexpr int patience = 20'000;
+constexpr int patience = 60'000;
 // The system's own: the mocks are packaged for it.
 constexpr const char* python = "/usr/bin/python3";
 

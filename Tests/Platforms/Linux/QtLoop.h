@@ -24,7 +24,7 @@ class QtLoopOf {
 
     /// False when the condition did not come true within a generous time.
     [[nodiscard]] bool runUntil(const std::function<bool()>& condition) {
-        const QDeadlineTimer deadline(std::chrono::seconds(20));
+        const QDeadlineTimer deadline(std::chrono::seconds(60));
         // Wakes the loop for conditions that are not announced by an event.
         QTimer waker;
         waker.start(5);
