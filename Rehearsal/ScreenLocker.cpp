@@ -110,6 +110,13 @@ mate-screensaver-command --lock >/dev/null
 wait
 )sh";
 
+// Whoever holds the pipe is the locker, once the program that was started has ended.
+constexpr const char* i3lockScript = R"sh(
+trap 'exit 1' TERM
+i3lock -c 204060 | cat & saver=$!
+wait
+)sh";
+
 constexpr const char* xscreensaverSettings =
     "mode: blank\nlock: True\nfade: False\nunfade: False\ndpmsEnabled: False\n";
 
@@ -123,6 +130,7 @@ constexpr const char* ordinaryUser = "www-data";
 const char* name(ScreenLocker::Kind kind) {
     switch (kind) {
         case ScreenLocker::Kind::i3lock:
+        case ScreenLocker::Kind::i3lockInBackground:
             return "i3lock";
         case ScreenLocker::Kind::xsecurelock:
             return "xsecurelock";
@@ -136,7 +144,22 @@ const char* name(ScreenLocker::Kind kind) {
 
 /// Whether a script runs it, as an ordinary user.
 bool isScripted(ScreenLocker::Kind kind) {
-    return kind == ScreenLocker::Kind::xscreensaver || kind == ScreenLocker::Kind::mateScreensaver;
+    return kind != ScreenLocker::Kind::i3lock && kind != ScreenLocker::Kind::xsecurelock;
+}
+
+const char* script(ScreenLocker::Kind kind) {
+    switch (kind) {
+        case ScreenLocker::Kind::i3lockInBackground:
+            return i3lockScript;
+        case ScreenLocker::Kind::xscreensaver:
+            return xscreensaverScript;
+        case ScreenLocker::Kind::mateScreensaver:
+            return mateScreensaverScript;
+        case ScreenLocker::Kind::i3lock:
+        case ScreenLocker::Kind::xsecurelock:
+            break;
+    }
+    return "";
 }
 
 std::vector<std::string> command(ScreenLocker::Kind kind) {
@@ -145,6 +168,7 @@ std::vector<std::string> command(ScreenLocker::Kind kind) {
             return {"i3lock", "-n", "-c", "204060"};
         case ScreenLocker::Kind::xsecurelock:
             return {"xsecurelock"};
+        case ScreenLocker::Kind::i3lockInBackground:
         case ScreenLocker::Kind::xscreensaver:
         case ScreenLocker::Kind::mateScreensaver:
             break;
@@ -157,10 +181,7 @@ std::vector<std::string> command(ScreenLocker::Kind kind) {
              {"--reuid=" + user, "--regid=" + user, std::string("--init-groups")})
             words.push_back(word);
     }
-    const bool isMate = kind == ScreenLocker::Kind::mateScreensaver;
-    words.insert(words.end(), {"sh", "-c",
-                               std::string(endingTogether) +
-                                   (isMate ? mateScreensaverScript : xscreensaverScript)});
+    words.insert(words.end(), {"sh", "-c", std::string(endingTogether) + script(kind)});
     return words;
 }
 

@@ -14,8 +14,9 @@ namespace marrowby {
 class ScreenLocker {
   public:
     /// xscreensaver and mate-screensaver, which lock for nobody but ordinary users, run as one
-    /// where we are root.
-    enum class Kind { i3lock, xsecurelock, xscreensaver, mateScreensaver };
+    /// where we are root. i3lock by itself goes into the background, so that the process that
+    /// connected to the display ends; session managers ask it to stay.
+    enum class Kind { i3lock, i3lockInBackground, xsecurelock, xscreensaver, mateScreensaver };
 
     explicit ScreenLocker(std::string displayName, Kind kind = Kind::i3lock);
     ScreenLocker(const ScreenLocker&) = delete;

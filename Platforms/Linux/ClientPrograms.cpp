@@ -1,5 +1,7 @@
 #include "Platforms/Linux/ClientPrograms.h"
 
+#include "Platforms/Linux/LocalConnections.h"
+
 #include <charconv>
 #include <filesystem>
 #include <fstream>
@@ -102,6 +104,32 @@ std::optional<std::int64_t> ClientPrograms::process(const XcbConnection& connect
     const auto ids = xcb_res_query_client_ids_ids_iterator(answer.get());
     if (ids.rem != 1 || xcb_res_client_id_value_value_length(ids.data) != 1) return std::nullopt;
     return *xcb_res_client_id_value_value(ids.data);
+}
+
+std::vector<ClientProgram> ClientPrograms::heirs() const {
+    auto holders =
+        localconnections::soleHolders(localconnections::ofServerBehind(connection_.fd()));
+    for (const auto client : clients()) {
+        if (const auto connected = process(connection_, askProcess(connection_, client)))
+            holders.erase(*connected);
+    }
+    std::vector<ClientProgram> found;
+    for (const auto holder : holders)
+        found.push_back(programOf(holder));
+    return found;
+}
+
+bool ClientPrograms::isInEventLoop(std::int64_t process) {
+    bool isWaiting = false;
+    std::error_code error;
+    const Path folder = Path("/proc") / std::to_string(process) / "fdinfo";
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::ifstream file(entry->path());
+        for (std::string line; std::getline(file, line);)
+            isWaiting |= line.starts_with("tfd:");
+    }
+    return isWaiting;
 }
 
 std::vector<std::uint32_t> ClientPrograms::clients() const {

@@ -21,6 +21,12 @@ class ClientPrograms {
     /// Of the client that made `resource`, a window or any other. Nothing where it is gone, runs on
     /// another machine, or the server does not tell.
     [[nodiscard]] std::optional<ClientProgram> behind(std::uint32_t resource) const;
+    /// The server knows a client by the process that connected. Where that ended and left the
+    /// connection to a child, as programs do that go into the background, it is one of these:
+    /// processes that alone hold a connection to the server and have made none.
+    [[nodiscard]] std::vector<ClientProgram> heirs() const;
+    /// Whether a process waits for events through epoll: its event loop has begun.
+    [[nodiscard]] static bool isInEventLoop(std::int64_t process);
     /// The process alone, asked for and answered.
     [[nodiscard]] static xcb_res_query_client_ids_cookie_t askProcess(
         const XcbConnection& connection, std::uint32_t resource);

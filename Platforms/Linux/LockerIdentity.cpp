@@ -11,10 +11,10 @@ namespace {
 
 using Fact = LockerDoubt::Fact;
 
-/// Beside other work i3lock turned down 2 of 90 passwords with lent characters 30 ms after they
-/// were lent, and none of 240 after 120 ms; it is believed to be late in reading the keyboard anew.
-constexpr LockerPace i3lockPace{
-    .wake = TimeInterval(0), .shortcut = TimeInterval(0), .lending = TimeInterval(0.120)};
+constexpr LockerPace i3lockPace{.wake = TimeInterval(0),
+                                .shortcut = TimeInterval(0),
+                                .lending = TimeInterval(0),
+                                .needsEventLoop = true};
 constexpr LockerPace xsecurelockPace{.wake = TimeInterval(0),
                                      .shortcut = TimeInterval(0),
                                      .lending = TimeInterval(0.030),
@@ -130,6 +130,26 @@ std::expected<KnownScreenLocker, LockerDoubt> lockeridentity::judge(
         return doubt(Fact::programIsUnknown, receiver.path);
     return KnownScreenLocker{.path = receiver.path,
                              .pace = locker != nullptr ? locker->pace : carefulPace};
+}
+
+std::optional<LockerFacts> lockeridentity::inherited(const LockerFacts& facts,
+                                                     const std::vector<ClientProgram>& heirs,
+                                                     const std::vector<std::string>& vouchedPaths) {
+    if (!facts.receiver) return std::nullopt;
+    std::vector<LockerFacts> all;
+    for (const ClientProgram& heir : heirs) {
+        LockerFacts& one = all.emplace_back(facts);
+        one.receiver = heir;
+        for (auto& cover : one.covers) {
+            if (cover && cover->owner && cover->owner->process == facts.receiver->process)
+                cover->owner = heir;
+        }
+    }
+    if (all.size() > 1) {
+        std::erase_if(
+            all, [&](const LockerFacts& one) { return !judge(one, vouchedPaths).has_value(); });
+    }
+    return all.size() == 1 ? std::optional(all.front()) : std::nullopt;
 }
 
 std::string description(const LockerDoubt& doubt) {

@@ -15,7 +15,7 @@ namespace marrowby {
 struct ClientProgram {
     std::int64_t process = 0;
     std::int64_t parent = 0;
-    /// What it calls itself, which proves nothing; at most 15 bytes.
+    /// What it calls itself, which proves nothing; at most 15 bytes. Empty where it has ended.
     std::string name{};
     /// The file that it runs; empty where that is not told, as of a setuid program.
     std::string path{};
@@ -83,6 +83,9 @@ struct LockerPace {
     /// key, and hears none from before its window stood. xscreensaver's looks so late at which
     /// modifiers are held, busy with each key that is lent meanwhile, that shortcuts fail.
     bool renewsDialog = false;
+    /// What it takes before its event loop begins it accepts, and yet stays: i3lock's end of the
+    /// loop is forgotten as the loop begins.
+    bool needsEventLoop = false;
 };
 
 struct KnownScreenLocker {
@@ -97,6 +100,12 @@ namespace lockeridentity {
 /// a child.
 [[nodiscard]] std::expected<KnownScreenLocker, LockerDoubt> judge(
     const LockerFacts& facts, const std::vector<std::string>& vouchedPaths);
+
+/// The facts with the process to which the receiver, which has ended, left its connection: the one
+/// of `heirs` with which they hold, or the only one. Nothing where that is none or several.
+[[nodiscard]] std::optional<LockerFacts> inherited(const LockerFacts& facts,
+                                                   const std::vector<ClientProgram>& heirs,
+                                                   const std::vector<std::string>& vouchedPaths);
 
 /// Whether this is the dialog of `locker`, as far as the time of its keys depends on it.
 [[nodiscard]] bool isDialog(const ClientProgram& program, const ClientProgram& locker,

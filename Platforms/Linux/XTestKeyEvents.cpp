@@ -214,12 +214,17 @@ class XTestKeyEventSource final : public KeyEventSource {
             if (const auto client = tapReceiver()) {
                 holder.client = *client;
                 facts.receiver = programs_.behind(*client);
+                if (facts.receiver) holder.process = facts.receiver->process;
             }
+        }
+        if (facts.receiver && facts.receiver->name.empty()) {
+            if (auto inherited =
+                    lockeridentity::inherited(facts, programs_.heirs(), rules_.vouchedPaths))
+                facts = std::move(*inherited);
         }
         const auto verdict = lockeridentity::judge(facts, rules_.vouchedPaths);
         if (!verdict) return verdict.error();
         if (!facts.receiver) return LockerDoubt{.fact = LockerDoubt::Fact::keyReachesNobody};
-        holder.process = facts.receiver->process;
         pace_ = verdict->pace;
         holder_ = std::move(holder);
         if (!chooseKeys()) return LockerDoubt{.fact = LockerDoubt::Fact::keysAreReserved};
@@ -232,6 +237,7 @@ class XTestKeyEventSource final : public KeyEventSource {
                                    .path = facts.receiver->path};
             }
         }
+        if (pace_.needsEventLoop) awaitEventLoop(facts.receiver->process, stillLocked);
         // Only now, when the locker is done with the tap: many lose the news of a key's new symbol
         // that come while they look up another.
         borrow();
@@ -332,6 +338,15 @@ class XTestKeyEventSource final : public KeyEventSource {
             if (!client) return Sight::none;
             return !pace_.dialogIsOnScreen || showsWindowOf(*client) ? Sight::there : Sight::coming;
         });
+    }
+
+    /// Or until enough was waited: no locker must wait through epoll.
+    void awaitEventLoop(std::int64_t process, const std::function<bool()>& stillLocked) const {
+        for (TimeInterval waited{};
+             waited < xkey::loopLimit && stillLocked() && !ClientPrograms::isInEventLoop(process);
+             waited += xkey::dialogStep) {
+            rules_.pause(xkey::dialogStep);
+        }
     }
 
     /// What is waited for.

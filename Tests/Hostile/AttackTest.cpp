@@ -99,6 +99,7 @@ INSTANTIATE_TEST_SUITE_P(
         Disguise{"aWindowAndAGrabAndAStateOfXscreensavers",
                  {"IMPOSTOR", "xscreensaver", "saver", "grab"}},
         Disguise{"aProgramOfI3locksName", {"NAMED", "i3lock", "grab"}},
+        Disguise{"aProgramOfI3locksNameInTheBackground", {"NAMED", "i3lock", "grab", "background"}},
         Disguise{"aProgramRunByOneOfRoots",
                  {"/lib64/ld-linux-x86-64.so.2", "IMPOSTOR", "i3lock", "grab"}},
         // Where it may, it lies at the very path of i3lock, for itself.

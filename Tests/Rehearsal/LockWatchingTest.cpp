@@ -145,15 +145,13 @@ TEST_P(LockWatching, takesACrashedLockerForAnUnlock) {
     EXPECT_FALSE(isLocked());
 }
 
-constexpr std::array names{"i3lock", "xsecurelock", "xscreensaver"};
+constexpr std::array names{"i3lock", "i3lockInBackground", "xsecurelock", "xscreensaver"};
 
-INSTANTIATE_TEST_SUITE_P(Lockers, LockWatching,
-                         testing::Values(ScreenLocker::Kind::i3lock,
-                                         ScreenLocker::Kind::xsecurelock,
-                                         ScreenLocker::Kind::xscreensaver),
-                         [](const auto& kind) -> std::string {
-                             return names.at(static_cast<std::size_t>(kind.param));
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Lockers, LockWatching,
+    testing::Values(ScreenLocker::Kind::i3lock, ScreenLocker::Kind::i3lockInBackground,
+                    ScreenLocker::Kind::xsecurelock, ScreenLocker::Kind::xscreensaver),
+    [](const auto& kind) -> std::string { return names.at(static_cast<std::size_t>(kind.param)); });
 
 }  // namespace
 }  // namespace marrowby

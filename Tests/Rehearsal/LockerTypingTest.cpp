@@ -241,6 +241,8 @@ INSTANTIATE_TEST_SUITE_P(
                          "Sphinx of black quartz, judge my vow: 4 yZ@/|"},
                     Case{"beyondAsciiOnFrenchI3lock", i3lock, "fr", "é ß ž字😀 aqQ1!"},
                     Case{"cyrillicOnRussianI3lock", i3lock, "ru", "Пароль u 1"},
+                    Case{"beyondAsciiOnI3lockInTheBackground",
+                         ScreenLocker::Kind::i3lockInBackground, "us", "é Z 字 yZ"},
                     Case{"asciiOnRussianXsecurelock", xsecurelock, "ru", "Tr0ub4dor&3 `'{}~^"},
                     Case{"asciiOnFrenchXsecurelock", xsecurelock, "fr", "Tr0ub4dor&3 $`'\"\\{}~^"},
                     Case{"fortyFiveOnXsecurelock", xsecurelock, "us",

@@ -27,6 +27,7 @@ constexpr std::chrono::milliseconds dialogTime{800};
 std::string_view dialogOf(ScreenLocker::Kind kind) {
     switch (kind) {
         case ScreenLocker::Kind::i3lock:
+        case ScreenLocker::Kind::i3lockInBackground:
             return {};
         case ScreenLocker::Kind::xsecurelock:
             return "auth_x11";

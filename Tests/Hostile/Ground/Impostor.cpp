@@ -27,11 +27,17 @@ Impostor::Impostor(const std::string& displayName, std::vector<std::string> comm
 std::size_t Impostor::characters() {
     while (read(100)) {
     }
-    program_ = std::unexpected("ended");
+    end();
     constexpr std::array<char, 5> silent{'\n', char(keycode::leftShift), char(keycode::rightShift),
                                          char(keycode::leftControl), char(keycode::leftAlt)};
     return static_cast<std::size_t>(std::ranges::count_if(
         received_, [&](char key) { return std::ranges::find(silent, key) == silent.end(); }));
+}
+
+void Impostor::end() {
+    // With its children.
+    if (program_) ::kill(-program_->id(), SIGKILL);
+    program_ = std::unexpected("ended");
 }
 
 bool Impostor::read(int milliseconds) {

@@ -16,11 +16,15 @@ class Impostor {
     /// Blocks until it has done all that `command` asks for, unless it is not `isReadyAtOnce`.
     Impostor(const std::string& displayName, std::vector<std::string> command,
              bool isReadyAtOnce = true);
+    ~Impostor() { end(); }
+    Impostor(const Impostor&) = delete;
+    Impostor& operator=(const Impostor&) = delete;
     [[nodiscard]] bool hasBegun() const { return hasBegun_; }
     /// All keys that it got but those that give no character. Ends it.
     [[nodiscard]] std::size_t characters();
 
   private:
+    void end();
     [[nodiscard]] bool read(int milliseconds);
 
     Pipe keys_;

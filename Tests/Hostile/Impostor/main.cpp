@@ -1,10 +1,11 @@
 // A program that would like to be taken for a screen locker.
 //
-//   hostile-impostor CLASS [grab] [saver]
+//   hostile-impostor CLASS [grab] [saver] [background]
 //
 // Puts a window of this class over the whole screen, unmanaged as lockers' are; with “grab” it
 // takes the keyboard, however long that takes; with “saver” it says on the root window that the
-// screen is locked, as xscreensaver does. Descriptor 3 gets a line's end when all is done, then the
+// screen is locked, as xscreensaver does; with “background” a child goes on with its connection,
+// and the process that made it ends. Descriptor 3 gets a line's end when all is done, then the
 // code of each key that comes.
 
 #include <array>
@@ -78,6 +79,7 @@ int main(int count, char* words[]) {
     for (int i = 2; i < count; ++i) {
         const std::string_view word = words[i];
         if (word == "saver") sayLocked(display, screen);
+        if (word == "background" && ::fork() != 0) std::_Exit(0);
         while (word == "grab" && !takeKeyboard(display, window)) {
             if (xcb_connection_has_error(display) != 0) return 1;
         }

@@ -31,6 +31,7 @@ namespace {
 std::optional<ScreenLocker::Kind> lockerNamed(std::string_view name) {
     for (const auto& [known, kind] :
          {std::pair("i3lock", ScreenLocker::Kind::i3lock),
+          std::pair("i3lock-background", ScreenLocker::Kind::i3lockInBackground),
           std::pair("xsecurelock", ScreenLocker::Kind::xsecurelock),
           std::pair("xscreensaver", ScreenLocker::Kind::xscreensaver),
           std::pair("mate-screensaver", ScreenLocker::Kind::mateScreensaver)}) {

@@ -98,6 +98,35 @@ TEST(LockerIdentity, typesIntoKnownLockersThatHoldTheKeyboardAndCoverTheScreen) 
     }
 }
 
+TEST(LockerIdentity, followsALockerIntoTheBackground) {
+    ClientProgram ended;
+    ended.process = 90;
+    const ClientProgram i3lock = program("/usr/bin/i3lock");
+    const ClientProgram hotkeys = program("/usr/bin/xbindkeys", 101);
+    const ClientProgram another = program("/usr/bin/i3lock", 102);
+    const struct {
+        const char* what;
+        std::vector<ClientProgram> heirs;
+        std::optional<ClientProgram> followed;
+    } cases[] = {
+        {"nobody has its connection", {}, {}},
+        {"the only one", {i3lock}, i3lock},
+        {"the only one, though it is no locker", {hotkeys}, hotkeys},
+        {"the locker among others", {hotkeys, i3lock}, i3lock},
+        {"nobody can tell which locker", {i3lock, another}, {}},
+        {"nobody can tell which of two others", {hotkeys, program("/usr/bin/xcape", 103)}, {}},
+    };
+    for (const auto& one : cases) {
+        const auto facts = lockeridentity::inherited(lockedBy(ended), one.heirs, {});
+        ASSERT_EQ(facts.has_value(), one.followed.has_value()) << one.what;
+        if (!facts) continue;
+        EXPECT_EQ(facts->receiver->process, one.followed->process) << one.what;
+        EXPECT_EQ(facts->covers[0]->owner->process, one.followed->process) << one.what;
+        const auto verdict = lockeridentity::judge(*facts, {});
+        EXPECT_EQ(verdict.has_value(), one.followed->path == i3lock.path) << one.what;
+    }
+}
+
 TEST(LockerIdentity, takesTheOwnersWordForALockerButForNoInterpreterAndNoFileOfTheUsers) {
     const std::vector<std::string> vouched{"/opt/lock/mylock", "/usr/bin/perl", "/srv/a/lock"};
     EXPECT_TRUE(lockeridentity::judge(lockedBy(program("/opt/lock/mylock")), vouched));
