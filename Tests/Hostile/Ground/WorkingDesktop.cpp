@@ -58,7 +58,9 @@ std::expected<void, std::string> WorkingDesktop::startPrograms() {
     // Ours too writes, so that it never ends.
     output_ = OwnedFile(::open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
     const std::vector<std::string> environment{"DISPLAY=" + displayName(),
-                                               "HOME=" + folder_.path().string(), "LC_ALL=C.UTF-8"};
+                                               "HOME=" + folder_.path().string(), "LC_ALL=C.UTF-8",
+                                               // Where one runs.
+                                               "XMODIFIERS=@im=ibus"};
     for (const std::vector<std::string>& command :
          {std::vector<std::string>{"openbox", "--sm-disable"},
           std::vector<std::string>{"xterm", "-xrm",
@@ -115,9 +117,9 @@ bool WorkingDesktop::awaitGrab() const {
     return false;
 }
 
-bool WorkingDesktop::awaitHeldKeyboard() const {
+bool WorkingDesktop::awaitHeldKeyboard(std::chrono::seconds patience) const {
     const XKeyGuard guard(*connection_);
-    const auto deadline = std::chrono::steady_clock::now() + limit;
+    const auto deadline = std::chrono::steady_clock::now() + patience;
     while (std::chrono::steady_clock::now() < deadline) {
         if (guard.isKeyboardHeld()) return true;
     }

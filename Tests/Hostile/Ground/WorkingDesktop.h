@@ -5,6 +5,7 @@
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/PrivateFolder.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <expected>
@@ -49,7 +50,8 @@ class WorkingDesktop {
     [[nodiscard]] bool awaitGrab() const;
     /// Waits until a program, or the terminal itself, has grabbed the keyboard; for those that do
     /// not mind being late, for this looks by a grab of its own.
-    [[nodiscard]] bool awaitHeldKeyboard() const;
+    [[nodiscard]] bool awaitHeldKeyboard(
+        std::chrono::seconds patience = std::chrono::seconds(20)) const;
 
     /// What the terminal got since the last call; waits until it has got all keys that were sent
     /// before. The error says that it gets none.
