@@ -15,7 +15,7 @@ import random
 import subprocess
 import sys
 
-LOCKERS = ["i3lock", "xsecurelock", "mate-screensaver", "xscreensaver"]
+LOCKERS = ["i3lock", "i3lock-background", "xsecurelock", "mate-screensaver", "xscreensaver"]
 LAYOUTS = ["us", "de", "fr", "ru"]
 
 

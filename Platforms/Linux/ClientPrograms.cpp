@@ -107,8 +107,7 @@ std::optional<std::int64_t> ClientPrograms::process(const XcbConnection& connect
 }
 
 std::vector<ClientProgram> ClientPrograms::heirs() const {
-    auto holders =
-        localconnections::soleHolders(localconnections::ofServerBehind(connection_.fd()));
+    auto holders = localconnections::soleHolders(connection_.fd());
     for (const auto client : clients()) {
         if (const auto connected = process(connection_, askProcess(connection_, client)))
             holders.erase(*connected);
@@ -130,6 +129,10 @@ bool ClientPrograms::isInEventLoop(std::int64_t process) {
             isWaiting |= line.starts_with("tfd:");
     }
     return isWaiting;
+}
+
+bool ClientPrograms::hasReadAll(std::int64_t process) const {
+    return localconnections::unread(connection_.fd(), process) == 0;
 }
 
 std::vector<std::uint32_t> ClientPrograms::clients() const {

@@ -32,6 +32,8 @@ class ClientPrograms {
         const XcbConnection& connection, std::uint32_t resource);
     [[nodiscard]] static std::optional<std::int64_t> process(
         const XcbConnection& connection, xcb_res_query_client_ids_cookie_t asked);
+    /// Whether a process has taken in all that the server has sent it.
+    [[nodiscard]] bool hasReadAll(std::int64_t process) const;
     /// The first ID of each client's resources.
     [[nodiscard]] std::vector<std::uint32_t> clients() const;
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include <libmnl/libmnl.h>
 #include <linux/netlink.h>
@@ -43,35 +44,33 @@ std::string serverName(int socket) {
     return std::string(withoutNul({address.sun_path, length - offsetof(sockaddr_un, sun_path)}));
 }
 
-struct Search {
-    std::string server;
-    std::set<std::uint64_t> found{};
-};
-
 struct Socket {
-    std::string_view name{};
+    std::uint64_t inode = 0;
+    std::string name{};
     std::uint64_t peer = 0;
+    std::uint64_t unread = 0;
 };
 
 int readAttribute(const nlattr* attribute, void* data) {
     auto& socket = *static_cast<Socket*>(data);
     const auto size = mnl_attr_get_payload_len(attribute);
-    if (mnl_attr_get_type(attribute) == UNIX_DIAG_NAME) {
-        socket.name = {static_cast<const char*>(mnl_attr_get_payload(attribute)), size};
-    } else if (mnl_attr_get_type(attribute) == UNIX_DIAG_PEER && size == sizeof(std::uint32_t)) {
+    const void* const value = mnl_attr_get_payload(attribute);
+    const auto type = mnl_attr_get_type(attribute);
+    if (type == UNIX_DIAG_NAME)
+        socket.name = withoutNul({static_cast<const char*>(value), size});
+    else if (type == UNIX_DIAG_PEER && size == sizeof(std::uint32_t))
         socket.peer = mnl_attr_get_u32(attribute);
-    }
+    else if (type == UNIX_DIAG_RQLEN && size == sizeof(unix_diag_rqlen))
+        socket.unread = static_cast<const unix_diag_rqlen*>(value)->udiag_rqueue;
     return MNL_CB_OK;
 }
 
 int readSocket(const nlmsghdr* message, void* data) {
-    auto& search = *static_cast<Search*>(data);
-    Socket socket;
-    if (mnl_attr_parse(message, sizeof(unix_diag_msg), readAttribute, &socket) < 0)
-        return MNL_CB_ERROR;
-    if (socket.peer != 0 && withoutNul(socket.name) == search.server)
-        search.found.insert(socket.peer);
-    return MNL_CB_OK;
+    auto& socket = static_cast<std::vector<Socket>*>(data)->emplace_back();
+    if (mnl_nlmsg_get_payload_len(message) < sizeof(unix_diag_msg)) return MNL_CB_ERROR;
+    socket.inode = static_cast<const unix_diag_msg*>(mnl_nlmsg_get_payload(message))->udiag_ino;
+    return mnl_attr_parse(message, sizeof(unix_diag_msg), readAttribute, &socket) < 0 ? MNL_CB_ERROR
+                                                                                      : MNL_CB_OK;
 }
 
 bool askForSockets(const Netlink& netlink) {
@@ -83,7 +82,7 @@ bool askForSockets(const Netlink& netlink) {
         static_cast<unix_diag_req*>(mnl_nlmsg_put_extra_header(message, sizeof(unix_diag_req)));
     request->sdiag_family = AF_UNIX;
     request->udiag_states = ~0U;
-    request->udiag_show = UDIAG_SHOW_NAME | UDIAG_SHOW_PEER;
+    request->udiag_show = UDIAG_SHOW_NAME | UDIAG_SHOW_PEER | UDIAG_SHOW_RQLEN;
     return mnl_socket_sendto(netlink.get(), message, message->nlmsg_len) >= 0;
 }
 
@@ -113,39 +112,76 @@ void forEachIn(const std::filesystem::path& folder, const Use& use) {
     }
 }
 
-}  // namespace
-
-std::set<std::uint64_t> localconnections::ofServerBehind(int socket) {
-    Search search{.server = serverName(socket)};
+/// All local sockets; none where the kernel doesn't tell.
+std::vector<Socket> allSockets() {
     const Netlink netlink(mnl_socket_open2(NETLINK_SOCK_DIAG, SOCK_CLOEXEC));
-    if (search.server.empty() || !netlink || !askForSockets(netlink)) return {};
+    if (!netlink || !askForSockets(netlink)) return {};
+    std::vector<Socket> sockets;
     alignas(nlmsghdr) std::array<char, answerSize> answer{};
     int more = MNL_CB_OK;
     while (more > MNL_CB_STOP) {
         const auto size = mnl_socket_recvfrom(netlink.get(), answer.data(), answer.size());
         if (size <= 0) return {};
-        more = mnl_cb_run(answer.data(), static_cast<std::size_t>(size), 0, 0, readSocket, &search);
+        more =
+            mnl_cb_run(answer.data(), static_cast<std::size_t>(size), 0, 0, readSocket, &sockets);
     }
-    return more == MNL_CB_STOP ? search.found : std::set<std::uint64_t>();
+    return more == MNL_CB_STOP ? sockets : std::vector<Socket>();
 }
 
-std::set<std::int64_t> localconnections::soleHolders(const std::set<std::uint64_t>& sockets) {
+/// What the clients of the server have not read, by their sockets' inodes.
+std::map<std::uint64_t, std::uint64_t> clientsOfServerBehind(int ownSocket) {
+    std::map<std::uint64_t, std::uint64_t> clients;
+    const std::string server = serverName(ownSocket);
+    if (server.empty()) return clients;
+    const auto sockets = allSockets();
+    for (const auto& socket : sockets) {
+        if (socket.peer != 0 && socket.name == server) clients.emplace(socket.peer, 0);
+    }
+    for (const auto& socket : sockets) {
+        if (const auto client = clients.find(socket.inode); client != clients.end())
+            client->second = socket.unread;
+    }
+    return clients;
+}
+
+/// The inodes of its sockets.
+std::set<std::uint64_t> socketsOf(const std::filesystem::path& process) {
+    std::set<std::uint64_t> found;
+    forEachIn(process / "fd", [&](const std::filesystem::path& file) {
+        std::error_code closed;
+        if (const auto inode = socketInode(std::filesystem::read_symlink(file, closed).native()))
+            found.insert(*inode);
+    });
+    return found;
+}
+
+}  // namespace
+
+std::set<std::int64_t> localconnections::soleHolders(int ownSocket) {
+    const auto clients = clientsOfServerBehind(ownSocket);
     std::map<std::uint64_t, std::set<std::int64_t>> holders;
     forEachIn("/proc", [&](const std::filesystem::path& process) {
         const auto id = number(process.filename().native());
         if (!id) return;
-        forEachIn(process / "fd", [&](const std::filesystem::path& file) {
-            std::error_code closed;
-            const auto inode = socketInode(std::filesystem::read_symlink(file, closed).native());
-            if (inode && sockets.contains(*inode))
-                holders[*inode].insert(static_cast<std::int64_t>(*id));
-        });
+        for (const auto inode : socketsOf(process)) {
+            if (clients.contains(inode)) holders[inode].insert(static_cast<std::int64_t>(*id));
+        }
     });
     std::set<std::int64_t> sole;
     for (const auto& [socket, processes] : holders) {
         if (processes.size() == 1) sole.insert(*processes.begin());
     }
     return sole;
+}
+
+std::uint64_t localconnections::unread(int ownSocket, std::int64_t process) {
+    const auto clients = clientsOfServerBehind(ownSocket);
+    std::uint64_t bytes = 0;
+    for (const auto inode : socketsOf(std::filesystem::path("/proc") / std::to_string(process))) {
+        if (const auto client = clients.find(inode); client != clients.end())
+            bytes += client->second;
+    }
+    return bytes;
 }
 
 }  // namespace marrowby

@@ -5,16 +5,15 @@
 
 namespace marrowby {
 
-/// Connections through local sockets, by the inodes of their sockets, as the kernel tells them.
+/// Connections through local sockets to the server at the other end of one's own, as the kernel
+/// tells them. Descriptors of other users' processes may not be read.
 namespace localconnections {
 
-/// Those of the clients that are connected to the same server as `socket`. Empty where the kernel
-/// doesn't tell.
-[[nodiscard]] std::set<std::uint64_t> ofServerBehind(int socket);
+/// The processes that alone hold one.
+[[nodiscard]] std::set<std::int64_t> soleHolders(int ownSocket);
 
-/// The processes that hold one of `sockets` alone, as far as their descriptors may be read: those
-/// of other users may not.
-[[nodiscard]] std::set<std::int64_t> soleHolders(const std::set<std::uint64_t>& sockets);
+/// What `process` has not yet read on its own, bytes; 0 where the kernel doesn't tell.
+[[nodiscard]] std::uint64_t unread(int ownSocket, std::int64_t process);
 
 }  // namespace localconnections
 

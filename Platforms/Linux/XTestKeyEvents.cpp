@@ -237,10 +237,17 @@ class XTestKeyEventSource final : public KeyEventSource {
                                    .path = facts.receiver->path};
             }
         }
-        if (pace_.needsEventLoop) awaitEventLoop(facts.receiver->process, stillLocked);
+        const auto locker = facts.receiver->process;
+        const auto hasReadAll = [&] { return programs_.hasReadAll(locker); };
+        if (pace_.needsEventLoop)
+            give(stillLocked, [&] { return ClientPrograms::isInEventLoop(locker); });
         // Only now, when the locker is done with the tap: many lose the news of a key's new symbol
         // that come while they look up another.
-        borrow();
+        give(stillLocked, hasReadAll);
+        const bool isLending = borrow();
+        if (isLending) give(stillLocked, hasReadAll);
+        const auto needed = std::max(pace_.wake, isLending ? pace_.lending : TimeInterval{});
+        if (needed > TimeInterval{}) rules_.pause(needed);
         return std::nullopt;
     }
 
@@ -295,8 +302,8 @@ class XTestKeyEventSource final : public KeyEventSource {
         return true;
     }
 
-    /// Takes effect of what was chosen.
-    void borrow() {
+    /// Takes effect of what was chosen; true when keys were lent.
+    [[nodiscard]] bool borrow() {
         bool isLending = false;
         // Nobody may ask for the map between two of them: Xlib forgets what it is told meanwhile.
         xcb_grab_server(connection_->get());
@@ -309,8 +316,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         if (hasClearedLocks_) lockModifiers(0);
         xcb_ungrab_server(connection_->get());
         (void)synchronize();
-        const auto needed = std::max(pace_.wake, isLending ? pace_.lending : TimeInterval{});
-        if (needed > TimeInterval{}) rules_.pause(needed);
+        return isLending;
     }
 
     [[nodiscard]] std::optional<std::uint32_t> dialogAmong(
@@ -340,12 +346,11 @@ class XTestKeyEventSource final : public KeyEventSource {
         });
     }
 
-    /// Or until enough was waited: no locker must wait through epoll.
-    void awaitEventLoop(std::int64_t process, const std::function<bool()>& stillLocked) const {
-        for (TimeInterval waited{};
-             waited < xkey::loopLimit && stillLocked() && !ClientPrograms::isInEventLoop(process);
-             waited += xkey::dialogStep) {
-            rules_.pause(xkey::dialogStep);
+    /// Gives a busy locker time until something holds. Not all tell, so that it goes on without.
+    void give(const std::function<bool()>& stillLocked, const std::function<bool()>& holds) const {
+        for (TimeInterval waited{}; waited < xkey::busyLimit && stillLocked() && !holds();
+             waited += xkey::busyStep) {
+            rules_.pause(xkey::busyStep);
         }
     }
 
