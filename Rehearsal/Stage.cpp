@@ -20,7 +20,7 @@
 #include "Rehearsal/MovedMainThread.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/PrivateFolder.h"
-#include "Rehearsal/SceneDirectory.h"
+#include "Rehearsal/SceneAccount.h"
 #include "Rehearsal/SceneKeychain.h"
 #include "Rehearsal/SceneOwner.h"
 #include "Rehearsal/SceneSettings.h"
@@ -128,7 +128,7 @@ struct Stage::World {
     JsonDefaultsStore defaults{files, data.path() / "settings.json"};
     SceneKeychain keychain;
     SceneOwner owner{mainThread};
-    SceneDirectory directory;
+    SceneAccount account;
     SceneSettings systemSettings;
     std::string loginPassword;
 
@@ -233,16 +233,13 @@ void Stage::World::startApplication() {
                        .files = files,
                        .keychain = keychain,
                        .ownerAuthentication = owner,
-                       .directory = directory,
+                       .passwordVerifier = account,
                        .defaults = defaults,
                        .keyEvents = keyEvents,
                        .systemSettings = systemSettings,
                        .windowServer = windowServer},
-        UnlockModel::Resources{.dataBase = data.path(),
-                               .bundleIdentifier = {},
-                               .testTag = {},
-                               .userName = "owner",
-                               .models = networks},
+        UnlockModel::Resources{
+            .dataBase = data.path(), .bundleIdentifier = {}, .testTag = {}, .models = networks},
         windows,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { note(line); },
                                  .terminate = [] {}});
@@ -342,7 +339,7 @@ void Stage::turnUsersHead() {
 
 void Stage::setLoginPassword(std::string_view password) {
     world_->loginPassword = password;
-    world_->directory.setPassword(world_->loginPassword);
+    world_->account.setPassword(world_->loginPassword);
 }
 
 Stage::Result<void> Stage::lockScreen() {

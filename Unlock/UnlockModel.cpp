@@ -13,7 +13,6 @@
 #include "UnlockCore/LockWatching/OwnKeystrokes.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 #include "UnlockCore/LockWatching/WindowServerLockState.h"
-#include "UnlockCore/PasswordEntry/OpenDirectoryPasswordVerifier.h"
 #include "UnlockCore/PasswordEntry/TypablePassword.h"
 #include "UnlockCore/Recognition/MatchStrictness.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
@@ -398,11 +397,9 @@ void UnlockModel::check(SecretBytes password, std::function<void(CheckedPassword
     }
     const auto held = std::make_shared<SecretBytes>(std::move(password));
     platform_.queues.background()->async([weak = std::weak_ptr(self_), held, then = std::move(then),
-                                          &directory = platform_.directory,
-                                          &mainThread = platform_.mainThread,
-                                          userName = resources_.userName] {
-        const auto checked =
-            OpenDirectoryPasswordVerifier(directory, userName).check(held->values());
+                                          &verifier = platform_.passwordVerifier,
+                                          &mainThread = platform_.mainThread] {
+        const auto checked = verifier.check(held->values());
         mainThread.post([weak, held, then, refusal = refusalOf(checked)] {
             if (refusal) held->wipe();
             if (!weak.lock()) return;

@@ -38,8 +38,6 @@ class UnlockModel {
         std::filesystem::path dataBase;
         std::optional<std::string> bundleIdentifier;
         std::optional<std::string> testTag;
-        /// The short name of the account whose password is saved.
-        std::string userName;
         ModelPack models;
     };
 

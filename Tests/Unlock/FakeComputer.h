@@ -3,7 +3,6 @@
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Tests/Fakes/FakeCaptureSession.h"
 #include "Tests/Fakes/FakeDefaultsStore.h"
-#include "Tests/Fakes/FakeDirectory.h"
 #include "Tests/Fakes/FakeFaceVision.h"
 #include "Tests/Fakes/FakeFileSystem.h"
 #include "Tests/Fakes/FakeFourierTransform.h"
@@ -17,6 +16,7 @@
 #include "Tests/Fakes/FakeNeuralModels.h"
 #include "Tests/Fakes/FakeNotificationCenter.h"
 #include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "Tests/Fakes/FakePasswordVerifier.h"
 #include "Tests/Fakes/FakeProcessActivities.h"
 #include "Tests/Fakes/FakeSystemSettings.h"
 #include "Tests/Fakes/FakeWindowServer.h"
@@ -72,7 +72,7 @@ struct FakeComputer {
                 .files = *disk,
                 .keychain = keychain,
                 .ownerAuthentication = owner,
-                .directory = directory,
+                .passwordVerifier = passwordVerifier,
                 .defaults = *store,
                 .keyEvents = keyEvents,
                 .systemSettings = systemSettings,
@@ -84,7 +84,6 @@ struct FakeComputer {
         return {.dataBase = "/data",
                 .bundleIdentifier = {},
                 .testTag = {},
-                .userName = "anna",
                 .models = {.folder = MARROWBY_SOURCE_DIR,
                            .name = "test",
                            .embedderFile = "CMakeLists.txt",
@@ -149,7 +148,7 @@ struct FakeComputer {
     FileSystem* disk = &files;
     FakeKeychain keychain;
     FakeOwnerAuthentication owner;
-    FakeDirectory directory;
+    FakePasswordVerifier passwordVerifier;
     FakeDefaultsStore defaults;
     DefaultsStore* store = &defaults;
     FakeKeyEvents keyEvents;

@@ -234,12 +234,12 @@ TEST_F(UnlockApplicationTest, keepsTheCapturedFaceUntilTheOwnerAndThePasswordAre
     nameAndPassword("");
     EXPECT_EQ(windows.page().problem, "The password is empty.");
 
-    directory.verdict = DirectoryError{"com.apple.OpenDirectory", 5000, "no"};
+    passwordVerifier.verdict = PasswordCheckResult::Incorrect{};
     windows.typeSecret("wrong");
     EXPECT_TRUE(press("Continue"));
     EXPECT_EQ(windows.page().problem, "That isn’t your Mac password.");
 
-    directory.verdict.reset();
+    passwordVerifier.verdict = PasswordCheckResult::Correct{};
     owner.answer = std::unexpected(OwnerAuthenticationError{
         .domain = OwnerAuthenticationError::authenticationDomain, .code = -2, .message = "gone"});
     windows.typeSecret("secret");

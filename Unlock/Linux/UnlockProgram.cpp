@@ -204,7 +204,8 @@ class World {
     SecretServiceKeychain keychain_{surroundings_.keyringBus()};
     const std::unique_ptr<OwnerAuthentication> owner_ =
         surroundings_.makeOwnerAuthentication(mainThread_);
-    const std::unique_ptr<Directory> directory_ = surroundings_.makeDirectory();
+    const std::shared_ptr<MacPasswordVerifying> passwordVerifier_ =
+        surroundings_.makePasswordVerifier(places_.userName);
 
     const DesktopSession::Places sessionPlaces_ = DesktopSession::Places::ofThisProcess();
     DesktopSession session_{sessionPlaces_, mainThread_, workspaceCenter_, distributedCenter_};
@@ -252,7 +253,7 @@ std::expected<void, std::string> World::start() {
                        .files = files_,
                        .keychain = keychain_,
                        .ownerAuthentication = *owner_,
-                       .directory = *directory_,
+                       .passwordVerifier = *passwordVerifier_,
                        .defaults = defaults_,
                        .keyEvents = *keyEvents_,
                        .systemSettings = systemSettings_,
@@ -260,7 +261,6 @@ std::expected<void, std::string> World::start() {
         UnlockModel::Resources{.dataBase = places_.folders.dataHome,
                                .bundleIdentifier = applicationIdentifier,
                                .testTag = {},
-                               .userName = places_.userName,
                                .models = *std::move(pack)},
         windows_,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { log_.write(line); },

@@ -17,6 +17,7 @@
 #include "Platforms/macOS/IOKitKeyboardDevices.h"
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
+#include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
 #include "Platforms/macOS/RunLoopMainThread.h"
 #include "Platforms/macOS/SecurityKeychain.h"
 #include "Platforms/macOS/UserDefaultsStore.h"
@@ -68,7 +69,8 @@ class MacApplication {
     PosixFileSystem files_;
     SecurityKeychain keychain_;
     LocalOwnerAuthentication ownerAuthentication_;
-    OpenDirectoryAccounts directory_;
+    OpenDirectoryAccounts accounts_;
+    OpenDirectoryPasswordVerifier passwordVerifier_;
     UserDefaultsStore defaults_;
     CoreGraphicsKeyEvents keyEvents_;
     AppKitSystemSettings systemSettings_;

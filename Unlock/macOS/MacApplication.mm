@@ -41,7 +41,6 @@ UnlockModel::Resources resources() {
     return {.dataBase = plainText(support),
             .bundleIdentifier = optionalText(bundle.bundleIdentifier),
             .testTag = testTag,
-            .userName = plainText(NSUserName()),
             .models = {.folder = plainText(bundle.resourcePath),
                        .name = "standard",
                        .embedderFile = embedder.fileName,
@@ -52,7 +51,8 @@ UnlockModel::Resources resources() {
 }  // namespace
 
 MacApplication::MacApplication()
-    : application_(
+    : passwordVerifier_(accounts_, plainText(NSUserName())),
+      application_(
           platform(), resources(), windows_,
           {.log = [](const std::string& line) { os_log(systemLog(), "%{public}s", line.c_str()); },
            .terminate =
@@ -110,7 +110,7 @@ UnlockPlatform MacApplication::platform() {
             .files = files_,
             .keychain = keychain_,
             .ownerAuthentication = ownerAuthentication_,
-            .directory = directory_,
+            .passwordVerifier = passwordVerifier_,
             .defaults = defaults_,
             .keyEvents = keyEvents_,
             .systemSettings = systemSettings_,
