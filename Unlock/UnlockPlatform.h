@@ -11,7 +11,8 @@
 #include "UnlockCore/Platform/KeyEvents.h"
 #include "UnlockCore/Platform/KeyboardDevices.h"
 #include "UnlockCore/Platform/Keychain.h"
-#include "UnlockCore/Platform/LoginSession.h"
+#include "UnlockCore/Platform/LockEventWatching.h"
+#include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/MacPasswordVerifying.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/NeuralModel.h"
@@ -33,11 +34,10 @@ struct UnlockPlatform {
     SystemClock& clock;
     WorkQueues& queues;
 
-    NotificationCenter& workspaceCenter;
-    NotificationCenter& distributedCenter;
     /// The process's own.
     NotificationCenter& defaultCenter;
-    LoginSession& loginSession;
+    LockEventWatching& lockEvents;
+    const LockStateReading& lockState;
     InputIdle& inputIdle;
     KeyboardDevices& keyboards;
 

@@ -11,7 +11,8 @@
 #include "Tests/Fakes/FakeKeyEvents.h"
 #include "Tests/Fakes/FakeKeyboardDevices.h"
 #include "Tests/Fakes/FakeKeychain.h"
-#include "Tests/Fakes/FakeLoginSession.h"
+#include "Tests/Fakes/FakeLockEvents.h"
+#include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeNeuralModels.h"
 #include "Tests/Fakes/FakeNotificationCenter.h"
@@ -55,10 +56,9 @@ struct FakeComputer {
         return {.mainThread = mainThread,
                 .clock = mainThread,
                 .queues = queues,
-                .workspaceCenter = workspaceCenter,
-                .distributedCenter = distributedCenter,
                 .defaultCenter = defaultCenter,
-                .loginSession = loginSession,
+                .lockEvents = lockEvents,
+                .lockState = lockState,
                 .inputIdle = inputIdle,
                 .keyboards = keyboards,
                 .lookCamera = lookCamera,
@@ -130,10 +130,9 @@ struct FakeComputer {
 
     FakeMainThread mainThread;
     FakeWorkQueues queues;
-    FakeNotificationCenter workspaceCenter;
-    FakeNotificationCenter distributedCenter;
     FakeNotificationCenter defaultCenter;
-    FakeLoginSession loginSession;
+    FakeLockEvents lockEvents;
+    FakeLockState lockState;
     FakeInputIdle inputIdle{mainThread};
     FakeKeyboardDevices keyboards;
     std::shared_ptr<FakeCaptureSession> lookCamera = std::make_shared<FakeCaptureSession>();
