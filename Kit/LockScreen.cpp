@@ -1,7 +1,5 @@
 #include "Kit/LockScreen.h"
 
-#include <variant>
-
 namespace marrowby {
 
 std::int64_t LockScreen::windowLevel() {
@@ -14,18 +12,9 @@ bool LockScreen::isSpaceAvailable() {
 }
 
 LockScreenSpace* LockScreen::spaceIfLocked() {
-    if (!isLocked() || !functions()) return nullptr;
+    if (!lockState_.state().isScreenLocked.value_or(false) || !functions()) return nullptr;
     if (!space_) space_.emplace(functions());
     return &*space_;
-}
-
-bool LockScreen::isLocked() const {
-    const auto dictionary = session_.copyCurrentDictionary();
-    if (!dictionary) return false;
-    const auto entry = dictionary->find(sessionkey::screenIsLocked);
-    if (entry == dictionary->end()) return false;
-    const bool* value = std::get_if<bool>(&entry->second);
-    return value && *value;
 }
 
 const std::shared_ptr<SkyLightFunctions>& LockScreen::functions() {

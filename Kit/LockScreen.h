@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Kit/LockScreenSpace.h"
-#include "UnlockCore/Platform/LoginSession.h"
+#include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/WindowServer.h"
 
 #include <cstdint>
@@ -14,8 +14,8 @@ namespace marrowby {
 /// the one space, each made when it is first needed. Main thread; what it is made of outlives it.
 class LockScreen {
   public:
-    LockScreen(WindowServer& server, const LoginSession& session)
-        : server_(server), session_(session) {}
+    LockScreen(WindowServer& server, const LockStateReading& lockState)
+        : server_(server), lockState_(lockState) {}
     LockScreen(const LockScreen&) = delete;
     LockScreen& operator=(const LockScreen&) = delete;
 
@@ -27,11 +27,10 @@ class LockScreen {
     [[nodiscard]] LockScreenSpace* spaceIfLocked();
 
   private:
-    [[nodiscard]] bool isLocked() const;
     [[nodiscard]] const std::shared_ptr<SkyLightFunctions>& functions();
 
     WindowServer& server_;
-    const LoginSession& session_;
+    const LockStateReading& lockState_;
     std::optional<std::int64_t> windowLevel_;
     /// Once looked for: what was found.
     std::optional<std::shared_ptr<SkyLightFunctions>> functions_;

@@ -20,7 +20,7 @@
 #include "Rehearsal/MovedMainThread.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/PrivateFolder.h"
-#include "Rehearsal/SceneDirectory.h"
+#include "Rehearsal/SceneAccount.h"
 #include "Rehearsal/SceneKeychain.h"
 #include "Rehearsal/SceneOwner.h"
 #include "Rehearsal/SceneSettings.h"
@@ -31,11 +31,10 @@
 #include "Unlock/Island.h"
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
-#include "UnlockCore/Platform/LockNotifications.h"
+#include "UnlockCore/Platform/LockEventWatching.h"
 
 #include <QCoreApplication>
 #include <QTimer>
-#include <array>
 #include <iomanip>
 #include <sstream>
 #include <utility>
@@ -93,6 +92,51 @@ class Viewfinder {
     std::shared_ptr<const PixelBuffer> picture_ GUARDED_BY(mutex_);
 };
 
+/// The session's lock events, whoever else hears them, and a sleep of the displays that the stage
+/// makes up. Main thread.
+class StagedLockEvents final : public LockEventWatching {
+  public:
+    StagedLockEvents(LockEventWatching& session, MainThread& mainThread)
+        : session_(session), mainThread_(mainThread) {
+        session_.onEvent = [this](LockEvent event) {
+            if (onSessionEvent) onSessionEvent(event);
+            tell(event);
+        };
+        session_.start();
+    }
+    StagedLockEvents(const StagedLockEvents&) = delete;
+    StagedLockEvents& operator=(const StagedLockEvents&) = delete;
+    ~StagedLockEvents() override {
+        session_.stop();
+        session_.onEvent = {};
+    }
+
+    std::function<void(LockEvent)> onSessionEvent;
+
+    void setAsleep(bool isAsleep) {
+        mainThread_.post([this, isAsleep, weak = std::weak_ptr(life_)] {
+            if (!weak.lock()) return;
+            isAsleep_ = isAsleep;
+            tell(isAsleep ? LockEvent::willSleep : LockEvent::wake);
+        });
+    }
+
+    [[nodiscard]] bool isSleeping() const override { return isAsleep_ || session_.isSleeping(); }
+    void start() override { isHeard_ = true; }
+    void stop() override { isHeard_ = false; }
+
+  private:
+    void tell(LockEvent event) const {
+        if (const auto report = onEvent; isHeard_ && report) report(event);
+    }
+
+    LockEventWatching& session_;
+    MainThread& mainThread_;
+    bool isAsleep_ = false;
+    bool isHeard_ = false;
+    std::shared_ptr<const bool> life_ = std::make_shared<const bool>();
+};
+
 }  // namespace
 
 /// What the application runs on, in the order in which it may be built; it goes in reverse.
@@ -115,8 +159,6 @@ struct Stage::World {
     Transcript transcript{realClock};
     QtMainThread realMainThread;
     MovedMainThread mainThread{realMainThread, clock};
-    LocalNotificationCenter workspaceCenter{mainThread};
-    LocalNotificationCenter distributedCenter{mainThread};
     LocalNotificationCenter defaultCenter{mainThread};
     OpenCvImaging imaging;
     OpenCvFourierTransform fourier;
@@ -128,15 +170,14 @@ struct Stage::World {
     JsonDefaultsStore defaults{files, data.path() / "settings.json"};
     SceneKeychain keychain;
     SceneOwner owner{mainThread};
-    SceneDirectory directory;
+    SceneAccount account;
     SceneSettings systemSettings;
     std::string loginPassword;
 
     // What the real session's buses say is nothing to the private desktop.
     DesktopSession session{{.systemBus = {}, .sessionBus = {}, .display = desktop.displayName()},
-                           mainThread,
-                           workspaceCenter,
-                           distributedCenter};
+                           mainThread};
+    StagedLockEvents lockEvents{session.lockEvents(), mainThread};
     XTestKeyEvents keyEvents{desktop.displayName()};
     ScreenLocker locker{desktop.displayName()};
     X11WindowServer windowServer{desktop.displayName()};
@@ -156,8 +197,6 @@ struct Stage::World {
     std::vector<std::string> log;
     std::size_t logRead = 0;
     std::optional<std::string> fault;
-    /// On centres that go with this.
-    std::array<NotificationCenter::Token, 2> lockObservers;
     bool isLockAnnounced = false;
     std::optional<Date> wokenAt;
     std::optional<Date> typedAt;
@@ -178,14 +217,11 @@ Stage::Result<void> Stage::World::setUp() {
         *vision = std::move(*finder);
     }
     session.onDisplayAway = [this](const std::string& text) { fault = text; };
-    lockObservers[0] = distributedCenter.observe(locknotification::screenIsLocked, [this] {
-        isLockAnnounced = true;
-        transcript.scene("the screen is locked");
-    });
-    lockObservers[1] = distributedCenter.observe(locknotification::screenIsUnlocked, [this] {
-        isLockAnnounced = false;
-        transcript.scene("the screen is unlocked");
-    });
+    lockEvents.onSessionEvent = [this](LockEvent event) {
+        if (event != LockEvent::screenLocked && event != LockEvent::screenUnlocked) return;
+        isLockAnnounced = event == LockEvent::screenLocked;
+        transcript.scene(isLockAnnounced ? "the screen is locked" : "the screen is unlocked");
+    };
 
     const std::vector devices{ScriptedCamera::builtInCamera()};
     lookCamera = std::make_shared<ScriptedCamera>(
@@ -216,10 +252,9 @@ void Stage::World::startApplication() {
         UnlockPlatform{.mainThread = mainThread,
                        .clock = clock,
                        .queues = queues,
-                       .workspaceCenter = workspaceCenter,
-                       .distributedCenter = distributedCenter,
                        .defaultCenter = defaultCenter,
-                       .loginSession = session.loginSession(),
+                       .lockEvents = lockEvents,
+                       .lockState = session.lockState(),
                        .inputIdle = session.inputIdle(),
                        .keyboards = session.keyboards(),
                        .lookCamera = lookCamera,
@@ -233,16 +268,13 @@ void Stage::World::startApplication() {
                        .files = files,
                        .keychain = keychain,
                        .ownerAuthentication = owner,
-                       .directory = directory,
+                       .passwordVerifier = account,
                        .defaults = defaults,
                        .keyEvents = keyEvents,
                        .systemSettings = systemSettings,
                        .windowServer = windowServer},
-        UnlockModel::Resources{.dataBase = data.path(),
-                               .bundleIdentifier = {},
-                               .testTag = {},
-                               .userName = "owner",
-                               .models = networks},
+        UnlockModel::Resources{
+            .dataBase = data.path(), .bundleIdentifier = {}, .testTag = {}, .models = networks},
         windows,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { note(line); },
                                  .terminate = [] {}});
@@ -342,7 +374,7 @@ void Stage::turnUsersHead() {
 
 void Stage::setLoginPassword(std::string_view password) {
     world_->loginPassword = password;
-    world_->directory.setPassword(world_->loginPassword);
+    world_->account.setPassword(world_->loginPassword);
 }
 
 Stage::Result<void> Stage::lockScreen() {
@@ -360,7 +392,7 @@ Stage::Result<void> Stage::waitForUnlock(TimeInterval limit) {
 
 void Stage::sleepDisplays() {
     world_->transcript.scene("the displays go to sleep");
-    world_->workspaceCenter.post(locknotification::screensDidSleep);
+    world_->lockEvents.setAsleep(true);
 }
 
 void Stage::wakeDisplays() {
@@ -368,7 +400,7 @@ void Stage::wakeDisplays() {
     world_->viewfinder.await();
     world_->typedAt.reset();
     world_->wokenAt = world_->realClock.now();
-    world_->workspaceCenter.post(locknotification::screensDidWake);
+    world_->lockEvents.setAsleep(false);
 }
 
 Stage::Result<void> Stage::touchKeyboard() {

@@ -11,7 +11,6 @@
 #include <cmath>
 #include <cstdint>
 #include <utility>
-#include <variant>
 
 namespace marrowby {
 
@@ -30,14 +29,6 @@ std::string permissionName(CameraManager::Permission permission) {
     }
     return {};
 }
-
-/// Numbers and texts may tell who sits there: only truth values are said.
-struct FactInWords {
-    std::string operator()(bool value) const { return value ? "true" : "false"; }
-    std::string operator()(std::int64_t) const { return "a whole number"; }
-    std::string operator()(double) const { return "a number"; }
-    std::string operator()(const std::string&) const { return "a text"; }
-};
 
 std::string seconds(TimeInterval interval) {
     const auto hundredths = std::llround(interval.count() * 100);
@@ -118,19 +109,13 @@ void SelfCheck::checkPermissions() {
 }
 
 void SelfCheck::checkSession() {
-    const auto session = services_.loginSession.copyCurrentDictionary();
-    if (!session) {
+    const auto facts = services_.sessionInWords();
+    if (!facts) {
         say("Session", false, "there is no session to ask about.");
         return;
     }
-    std::string facts;
-    for (const auto& [key, value] : *session)
-        facts += (facts.empty() ? "" : ", ") + key + " is " + std::visit(FactInWords(), value);
-    const auto onConsole = session->find(sessionkey::onConsole);
-    say("Session",
-        onConsole != session->end() && std::holds_alternative<bool>(onConsole->second) &&
-            std::get<bool>(onConsole->second),
-        facts.empty() ? "it says nothing of itself." : facts + ".");
+    say("Session", services_.lockState.state().isOnConsole.value_or(false),
+        facts->empty() ? "it says nothing of itself." : *facts + ".");
 }
 
 void SelfCheck::checkModels() {

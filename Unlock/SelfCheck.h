@@ -6,7 +6,7 @@
 #include "UnlockCore/Platform/KeyEvents.h"
 #include "UnlockCore/Platform/KeyboardDevices.h"
 #include "UnlockCore/Platform/Keychain.h"
-#include "UnlockCore/Platform/LoginSession.h"
+#include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/NeuralModel.h"
 #include "UnlockCore/Platform/OwnerAuthentication.h"
 #include "UnlockCore/Platform/WindowServer.h"
@@ -31,7 +31,9 @@ class SelfCheck {
         MainThread& mainThread;
         const SystemClock& clock;
         WorkQueues& queues;
-        const LoginSession& loginSession;
+        const LockStateReading& lockState;
+        /// What the system says of the session, without a full stop; nothing where there is none.
+        std::function<std::optional<std::string>()> sessionInWords;
         const KeyboardDevices& keyboards;
         KeyEvents& keyEvents;
         std::shared_ptr<CaptureSession> camera;

@@ -12,8 +12,6 @@
 #include "UnlockCore/LockWatching/NotedKeyEvents.h"
 #include "UnlockCore/LockWatching/OwnKeystrokes.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
-#include "UnlockCore/LockWatching/WindowServerLockState.h"
-#include "UnlockCore/PasswordEntry/OpenDirectoryPasswordVerifier.h"
 #include "UnlockCore/PasswordEntry/TypablePassword.h"
 #include "UnlockCore/Recognition/MatchStrictness.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
@@ -111,11 +109,11 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
       spaceKeys(platform.keyboards, ownKeystrokes),
       activity(inputIdle, platform.mainThread, platform.clock),
       clock(platform.clock, platform.mainThread),
-      lockScreen(platform.windowServer, platform.loginSession),
+      lockScreen(platform.windowServer, platform.lockState),
       island(
           {.lockScreen = lockScreen, .mainThread = platform.mainThread, .clock = platform.clock}),
       coordinator(model.settings().passwordHealth,
-                  {.lockState = std::make_shared<WindowServerLockState>(platform.loginSession),
+                  {.lockState = platform.lockState,
                    .scanner = scanner,
                    .typer = typer,
                    .presenter = &island,
@@ -158,7 +156,6 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
     : platform_(std::move(platform)),
       resources_(std::move(resources)),
       callbacks_(std::move(callbacks)),
-      lockMonitor_(platform_.workspaceCenter, platform_.distributedCenter),
       dataFolder_(AppDataFolder::in(resources_.dataBase, resources_.testTag)),
       keyStore_(platform_.keychain,
                 LoginKeychainKeyStore::vaultService(resources_.bundleIdentifier)),
@@ -198,13 +195,14 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
             });
         });
     state_ = currentState();
-    lockMonitor_.onEvent = [this](LockEvent event) { onLockEvent(event); };
-    lockMonitor_.start();
+    platform_.lockEvents.onEvent = [this](LockEvent event) { onLockEvent(event); };
+    platform_.lockEvents.start();
 }
 
 UnlockModel::~UnlockModel() {
     platform_.defaultCenter.remove(vaultObserver_);
-    lockMonitor_.stop();
+    platform_.lockEvents.stop();
+    platform_.lockEvents.onEvent = {};
     platform_.keyEvents.setUnknownLockerHandler({});
 }
 
@@ -398,11 +396,9 @@ void UnlockModel::check(SecretBytes password, std::function<void(CheckedPassword
     }
     const auto held = std::make_shared<SecretBytes>(std::move(password));
     platform_.queues.background()->async([weak = std::weak_ptr(self_), held, then = std::move(then),
-                                          &directory = platform_.directory,
-                                          &mainThread = platform_.mainThread,
-                                          userName = resources_.userName] {
-        const auto checked =
-            OpenDirectoryPasswordVerifier(directory, userName).check(held->values());
+                                          &verifier = platform_.passwordVerifier,
+                                          &mainThread = platform_.mainThread] {
+        const auto checked = verifier.check(held->values());
         mainThread.post([weak, held, then, refusal = refusalOf(checked)] {
             if (refusal) held->wipe();
             if (!weak.lock()) return;
@@ -522,7 +518,7 @@ void UnlockModel::onLockEvent(LockEvent event) {
     if (event == LockEvent::screenLocked && platform_.activities != nullptr)
         lockedActivity_ = platform_.activities->begin("Waiting for you at the lock screen");
     if (event == LockEvent::screenUnlocked) lockedActivity_.reset();
-    engine_->coordinator.setSleeping(lockMonitor_.isSleeping());
+    engine_->coordinator.setSleeping(platform_.lockEvents.isSleeping());
     engine_->coordinator.send(Event::Lock{event});
 }
 

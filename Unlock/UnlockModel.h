@@ -8,7 +8,6 @@
 #include "UnlockCore/Engine/UnlockReadiness.h"
 #include "UnlockCore/Engine/UnlockSettings.h"
 #include "UnlockCore/LockScreenServices/VaultAutoLocker.h"
-#include "UnlockCore/LockWatching/LockMonitor.h"
 #include "UnlockCore/Recognition/CameraDevice.h"
 #include "UnlockCore/Recognition/CameraManager.h"
 #include "UnlockCore/Status/UnlockStatus.h"
@@ -29,8 +28,8 @@
 
 namespace marrowby {
 
-/// The application's one long-lived model: owns the protected stores and the lock monitor, and once
-/// wired the engine with all its collaborators. Main thread.
+/// The application's one long-lived model: owns the protected stores, follows the lock, and owns
+/// once wired the engine with all its collaborators. Main thread.
 class UnlockModel {
   public:
     struct Resources {
@@ -38,8 +37,6 @@ class UnlockModel {
         std::filesystem::path dataBase;
         std::optional<std::string> bundleIdentifier;
         std::optional<std::string> testTag;
-        /// The short name of the account whose password is saved.
-        std::string userName;
         ModelPack models;
     };
 
@@ -173,7 +170,6 @@ class UnlockModel {
     Resources resources_;
     Callbacks callbacks_;
 
-    LockMonitor lockMonitor_;
     AppDataFolder dataFolder_;
     LoginKeychainKeyStore keyStore_;
     DeviceOwnerCheck ownerCheck_;

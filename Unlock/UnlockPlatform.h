@@ -3,7 +3,6 @@
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/CaptureSession.h"
 #include "UnlockCore/Platform/DefaultsStore.h"
-#include "UnlockCore/Platform/Directory.h"
 #include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Platform/FileSystem.h"
 #include "UnlockCore/Platform/FourierTransform.h"
@@ -12,7 +11,9 @@
 #include "UnlockCore/Platform/KeyEvents.h"
 #include "UnlockCore/Platform/KeyboardDevices.h"
 #include "UnlockCore/Platform/Keychain.h"
-#include "UnlockCore/Platform/LoginSession.h"
+#include "UnlockCore/Platform/LockEventWatching.h"
+#include "UnlockCore/Platform/LockStateReading.h"
+#include "UnlockCore/Platform/MacPasswordVerifying.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/NeuralModel.h"
 #include "UnlockCore/Platform/NotificationCenter.h"
@@ -33,11 +34,10 @@ struct UnlockPlatform {
     SystemClock& clock;
     WorkQueues& queues;
 
-    NotificationCenter& workspaceCenter;
-    NotificationCenter& distributedCenter;
     /// The process's own.
     NotificationCenter& defaultCenter;
-    LoginSession& loginSession;
+    LockEventWatching& lockEvents;
+    const LockStateReading& lockState;
     InputIdle& inputIdle;
     KeyboardDevices& keyboards;
 
@@ -55,7 +55,7 @@ struct UnlockPlatform {
     FileSystem& files;
     Keychain& keychain;
     OwnerAuthentication& ownerAuthentication;
-    Directory& directory;
+    MacPasswordVerifying& passwordVerifier;
     DefaultsStore& defaults;
 
     KeyEvents& keyEvents;

@@ -3,10 +3,9 @@
 #include "Platforms/Linux/BusAddress.h"
 #include "Platforms/Linux/EvdevInputIdle.h"
 #include "Platforms/Linux/EvdevKeyboardDevices.h"
-#include "Platforms/Linux/LinuxLoginSession.h"
+#include "Platforms/Linux/LinuxLockMonitor.h"
 #include "Platforms/Linux/LogindWatcher.h"
 #include "Platforms/Linux/ScreenSaverWatcher.h"
-#include "Platforms/Linux/SessionAnnouncer.h"
 #include "Platforms/Linux/X11Display.h"
 
 #include <cstdlib>
@@ -24,23 +23,20 @@ std::unique_ptr<X11Display> makeDisplay(std::optional<std::string> name) {
 }  // namespace
 
 struct DesktopSession::Sources {
-    Sources(Places places, MainThread& mainThread, NotificationCenter& workspaceCenter,
-            NotificationCenter& distributedCenter)
+    Sources(Places places, MainThread& mainThread)
         : display(makeDisplay(std::move(places.display))),
           evdevIdle(places.inputDevices),
           evdevKeyboards(places.inputDevices),
           logind(std::move(places.systemBus), mainThread),
           savers(std::move(places.sessionBus)),
-          session(logind, savers, display.get()),
-          announcer(session, workspaceCenter, distributedCenter) {}
+          lock(logind, savers, display.get(), mainThread) {}
 
     const std::unique_ptr<X11Display> display;
     EvdevInputIdle evdevIdle;
     EvdevKeyboardDevices evdevKeyboards;
     LogindWatcher logind;
     ScreenSaverWatcher savers;
-    LinuxLoginSession session;
-    SessionAnnouncer announcer;
+    LinuxLockMonitor lock;
 };
 
 DesktopSession::Places DesktopSession::Places::ofThisProcess() {
@@ -58,16 +54,13 @@ DesktopSession::Places DesktopSession::Places::ofThisProcess() {
     return places;
 }
 
-DesktopSession::DesktopSession(Places places, MainThread& mainThread,
-                               NotificationCenter& workspaceCenter,
-                               NotificationCenter& distributedCenter)
-    : sources_(std::make_unique<Sources>(std::move(places), mainThread, workspaceCenter,
-                                         distributedCenter)) {}
+DesktopSession::DesktopSession(Places places, MainThread& mainThread)
+    : sources_(std::make_unique<Sources>(std::move(places), mainThread)) {}
 
 DesktopSession::~DesktopSession() = default;
 
 void DesktopSession::start() {
-    const auto update = [this] { sources_->announcer.update(); };
+    const auto update = [this] { sources_->lock.update(); };
     sources_->logind.onChange = update;
     sources_->savers.onChange = update;
     if (sources_->display) {
@@ -81,8 +74,12 @@ void DesktopSession::start() {
     update();
 }
 
-LoginSession& DesktopSession::loginSession() {
-    return sources_->session;
+LockEventWatching& DesktopSession::lockEvents() {
+    return sources_->lock;
+}
+
+const LockStateReading& DesktopSession::lockState() const {
+    return sources_->lock;
 }
 
 InputIdle& DesktopSession::inputIdle() {

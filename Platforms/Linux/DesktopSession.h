@@ -2,9 +2,9 @@
 
 #include "UnlockCore/Platform/InputIdle.h"
 #include "UnlockCore/Platform/KeyboardDevices.h"
-#include "UnlockCore/Platform/LoginSession.h"
+#include "UnlockCore/Platform/LockEventWatching.h"
+#include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/MainThread.h"
-#include "UnlockCore/Platform/NotificationCenter.h"
 
 #include <functional>
 #include <memory>
@@ -31,9 +31,7 @@ class DesktopSession {
         [[nodiscard]] static Places ofThisProcess();
     };
 
-    /// The notifications are posted to the centres, which outlive this.
-    DesktopSession(Places places, MainThread& mainThread, NotificationCenter& workspaceCenter,
-                   NotificationCenter& distributedCenter);
+    DesktopSession(Places places, MainThread& mainThread);
     ~DesktopSession();
     DesktopSession(const DesktopSession&) = delete;
     DesktopSession& operator=(const DesktopSession&) = delete;
@@ -41,10 +39,11 @@ class DesktopSession {
     /// With a sentence for the user, whenever the display is gone or was not there at the start.
     std::function<void(const std::string&)> onDisplayAway;
 
-    /// Once, when the notifications are observed.
+    /// Once.
     void start();
 
-    [[nodiscard]] LoginSession& loginSession();
+    [[nodiscard]] LockEventWatching& lockEvents();
+    [[nodiscard]] const LockStateReading& lockState() const;
     [[nodiscard]] InputIdle& inputIdle();
     [[nodiscard]] KeyboardDevices& keyboards();
 

@@ -1,7 +1,5 @@
 #include "Platforms/Linux/SessionTruth.h"
 
-#include "UnlockCore/Platform/LockNotifications.h"
-
 #include <algorithm>
 
 namespace marrowby {
@@ -27,29 +25,25 @@ SessionTruth SessionTruth::of(const SessionSources& sources) {
     };
 }
 
-std::vector<SessionAnnouncement> announcements(const SessionTruth& before,
-                                               const SessionTruth& now) {
-    using enum SessionAnnouncement::Center;
+std::vector<SessionChange> changes(const SessionTruth& before, const SessionTruth& now) {
     const auto isAway = [](const SessionTruth& truth) { return truth.isOnConsole == false; };
     const auto isLocked = [](const SessionTruth& truth) {
         return truth.lock == LockReading::locked;
     };
+    constexpr SessionChange wokeUp{LockEvent::wake, false};
+    constexpr SessionChange fellAsleep{LockEvent::willSleep, true};
 
-    std::vector<SessionAnnouncement> list;
-    if (before.isAsleep && !now.isAsleep) list.push_back({workspace, locknotification::didWake});
-    if (isAway(before) && !isAway(now))
-        list.push_back({workspace, locknotification::screensDidWake});
+    std::vector<SessionChange> list;
+    if (before.isAsleep && !now.isAsleep) list.push_back(wokeUp);
+    if (isAway(before) && !isAway(now)) list.push_back(wokeUp);
 
-    if (!isLocked(before) && isLocked(now))
-        list.push_back({distributed, locknotification::screenIsLocked});
-    if (isLocked(before) && !isLocked(now))
-        list.push_back({distributed, locknotification::screenIsUnlocked});
+    if (!isLocked(before) && isLocked(now)) list.push_back({LockEvent::screenLocked, {}});
+    if (isLocked(before) && !isLocked(now)) list.push_back({LockEvent::screenUnlocked, {}});
     if (before.saver == LockReading::locked && now.saver == LockReading::unlocked)
-        list.push_back({distributed, locknotification::screenSaverDidStop});
+        list.push_back({LockEvent::wake, {}});
 
-    if (!isAway(before) && isAway(now))
-        list.push_back({workspace, locknotification::screensDidSleep});
-    if (!before.isAsleep && now.isAsleep) list.push_back({workspace, locknotification::willSleep});
+    if (!isAway(before) && isAway(now)) list.push_back(fellAsleep);
+    if (!before.isAsleep && now.isAsleep) list.push_back(fellAsleep);
     return list;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "UnlockCore/Platform/LockEvent.h"
+
 #include <optional>
 #include <vector>
 
@@ -38,17 +40,17 @@ struct SessionTruth {
     [[nodiscard]] static SessionTruth of(const SessionSources& sources);
 };
 
-/// One notification to post. The name is static.
-struct SessionAnnouncement {
-    enum class Center { workspace, distributed };
-    Center center;
-    const char* name;
+/// An event to tell of, and what it says about the displays' sleep, if anything.
+struct SessionChange {
+    LockEvent event;
+    std::optional<bool> isSleeping;
+    friend bool operator==(const SessionChange&, const SessionChange&) = default;
 };
 
-/// What is to be announced, in order: coming back, the lock, going away. Unknown counts as
-/// unlocked, on the console and awake, so that a source that is lost while locked is announced as
-/// an unlock. A session that another one takes the screen from sees its screens sleep.
-[[nodiscard]] std::vector<SessionAnnouncement> announcements(const SessionTruth& before,
-                                                             const SessionTruth& now);
+/// What is to be told, in order: coming back, the lock, going away. Unknown counts as unlocked, on
+/// the console and awake, so that a source that is lost while locked is told as an unlock. A
+/// session that another one takes the screen from sees its displays sleep.
+[[nodiscard]] std::vector<SessionChange> changes(const SessionTruth& before,
+                                                 const SessionTruth& now);
 
 }  // namespace marrowby

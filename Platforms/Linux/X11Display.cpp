@@ -3,8 +3,8 @@
 #include "Platforms/Linux/UnixTime.h"
 #include "Platforms/Linux/X11InputIdle.h"
 #include "Platforms/Linux/X11KeyboardDevices.h"
+#include "Platforms/Linux/X11LockState.h"
 #include "Platforms/Linux/X11LockWatcher.h"
-#include "Platforms/Linux/X11LoginSession.h"
 
 #include <QTimer>
 #include <algorithm>
@@ -17,7 +17,7 @@ namespace marrowby {
 
 /// What there is while the display is there.
 struct X11Display::Parts {
-    std::shared_ptr<const LoginSession> session;
+    std::shared_ptr<const LockStateReading> lock;
     std::unique_ptr<X11InputIdle> idle;
     std::unique_ptr<X11KeyboardDevices> keyboards;
     std::unique_ptr<X11LockWatcher> watcher;
@@ -25,15 +25,15 @@ struct X11Display::Parts {
     [[nodiscard]] static std::expected<std::unique_ptr<Parts>, std::string> create(
         const std::string& name, std::function<void()> onChange,
         std::function<void(std::string)> onLost) {
-        auto session = X11LoginSession::create(name);
-        if (!session) return std::unexpected(session.error());
+        auto lock = X11LockState::create(name);
+        if (!lock) return std::unexpected(lock.error());
         auto idle = X11InputIdle::create(name);
         if (!idle) return std::unexpected(idle.error());
         auto keyboards = X11KeyboardDevices::create(name);
         if (!keyboards) return std::unexpected(keyboards.error());
         auto watcher = X11LockWatcher::create(name, std::move(onChange), std::move(onLost));
         if (!watcher) return std::unexpected(watcher.error());
-        return std::make_unique<Parts>(Parts{.session = std::move(*session),
+        return std::make_unique<Parts>(Parts{.lock = std::move(*lock),
                                              .idle = std::move(*idle),
                                              .keyboards = std::move(*keyboards),
                                              .watcher = std::move(*watcher)});
@@ -102,7 +102,7 @@ void X11Display::connect() {
     parts_ = std::move(*parts);
     {
         const MutexLock lock(mutex_);
-        session_ = parts_->session;
+        lock_ = parts_->lock;
     }
     std::erase_if(listeners_, [](const auto& listener) { return listener.expired(); });
     for (const auto& weak : listeners_) {
@@ -115,7 +115,7 @@ void X11Display::connect() {
 void X11Display::lose(const std::string& sentence) {
     {
         const MutexLock lock(mutex_);
-        session_.reset();
+        lock_.reset();
     }
     for (const auto& weak : listeners_) {
         if (const auto listener = weak.lock()) listener->listening.reset();
@@ -126,13 +126,13 @@ void X11Display::lose(const std::string& sentence) {
     callbacks_.onChange();
 }
 
-std::optional<SessionDictionary> X11Display::copyCurrentDictionary() const {
-    std::shared_ptr<const LoginSession> session;
+LockState X11Display::state() const {
+    std::shared_ptr<const LockStateReading> reading;
     {
         const MutexLock lock(mutex_);
-        session = session_;
+        reading = lock_;
     }
-    return session ? session->copyCurrentDictionary() : std::nullopt;
+    return reading ? reading->state() : LockState{};
 }
 
 TimeInterval X11Display::secondsSinceLastInput() const {

@@ -3,7 +3,7 @@
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/Platform/InputIdle.h"
 #include "UnlockCore/Platform/KeyboardDevices.h"
-#include "UnlockCore/Platform/LoginSession.h"
+#include "UnlockCore/Platform/LockStateReading.h"
 
 #include <cstdint>
 #include <functional>
@@ -14,11 +14,11 @@
 
 namespace marrowby {
 
-/// An X display that may come and go, with the session behind it, its idle time and its keyboards.
-/// While it is away there is no session and no idle time, and no key is heard; who listened goes on
-/// when it is back. It is looked for ever more rarely, at last twice a minute. Main thread, under
-/// Qt's event loop; copyCurrentDictionary() and systemUptime() from any.
-class X11Display final : public LoginSession, public InputIdle, public KeyboardDevices {
+/// An X display that may come and go, with the lock of the session behind it, its idle time and its
+/// keyboards. While it is away nothing is known of the lock, there is no idle time, and no key is
+/// heard; who listened goes on when it is back. It is looked for ever more rarely, at last twice a
+/// minute. Main thread, under Qt's event loop; state() and systemUptime() from any.
+class X11Display final : public LockStateReading, public InputIdle, public KeyboardDevices {
   public:
     struct Callbacks {
         /// A locker came or went, or the display did.
@@ -35,7 +35,7 @@ class X11Display final : public LoginSession, public InputIdle, public KeyboardD
     /// Once. The callbacks come later than this returns, but for the first onAway.
     void start(Callbacks callbacks);
 
-    [[nodiscard]] std::optional<SessionDictionary> copyCurrentDictionary() const override;
+    [[nodiscard]] LockState state() const override;
     [[nodiscard]] TimeInterval secondsSinceLastInput() const override;
     [[nodiscard]] std::optional<std::uint64_t> registryIdleNanoseconds() const override;
     [[nodiscard]] TimeInterval systemUptime() const override;
@@ -58,7 +58,7 @@ class X11Display final : public LoginSession, public InputIdle, public KeyboardD
     std::vector<std::weak_ptr<Listener>> listeners_;
     std::unique_ptr<Parts> parts_;
     mutable Mutex mutex_;
-    std::shared_ptr<const LoginSession> session_ GUARDED_BY(mutex_);
+    std::shared_ptr<const LockStateReading> lock_ GUARDED_BY(mutex_);
 };
 
 }  // namespace marrowby

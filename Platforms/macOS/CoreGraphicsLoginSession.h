@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Platform/LoginSession.h"
+#include "Platforms/macOS/Rules/LoginSession.h"
 
 namespace marrowby {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Platform/Directory.h"
+#include "Platforms/macOS/Rules/Directory.h"
 
 namespace marrowby {
 

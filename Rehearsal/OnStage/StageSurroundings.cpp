@@ -29,18 +29,6 @@ namespace {
 constexpr int observingMilliseconds = 66;
 constexpr int idleMilliseconds = 500;
 
-class SharedDirectory final : public Directory {
-  public:
-    explicit SharedDirectory(std::shared_ptr<Directory> directory)
-        : directory_(std::move(directory)) {}
-    [[nodiscard]] Result<std::unique_ptr<Node>> openNode(std::uint32_t type) override {
-        return directory_->openNode(type);
-    }
-
-  private:
-    const std::shared_ptr<Directory> directory_;
-};
-
 template <typename Visit>
 void eachVisibleWindow(const Visit& visit) {
     for (const QWidget* window : QApplication::topLevelWidgets())
@@ -77,8 +65,9 @@ std::shared_ptr<CaptureSession> StageSurroundings::makeCamera(const SystemClock&
     return cameras_.back();
 }
 
-std::unique_ptr<Directory> StageSurroundings::makeDirectory() {
-    return std::make_unique<SharedDirectory>(directory_);
+std::shared_ptr<MacPasswordVerifying> StageSurroundings::makePasswordVerifier(
+    const std::string& /*userName*/) {
+    return account_;
 }
 
 std::unique_ptr<OwnerAuthentication> StageSurroundings::makeOwnerAuthentication(
@@ -124,7 +113,7 @@ void StageSurroundings::follow(const std::string& order) {
     std::size_t number = 0;
     words >> verb;
     if (verb == "password") {
-        directory_->setPassword(order.size() > verb.size() ? order.substr(verb.size() + 1) : "");
+        account_->setPassword(order.size() > verb.size() ? order.substr(verb.size() + 1) : "");
     } else if (verb == "owner") {
         words >> name;
         *ownerConfirms_ = name == "yes";

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Rehearsal/SceneDirectory.h"
+#include "Rehearsal/SceneAccount.h"
 #include "Rehearsal/Scenes/Cast.h"
 #include "Rehearsal/Scenes/Scene.h"
 #include "Rehearsal/Scenes/SceneUser.h"
@@ -34,7 +34,8 @@ class StageSurroundings final : public UnlockSurroundings {
     [[nodiscard]] std::expected<ModelPack, std::string> models(
         std::span<const std::filesystem::path> folders) override;
     [[nodiscard]] std::shared_ptr<CaptureSession> makeCamera(const SystemClock& clock) override;
-    [[nodiscard]] std::unique_ptr<Directory> makeDirectory() override;
+    [[nodiscard]] std::shared_ptr<MacPasswordVerifying> makePasswordVerifier(
+        const std::string& userName) override;
     [[nodiscard]] std::unique_ptr<OwnerAuthentication> makeOwnerAuthentication(
         MainThread& mainThread) override;
     void didLaunch(UnlockApplication& application) override;
@@ -50,7 +51,7 @@ class StageSurroundings final : public UnlockSurroundings {
 
     const std::filesystem::path networks_;
     const SystemClock* clock_ = nullptr;
-    const std::shared_ptr<SceneDirectory> directory_ = std::make_shared<SceneDirectory>();
+    const std::shared_ptr<SceneAccount> account_ = std::make_shared<SceneAccount>();
     const std::shared_ptr<bool> ownerConfirms_ = std::make_shared<bool>(true);
     Cast cast_;
     std::vector<std::shared_ptr<ScriptedCamera>> cameras_;

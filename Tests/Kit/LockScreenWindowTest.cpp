@@ -1,5 +1,5 @@
 #include "Kit/LockScreenWindow.h"
-#include "Tests/Fakes/FakeLoginSession.h"
+#include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeWindowServer.h"
 
 #include <gmock/gmock.h>
@@ -15,12 +15,10 @@ constexpr Rect place{.x = 1, .y = 2, .width = 30, .height = 4};
 
 struct LockScreenWindowTest : testing::Test {
     FakeWindowServer server;
-    FakeLoginSession session;
-    LockScreen lockScreen{server, session};
+    FakeLockState lockState;
+    LockScreen lockScreen{server, lockState};
 
-    void setLocked(bool isLocked) {
-        session.setDictionary(SessionDictionary{{sessionkey::screenIsLocked, isLocked}});
-    }
+    void setLocked(bool isLocked) { lockState.setLocked(isLocked); }
 };
 
 TEST_F(LockScreenWindowTest, twoWindowsShareOneSpaceAndEnterItOnce) {
@@ -44,7 +42,7 @@ TEST_F(LockScreenWindowTest, twoWindowsShareOneSpaceAndEnterItOnce) {
 
 TEST_F(LockScreenWindowTest, makesNoSpaceWhileUnlocked) {
     for (const bool isKnown : {false, true}) {
-        isKnown ? setLocked(false) : session.setDictionary(std::nullopt);
+        isKnown ? setLocked(false) : lockState.set({});
         LockScreenWindow window(lockScreen, nullptr, {});
         EXPECT_FALSE(window.show(place, false));
         EXPECT_THAT(server.calls, IsEmpty());

@@ -3,7 +3,7 @@
 
 #include "Kit/LockScreen.h"
 #include "Platforms/macOS/AppKitWindowServer.h"
-#include "Tests/Fakes/FakeLoginSession.h"
+#include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/MacOnLinux/SkyLight.h"
 #import "Tests/Unlock/macOS/Seat.h"
@@ -32,12 +32,12 @@ TEST(MacIsland, liesInASpaceAboveTheLockScreenAndShowsEveryPhase) {
     const Seat seat;
     skyLightCalls().clear();
     FakeMainThread mainThread;
-    FakeLoginSession session;
+    FakeLockState lockState;
     AppKitWindowServer server;
-    LockScreen lockScreen(server, session);
+    LockScreen lockScreen(server, lockState);
     LockScreenOverlayController island(
         {.lockScreen = lockScreen, .mainThread = mainThread, .clock = mainThread});
-    session.setLocked(true);
+    lockState.setLocked(true);
 
     const std::pair<const char*, OverlayPhase> phases[] = {
         {"island-closed", OverlayPhase::Closed{}},

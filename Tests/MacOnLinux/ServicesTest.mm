@@ -7,6 +7,7 @@
 #include "Platforms/macOS/IOKitKeyboardDevices.h"
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
+#include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
 #include "Platforms/macOS/SecurityKeychain.h"
 #include "Tests/Fakes/VaultBench.h"
 #include "Tests/MacOnLinux/CoreGraphics.h"
@@ -18,7 +19,6 @@
 #include "Tests/MacOnLinux/Security.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
-#include "UnlockCore/PasswordEntry/OpenDirectoryPasswordVerifier.h"
 #include "UnlockCore/Storage/DeviceOwnerCheck.h"
 #include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 

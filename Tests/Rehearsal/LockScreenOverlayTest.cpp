@@ -1,7 +1,7 @@
 #include "Platforms/Linux/PanelPainter.h"
 #include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/UnixSystemClock.h"
-#include "Platforms/Linux/X11LoginSession.h"
+#include "Platforms/Linux/X11LockState.h"
 #include "Platforms/Linux/X11WindowServer.h"
 #include "Platforms/Linux/XTestKeyEvents.h"
 #include "Platforms/Linux/XcbConnection.h"
@@ -11,7 +11,6 @@
 #include "Rehearsal/ScreenLocker.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 #include "Unlock/LockScreenOverlayController.h"
-#include "UnlockCore/LockWatching/WindowServerLockState.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 
 #include <QGuiApplication>
@@ -55,7 +54,7 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
     std::optional<ChildProcess> compositor;
     std::unique_ptr<ScreenLocker> locker;
     std::unique_ptr<XTestKeyEvents> user;
-    std::unique_ptr<X11LoginSession> session;
+    std::unique_ptr<X11LockState> lockState;
     std::unique_ptr<X11WindowServer> server;
     std::unique_ptr<LockScreen> lockScreen;
     std::unique_ptr<LockScreenOverlayController> controller;
@@ -67,15 +66,15 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
         connection = std::move(*XcbConnection::create(desktop->displayName()));
         somebody.emplace(std::move(*DesktopUser::create(desktop->displayName())));
         user = std::make_unique<XTestKeyEvents>(desktop->displayName());
-        session = std::move(*X11LoginSession::create(desktop->displayName()));
+        lockState = std::move(*X11LockState::create(desktop->displayName()));
         server = std::make_unique<X11WindowServer>(desktop->displayName());
-        lockScreen = std::make_unique<LockScreen>(*server, *session);
+        lockScreen = std::make_unique<LockScreen>(*server, *lockState);
         controller =
             std::make_unique<LockScreenOverlayController>(LockScreenOverlayController::Services{
                 .lockScreen = *lockScreen, .mainThread = mainThread, .clock = clock});
     }
 
-    [[nodiscard]] bool isLocked() const { return WindowServerLockState(*session).isLocked(); }
+    [[nodiscard]] bool isLocked() const { return lockState->isLocked(); }
 
     void startCompositor() {
         auto started = ChildProcess::start(

@@ -1,5 +1,4 @@
 #include "Platforms/Linux/DesktopSession.h"
-#include "Platforms/Linux/LocalNotificationCenter.h"
 #include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/UnixSystemClock.h"
@@ -9,11 +8,9 @@
 #include "Rehearsal/ScreenLocker.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 #include "UnlockCore/LockWatching/ForeignInputIdle.h"
-#include "UnlockCore/LockWatching/LockMonitor.h"
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
 #include "UnlockCore/LockWatching/NotedKeyEvents.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
-#include "UnlockCore/LockWatching/WindowServerLockState.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 
 #include <array>
@@ -39,9 +36,6 @@ struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
     QtLoop loop;
     QtMainThread mainThread;
     UnixSystemClock clock;
-    LocalNotificationCenter workspaceCenter{mainThread};
-    LocalNotificationCenter distributedCenter{mainThread};
-    LockMonitor lockMonitor{workspaceCenter, distributedCenter};
     std::unique_ptr<PrivateDesktop> desktop;
     std::unique_ptr<ScreenLocker> locker;
     std::unique_ptr<DesktopSession> session;
@@ -65,9 +59,9 @@ struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
         session = std::make_unique<DesktopSession>(
             DesktopSession::Places{
                 .systemBus = {}, .sessionBus = {}, .display = desktop->displayName()},
-            mainThread, workspaceCenter, distributedCenter);
-        lockMonitor.onEvent = [this](LockEvent event) { lockEvents.push_back(event); };
-        lockMonitor.start();
+            mainThread);
+        session->lockEvents().onEvent = [this](LockEvent event) { lockEvents.push_back(event); };
+        session->lockEvents().start();
         session->start();
         somebody.emplace(std::move(*DesktopUser::create(desktop->displayName())));
         user = std::make_unique<XTestKeyEvents>(desktop->displayName());
@@ -80,9 +74,7 @@ struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
         spaceKeys->onSpace = [this] { ++spaces; };
     }
 
-    [[nodiscard]] bool isLocked() const {
-        return WindowServerLockState(session->loginSession()).isLocked();
-    }
+    [[nodiscard]] bool isLocked() const { return session->lockState().isLocked(); }
 
     /// A key that somebody else presses.
     void tap(std::uint32_t keysym) const { ASSERT_TRUE(somebody->tap(keysym)); }

@@ -1,11 +1,9 @@
 // Prints what the application would hear of the session that this runs in, one line each, until it
-// is killed: the notifications by name, each after "now" with the session's dictionary where that
-// has changed.
+// is killed: the events by name, each after "now" with the state of the lock where that has
+// changed.
 
 #include "Platforms/Linux/DesktopSession.h"
-#include "Platforms/Linux/LocalNotificationCenter.h"
 #include "Platforms/Linux/QtMainThread.h"
-#include "UnlockCore/Platform/LockNotifications.h"
 
 #include <QCoreApplication>
 #include <iostream>
@@ -14,40 +12,44 @@
 namespace marrowby {
 namespace {
 
-std::string text(const LoginSession& session) {
-    std::string text = "now";
-    const auto dictionary = session.copyCurrentDictionary();
-    if (!dictionary) return text + " unknown";
-    for (const auto& [key, value] : *dictionary)
-        text += " " + key + "=" + (std::get<bool>(value) ? "yes" : "no");
-    return text;
+std::string text(const LockState& state) {
+    const auto fact = [](const char* what, std::optional<bool> value) {
+        return std::string(what) + (!value ? "unknown" : *value ? "yes" : "no");
+    };
+    return fact("now locked=", state.isScreenLocked) + fact(" onConsole=", state.isOnConsole);
+}
+
+const char* nameOf(LockEvent event) {
+    switch (event) {
+        case LockEvent::screenLocked:
+            return "screenLocked";
+        case LockEvent::screenUnlocked:
+            return "screenUnlocked";
+        case LockEvent::willSleep:
+            return "willSleep";
+        case LockEvent::wake:
+            return "wake";
+    }
+    return "";
 }
 
 int run(int argumentCount, char** arguments) {
     const QCoreApplication application(argumentCount, arguments);
     QtMainThread mainThread;
-    LocalNotificationCenter workspaceCenter(mainThread);
-    LocalNotificationCenter distributedCenter(mainThread);
-    DesktopSession session(DesktopSession::Places::ofThisProcess(), mainThread, workspaceCenter,
-                           distributedCenter);
+    DesktopSession session(DesktopSession::Places::ofThisProcess(), mainThread);
 
     std::string last;
     const auto sayIfNew = [&] {
-        const std::string now = text(session.loginSession());
+        const std::string now = text(session.lockState().state());
         if (now == last) return;
         last = now;
         std::cout << now << '\n' << std::flush;
     };
-    using namespace locknotification;
-    for (NotificationCenter* center : {&workspaceCenter, &distributedCenter}) {
-        for (const char* name : {screenIsLocked, screenIsUnlocked, screenSaverDidStop, willSleep,
-                                 screensDidSleep, didWake, screensDidWake}) {
-            (void)center->observe(name, [name, &sayIfNew] {
-                sayIfNew();
-                std::cout << name << '\n' << std::flush;
-            });
-        }
-    }
+    session.lockEvents().onEvent = [&](LockEvent event) {
+        sayIfNew();
+        std::cout << nameOf(event) << '\n' << std::flush;
+    };
+    session.lockEvents().start();
     session.start();
     sayIfNew();
     return QCoreApplication::exec();

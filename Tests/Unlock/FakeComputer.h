@@ -3,7 +3,6 @@
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Tests/Fakes/FakeCaptureSession.h"
 #include "Tests/Fakes/FakeDefaultsStore.h"
-#include "Tests/Fakes/FakeDirectory.h"
 #include "Tests/Fakes/FakeFaceVision.h"
 #include "Tests/Fakes/FakeFileSystem.h"
 #include "Tests/Fakes/FakeFourierTransform.h"
@@ -12,11 +11,13 @@
 #include "Tests/Fakes/FakeKeyEvents.h"
 #include "Tests/Fakes/FakeKeyboardDevices.h"
 #include "Tests/Fakes/FakeKeychain.h"
-#include "Tests/Fakes/FakeLoginSession.h"
+#include "Tests/Fakes/FakeLockEvents.h"
+#include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeNeuralModels.h"
 #include "Tests/Fakes/FakeNotificationCenter.h"
 #include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "Tests/Fakes/FakePasswordVerifier.h"
 #include "Tests/Fakes/FakeProcessActivities.h"
 #include "Tests/Fakes/FakeSystemSettings.h"
 #include "Tests/Fakes/FakeWindowServer.h"
@@ -55,10 +56,9 @@ struct FakeComputer {
         return {.mainThread = mainThread,
                 .clock = mainThread,
                 .queues = queues,
-                .workspaceCenter = workspaceCenter,
-                .distributedCenter = distributedCenter,
                 .defaultCenter = defaultCenter,
-                .loginSession = loginSession,
+                .lockEvents = lockEvents,
+                .lockState = lockState,
                 .inputIdle = inputIdle,
                 .keyboards = keyboards,
                 .lookCamera = lookCamera,
@@ -72,7 +72,7 @@ struct FakeComputer {
                 .files = *disk,
                 .keychain = keychain,
                 .ownerAuthentication = owner,
-                .directory = directory,
+                .passwordVerifier = passwordVerifier,
                 .defaults = *store,
                 .keyEvents = keyEvents,
                 .systemSettings = systemSettings,
@@ -84,7 +84,6 @@ struct FakeComputer {
         return {.dataBase = "/data",
                 .bundleIdentifier = {},
                 .testTag = {},
-                .userName = "anna",
                 .models = {.folder = MARROWBY_SOURCE_DIR,
                            .name = "test",
                            .embedderFile = "CMakeLists.txt",
@@ -131,10 +130,9 @@ struct FakeComputer {
 
     FakeMainThread mainThread;
     FakeWorkQueues queues;
-    FakeNotificationCenter workspaceCenter;
-    FakeNotificationCenter distributedCenter;
     FakeNotificationCenter defaultCenter;
-    FakeLoginSession loginSession;
+    FakeLockEvents lockEvents;
+    FakeLockState lockState;
     FakeInputIdle inputIdle{mainThread};
     FakeKeyboardDevices keyboards;
     std::shared_ptr<FakeCaptureSession> lookCamera = std::make_shared<FakeCaptureSession>();
@@ -149,7 +147,7 @@ struct FakeComputer {
     FileSystem* disk = &files;
     FakeKeychain keychain;
     FakeOwnerAuthentication owner;
-    FakeDirectory directory;
+    FakePasswordVerifier passwordVerifier;
     FakeDefaultsStore defaults;
     DefaultsStore* store = &defaults;
     FakeKeyEvents keyEvents;

@@ -1,4 +1,4 @@
-#include "Tests/Fakes/FakeLoginSession.h"
+#include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeWindowServer.h"
 #include "Unlock/LockScreenOverlayController.h"
@@ -16,9 +16,9 @@ using testing::SizeIs;
 
 struct LockScreenOverlayControllerTest : testing::Test {
     FakeMainThread mainThread;
-    FakeLoginSession session;
+    FakeLockState lockState;
     FakeWindowServer server;
-    LockScreen lockScreen{server, session};
+    LockScreen lockScreen{server, lockState};
     LockScreenOverlayController controller{
         {.lockScreen = lockScreen, .mainThread = mainThread, .clock = mainThread}};
     int hovers = 0;

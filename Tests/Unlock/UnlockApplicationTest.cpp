@@ -1,7 +1,6 @@
 #include "Rehearsal/SceneWindows.h"
 #include "Tests/Unlock/FakeComputer.h"
 #include "Unlock/UnlockApplication.h"
-#include "UnlockCore/Platform/LockNotifications.h"
 
 #include <algorithm>
 
@@ -49,8 +48,8 @@ class UnlockApplicationTest : public testing::Test, protected FakeComputer {
         settle();
     }
     void lockScreen() {
-        loginSession.setLocked(true);
-        distributedCenter.post(locknotification::screenIsLocked);
+        lockState.setLocked(true);
+        lockEvents.send(LockEvent::screenLocked);
         settle();
     }
 
@@ -58,11 +57,11 @@ class UnlockApplicationTest : public testing::Test, protected FakeComputer {
     bool looksOnReturn() {
         lockScreen();
         mainThread.advance(TimeInterval(60));
-        workspaceCenter.post(locknotification::screensDidWake);
+        lockEvents.send(LockEvent::wake);
         settle();
         const bool looks = std::ranges::find(log, "Looking (wake)") != log.end();
-        loginSession.setLocked(false);
-        distributedCenter.post(locknotification::screenIsUnlocked);
+        lockState.setLocked(false);
+        lockEvents.send(LockEvent::screenUnlocked);
         settle();
         return looks;
     }
@@ -182,10 +181,10 @@ TEST_F(UnlockApplicationTest, isNotSlowedDownFromLockToUnlock) {
     EXPECT_EQ(activities.held, 0);
     lockScreen();
     lockScreen();
-    workspaceCenter.post(locknotification::screensDidWake);
+    lockEvents.send(LockEvent::wake);
     settle();
     EXPECT_EQ(activities.held, 1);
-    distributedCenter.post(locknotification::screenIsUnlocked);
+    lockEvents.send(LockEvent::screenUnlocked);
     settle();
     EXPECT_EQ(activities.held, 0);
     lockScreen();
@@ -234,12 +233,12 @@ TEST_F(UnlockApplicationTest, keepsTheCapturedFaceUntilTheOwnerAndThePasswordAre
     nameAndPassword("");
     EXPECT_EQ(windows.page().problem, "The password is empty.");
 
-    directory.verdict = DirectoryError{"com.apple.OpenDirectory", 5000, "no"};
+    passwordVerifier.verdict = PasswordCheckResult::Incorrect{};
     windows.typeSecret("wrong");
     EXPECT_TRUE(press("Continue"));
     EXPECT_EQ(windows.page().problem, "That isn’t your Mac password.");
 
-    directory.verdict.reset();
+    passwordVerifier.verdict = PasswordCheckResult::Correct{};
     owner.answer = std::unexpected(OwnerAuthenticationError{
         .domain = OwnerAuthenticationError::authenticationDomain, .code = -2, .message = "gone"});
     windows.typeSecret("secret");

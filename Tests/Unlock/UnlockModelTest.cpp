@@ -39,24 +39,22 @@ class UnlockModelTest : public testing::Test, protected FakeComputer {
 TEST_F(UnlockModelTest, savesNoPasswordThatTheAccountRefusesOrThatCannotBeTyped) {
     const struct {
         const char* password;
-        std::optional<DirectoryError> verdict;
+        PasswordCheckResult verdict;
         const char* sentence;
     } cases[] = {
-        {"secret", DirectoryError{"com.apple.OpenDirectory", 2100, "The node is away."},
+        {"secret", PasswordCheckResult::Unavailable{"The node is away."},
          "The password couldn’t be checked, so nothing was saved. The node is away."},
-        {"sec\nret",
-         {},
+        {"sec\nret", PasswordCheckResult::Correct{},
          "The password has a line break or another control character in it, which can’t be typed "
          "at "
          "the lock screen."},
     };
     for (const auto& [password, verdict, sentence] : cases) {
-        directory.verdict = verdict;
+        passwordVerifier.verdict = verdict;
         EXPECT_EQ(savePassword(password), Outcome(std::unexpected(sentence)));
         EXPECT_FALSE(model->state().hasPassword);
         EXPECT_TRUE(owner.prompts.empty());
     }
-    EXPECT_EQ(directory.asked[1], "dsRecTypeStandard:Users anna");
 }
 
 TEST_F(UnlockModelTest, leavesADamagedFaceFileAsItIs) {

@@ -30,7 +30,6 @@
 #include "Unlock/Linux/QtApplicationWindows.h"
 #include "Unlock/SelfCheck.h"
 #include "Unlock/UnlockApplication.h"
-#include "UnlockCore/LockWatching/WindowServerLockState.h"
 #include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <QApplication>
@@ -100,6 +99,18 @@ std::unique_ptr<KeyEvents> makeKeyEvents(const DesktopSession::Places& places,
         &XTestKeyEvents::sleep);
 }
 
+std::optional<std::string> inWords(const LockState& session) {
+    const auto fact = [](const char* what, bool value) {
+        return std::string(what) + " is " + (value ? "true" : "false");
+    };
+    std::string facts;
+    if (session.isScreenLocked) facts = fact("locked", *session.isScreenLocked);
+    if (session.isOnConsole)
+        facts += (facts.empty() ? "" : ", ") + fact("on the console", *session.isOnConsole);
+    if (facts.empty()) return std::nullopt;
+    return facts;
+}
+
 /// What the application runs on, in the order in which it may be built; it goes in reverse.
 class World {
   public:
@@ -114,8 +125,7 @@ class World {
     void launch(bool isAtLogin) {
         session_.onDisplayAway = [this](const std::string& sentence) { log_.write(sentence); };
         session_.start();
-        launch_ = {.isAtLogin = isAtLogin,
-                   .isVisible = !WindowServerLockState(session_.loginSession()).isLocked()};
+        launch_ = {.isAtLogin = isAtLogin, .isVisible = !session_.lockState().isLocked()};
         const auto started = start();
         if (started) return;
         log_.write(started.error());
@@ -130,7 +140,8 @@ class World {
             {.mainThread = mainThread_,
              .clock = clock_,
              .queues = queues_,
-             .loginSession = session_.loginSession(),
+             .lockState = session_.lockState(),
+             .sessionInWords = [this] { return inWords(session_.lockState().state()); },
              .keyboards = session_.keyboards(),
              .keyEvents = *keyEvents_,
              .camera = lookCamera_,
@@ -189,8 +200,6 @@ class World {
 
     UnixSystemClock clock_;
     QtMainThread mainThread_;
-    LocalNotificationCenter workspaceCenter_{mainThread_};
-    LocalNotificationCenter distributedCenter_{mainThread_};
     LocalNotificationCenter defaultCenter_{mainThread_};
     OpenCvImaging imaging_;
     OpenCvFourierTransform fourier_;
@@ -204,10 +213,11 @@ class World {
     SecretServiceKeychain keychain_{surroundings_.keyringBus()};
     const std::unique_ptr<OwnerAuthentication> owner_ =
         surroundings_.makeOwnerAuthentication(mainThread_);
-    const std::unique_ptr<Directory> directory_ = surroundings_.makeDirectory();
+    const std::shared_ptr<MacPasswordVerifying> passwordVerifier_ =
+        surroundings_.makePasswordVerifier(places_.userName);
 
     const DesktopSession::Places sessionPlaces_ = DesktopSession::Places::ofThisProcess();
-    DesktopSession session_{sessionPlaces_, mainThread_, workspaceCenter_, distributedCenter_};
+    DesktopSession session_{sessionPlaces_, mainThread_};
     const std::unique_ptr<KeyEvents> keyEvents_ = makeKeyEvents(sessionPlaces_, mainThread_, log_);
     const std::shared_ptr<CaptureSession> lookCamera_ = surroundings_.makeCamera(clock_);
     const std::shared_ptr<CaptureSession> enrollmentCamera_ = surroundings_.makeCamera(clock_);
@@ -235,10 +245,9 @@ std::expected<void, std::string> World::start() {
         UnlockPlatform{.mainThread = mainThread_,
                        .clock = clock_,
                        .queues = queues_,
-                       .workspaceCenter = workspaceCenter_,
-                       .distributedCenter = distributedCenter_,
                        .defaultCenter = defaultCenter_,
-                       .loginSession = session_.loginSession(),
+                       .lockEvents = session_.lockEvents(),
+                       .lockState = session_.lockState(),
                        .inputIdle = session_.inputIdle(),
                        .keyboards = session_.keyboards(),
                        .lookCamera = lookCamera_,
@@ -252,7 +261,7 @@ std::expected<void, std::string> World::start() {
                        .files = files_,
                        .keychain = keychain_,
                        .ownerAuthentication = *owner_,
-                       .directory = *directory_,
+                       .passwordVerifier = *passwordVerifier_,
                        .defaults = defaults_,
                        .keyEvents = *keyEvents_,
                        .systemSettings = systemSettings_,
@@ -260,7 +269,6 @@ std::expected<void, std::string> World::start() {
         UnlockModel::Resources{.dataBase = places_.folders.dataHome,
                                .bundleIdentifier = applicationIdentifier,
                                .testTag = {},
-                               .userName = places_.userName,
                                .models = *std::move(pack)},
         windows_,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { log_.write(line); },

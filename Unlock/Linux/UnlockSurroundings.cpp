@@ -2,7 +2,7 @@
 
 #include "Platforms/Linux/BusAddress.h"
 #include "Platforms/Linux/OnnxModelFiles.h"
-#include "Platforms/Linux/PamDirectory.h"
+#include "Platforms/Linux/PamPasswordVerifier.h"
 #include "Platforms/Linux/PolkitOwnerAuthentication.h"
 #include "Platforms/Linux/V4l2CaptureSession.h"
 #include "Platforms/Linux/V4l2SystemCalls.h"
@@ -34,8 +34,9 @@ std::shared_ptr<CaptureSession> UnlockSurroundings::makeCamera(const SystemClock
     return std::make_shared<V4l2CaptureSession>(std::make_shared<V4l2SystemCalls>());
 }
 
-std::unique_ptr<Directory> UnlockSurroundings::makeDirectory() {
-    return std::make_unique<PamDirectory>();
+std::shared_ptr<MacPasswordVerifying> UnlockSurroundings::makePasswordVerifier(
+    const std::string& userName) {
+    return std::make_shared<PamPasswordVerifier>(userName);
 }
 
 std::unique_ptr<OwnerAuthentication> UnlockSurroundings::makeOwnerAuthentication(

@@ -2,7 +2,7 @@
 
 #include "Unlock/ModelPack.h"
 #include "UnlockCore/Platform/CaptureSession.h"
-#include "UnlockCore/Platform/Directory.h"
+#include "UnlockCore/Platform/MacPasswordVerifying.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/OwnerAuthentication.h"
 #include "UnlockCore/Platform/SystemClock.h"
@@ -29,7 +29,8 @@ class UnlockSurroundings {
         std::span<const std::filesystem::path> folders);
     /// Called twice: for the looks and for enrolment.
     [[nodiscard]] virtual std::shared_ptr<CaptureSession> makeCamera(const SystemClock& clock);
-    [[nodiscard]] virtual std::unique_ptr<Directory> makeDirectory();
+    [[nodiscard]] virtual std::shared_ptr<MacPasswordVerifying> makePasswordVerifier(
+        const std::string& userName);
     [[nodiscard]] virtual std::unique_ptr<OwnerAuthentication> makeOwnerAuthentication(
         MainThread& mainThread);
     /// The bus of the keyring’s service; empty where there is none.

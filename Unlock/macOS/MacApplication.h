@@ -17,6 +17,9 @@
 #include "Platforms/macOS/IOKitKeyboardDevices.h"
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
+#include "Platforms/macOS/Rules/LockMonitor.h"
+#include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
+#include "Platforms/macOS/Rules/WindowServerLockState.h"
 #include "Platforms/macOS/RunLoopMainThread.h"
 #include "Platforms/macOS/SecurityKeychain.h"
 #include "Platforms/macOS/UserDefaultsStore.h"
@@ -56,7 +59,9 @@ class MacApplication {
         FoundationNotificationCenter::distributed(mainThread_);
     std::unique_ptr<NotificationCenter> localCenter_ =
         FoundationNotificationCenter::local(mainThread_);
+    LockMonitor lockMonitor_{*workspaceCenter_, *distributedCenter_};
     CoreGraphicsLoginSession loginSession_;
+    const WindowServerLockState lockState_{loginSession_};
     CoreGraphicsInputIdle inputIdle_;
     IOKitKeyboardDevices keyboards_;
     VisionFaceVision lookVision_;
@@ -68,7 +73,8 @@ class MacApplication {
     PosixFileSystem files_;
     SecurityKeychain keychain_;
     LocalOwnerAuthentication ownerAuthentication_;
-    OpenDirectoryAccounts directory_;
+    OpenDirectoryAccounts accounts_;
+    OpenDirectoryPasswordVerifier passwordVerifier_;
     UserDefaultsStore defaults_;
     CoreGraphicsKeyEvents keyEvents_;
     AppKitSystemSettings systemSettings_;

@@ -3,7 +3,6 @@
 #include "Platforms/macOS/FoundationText.h"
 #include "Unlock/SharedNamespace.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
-#include "UnlockCore/LockWatching/UnlockLockState.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
 #include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
@@ -41,7 +40,6 @@ UnlockModel::Resources resources() {
     return {.dataBase = plainText(support),
             .bundleIdentifier = optionalText(bundle.bundleIdentifier),
             .testTag = testTag,
-            .userName = plainText(NSUserName()),
             .models = {.folder = plainText(bundle.resourcePath),
                        .name = "standard",
                        .embedderFile = embedder.fileName,
@@ -52,7 +50,8 @@ UnlockModel::Resources resources() {
 }  // namespace
 
 MacApplication::MacApplication()
-    : application_(
+    : passwordVerifier_(accounts_, plainText(NSUserName())),
+      application_(
           platform(), resources(), windows_,
           {.log = [](const std::string& line) { os_log(systemLog(), "%{public}s", line.c_str()); },
            .terminate =
@@ -71,7 +70,9 @@ SelfCheck::Services MacApplication::selfCheckServices() {
     return {.mainThread = mainThread_,
             .clock = clock_,
             .queues = queues_,
-            .loginSession = loginSession_,
+            .lockState = lockState_,
+            .sessionInWords =
+                [this] { return UnlockLockState::inWords(loginSession_.copyCurrentDictionary()); },
             .keyboards = keyboards_,
             .keyEvents = keyEvents_,
             .camera = std::make_shared<AVFoundationCaptureSession>(),
@@ -86,17 +87,16 @@ SelfCheck::Services MacApplication::selfCheckServices() {
 }
 
 bool MacApplication::isVisible() const {
-    return !UnlockLockState::isLocked(loginSession_.copyCurrentDictionary());
+    return !lockState_.isLocked();
 }
 
 UnlockPlatform MacApplication::platform() {
     return {.mainThread = mainThread_,
             .clock = clock_,
             .queues = queues_,
-            .workspaceCenter = *workspaceCenter_,
-            .distributedCenter = *distributedCenter_,
             .defaultCenter = *localCenter_,
-            .loginSession = loginSession_,
+            .lockEvents = lockMonitor_,
+            .lockState = lockState_,
             .inputIdle = inputIdle_,
             .keyboards = keyboards_,
             .lookCamera = std::make_shared<AVFoundationCaptureSession>(),
@@ -110,7 +110,7 @@ UnlockPlatform MacApplication::platform() {
             .files = files_,
             .keychain = keychain_,
             .ownerAuthentication = ownerAuthentication_,
-            .directory = directory_,
+            .passwordVerifier = passwordVerifier_,
             .defaults = defaults_,
             .keyEvents = keyEvents_,
             .systemSettings = systemSettings_,

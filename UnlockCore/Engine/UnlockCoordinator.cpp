@@ -73,7 +73,7 @@ UnlockSnapshot UnlockCoordinator::snapshot(const UnlockReadiness& readiness) con
         readiness.scan.identities,
         [](const FaceIdentity& face) { return face.isEnabled && !face.samples.empty(); });
     return {.now = collaborators_.clock.now(),
-            .isLocked = collaborators_.lockState->isLocked(),
+            .isLocked = collaborators_.lockState.isLocked(),
             .isSleeping = isSleeping_,
             .isEnabled = readiness.isEnabled,
             .triggers = readiness.triggers,
@@ -115,7 +115,7 @@ void UnlockCoordinator::startLook(LookID look, const ScanConfiguration& configur
 
 void UnlockCoordinator::typePassword() {
     collaborators_.typer.typeStoredPassword(
-        [lockState = collaborators_.lockState] { return lockState->isLocked(); },
+        [&lockState = collaborators_.lockState] { return lockState.isLocked(); },
         [weak = std::weak_ptr(self_)](TypingOutcome outcome) {
             if (const auto self = weak.lock()) self->send(Event::Typed{std::move(outcome)});
         });

@@ -5,8 +5,8 @@
 #include "UnlockCore/Engine/UnlockMachine.h"
 #include "UnlockCore/Engine/UnlockReadiness.h"
 #include "UnlockCore/LockWatching/ActivityWatching.h"
-#include "UnlockCore/LockWatching/LockStateReading.h"
 #include "UnlockCore/LockWatching/SpaceKeyListening.h"
+#include "UnlockCore/Platform/LockStateReading.h"
 
 #include <deque>
 #include <functional>
@@ -56,8 +56,8 @@ class UnlockCoordinator {
 
     /// The references must outlive the coordinator.
     struct Collaborators {
-        /// Shared, because a typing under way still asks it on its own thread.
-        std::shared_ptr<const LockStateReading> lockState;
+        /// Outlives what is typed, too: a typing under way still asks it on its own thread.
+        const LockStateReading& lockState;
         FaceScanning& scanner;
         PasswordTyping& typer;
         /// May be null.

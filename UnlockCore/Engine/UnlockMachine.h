@@ -12,8 +12,8 @@
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Liveness/LivenessPrompt.h"
 #include "UnlockCore/LockWatching/InputActivity.h"
-#include "UnlockCore/LockWatching/LockEvent.h"
 #include "UnlockCore/LockWatching/UnlockTriggerPolicy.h"
+#include "UnlockCore/Platform/LockEvent.h"
 
 #include <cstdint>
 #include <optional>

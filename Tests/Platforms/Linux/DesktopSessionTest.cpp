@@ -1,13 +1,11 @@
 #include "Platforms/Linux/DesktopSession.h"
 #include "Platforms/Linux/EvdevInputIdle.h"
 #include "Platforms/Linux/EvdevKeyboardDevices.h"
-#include "Platforms/Linux/LocalNotificationCenter.h"
 #include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/UnixTime.h"
 #include "Tests/Platforms/Linux/PrivateDisplay.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
-#include "UnlockCore/Platform/LockNotifications.h"
 
 #include <cmath>
 #include <map>
@@ -34,22 +32,20 @@ constexpr KeyboardDevices::Match keyboards{.usagePage = 1, .usage = 6};
 TEST(DesktopSession, goesOnWhenItsDisplayComesBack) {
     QtLoop loop;
     QtMainThread mainThread;
-    LocalNotificationCenter workspaceCenter(mainThread);
-    LocalNotificationCenter distributedCenter(mainThread);
     const auto display = PrivateDisplay::start();
     if (!display) GTEST_SKIP() << noPrivateDisplay;
     display->kill();
 
-    std::vector<std::string> heard;
+    std::vector<LockEvent> heard;
     std::vector<std::string> sentences;
-    for (const char* name : {locknotification::screenIsLocked, locknotification::screenIsUnlocked})
-        (void)distributedCenter.observe(name, [&heard, name] { heard.emplace_back(name); });
     DesktopSession session({.systemBus = {}, .sessionBus = {}, .display = display->name()},
-                           mainThread, workspaceCenter, distributedCenter);
+                           mainThread);
+    session.lockEvents().onEvent = [&heard](LockEvent event) { heard.push_back(event); };
+    session.lockEvents().start();
     session.onDisplayAway = [&](const std::string& text) { sentences.push_back(text); };
     session.start();
     EXPECT_THAT(sentences, ElementsAre("The display “" + display->name() + "” can’t be opened."));
-    EXPECT_EQ(session.loginSession().copyCurrentDictionary(), std::nullopt);
+    EXPECT_EQ(session.lockState().state(), LockState());
     EXPECT_TRUE(std::isnan(session.inputIdle().secondsSinceLastInput().count()));
     EXPECT_FALSE(session.keyboards().hasListenAccess());
     EXPECT_FALSE(session.keyboards().open(keyboards, [](const auto&) {}));
@@ -73,9 +69,8 @@ TEST(DesktopSession, goesOnWhenItsDisplayComesBack) {
         ASSERT_TRUE(loop.runUntil([&] { return !heard.empty(); }));
         display->kill();
         ASSERT_TRUE(loop.runUntil([&] { return heard.size() > 1; }));
-        EXPECT_THAT(heard, ElementsAre(locknotification::screenIsLocked,
-                                       locknotification::screenIsUnlocked));
-        EXPECT_EQ(session.loginSession().copyCurrentDictionary(), std::nullopt);
+        EXPECT_THAT(heard, ElementsAre(LockEvent::screenLocked, LockEvent::screenUnlocked));
+        EXPECT_EQ(session.lockState().state(), LockState());
     }
     EXPECT_EQ(sentences.size(), 3U);
 }

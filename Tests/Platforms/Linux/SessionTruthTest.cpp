@@ -1,6 +1,5 @@
 #include "Platforms/Linux/SessionTruth.h"
 
-#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -46,21 +45,19 @@ TEST(SessionTruth, asksTheDisplayAboutTheConsoleWhereLogindIsSilent) {
     EXPECT_EQ(SessionTruth::of({.isActive = true, .isDisplayOnConsole = false}).isOnConsole, true);
 }
 
-TEST(SessionTruth, announcesWhatTheChangeMeansToTheUser) {
-    const std::string isLocked = "distributed com.apple.screenIsLocked";
-    const std::string isUnlocked = "distributed com.apple.screenIsUnlocked";
-    const std::string saverStopped = "distributed com.apple.screensaver.didstop";
-    const std::string willSleep = "workspace NSWorkspaceWillSleepNotification";
-    const std::string didWake = "workspace NSWorkspaceDidWakeNotification";
-    const std::string screensSlept = "workspace NSWorkspaceScreensDidSleepNotification";
-    const std::string screensWoke = "workspace NSWorkspaceScreensDidWakeNotification";
+TEST(SessionTruth, tellsWhatTheChangeMeansToTheUser) {
+    const SessionChange isLocked{LockEvent::screenLocked, {}};
+    const SessionChange isUnlocked{LockEvent::screenUnlocked, {}};
+    const SessionChange saverStopped{LockEvent::wake, {}};
+    const SessionChange sleeps{LockEvent::willSleep, true};
+    const SessionChange wakes{LockEvent::wake, false};
     const SessionTruth away{.isOnConsole = false};
     const SessionTruth here{.isOnConsole = true};
 
     struct Case {
         SessionTruth before;
         SessionTruth now;
-        std::vector<std::string> names;
+        std::vector<SessionChange> told;
     };
     const Case cases[] = {
         {{}, {}, {}},
@@ -74,25 +71,19 @@ TEST(SessionTruth, announcesWhatTheChangeMeansToTheUser) {
          {isUnlocked, saverStopped}},
         {{.lock = locked, .saver = locked}, {.lock = locked, .saver = unlocked}, {saverStopped}},
         {{.saver = locked}, {}, {}},
-        {{}, {.isAsleep = true}, {willSleep}},
-        {{.isAsleep = true}, {}, {didWake}},
-        {{}, {.lock = locked, .isAsleep = true}, {isLocked, willSleep}},
-        {{.isAsleep = true}, {.lock = locked}, {didWake, isLocked}},
-        {here, away, {screensSlept}},
-        {{}, away, {screensSlept}},
-        {away, here, {screensWoke}},
-        {away, {}, {screensWoke}},
+        {{}, {.isAsleep = true}, {sleeps}},
+        {{.isAsleep = true}, {}, {wakes}},
+        {{}, {.lock = locked, .isAsleep = true}, {isLocked, sleeps}},
+        {{.isAsleep = true}, {.lock = locked}, {wakes, isLocked}},
+        {here, away, {sleeps}},
+        {{}, away, {sleeps}},
+        {away, here, {wakes}},
+        {away, {}, {wakes}},
         {{}, here, {}},
-        {away, {.lock = locked, .isOnConsole = true}, {screensWoke, isLocked}},
+        {away, {.lock = locked, .isOnConsole = true}, {wakes, isLocked}},
     };
-    for (const Case& each : cases) {
-        std::vector<std::string> names;
-        for (const auto& [center, name] : announcements(each.before, each.now)) {
-            const bool isWorkspace = center == SessionAnnouncement::Center::workspace;
-            names.push_back(std::string(isWorkspace ? "workspace " : "distributed ") + name);
-        }
-        EXPECT_EQ(names, each.names) << "case " << &each - cases;
-    }
+    for (const Case& each : cases)
+        EXPECT_EQ(changes(each.before, each.now), each.told) << "case " << &each - cases;
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
-#include "Platforms/Linux/LinuxLoginSession.h"
-#include "Platforms/Linux/LocalNotificationCenter.h"
+#include "Platforms/Linux/LinuxLockMonitor.h"
 #include "Platforms/Linux/LogindWatcher.h"
 #include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/ScreenSaverWatcher.h"
-#include "Platforms/Linux/SessionAnnouncer.h"
 #include "Tests/Platforms/Linux/PrivateBus.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 
@@ -93,30 +91,21 @@ class MockLogind {
 struct SessionWatchingTest : testing::Test {
     QtLoop loop;
     QtMainThread mainThread;
-    LocalNotificationCenter workspaceCenter{mainThread};
-    LocalNotificationCenter distributedCenter{mainThread};
     std::unique_ptr<PrivateBus> bus = PrivateBus::start();
     std::optional<LogindWatcher> logind;
     std::optional<ScreenSaverWatcher> savers;
-    std::optional<LinuxLoginSession> session;
-    std::optional<SessionAnnouncer> announcer;
-    std::vector<std::string> heard;
+    std::optional<LinuxLockMonitor> lock;
+    std::vector<LockEvent> heard;
+    std::vector<bool> sleepiness;
 
     void SetUp() override {
         if (!bus) GTEST_SKIP() << noPrivateBus;
         qputenv("XDG_SESSION_ID", "c1");
-        for (const char* name :
-             {"com.apple.screenIsLocked", "com.apple.screenIsUnlocked",
-              "com.apple.screensaver.didstop", "NSWorkspaceWillSleepNotification",
-              "NSWorkspaceDidWakeNotification", "NSWorkspaceScreensDidSleepNotification",
-              "NSWorkspaceScreensDidWakeNotification"}) {
-            for (NotificationCenter* center : {&workspaceCenter, &distributedCenter})
-                (void)center->observe(name, [this, name] { hear(name); });
-        }
     }
 
-    void hear(const std::string& name) {
-        heard.push_back(name);
+    void hear(LockEvent event) {
+        heard.push_back(event);
+        sleepiness.push_back(lock->isSleeping());
         if (onHeard) onHeard();
     }
     std::function<void()> onHeard;
@@ -125,62 +114,59 @@ struct SessionWatchingTest : testing::Test {
     void watch() {
         logind.emplace(bus->address(), mainThread);
         savers.emplace(bus->address());
-        session.emplace(*logind, *savers, nullptr);
-        announcer.emplace(*session, workspaceCenter, distributedCenter);
-        logind->onChange = savers->onChange = [this] { announcer->update(); };
+        lock.emplace(*logind, *savers, nullptr, mainThread);
+        lock->onEvent = [this](LockEvent event) { hear(event); };
+        lock->start();
+        logind->onChange = savers->onChange = [this] { lock->update(); };
         logind->start();
         savers->start();
-        announcer->update();
+        lock->update();
     }
 
-    [[nodiscard]] bool becomes(const std::optional<SessionDictionary>& dictionary) {
-        return loop.runUntil([&] { return session->copyCurrentDictionary() == dictionary; });
+    [[nodiscard]] bool becomes(const LockState& state) {
+        return loop.runUntil([&] { return lock->state() == state; });
     }
     [[nodiscard]] bool hears(std::size_t count) {
         return loop.runUntil([&] { return heard.size() >= count; });
     }
 };
 
-const SessionDictionary unlockedHere{{"CGSSessionScreenIsLocked", false},
-                                     {"kCGSSessionOnConsoleKey", true}};
-const SessionDictionary lockedHere{{"CGSSessionScreenIsLocked", true},
-                                   {"kCGSSessionOnConsoleKey", true}};
-const SessionDictionary lockedAway{{"CGSSessionScreenIsLocked", true},
-                                   {"kCGSSessionOnConsoleKey", false}};
+constexpr LockState unlockedHere{.isScreenLocked = false, .isOnConsole = true};
+constexpr LockState lockedHere{.isScreenLocked = true, .isOnConsole = true};
+constexpr LockState lockedAway{.isScreenLocked = true, .isOnConsole = false};
 
 TEST_F(SessionWatchingTest, followsTheSessionAndSleepThroughLogind) {
     const MockLogind mock(*bus);
     ASSERT_TRUE(mock.isRunning());
     watch();
-    EXPECT_EQ(session->copyCurrentDictionary(), std::nullopt);
+    EXPECT_EQ(lock->state(), LockState());
     ASSERT_TRUE(becomes(unlockedHere));
 
     // A request alone is no lock, and no unlock.
     mock.ofSession("Lock");
     mock.prepareForSleep(true);
     ASSERT_TRUE(hears(1));
-    EXPECT_EQ(session->copyCurrentDictionary(), unlockedHere);
+    EXPECT_EQ(lock->state(), unlockedHere);
     mock.setSession("LockedHint", true);
     ASSERT_TRUE(hears(2));
-    EXPECT_EQ(session->copyCurrentDictionary(), lockedHere);
+    EXPECT_EQ(lock->state(), lockedHere);
     mock.ofSession("Unlock");
     mock.prepareForSleep(false);
     ASSERT_TRUE(hears(3));
-    EXPECT_EQ(session->copyCurrentDictionary(), lockedHere);
+    EXPECT_EQ(lock->state(), lockedHere);
 
     mock.setSession("Active", false);
     ASSERT_TRUE(hears(4));
-    EXPECT_EQ(session->copyCurrentDictionary(), lockedAway);
+    EXPECT_EQ(lock->state(), lockedAway);
     mock.setSession("Active", true);
     mock.setSession("IdleHint", true);
     mock.setSession("LockedHint", false);
     ASSERT_TRUE(hears(6));
-    EXPECT_EQ(session->copyCurrentDictionary(), unlockedHere);
-    EXPECT_THAT(
-        heard,
-        ElementsAre("NSWorkspaceWillSleepNotification", "com.apple.screenIsLocked",
-                    "NSWorkspaceDidWakeNotification", "NSWorkspaceScreensDidSleepNotification",
-                    "NSWorkspaceScreensDidWakeNotification", "com.apple.screenIsUnlocked"));
+    EXPECT_EQ(lock->state(), unlockedHere);
+    EXPECT_THAT(heard,
+                ElementsAre(LockEvent::willSleep, LockEvent::screenLocked, LockEvent::wake,
+                            LockEvent::willSleep, LockEvent::wake, LockEvent::screenUnlocked));
+    EXPECT_THAT(sleepiness, ElementsAre(true, true, false, true, false, false));
 }
 
 TEST_F(SessionWatchingTest, holdsSleepUpUntilItsHandlersRan) {
@@ -209,7 +195,7 @@ TEST_F(SessionWatchingTest, findsTheSessionByProcessAndByTheUsersDisplay) {
     // Neither is known to this logind so far.
     mock.announceSession();
     ASSERT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 1; }));
-    EXPECT_EQ(session->copyCurrentDictionary(), std::nullopt);
+    EXPECT_EQ(lock->state(), LockState());
 
     mock.setAnswer("GetUser", "u", "ret = f'/org/freedesktop/login1/user/{args[0]}'");
     const auto userPath = "/org/freedesktop/login1/user/" + std::to_string(getuid());
@@ -219,7 +205,7 @@ TEST_F(SessionWatchingTest, findsTheSessionByProcessAndByTheUsersDisplay) {
     EXPECT_TRUE(becomes(unlockedHere));
 
     logind.emplace(bus->address(), mainThread);
-    EXPECT_EQ(session->copyCurrentDictionary(), std::nullopt);
+    EXPECT_EQ(lock->state(), LockState());
     mock.setAnswer("GetSessionByPID", "u", "1 / 0");
     // The mock has no call that sets a pair, but can be taught one.
     const char* show =
@@ -239,15 +225,15 @@ TEST_F(SessionWatchingTest, followsScreenSaversThatComeAndGo) {
     const char* path = "/org/gnome/ScreenSaver";
     auto gnome = bus->mock(name, {"--session", "--template", "gnome_screensaver"});
     ASSERT_TRUE(gnome);
-    const SessionDictionary unlocked{{"CGSSessionScreenIsLocked", false}};
-    const SessionDictionary locked{{"CGSSessionScreenIsLocked", true}};
+    const LockState unlocked{.isScreenLocked = false, .isOnConsole = {}};
+    const LockState locked{.isScreenLocked = true, .isOnConsole = {}};
     ASSERT_TRUE(becomes(unlocked));
     for (const bool isActive : {true, false, true}) {
         bus->call(name, path, name, "SetActive", {isActive});
         ASSERT_TRUE(becomes(isActive ? locked : unlocked));
     }
     gnome.reset();
-    ASSERT_TRUE(becomes(std::nullopt));
+    ASSERT_TRUE(becomes({}));
 
     // One that answers by the old path alone, and is on already.
     const char* common = "org.freedesktop.ScreenSaver";
@@ -256,13 +242,13 @@ TEST_F(SessionWatchingTest, followsScreenSaversThatComeAndGo) {
     bus->call(common, "/ScreenSaver", mockInterface, "AddMethod",
               {common, "GetActive", "", "b", "ret = True"});
     savers.emplace(bus->address());
-    savers->onChange = [this] { announcer->update(); };
+    savers->onChange = [this] { lock->update(); };
     savers->start();
     ASSERT_TRUE(becomes(locked));
     ASSERT_TRUE(hears(6));
-    EXPECT_THAT(heard, ElementsAre("com.apple.screenIsLocked", "com.apple.screenIsUnlocked",
-                                   "com.apple.screensaver.didstop", "com.apple.screenIsLocked",
-                                   "com.apple.screenIsUnlocked", "com.apple.screenIsLocked"));
+    EXPECT_THAT(heard, ElementsAre(LockEvent::screenLocked, LockEvent::screenUnlocked,
+                                   LockEvent::wake, LockEvent::screenLocked,
+                                   LockEvent::screenUnlocked, LockEvent::screenLocked));
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "Platforms/Linux/X11KeyboardDevices.h"
+#include "Platforms/Linux/X11LockState.h"
 #include "Platforms/Linux/X11LockWatcher.h"
-#include "Platforms/Linux/X11LoginSession.h"
 #include "Tests/Platforms/Linux/PrivateDisplay.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 
@@ -13,15 +13,14 @@
 namespace marrowby {
 namespace {
 
-SessionDictionary dictionary(bool isLocked, bool isOnConsole) {
-    return {{"CGSSessionScreenIsLocked", isLocked}, {"kCGSSessionOnConsoleKey", isOnConsole}};
-}
+constexpr LockState unlockedHere{.isScreenLocked = false, .isOnConsole = true};
+constexpr LockState lockedHere{.isScreenLocked = true, .isOnConsole = true};
 
 /// What no real locker does on demand.
 struct X11SessionTest : testing::Test {
     QtLoop loop;
     std::unique_ptr<PrivateDisplay> display = PrivateDisplay::start();
-    std::unique_ptr<X11LoginSession> session;
+    std::unique_ptr<X11LockState> lock;
     std::unique_ptr<X11LockWatcher> watcher;
     std::unique_ptr<X11KeyboardDevices> devices;
     std::size_t changes = 0;
@@ -29,7 +28,7 @@ struct X11SessionTest : testing::Test {
 
     void SetUp() override {
         if (!display) GTEST_SKIP() << noPrivateDisplay;
-        session = X11LoginSession::create(display->name()).value();
+        lock = X11LockState::create(display->name()).value();
         watcher = X11LockWatcher::create(
                       display->name(), [this] { ++changes; }, [](const auto&) {})
                       .value();
@@ -51,15 +50,15 @@ TEST_F(X11SessionTest, announcesAWindowThatTakesAndLeavesTheScreenAndNoOther) {
     const LockerWindow saver(*display, "xscreensaver");
     saver.map();
     display->setRootProperty("_SCREENSAVER_STATUS", display->connection().atom("BLANK"));
-    EXPECT_EQ(session->copyCurrentDictionary(), dictionary(false, true));
+    EXPECT_EQ(lock->state(), unlockedHere);
     {
         const LockerWindow locker(*display, "i3lock");
         locker.map();
         ASSERT_TRUE(hears(1));
-        EXPECT_EQ(session->copyCurrentDictionary(), dictionary(true, true));
+        EXPECT_EQ(lock->state(), lockedHere);
         locker.unmap();
         ASSERT_TRUE(hears(2));
-        EXPECT_EQ(session->copyCurrentDictionary(), dictionary(false, true));
+        EXPECT_EQ(lock->state(), unlockedHere);
 
         locker.resize(320, 200);
         locker.map();
@@ -68,15 +67,14 @@ TEST_F(X11SessionTest, announcesAWindowThatTakesAndLeavesTheScreenAndNoOther) {
         ASSERT_TRUE(hears(3));
     }
     ASSERT_TRUE(hears(4));
-    EXPECT_EQ(session->copyCurrentDictionary(), dictionary(false, true));
+    EXPECT_EQ(lock->state(), unlockedHere);
     EXPECT_EQ(changes, 4U);
 }
 
 TEST_F(X11SessionTest, isOffTheConsoleWhileItsTerminalIs) {
     for (const bool isOnConsole : {false, true}) {
         display->setRootProperty("XFree86_has_VT", isOnConsole ? 1 : 0);
-        EXPECT_TRUE(loop.runUntil(
-            [&] { return session->copyCurrentDictionary() == dictionary(false, isOnConsole); }));
+        EXPECT_TRUE(loop.runUntil([&] { return lock->state() == LockState{false, isOnConsole}; }));
     }
 }
 

@@ -1,9 +1,9 @@
+#include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakePresenting.h"
 #include "UnlockCore/Engine/SystemUnlockClock.h"
 #include "UnlockCore/Engine/UnlockCoordinator.h"
 
-#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,11 +20,6 @@ using Event = UnlockCoordinator::Event;
 using Calls = std::vector<std::string>;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-struct LockSwitch final : LockStateReading {
-    std::atomic<bool> locked = true;
-    [[nodiscard]] bool isLocked() const override { return locked; }
-};
 
 /// Listens for Space or watches activity, or both.
 class NotingListener final : public SpaceKeyListening, public ActivityWatching {
@@ -99,6 +94,7 @@ class UnlockCoordinatorTest : public testing::Test {
                           .identities = {robin},
                           .threshold = 0.58F,
                           .livenessMode = LivenessMode::strict};
+        lockState.setLocked(true);
         coordinator = makeCoordinator(&presenter);
     }
 
@@ -142,7 +138,7 @@ class UnlockCoordinatorTest : public testing::Test {
     int asked = 0;
     FakeMainThread main;
     SystemUnlockClock clock{main, main};
-    std::shared_ptr<LockSwitch> lockState = std::make_shared<LockSwitch>();
+    FakeLockState lockState;
     NotingScanner scanner{calls};
     NotingTyper typer{calls};
     FakePresenting presenter;
@@ -167,7 +163,7 @@ TEST_F(UnlockCoordinatorTest, carriesOutAWholeUnlock) {
     EXPECT_THAT(main.timers(), IsEmpty());
     typer.complete(TypingOutcome::Typed{});
     EXPECT_EQ(untilDeadline(), UnlockMachine::passwordCheckDelay);
-    lockState->locked = false;
+    lockState.setLocked(false);
     EXPECT_FALSE(typer.stillLocked());
     EXPECT_THAT(callsOf(Event::Lock{LockEvent::screenUnlocked}),
                 ElementsAre("Unlocked", "overlay leaving", "listenForSpace off",
@@ -211,12 +207,12 @@ TEST_F(UnlockCoordinatorTest, suspendsTypingAndAsksAtTheNextUnlock) {
     }
     EXPECT_EQ(health, (PasswordHealth{2, true, true}));
     EXPECT_FALSE(spaceKeys.isOn || activity.isOn);
-    lockState->locked = false;
+    lockState.setLocked(false);
     coordinator->send(Event::Lock{LockEvent::screenUnlocked});
     EXPECT_EQ(asked, 1);
     EXPECT_EQ(health, (PasswordHealth{2, true, false}));
 
-    lockState->locked = true;
+    lockState.setLocked(true);
     coordinator->send(Event::Lock{LockEvent::screenLocked});
     EXPECT_FALSE(spaceKeys.isOn);
     coordinator->replacePasswordHealth({});

@@ -1,9 +1,6 @@
 #include "UnlockCore/LockWatching/UnlockGate.h"
-#include "UnlockCore/LockWatching/UnlockLockState.h"
 #include "UnlockCore/LockWatching/UnlockTriggerPolicy.h"
 
-#include <optional>
-#include <string>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -50,30 +47,6 @@ TEST(UnlockTriggerPolicy, theFenceNeverGoesBack) {
     EXPECT_EQ(policy.fence, noon + 5 * second);
     EXPECT_TRUE(policy.acceptWake(noon + 4 * second));
     EXPECT_EQ(policy.fence, noon + 5 * second);
-}
-
-TEST(UnlockLockState, readsTheSessionDictionary) {
-    constexpr auto locked = "CGSSessionScreenIsLocked";
-    constexpr auto console = "kCGSSessionOnConsoleKey";
-    const struct {
-        const char* what;
-        std::optional<SessionDictionary> session;
-        bool isLocked;
-        std::optional<bool> isOnConsole;
-    } cases[] = {
-        {"no session", std::nullopt, false, std::nullopt},
-        {"no lock flag", SessionDictionary{{console, true}}, false, true},
-        {"a lock flag that is text", SessionDictionary{{locked, std::string("true")}}, false, {}},
-        {"unlocked", SessionDictionary{{locked, false}, {console, true}}, false, true},
-        {"locked, console flag is a number", SessionDictionary{{locked, true}, {console, 0.0}},
-         true, std::nullopt},
-        {"locked on the console", SessionDictionary{{locked, true}, {console, true}}, true, true},
-        {"locked elsewhere", SessionDictionary{{locked, true}, {console, false}}, false, false},
-    };
-    for (const auto& [what, session, isLocked, isOnConsole] : cases) {
-        EXPECT_EQ(UnlockLockState::isLocked(session), isLocked) << what;
-        EXPECT_EQ(UnlockLockState::isOnConsole(session), isOnConsole) << what;
-    }
 }
 
 }  // namespace

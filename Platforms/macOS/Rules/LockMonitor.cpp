@@ -1,6 +1,6 @@
-#include "UnlockCore/LockWatching/LockMonitor.h"
+#include "Platforms/macOS/Rules/LockMonitor.h"
 
-#include "UnlockCore/Platform/LockNotifications.h"
+#include "Platforms/macOS/Rules/LockNotifications.h"
 
 #include <utility>
 
@@ -32,7 +32,7 @@ LockMonitor::LockMonitor(NotificationCenter& workspaceCenter, NotificationCenter
     : workspaceCenter_(workspaceCenter), distributedCenter_(distributedCenter) {}
 
 LockMonitor::~LockMonitor() {
-    stop();
+    LockMonitor::stop();
 }
 
 void LockMonitor::start() {

@@ -1,6 +1,7 @@
-#include "Platforms/Linux/PamDirectory.h"
+#include "Platforms/Linux/PamPasswordVerifier.h"
 
 #include "UnlockCore/Foundation/SecretBytes.h"
+#include "UnlockCore/Foundation/Text.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -15,10 +16,6 @@ namespace {
 
 constexpr const char* systemRules = "/etc/pam.d";
 constexpr std::size_t longestSentence = 300;
-
-DirectoryError unavailable(std::string message) {
-    return {.domain = "PAM", .code = 0, .message = std::move(message)};
-}
 
 /// The password as a C string, for as long as PAM may ask for it.
 using Answer = SecretArray<char>;
@@ -63,7 +60,8 @@ void noDelay(int /*result*/, unsigned /*microseconds*/, void* /*data*/) {}
 
 class Conversation {
   public:
-    Conversation(const PamDirectory::Service& service, const std::string& user, Answer& answer)
+    Conversation(const PamPasswordVerifier::Service& service, const std::string& user,
+                 Answer& answer)
         : dialogue_{.answer = answer}, conversation_{.conv = converse, .appdata_ptr = &dialogue_} {
         status_ = service.folder.empty()
                       ? ::pam_start(service.name.c_str(), user.c_str(), &conversation_, &handle_)
@@ -118,45 +116,9 @@ class Conversation {
     int status_ = PAM_SYSTEM_ERR;
 };
 
-class PamRecord final : public Directory::Record {
-  public:
-    PamRecord(PamDirectory::Service service, std::string user)
-        : service_(std::move(service)), user_(std::move(user)) {}
-
-    [[nodiscard]] Directory::Result<void> verifyPassword(
-        std::span<const std::uint8_t> password) override {
-        auto answer = answerOf(password);
-        if (!answer) return std::unexpected(unavailable(std::string(description(answer.error()))));
-        Conversation conversation(service_, user_, *answer);
-        if (conversation.authenticate() == PAM_SUCCESS) return {};
-        if (!conversation.isPasswordWrong())
-            return std::unexpected(unavailable(conversation.sentence()));
-        return std::unexpected(DirectoryError{.domain = directoryErrorDomain,
-                                              .code = directoryInvalidCredentials,
-                                              .message = conversation.sentence()});
-    }
-
-  private:
-    const PamDirectory::Service service_;
-    const std::string user_;
-};
-
-class PamNode final : public Directory::Node {
-  public:
-    explicit PamNode(PamDirectory::Service service) : service_(std::move(service)) {}
-
-    [[nodiscard]] Directory::Result<std::unique_ptr<Directory::Record>> record(
-        const std::string& /*type*/, const std::string& name) override {
-        return std::make_unique<PamRecord>(service_, name);
-    }
-
-  private:
-    const PamDirectory::Service service_;
-};
-
 }  // namespace
 
-PamDirectory::Service PamDirectory::installedService() {
+PamPasswordVerifier::Service PamPasswordVerifier::installedService() {
     for (const char* name : {"marrowby-unlock", "common-auth", "system-auth"}) {
         std::error_code error;
         if (std::filesystem::exists(std::filesystem::path(systemRules) / name, error))
@@ -165,12 +127,17 @@ PamDirectory::Service PamDirectory::installedService() {
     return {.name = "login", .folder = {}};
 }
 
-PamDirectory::PamDirectory(Service service) : service_(std::move(service)) {}
+PamPasswordVerifier::PamPasswordVerifier(std::string userName, Service service)
+    : userName_(std::move(userName)), service_(std::move(service)) {}
 
-Directory::Result<std::unique_ptr<Directory::Node>> PamDirectory::openNode(std::uint32_t type) {
-    if (type != directoryAuthenticationNode)
-        return std::unexpected(unavailable("There is no such node."));
-    return std::make_unique<PamNode>(service_);
+PasswordCheckResult PamPasswordVerifier::check(std::span<const std::uint8_t> password) {
+    if (password.empty() || !isValidUTF8(password)) return PasswordCheckResult::Incorrect{};
+    auto answer = answerOf(password);
+    if (!answer) return PasswordCheckResult::Unavailable{std::string(description(answer.error()))};
+    Conversation conversation(service_, userName_, *answer);
+    if (conversation.authenticate() == PAM_SUCCESS) return PasswordCheckResult::Correct{};
+    if (conversation.isPasswordWrong()) return PasswordCheckResult::Incorrect{};
+    return PasswordCheckResult::Unavailable{conversation.sentence()};
 }
 
 }  // namespace marrowby

@@ -1,6 +1,5 @@
-#include "Tests/Fakes/FakeDirectory.h"
-#include "UnlockCore/PasswordEntry/OpenDirectoryPasswordVerifier.h"
-#include "UnlockCore/PasswordEntry/TypablePassword.h"
+#include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
+#include "Tests/Platforms/macOS/Rules/FakeDirectory.h"
 
 #include <optional>
 #include <string>
@@ -57,14 +56,6 @@ TEST(OpenDirectoryPasswordVerifier, asksNobodyAboutWhatIsNoPassword) {
                   PasswordCheckResult(PasswordCheckResult::Incorrect{}));
     }
     EXPECT_TRUE(directory.asked.empty());
-}
-
-TEST(TypablePassword, objectsToControlCharacters) {
-    using namespace std::string_view_literals;
-    for (const auto text : {"a\nb"sv, "\r"sv, "a\x7F"sv, "a\0b"sv, "\t"sv})
-        EXPECT_TRUE(typablepassword::objection(bytesOf(text)));
-    for (const auto text : {""sv, " "sv, "é ß ž字😀"sv})
-        EXPECT_FALSE(typablepassword::objection(bytesOf(text)));
 }
 
 }  // namespace

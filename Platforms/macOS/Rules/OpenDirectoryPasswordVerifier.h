@@ -1,7 +1,7 @@
 #pragma once
 
-#include "UnlockCore/PasswordEntry/MacPasswordVerifying.h"
-#include "UnlockCore/Platform/Directory.h"
+#include "Platforms/macOS/Rules/Directory.h"
+#include "UnlockCore/Platform/MacPasswordVerifying.h"
 
 #include <string>
 #include <utility>

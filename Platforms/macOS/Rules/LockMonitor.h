@@ -1,9 +1,8 @@
 #pragma once
 
-#include "UnlockCore/LockWatching/LockEvent.h"
+#include "UnlockCore/Platform/LockEventWatching.h"
 #include "UnlockCore/Platform/NotificationCenter.h"
 
-#include <functional>
 #include <optional>
 #include <vector>
 
@@ -11,23 +10,19 @@ namespace marrowby {
 
 /// Turns the system's notifications of lock, screen saver, sleep and wake into lock events. Main
 /// thread. The centres outlive it; destroying it stops it.
-class LockMonitor {
+class LockMonitor final : public LockEventWatching {
   public:
     LockMonitor(NotificationCenter& workspaceCenter, NotificationCenter& distributedCenter);
     LockMonitor(const LockMonitor&) = delete;
     LockMonitor& operator=(const LockMonitor&) = delete;
-    ~LockMonitor();
-
-    /// May stop or destroy the monitor.
-    std::function<void(LockEvent)> onEvent;
+    ~LockMonitor() override;
 
     [[nodiscard]] std::optional<LockEvent> lastEvent() const { return lastEvent_; }
     /// True from a sleep notification to the next wake notification.
-    [[nodiscard]] bool isSleeping() const { return isSleeping_; }
+    [[nodiscard]] bool isSleeping() const override { return isSleeping_; }
 
-    /// A second start does nothing.
-    void start();
-    void stop();
+    void start() override;
+    void stop() override;
 
   private:
     struct Registration;

@@ -1,7 +1,6 @@
 #pragma once
 
-/// The names under which a system announces its lock, screen saver and sleep, whatever system it
-/// is.
+/// The names under which a Mac announces its lock, screen saver and sleep.
 namespace marrowby::locknotification {
 
 // Of the distributed centre.

@@ -1,7 +1,6 @@
 #include "Platforms/Linux/Account.h"
-#include "Platforms/Linux/PamDirectory.h"
+#include "Platforms/Linux/PamPasswordVerifier.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
-#include "UnlockCore/PasswordEntry/OpenDirectoryPasswordVerifier.h"
 
 #include <fstream>
 #include <string>
@@ -14,7 +13,7 @@ namespace marrowby {
 namespace {
 
 /// Rules of the test's own: a checker that knows one password.
-struct PamDirectoryTest : testing::Test {
+struct PamPasswordVerifierTest : testing::Test {
     TemporaryFolder folder;
 
     void write(const char* name, const std::string& text) const {
@@ -28,8 +27,7 @@ struct PamDirectoryTest : testing::Test {
     }
     [[nodiscard]] PasswordCheckResult check(const std::string& service, std::string_view password,
                                             const std::string& user = "anna") const {
-        PamDirectory directory({.name = service, .folder = folder.path()});
-        return OpenDirectoryPasswordVerifier(directory, user)
+        return PamPasswordVerifier(user, {.name = service, .folder = folder.path()})
             .check({reinterpret_cast<const std::uint8_t*>(password.data()), password.size()});
     }
     /// Why the check could not be made; what else came of it, otherwise.
@@ -43,7 +41,7 @@ struct PamDirectoryTest : testing::Test {
     }
 };
 
-TEST_F(PamDirectoryTest, tellsRightFromWrongFromNotKnown) {
+TEST_F(PamPasswordVerifierTest, tellsRightFromWrongFromNotKnown) {
     write("password", "é ß 字😀 two  spaces");
     write("checker", "tr -d '\\000' | cmp -s - \"$1\"\n");
     write("desk", checker() + "auth required pam_deny.so\n");
@@ -54,7 +52,7 @@ TEST_F(PamDirectoryTest, tellsRightFromWrongFromNotKnown) {
         EXPECT_EQ(check("desk", wrong), PasswordCheckResult(PasswordCheckResult::Incorrect{}));
 }
 
-TEST_F(PamDirectoryTest, blamesThePasswordOnlyWhereThatWasLookedAt) {
+TEST_F(PamPasswordVerifierTest, blamesThePasswordOnlyWhereThatWasLookedAt) {
     write("password", "right");
     write("checker", "tr -d '\\000' | cmp -s - \"$1\"\n");
     const struct {
@@ -77,10 +75,12 @@ TEST_F(PamDirectoryTest, blamesThePasswordOnlyWhereThatWasLookedAt) {
     }
     write("shut", "auth required pam_deny.so\n");
     EXPECT_EQ(unavailable("shut", "right"), "The system refused without asking for the password.");
+    for (const char* noPassword : {"", "\xFF"})
+        EXPECT_EQ(unavailable("shut", noPassword), "incorrect") << "nobody is asked";
 }
 
 /// The module that counts on most systems, with its tallies in the test's own folder.
-TEST_F(PamDirectoryTest, saysInTheSystemsWordsThatTheAccountIsShutAfterTooManyTries) {
+TEST_F(PamPasswordVerifierTest, saysInTheSystemsWordsThatTheAccountIsShutAfterTooManyTries) {
     const auto account = Account::current();
     ASSERT_TRUE(account);
     write("password", "right");

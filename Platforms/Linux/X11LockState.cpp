@@ -1,4 +1,4 @@
-#include "Platforms/Linux/X11LoginSession.h"
+#include "Platforms/Linux/X11LockState.h"
 
 #include "Platforms/Linux/X11LockerTraceReader.h"
 #include "Platforms/Linux/XcbConnection.h"
@@ -8,7 +8,7 @@
 
 namespace marrowby {
 
-struct X11LoginSession::Display {
+struct X11LockState::Display {
     explicit Display(std::unique_ptr<XcbConnection> opened)
         : connection(std::move(opened)),
           reader(*connection),
@@ -31,27 +31,25 @@ struct X11LoginSession::Display {
     xcb_atom_t hasTerminal;
 };
 
-std::expected<std::unique_ptr<X11LoginSession>, std::string> X11LoginSession::create(
+std::expected<std::unique_ptr<X11LockState>, std::string> X11LockState::create(
     const std::string& displayName) {
     auto connection = XcbConnection::create(displayName);
     if (!connection) return std::unexpected(connection.error());
-    return std::unique_ptr<X11LoginSession>(
-        new X11LoginSession(std::make_unique<const Display>(std::move(*connection))));
+    return std::unique_ptr<X11LockState>(
+        new X11LockState(std::make_unique<const Display>(std::move(*connection))));
 }
 
-X11LoginSession::X11LoginSession(std::unique_ptr<const Display> display)
-    : display_(std::move(display)) {}
+X11LockState::X11LockState(std::unique_ptr<const Display> display) : display_(std::move(display)) {}
 
-X11LoginSession::~X11LoginSession() = default;
+X11LockState::~X11LockState() = default;
 
 // The connection serves many threads at once by itself.
-std::optional<SessionDictionary> X11LoginSession::copyCurrentDictionary() const {
+LockState X11LockState::state() const {
     display_->connection->discardEvents();
     const bool isInFront = display_->isInFront();
     const auto traces = display_->reader.read();
-    if (!traces) return std::nullopt;
-    return SessionDictionary{{sessionkey::screenIsLocked, lockHolder(*traces).has_value()},
-                             {sessionkey::onConsole, isInFront}};
+    if (!traces) return {};
+    return {.isScreenLocked = lockHolder(*traces).has_value(), .isOnConsole = isInFront};
 }
 
 }  // namespace marrowby

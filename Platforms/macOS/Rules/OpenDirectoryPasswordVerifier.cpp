@@ -1,4 +1,4 @@
-#include "UnlockCore/PasswordEntry/OpenDirectoryPasswordVerifier.h"
+#include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
 
 #include "UnlockCore/Foundation/Text.h"
 

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Platforms/macOS/Rules/LoginSession.h"
+#include "Platforms/macOS/Rules/UnlockLockState.h"
+#include "UnlockCore/Platform/LockStateReading.h"
+
+namespace marrowby {
+
+/// Reads the lock from the window server's dictionary of the login session, which outlives it.
+class WindowServerLockState final : public LockStateReading {
+  public:
+    explicit WindowServerLockState(const LoginSession& session) : session_(session) {}
+
+    [[nodiscard]] LockState state() const override {
+        return UnlockLockState::of(session_.copyCurrentDictionary());
+    }
+
+  private:
+    const LoginSession& session_;
+};
+
+}  // namespace marrowby
