@@ -79,10 +79,13 @@ class ScreenSaverWatcher::Savers {
     void report() { watcher_.set(std::ranges::max(savers_, {}, &Saver::reading).reading); }
 
     ScreenSaverWatcher& watcher_;
-    std::array<Saver, 3> savers_{{
+    std::array<Saver, 6> savers_{{
         {.service = "org.freedesktop.ScreenSaver", .path = "/org/freedesktop/ScreenSaver"},
         {.service = "org.freedesktop.ScreenSaver", .path = "/ScreenSaver"},
         {.service = "org.gnome.ScreenSaver", .path = "/org/gnome/ScreenSaver"},
+        {.service = "org.mate.ScreenSaver", .path = "/org/mate/ScreenSaver"},
+        {.service = "org.cinnamon.ScreenSaver", .path = "/org/cinnamon/ScreenSaver"},
+        {.service = "org.xfce.ScreenSaver", .path = "/org/xfce/ScreenSaver"},
     }};
     DBusLink link_;
     // Gone before the connection.
