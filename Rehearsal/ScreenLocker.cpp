@@ -383,10 +383,11 @@ struct ScreenLocker::State {
         if (!session) return false;
         const pid_t leader = session->locker.id();
         if (!isScripted(kind)) return ::kill(leader, signal) == 0;
-        const auto processes = processesInSession(leader);
-        const auto holder = std::ranges::find_if(
-            processes, [this](pid_t process) { return runs(process, name(kind)); });
-        return holder != processes.end() && ::kill(*holder, signal) == 0;
+        // i3lock has a second one that keeps its window on top.
+        bool isSent = false;
+        for (const pid_t process : processesInSession(leader))
+            isSent |= runs(process, name(kind)) && ::kill(process, signal) == 0;
+        return isSent;
     }
 
     void end() {

@@ -113,6 +113,7 @@ std::vector<ClientProgram> ClientPrograms::heirs() const {
             holders.erase(*connected);
     }
     std::vector<ClientProgram> found;
+    found.reserve(holders.size());
     for (const auto holder : holders)
         found.push_back(programOf(holder));
     return found;
