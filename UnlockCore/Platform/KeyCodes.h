@@ -49,7 +49,8 @@ inline constexpr std::chrono::milliseconds deliveryLimit{2000};
 inline constexpr TimeInterval coverLimit{1.0};
 /// For the dialog of a locker that starts a program for it, to come or to go.
 inline constexpr TimeInterval dialogLimit{5.0};
-/// For a busy locker to begin its event loop, or to take in what it was sent; how often it is asked.
+/// For a busy locker to begin its event loop, or to take in what it was sent; how often it is
+/// asked.
 inline constexpr TimeInterval busyLimit{2.0};
 inline constexpr TimeInterval busyStep{0.002};
 /// How often it is looked for, and how often the key for that is pressed again.
