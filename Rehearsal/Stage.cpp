@@ -2,7 +2,6 @@
 
 #include "Platforms/Linux/DesktopSession.h"
 #include "Platforms/Linux/JsonDefaultsStore.h"
-#include "Platforms/Linux/LocalNotificationCenter.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
 #include "Platforms/Linux/OpenCvFourierTransform.h"
 #include "Platforms/Linux/OpenCvImaging.h"
@@ -159,7 +158,6 @@ struct Stage::World {
     Transcript transcript{realClock};
     QtMainThread realMainThread;
     MovedMainThread mainThread{realMainThread, clock};
-    LocalNotificationCenter defaultCenter{mainThread};
     OpenCvImaging imaging;
     OpenCvFourierTransform fourier;
     OpenCvNeuralModels models;
@@ -252,7 +250,6 @@ void Stage::World::startApplication() {
         UnlockPlatform{.mainThread = mainThread,
                        .clock = clock,
                        .queues = queues,
-                       .defaultCenter = defaultCenter,
                        .lockEvents = lockEvents,
                        .lockState = session.lockState(),
                        .inputIdle = session.inputIdle(),

@@ -156,6 +156,7 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
     : platform_(std::move(platform)),
       resources_(std::move(resources)),
       callbacks_(std::move(callbacks)),
+      self_(std::make_shared<UnlockModel*>(this)),
       dataFolder_(AppDataFolder::in(resources_.dataBase, resources_.testTag)),
       keyStore_(platform_.keychain,
                 LoginKeychainKeyStore::vaultService(resources_.bundleIdentifier)),
@@ -167,13 +168,18 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
              {.cipher = platform_.cipher,
               .mainThread = platform_.mainThread,
               .clock = platform_.clock,
-              .notifications = platform_.defaultCenter}),
+              .didChange =
+                  [weak = std::weak_ptr(self_), &mainThread = platform_.mainThread,
+                   announce = platform_.vaultDidChange] {
+                      if (announce) announce();
+                      mainThread.post([weak] {
+                          if (const auto self = weak.lock()) (*self)->onVaultChanged();
+                      });
+                  }}),
       faceStore_({platform_.files, dataFolder_.facesFile(), VaultPurpose::faces}, vault_,
                  platform_.cipher, platform_.clock),
       credentialStore_({platform_.files, dataFolder_.passwordFile(), VaultPurpose::password},
                        vault_),
-      vaultObserver_(platform_.defaultCenter.observe(Vault::didChangeNotification,
-                                                     [this] { onVaultChanged(); })),
       enrollmentCamera_(platform_.enrollmentCamera,
                         {.queues = platform_.queues,
                          .mainThread = platform_.mainThread,
@@ -183,8 +189,7 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
                         CameraFaceScanner::workingLongEdge),
       autoLocker_(
           vault_, [this] { return length(settings_.autoLock); }, platform_.mainThread,
-          platform_.clock),
-      self_(std::make_shared<UnlockModel*>(this)) {
+          platform_.clock) {
     UnlockSettings::normaliseLivenessMode(platform_.defaults);
     settings_ = UnlockSettings::load(platform_.defaults);
     platform_.keyEvents.vouchFor(settings_.vouchedLockers);
@@ -200,7 +205,7 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
 }
 
 UnlockModel::~UnlockModel() {
-    platform_.defaultCenter.remove(vaultObserver_);
+    self_.reset();
     platform_.lockEvents.stop();
     platform_.lockEvents.onEvent = {};
     platform_.keyEvents.setUnknownLockerHandler({});

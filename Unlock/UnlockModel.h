@@ -169,6 +169,8 @@ class UnlockModel {
     UnlockPlatform platform_;
     Resources resources_;
     Callbacks callbacks_;
+    /// Null as soon as this goes.
+    std::shared_ptr<UnlockModel*> self_;
 
     AppDataFolder dataFolder_;
     LoginKeychainKeyStore keyStore_;
@@ -176,7 +178,6 @@ class UnlockModel {
     Vault vault_;
     FaceStore faceStore_;
     CredentialStore credentialStore_;
-    NotificationCenter::Token vaultObserver_;
     CameraUseRegistry cameraUse_;
     CameraManager enrollmentCamera_;
     UnlockSettings settings_;
@@ -190,7 +191,6 @@ class UnlockModel {
     std::unique_ptr<Engine> engine_;
     /// From a lock to its unlock.
     std::unique_ptr<ProcessActivities::Activity> lockedActivity_;
-    std::shared_ptr<UnlockModel*> self_;
 };
 
 }  // namespace marrowby

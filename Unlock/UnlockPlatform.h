@@ -16,7 +16,6 @@
 #include "UnlockCore/Platform/MacPasswordVerifying.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/NeuralModel.h"
-#include "UnlockCore/Platform/NotificationCenter.h"
 #include "UnlockCore/Platform/OwnerAuthentication.h"
 #include "UnlockCore/Platform/ProcessActivities.h"
 #include "UnlockCore/Platform/SystemClock.h"
@@ -24,6 +23,7 @@
 #include "UnlockCore/Platform/WindowServer.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
+#include <functional>
 #include <memory>
 
 namespace marrowby {
@@ -34,8 +34,6 @@ struct UnlockPlatform {
     SystemClock& clock;
     WorkQueues& queues;
 
-    /// The process's own.
-    NotificationCenter& defaultCenter;
     LockEventWatching& lockEvents;
     const LockStateReading& lockState;
     InputIdle& inputIdle;
@@ -64,6 +62,9 @@ struct UnlockPlatform {
     WindowServer& windowServer;
     /// Null where the system slows no process down.
     ProcessActivities* activities = nullptr;
+    /// Told of every change of the vault between open and locked, on the thread that made it. May
+    /// be empty.
+    std::function<void()> vaultDidChange{};
 };
 
 }  // namespace marrowby

@@ -4,7 +4,6 @@
 #include "Tests/Fakes/FakeFileSystem.h"
 #include "Tests/Fakes/FakeKeychain.h"
 #include "Tests/Fakes/FakeMainThread.h"
-#include "Tests/Fakes/FakeNotificationCenter.h"
 #include "Tests/Fakes/FakeOwnerAuthentication.h"
 #include "UnlockCore/Storage/AppDataFolder.h"
 #include "UnlockCore/Storage/DeviceOwnerCheck.h"
@@ -13,6 +12,7 @@
 #include "UnlockCore/Storage/Vault.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -22,7 +22,7 @@ namespace marrowby {
 /// A vault over fakes with a real cipher, and the files it protects. The owner answers yes at once.
 struct VaultBench {
     FakeMainThread mainThread;
-    FakeNotificationCenter notifications;
+    std::function<void()> onChange;
     FakeKeychain keychain;
     FakeOwnerAuthentication owner;
     FakeFileSystem fileSystem;
@@ -40,7 +40,9 @@ struct VaultBench {
     [[nodiscard]] std::unique_ptr<Vault> makeVault() {
         return std::make_unique<Vault>(
             keyStore, ownerCheck, [this] { return facesFile.exists() || passwordFile.exists(); },
-            Vault::Services{cipher, mainThread, mainThread, notifications});
+            Vault::Services{cipher, mainThread, mainThread, [this] {
+                                if (onChange) onChange();
+                            }});
     }
 
     /// What unlock()'s completion gave; nothing while the owner is being asked.

@@ -6,7 +6,6 @@
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Fakes/FakeMainThread.h"
-#include "Tests/Fakes/FakeNotificationCenter.h"
 #include "Tests/Fakes/FakeOwnerAuthentication.h"
 #include "Tests/SecretTraces/Needle.h"
 #include "Tests/SecretTraces/OwnMemory.h"
@@ -64,7 +63,6 @@ void run(const char* address, const char* home) {
         controlText[i] = static_cast<char>(theControl.at(i));
 
     FakeMainThread mainThread;
-    FakeNotificationCenter notifications;
     FakeOwnerAuthentication owner;
     owner.answer = true;
     DeviceOwnerCheck ownerCheck(owner);
@@ -75,7 +73,7 @@ void run(const char* address, const char* home) {
     const AppDataFolder folder = AppDataFolder::in(std::filesystem::path(home), std::nullopt);
     const SealedFile file(fileSystem, folder.passwordFile(), VaultPurpose::password);
     Vault vault(keyStore, ownerCheck, [&] { return file.exists(); },
-                {cipher, mainThread, mainThread, notifications});
+                {cipher, mainThread, mainThread, {}});
     CredentialStore credentials(file, vault);
     vault.unlock("open it",
                  [](const auto& result) { expect(result.has_value(), "the vault opens"); });

@@ -15,7 +15,6 @@
 #include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeNeuralModels.h"
-#include "Tests/Fakes/FakeNotificationCenter.h"
 #include "Tests/Fakes/FakeOwnerAuthentication.h"
 #include "Tests/Fakes/FakePasswordVerifier.h"
 #include "Tests/Fakes/FakeProcessActivities.h"
@@ -56,7 +55,6 @@ struct FakeComputer {
         return {.mainThread = mainThread,
                 .clock = mainThread,
                 .queues = queues,
-                .defaultCenter = defaultCenter,
                 .lockEvents = lockEvents,
                 .lockState = lockState,
                 .inputIdle = inputIdle,
@@ -130,7 +128,6 @@ struct FakeComputer {
 
     FakeMainThread mainThread;
     FakeWorkQueues queues;
-    FakeNotificationCenter defaultCenter;
     FakeLockEvents lockEvents;
     FakeLockState lockState;
     FakeInputIdle inputIdle{mainThread};

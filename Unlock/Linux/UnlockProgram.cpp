@@ -7,7 +7,6 @@
 #include "Platforms/Linux/JournaldLog.h"
 #include "Platforms/Linux/JsonDefaultsStore.h"
 #include "Platforms/Linux/LinuxSystemSettings.h"
-#include "Platforms/Linux/LocalNotificationCenter.h"
 #include "Platforms/Linux/LogindKernelTyping.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
 #include "Platforms/Linux/OpenCvFourierTransform.h"
@@ -200,7 +199,6 @@ class World {
 
     UnixSystemClock clock_;
     QtMainThread mainThread_;
-    LocalNotificationCenter defaultCenter_{mainThread_};
     OpenCvImaging imaging_;
     OpenCvFourierTransform fourier_;
     OpenCvNeuralModels models_;
@@ -245,7 +243,6 @@ std::expected<void, std::string> World::start() {
         UnlockPlatform{.mainThread = mainThread_,
                        .clock = clock_,
                        .queues = queues_,
-                       .defaultCenter = defaultCenter_,
                        .lockEvents = session_.lockEvents(),
                        .lockState = session_.lockState(),
                        .inputIdle = session_.inputIdle(),

@@ -21,6 +21,9 @@ std::optional<std::string> optionalText(id value) {
     return plainText(value);
 }
 
+/// A notification of this process’s own centre.
+constexpr const char* vaultDidChange = "app.quenby.unlock.vault.didChange";
+
 os_log_t systemLog() {
     static const os_log_t log = os_log_create("app.quenby.unlock", "engine");
     return log;
@@ -94,7 +97,6 @@ UnlockPlatform MacApplication::platform() {
     return {.mainThread = mainThread_,
             .clock = clock_,
             .queues = queues_,
-            .defaultCenter = *localCenter_,
             .lockEvents = lockMonitor_,
             .lockState = lockState_,
             .inputIdle = inputIdle_,
@@ -115,7 +117,8 @@ UnlockPlatform MacApplication::platform() {
             .keyEvents = keyEvents_,
             .systemSettings = systemSettings_,
             .windowServer = windowServer_,
-            .activities = &activities_};
+            .activities = &activities_,
+            .vaultDidChange = [this] { localCenter_->post(vaultDidChange); }};
 }
 
 }  // namespace marrowby

@@ -37,7 +37,7 @@ Vault::Vault(VaultKeyStore& keyStore, OwnerCheck& ownerCheck,
     : keyStore_(keyStore),
       ownerCheck_(ownerCheck),
       hasEncryptedData_(std::move(hasEncryptedData)),
-      services_(services),
+      services_(std::move(services)),
       anchor_(std::make_shared<Anchor>()) {
     const MutexLock lock(anchor_->mutex);
     anchor_->vault = this;
@@ -90,7 +90,7 @@ void Vault::ownerReplied(Anchor& anchor, const std::expected<void, StorageError>
         finished = anchor.vault->finishUnlocking(reply);
     }
     // From here on the vault may be gone.
-    if (finished.hasChanged) services->notifications.post(didChangeNotification);
+    if (finished.hasChanged && services->didChange) services->didChange();
     services->mainThread.post(
         [result = std::move(finished.result), waiting = std::move(finished.waiting)] {
             for (const Completion& completion : waiting)
@@ -152,7 +152,7 @@ void Vault::lock() {
         const MutexLock lock(mutex_);
         hasChanged = install(nullptr, now);
     }
-    if (hasChanged) services_.notifications.post(didChangeNotification);
+    if (hasChanged && services_.didChange) services_.didChange();
 }
 
 bool Vault::install(Key key, Date now) {

@@ -158,10 +158,10 @@ TEST(Vault, staysLockedWhateverFails) {
 TEST(Vault, announcesEachChangeOnceWithoutHoldingItsLock) {
     VaultBench bench;
     std::vector<bool> states;
-    (void)bench.notifications.observe("app.quenby.unlock.vault.didChange", [&] {
+    bench.onChange = [&] {
         states.push_back(bench.vault->isUnlocked());
         bench.vault->recordActivity();
-    });
+    };
     bench.vault->lock();
     (void)bench.unlock();
     (void)bench.unlock();
