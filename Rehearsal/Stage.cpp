@@ -20,7 +20,7 @@
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/PrivateFolder.h"
 #include "Rehearsal/SceneAccount.h"
-#include "Rehearsal/SceneKeychain.h"
+#include "Rehearsal/SceneKeyStore.h"
 #include "Rehearsal/SceneOwner.h"
 #include "Rehearsal/SceneSettings.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
@@ -166,7 +166,7 @@ struct Stage::World {
     OpenSslCipher cipher;
     PosixFileSystem files;
     JsonDefaultsStore defaults{files, data.path() / "settings.json"};
-    SceneKeychain keychain;
+    SceneKeyStore keyStore;
     SceneOwner owner{mainThread};
     SceneAccount account;
     SceneSettings systemSettings;
@@ -263,16 +263,14 @@ void Stage::World::startApplication() {
                        .fourier = fourier,
                        .cipher = cipher,
                        .files = files,
-                       .keychain = keychain,
+                       .keyStore = keyStore,
                        .ownerAuthentication = owner,
                        .passwordVerifier = account,
                        .defaults = defaults,
                        .keyEvents = keyEvents,
                        .systemSettings = systemSettings,
                        .windowServer = windowServer},
-        UnlockModel::Resources{
-            .dataBase = data.path(), .bundleIdentifier = {}, .testTag = {}, .models = networks},
-        windows,
+        UnlockModel::Resources{.dataBase = data.path(), .testTag = {}, .models = networks}, windows,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { note(line); },
                                  .terminate = [] {}});
     application->didFinishLaunching({.isAtLogin = true, .isVisible = true});

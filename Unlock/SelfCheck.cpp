@@ -4,7 +4,6 @@
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
 #include "UnlockCore/Storage/DeviceOwnerCheck.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <algorithm>
 #include <array>
@@ -144,8 +143,7 @@ void SelfCheck::checkModels() {
 }
 
 void SelfCheck::checkKeyStore() {
-    LoginKeychainKeyStore store(services_.keychain, services_.keychainService + ".self-check",
-                                "self-check");
+    VaultKeyStore& store = services_.trialKeyStore;
     std::array<std::uint8_t, 32> key{};
     if (!services_.cipher.random(key)) {
         say("Key store", false, "the system has no random numbers.");

@@ -5,10 +5,10 @@
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/KeyEvents.h"
 #include "UnlockCore/Platform/KeyboardDevices.h"
-#include "UnlockCore/Platform/Keychain.h"
 #include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/NeuralModel.h"
 #include "UnlockCore/Platform/OwnerAuthentication.h"
+#include "UnlockCore/Platform/VaultKeyStore.h"
 #include "UnlockCore/Platform/WindowServer.h"
 #include "UnlockCore/Recognition/CameraManager.h"
 
@@ -41,12 +41,11 @@ class SelfCheck {
         NeuralModels& models;
         /// Or the sentence why there is none.
         std::expected<ModelPack, std::string> pack;
-        Keychain& keychain;
+        /// Of a key beside the vault's.
+        VaultKeyStore& trialKeyStore;
         AuthenticatedCipher& cipher;
         OwnerAuthentication& ownerAuthentication;
         WindowServer& windowServer;
-        /// Of the key store's item; the check keeps another one beside it.
-        std::string keychainService;
     };
 
     /// How long the camera may take for its first picture.

@@ -158,10 +158,8 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
       callbacks_(std::move(callbacks)),
       self_(std::make_shared<UnlockModel*>(this)),
       dataFolder_(AppDataFolder::in(resources_.dataBase, resources_.testTag)),
-      keyStore_(platform_.keychain,
-                LoginKeychainKeyStore::vaultService(resources_.bundleIdentifier)),
       ownerCheck_(platform_.ownerAuthentication),
-      vault_(keyStore_, ownerCheck_,
+      vault_(platform_.keyStore, ownerCheck_,
              [&files = platform_.files, folder = dataFolder_] {
                  return files.exists(folder.facesFile()) || files.exists(folder.passwordFile());
              },

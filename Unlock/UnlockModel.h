@@ -15,7 +15,6 @@
 #include "UnlockCore/Storage/CredentialStore.h"
 #include "UnlockCore/Storage/DeviceOwnerCheck.h"
 #include "UnlockCore/Storage/FaceStore.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 #include "UnlockCore/Storage/Vault.h"
 
 #include <expected>
@@ -35,7 +34,6 @@ class UnlockModel {
     struct Resources {
         /// The user's folder for application data.
         std::filesystem::path dataBase;
-        std::optional<std::string> bundleIdentifier;
         std::optional<std::string> testTag;
         ModelPack models;
     };
@@ -173,7 +171,6 @@ class UnlockModel {
     std::shared_ptr<UnlockModel*> self_;
 
     AppDataFolder dataFolder_;
-    LoginKeychainKeyStore keyStore_;
     DeviceOwnerCheck ownerCheck_;
     Vault vault_;
     FaceStore faceStore_;

@@ -10,7 +10,6 @@
 #include "UnlockCore/Platform/InputIdle.h"
 #include "UnlockCore/Platform/KeyEvents.h"
 #include "UnlockCore/Platform/KeyboardDevices.h"
-#include "UnlockCore/Platform/Keychain.h"
 #include "UnlockCore/Platform/LockEventWatching.h"
 #include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/MacPasswordVerifying.h"
@@ -20,6 +19,7 @@
 #include "UnlockCore/Platform/ProcessActivities.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/SystemSettings.h"
+#include "UnlockCore/Platform/VaultKeyStore.h"
 #include "UnlockCore/Platform/WindowServer.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
@@ -51,7 +51,7 @@ struct UnlockPlatform {
 
     AuthenticatedCipher& cipher;
     FileSystem& files;
-    Keychain& keychain;
+    VaultKeyStore& keyStore;
     OwnerAuthentication& ownerAuthentication;
     MacPasswordVerifying& passwordVerifier;
     DefaultsStore& defaults;

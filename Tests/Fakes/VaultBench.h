@@ -2,12 +2,11 @@
 
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Tests/Fakes/FakeFileSystem.h"
-#include "Tests/Fakes/FakeKeychain.h"
+#include "Tests/Fakes/FakeKeyStore.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeOwnerAuthentication.h"
 #include "UnlockCore/Storage/AppDataFolder.h"
 #include "UnlockCore/Storage/DeviceOwnerCheck.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 #include "UnlockCore/Storage/SealedFile.h"
 #include "UnlockCore/Storage/Vault.h"
 
@@ -23,14 +22,13 @@ namespace marrowby {
 struct VaultBench {
     FakeMainThread mainThread;
     std::function<void()> onChange;
-    FakeKeychain keychain;
+    FakeKeyStore keyStore;
     FakeOwnerAuthentication owner;
     FakeFileSystem fileSystem;
     OpenSslCipher cipher;
     AppDataFolder folder = AppDataFolder::in("/disk/data", std::nullopt);
     SealedFile facesFile{fileSystem, folder.facesFile(), VaultPurpose::faces};
     SealedFile passwordFile{fileSystem, folder.passwordFile(), VaultPurpose::password};
-    LoginKeychainKeyStore keyStore{keychain, LoginKeychainKeyStore::vaultService("app")};
     DeviceOwnerCheck ownerCheck{owner};
     std::unique_ptr<Vault> vault = makeVault();
 

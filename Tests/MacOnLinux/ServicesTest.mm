@@ -7,6 +7,7 @@
 #include "Platforms/macOS/IOKitKeyboardDevices.h"
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
+#include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
 #include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
 #include "Platforms/macOS/SecurityKeychain.h"
 #include "Tests/Fakes/VaultBench.h"
@@ -20,7 +21,6 @@
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 #include "UnlockCore/Storage/DeviceOwnerCheck.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <algorithm>
 #include <array>

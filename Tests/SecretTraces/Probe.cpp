@@ -2,7 +2,7 @@
 // wipes a password, and searches its own whole memory each time; says what it finds too much. Ends
 // by abort(), while a password is being typed, so that a core is left.
 
-#include "Platforms/Linux/SecretServiceKeychain.h"
+#include "Platforms/Linux/SecretServiceKeyStore.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Fakes/FakeMainThread.h"
@@ -13,7 +13,6 @@
 #include "UnlockCore/Storage/AppDataFolder.h"
 #include "UnlockCore/Storage/CredentialStore.h"
 #include "UnlockCore/Storage/DeviceOwnerCheck.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 #include "UnlockCore/Storage/SealedFile.h"
 
 #include <cstdlib>
@@ -68,8 +67,7 @@ void run(const char* address, const char* home) {
     DeviceOwnerCheck ownerCheck(owner);
     PosixFileSystem fileSystem;
     OpenSslCipher cipher;
-    SecretServiceKeychain keychain(address);
-    LoginKeychainKeyStore keyStore(keychain, "test.vault");
+    SecretServiceKeyStore keyStore(address, {.service = "test.vault"});
     const AppDataFolder folder = AppDataFolder::in(std::filesystem::path(home), std::nullopt);
     const SealedFile file(fileSystem, folder.passwordFile(), VaultPurpose::password);
     Vault vault(keyStore, ownerCheck, [&] { return file.exists(); },

@@ -9,8 +9,8 @@
 #include "Tests/Fakes/FakeImaging.h"
 #include "Tests/Fakes/FakeInputIdle.h"
 #include "Tests/Fakes/FakeKeyEvents.h"
+#include "Tests/Fakes/FakeKeyStore.h"
 #include "Tests/Fakes/FakeKeyboardDevices.h"
-#include "Tests/Fakes/FakeKeychain.h"
 #include "Tests/Fakes/FakeLockEvents.h"
 #include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
@@ -68,7 +68,7 @@ struct FakeComputer {
                 .fourier = fourier,
                 .cipher = cipher,
                 .files = *disk,
-                .keychain = keychain,
+                .keyStore = keyStore,
                 .ownerAuthentication = owner,
                 .passwordVerifier = passwordVerifier,
                 .defaults = *store,
@@ -80,7 +80,6 @@ struct FakeComputer {
 
     [[nodiscard]] UnlockModel::Resources resources() const {
         return {.dataBase = "/data",
-                .bundleIdentifier = {},
                 .testTag = {},
                 .models = {.folder = MARROWBY_SOURCE_DIR,
                            .name = "test",
@@ -142,7 +141,7 @@ struct FakeComputer {
     FakeFileSystem files;
     /// What the application keeps its data and its settings in.
     FileSystem* disk = &files;
-    FakeKeychain keychain;
+    FakeKeyStore keyStore;
     FakeOwnerAuthentication owner;
     FakePasswordVerifier passwordVerifier;
     FakeDefaultsStore defaults;

@@ -298,7 +298,7 @@ TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
     EXPECT_TRUE(press("Erase Everything…"));
     EXPECT_TRUE(windows.page().buttons.front().isDefault) << "Return presses Cancel";
     EXPECT_TRUE(press("Erase"));
-    EXPECT_TRUE(files.files().empty() && keychain.items().empty());
+    EXPECT_TRUE(files.files().empty() && !keyStore.key);
     EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Not set up yet");
     EXPECT_TRUE(press("Quit…") && press("Quit"));
     EXPECT_TRUE(terminated);
@@ -321,7 +321,8 @@ TEST_F(UnlockApplicationTest, locksTheVaultOnTimeWhateverElseIsOff) {
         {"a key that couldn’t be erased",
          [this] {
              openVault();
-             keychain.failing[FakeKeychain::Operation::remove] = -25291;
+             keyStore.failing.emplace(FakeKeyStore::Operation::remove,
+                                      KeychainError::Status{.code = -25291, .message = {}});
              application->model().eraseEverything();
          }},
     };

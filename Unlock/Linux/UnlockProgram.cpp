@@ -15,7 +15,7 @@
 #include "Platforms/Linux/ProcessHardening.h"
 #include "Platforms/Linux/ProcessSignals.h"
 #include "Platforms/Linux/QtMainThread.h"
-#include "Platforms/Linux/SecretServiceKeychain.h"
+#include "Platforms/Linux/SecretServiceKeyStore.h"
 #include "Platforms/Linux/SingleInstance.h"
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/UinputKeyEvents.h"
@@ -29,7 +29,6 @@
 #include "Unlock/Linux/QtApplicationWindows.h"
 #include "Unlock/SelfCheck.h"
 #include "Unlock/UnlockApplication.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -135,6 +134,9 @@ class World {
     /// Says what an unlock would find here, and ends with its exit status.
     [[nodiscard]] int selfCheck() {
         session_.start();
+        SecretServiceKeyStore trialKeyStore(
+            surroundings_.keyringBus(),
+            {.service = "app.quenby.unlock.vault.self-check", .account = "self-check"});
         SelfCheck check(
             {.mainThread = mainThread_,
              .clock = clock_,
@@ -147,11 +149,10 @@ class World {
              .imaging = imaging_,
              .models = models_,
              .pack = surroundings_.models(places_.modelFolders()),
-             .keychain = keychain_,
+             .trialKeyStore = trialKeyStore,
              .cipher = cipher_,
              .ownerAuthentication = *owner_,
-             .windowServer = windowServer_,
-             .keychainService = LoginKeychainKeyStore::vaultService(applicationIdentifier)},
+             .windowServer = windowServer_},
             [](const std::string& line) { std::cout << line << '\n'
                                                     << std::flush; },
             [](bool isAllThere) {
@@ -208,7 +209,7 @@ class World {
     PosixFileSystem files_;
     JsonDefaultsStore defaults_{files_, places_.folders.configHome / programName / "settings.json"};
     LinuxSystemSettings systemSettings_{files_, places_.folders.configHome, places_.program};
-    SecretServiceKeychain keychain_{surroundings_.keyringBus()};
+    SecretServiceKeyStore keyStore_{surroundings_.keyringBus()};
     const std::unique_ptr<OwnerAuthentication> owner_ =
         surroundings_.makeOwnerAuthentication(mainThread_);
     const std::shared_ptr<MacPasswordVerifying> passwordVerifier_ =
@@ -256,17 +257,15 @@ std::expected<void, std::string> World::start() {
                        .fourier = fourier_,
                        .cipher = cipher_,
                        .files = files_,
-                       .keychain = keychain_,
+                       .keyStore = keyStore_,
                        .ownerAuthentication = *owner_,
                        .passwordVerifier = *passwordVerifier_,
                        .defaults = defaults_,
                        .keyEvents = *keyEvents_,
                        .systemSettings = systemSettings_,
                        .windowServer = windowServer_},
-        UnlockModel::Resources{.dataBase = places_.folders.dataHome,
-                               .bundleIdentifier = applicationIdentifier,
-                               .testTag = {},
-                               .models = *std::move(pack)},
+        UnlockModel::Resources{
+            .dataBase = places_.folders.dataHome, .testTag = {}, .models = *std::move(pack)},
         windows_,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { log_.write(line); },
                                  .terminate = &World::end});

@@ -18,6 +18,7 @@
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
 #include "Platforms/macOS/Rules/LockMonitor.h"
+#include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
 #include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
 #include "Platforms/macOS/Rules/WindowServerLockState.h"
 #include "Platforms/macOS/RunLoopMainThread.h"
@@ -72,6 +73,9 @@ class MacApplication {
     OpenSslCipher cipher_;
     PosixFileSystem files_;
     SecurityKeychain keychain_;
+    LoginKeychainKeyStore keyStore_;
+    /// Of the self-check's own key.
+    LoginKeychainKeyStore trialKeyStore_;
     LocalOwnerAuthentication ownerAuthentication_;
     OpenDirectoryAccounts accounts_;
     OpenDirectoryPasswordVerifier passwordVerifier_;

@@ -4,7 +4,6 @@
 #include "Unlock/SharedNamespace.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <string>
 #include <utility>
@@ -29,6 +28,10 @@ os_log_t systemLog() {
     return log;
 }
 
+std::string vaultService() {
+    return LoginKeychainKeyStore::vaultService(optionalText(NSBundle.mainBundle.bundleIdentifier));
+}
+
 UnlockModel::Resources resources() {
     NSBundle* const bundle = NSBundle.mainBundle;
     NSString* const support =
@@ -41,7 +44,6 @@ UnlockModel::Resources resources() {
     if (const auto name = sharedNamespace(chosen, testTag))
         os_log(systemLog(), "The namespace is %{public}s.", name->c_str());
     return {.dataBase = plainText(support),
-            .bundleIdentifier = optionalText(bundle.bundleIdentifier),
             .testTag = testTag,
             .models = {.folder = plainText(bundle.resourcePath),
                        .name = "standard",
@@ -53,7 +55,9 @@ UnlockModel::Resources resources() {
 }  // namespace
 
 MacApplication::MacApplication()
-    : passwordVerifier_(accounts_, plainText(NSUserName())),
+    : keyStore_(keychain_, vaultService()),
+      trialKeyStore_(keychain_, vaultService() + ".self-check", "self-check"),
+      passwordVerifier_(accounts_, plainText(NSUserName())),
       application_(
           platform(), resources(), windows_,
           {.log = [](const std::string& line) { os_log(systemLog(), "%{public}s", line.c_str()); },
@@ -82,11 +86,10 @@ SelfCheck::Services MacApplication::selfCheckServices() {
             .imaging = imaging_,
             .models = models_,
             .pack = std::move(own.models),
-            .keychain = keychain_,
+            .trialKeyStore = trialKeyStore_,
             .cipher = cipher_,
             .ownerAuthentication = ownerAuthentication_,
-            .windowServer = windowServer_,
-            .keychainService = LoginKeychainKeyStore::vaultService(own.bundleIdentifier)};
+            .windowServer = windowServer_};
 }
 
 bool MacApplication::isVisible() const {
@@ -110,7 +113,7 @@ UnlockPlatform MacApplication::platform() {
             .fourier = fourier_,
             .cipher = cipher_,
             .files = files_,
-            .keychain = keychain_,
+            .keyStore = keyStore_,
             .ownerAuthentication = ownerAuthentication_,
             .passwordVerifier = passwordVerifier_,
             .defaults = defaults_,

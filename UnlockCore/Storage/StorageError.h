@@ -2,11 +2,11 @@
 
 #include "UnlockCore/Foundation/SecretPages.h"
 #include "UnlockCore/Platform/FileSystem.h"
+#include "UnlockCore/Platform/KeychainError.h"
 #include "UnlockCore/Platform/OwnerAuthentication.h"
 #include "UnlockCore/Storage/CredentialError.h"
 #include "UnlockCore/Storage/FaceIdentityCodingError.h"
 #include "UnlockCore/Storage/FaceStoreError.h"
-#include "UnlockCore/Storage/KeychainError.h"
 #include "UnlockCore/Storage/OwnerCheckError.h"
 #include "UnlockCore/Storage/VaultError.h"
 

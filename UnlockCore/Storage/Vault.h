@@ -6,9 +6,9 @@
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/SystemClock.h"
+#include "UnlockCore/Platform/VaultKeyStore.h"
 #include "UnlockCore/Storage/OwnerCheck.h"
 #include "UnlockCore/Storage/StorageError.h"
-#include "UnlockCore/Storage/VaultKeyStore.h"
 #include "UnlockCore/Storage/VaultPurpose.h"
 
 #include <cstdint>

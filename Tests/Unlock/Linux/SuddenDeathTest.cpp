@@ -37,7 +37,6 @@ class SuddenDeathTest : public testing::Test, protected FakeComputer {
     }
     /// As another application with the key would find it.
     [[nodiscard]] std::string savedPassword() {
-        LoginKeychainKeyStore keyStore(keychain, LoginKeychainKeyStore::vaultService({}));
         DeviceOwnerCheck check(owner);
         Vault vault(
             keyStore, check, [] { return true; },

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Platform/Keychain.h"
-
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
@@ -11,8 +10,9 @@ namespace marrowby {
 namespace keychainerror {
 
 struct Status {
-    KeychainStatus code = keychainSuccess;
-    /// The system's text for the code; nothing where it has none.
+    /// The system's; 0 where it counts none.
+    std::int32_t code = 0;
+    /// The system's text; nothing where it has none.
     std::optional<std::string> message;
     friend bool operator==(const Status&, const Status&) = default;
 };
@@ -22,7 +22,7 @@ struct UnexpectedData {
 
 }  // namespace keychainerror
 
-/// Why the keychain didn't do what was asked.
+/// Why the store of keys didn't do what was asked.
 struct KeychainError : std::variant<keychainerror::Status, keychainerror::UnexpectedData> {
     using Status = keychainerror::Status;
     using UnexpectedData = keychainerror::UnexpectedData;

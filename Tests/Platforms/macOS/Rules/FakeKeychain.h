@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Platform/Keychain.h"
+#include "Platforms/macOS/Rules/Keychain.h"
 
 #include <cstdint>
 #include <map>
@@ -22,10 +22,6 @@ class FakeKeychain final : public Keychain {
     std::map<Operation, KeychainStatus> failing;
     /// Succeeds without the data that was asked for.
     bool withholdsData = false;
-    /// Says that the item is there, then that it isn't.
-    bool losesData = false;
-    /// Keeps something else than it was given.
-    bool corruptsData = false;
 
     [[nodiscard]] KeychainMatch copyMatching(const KeychainQuery& query) override {
         if (const auto fault = record(Operation::copyMatching)) {
@@ -33,7 +29,7 @@ class FakeKeychain final : public Keychain {
         }
         const auto item = items_.find(name(query));
         const bool wantsData = query.contains(KeychainAttribute::returnData);
-        if (item == items_.end() || (wantsData && losesData)) {
+        if (item == items_.end()) {
             return {.status = keychainItemNotFound, .data = {}};
         }
         if (!wantsData || withholdsData) return {};
@@ -67,9 +63,6 @@ class FakeKeychain final : public Keychain {
         return "User interaction is not allowed.";
     }
 
-    void put(std::string service, std::string account, Bytes bytes) {
-        items_[{std::move(service), std::move(account)}] = std::move(bytes);
-    }
     [[nodiscard]] std::vector<Bytes> items() const {
         std::vector<Bytes> all;
         all.reserve(items_.size());
@@ -86,12 +79,10 @@ class FakeKeychain final : public Keychain {
         return {std::get<std::string>(query.at(KeychainAttribute::service)),
                 std::get<std::string>(query.at(KeychainAttribute::account))};
     }
-    [[nodiscard]] Bytes stored(const KeychainQuery& attributes) const {
+    [[nodiscard]] static Bytes stored(const KeychainQuery& attributes) {
         const auto data =
             std::get<std::span<const std::uint8_t>>(attributes.at(KeychainAttribute::valueData));
-        Bytes bytes(data.begin(), data.end());
-        if (corruptsData) bytes.front() ^= 1;
-        return bytes;
+        return {data.begin(), data.end()};
     }
     /// The fault that the test wants, if any.
     std::optional<KeychainStatus> record(Operation operation) {

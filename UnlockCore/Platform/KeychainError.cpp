@@ -1,4 +1,4 @@
-#include "UnlockCore/Storage/KeychainError.h"
+#include "UnlockCore/Platform/KeychainError.h"
 
 namespace marrowby {
 

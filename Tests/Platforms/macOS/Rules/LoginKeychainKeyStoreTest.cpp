@@ -1,7 +1,9 @@
-#include "Tests/Fakes/VaultBench.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
+#include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
+#include "Tests/Platforms/macOS/Rules/FakeKeychain.h"
 
 #include <algorithm>
+#include <optional>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -10,6 +12,15 @@ namespace marrowby {
 namespace {
 
 using Operation = FakeKeychain::Operation;
+
+std::span<const std::uint8_t> bytesOf(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+template <typename Value>
+std::optional<KeychainError> problemOf(const std::expected<Value, KeychainError>& result) {
+    return result ? std::nullopt : std::optional(result.error());
+}
 
 const std::span<const std::uint8_t> key = bytesOf("key");
 
@@ -43,7 +54,7 @@ TEST(LoginKeychainKeyStore, tellsMissingFromFailed) {
     EXPECT_TRUE(bench.store.deleteKey());
 
     constexpr KeychainStatus notAllowed = -25308;
-    const StorageError failed = KeychainError(
+    const KeychainError failed(
         KeychainError::Status{.code = notAllowed, .message = "User interaction is not allowed."});
     bench.keychain.failing = {{Operation::copyMatching, notAllowed},
                               {Operation::add, notAllowed},
@@ -55,6 +66,11 @@ TEST(LoginKeychainKeyStore, tellsMissingFromFailed) {
     bench.keychain.failing = {{Operation::update, notAllowed}};
     EXPECT_EQ(problemOf(bench.store.saveKey(key)), failed);
     EXPECT_TRUE(bench.keychain.items().empty()) << "a failed update is not followed by an add";
+
+    bench.keychain.failing.clear();
+    EXPECT_TRUE(bench.store.saveKey(key));
+    bench.keychain.withholdsData = true;
+    EXPECT_EQ(problemOf(bench.store.loadKey()), KeychainError(KeychainError::UnexpectedData{}));
 }
 
 }  // namespace

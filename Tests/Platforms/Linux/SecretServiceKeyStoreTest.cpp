@@ -1,7 +1,6 @@
-#include "Platforms/Linux/SecretServiceKeychain.h"
+#include "Platforms/Linux/SecretServiceKeyStore.h"
 #include "Tests/Platforms/Linux/KeyringDaemon.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <QDBusArgument>
 #include <QVariantMap>
@@ -37,12 +36,11 @@ Bytes key(std::uint8_t seed) {
     return bytes;
 }
 
-/// What the whole road of the vault's key says, from the store to the bus.
+/// What the store says.
 struct KeyStore {
-    SecretServiceKeychain keychain;
-    LoginKeychainKeyStore store{keychain, LoginKeychainKeyStore::vaultService(std::nullopt)};
+    SecretServiceKeyStore store;
 
-    explicit KeyStore(std::string address) : keychain(std::move(address)) {}
+    explicit KeyStore(std::string address) : store(std::move(address)) {}
 
     std::string load() {
         const auto loaded = store.loadKey();
@@ -64,7 +62,7 @@ struct KeyStore {
     }
 };
 
-struct SecretServiceKeychainTest : testing::Test {
+struct SecretServiceKeyStoreTest : testing::Test {
     std::unique_ptr<PrivateBus> bus = PrivateBus::start();
     TemporaryFolder home;
 
@@ -79,7 +77,7 @@ struct SecretServiceKeychainTest : testing::Test {
     }
 };
 
-TEST_F(SecretServiceKeychainTest, keepsTheKeyForALaterSession) {
+TEST_F(SecretServiceKeyStoreTest, keepsTheKeyForALaterSession) {
     KeyStore keys(bus->address());
     auto first = daemon(password);
     ASSERT_TRUE(first);
@@ -92,7 +90,7 @@ TEST_F(SecretServiceKeychainTest, keepsTheKeyForALaterSession) {
     EXPECT_EQ(keys.save(2), "saved");
     EXPECT_EQ(keys.load(), "key 2");
 
-    LoginKeychainKeyStore other(keys.keychain, "another service");
+    SecretServiceKeyStore other(bus->address(), {.service = "another service"});
     EXPECT_FALSE(other.hasKey());
 
     first.reset();
@@ -112,7 +110,7 @@ TEST_F(SecretServiceKeychainTest, keepsTheKeyForALaterSession) {
     EXPECT_FALSE(keys.store.hasKey());
 }
 
-TEST_F(SecretServiceKeychainTest, tellsMissingLockedAndAbsentApart) {
+TEST_F(SecretServiceKeyStoreTest, tellsMissingLockedAndAbsentApart) {
     // A key that may well be there is not said to be missing.
     for (const char* address : {"", "unix:path=/nowhere/at/all", "nonsense"}) {
         KeyStore nowhere(address);
@@ -157,7 +155,7 @@ TEST_F(SecretServiceKeychainTest, tellsMissingLockedAndAbsentApart) {
     EXPECT_EQ(keys.load(), "key 1");
 }
 
-TEST_F(SecretServiceKeychainTest, findsABusThatWasRestarted) {
+TEST_F(SecretServiceKeyStoreTest, findsABusThatWasRestarted) {
     KeyStore keys(bus->address());
     auto keyring = daemon(password);
     ASSERT_TRUE(keyring);
@@ -173,7 +171,7 @@ TEST_F(SecretServiceKeychainTest, findsABusThatWasRestarted) {
 }
 
 /// A service of another make: what it says is passed on, and its prompts are turned away.
-TEST_F(SecretServiceKeychainTest, neitherPromptsNorLosesWhatTheServiceSays) {
+TEST_F(SecretServiceKeyStoreTest, neitherPromptsNorLosesWhatTheServiceSays) {
     const char* name = "org.freedesktop.secrets";
     const char* path = "/org/freedesktop/secrets";
     const char* interface = "org.freedesktop.Secret.Service";
@@ -210,7 +208,6 @@ TEST_F(SecretServiceKeychainTest, neitherPromptsNorLosesWhatTheServiceSays) {
     answer("SearchItems", "a{ss}", "aoao",
            "raise dbus.exceptions.DBusException('The disk is on fire.', name='org.example.Fire')");
     EXPECT_EQ(keys.load(), "Keychain: The disk is on fire.");
-    EXPECT_EQ(keys.keychain.message(-61), std::nullopt);
 }
 
 }  // namespace

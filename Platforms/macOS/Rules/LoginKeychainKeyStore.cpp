@@ -1,4 +1,4 @@
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
+#include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
 
 #include <utility>
 

@@ -1,12 +1,11 @@
-#include "Platforms/Linux/SecretServiceKeychain.h"
+#include "Platforms/Linux/SecretServiceKeyStore.h"
 
-#include <algorithm>
-#include <array>
 #include <expected>
 #include <memory>
 #include <span>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <gio/gio.h>
 #include <libsecret/secret.h>
@@ -31,8 +30,14 @@ constexpr unsigned busFlags =
 // A service answers in milliseconds unless it hangs; activation takes a moment.
 constexpr int patienceMilliseconds = 10'000;
 
-constexpr KeychainStatus firstOtherStatus = 100;
-constexpr std::size_t mostOtherTexts = 64;
+constexpr const char* noBus = "There’s no session bus, so no keyring can be reached.";
+constexpr const char* noService =
+    "No Secret Service is running. Install the package gnome-keyring, then log in again.";
+constexpr const char* noKeyring =
+    "There’s no keyring yet. Log in again with your password, or make one in Passwords and Keys "
+    "(package seahorse).";
+constexpr const char* locked = "Your keyring is locked. Unlock it, then try again.";
+constexpr const char* wouldAsk = "Your keyring wants to ask you first. Unlock it, then try again.";
 
 template <auto release>
 struct Releaser {
@@ -79,28 +84,12 @@ class ErrorSlot {
     GError* error_ = nullptr;
 };
 
-std::string text(const KeychainQuery& query, KeychainAttribute attribute) {
-    const auto found = query.find(attribute);
-    if (found == query.end()) return {};
-    const auto* value = std::get_if<std::string>(&found->second);
-    return value != nullptr ? *value : std::string();
-}
-
-std::span<const std::uint8_t> data(const KeychainQuery& query) {
-    const auto found = query.find(KeychainAttribute::valueData);
-    if (found == query.end()) return {};
-    const auto* value = std::get_if<std::span<const std::uint8_t>>(&found->second);
-    return value != nullptr ? *value : std::span<const std::uint8_t>();
-}
-
 /// Floating, as GVariants are until somebody takes them.
-GVariant* attributesOf(const KeychainQuery& query) {
+GVariant* attributesOf(const SecretServiceKeyStore::Item& item) {
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a{ss}"));
-    g_variant_builder_add(&builder, "{ss}", "service",
-                          text(query, KeychainAttribute::service).c_str());
-    g_variant_builder_add(&builder, "{ss}", "account",
-                          text(query, KeychainAttribute::account).c_str());
+    g_variant_builder_add(&builder, "{ss}", "service", item.service.c_str());
+    g_variant_builder_add(&builder, "{ss}", "account", item.account.c_str());
     return g_variant_builder_end(&builder);
 }
 
@@ -144,51 +133,49 @@ std::vector<std::string> pathsIn(const Variant& reply, std::size_t index) {
     return paths;
 }
 
+/// What went wrong, in a sentence for the user.
+using Failure = std::string;
+
+Failure failureOf(const GError* error) {
+    if (error == nullptr) return "The keyring gave no answer.";
+    for (const GDBusError code :
+         {G_DBUS_ERROR_SERVICE_UNKNOWN, G_DBUS_ERROR_NAME_HAS_NO_OWNER,
+          G_DBUS_ERROR_SPAWN_SERVICE_NOT_FOUND, G_DBUS_ERROR_SPAWN_EXEC_FAILED,
+          G_DBUS_ERROR_SPAWN_FAILED, G_DBUS_ERROR_SPAWN_CHILD_EXITED,
+          G_DBUS_ERROR_SPAWN_CHILD_SIGNALED}) {
+        if (g_error_matches(error, G_DBUS_ERROR, code)) return noService;
+    }
+    if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CLOSED)) return noBus;
+    const std::unique_ptr<char, Releaser<g_free>> remote(g_dbus_error_get_remote_error(error));
+    if (remote && std::string_view(remote.get()) == "org.freedesktop.Secret.Error.IsLocked")
+        return locked;
+    const Error copy(g_error_copy(error));
+    g_dbus_error_strip_remote_error(copy.get());
+    return copy->message;
+}
+
+std::unexpected<KeychainError> refusal(Failure failure) {
+    return std::unexpected<KeychainError>(
+        KeychainError::Status{.code = 0, .message = std::move(failure)});
+}
+
 }  // namespace
 
-struct SecretServiceKeychain::Failure {
-    /// 0: only the text says.
-    KeychainStatus status = 0;
-    std::string text;
-
-    static Failure of(const GError* error) {
-        if (error == nullptr) return {.status = 0, .text = "The keyring gave no answer."};
-        for (const GDBusError code :
-             {G_DBUS_ERROR_SERVICE_UNKNOWN, G_DBUS_ERROR_NAME_HAS_NO_OWNER,
-              G_DBUS_ERROR_SPAWN_SERVICE_NOT_FOUND, G_DBUS_ERROR_SPAWN_EXEC_FAILED,
-              G_DBUS_ERROR_SPAWN_FAILED, G_DBUS_ERROR_SPAWN_CHILD_EXITED,
-              G_DBUS_ERROR_SPAWN_CHILD_SIGNALED}) {
-            if (g_error_matches(error, G_DBUS_ERROR, code))
-                return {.status = noService, .text = {}};
-        }
-        if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CLOSED)) {
-            return {.status = noBus, .text = {}};
-        }
-        const std::unique_ptr<char, Releaser<g_free>> remote(g_dbus_error_get_remote_error(error));
-        if (remote && std::string_view(remote.get()) == "org.freedesktop.Secret.Error.IsLocked") {
-            return {.status = locked, .text = {}};
-        }
-        const Error copy(g_error_copy(error));
-        g_dbus_error_strip_remote_error(copy.get());
-        return {.status = 0, .text = copy->message};
-    }
-};
-
 /// One connection to the bus and one session with the service.
-class SecretServiceKeychain::Conversation {
+class SecretServiceKeyStore::Conversation {
   public:
     template <typename T>
     using Result = std::expected<T, Failure>;
 
     static Result<Conversation> begin(const std::string& address) {
-        if (address.empty()) return std::unexpected<Failure>({.status = noBus, .text = {}});
+        if (address.empty()) return std::unexpected<Failure>(noBus);
         Context context = makeContext();
         // A set of flags, as C has them.
         // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange)
         const auto flags = static_cast<GDBusConnectionFlags>(busFlags);
         Object<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
             address.c_str(), flags, nullptr, nullptr, nullptr));
-        if (!connection) return std::unexpected<Failure>({.status = noBus, .text = {}});
+        if (!connection) return std::unexpected<Failure>(noBus);
         return Conversation(std::move(context), std::move(connection));
     }
 
@@ -208,14 +195,14 @@ class SecretServiceKeychain::Conversation {
     };
 
     /// A locked keyring names none or only some of its items, and no error.
-    Result<Items> find(const KeychainQuery& query) {
+    Result<Items> find(const Item& item) {
         const auto keyring = defaultKeyring();
         if (!keyring) return std::unexpected(keyring.error());
         const bool hasKeyring = *keyring != noObject;
         const auto isLocked = hasKeyring ? isKeyringLocked(*keyring) : Result<bool>(false);
         if (!isLocked) return std::unexpected(isLocked.error());
         const auto found = call(servicePath, serviceInterface, "SearchItems",
-                                g_variant_new("(@a{ss})", attributesOf(query)), "(aoao)");
+                                g_variant_new("(@a{ss})", attributesOf(item)), "(aoao)");
         if (!found) return std::unexpected(found.error());
         Items items{.open = pathsIn(*found, 0), .someAreLocked = !pathsIn(*found, 1).empty()};
         if (items.open.empty()) items.someAreLocked |= *isLocked;
@@ -227,7 +214,7 @@ class SecretServiceKeychain::Conversation {
         ErrorSlot error;
         Value value(secret_service_get_secret_for_dbus_path_sync(service_.get(), item.c_str(),
                                                                  nullptr, error));
-        if (!value) return std::unexpected(Failure::of(error.get()));
+        if (!value) return std::unexpected(failureOf(error.get()));
         return value;
     }
 
@@ -239,27 +226,25 @@ class SecretServiceKeychain::Conversation {
         return {};
     }
 
-    Result<void> create(const KeychainQuery& attributes) {
+    Result<void> create(const Item& item, std::span<const std::uint8_t> bytes) {
         const auto keyring = defaultKeyring();
         if (!keyring) return std::unexpected(keyring.error());
-        if (*keyring == noObject)
-            return std::unexpected<Failure>({.status = noKeyring, .text = {}});
+        if (*keyring == noObject) return std::unexpected<Failure>(noKeyring);
         const auto isLocked = isKeyringLocked(*keyring);
         if (!isLocked) return std::unexpected(isLocked.error());
-        if (*isLocked) return std::unexpected<Failure>({.status = locked, .text = {}});
+        if (*isLocked) return std::unexpected<Failure>(locked);
         if (auto begun = ensureSession(); !begun) return begun;
 
         GVariantBuilder properties;
         g_variant_builder_init(&properties, G_VARIANT_TYPE("a{sv}"));
-        g_variant_builder_add(
-            &properties, "{sv}", "org.freedesktop.Secret.Item.Label",
-            g_variant_new_string(text(attributes, KeychainAttribute::label).c_str()));
+        g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Label",
+                              g_variant_new_string("Marrowby Unlock"));
         g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Attributes",
-                              attributesOf(attributes));
+                              attributesOf(item));
         const auto created =
             call(keyring->c_str(), collectionInterface, "CreateItem",
                  g_variant_new("(@a{sv}@(oayays)b)", g_variant_builder_end(&properties),
-                               encoded(data(attributes)), gboolean{false}),
+                               encoded(bytes), gboolean{false}),
                  "(oo)");
         if (!created) return std::unexpected(created.error());
         return refusePrompt(pathIn(*created, 1));
@@ -282,7 +267,7 @@ class SecretServiceKeychain::Conversation {
                                                   method, arguments, G_VARIANT_TYPE(replyType),
                                                   G_DBUS_CALL_FLAGS_NONE, patienceMilliseconds,
                                                   nullptr, error));
-        if (!reply) return std::unexpected(Failure::of(error.get()));
+        if (!reply) return std::unexpected(failureOf(error.get()));
         return reply;
     }
 
@@ -312,7 +297,7 @@ class SecretServiceKeychain::Conversation {
                 "g-default-timeout", patienceMilliseconds, nullptr)));
         }
         if (!service_ || !secret_service_ensure_session_sync(service_.get(), nullptr, error)) {
-            return std::unexpected(Failure::of(error.get()));
+            return std::unexpected(failureOf(error.get()));
         }
         return {};
     }
@@ -324,7 +309,7 @@ class SecretServiceKeychain::Conversation {
     Result<void> refusePrompt(const std::string& prompt) {
         if (prompt == noObject) return {};
         (void)call(prompt.c_str(), promptInterface, "Dismiss", nullptr, "()").has_value();
-        return std::unexpected<Failure>({.status = wouldAsk, .text = {}});
+        return std::unexpected<Failure>(wouldAsk);
     }
 
     // The last to go.
@@ -333,97 +318,59 @@ class SecretServiceKeychain::Conversation {
     Object<SecretService> service_;
 };
 
-KeychainMatch SecretServiceKeychain::copyMatching(const KeychainQuery& query) {
-    const bool wantsData = query.contains(KeychainAttribute::returnData);
-    const auto failed = [&](const Failure& failure) {
-        return KeychainMatch{.status = wantsData ? statusOf(failure) : keychainSuccess, .data = {}};
-    };
+bool SecretServiceKeyStore::hasKey() {
     auto conversation = Conversation::begin(address_);
-    if (!conversation) return failed(conversation.error());
-    const auto items = conversation->find(query);
-    if (!items) return failed(items.error());
-    if (items->open.empty()) {
-        if (items->someAreLocked) return failed({.status = locked, .text = {}});
-        return {.status = keychainItemNotFound, .data = {}};
-    }
-    if (!wantsData) return {};
+    if (!conversation) return true;
+    const auto items = conversation->find(item_);
+    return !items || !items->open.empty() || items->someAreLocked;
+}
 
+std::expected<std::optional<SecretBytes>, KeychainError> SecretServiceKeyStore::loadKey() {
+    auto conversation = Conversation::begin(address_);
+    if (!conversation) return refusal(conversation.error());
+    const auto items = conversation->find(item_);
+    if (!items) return refusal(items.error());
+    if (items->open.empty()) {
+        if (items->someAreLocked) return refusal(locked);
+        return std::nullopt;
+    }
     const auto value = conversation->secret(items->open.front());
-    if (!value) return failed(value.error());
+    if (!value) return refusal(value.error());
     gsize size = 0;
     const char* bytes = secret_value_get(value->get(), &size);
     auto copy = SecretBytes::copyOf({reinterpret_cast<const std::uint8_t*>(bytes), size});
-    if (!copy) return failed({.status = 0, .text = std::string(description(copy.error()))});
-    return {.status = keychainSuccess, .data = std::move(*copy)};
+    if (!copy) return refusal(std::string(description(copy.error())));
+    return *std::move(copy);
 }
 
-KeychainStatus SecretServiceKeychain::update(const KeychainQuery& query,
-                                             const KeychainQuery& attributes) {
+std::expected<void, KeychainError> SecretServiceKeyStore::saveKey(
+    std::span<const std::uint8_t> key) {
     auto conversation = Conversation::begin(address_);
-    if (!conversation) return statusOf(conversation.error());
-    const auto items = conversation->find(query);
-    if (!items) return statusOf(items.error());
+    if (!conversation) return refusal(conversation.error());
+    const auto items = conversation->find(item_);
+    if (!items) return refusal(items.error());
     for (const std::string& item : items->open) {
-        const auto set = conversation->setSecret(item, data(attributes));
-        if (!set) return statusOf(set.error());
+        const auto set = conversation->setSecret(item, key);
+        if (!set) return refusal(set.error());
     }
-    if (items->someAreLocked) return locked;
-    return items->open.empty() ? keychainItemNotFound : keychainSuccess;
+    if (items->someAreLocked) return refusal(locked);
+    if (!items->open.empty()) return {};
+    const auto created = conversation->create(item_, key);
+    if (!created) return refusal(created.error());
+    return {};
 }
 
-KeychainStatus SecretServiceKeychain::add(const KeychainQuery& attributes) {
+std::expected<void, KeychainError> SecretServiceKeyStore::deleteKey() {
     auto conversation = Conversation::begin(address_);
-    if (!conversation) return statusOf(conversation.error());
-    const auto created = conversation->create(attributes);
-    return created ? keychainSuccess : statusOf(created.error());
-}
-
-KeychainStatus SecretServiceKeychain::remove(const KeychainQuery& query) {
-    auto conversation = Conversation::begin(address_);
-    if (!conversation) return statusOf(conversation.error());
-    const auto items = conversation->find(query);
-    if (!items) return statusOf(items.error());
+    if (!conversation) return refusal(conversation.error());
+    const auto items = conversation->find(item_);
+    if (!items) return refusal(items.error());
     for (const std::string& item : items->open) {
         const auto removed = conversation->remove(item);
-        if (!removed) return statusOf(removed.error());
+        if (!removed) return refusal(removed.error());
     }
-    if (items->someAreLocked) return locked;
-    return items->open.empty() ? keychainItemNotFound : keychainSuccess;
-}
-
-std::optional<std::string> SecretServiceKeychain::message(KeychainStatus status) const {
-    switch (status) {
-        case noBus:
-            return "There’s no session bus, so no keyring can be reached.";
-        case noService:
-            return "No Secret Service is running. Install the package gnome-keyring, then log in "
-                   "again.";
-        case noKeyring:
-            return "There’s no keyring yet. Log in again with your password, or make one in "
-                   "Passwords and Keys (package seahorse).";
-        case locked:
-            return "Your keyring is locked. Unlock it, then try again.";
-        case wouldAsk:
-            return "Your keyring wants to ask you first. Unlock it, then try again.";
-        default:
-            break;
-    }
-    const MutexLock lock(mutex_);
-    const auto index = static_cast<std::int64_t>(status) - firstOtherStatus;
-    if (index < 0 || std::cmp_greater_equal(index, otherTexts_.size())) return std::nullopt;
-    return otherTexts_[static_cast<std::size_t>(index)];
-}
-
-KeychainStatus SecretServiceKeychain::statusOf(const Failure& failure) {
-    if (failure.status != 0) return failure.status;
-    const MutexLock lock(mutex_);
-    auto found = std::ranges::find(otherTexts_, failure.text);
-    if (found == otherTexts_.end()) {
-        // Nobody asks for the text of a status so old.
-        if (otherTexts_.size() == mostOtherTexts) otherTexts_.clear();
-        found = otherTexts_.insert(otherTexts_.end(), failure.text);
-    }
-    return firstOtherStatus + static_cast<KeychainStatus>(found - otherTexts_.begin());
+    if (items->someAreLocked) return refusal(locked);
+    return {};
 }
 
 }  // namespace marrowby

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "UnlockCore/Foundation/SecretBytes.h"
-#include "UnlockCore/Storage/KeychainError.h"
+#include "UnlockCore/Platform/KeychainError.h"
 
 #include <cstdint>
 #include <expected>
@@ -14,7 +14,7 @@ namespace marrowby {
 class VaultKeyStore {
   public:
     virtual ~VaultKeyStore() = default;
-    /// Any failure reads as no.
+    /// Where that can’t be found out, either may be said: loading says why.
     [[nodiscard]] virtual bool hasKey() = 0;
     /// Nothing where there is no key.
     [[nodiscard]] virtual std::expected<std::optional<SecretBytes>, KeychainError> loadKey() = 0;

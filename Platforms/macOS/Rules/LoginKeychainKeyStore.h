@@ -1,6 +1,7 @@
 #pragma once
 
-#include "UnlockCore/Storage/VaultKeyStore.h"
+#include "Platforms/macOS/Rules/Keychain.h"
+#include "UnlockCore/Platform/VaultKeyStore.h"
 
 #include <optional>
 #include <string>
@@ -19,6 +20,7 @@ class LoginKeychainKeyStore final : public VaultKeyStore {
     LoginKeychainKeyStore(Keychain& keychain, std::string service,
                           std::string account = vaultAccount);
 
+    /// Any failure reads as no.
     [[nodiscard]] bool hasKey() override;
     [[nodiscard]] std::expected<std::optional<SecretBytes>, KeychainError> loadKey() override;
     [[nodiscard]] std::expected<void, KeychainError> saveKey(
