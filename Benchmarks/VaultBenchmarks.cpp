@@ -33,6 +33,7 @@ class OneKey final : public VaultKeyStore {
 
 class OwnerWhoIsThere final : public OwnerCheck {
   public:
+    [[nodiscard]] std::expected<void, std::string> canConfirm() override { return {}; }
     void confirmOwner(const std::string& /*reason*/, Completion completion) override {
         completion({});
     }

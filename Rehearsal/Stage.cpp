@@ -264,7 +264,7 @@ void Stage::World::startApplication() {
                        .cipher = cipher,
                        .files = files,
                        .keyStore = keyStore,
-                       .ownerAuthentication = owner,
+                       .ownerCheck = owner,
                        .passwordVerifier = account,
                        .defaults = defaults,
                        .keyEvents = keyEvents,

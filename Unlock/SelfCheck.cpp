@@ -3,7 +3,6 @@
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
 
 #include <algorithm>
 #include <array>
@@ -167,10 +166,9 @@ void SelfCheck::checkKeyStore() {
 }
 
 void SelfCheck::checkOwner() {
-    const auto context = services_.ownerAuthentication.makeContext();
-    const auto possible = context->canEvaluate(deviceOwnerAuthentication);
+    const auto possible = services_.ownerCheck.canConfirm();
     say("Owner’s check", possible.has_value(),
-        possible ? "available." : sentence(possible.error().message));
+        possible ? "available." : sentence(possible.error()));
 }
 
 void SelfCheck::checkTyping() {

@@ -7,7 +7,7 @@
 #include "UnlockCore/Platform/KeyboardDevices.h"
 #include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/NeuralModel.h"
-#include "UnlockCore/Platform/OwnerAuthentication.h"
+#include "UnlockCore/Platform/OwnerCheck.h"
 #include "UnlockCore/Platform/VaultKeyStore.h"
 #include "UnlockCore/Platform/WindowServer.h"
 #include "UnlockCore/Recognition/CameraManager.h"
@@ -44,7 +44,7 @@ class SelfCheck {
         /// Of a key beside the vault's.
         VaultKeyStore& trialKeyStore;
         AuthenticatedCipher& cipher;
-        OwnerAuthentication& ownerAuthentication;
+        OwnerCheck& ownerCheck;
         WindowServer& windowServer;
     };
 

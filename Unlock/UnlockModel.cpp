@@ -158,8 +158,7 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
       callbacks_(std::move(callbacks)),
       self_(std::make_shared<UnlockModel*>(this)),
       dataFolder_(AppDataFolder::in(resources_.dataBase, resources_.testTag)),
-      ownerCheck_(platform_.ownerAuthentication),
-      vault_(platform_.keyStore, ownerCheck_,
+      vault_(platform_.keyStore, platform_.ownerCheck,
              [&files = platform_.files, folder = dataFolder_] {
                  return files.exists(folder.facesFile()) || files.exists(folder.passwordFile());
              },

@@ -13,7 +13,6 @@
 #include "UnlockCore/Status/UnlockStatus.h"
 #include "UnlockCore/Storage/AppDataFolder.h"
 #include "UnlockCore/Storage/CredentialStore.h"
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
 #include "UnlockCore/Storage/FaceStore.h"
 #include "UnlockCore/Storage/Vault.h"
 
@@ -171,7 +170,6 @@ class UnlockModel {
     std::shared_ptr<UnlockModel*> self_;
 
     AppDataFolder dataFolder_;
-    DeviceOwnerCheck ownerCheck_;
     Vault vault_;
     FaceStore faceStore_;
     CredentialStore credentialStore_;

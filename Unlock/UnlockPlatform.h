@@ -15,7 +15,7 @@
 #include "UnlockCore/Platform/MacPasswordVerifying.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/NeuralModel.h"
-#include "UnlockCore/Platform/OwnerAuthentication.h"
+#include "UnlockCore/Platform/OwnerCheck.h"
 #include "UnlockCore/Platform/ProcessActivities.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/SystemSettings.h"
@@ -52,7 +52,7 @@ struct UnlockPlatform {
     AuthenticatedCipher& cipher;
     FileSystem& files;
     VaultKeyStore& keyStore;
-    OwnerAuthentication& ownerAuthentication;
+    OwnerCheck& ownerCheck;
     MacPasswordVerifying& passwordVerifier;
     DefaultsStore& defaults;
 

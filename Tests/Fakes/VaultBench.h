@@ -4,9 +4,8 @@
 #include "Tests/Fakes/FakeFileSystem.h"
 #include "Tests/Fakes/FakeKeyStore.h"
 #include "Tests/Fakes/FakeMainThread.h"
-#include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "Tests/Fakes/FakeOwnerCheck.h"
 #include "UnlockCore/Storage/AppDataFolder.h"
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
 #include "UnlockCore/Storage/SealedFile.h"
 #include "UnlockCore/Storage/Vault.h"
 
@@ -23,13 +22,12 @@ struct VaultBench {
     FakeMainThread mainThread;
     std::function<void()> onChange;
     FakeKeyStore keyStore;
-    FakeOwnerAuthentication owner;
+    FakeOwnerCheck owner;
     FakeFileSystem fileSystem;
     OpenSslCipher cipher;
     AppDataFolder folder = AppDataFolder::in("/disk/data", std::nullopt);
     SealedFile facesFile{fileSystem, folder.facesFile(), VaultPurpose::faces};
     SealedFile passwordFile{fileSystem, folder.passwordFile(), VaultPurpose::password};
-    DeviceOwnerCheck ownerCheck{owner};
     std::unique_ptr<Vault> vault = makeVault();
 
     VaultBench() { owner.answer = true; }
@@ -37,7 +35,7 @@ struct VaultBench {
     /// Another one over the same key store, as after a restart.
     [[nodiscard]] std::unique_ptr<Vault> makeVault() {
         return std::make_unique<Vault>(
-            keyStore, ownerCheck, [this] { return facesFile.exists() || passwordFile.exists(); },
+            keyStore, owner, [this] { return facesFile.exists() || passwordFile.exists(); },
             Vault::Services{cipher, mainThread, mainThread, [this] {
                                 if (onChange) onChange();
                             }});

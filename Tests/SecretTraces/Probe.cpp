@@ -6,13 +6,12 @@
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Fakes/FakeMainThread.h"
-#include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "Tests/Fakes/FakeOwnerCheck.h"
 #include "Tests/SecretTraces/Needle.h"
 #include "Tests/SecretTraces/OwnMemory.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 #include "UnlockCore/Storage/AppDataFolder.h"
 #include "UnlockCore/Storage/CredentialStore.h"
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
 #include "UnlockCore/Storage/SealedFile.h"
 
 #include <cstdlib>
@@ -62,15 +61,14 @@ void run(const char* address, const char* home) {
         controlText[i] = static_cast<char>(theControl.at(i));
 
     FakeMainThread mainThread;
-    FakeOwnerAuthentication owner;
+    FakeOwnerCheck owner;
     owner.answer = true;
-    DeviceOwnerCheck ownerCheck(owner);
     PosixFileSystem fileSystem;
     OpenSslCipher cipher;
     SecretServiceKeyStore keyStore(address, {.service = "test.vault"});
     const AppDataFolder folder = AppDataFolder::in(std::filesystem::path(home), std::nullopt);
     const SealedFile file(fileSystem, folder.passwordFile(), VaultPurpose::password);
-    Vault vault(keyStore, ownerCheck, [&] { return file.exists(); },
+    Vault vault(keyStore, owner, [&] { return file.exists(); },
                 {cipher, mainThread, mainThread, {}});
     CredentialStore credentials(file, vault);
     vault.unlock("open it",

@@ -15,7 +15,7 @@
 #include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeNeuralModels.h"
-#include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "Tests/Fakes/FakeOwnerCheck.h"
 #include "Tests/Fakes/FakePasswordVerifier.h"
 #include "Tests/Fakes/FakeProcessActivities.h"
 #include "Tests/Fakes/FakeSystemSettings.h"
@@ -69,7 +69,7 @@ struct FakeComputer {
                 .cipher = cipher,
                 .files = *disk,
                 .keyStore = keyStore,
-                .ownerAuthentication = owner,
+                .ownerCheck = owner,
                 .passwordVerifier = passwordVerifier,
                 .defaults = *store,
                 .keyEvents = keyEvents,
@@ -142,7 +142,7 @@ struct FakeComputer {
     /// What the application keeps its data and its settings in.
     FileSystem* disk = &files;
     FakeKeyStore keyStore;
-    FakeOwnerAuthentication owner;
+    FakeOwnerCheck owner;
     FakePasswordVerifier passwordVerifier;
     FakeDefaultsStore defaults;
     DefaultsStore* store = &defaults;

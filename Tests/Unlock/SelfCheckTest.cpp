@@ -36,7 +36,7 @@ struct SelfCheckTest : testing::Test, FakeComputer {
                                 .pack = resources().models,
                                 .trialKeyStore = keyStore,
                                 .cipher = cipher,
-                                .ownerAuthentication = owner,
+                                .ownerCheck = owner,
                                 .windowServer = windowServer},
             [this](const std::string& line) { lines.push_back(line); },
             [this](bool isAllThere) {
@@ -88,11 +88,7 @@ TEST_F(SelfCheckTest, saysWhatIsMissingAndAsksForNothing) {
         {"NO  Accessibility: not granted.", [this] { keyEvents.trusted = false; }},
         {"NO  Session: there is no session to ask about.", [this] { sessionInWords.reset(); }},
         {"NO  Key store: it gave another key back.", [this] { keyStore.corruptsKey = true; }},
-        {"NO  Owner’s check: No finger.",
-         [this] {
-             owner.unavailable =
-                 OwnerAuthenticationError{.domain = {}, .code = -5, .message = "No finger"};
-         }},
+        {"NO  Owner’s check: No finger.", [this] { owner.unavailable = "No finger"; }},
         {"-   Space above the lock screen: not found, so the island lies where this system lets "
          "it.",
          [this] { windowServer.hasSkyLight = false; }},

@@ -239,8 +239,7 @@ TEST_F(UnlockApplicationTest, keepsTheCapturedFaceUntilTheOwnerAndThePasswordAre
     EXPECT_EQ(windows.page().problem, "That isn’t your Mac password.");
 
     passwordVerifier.verdict = PasswordCheckResult::Correct{};
-    owner.answer = std::unexpected(OwnerAuthenticationError{
-        .domain = OwnerAuthenticationError::authenticationDomain, .code = -2, .message = "gone"});
+    owner.answer = false;
     windows.typeSecret("secret");
     EXPECT_TRUE(press("Continue"));
     EXPECT_EQ(windows.page().problem, "Touch ID was cancelled, so nothing was saved.");

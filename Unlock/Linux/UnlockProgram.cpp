@@ -151,7 +151,7 @@ class World {
              .pack = surroundings_.models(places_.modelFolders()),
              .trialKeyStore = trialKeyStore,
              .cipher = cipher_,
-             .ownerAuthentication = *owner_,
+             .ownerCheck = *ownerCheck_,
              .windowServer = windowServer_},
             [](const std::string& line) { std::cout << line << '\n'
                                                     << std::flush; },
@@ -210,8 +210,7 @@ class World {
     JsonDefaultsStore defaults_{files_, places_.folders.configHome / programName / "settings.json"};
     LinuxSystemSettings systemSettings_{files_, places_.folders.configHome, places_.program};
     SecretServiceKeyStore keyStore_{surroundings_.keyringBus()};
-    const std::unique_ptr<OwnerAuthentication> owner_ =
-        surroundings_.makeOwnerAuthentication(mainThread_);
+    const std::unique_ptr<OwnerCheck> ownerCheck_ = surroundings_.makeOwnerCheck(mainThread_);
     const std::shared_ptr<MacPasswordVerifying> passwordVerifier_ =
         surroundings_.makePasswordVerifier(places_.userName);
 
@@ -258,7 +257,7 @@ std::expected<void, std::string> World::start() {
                        .cipher = cipher_,
                        .files = files_,
                        .keyStore = keyStore_,
-                       .ownerAuthentication = *owner_,
+                       .ownerCheck = *ownerCheck_,
                        .passwordVerifier = *passwordVerifier_,
                        .defaults = defaults_,
                        .keyEvents = *keyEvents_,

@@ -17,6 +17,7 @@
 #include "Platforms/macOS/IOKitKeyboardDevices.h"
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
+#include "Platforms/macOS/Rules/DeviceOwnerCheck.h"
 #include "Platforms/macOS/Rules/LockMonitor.h"
 #include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
 #include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
@@ -77,6 +78,7 @@ class MacApplication {
     /// Of the self-check's own key.
     LoginKeychainKeyStore trialKeyStore_;
     LocalOwnerAuthentication ownerAuthentication_;
+    DeviceOwnerCheck ownerCheck_{ownerAuthentication_};
     OpenDirectoryAccounts accounts_;
     OpenDirectoryPasswordVerifier passwordVerifier_;
     UserDefaultsStore defaults_;

@@ -88,7 +88,7 @@ SelfCheck::Services MacApplication::selfCheckServices() {
             .pack = std::move(own.models),
             .trialKeyStore = trialKeyStore_,
             .cipher = cipher_,
-            .ownerAuthentication = ownerAuthentication_,
+            .ownerCheck = ownerCheck_,
             .windowServer = windowServer_};
 }
 
@@ -114,7 +114,7 @@ UnlockPlatform MacApplication::platform() {
             .cipher = cipher_,
             .files = files_,
             .keyStore = keyStore_,
-            .ownerAuthentication = ownerAuthentication_,
+            .ownerCheck = ownerCheck_,
             .passwordVerifier = passwordVerifier_,
             .defaults = defaults_,
             .keyEvents = keyEvents_,

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <string_view>
 #include <utility>
+#include <variant>
 
 namespace marrowby {
 
@@ -19,6 +20,12 @@ std::string authenticatedText(VaultPurpose purpose) {
 
 std::span<const std::uint8_t> bytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+std::expected<void, StorageError> storageResult(const OwnerCheck::Result& reply) {
+    if (reply) return {};
+    return std::unexpected(
+        std::visit([](const auto& error) { return StorageError(error); }, reply.error()));
 }
 
 AuthenticatedCipher::Key cipherKey(const SecretBytes& key) {
@@ -75,8 +82,9 @@ void Vault::unlock(const std::string& reason, Completion completion) {
     if (!isFirst) return;
     ownerCheck_.confirmOwner(reason,
                              [anchor = anchor_, hasReplied = std::make_shared<std::atomic_flag>()](
-                                 const std::expected<void, StorageError>& reply) {
-                                 if (!hasReplied->test_and_set()) ownerReplied(*anchor, reply);
+                                 const OwnerCheck::Result& reply) {
+                                 if (!hasReplied->test_and_set())
+                                     ownerReplied(*anchor, storageResult(reply));
                              });
 }
 

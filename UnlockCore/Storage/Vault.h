@@ -5,9 +5,9 @@
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/OwnerCheck.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/VaultKeyStore.h"
-#include "UnlockCore/Storage/OwnerCheck.h"
 #include "UnlockCore/Storage/StorageError.h"
 #include "UnlockCore/Storage/VaultPurpose.h"
 

@@ -37,9 +37,8 @@ class SuddenDeathTest : public testing::Test, protected FakeComputer {
     }
     /// As another application with the key would find it.
     [[nodiscard]] std::string savedPassword() {
-        DeviceOwnerCheck check(owner);
         Vault vault(
-            keyStore, check, [] { return true; },
+            keyStore, owner, [] { return true; },
             {.cipher = cipher, .mainThread = mainThread, .clock = mainThread, .didChange = {}});
         vault.unlock("look", [](const auto&) {});
         settle();

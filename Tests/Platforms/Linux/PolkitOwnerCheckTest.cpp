@@ -1,7 +1,7 @@
-#include "Platforms/Linux/PolkitOwnerAuthentication.h"
+#include "Platforms/Linux/PolkitOwnerCheck.h"
 #include "Tests/Platforms/Linux/PrivateBus.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
+#include "UnlockCore/Storage/StorageError.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -11,6 +11,7 @@
 #include <functional>
 #include <optional>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -45,17 +46,17 @@ QVariant result(bool isAuthorized, bool isChallenge, const QMap<QString, QString
     return QVariant::fromValue(argument);
 }
 
-struct PolkitOwnerAuthenticationTest : testing::Test {
+struct PolkitOwnerCheckTest : testing::Test {
     QtLoop loop;
     std::unique_ptr<PrivateBus> bus = PrivateBus::start();
     std::optional<QDBusConnection> service;
     Authority authority;
-    std::optional<PolkitOwnerAuthentication> authentication;
-    std::vector<std::expected<void, StorageError>> outcomes;
+    std::optional<PolkitOwnerCheck> check;
+    std::vector<OwnerCheck::Result> outcomes;
 
     void SetUp() override {
         if (!bus) GTEST_SKIP() << noPrivateBus;
-        authentication.emplace(bus->address());
+        check.emplace(bus->address());
     }
     void TearDown() override { QDBusConnection::disconnectFromBus("authority"); }
 
@@ -67,20 +68,21 @@ struct PolkitOwnerAuthenticationTest : testing::Test {
         ASSERT_TRUE(service->registerService(busName));
     }
     void ask() {
-        DeviceOwnerCheck(*authentication).confirmOwner("open it", [this](const auto& outcome) {
-            outcomes.push_back(outcome);
-        });
+        check->confirmOwner("open it",
+                            [this](const auto& outcome) { outcomes.push_back(outcome); });
     }
     /// The sentence, or "yes".
     std::string answer() {
         if (!loop.runUntil([&] { return !outcomes.empty(); })) return "never";
         EXPECT_EQ(outcomes.size(), 1U);
         const auto outcome = std::exchange(outcomes, {}).front();
-        return outcome ? "yes" : description(outcome.error());
+        if (outcome) return "yes";
+        return std::visit([](const auto& error) { return description(StorageError(error)); },
+                          outcome.error());
     }
 };
 
-TEST_F(PolkitOwnerAuthenticationTest, asksOnceAndSaysWhatCameOfIt) {
+TEST_F(PolkitOwnerCheckTest, asksOnceAndSaysWhatCameOfIt) {
     ASSERT_NO_FATAL_FAILURE(startService());
     const QMap<QString, QString> dismissed{{"polkit.dismissed", "true"}};
     const QString polkitFailed = "org.freedesktop.PolicyKit1.Error.Failed";
@@ -117,20 +119,22 @@ TEST_F(PolkitOwnerAuthenticationTest, asksOnceAndSaysWhatCameOfIt) {
     EXPECT_NE(call.service(), authority.calls.back().service()) << "each has its connection";
 }
 
-TEST_F(PolkitOwnerAuthenticationTest, saysWhatIsMissing) {
+TEST_F(PolkitOwnerCheckTest, saysWhatIsMissing) {
     ask();
     EXPECT_EQ(answer(), "Nothing here can check who you are. Install the package polkitd.");
 
     ASSERT_NO_FATAL_FAILURE(startService());
+    EXPECT_TRUE(check->canConfirm());
     ask();
     ASSERT_TRUE(loop.runUntil([&] { return !authority.calls.empty(); }));
     bus->kill();
     EXPECT_EQ(answer(), "The system bus can’t be reached.");
+    EXPECT_FALSE(check->canConfirm());
     ask();
     EXPECT_EQ(answer(), "macOS can’t check it’s you right now. The system bus can’t be reached.");
 }
 
-TEST_F(PolkitOwnerAuthenticationTest, withdrawsThePromptOfAContextThatGoes) {
+TEST_F(PolkitOwnerCheckTest, withdrawsItsPromptWhenItGoes) {
     ASSERT_NO_FATAL_FAILURE(startService());
     const auto isGone = [&] {
         const QString name = authority.calls.back().service();
@@ -140,19 +144,10 @@ TEST_F(PolkitOwnerAuthenticationTest, withdrawsThePromptOfAContextThatGoes) {
                         .toBool();
         });
     };
-    auto context = authentication->makeContext();
-    std::optional<std::expected<bool, OwnerAuthenticationError>> reply;
-    context->evaluate(2, "", [&](const auto& outcome) { reply = outcome; });
-    ASSERT_TRUE(loop.runUntil([&] { return authority.calls.size() == 1; }));
-    context.reset();
-    EXPECT_TRUE(isGone());
-    ASSERT_TRUE(reply && !*reply);
-    EXPECT_EQ(reply->error().code, PolkitOwnerAuthentication::cancelledByApplication);
-
     ask();
-    ASSERT_TRUE(loop.runUntil([&] { return authority.calls.size() == 2; }));
+    ASSERT_TRUE(loop.runUntil([&] { return authority.calls.size() == 1; }));
     EXPECT_TRUE(outcomes.empty());
-    authentication.reset();
+    check.reset();
     EXPECT_TRUE(isGone());
     EXPECT_EQ(answer(), "Cancelled.");
 }

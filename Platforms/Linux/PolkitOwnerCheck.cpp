@@ -1,4 +1,4 @@
-#include "Platforms/Linux/PolkitOwnerAuthentication.h"
+#include "Platforms/Linux/PolkitOwnerCheck.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -16,27 +16,18 @@ namespace marrowby {
 
 namespace {
 
-using Reply = std::expected<bool, OwnerAuthenticationError>;
-
-/// Biometrics, watch or account password: the one policy there is.
-constexpr std::int64_t deviceOwnerAuthentication = 2;
 constexpr quint32 allowUserInteraction = 1;
 /// To libdbus, never.
 constexpr int noTimeout = std::numeric_limits<int>::max();
 
-std::unexpected<OwnerAuthenticationError> failure(std::int64_t code, std::string message) {
-    return std::unexpected<OwnerAuthenticationError>(
-        {.domain = OwnerAuthenticationError::authenticationDomain,
-         .code = code,
-         .message = std::move(message)});
+constexpr const char* noBus = "The system bus can’t be reached.";
+
+OwnerCheck::Result failure(std::string message) {
+    return std::unexpected(OwnerCheckFailure{std::move(message)});
 }
 
-std::unexpected<OwnerAuthenticationError> noBus() {
-    return failure(0, "The system bus can’t be reached.");
-}
-
-std::unexpected<OwnerAuthenticationError> cancelled(std::int64_t code) {
-    return failure(code, "Cancelled.");
+OwnerCheck::Result cancelled() {
+    return std::unexpected(OwnerCheckError(OwnerCheckError::Cancelled{}));
 }
 
 QString newName() {
@@ -59,39 +50,38 @@ QDBusMessage checkAuthorization(const QString& busName) {
                                        QStringLiteral("CheckAuthorization"));
     // The prompt ends with the connection, so no id is needed to cancel it by.
     message.setArguments({QVariant::fromValue(subject),
-                          QString::fromLatin1(PolkitOwnerAuthentication::action),
+                          QString::fromLatin1(PolkitOwnerCheck::action),
                           QVariant::fromValue(noDetails), allowUserInteraction, QString()});
     return message;
 }
 
-Reply outcomeOfError(const QDBusMessage& message) {
+OwnerCheck::Result outcomeOfError(const QDBusMessage& message) {
     const QString name = message.errorName();
-    if (name == QLatin1String("org.freedesktop.PolicyKit1.Error.Cancelled"))
-        return cancelled(PolkitOwnerAuthentication::cancelledByApplication);
+    if (name == QLatin1String("org.freedesktop.PolicyKit1.Error.Cancelled")) return cancelled();
     if (name == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") ||
         name == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") ||
         name.startsWith(QLatin1String("org.freedesktop.DBus.Error.Spawn."))) {
-        return failure(0, "Nothing here can check who you are. Install the package polkitd.");
+        return failure("Nothing here can check who you are. Install the package polkitd.");
     }
     if (name == QLatin1String("org.freedesktop.DBus.Error.Disconnected") ||
         name == QLatin1String("org.freedesktop.DBus.Error.NoReply")) {
-        return noBus();
+        return failure(noBus);
     }
     const std::string text = message.errorMessage().toStdString();
     if (text.find("is not registered") != std::string::npos) {
-        return failure(0,
-                       "Marrowby Unlock isn’t installed completely: app.quenby.unlock.policy is "
-                       "missing from polkit’s actions.");
+        return failure(
+            "Marrowby Unlock isn’t installed completely: app.quenby.unlock.policy is "
+            "missing from polkit’s actions.");
     }
-    return failure(0, text);
+    return failure(text);
 }
 
 /// https://polkit.pages.freedesktop.org/polkit/eggdbus-interface-org.freedesktop.PolicyKit1.Authority.html
-Reply outcomeOf(const QDBusMessage& message) {
+OwnerCheck::Result outcomeOf(const QDBusMessage& message) {
     if (message.type() == QDBusMessage::ErrorMessage) return outcomeOfError(message);
     const auto result = message.arguments().value(0).value<QDBusArgument>();
     if (result.currentSignature() != QLatin1String("(bba{ss})"))
-        return failure(0, "Polkit gave an answer that makes no sense.");
+        return failure("Polkit gave an answer that makes no sense.");
     bool isAuthorized = false;
     bool isChallenge = false;
     QMap<QString, QString> details;
@@ -99,44 +89,32 @@ Reply outcomeOf(const QDBusMessage& message) {
     result >> isAuthorized >> isChallenge >> details;
     result.endStructure();
 
-    if (isAuthorized) return true;
-    if (details.contains(QStringLiteral("polkit.dismissed")))
-        return cancelled(PolkitOwnerAuthentication::cancelledByUser);
+    if (isAuthorized) return {};
+    if (details.contains(QStringLiteral("polkit.dismissed"))) return cancelled();
     if (isChallenge) {
-        return failure(PolkitOwnerAuthentication::notInteractive,
-                       "No program is running that could ask for your password. Install a polkit "
-                       "agent, such as lxpolkit, and log in again.");
+        return failure(
+            "No program is running that could ask for your password. Install a polkit "
+            "agent, such as lxpolkit, and log in again.");
     }
-    return failure(PolkitOwnerAuthentication::refused, "It wasn’t confirmed that it’s you.");
+    return failure("It wasn’t confirmed that it’s you.");
 }
 
 }  // namespace
 
 /// A connection of its own, whose end ends polkit's prompt.
-class PolkitOwnerAuthentication::Context final : public OwnerAuthenticationContext {
+class PolkitOwnerCheck::Prompt {
   public:
-    explicit Context(const std::string& address)
+    explicit Prompt(const std::string& address)
         : name_(newName()),
           bus_(QDBusConnection::connectToBus(QString::fromStdString(address), name_)) {}
-    Context(const Context&) = delete;
-    Context& operator=(const Context&) = delete;
-    ~Context() override {
-        withdraw();
-        QDBusConnection::disconnectFromBus(name_);
-    }
+    Prompt(const Prompt&) = delete;
+    Prompt& operator=(const Prompt&) = delete;
+    ~Prompt() { QDBusConnection::disconnectFromBus(name_); }
 
-    [[nodiscard]] std::expected<void, OwnerAuthenticationError> canEvaluate(
-        std::int64_t policy) override {
-        if (policy != deviceOwnerAuthentication) return failure(0, "");
-        if (!bus_.isConnected()) return noBus();
-        return {};
-    }
+    [[nodiscard]] bool isConnected() const { return bus_.isConnected(); }
 
-    void evaluate(std::int64_t policy, const std::string& /*reason*/,
-                  std::function<void(Reply)> reply) override {
-        if (const auto possible = canEvaluate(policy); !possible)
-            return reply(std::unexpected(possible.error()));
-        reply_ = std::move(reply);
+    void ask(Completion completion) {
+        completion_ = std::move(completion);
         const auto call = bus_.asyncCall(checkAuthorization(bus_.baseService()), noTimeout);
         watcher_.reset(new QDBusPendingCallWatcher(call));
         QObject::connect(
@@ -145,9 +123,9 @@ class PolkitOwnerAuthentication::Context final : public OwnerAuthenticationConte
     }
 
     void withdraw() {
-        if (!reply_) return;
+        if (!completion_) return;
         QDBusConnection::disconnectFromBus(name_);
-        finish(cancelled(cancelledByApplication));
+        finish(cancelled());
     }
 
   private:
@@ -159,33 +137,42 @@ class PolkitOwnerAuthentication::Context final : public OwnerAuthenticationConte
         }
     };
 
-    /// The reply may hold this context, which then goes with it.
-    void finish(const Reply& outcome) {
+    /// The completion may hold this prompt, which then goes with it.
+    void finish(const Result& outcome) {
         watcher_.reset();
-        const auto reply = std::exchange(reply_, nullptr);
-        reply(outcome);
+        const auto completion = std::exchange(completion_, nullptr);
+        completion(outcome);
     }
 
     const QString name_;
     QDBusConnection bus_;
     std::unique_ptr<QDBusPendingCallWatcher, DeleteLater> watcher_;
-    std::function<void(Reply)> reply_;
+    Completion completion_;
 };
 
-PolkitOwnerAuthentication::PolkitOwnerAuthentication(std::string busAddress)
-    : address_(std::move(busAddress)) {}
+PolkitOwnerCheck::PolkitOwnerCheck(std::string busAddress) : address_(std::move(busAddress)) {}
 
-PolkitOwnerAuthentication::~PolkitOwnerAuthentication() {
-    for (const auto& held : contexts_) {
-        if (const auto context = held.lock()) context->withdraw();
+PolkitOwnerCheck::~PolkitOwnerCheck() {
+    for (const auto& held : prompts_) {
+        if (const auto prompt = held.lock()) prompt->withdraw();
     }
 }
 
-std::shared_ptr<OwnerAuthenticationContext> PolkitOwnerAuthentication::makeContext() {
-    std::erase_if(contexts_, [](const auto& context) { return context.expired(); });
-    auto context = std::make_shared<Context>(address_);
-    contexts_.push_back(context);
-    return context;
+std::expected<void, std::string> PolkitOwnerCheck::canConfirm() {
+    if (Prompt(address_).isConnected()) return {};
+    return std::unexpected(noBus);
+}
+
+void PolkitOwnerCheck::confirmOwner(const std::string& /*reason*/, Completion completion) {
+    const auto prompt = std::make_shared<Prompt>(address_);
+    if (!prompt->isConnected())
+        return completion(std::unexpected(OwnerCheckError(OwnerCheckError::Unavailable{noBus})));
+    std::erase_if(prompts_, [](const auto& other) { return other.expired(); });
+    prompts_.push_back(prompt);
+    // Until the answer only this keeps the prompt.
+    prompt->ask([prompt, completion = std::move(completion)](const Result& outcome) {
+        completion(outcome);
+    });
 }
 
 }  // namespace marrowby

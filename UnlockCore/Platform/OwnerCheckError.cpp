@@ -1,4 +1,4 @@
-#include "UnlockCore/Storage/OwnerCheckError.h"
+#include "UnlockCore/Platform/OwnerCheckError.h"
 
 namespace marrowby {
 

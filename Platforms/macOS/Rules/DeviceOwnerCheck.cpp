@@ -1,4 +1,4 @@
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
+#include "Platforms/macOS/Rules/DeviceOwnerCheck.h"
 
 #include <memory>
 #include <utility>
@@ -17,21 +17,25 @@ bool isCancel(const OwnerAuthenticationError& error) {
     return error.code == userCancel || error.code == systemCancel || error.code == appCancel;
 }
 
-std::expected<void, StorageError> outcome(
-    const std::expected<bool, OwnerAuthenticationError>& reply) {
+OwnerCheck::Result outcome(const std::expected<bool, OwnerAuthenticationError>& reply) {
     if (reply && *reply) return {};
-    if (reply || isCancel(reply.error())) {
-        return std::unexpected<StorageError>(OwnerCheckError(OwnerCheckError::Cancelled{}));
-    }
-    return std::unexpected<StorageError>(reply.error());
+    if (reply || isCancel(reply.error()))
+        return std::unexpected(OwnerCheckError(OwnerCheckError::Cancelled{}));
+    return std::unexpected(OwnerCheckFailure{reply.error().message});
 }
 
 }  // namespace
 
+std::expected<void, std::string> DeviceOwnerCheck::canConfirm() {
+    const auto possible = authentication_.makeContext()->canEvaluate(deviceOwnerAuthentication);
+    if (possible) return {};
+    return std::unexpected(possible.error().message);
+}
+
 void DeviceOwnerCheck::confirmOwner(const std::string& reason, Completion completion) {
     const std::shared_ptr<OwnerAuthenticationContext> context = authentication_.makeContext();
     if (const auto possible = context->canEvaluate(deviceOwnerAuthentication); !possible) {
-        completion(std::unexpected<StorageError>(
+        completion(std::unexpected(
             OwnerCheckError(OwnerCheckError::Unavailable{possible.error().message})));
         return;
     }

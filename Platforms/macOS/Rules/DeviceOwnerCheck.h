@@ -1,7 +1,7 @@
 #pragma once
 
-#include "UnlockCore/Platform/OwnerAuthentication.h"
-#include "UnlockCore/Storage/OwnerCheck.h"
+#include "Platforms/macOS/Rules/OwnerAuthentication.h"
+#include "UnlockCore/Platform/OwnerCheck.h"
 
 #include <cstdint>
 
@@ -15,6 +15,7 @@ class DeviceOwnerCheck final : public OwnerCheck {
   public:
     explicit DeviceOwnerCheck(OwnerAuthentication& authentication)
         : authentication_(authentication) {}
+    [[nodiscard]] std::expected<void, std::string> canConfirm() override;
     void confirmOwner(const std::string& reason, Completion completion) override;
 
   private:
