@@ -253,7 +253,7 @@ void Stage::World::startApplication() {
                        .lockEvents = lockEvents,
                        .lockState = session.lockState(),
                        .inputIdle = session.inputIdle(),
-                       .keyboards = session.keyboards(),
+                       .spaceKeys = session.spaceKeys(),
                        .lookCamera = lookCamera,
                        .enrollmentCamera = enrollmentCamera,
                        .lookVision = *lookVision,

@@ -100,7 +100,7 @@ void SelfCheck::checkPermissions() {
     say("Camera permission", camera == CameraManager::Permission::granted, permissionName(camera));
     const bool isTrusted = services_.keyEvents.isTrusted();
     say("Accessibility", isTrusted, isTrusted ? "granted." : "not granted.");
-    const bool mayWatch = services_.keyboards.hasListenAccess();
+    const bool mayWatch = services_.spaceKeys.hasListenAccess();
     say("Watching keys", mayWatch,
         mayWatch ? "granted." : "not granted, so Space starts nothing; any activity does.",
         Need::optional);

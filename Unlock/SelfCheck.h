@@ -4,10 +4,10 @@
 #include "Unlock/ModelPack.h"
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/KeyEvents.h"
-#include "UnlockCore/Platform/KeyboardDevices.h"
 #include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/NeuralModel.h"
 #include "UnlockCore/Platform/OwnerCheck.h"
+#include "UnlockCore/Platform/SpaceKeys.h"
 #include "UnlockCore/Platform/VaultKeyStore.h"
 #include "UnlockCore/Platform/WindowServer.h"
 #include "UnlockCore/Recognition/CameraManager.h"
@@ -34,7 +34,7 @@ class SelfCheck {
         const LockStateReading& lockState;
         /// What the system says of the session, without a full stop; nothing where there is none.
         std::function<std::optional<std::string>()> sessionInWords;
-        const KeyboardDevices& keyboards;
+        const SpaceKeys& spaceKeys;
         KeyEvents& keyEvents;
         std::shared_ptr<CaptureSession> camera;
         const Imaging& imaging;

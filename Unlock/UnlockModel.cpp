@@ -106,7 +106,7 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
                                           pack.sumOf("realFace"));
               }),
       typer(model.credentialStore_, keyEvents, platform.queues, platform.mainThread),
-      spaceKeys(platform.keyboards, ownKeystrokes),
+      spaceKeys(platform.spaceKeys, ownKeystrokes),
       activity(inputIdle, platform.mainThread, platform.clock),
       clock(platform.clock, platform.mainThread),
       lockScreen(platform.windowServer, platform.lockState),
@@ -239,7 +239,7 @@ void UnlockModel::requestCameraAccess() {
 }
 
 void UnlockModel::requestSpaceKeyAccess() {
-    if (!platform_.keyboards.hasListenAccess()) platform_.keyboards.requestListenAccess();
+    if (!platform_.spaceKeys.hasListenAccess()) platform_.spaceKeys.requestListenAccess();
 }
 
 void UnlockModel::forgetProblem() {
@@ -461,7 +461,7 @@ UnlockReadiness UnlockModel::readiness() const {
             .vaultUnlocked = vault_.isUnlocked(),
             .passwordSaved = credentialStore_.hasPassword(),
             .accessibilityTrusted = platform_.keyEvents.canType(),
-            .spaceKeyAccess = platform_.keyboards.hasListenAccess(),
+            .spaceKeyAccess = platform_.spaceKeys.hasListenAccess(),
             .scan = {.cameraID = settings().builtInDisplayCameraID,
                      .identities = facesToLookFor(),
                      .threshold = threshold(settings().strictness),
@@ -555,7 +555,7 @@ UnlockModel::State UnlockModel::currentState() const {
                  .identities = faceStore_.identities(),
                  .cameraPermission = enrollmentCamera_.permission(),
                  .accessibilityTrusted = platform_.keyEvents.canType(),
-                 .maySpaceKeyBeHeard = platform_.keyboards.hasListenAccess(),
+                 .maySpaceKeyBeHeard = platform_.spaceKeys.hasListenAccess(),
                  .modelsChanged = haveModelsChanged(),
                  .problem = problem_,
                  .settings = settings_};

@@ -9,7 +9,6 @@
 #include "UnlockCore/Platform/Imaging.h"
 #include "UnlockCore/Platform/InputIdle.h"
 #include "UnlockCore/Platform/KeyEvents.h"
-#include "UnlockCore/Platform/KeyboardDevices.h"
 #include "UnlockCore/Platform/LockEventWatching.h"
 #include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/MacPasswordVerifying.h"
@@ -17,6 +16,7 @@
 #include "UnlockCore/Platform/NeuralModel.h"
 #include "UnlockCore/Platform/OwnerCheck.h"
 #include "UnlockCore/Platform/ProcessActivities.h"
+#include "UnlockCore/Platform/SpaceKeys.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/SystemSettings.h"
 #include "UnlockCore/Platform/VaultKeyStore.h"
@@ -37,7 +37,7 @@ struct UnlockPlatform {
     LockEventWatching& lockEvents;
     const LockStateReading& lockState;
     InputIdle& inputIdle;
-    KeyboardDevices& keyboards;
+    SpaceKeys& spaceKeys;
 
     /// One session for the looks and one for enrolment.
     std::shared_ptr<CaptureSession> lookCamera;

@@ -8,6 +8,7 @@
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
 #include "Platforms/macOS/Rules/DeviceOwnerCheck.h"
+#include "Platforms/macOS/Rules/HidSpaceKeys.h"
 #include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
 #include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
 #include "Platforms/macOS/SecurityKeychain.h"
@@ -157,7 +158,8 @@ class MacSpaceKey : public MacServices {
     IOKitKeyboardDevices devices;
     CoreGraphicsInputIdle idle;
     OwnKeystrokes own{idle};
-    std::unique_ptr<SpaceKeyMonitor> monitor = std::make_unique<SpaceKeyMonitor>(devices, own);
+    HidSpaceKeys keys{devices};
+    std::unique_ptr<SpaceKeyMonitor> monitor = std::make_unique<SpaceKeyMonitor>(keys, own);
     int presses = 0;
 };
 

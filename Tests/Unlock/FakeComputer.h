@@ -10,7 +10,6 @@
 #include "Tests/Fakes/FakeInputIdle.h"
 #include "Tests/Fakes/FakeKeyEvents.h"
 #include "Tests/Fakes/FakeKeyStore.h"
-#include "Tests/Fakes/FakeKeyboardDevices.h"
 #include "Tests/Fakes/FakeLockEvents.h"
 #include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
@@ -18,6 +17,7 @@
 #include "Tests/Fakes/FakeOwnerCheck.h"
 #include "Tests/Fakes/FakePasswordVerifier.h"
 #include "Tests/Fakes/FakeProcessActivities.h"
+#include "Tests/Fakes/FakeSpaceKeys.h"
 #include "Tests/Fakes/FakeSystemSettings.h"
 #include "Tests/Fakes/FakeWindowServer.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
@@ -58,7 +58,7 @@ struct FakeComputer {
                 .lockEvents = lockEvents,
                 .lockState = lockState,
                 .inputIdle = inputIdle,
-                .keyboards = keyboards,
+                .spaceKeys = spaceKeys,
                 .lookCamera = lookCamera,
                 .enrollmentCamera = enrollmentCamera,
                 .lookVision = vision,
@@ -130,7 +130,7 @@ struct FakeComputer {
     FakeLockEvents lockEvents;
     FakeLockState lockState;
     FakeInputIdle inputIdle{mainThread};
-    FakeKeyboardDevices keyboards;
+    FakeSpaceKeys spaceKeys;
     std::shared_ptr<FakeCaptureSession> lookCamera = std::make_shared<FakeCaptureSession>();
     std::shared_ptr<FakeCaptureSession> enrollmentCamera = std::make_shared<FakeCaptureSession>();
     FakeFaceVision vision;

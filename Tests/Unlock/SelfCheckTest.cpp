@@ -28,7 +28,7 @@ struct SelfCheckTest : testing::Test, FakeComputer {
                                 .queues = queues,
                                 .lockState = lockState,
                                 .sessionInWords = [this] { return sessionInWords; },
-                                .keyboards = keyboards,
+                                .spaceKeys = spaceKeys,
                                 .keyEvents = keyEvents,
                                 .camera = enrollmentCamera,
                                 .imaging = imaging,

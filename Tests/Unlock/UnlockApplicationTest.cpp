@@ -161,19 +161,19 @@ TEST_F(UnlockApplicationTest, asksForTheKeyboardWhenSpaceIsSwitchedOnAndSaysWher
         });
     };
     setUpAll();
-    keyboards.hasAccess = false;
+    spaceKeys.hasAccess = false;
     reopen();
     EXPECT_FALSE(isSaid());
     EXPECT_TRUE(toggle("When you press Space", true));
-    EXPECT_EQ(keyboards.requests, 1);
+    EXPECT_EQ(spaceKeys.requests, 1);
     EXPECT_TRUE(isSaid());
     EXPECT_TRUE(press("Open Settings…"));
     EXPECT_THAT(systemSettings.opened, ElementsAre(SystemSettings::Pane::inputMonitoring));
-    keyboards.hasAccess = true;
+    spaceKeys.hasAccess = true;
     mainThread.advance(TimeInterval(2));
     EXPECT_FALSE(isSaid());
     EXPECT_TRUE(toggle("When you press Space", false) && toggle("When you press Space", true));
-    EXPECT_EQ(keyboards.requests, 2) << "of the switch and of the button; nothing is left to ask";
+    EXPECT_EQ(spaceKeys.requests, 2) << "of the switch and of the button; nothing is left to ask";
 }
 
 TEST_F(UnlockApplicationTest, isNotSlowedDownFromLockToUnlock) {

@@ -18,6 +18,7 @@
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
 #include "Platforms/macOS/Rules/DeviceOwnerCheck.h"
+#include "Platforms/macOS/Rules/HidSpaceKeys.h"
 #include "Platforms/macOS/Rules/LockMonitor.h"
 #include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
 #include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
@@ -66,6 +67,7 @@ class MacApplication {
     const WindowServerLockState lockState_{loginSession_};
     CoreGraphicsInputIdle inputIdle_;
     IOKitKeyboardDevices keyboards_;
+    HidSpaceKeys spaceKeys_{keyboards_};
     VisionFaceVision lookVision_;
     VisionFaceVision enrollmentVision_;
     CoreMLNeuralModels models_;

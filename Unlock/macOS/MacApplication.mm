@@ -80,7 +80,7 @@ SelfCheck::Services MacApplication::selfCheckServices() {
             .lockState = lockState_,
             .sessionInWords =
                 [this] { return UnlockLockState::inWords(loginSession_.copyCurrentDictionary()); },
-            .keyboards = keyboards_,
+            .spaceKeys = spaceKeys_,
             .keyEvents = keyEvents_,
             .camera = std::make_shared<AVFoundationCaptureSession>(),
             .imaging = imaging_,
@@ -103,7 +103,7 @@ UnlockPlatform MacApplication::platform() {
             .lockEvents = lockMonitor_,
             .lockState = lockState_,
             .inputIdle = inputIdle_,
-            .keyboards = keyboards_,
+            .spaceKeys = spaceKeys_,
             .lookCamera = std::make_shared<AVFoundationCaptureSession>(),
             .enrollmentCamera = std::make_shared<AVFoundationCaptureSession>(),
             .lookVision = lookVision_,

@@ -1,4 +1,4 @@
-#include "UnlockCore/Platform/LoginWindowKeyboard.h"
+#include "Platforms/macOS/Rules/LoginWindowKeyboard.h"
 
 #include <string_view>
 

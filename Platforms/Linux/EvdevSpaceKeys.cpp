@@ -1,4 +1,4 @@
-#include "Platforms/Linux/EvdevKeyboardDevices.h"
+#include "Platforms/Linux/EvdevSpaceKeys.h"
 
 #include <QFileSystemWatcher>
 #include <QSocketNotifier>
@@ -7,14 +7,11 @@
 #include <map>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace marrowby {
 namespace {
 
-constexpr KeyboardDevices::Match keyboards{.usagePage = 1, .usage = 6};
-constexpr std::uint32_t keyPage = 7;
-constexpr std::uint32_t spacebar = 44;
+constexpr std::int32_t keyDown = 1;
 
 bool hasKeyboard(const EvdevDevices& devices) {
     return std::ranges::any_of(
@@ -23,11 +20,11 @@ bool hasKeyboard(const EvdevDevices& devices) {
 
 }  // namespace
 
-class EvdevKeyboardDevices::SpaceKeys final : public Listening {
+class EvdevSpaceKeys::Readers final : public Listening {
   public:
-    SpaceKeys(const std::filesystem::path& folder, const EvdevDevices::Describe& describe,
-              std::function<void(const InputValue&)> onValue)
-        : devices_(folder, describe), onValue_(std::move(onValue)) {
+    Readers(const std::filesystem::path& folder, const EvdevDevices::Describe& describe,
+            std::function<void(Press)> onPress)
+        : devices_(folder, describe), onPress_(std::move(onPress)) {
         watcher_.addPath(QString::fromStdString(folder.string()));
         QObject::connect(&watcher_, &QFileSystemWatcher::directoryChanged, &watcher_,
                          [this] { refresh(); });
@@ -59,47 +56,39 @@ class EvdevKeyboardDevices::SpaceKeys final : public Listening {
     }
 
     void read(const std::string& path, bool isVirtual) {
-        // Its receiver may stop listening, which ends this.
-        std::vector<InputValue> values;
+        int presses = 0;
         const bool isThere = devices_.drain(path, [&](const input_event& event) {
-            if (event.type != EV_KEY || event.code != KEY_SPACE || event.value > 1) return;
-            values.push_back({.usagePage = keyPage,
-                              .usage = spacebar,
-                              .value = event.value,
-                              .isSynthetic = isVirtual});
+            if (event.type == EV_KEY && event.code == KEY_SPACE && event.value == keyDown)
+                ++presses;
         });
         if (!isThere) notifiers_.erase(path);
+        // Its receiver may stop listening, which ends this.
         const std::weak_ptr alive(life_);
-        const auto report = onValue_;
-        for (const auto& value : values) {
-            if (alive.expired()) return;
-            report(value);
-        }
+        const auto report = onPress_;
+        for (; presses > 0 && !alive.expired(); --presses)
+            report({.isSynthetic = isVirtual});
     }
 
     EvdevDevices devices_;
-    const std::function<void(const InputValue&)> onValue_;
+    const std::function<void(Press)> onPress_;
     QFileSystemWatcher watcher_;
     std::map<std::string, std::unique_ptr<QSocketNotifier, DeleteLater>> notifiers_;
     const std::shared_ptr<int> life_ = std::make_shared<int>();
 };
 
-EvdevKeyboardDevices::EvdevKeyboardDevices(std::filesystem::path folder,
-                                           EvdevDevices::Describe describe)
+EvdevSpaceKeys::EvdevSpaceKeys(std::filesystem::path folder, EvdevDevices::Describe describe)
     : describe_(std::move(describe)), devices_(std::move(folder), describe_) {}
 
-bool EvdevKeyboardDevices::hasListenAccess() const {
+bool EvdevSpaceKeys::hasListenAccess() const {
     devices_.prune();
     devices_.refresh();
     return hasKeyboard(devices_);
 }
 
-std::unique_ptr<KeyboardDevices::Listening> EvdevKeyboardDevices::open(
-    Match match, std::function<void(const InputValue&)> onValue) {
-    if (match != keyboards) return nullptr;
-    auto listening = std::make_unique<SpaceKeys>(devices_.folder(), describe_, std::move(onValue));
-    if (!listening->hasKeyboard()) return nullptr;
-    return listening;
+std::unique_ptr<SpaceKeys::Listening> EvdevSpaceKeys::listen(std::function<void(Press)> onPress) {
+    auto readers = std::make_unique<Readers>(devices_.folder(), describe_, std::move(onPress));
+    if (!readers->hasKeyboard()) return nullptr;
+    return readers;
 }
 
 }  // namespace marrowby

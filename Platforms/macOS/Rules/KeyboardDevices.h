@@ -21,8 +21,6 @@ class KeyboardDevices {
         std::uint32_t usagePage = 0;
         std::uint32_t usage = 0;
         std::int64_t value = 0;
-        /// Sent by a program; systems that cannot tell say no.
-        bool isSynthetic = false;
     };
     /// Destroying it ends listening; no callback comes after that.
     class Listening {

@@ -1,4 +1,4 @@
-#include "Platforms/Linux/X11KeyboardDevices.h"
+#include "Platforms/Linux/X11SpaceKeys.h"
 
 #include "Platforms/Linux/XRawKeys.h"
 #include "Platforms/Linux/XcbConnection.h"
@@ -15,10 +15,6 @@
 
 namespace marrowby {
 namespace {
-
-constexpr KeyboardDevices::Match keyboards{.usagePage = 1, .usage = 6};
-constexpr std::uint32_t keyPage = 7;
-constexpr std::uint32_t spacebar = 44;
 
 std::set<xcb_keycode_t> spaceKeycodes(const XcbConnection& connection) {
     const xcb_setup_t& setup = *xcb_get_setup(connection.get());
@@ -41,30 +37,30 @@ std::set<xcb_keycode_t> spaceKeycodes(const XcbConnection& connection) {
 
 }  // namespace
 
-struct X11KeyboardDevices::Display {
+struct X11SpaceKeys::Display {
     std::unique_ptr<XcbConnection> connection;
 };
 
 /// Listens over a connection of its own, which ends with it.
-class X11KeyboardDevices::RawKeys final : public Listening {
+class X11SpaceKeys::RawKeys final : public Listening {
   public:
-    [[nodiscard]] static std::unique_ptr<RawKeys> create(
-        const std::string& displayName, std::function<void(const InputValue&)> onValue) {
+    [[nodiscard]] static std::unique_ptr<RawKeys> create(const std::string& displayName,
+                                                         std::function<void(Press)> onPress) {
         auto opened = XcbConnection::create(displayName);
         if (!opened) return nullptr;
         std::shared_ptr<const XcbConnection> connection = std::move(*opened);
         auto rawKeys = XRawKeys::select(*connection, XRawKeys::Whose::everybodys);
         if (!rawKeys) return nullptr;
         return std::unique_ptr<RawKeys>(
-            new RawKeys(std::move(connection), *std::move(rawKeys), std::move(onValue)));
+            new RawKeys(std::move(connection), *std::move(rawKeys), std::move(onPress)));
     }
 
   private:
     RawKeys(std::shared_ptr<const XcbConnection> connection, XRawKeys rawKeys,
-            std::function<void(const InputValue&)> onValue)
+            std::function<void(Press)> onPress)
         : connection_(std::move(connection)),
           rawKeys_(std::move(rawKeys)),
-          onValue_(std::move(onValue)),
+          onPress_(std::move(onPress)),
           spaceKeycodes_(spaceKeycodes(*connection_)) {
         pump_.emplace(connection_, XcbEventPump::Handlers{
                                        .onEvent = [this](const auto& event) { handle(event); },
@@ -76,13 +72,11 @@ class X11KeyboardDevices::RawKeys final : public Listening {
     void handle(const xcb_generic_event_t& event) {
         if ((event.response_type & 0x7F) == XCB_MAPPING_NOTIFY) mappingIsStale_ = true;
         const auto key = rawKeys_.read(event);
-        if (!key || !spaceKeycodes_.contains(static_cast<xcb_keycode_t>(key->keycode))) return;
+        if (!key || !key->down) return;
+        if (!spaceKeycodes_.contains(static_cast<xcb_keycode_t>(key->keycode))) return;
         // A copy, for its receiver may stop listening.
-        const auto report = onValue_;
-        report({.usagePage = keyPage,
-                .usage = spacebar,
-                .value = key->down ? 1 : 0,
-                .isSynthetic = key->isSynthetic});
+        const auto report = onPress_;
+        report({.isSynthetic = key->isSynthetic});
     }
 
     void refresh() {
@@ -91,37 +85,34 @@ class X11KeyboardDevices::RawKeys final : public Listening {
 
     const std::shared_ptr<const XcbConnection> connection_;
     const XRawKeys rawKeys_;
-    const std::function<void(const InputValue&)> onValue_;
+    const std::function<void(Press)> onPress_;
     std::set<xcb_keycode_t> spaceKeycodes_;
     bool mappingIsStale_ = false;
     std::optional<XcbEventPump> pump_;
 };
 
-std::expected<std::unique_ptr<X11KeyboardDevices>, std::string> X11KeyboardDevices::create(
+std::expected<std::unique_ptr<X11SpaceKeys>, std::string> X11SpaceKeys::create(
     const std::string& displayName) {
     auto connection = XcbConnection::create(displayName);
     if (!connection) return std::unexpected(connection.error());
     if (!XRawKeys::areOffered(**connection)) {
         return std::unexpected("The display “" + displayName + "” doesn’t tell its keys.");
     }
-    return std::unique_ptr<X11KeyboardDevices>(new X11KeyboardDevices(
+    return std::unique_ptr<X11SpaceKeys>(new X11SpaceKeys(
         std::make_unique<const Display>(Display{.connection = std::move(*connection)})));
 }
 
-X11KeyboardDevices::X11KeyboardDevices(std::unique_ptr<const Display> display)
-    : display_(std::move(display)) {}
+X11SpaceKeys::X11SpaceKeys(std::unique_ptr<const Display> display) : display_(std::move(display)) {}
 
-X11KeyboardDevices::~X11KeyboardDevices() = default;
+X11SpaceKeys::~X11SpaceKeys() = default;
 
-bool X11KeyboardDevices::hasListenAccess() const {
+bool X11SpaceKeys::hasListenAccess() const {
     display_->connection->discardEvents();
     return !display_->connection->hasError();
 }
 
-std::unique_ptr<KeyboardDevices::Listening> X11KeyboardDevices::open(
-    Match match, std::function<void(const InputValue&)> onValue) {
-    if (match != keyboards) return nullptr;
-    return RawKeys::create(display_->connection->displayName(), std::move(onValue));
+std::unique_ptr<SpaceKeys::Listening> X11SpaceKeys::listen(std::function<void(Press)> onPress) {
+    return RawKeys::create(display_->connection->displayName(), std::move(onPress));
 }
 
 }  // namespace marrowby
