@@ -99,7 +99,7 @@ struct FakeComputer {
     void see(float yaw, float pitch) {
         mainThread.advance(TimeInterval(0.1));
         vision.removeFaces();
-        vision.addFace({0.3, 0.3, 0.35, 0.45}, {320, 240});
+        vision.addFace({0.3, 0.25, 0.35, 0.45}, {320, 240});
         vision.faces.front().yaw = yaw;
         vision.faces.front().pitch = pitch;
         enrollmentCamera->deliver(std::make_shared<FakeSourceImage>(320, 240));
