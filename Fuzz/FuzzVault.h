@@ -15,8 +15,7 @@ struct FuzzVault : VaultBench {
         std::vector<std::uint8_t> key(AuthenticatedCipher::keySize);
         for (std::size_t i = 0; i < key.size(); ++i)
             key[i] = static_cast<std::uint8_t>(i);
-        keychain.put(LoginKeychainKeyStore::vaultService("app"),
-                     LoginKeychainKeyStore::vaultAccount, key);
+        keyStore.key = key;
         require(unlock() == std::expected<void, StorageError>(), "the vault doesn’t open");
     }
 

@@ -2,7 +2,6 @@
 
 #include "Platforms/Linux/DesktopSession.h"
 #include "Platforms/Linux/JsonDefaultsStore.h"
-#include "Platforms/Linux/LocalNotificationCenter.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
 #include "Platforms/Linux/OpenCvFourierTransform.h"
 #include "Platforms/Linux/OpenCvImaging.h"
@@ -21,7 +20,7 @@
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/PrivateFolder.h"
 #include "Rehearsal/SceneAccount.h"
-#include "Rehearsal/SceneKeychain.h"
+#include "Rehearsal/SceneKeyStore.h"
 #include "Rehearsal/SceneOwner.h"
 #include "Rehearsal/SceneSettings.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
@@ -159,7 +158,6 @@ struct Stage::World {
     Transcript transcript{realClock};
     QtMainThread realMainThread;
     MovedMainThread mainThread{realMainThread, clock};
-    LocalNotificationCenter defaultCenter{mainThread};
     OpenCvImaging imaging;
     OpenCvFourierTransform fourier;
     OpenCvNeuralModels models;
@@ -168,7 +166,7 @@ struct Stage::World {
     OpenSslCipher cipher;
     PosixFileSystem files;
     JsonDefaultsStore defaults{files, data.path() / "settings.json"};
-    SceneKeychain keychain;
+    SceneKeyStore keyStore;
     SceneOwner owner{mainThread};
     SceneAccount account;
     SceneSettings systemSettings;
@@ -252,11 +250,10 @@ void Stage::World::startApplication() {
         UnlockPlatform{.mainThread = mainThread,
                        .clock = clock,
                        .queues = queues,
-                       .defaultCenter = defaultCenter,
                        .lockEvents = lockEvents,
                        .lockState = session.lockState(),
                        .inputIdle = session.inputIdle(),
-                       .keyboards = session.keyboards(),
+                       .spaceKeys = session.spaceKeys(),
                        .lookCamera = lookCamera,
                        .enrollmentCamera = enrollmentCamera,
                        .lookVision = *lookVision,
@@ -266,16 +263,14 @@ void Stage::World::startApplication() {
                        .fourier = fourier,
                        .cipher = cipher,
                        .files = files,
-                       .keychain = keychain,
-                       .ownerAuthentication = owner,
+                       .keyStore = keyStore,
+                       .ownerCheck = owner,
                        .passwordVerifier = account,
                        .defaults = defaults,
                        .keyEvents = keyEvents,
                        .systemSettings = systemSettings,
                        .windowServer = windowServer},
-        UnlockModel::Resources{
-            .dataBase = data.path(), .bundleIdentifier = {}, .testTag = {}, .models = networks},
-        windows,
+        UnlockModel::Resources{.dataBase = data.path(), .testTag = {}, .models = networks}, windows,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { note(line); },
                                  .terminate = [] {}});
     application->didFinishLaunching({.isAtLogin = true, .isVisible = true});

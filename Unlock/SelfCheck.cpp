@@ -3,8 +3,6 @@
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <algorithm>
 #include <array>
@@ -102,7 +100,7 @@ void SelfCheck::checkPermissions() {
     say("Camera permission", camera == CameraManager::Permission::granted, permissionName(camera));
     const bool isTrusted = services_.keyEvents.isTrusted();
     say("Accessibility", isTrusted, isTrusted ? "granted." : "not granted.");
-    const bool mayWatch = services_.keyboards.hasListenAccess();
+    const bool mayWatch = services_.spaceKeys.hasListenAccess();
     say("Watching keys", mayWatch,
         mayWatch ? "granted." : "not granted, so Space starts nothing; any activity does.",
         Need::optional);
@@ -144,8 +142,7 @@ void SelfCheck::checkModels() {
 }
 
 void SelfCheck::checkKeyStore() {
-    LoginKeychainKeyStore store(services_.keychain, services_.keychainService + ".self-check",
-                                "self-check");
+    VaultKeyStore& store = services_.trialKeyStore;
     std::array<std::uint8_t, 32> key{};
     if (!services_.cipher.random(key)) {
         say("Key store", false, "the system has no random numbers.");
@@ -169,10 +166,9 @@ void SelfCheck::checkKeyStore() {
 }
 
 void SelfCheck::checkOwner() {
-    const auto context = services_.ownerAuthentication.makeContext();
-    const auto possible = context->canEvaluate(deviceOwnerAuthentication);
+    const auto possible = services_.ownerCheck.canConfirm();
     say("Owner’s check", possible.has_value(),
-        possible ? "available." : sentence(possible.error().message));
+        possible ? "available." : sentence(possible.error()));
 }
 
 void SelfCheck::checkTyping() {

@@ -4,11 +4,11 @@
 #include "Unlock/ModelPack.h"
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/KeyEvents.h"
-#include "UnlockCore/Platform/KeyboardDevices.h"
-#include "UnlockCore/Platform/Keychain.h"
 #include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/NeuralModel.h"
-#include "UnlockCore/Platform/OwnerAuthentication.h"
+#include "UnlockCore/Platform/OwnerCheck.h"
+#include "UnlockCore/Platform/SpaceKeys.h"
+#include "UnlockCore/Platform/VaultKeyStore.h"
 #include "UnlockCore/Platform/WindowServer.h"
 #include "UnlockCore/Recognition/CameraManager.h"
 
@@ -34,19 +34,18 @@ class SelfCheck {
         const LockStateReading& lockState;
         /// What the system says of the session, without a full stop; nothing where there is none.
         std::function<std::optional<std::string>()> sessionInWords;
-        const KeyboardDevices& keyboards;
+        const SpaceKeys& spaceKeys;
         KeyEvents& keyEvents;
         std::shared_ptr<CaptureSession> camera;
         const Imaging& imaging;
         NeuralModels& models;
         /// Or the sentence why there is none.
         std::expected<ModelPack, std::string> pack;
-        Keychain& keychain;
+        /// Of a key beside the vault's.
+        VaultKeyStore& trialKeyStore;
         AuthenticatedCipher& cipher;
-        OwnerAuthentication& ownerAuthentication;
+        OwnerCheck& ownerCheck;
         WindowServer& windowServer;
-        /// Of the key store's item; the check keeps another one beside it.
-        std::string keychainService;
     };
 
     /// How long the camera may take for its first picture.

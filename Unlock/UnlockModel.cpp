@@ -106,7 +106,7 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
                                           pack.sumOf("realFace"));
               }),
       typer(model.credentialStore_, keyEvents, platform.queues, platform.mainThread),
-      spaceKeys(platform.keyboards, ownKeystrokes),
+      spaceKeys(platform.spaceKeys, ownKeystrokes),
       activity(inputIdle, platform.mainThread, platform.clock),
       clock(platform.clock, platform.mainThread),
       lockScreen(platform.windowServer, platform.lockState),
@@ -156,24 +156,27 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
     : platform_(std::move(platform)),
       resources_(std::move(resources)),
       callbacks_(std::move(callbacks)),
+      self_(std::make_shared<UnlockModel*>(this)),
       dataFolder_(AppDataFolder::in(resources_.dataBase, resources_.testTag)),
-      keyStore_(platform_.keychain,
-                LoginKeychainKeyStore::vaultService(resources_.bundleIdentifier)),
-      ownerCheck_(platform_.ownerAuthentication),
-      vault_(keyStore_, ownerCheck_,
+      vault_(platform_.keyStore, platform_.ownerCheck,
              [&files = platform_.files, folder = dataFolder_] {
                  return files.exists(folder.facesFile()) || files.exists(folder.passwordFile());
              },
              {.cipher = platform_.cipher,
               .mainThread = platform_.mainThread,
               .clock = platform_.clock,
-              .notifications = platform_.defaultCenter}),
+              .didChange =
+                  [weak = std::weak_ptr(self_), &mainThread = platform_.mainThread,
+                   announce = platform_.vaultDidChange] {
+                      if (announce) announce();
+                      mainThread.post([weak] {
+                          if (const auto self = weak.lock()) (*self)->onVaultChanged();
+                      });
+                  }}),
       faceStore_({platform_.files, dataFolder_.facesFile(), VaultPurpose::faces}, vault_,
                  platform_.cipher, platform_.clock),
       credentialStore_({platform_.files, dataFolder_.passwordFile(), VaultPurpose::password},
                        vault_),
-      vaultObserver_(platform_.defaultCenter.observe(Vault::didChangeNotification,
-                                                     [this] { onVaultChanged(); })),
       enrollmentCamera_(platform_.enrollmentCamera,
                         {.queues = platform_.queues,
                          .mainThread = platform_.mainThread,
@@ -183,8 +186,7 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
                         CameraFaceScanner::workingLongEdge),
       autoLocker_(
           vault_, [this] { return length(settings_.autoLock); }, platform_.mainThread,
-          platform_.clock),
-      self_(std::make_shared<UnlockModel*>(this)) {
+          platform_.clock) {
     UnlockSettings::normaliseLivenessMode(platform_.defaults);
     settings_ = UnlockSettings::load(platform_.defaults);
     platform_.keyEvents.vouchFor(settings_.vouchedLockers);
@@ -200,7 +202,7 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
 }
 
 UnlockModel::~UnlockModel() {
-    platform_.defaultCenter.remove(vaultObserver_);
+    self_.reset();
     platform_.lockEvents.stop();
     platform_.lockEvents.onEvent = {};
     platform_.keyEvents.setUnknownLockerHandler({});
@@ -237,7 +239,7 @@ void UnlockModel::requestCameraAccess() {
 }
 
 void UnlockModel::requestSpaceKeyAccess() {
-    if (!platform_.keyboards.hasListenAccess()) platform_.keyboards.requestListenAccess();
+    if (!platform_.spaceKeys.hasListenAccess()) platform_.spaceKeys.requestListenAccess();
 }
 
 void UnlockModel::forgetProblem() {
@@ -459,7 +461,7 @@ UnlockReadiness UnlockModel::readiness() const {
             .vaultUnlocked = vault_.isUnlocked(),
             .passwordSaved = credentialStore_.hasPassword(),
             .accessibilityTrusted = platform_.keyEvents.canType(),
-            .spaceKeyAccess = platform_.keyboards.hasListenAccess(),
+            .spaceKeyAccess = platform_.spaceKeys.hasListenAccess(),
             .scan = {.cameraID = settings().builtInDisplayCameraID,
                      .identities = facesToLookFor(),
                      .threshold = threshold(settings().strictness),
@@ -553,7 +555,7 @@ UnlockModel::State UnlockModel::currentState() const {
                  .identities = faceStore_.identities(),
                  .cameraPermission = enrollmentCamera_.permission(),
                  .accessibilityTrusted = platform_.keyEvents.canType(),
-                 .maySpaceKeyBeHeard = platform_.keyboards.hasListenAccess(),
+                 .maySpaceKeyBeHeard = platform_.spaceKeys.hasListenAccess(),
                  .modelsChanged = haveModelsChanged(),
                  .problem = problem_,
                  .settings = settings_};

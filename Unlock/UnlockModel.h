@@ -13,9 +13,7 @@
 #include "UnlockCore/Status/UnlockStatus.h"
 #include "UnlockCore/Storage/AppDataFolder.h"
 #include "UnlockCore/Storage/CredentialStore.h"
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
 #include "UnlockCore/Storage/FaceStore.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 #include "UnlockCore/Storage/Vault.h"
 
 #include <expected>
@@ -35,7 +33,6 @@ class UnlockModel {
     struct Resources {
         /// The user's folder for application data.
         std::filesystem::path dataBase;
-        std::optional<std::string> bundleIdentifier;
         std::optional<std::string> testTag;
         ModelPack models;
     };
@@ -169,14 +166,13 @@ class UnlockModel {
     UnlockPlatform platform_;
     Resources resources_;
     Callbacks callbacks_;
+    /// Null as soon as this goes.
+    std::shared_ptr<UnlockModel*> self_;
 
     AppDataFolder dataFolder_;
-    LoginKeychainKeyStore keyStore_;
-    DeviceOwnerCheck ownerCheck_;
     Vault vault_;
     FaceStore faceStore_;
     CredentialStore credentialStore_;
-    NotificationCenter::Token vaultObserver_;
     CameraUseRegistry cameraUse_;
     CameraManager enrollmentCamera_;
     UnlockSettings settings_;
@@ -190,7 +186,6 @@ class UnlockModel {
     std::unique_ptr<Engine> engine_;
     /// From a lock to its unlock.
     std::unique_ptr<ProcessActivities::Activity> lockedActivity_;
-    std::shared_ptr<UnlockModel*> self_;
 };
 
 }  // namespace marrowby

@@ -9,21 +9,21 @@
 #include "UnlockCore/Platform/Imaging.h"
 #include "UnlockCore/Platform/InputIdle.h"
 #include "UnlockCore/Platform/KeyEvents.h"
-#include "UnlockCore/Platform/KeyboardDevices.h"
-#include "UnlockCore/Platform/Keychain.h"
 #include "UnlockCore/Platform/LockEventWatching.h"
 #include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/MacPasswordVerifying.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/NeuralModel.h"
-#include "UnlockCore/Platform/NotificationCenter.h"
-#include "UnlockCore/Platform/OwnerAuthentication.h"
+#include "UnlockCore/Platform/OwnerCheck.h"
 #include "UnlockCore/Platform/ProcessActivities.h"
+#include "UnlockCore/Platform/SpaceKeys.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/SystemSettings.h"
+#include "UnlockCore/Platform/VaultKeyStore.h"
 #include "UnlockCore/Platform/WindowServer.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
+#include <functional>
 #include <memory>
 
 namespace marrowby {
@@ -34,12 +34,10 @@ struct UnlockPlatform {
     SystemClock& clock;
     WorkQueues& queues;
 
-    /// The process's own.
-    NotificationCenter& defaultCenter;
     LockEventWatching& lockEvents;
     const LockStateReading& lockState;
     InputIdle& inputIdle;
-    KeyboardDevices& keyboards;
+    SpaceKeys& spaceKeys;
 
     /// One session for the looks and one for enrolment.
     std::shared_ptr<CaptureSession> lookCamera;
@@ -53,8 +51,8 @@ struct UnlockPlatform {
 
     AuthenticatedCipher& cipher;
     FileSystem& files;
-    Keychain& keychain;
-    OwnerAuthentication& ownerAuthentication;
+    VaultKeyStore& keyStore;
+    OwnerCheck& ownerCheck;
     MacPasswordVerifying& passwordVerifier;
     DefaultsStore& defaults;
 
@@ -64,6 +62,9 @@ struct UnlockPlatform {
     WindowServer& windowServer;
     /// Null where the system slows no process down.
     ProcessActivities* activities = nullptr;
+    /// Told of every change of the vault between open and locked, on the thread that made it. May
+    /// be empty.
+    std::function<void()> vaultDidChange{};
 };
 
 }  // namespace marrowby

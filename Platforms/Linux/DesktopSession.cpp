@@ -2,7 +2,7 @@
 
 #include "Platforms/Linux/BusAddress.h"
 #include "Platforms/Linux/EvdevInputIdle.h"
-#include "Platforms/Linux/EvdevKeyboardDevices.h"
+#include "Platforms/Linux/EvdevSpaceKeys.h"
 #include "Platforms/Linux/LinuxLockMonitor.h"
 #include "Platforms/Linux/LogindWatcher.h"
 #include "Platforms/Linux/ScreenSaverWatcher.h"
@@ -26,14 +26,14 @@ struct DesktopSession::Sources {
     Sources(Places places, MainThread& mainThread)
         : display(makeDisplay(std::move(places.display))),
           evdevIdle(places.inputDevices),
-          evdevKeyboards(places.inputDevices),
+          evdevSpaceKeys(places.inputDevices),
           logind(std::move(places.systemBus), mainThread),
           savers(std::move(places.sessionBus)),
           lock(logind, savers, display.get(), mainThread) {}
 
     const std::unique_ptr<X11Display> display;
     EvdevInputIdle evdevIdle;
-    EvdevKeyboardDevices evdevKeyboards;
+    EvdevSpaceKeys evdevSpaceKeys;
     LogindWatcher logind;
     ScreenSaverWatcher savers;
     LinuxLockMonitor lock;
@@ -87,9 +87,9 @@ InputIdle& DesktopSession::inputIdle() {
     return sources_->evdevIdle;
 }
 
-KeyboardDevices& DesktopSession::keyboards() {
+SpaceKeys& DesktopSession::spaceKeys() {
     if (sources_->display) return *sources_->display;
-    return sources_->evdevKeyboards;
+    return sources_->evdevSpaceKeys;
 }
 
 }  // namespace marrowby

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "UnlockCore/Platform/InputIdle.h"
-#include "UnlockCore/Platform/KeyboardDevices.h"
 #include "UnlockCore/Platform/LockEventWatching.h"
 #include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/SpaceKeys.h"
 
 #include <functional>
 #include <memory>
@@ -45,7 +45,7 @@ class DesktopSession {
     [[nodiscard]] LockEventWatching& lockEvents();
     [[nodiscard]] const LockStateReading& lockState() const;
     [[nodiscard]] InputIdle& inputIdle();
-    [[nodiscard]] KeyboardDevices& keyboards();
+    [[nodiscard]] SpaceKeys& spaceKeys();
 
   private:
     struct Sources;

@@ -28,19 +28,12 @@ struct Described {
     std::optional<HeadPose> pose;
 };
 
-/// Points `first` to `last` of the 98, as the service reports them: origin at the bottom-left.
-std::vector<Point> points(const Landmarks98& landmarks, double imageHeight, std::size_t first,
-                          std::size_t last) {
-    std::vector<Point> result;
-    for (std::size_t i = first; i <= last; ++i) {
-        result.push_back({landmarks[i].x, imageHeight - landmarks[i].y});
-    }
-    return result;
-}
-
-FaceLandmarkObservation observation(const Landmarks98& landmarks, double imageHeight) {
+FaceLandmarkObservation observation(const Landmarks98& landmarks) {
     const auto range = [&](std::size_t first, std::size_t last) {
-        return points(landmarks, imageHeight, first, last);
+        std::vector<Point> points;
+        for (std::size_t i = first; i <= last; ++i)
+            points.push_back(landmarks[i]);
+        return points;
     };
     std::vector<Point> median;
     // Down the nose, over both lips to the chin.
@@ -64,8 +57,8 @@ FaceLandmarkObservation observation(const Landmarks98& landmarks, double imageHe
 
 Rect normalized(const Rect& box, const Size& size) {
     const Rect inside = intersection(box, {0, 0, size.width, size.height});
-    return {inside.x / size.width, (size.height - inside.maxY()) / size.height,
-            inside.width / size.width, inside.height / size.height};
+    return {inside.x / size.width, inside.y / size.height, inside.width / size.width,
+            inside.height / size.height};
 }
 
 }  // namespace
@@ -144,7 +137,7 @@ std::expected<FaceDetailObservations, std::string> OpenCvFaceVision::faceDetails
             }
             details.captureQualities.emplace_back(
                 faceQuality(*bgr, described->box, described->score, described->pose));
-            details.landmarks.emplace_back(observation(described->landmarks, image.height()));
+            details.landmarks.emplace_back(observation(described->landmarks));
         }
         return details;
     } catch (const cv::Exception&) {

@@ -2,9 +2,9 @@
 
 #include "Platforms/Linux/UnixTime.h"
 #include "Platforms/Linux/X11InputIdle.h"
-#include "Platforms/Linux/X11KeyboardDevices.h"
 #include "Platforms/Linux/X11LockState.h"
 #include "Platforms/Linux/X11LockWatcher.h"
+#include "Platforms/Linux/X11SpaceKeys.h"
 
 #include <QTimer>
 #include <algorithm>
@@ -19,7 +19,7 @@ namespace marrowby {
 struct X11Display::Parts {
     std::shared_ptr<const LockStateReading> lock;
     std::unique_ptr<X11InputIdle> idle;
-    std::unique_ptr<X11KeyboardDevices> keyboards;
+    std::unique_ptr<X11SpaceKeys> spaceKeys;
     std::unique_ptr<X11LockWatcher> watcher;
 
     [[nodiscard]] static std::expected<std::unique_ptr<Parts>, std::string> create(
@@ -29,20 +29,19 @@ struct X11Display::Parts {
         if (!lock) return std::unexpected(lock.error());
         auto idle = X11InputIdle::create(name);
         if (!idle) return std::unexpected(idle.error());
-        auto keyboards = X11KeyboardDevices::create(name);
-        if (!keyboards) return std::unexpected(keyboards.error());
+        auto spaceKeys = X11SpaceKeys::create(name);
+        if (!spaceKeys) return std::unexpected(spaceKeys.error());
         auto watcher = X11LockWatcher::create(name, std::move(onChange), std::move(onLost));
         if (!watcher) return std::unexpected(watcher.error());
         return std::make_unique<Parts>(Parts{.lock = std::move(*lock),
                                              .idle = std::move(*idle),
-                                             .keyboards = std::move(*keyboards),
+                                             .spaceKeys = std::move(*spaceKeys),
                                              .watcher = std::move(*watcher)});
     }
 };
 
 struct X11Display::Listener {
-    Match match;
-    std::function<void(const InputValue&)> onValue;
+    std::function<void(Press)> onPress;
     std::unique_ptr<Listening> listening;
 };
 
@@ -107,7 +106,7 @@ void X11Display::connect() {
     std::erase_if(listeners_, [](const auto& listener) { return listener.expired(); });
     for (const auto& weak : listeners_) {
         if (const auto listener = weak.lock())
-            listener->listening = parts_->keyboards->open(listener->match, listener->onValue);
+            listener->listening = parts_->spaceKeys->listen(listener->onPress);
     }
     if (!isFirst) callbacks_.onChange();
 }
@@ -149,16 +148,15 @@ TimeInterval X11Display::systemUptime() const {
 }
 
 bool X11Display::hasListenAccess() const {
-    return parts_ && parts_->keyboards->hasListenAccess();
+    return parts_ && parts_->spaceKeys->hasListenAccess();
 }
 
-std::unique_ptr<KeyboardDevices::Listening> X11Display::open(
-    Match match, std::function<void(const InputValue&)> onValue) {
+std::unique_ptr<SpaceKeys::Listening> X11Display::listen(std::function<void(Press)> onPress) {
     if (!parts_) return nullptr;
-    auto listening = parts_->keyboards->open(match, onValue);
+    auto listening = parts_->spaceKeys->listen(onPress);
     if (!listening) return nullptr;
     auto listener = std::make_shared<Listener>(
-        Listener{.match = match, .onValue = std::move(onValue), .listening = std::move(listening)});
+        Listener{.onPress = std::move(onPress), .listening = std::move(listening)});
     std::erase_if(listeners_, [](const auto& other) { return other.expired(); });
     listeners_.push_back(listener);
     return std::make_unique<Handle>(std::move(listener));

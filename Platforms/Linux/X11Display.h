@@ -2,8 +2,8 @@
 
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/Platform/InputIdle.h"
-#include "UnlockCore/Platform/KeyboardDevices.h"
 #include "UnlockCore/Platform/LockStateReading.h"
+#include "UnlockCore/Platform/SpaceKeys.h"
 
 #include <cstdint>
 #include <functional>
@@ -15,10 +15,10 @@
 namespace marrowby {
 
 /// An X display that may come and go, with the lock of the session behind it, its idle time and its
-/// keyboards. While it is away nothing is known of the lock, there is no idle time, and no key is
+/// Space keys. While it is away nothing is known of the lock, there is no idle time, and no key is
 /// heard; who listened goes on when it is back. It is looked for ever more rarely, at last twice a
 /// minute. Main thread, under Qt's event loop; state() and systemUptime() from any.
-class X11Display final : public LockStateReading, public InputIdle, public KeyboardDevices {
+class X11Display final : public LockStateReading, public InputIdle, public SpaceKeys {
   public:
     struct Callbacks {
         /// A locker came or went, or the display did.
@@ -40,8 +40,7 @@ class X11Display final : public LockStateReading, public InputIdle, public Keybo
     [[nodiscard]] std::optional<std::uint64_t> registryIdleNanoseconds() const override;
     [[nodiscard]] TimeInterval systemUptime() const override;
     [[nodiscard]] bool hasListenAccess() const override;
-    [[nodiscard]] std::unique_ptr<Listening> open(
-        Match match, std::function<void(const InputValue&)> onValue) override;
+    [[nodiscard]] std::unique_ptr<Listening> listen(std::function<void(Press)> onPress) override;
 
   private:
     struct Parts;

@@ -2,8 +2,8 @@
 
 #include "Platforms/macOS/CoreFoundationOwner.h"
 #include "Platforms/macOS/FoundationText.h"
+#include "Platforms/macOS/Rules/LoginWindowKeyboard.h"
 #include "UnlockCore/Platform/KeyCodes.h"
-#include "UnlockCore/Platform/LoginWindowKeyboard.h"
 
 #include <thread>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Platform/KeyboardDevices.h"
+#include "Platforms/macOS/Rules/KeyboardDevices.h"
 
 namespace marrowby {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Platform/OwnerAuthentication.h"
+#include "Platforms/macOS/Rules/OwnerAuthentication.h"
 
 namespace marrowby {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Platform/Keychain.h"
+#include "Platforms/macOS/Rules/Keychain.h"
 
 namespace marrowby {
 

@@ -2,6 +2,7 @@
 
 #import "Platforms/macOS/CoreGraphicsBitmap.h"
 #import "Platforms/macOS/FoundationError.h"
+#import "Platforms/macOS/Rules/VisionCorner.h"
 
 #include <algorithm>
 #include <array>
@@ -41,7 +42,7 @@ std::optional<std::string> perform(VNImageRequestHandler* handler, NSArray<VNReq
 }
 
 Rect rect(CGRect box) {
-    return {box.origin.x, box.origin.y, box.size.width, box.size.height};
+    return visioncorner::fromTopLeft({box.origin.x, box.origin.y, box.size.width, box.size.height});
 }
 
 std::optional<float> optionalFloat(NSNumber* number) {
@@ -53,7 +54,7 @@ std::vector<Point> points(VNFaceLandmarkRegion2D* region, CGSize imageSize) {
     const CGPoint* first = [region pointsInImageOfSize:imageSize];
     if (!first) return result;
     for (const CGPoint& point : std::span<const CGPoint>(first, region.pointCount))
-        result.push_back({point.x, point.y});
+        result.push_back(visioncorner::fromTopLeft({point.x, point.y}, imageSize.height));
     return result;
 }
 

@@ -70,8 +70,7 @@ std::shared_ptr<MacPasswordVerifying> StageSurroundings::makePasswordVerifier(
     return account_;
 }
 
-std::unique_ptr<OwnerAuthentication> StageSurroundings::makeOwnerAuthentication(
-    MainThread& mainThread) {
+std::unique_ptr<OwnerCheck> StageSurroundings::makeOwnerCheck(MainThread& mainThread) {
     return std::make_unique<SceneOwner>(mainThread, ownerConfirms_);
 }
 

@@ -36,8 +36,7 @@ class StageSurroundings final : public UnlockSurroundings {
     [[nodiscard]] std::shared_ptr<CaptureSession> makeCamera(const SystemClock& clock) override;
     [[nodiscard]] std::shared_ptr<MacPasswordVerifying> makePasswordVerifier(
         const std::string& userName) override;
-    [[nodiscard]] std::unique_ptr<OwnerAuthentication> makeOwnerAuthentication(
-        MainThread& mainThread) override;
+    [[nodiscard]] std::unique_ptr<OwnerCheck> makeOwnerCheck(MainThread& mainThread) override;
     void didLaunch(UnlockApplication& application) override;
 
   private:

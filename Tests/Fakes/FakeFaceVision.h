@@ -25,7 +25,7 @@ class FakeFaceVision final : public FaceVision {
     std::optional<RectangleRequest> lastRectangleRequest;
 
     /// Adds a face that looks into the camera, with all landmarks that an alignment needs. The box
-    /// is in 0…1 of the picture of this size, origin at the bottom-left.
+    /// is in 0…1 of the picture of this size, origin at the top-left.
     void addFace(const Rect& box, const Size& size) {
         faces.push_back(
             {.normalizedBox = box, .yaw = 0.F, .roll = 0.F, .pitch = 0.F, .handle = nullptr});
@@ -35,10 +35,10 @@ class FakeFaceVision final : public FaceVision {
         };
         details.captureQualities.emplace_back(0.9F);
         details.landmarks.push_back(FaceLandmarkObservation{
-            .regions = {{LandmarkRegion::nose, {at(0.5, 0.45)}},
-                        {LandmarkRegion::outerLips, {at(0.35, 0.25), at(0.65, 0.25)}}},
-            .leftPupil = {at(0.32, 0.65)},
-            .rightPupil = {at(0.68, 0.65)}});
+            .regions = {{LandmarkRegion::nose, {at(0.5, 0.55)}},
+                        {LandmarkRegion::outerLips, {at(0.35, 0.75), at(0.65, 0.75)}}},
+            .leftPupil = {at(0.32, 0.35)},
+            .rightPupil = {at(0.68, 0.35)}});
     }
     void removeFaces() {
         faces.clear();

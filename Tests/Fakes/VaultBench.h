@@ -2,17 +2,15 @@
 
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Tests/Fakes/FakeFileSystem.h"
-#include "Tests/Fakes/FakeKeychain.h"
+#include "Tests/Fakes/FakeKeyStore.h"
 #include "Tests/Fakes/FakeMainThread.h"
-#include "Tests/Fakes/FakeNotificationCenter.h"
-#include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "Tests/Fakes/FakeOwnerCheck.h"
 #include "UnlockCore/Storage/AppDataFolder.h"
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 #include "UnlockCore/Storage/SealedFile.h"
 #include "UnlockCore/Storage/Vault.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -22,16 +20,14 @@ namespace marrowby {
 /// A vault over fakes with a real cipher, and the files it protects. The owner answers yes at once.
 struct VaultBench {
     FakeMainThread mainThread;
-    FakeNotificationCenter notifications;
-    FakeKeychain keychain;
-    FakeOwnerAuthentication owner;
+    std::function<void()> onChange;
+    FakeKeyStore keyStore;
+    FakeOwnerCheck owner;
     FakeFileSystem fileSystem;
     OpenSslCipher cipher;
     AppDataFolder folder = AppDataFolder::in("/disk/data", std::nullopt);
     SealedFile facesFile{fileSystem, folder.facesFile(), VaultPurpose::faces};
     SealedFile passwordFile{fileSystem, folder.passwordFile(), VaultPurpose::password};
-    LoginKeychainKeyStore keyStore{keychain, LoginKeychainKeyStore::vaultService("app")};
-    DeviceOwnerCheck ownerCheck{owner};
     std::unique_ptr<Vault> vault = makeVault();
 
     VaultBench() { owner.answer = true; }
@@ -39,8 +35,10 @@ struct VaultBench {
     /// Another one over the same key store, as after a restart.
     [[nodiscard]] std::unique_ptr<Vault> makeVault() {
         return std::make_unique<Vault>(
-            keyStore, ownerCheck, [this] { return facesFile.exists() || passwordFile.exists(); },
-            Vault::Services{cipher, mainThread, mainThread, notifications});
+            keyStore, owner, [this] { return facesFile.exists() || passwordFile.exists(); },
+            Vault::Services{cipher, mainThread, mainThread, [this] {
+                                if (onChange) onChange();
+                            }});
     }
 
     /// What unlock()'s completion gave; nothing while the owner is being asked.

@@ -7,6 +7,9 @@
 #include "Platforms/macOS/IOKitKeyboardDevices.h"
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
+#include "Platforms/macOS/Rules/DeviceOwnerCheck.h"
+#include "Platforms/macOS/Rules/HidSpaceKeys.h"
+#include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
 #include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
 #include "Platforms/macOS/SecurityKeychain.h"
 #include "Tests/Fakes/VaultBench.h"
@@ -19,8 +22,6 @@
 #include "Tests/MacOnLinux/Security.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <algorithm>
 #include <array>
@@ -157,7 +158,8 @@ class MacSpaceKey : public MacServices {
     IOKitKeyboardDevices devices;
     CoreGraphicsInputIdle idle;
     OwnKeystrokes own{idle};
-    std::unique_ptr<SpaceKeyMonitor> monitor = std::make_unique<SpaceKeyMonitor>(devices, own);
+    HidSpaceKeys keys{devices};
+    std::unique_ptr<SpaceKeyMonitor> monitor = std::make_unique<SpaceKeyMonitor>(keys, own);
     int presses = 0;
 };
 
@@ -287,7 +289,7 @@ TEST_F(MacServices, tellTheOwnersCancelFromOtherErrors) {
     };
     for (const Case& one : cases) {
         @autoreleasepool {
-            std::optional<std::expected<void, StorageError>> outcome;
+            std::optional<OwnerCheck::Result> outcome;
             {
                 LocalOwnerAuthentication authentication;
                 DeviceOwnerCheck(authentication).confirmOwner("unlock", [&](const auto& answer) {
@@ -303,8 +305,9 @@ TEST_F(MacServices, tellTheOwnersCancelFromOtherErrors) {
                                                             : nil);
             ASSERT_TRUE(outcome);
             EXPECT_EQ(outcome->has_value(), one.success);
-            const StorageError cancelled = OwnerCheckError(OwnerCheckError::Cancelled{});
-            EXPECT_EQ(problemOf(*outcome) == cancelled, one.isCancel) << one.code;
+            const OwnerCheck::Result cancelled =
+                std::unexpected(OwnerCheckError(OwnerCheckError::Cancelled{}));
+            EXPECT_EQ(*outcome == cancelled, one.isCancel) << one.code;
         }
         EXPECT_EQ(held(), 0);
     }
@@ -312,7 +315,7 @@ TEST_F(MacServices, tellTheOwnersCancelFromOtherErrors) {
 
 TEST_F(MacServices, passOnWhyTheOwnerCannotBeAsked) {
     LocalOwnerAuthentication authentication;
-    std::vector<std::expected<void, StorageError>> outcomes;
+    std::vector<OwnerCheck::Result> outcomes;
     @autoreleasepool {
         const auto ask = [&](const std::string& reason) {
             DeviceOwnerCheck(authentication).confirmOwner(reason, [&](const auto& outcome) {
@@ -329,14 +332,14 @@ TEST_F(MacServices, passOnWhyTheOwnerCannotBeAsked) {
         ask("unlock");
     }
     ASSERT_EQ(outcomes.size(), 3U);
-    EXPECT_EQ(
-        problemOf(outcomes[0]),
-        StorageError(OwnerAuthenticationError{
-            .domain = "NSInvalidArgumentException", .code = 0, .message = "There is no reason."}));
-    EXPECT_EQ(problemOf(outcomes[1]),
-              StorageError(OwnerCheckError(OwnerCheckError::Unavailable{})));
-    EXPECT_EQ(problemOf(outcomes[2]),
-              StorageError(OwnerCheckError(OwnerCheckError::Unavailable{"No password is set."})));
+    const auto unavailable = [](std::string why) {
+        return OwnerCheck::Result(
+            std::unexpected(OwnerCheckError(OwnerCheckError::Unavailable{std::move(why)})));
+    };
+    EXPECT_EQ(outcomes[0],
+              OwnerCheck::Result(std::unexpected(OwnerCheckFailure{"There is no reason."})));
+    EXPECT_EQ(outcomes[1], unavailable(""));
+    EXPECT_EQ(outcomes[2], unavailable("No password is set."));
 }
 
 TEST_F(MacServices, checkTheAccountsPassword) {

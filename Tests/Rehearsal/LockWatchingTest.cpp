@@ -70,7 +70,7 @@ struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
         foreignIdle = std::make_unique<ForeignInputIdle>(session->inputIdle(), *own);
         activity = std::make_unique<LockScreenActivityMonitor>(*foreignIdle, mainThread, clock);
         activity->onActivity = [this](const InputActivity&) { ++activities; };
-        spaceKeys = std::make_unique<SpaceKeyMonitor>(session->keyboards(), *own);
+        spaceKeys = std::make_unique<SpaceKeyMonitor>(session->spaceKeys(), *own);
         spaceKeys->onSpace = [this] { ++spaces; };
     }
 

@@ -2,19 +2,16 @@
 // wipes a password, and searches its own whole memory each time; says what it finds too much. Ends
 // by abort(), while a password is being typed, so that a core is left.
 
-#include "Platforms/Linux/SecretServiceKeychain.h"
+#include "Platforms/Linux/SecretServiceKeyStore.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Fakes/FakeMainThread.h"
-#include "Tests/Fakes/FakeNotificationCenter.h"
-#include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "Tests/Fakes/FakeOwnerCheck.h"
 #include "Tests/SecretTraces/Needle.h"
 #include "Tests/SecretTraces/OwnMemory.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 #include "UnlockCore/Storage/AppDataFolder.h"
 #include "UnlockCore/Storage/CredentialStore.h"
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 #include "UnlockCore/Storage/SealedFile.h"
 
 #include <cstdlib>
@@ -64,18 +61,15 @@ void run(const char* address, const char* home) {
         controlText[i] = static_cast<char>(theControl.at(i));
 
     FakeMainThread mainThread;
-    FakeNotificationCenter notifications;
-    FakeOwnerAuthentication owner;
+    FakeOwnerCheck owner;
     owner.answer = true;
-    DeviceOwnerCheck ownerCheck(owner);
     PosixFileSystem fileSystem;
     OpenSslCipher cipher;
-    SecretServiceKeychain keychain(address);
-    LoginKeychainKeyStore keyStore(keychain, "test.vault");
+    SecretServiceKeyStore keyStore(address, {.service = "test.vault"});
     const AppDataFolder folder = AppDataFolder::in(std::filesystem::path(home), std::nullopt);
     const SealedFile file(fileSystem, folder.passwordFile(), VaultPurpose::password);
-    Vault vault(keyStore, ownerCheck, [&] { return file.exists(); },
-                {cipher, mainThread, mainThread, notifications});
+    Vault vault(keyStore, owner, [&] { return file.exists(); },
+                {cipher, mainThread, mainThread, {}});
     CredentialStore credentials(file, vault);
     vault.unlock("open it",
                  [](const auto& result) { expect(result.has_value(), "the vault opens"); });

@@ -2,8 +2,8 @@
 // it. With "withdraw", the asking ends by itself after a second.
 
 #include "Platforms/Linux/BusAddress.h"
-#include "Platforms/Linux/PolkitOwnerAuthentication.h"
-#include "UnlockCore/Storage/DeviceOwnerCheck.h"
+#include "Platforms/Linux/PolkitOwnerCheck.h"
+#include "UnlockCore/Storage/StorageError.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -11,21 +11,23 @@
 #include <iostream>
 #include <optional>
 #include <string_view>
+#include <variant>
 
 int main(int argumentCount, char** arguments) {
     using namespace marrowby;
     const QCoreApplication application(argumentCount, arguments);
-    std::optional<PolkitOwnerAuthentication> authentication(busaddress::system());
+    std::optional<PolkitOwnerCheck> check(busaddress::system());
     // Within the loop, which a reply that comes at once ends.
     QTimer::singleShot(0, [&] {
-        DeviceOwnerCheck(*authentication).confirmOwner("open it", [](const auto& outcome) {
-            std::cout << (outcome ? "confirmed" : description(outcome.error())) << '\n'
+        check->confirmOwner("open it", [](const OwnerCheck::Result& outcome) {
+            const auto text = [](const auto& error) { return description(StorageError(error)); };
+            std::cout << (outcome ? "confirmed" : std::visit(text, outcome.error())) << '\n'
                       << std::flush;
             QCoreApplication::quit();
         });
     });
     if (argumentCount > 1 && std::string_view(arguments[1]) == "withdraw") {
-        QTimer::singleShot(std::chrono::seconds(1), [&] { authentication.reset(); });
+        QTimer::singleShot(std::chrono::seconds(1), [&] { check.reset(); });
     }
     return QCoreApplication::exec();
 }

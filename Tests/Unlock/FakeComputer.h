@@ -9,16 +9,15 @@
 #include "Tests/Fakes/FakeImaging.h"
 #include "Tests/Fakes/FakeInputIdle.h"
 #include "Tests/Fakes/FakeKeyEvents.h"
-#include "Tests/Fakes/FakeKeyboardDevices.h"
-#include "Tests/Fakes/FakeKeychain.h"
+#include "Tests/Fakes/FakeKeyStore.h"
 #include "Tests/Fakes/FakeLockEvents.h"
 #include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeNeuralModels.h"
-#include "Tests/Fakes/FakeNotificationCenter.h"
-#include "Tests/Fakes/FakeOwnerAuthentication.h"
+#include "Tests/Fakes/FakeOwnerCheck.h"
 #include "Tests/Fakes/FakePasswordVerifier.h"
 #include "Tests/Fakes/FakeProcessActivities.h"
+#include "Tests/Fakes/FakeSpaceKeys.h"
 #include "Tests/Fakes/FakeSystemSettings.h"
 #include "Tests/Fakes/FakeWindowServer.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
@@ -56,11 +55,10 @@ struct FakeComputer {
         return {.mainThread = mainThread,
                 .clock = mainThread,
                 .queues = queues,
-                .defaultCenter = defaultCenter,
                 .lockEvents = lockEvents,
                 .lockState = lockState,
                 .inputIdle = inputIdle,
-                .keyboards = keyboards,
+                .spaceKeys = spaceKeys,
                 .lookCamera = lookCamera,
                 .enrollmentCamera = enrollmentCamera,
                 .lookVision = vision,
@@ -70,8 +68,8 @@ struct FakeComputer {
                 .fourier = fourier,
                 .cipher = cipher,
                 .files = *disk,
-                .keychain = keychain,
-                .ownerAuthentication = owner,
+                .keyStore = keyStore,
+                .ownerCheck = owner,
                 .passwordVerifier = passwordVerifier,
                 .defaults = *store,
                 .keyEvents = keyEvents,
@@ -82,7 +80,6 @@ struct FakeComputer {
 
     [[nodiscard]] UnlockModel::Resources resources() const {
         return {.dataBase = "/data",
-                .bundleIdentifier = {},
                 .testTag = {},
                 .models = {.folder = MARROWBY_SOURCE_DIR,
                            .name = "test",
@@ -102,7 +99,7 @@ struct FakeComputer {
     void see(float yaw, float pitch) {
         mainThread.advance(TimeInterval(0.1));
         vision.removeFaces();
-        vision.addFace({0.3, 0.3, 0.35, 0.45}, {320, 240});
+        vision.addFace({0.3, 0.25, 0.35, 0.45}, {320, 240});
         vision.faces.front().yaw = yaw;
         vision.faces.front().pitch = pitch;
         enrollmentCamera->deliver(std::make_shared<FakeSourceImage>(320, 240));
@@ -130,11 +127,10 @@ struct FakeComputer {
 
     FakeMainThread mainThread;
     FakeWorkQueues queues;
-    FakeNotificationCenter defaultCenter;
     FakeLockEvents lockEvents;
     FakeLockState lockState;
     FakeInputIdle inputIdle{mainThread};
-    FakeKeyboardDevices keyboards;
+    FakeSpaceKeys spaceKeys;
     std::shared_ptr<FakeCaptureSession> lookCamera = std::make_shared<FakeCaptureSession>();
     std::shared_ptr<FakeCaptureSession> enrollmentCamera = std::make_shared<FakeCaptureSession>();
     FakeFaceVision vision;
@@ -145,8 +141,8 @@ struct FakeComputer {
     FakeFileSystem files;
     /// What the application keeps its data and its settings in.
     FileSystem* disk = &files;
-    FakeKeychain keychain;
-    FakeOwnerAuthentication owner;
+    FakeKeyStore keyStore;
+    FakeOwnerCheck owner;
     FakePasswordVerifier passwordVerifier;
     FakeDefaultsStore defaults;
     DefaultsStore* store = &defaults;

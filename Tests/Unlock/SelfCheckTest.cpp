@@ -28,17 +28,16 @@ struct SelfCheckTest : testing::Test, FakeComputer {
                                 .queues = queues,
                                 .lockState = lockState,
                                 .sessionInWords = [this] { return sessionInWords; },
-                                .keyboards = keyboards,
+                                .spaceKeys = spaceKeys,
                                 .keyEvents = keyEvents,
                                 .camera = enrollmentCamera,
                                 .imaging = imaging,
                                 .models = models,
                                 .pack = resources().models,
-                                .keychain = keychain,
+                                .trialKeyStore = keyStore,
                                 .cipher = cipher,
-                                .ownerAuthentication = owner,
-                                .windowServer = windowServer,
-                                .keychainService = "test"},
+                                .ownerCheck = owner,
+                                .windowServer = windowServer},
             [this](const std::string& line) { lines.push_back(line); },
             [this](bool isAllThere) {
                 ended.push_back(isAllThere);
@@ -75,7 +74,7 @@ TEST_F(SelfCheckTest, saysOneSentenceOfEverythingAndLeavesNothing) {
     EXPECT_FALSE(enrollmentCamera->isRunning());
     EXPECT_TRUE(owner.prompts.empty());
     EXPECT_TRUE(mainThread.timers().empty());
-    EXPECT_FALSE(LoginKeychainKeyStore(keychain, "test.self-check", "self-check").hasKey());
+    EXPECT_FALSE(keyStore.key);
 }
 
 TEST_F(SelfCheckTest, saysWhatIsMissingAndAsksForNothing) {
@@ -88,12 +87,8 @@ TEST_F(SelfCheckTest, saysWhatIsMissingAndAsksForNothing) {
          [this] { enrollmentCamera->camera("desk").isBusy = true; }},
         {"NO  Accessibility: not granted.", [this] { keyEvents.trusted = false; }},
         {"NO  Session: there is no session to ask about.", [this] { sessionInWords.reset(); }},
-        {"NO  Key store: it gave another key back.", [this] { keychain.corruptsData = true; }},
-        {"NO  Owner’s check: No finger.",
-         [this] {
-             owner.unavailable =
-                 OwnerAuthenticationError{.domain = {}, .code = -5, .message = "No finger"};
-         }},
+        {"NO  Key store: it gave another key back.", [this] { keyStore.corruptsKey = true; }},
+        {"NO  Owner’s check: No finger.", [this] { owner.unavailable = "No finger"; }},
         {"-   Space above the lock screen: not found, so the island lies where this system lets "
          "it.",
          [this] { windowServer.hasSkyLight = false; }},

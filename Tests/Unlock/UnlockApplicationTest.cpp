@@ -161,19 +161,19 @@ TEST_F(UnlockApplicationTest, asksForTheKeyboardWhenSpaceIsSwitchedOnAndSaysWher
         });
     };
     setUpAll();
-    keyboards.hasAccess = false;
+    spaceKeys.hasAccess = false;
     reopen();
     EXPECT_FALSE(isSaid());
     EXPECT_TRUE(toggle("When you press Space", true));
-    EXPECT_EQ(keyboards.requests, 1);
+    EXPECT_EQ(spaceKeys.requests, 1);
     EXPECT_TRUE(isSaid());
     EXPECT_TRUE(press("Open Settings…"));
     EXPECT_THAT(systemSettings.opened, ElementsAre(SystemSettings::Pane::inputMonitoring));
-    keyboards.hasAccess = true;
+    spaceKeys.hasAccess = true;
     mainThread.advance(TimeInterval(2));
     EXPECT_FALSE(isSaid());
     EXPECT_TRUE(toggle("When you press Space", false) && toggle("When you press Space", true));
-    EXPECT_EQ(keyboards.requests, 2) << "of the switch and of the button; nothing is left to ask";
+    EXPECT_EQ(spaceKeys.requests, 2) << "of the switch and of the button; nothing is left to ask";
 }
 
 TEST_F(UnlockApplicationTest, isNotSlowedDownFromLockToUnlock) {
@@ -239,8 +239,7 @@ TEST_F(UnlockApplicationTest, keepsTheCapturedFaceUntilTheOwnerAndThePasswordAre
     EXPECT_EQ(windows.page().problem, "That isn’t your Mac password.");
 
     passwordVerifier.verdict = PasswordCheckResult::Correct{};
-    owner.answer = std::unexpected(OwnerAuthenticationError{
-        .domain = OwnerAuthenticationError::authenticationDomain, .code = -2, .message = "gone"});
+    owner.answer = false;
     windows.typeSecret("secret");
     EXPECT_TRUE(press("Continue"));
     EXPECT_EQ(windows.page().problem, "Touch ID was cancelled, so nothing was saved.");
@@ -298,7 +297,7 @@ TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
     EXPECT_TRUE(press("Erase Everything…"));
     EXPECT_TRUE(windows.page().buttons.front().isDefault) << "Return presses Cancel";
     EXPECT_TRUE(press("Erase"));
-    EXPECT_TRUE(files.files().empty() && keychain.items().empty());
+    EXPECT_TRUE(files.files().empty() && !keyStore.key);
     EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Not set up yet");
     EXPECT_TRUE(press("Quit…") && press("Quit"));
     EXPECT_TRUE(terminated);
@@ -321,7 +320,8 @@ TEST_F(UnlockApplicationTest, locksTheVaultOnTimeWhateverElseIsOff) {
         {"a key that couldn’t be erased",
          [this] {
              openVault();
-             keychain.failing[FakeKeychain::Operation::remove] = -25291;
+             keyStore.failing.emplace(FakeKeyStore::Operation::remove,
+                                      KeychainError::Status{.code = -25291, .message = {}});
              application->model().eraseEverything();
          }},
     };

@@ -7,7 +7,6 @@
 #include "Platforms/Linux/JournaldLog.h"
 #include "Platforms/Linux/JsonDefaultsStore.h"
 #include "Platforms/Linux/LinuxSystemSettings.h"
-#include "Platforms/Linux/LocalNotificationCenter.h"
 #include "Platforms/Linux/LogindKernelTyping.h"
 #include "Platforms/Linux/OpenCvFaceVision.h"
 #include "Platforms/Linux/OpenCvFourierTransform.h"
@@ -16,7 +15,7 @@
 #include "Platforms/Linux/ProcessHardening.h"
 #include "Platforms/Linux/ProcessSignals.h"
 #include "Platforms/Linux/QtMainThread.h"
-#include "Platforms/Linux/SecretServiceKeychain.h"
+#include "Platforms/Linux/SecretServiceKeyStore.h"
 #include "Platforms/Linux/SingleInstance.h"
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/UinputKeyEvents.h"
@@ -30,7 +29,6 @@
 #include "Unlock/Linux/QtApplicationWindows.h"
 #include "Unlock/SelfCheck.h"
 #include "Unlock/UnlockApplication.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -136,23 +134,25 @@ class World {
     /// Says what an unlock would find here, and ends with its exit status.
     [[nodiscard]] int selfCheck() {
         session_.start();
+        SecretServiceKeyStore trialKeyStore(
+            surroundings_.keyringBus(),
+            {.service = "app.quenby.unlock.vault.self-check", .account = "self-check"});
         SelfCheck check(
             {.mainThread = mainThread_,
              .clock = clock_,
              .queues = queues_,
              .lockState = session_.lockState(),
              .sessionInWords = [this] { return inWords(session_.lockState().state()); },
-             .keyboards = session_.keyboards(),
+             .spaceKeys = session_.spaceKeys(),
              .keyEvents = *keyEvents_,
              .camera = lookCamera_,
              .imaging = imaging_,
              .models = models_,
              .pack = surroundings_.models(places_.modelFolders()),
-             .keychain = keychain_,
+             .trialKeyStore = trialKeyStore,
              .cipher = cipher_,
-             .ownerAuthentication = *owner_,
-             .windowServer = windowServer_,
-             .keychainService = LoginKeychainKeyStore::vaultService(applicationIdentifier)},
+             .ownerCheck = *ownerCheck_,
+             .windowServer = windowServer_},
             [](const std::string& line) { std::cout << line << '\n'
                                                     << std::flush; },
             [](bool isAllThere) {
@@ -200,7 +200,6 @@ class World {
 
     UnixSystemClock clock_;
     QtMainThread mainThread_;
-    LocalNotificationCenter defaultCenter_{mainThread_};
     OpenCvImaging imaging_;
     OpenCvFourierTransform fourier_;
     OpenCvNeuralModels models_;
@@ -210,9 +209,8 @@ class World {
     PosixFileSystem files_;
     JsonDefaultsStore defaults_{files_, places_.folders.configHome / programName / "settings.json"};
     LinuxSystemSettings systemSettings_{files_, places_.folders.configHome, places_.program};
-    SecretServiceKeychain keychain_{surroundings_.keyringBus()};
-    const std::unique_ptr<OwnerAuthentication> owner_ =
-        surroundings_.makeOwnerAuthentication(mainThread_);
+    SecretServiceKeyStore keyStore_{surroundings_.keyringBus()};
+    const std::unique_ptr<OwnerCheck> ownerCheck_ = surroundings_.makeOwnerCheck(mainThread_);
     const std::shared_ptr<MacPasswordVerifying> passwordVerifier_ =
         surroundings_.makePasswordVerifier(places_.userName);
 
@@ -245,11 +243,10 @@ std::expected<void, std::string> World::start() {
         UnlockPlatform{.mainThread = mainThread_,
                        .clock = clock_,
                        .queues = queues_,
-                       .defaultCenter = defaultCenter_,
                        .lockEvents = session_.lockEvents(),
                        .lockState = session_.lockState(),
                        .inputIdle = session_.inputIdle(),
-                       .keyboards = session_.keyboards(),
+                       .spaceKeys = session_.spaceKeys(),
                        .lookCamera = lookCamera_,
                        .enrollmentCamera = enrollmentCamera_,
                        .lookVision = *lookVision_,
@@ -259,17 +256,15 @@ std::expected<void, std::string> World::start() {
                        .fourier = fourier_,
                        .cipher = cipher_,
                        .files = files_,
-                       .keychain = keychain_,
-                       .ownerAuthentication = *owner_,
+                       .keyStore = keyStore_,
+                       .ownerCheck = *ownerCheck_,
                        .passwordVerifier = *passwordVerifier_,
                        .defaults = defaults_,
                        .keyEvents = *keyEvents_,
                        .systemSettings = systemSettings_,
                        .windowServer = windowServer_},
-        UnlockModel::Resources{.dataBase = places_.folders.dataHome,
-                               .bundleIdentifier = applicationIdentifier,
-                               .testTag = {},
-                               .models = *std::move(pack)},
+        UnlockModel::Resources{
+            .dataBase = places_.folders.dataHome, .testTag = {}, .models = *std::move(pack)},
         windows_,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { log_.write(line); },
                                  .terminate = &World::end});

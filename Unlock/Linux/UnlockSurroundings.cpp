@@ -3,7 +3,7 @@
 #include "Platforms/Linux/BusAddress.h"
 #include "Platforms/Linux/OnnxModelFiles.h"
 #include "Platforms/Linux/PamPasswordVerifier.h"
-#include "Platforms/Linux/PolkitOwnerAuthentication.h"
+#include "Platforms/Linux/PolkitOwnerCheck.h"
 #include "Platforms/Linux/V4l2CaptureSession.h"
 #include "Platforms/Linux/V4l2SystemCalls.h"
 
@@ -39,9 +39,8 @@ std::shared_ptr<MacPasswordVerifying> UnlockSurroundings::makePasswordVerifier(
     return std::make_shared<PamPasswordVerifier>(userName);
 }
 
-std::unique_ptr<OwnerAuthentication> UnlockSurroundings::makeOwnerAuthentication(
-    MainThread& /*mainThread*/) {
-    return std::make_unique<PolkitOwnerAuthentication>(busaddress::system());
+std::unique_ptr<OwnerCheck> UnlockSurroundings::makeOwnerCheck(MainThread& /*mainThread*/) {
+    return std::make_unique<PolkitOwnerCheck>(busaddress::system());
 }
 
 std::string UnlockSurroundings::keyringBus() {

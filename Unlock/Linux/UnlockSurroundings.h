@@ -4,7 +4,7 @@
 #include "UnlockCore/Platform/CaptureSession.h"
 #include "UnlockCore/Platform/MacPasswordVerifying.h"
 #include "UnlockCore/Platform/MainThread.h"
-#include "UnlockCore/Platform/OwnerAuthentication.h"
+#include "UnlockCore/Platform/OwnerCheck.h"
 #include "UnlockCore/Platform/SystemClock.h"
 
 #include <expected>
@@ -31,8 +31,7 @@ class UnlockSurroundings {
     [[nodiscard]] virtual std::shared_ptr<CaptureSession> makeCamera(const SystemClock& clock);
     [[nodiscard]] virtual std::shared_ptr<MacPasswordVerifying> makePasswordVerifier(
         const std::string& userName);
-    [[nodiscard]] virtual std::unique_ptr<OwnerAuthentication> makeOwnerAuthentication(
-        MainThread& mainThread);
+    [[nodiscard]] virtual std::unique_ptr<OwnerCheck> makeOwnerCheck(MainThread& mainThread);
     /// The bus of the keyring’s service; empty where there is none.
     [[nodiscard]] virtual std::string keyringBus();
     /// The application has finished launching.

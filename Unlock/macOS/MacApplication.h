@@ -17,7 +17,10 @@
 #include "Platforms/macOS/IOKitKeyboardDevices.h"
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
+#include "Platforms/macOS/Rules/DeviceOwnerCheck.h"
+#include "Platforms/macOS/Rules/HidSpaceKeys.h"
 #include "Platforms/macOS/Rules/LockMonitor.h"
+#include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
 #include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
 #include "Platforms/macOS/Rules/WindowServerLockState.h"
 #include "Platforms/macOS/RunLoopMainThread.h"
@@ -64,6 +67,7 @@ class MacApplication {
     const WindowServerLockState lockState_{loginSession_};
     CoreGraphicsInputIdle inputIdle_;
     IOKitKeyboardDevices keyboards_;
+    HidSpaceKeys spaceKeys_{keyboards_};
     VisionFaceVision lookVision_;
     VisionFaceVision enrollmentVision_;
     CoreMLNeuralModels models_;
@@ -72,7 +76,11 @@ class MacApplication {
     OpenSslCipher cipher_;
     PosixFileSystem files_;
     SecurityKeychain keychain_;
+    LoginKeychainKeyStore keyStore_;
+    /// Of the self-check's own key.
+    LoginKeychainKeyStore trialKeyStore_;
     LocalOwnerAuthentication ownerAuthentication_;
+    DeviceOwnerCheck ownerCheck_{ownerAuthentication_};
     OpenDirectoryAccounts accounts_;
     OpenDirectoryPasswordVerifier passwordVerifier_;
     UserDefaultsStore defaults_;

@@ -4,7 +4,6 @@
 #include "Unlock/SharedNamespace.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <string>
 #include <utility>
@@ -21,9 +20,16 @@ std::optional<std::string> optionalText(id value) {
     return plainText(value);
 }
 
+/// A notification of this process’s own centre.
+constexpr const char* vaultDidChange = "app.quenby.unlock.vault.didChange";
+
 os_log_t systemLog() {
     static const os_log_t log = os_log_create("app.quenby.unlock", "engine");
     return log;
+}
+
+std::string vaultService() {
+    return LoginKeychainKeyStore::vaultService(optionalText(NSBundle.mainBundle.bundleIdentifier));
 }
 
 UnlockModel::Resources resources() {
@@ -38,7 +44,6 @@ UnlockModel::Resources resources() {
     if (const auto name = sharedNamespace(chosen, testTag))
         os_log(systemLog(), "The namespace is %{public}s.", name->c_str());
     return {.dataBase = plainText(support),
-            .bundleIdentifier = optionalText(bundle.bundleIdentifier),
             .testTag = testTag,
             .models = {.folder = plainText(bundle.resourcePath),
                        .name = "standard",
@@ -50,7 +55,9 @@ UnlockModel::Resources resources() {
 }  // namespace
 
 MacApplication::MacApplication()
-    : passwordVerifier_(accounts_, plainText(NSUserName())),
+    : keyStore_(keychain_, vaultService()),
+      trialKeyStore_(keychain_, vaultService() + ".self-check", "self-check"),
+      passwordVerifier_(accounts_, plainText(NSUserName())),
       application_(
           platform(), resources(), windows_,
           {.log = [](const std::string& line) { os_log(systemLog(), "%{public}s", line.c_str()); },
@@ -73,17 +80,16 @@ SelfCheck::Services MacApplication::selfCheckServices() {
             .lockState = lockState_,
             .sessionInWords =
                 [this] { return UnlockLockState::inWords(loginSession_.copyCurrentDictionary()); },
-            .keyboards = keyboards_,
+            .spaceKeys = spaceKeys_,
             .keyEvents = keyEvents_,
             .camera = std::make_shared<AVFoundationCaptureSession>(),
             .imaging = imaging_,
             .models = models_,
             .pack = std::move(own.models),
-            .keychain = keychain_,
+            .trialKeyStore = trialKeyStore_,
             .cipher = cipher_,
-            .ownerAuthentication = ownerAuthentication_,
-            .windowServer = windowServer_,
-            .keychainService = LoginKeychainKeyStore::vaultService(own.bundleIdentifier)};
+            .ownerCheck = ownerCheck_,
+            .windowServer = windowServer_};
 }
 
 bool MacApplication::isVisible() const {
@@ -94,11 +100,10 @@ UnlockPlatform MacApplication::platform() {
     return {.mainThread = mainThread_,
             .clock = clock_,
             .queues = queues_,
-            .defaultCenter = *localCenter_,
             .lockEvents = lockMonitor_,
             .lockState = lockState_,
             .inputIdle = inputIdle_,
-            .keyboards = keyboards_,
+            .spaceKeys = spaceKeys_,
             .lookCamera = std::make_shared<AVFoundationCaptureSession>(),
             .enrollmentCamera = std::make_shared<AVFoundationCaptureSession>(),
             .lookVision = lookVision_,
@@ -108,14 +113,15 @@ UnlockPlatform MacApplication::platform() {
             .fourier = fourier_,
             .cipher = cipher_,
             .files = files_,
-            .keychain = keychain_,
-            .ownerAuthentication = ownerAuthentication_,
+            .keyStore = keyStore_,
+            .ownerCheck = ownerCheck_,
             .passwordVerifier = passwordVerifier_,
             .defaults = defaults_,
             .keyEvents = keyEvents_,
             .systemSettings = systemSettings_,
             .windowServer = windowServer_,
-            .activities = &activities_};
+            .activities = &activities_,
+            .vaultDidChange = [this] { localCenter_->post(vaultDidChange); }};
 }
 
 }  // namespace marrowby

@@ -39,8 +39,7 @@ std::expected<std::optional<Observation>, std::string> detect(const Bitmap& imag
     const double height = image.height();
     std::optional<Rect> largest;
     for (const Rect& box : *boxes) {
-        const Rect inPixels{box.x * width, (1 - box.y) * height - box.height * height,
-                            box.width * width, box.height * height};
+        const Rect inPixels{box.x * width, box.y * height, box.width * width, box.height * height};
         if (!largest || inPixels.area() > largest->area()) largest = inPixels;
     }
     if (!largest) return std::nullopt;

@@ -2,7 +2,7 @@
 
 #include "UnlockCore/LockWatching/OwnKeystrokes.h"
 #include "UnlockCore/LockWatching/SpaceKeyListening.h"
-#include "UnlockCore/Platform/KeyboardDevices.h"
+#include "UnlockCore/Platform/SpaceKeys.h"
 
 #include <functional>
 #include <memory>
@@ -10,27 +10,26 @@
 namespace marrowby {
 
 /// Reports presses of the Space key on any keyboard, but not those of this process's own typing,
-/// while it is started. Main thread. The devices and the keystrokes outlive it.
+/// while it is started. Main thread. The keys and the keystrokes outlive it.
 class SpaceKeyMonitor final : public SpaceKeyListening {
   public:
-    SpaceKeyMonitor(KeyboardDevices& devices, const OwnKeystrokes& own)
-        : devices_(devices), own_(own) {}
+    SpaceKeyMonitor(SpaceKeys& keys, const OwnKeystrokes& own) : keys_(keys), own_(own) {}
 
     /// May stop or destroy the monitor.
     std::function<void()> onSpace;
 
-    [[nodiscard]] bool hasAccess() const override { return devices_.hasListenAccess(); }
+    [[nodiscard]] bool hasAccess() const override { return keys_.hasListenAccess(); }
     [[nodiscard]] bool isListening() const { return listening_ != nullptr; }
     /// Keyboards that cannot be opened leave it not listening; a later start tries again.
     void start() override;
     void stop() override { listening_.reset(); }
 
   private:
-    void handle(const KeyboardDevices::InputValue& value) const;
+    void handle(SpaceKeys::Press press) const;
 
-    KeyboardDevices& devices_;
+    SpaceKeys& keys_;
     const OwnKeystrokes& own_;
-    std::unique_ptr<KeyboardDevices::Listening> listening_;
+    std::unique_ptr<SpaceKeys::Listening> listening_;
 };
 
 }  // namespace marrowby

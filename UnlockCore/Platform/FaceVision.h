@@ -16,7 +16,7 @@ namespace marrowby {
 
 /// A face's rectangle as the finder reports it.
 struct FaceRectangleObservation {
-    /// 0…1 of the image, origin at the bottom-left.
+    /// 0…1 of the image, origin at the top-left.
     Rect normalizedBox;
     /// Radians; yaw positive to the person's left, pitch negative up.
     std::optional<float> yaw;
@@ -26,7 +26,7 @@ struct FaceRectangleObservation {
     std::shared_ptr<const void> handle;
 };
 
-/// Points in image pixels with the origin at the bottom-left, as the service converts them.
+/// Points in image pixels, origin at the top-left.
 struct FaceLandmarkObservation {
     std::map<LandmarkRegion, std::vector<Point>> regions;
     std::vector<Point> leftPupil;
@@ -71,7 +71,7 @@ class FaceVision {
         const Bitmap& image, std::span<const FaceRectangleObservation> faces) = 0;
 
     /// The boxes around rectangles seen in perspective, such as a phone or a sheet of paper: 0…1 of
-    /// the image, origin at the bottom-left.
+    /// the image, origin at the top-left.
     [[nodiscard]] virtual std::expected<std::vector<Rect>, std::string> rectangles(
         const Bitmap& image, const RectangleRequest& request) = 0;
 };

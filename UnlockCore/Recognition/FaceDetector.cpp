@@ -9,19 +9,13 @@ namespace marrowby {
 
 namespace {
 
-std::vector<Point> fromTopLeft(std::vector<Point> points, double height) {
-    for (Point& point : points)
-        point.y = height - point.y;
-    return points;
-}
-
-FaceLandmarks landmarks(const FaceLandmarkObservation& observation, double height) {
+FaceLandmarks landmarks(const FaceLandmarkObservation& observation) {
     FaceLandmarks result;
     for (const auto& [region, points] : observation.regions) {
-        if (!points.empty()) result.regions.emplace(region, fromTopLeft(points, height));
+        if (!points.empty()) result.regions.emplace(region, points);
     }
-    result.leftPupil = meanPoint(fromTopLeft(observation.leftPupil, height));
-    result.rightPupil = meanPoint(fromTopLeft(observation.rightPupil, height));
+    result.leftPupil = meanPoint(observation.leftPupil);
+    result.rightPupil = meanPoint(observation.rightPupil);
     return result;
 }
 
@@ -40,8 +34,7 @@ std::expected<std::vector<DetectedFace>, std::string> FaceDetector::detect(
     for (std::size_t i = 0; i < rectangles->size(); ++i) {
         const FaceRectangleObservation& rectangle = (*rectangles)[i];
         const Rect& box = rectangle.normalizedBox;
-        DetectedFace face{.boundingBox = {box.x * size.width,
-                                          (1 - box.y) * size.height - box.height * size.height,
+        DetectedFace face{.boundingBox = {box.x * size.width, box.y * size.height,
                                           box.width * size.width, box.height * size.height},
                           .normalizedBoundingBox = box,
                           .quality = std::nullopt,
@@ -53,7 +46,7 @@ std::expected<std::vector<DetectedFace>, std::string> FaceDetector::detect(
         if (i < details->captureQualities.size()) face.quality = details->captureQualities[i];
         if (i < details->landmarks.size()) {
             const auto& observation = details->landmarks[i];
-            if (observation) face.landmarks = landmarks(*observation, size.height);
+            if (observation) face.landmarks = landmarks(*observation);
         }
         faces.push_back(std::move(face));
     }

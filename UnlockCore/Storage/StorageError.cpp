@@ -6,7 +6,7 @@ namespace {
 
 struct Description {
     // The system's own errors bring their localized text with them.
-    std::string operator()(const OwnerAuthenticationError& error) const { return error.message; }
+    std::string operator()(const OwnerCheckFailure& error) const { return error.message; }
     std::string operator()(const FileError& error) const { return error.message; }
     template <typename Error>
     std::string operator()(const Error& error) const {

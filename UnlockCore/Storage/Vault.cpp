@@ -5,6 +5,7 @@
 #include <atomic>
 #include <string_view>
 #include <utility>
+#include <variant>
 
 namespace marrowby {
 
@@ -19,6 +20,12 @@ std::string authenticatedText(VaultPurpose purpose) {
 
 std::span<const std::uint8_t> bytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+std::expected<void, StorageError> storageResult(const OwnerCheck::Result& reply) {
+    if (reply) return {};
+    return std::unexpected(
+        std::visit([](const auto& error) { return StorageError(error); }, reply.error()));
 }
 
 AuthenticatedCipher::Key cipherKey(const SecretBytes& key) {
@@ -37,7 +44,7 @@ Vault::Vault(VaultKeyStore& keyStore, OwnerCheck& ownerCheck,
     : keyStore_(keyStore),
       ownerCheck_(ownerCheck),
       hasEncryptedData_(std::move(hasEncryptedData)),
-      services_(services),
+      services_(std::move(services)),
       anchor_(std::make_shared<Anchor>()) {
     const MutexLock lock(anchor_->mutex);
     anchor_->vault = this;
@@ -75,8 +82,9 @@ void Vault::unlock(const std::string& reason, Completion completion) {
     if (!isFirst) return;
     ownerCheck_.confirmOwner(reason,
                              [anchor = anchor_, hasReplied = std::make_shared<std::atomic_flag>()](
-                                 const std::expected<void, StorageError>& reply) {
-                                 if (!hasReplied->test_and_set()) ownerReplied(*anchor, reply);
+                                 const OwnerCheck::Result& reply) {
+                                 if (!hasReplied->test_and_set())
+                                     ownerReplied(*anchor, storageResult(reply));
                              });
 }
 
@@ -90,7 +98,7 @@ void Vault::ownerReplied(Anchor& anchor, const std::expected<void, StorageError>
         finished = anchor.vault->finishUnlocking(reply);
     }
     // From here on the vault may be gone.
-    if (finished.hasChanged) services->notifications.post(didChangeNotification);
+    if (finished.hasChanged && services->didChange) services->didChange();
     services->mainThread.post(
         [result = std::move(finished.result), waiting = std::move(finished.waiting)] {
             for (const Completion& completion : waiting)
@@ -152,7 +160,7 @@ void Vault::lock() {
         const MutexLock lock(mutex_);
         hasChanged = install(nullptr, now);
     }
-    if (hasChanged) services_.notifications.post(didChangeNotification);
+    if (hasChanged && services_.didChange) services_.didChange();
 }
 
 bool Vault::install(Key key, Date now) {

@@ -5,11 +5,10 @@
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/MainThread.h"
-#include "UnlockCore/Platform/NotificationCenter.h"
+#include "UnlockCore/Platform/OwnerCheck.h"
 #include "UnlockCore/Platform/SystemClock.h"
-#include "UnlockCore/Storage/OwnerCheck.h"
+#include "UnlockCore/Platform/VaultKeyStore.h"
 #include "UnlockCore/Storage/StorageError.h"
-#include "UnlockCore/Storage/VaultKeyStore.h"
 #include "UnlockCore/Storage/VaultPurpose.h"
 
 #include <cstdint>
@@ -27,16 +26,15 @@ namespace marrowby {
 /// Any thread where nothing else is said. What it is made of outlives it.
 class Vault {
   public:
-    /// Posted after every change between open and locked, on the thread that made it.
-    static constexpr const char* didChangeNotification = "app.quenby.unlock.vault.didChange";
-
     using Completion = std::function<void(std::expected<void, StorageError>)>;
 
     struct Services {
         AuthenticatedCipher& cipher;
         MainThread& mainThread;
         SystemClock& clock;
-        NotificationCenter& notifications;
+        /// Called after every change between open and locked, on the thread that made it. May be
+        /// empty.
+        std::function<void()> didChange;
     };
 
     /// Starts locked. `hasEncryptedData` tells whether any sealed file exists; any thread.

@@ -48,7 +48,7 @@ TEST(VisionFaceVision, findsARectangleAndNoFaceInThePlaceWhereItIs) {
     ASSERT_TRUE(boxes) << boxes.error();
     ASSERT_FALSE(boxes->empty());
     EXPECT_NEAR(boxes->front().x, 0.25, 0.02);
-    EXPECT_NEAR(boxes->front().y, 0.5, 0.02) << "counted from the bottom";
+    EXPECT_NEAR(boxes->front().y, 0.25, 0.02) << "counted from the top";
     EXPECT_NEAR(boxes->front().width, 0.25, 0.02);
 }
 

@@ -10,10 +10,10 @@
 #include "Platforms/macOS/FoundationNotificationCenter.h"
 #include "Platforms/macOS/FoundationSystemClock.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
+#include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
 #include "Platforms/macOS/RunLoopMainThread.h"
 #include "Platforms/macOS/SecurityKeychain.h"
 #include "Platforms/macOS/UserDefaultsStore.h"
-#include "UnlockCore/Storage/LoginKeychainKeyStore.h"
 
 #include <algorithm>
 #include <array>

@@ -37,13 +37,9 @@ class SuddenDeathTest : public testing::Test, protected FakeComputer {
     }
     /// As another application with the key would find it.
     [[nodiscard]] std::string savedPassword() {
-        LoginKeychainKeyStore keyStore(keychain, LoginKeychainKeyStore::vaultService({}));
-        DeviceOwnerCheck check(owner);
-        Vault vault(keyStore, check, [] { return true; },
-                    {.cipher = cipher,
-                     .mainThread = mainThread,
-                     .clock = mainThread,
-                     .notifications = defaultCenter});
+        Vault vault(
+            keyStore, owner, [] { return true; },
+            {.cipher = cipher, .mainThread = mainThread, .clock = mainThread, .didChange = {}});
         vault.unlock("look", [](const auto&) {});
         settle();
         const CredentialStore credentials(

@@ -17,7 +17,7 @@ TEST(DeviceBezelDetector, takesTheLargestRectangle) {
     EXPECT_FALSE(detect(face));
     EXPECT_EQ(vision.lastRectangleRequest, (RectangleRequest{0.6, 0.15, 3, 0.35, 1.0, 30}));
 
-    vision.boxes = {{0, 0, 0.1, 0.1}, {0.25, 0.5, 0.25, 0.5}, {0.5, 0.5, 0.25, 0.5}};
+    vision.boxes = {{0, 0, 0.1, 0.1}, {0.25, 0, 0.25, 0.5}, {0.5, 0, 0.25, 0.5}};
     const auto found = detect(face);
     EXPECT_EQ(found->rectangle, (Rect{50, 0, 50, 50})) << "the first of equal ones";
     EXPECT_EQ(found->faceOverlapFraction, 0.75);

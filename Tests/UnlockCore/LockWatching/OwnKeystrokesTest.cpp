@@ -1,7 +1,7 @@
 #include "Tests/Fakes/FakeInputIdle.h"
 #include "Tests/Fakes/FakeKeyEvents.h"
-#include "Tests/Fakes/FakeKeyboardDevices.h"
 #include "Tests/Fakes/FakeMainThread.h"
+#include "Tests/Fakes/FakeSpaceKeys.h"
 #include "UnlockCore/LockWatching/ForeignInputIdle.h"
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
 #include "UnlockCore/LockWatching/NotedKeyEvents.h"
@@ -23,12 +23,12 @@ struct OwnKeystrokesTest : testing::Test {
     FakeMainThread mainThread;
     FakeInputIdle idle{mainThread};
     FakeKeyEvents keyboard;
-    FakeKeyboardDevices devices;
+    FakeSpaceKeys keys;
     OwnKeystrokes own{idle};
     NotedKeyEvents keyEvents{keyboard, own};
     ForeignInputIdle foreignIdle{idle, own};
     LockScreenActivityMonitor activity{foreignIdle, mainThread, mainThread};
-    SpaceKeyMonitor spaceKeys{devices, own};
+    SpaceKeyMonitor spaceKeys{keys, own};
     std::vector<InputActivity> activities;
     int spaces = 0;
 
@@ -46,7 +46,7 @@ struct OwnKeystrokesTest : testing::Test {
             EXPECT_TRUE(source->postText(u" ", true));
             idle.touch(TimeInterval(-0.05));
             mainThread.advance(TimeInterval(0.25));
-            devices.send({.usagePage = 7, .usage = 44, .value = 1, .isSynthetic = true});
+            keys.press({.isSynthetic = true});
         }
     }
 };
@@ -71,10 +71,10 @@ TEST_F(OwnKeystrokesTest, hideNoUserBeforeOrAfter) {
     EXPECT_NEAR(activities[1].quietFor.count(), 8, 0.01);
 
     // Somebody at a distance sends synthetic keys too.
-    devices.send({.usagePage = 7, .usage = 44, .value = 1, .isSynthetic = true});
+    keys.press({.isSynthetic = true});
     EXPECT_EQ(spaces, 1);
     type();
-    devices.space(true);
+    keys.press();
     EXPECT_EQ(spaces, 2);
 }
 

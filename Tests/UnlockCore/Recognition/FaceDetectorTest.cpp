@@ -16,20 +16,20 @@ class FaceDetectorTest : public testing::Test {
     Bitmap image = *FakeImaging().render(FakeSourceImage(200, 100), {0, 0, 200, 100}, 1);
 };
 
-TEST_F(FaceDetectorTest, TurnsEverythingToATopLeftOrigin) {
-    vision.faces = {{.normalizedBox = {0.25, 0.5, 0.125, 0.25},
+TEST_F(FaceDetectorTest, TakesTheBoxToPixelsAndThePupilsToPoints) {
+    vision.faces = {{.normalizedBox = {0.25, 0.25, 0.125, 0.25},
                      .yaw = 0.1F,
                      .roll = std::nullopt,
                      .pitch = -0.2F,
                      .handle = nullptr}};
     vision.details.captureQualities = {0.75F};
     vision.details.landmarks = {FaceLandmarkObservation{
-        .regions = {{LandmarkRegion::nose, {{60, 70}, {62, 60}}}, {LandmarkRegion::leftEye, {}}},
-        .leftPupil = {{50, 80}, {54, 84}},
+        .regions = {{LandmarkRegion::nose, {{60, 30}, {62, 40}}}, {LandmarkRegion::leftEye, {}}},
+        .leftPupil = {{50, 20}, {54, 16}},
         .rightPupil = {}}};
     const DetectedFace expected{
         .boundingBox = {50, 25, 25, 25},
-        .normalizedBoundingBox = {0.25, 0.5, 0.125, 0.25},
+        .normalizedBoundingBox = {0.25, 0.25, 0.125, 0.25},
         .quality = 0.75F,
         .yaw = 0.1F,
         .roll = std::nullopt,

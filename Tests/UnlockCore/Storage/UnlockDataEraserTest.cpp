@@ -33,7 +33,7 @@ TEST(UnlockDataEraser, keepsTheKeyOfWhatRemains) {
                                      .removedPassword = true,
                                      .removedKey = false,
                                      .problems = {"Faces: " + FakeFileSystem::error().message}}));
-    EXPECT_EQ(bench.keychain.items().size(), 1U);
+    EXPECT_TRUE(bench.keyStore.key);
     EXPECT_FALSE(bench.vault->isUnlocked());
     EXPECT_EQ(bench.faces.identities().size(), 1U);
 
@@ -41,16 +41,17 @@ TEST(UnlockDataEraser, keepsTheKeyOfWhatRemains) {
     bench.fill();
     bench.fileSystem.deny(bench.folder.passwordFile());
     EXPECT_FALSE(bench.erase().removedPassword);
-    EXPECT_EQ(bench.keychain.items().size(), 1U);
+    EXPECT_TRUE(bench.keyStore.key);
     bench.fileSystem.heal();
     EXPECT_EQ(bench.erase(), everything);
     EXPECT_TRUE(bench.fileSystem.files().empty());
-    EXPECT_TRUE(bench.keychain.items().empty());
+    EXPECT_FALSE(bench.keyStore.key);
     EXPECT_TRUE(bench.faces.identities().empty());
     EXPECT_EQ(bench.erase(), everything) << "nothing is saved";
 
     bench.fill();
-    bench.keychain.failing[FakeKeychain::Operation::remove] = -61;
+    bench.keyStore.failing.emplace(FakeKeyStore::Operation::remove,
+                                   KeychainError::Status{.code = -61, .message = {}});
     EXPECT_EQ(bench.erase(), (Report{.removedFaces = true,
                                      .removedPassword = true,
                                      .removedKey = false,

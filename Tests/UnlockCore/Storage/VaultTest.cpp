@@ -29,8 +29,8 @@ std::optional<std::string> opened(VaultBench& bench, const Bytes& blob, VaultPur
 TEST(Vault, makesAKeyOnceAndOpensWithItEverAfter) {
     VaultBench bench;
     EXPECT_EQ(bench.unlock(), Result());
-    ASSERT_EQ(bench.keychain.items().size(), 1U);
-    const Bytes key = bench.keychain.items().front();
+    ASSERT_TRUE(bench.keyStore.key);
+    const Bytes key = *bench.keyStore.key;
     EXPECT_EQ(key.size(), 32U);
     EXPECT_NE(key, Bytes(32));
     const Bytes blob = sealed(bench, "secret", VaultPurpose::password);
@@ -40,7 +40,7 @@ TEST(Vault, makesAKeyOnceAndOpensWithItEverAfter) {
     EXPECT_EQ(problemOf(bench.vault->seal({}, VaultPurpose::faces)), VaultError::locked);
     EXPECT_EQ(bench.unlock(), Result());
     EXPECT_EQ(opened(bench, blob, VaultPurpose::password), "secret");
-    EXPECT_EQ(bench.keychain.items().front(), key);
+    EXPECT_EQ(bench.keyStore.key, key);
 
     EXPECT_EQ(bench.unlock(), Result());
     EXPECT_EQ(bench.owner.prompts.size(), 2U) << "an open vault asks nobody";
@@ -88,7 +88,7 @@ TEST(Vault, mayGoWhileThePromptIsOpen) {
     bench.owner.prompts[0].reply(true);
     bench.mainThread.runPosted();
     EXPECT_FALSE(isCalled);
-    EXPECT_TRUE(bench.keychain.calls().empty());
+    EXPECT_TRUE(bench.keyStore.calls.empty());
 }
 
 TEST(Vault, staysLockedWhateverFails) {
@@ -96,51 +96,49 @@ TEST(Vault, staysLockedWhateverFails) {
         const char* name;
         std::function<void(VaultBench&)> arrange;
         StorageError expected;
-        std::size_t items;
+        bool keepsKey;
     };
     const auto putKey = [](VaultBench& bench, std::size_t size) {
-        bench.keychain.put("app.vault", "vault-key", Bytes(size));
+        bench.keyStore.key = Bytes(size);
     };
-    constexpr KeychainStatus refused = -128;
-    const StorageError status =
-        KeychainError(KeychainError::Status{.code = refused, .message = {}});
+    const KeychainError refused(KeychainError::Status{.code = -128, .message = {}});
     const Case cases[] = {
-        {"short key", [&](VaultBench& b) { putKey(b, 16); }, VaultError::badKey, 1},
-        {"long key", [&](VaultBench& b) { putKey(b, 33); }, VaultError::badKey, 1},
+        {"short key", [&](VaultBench& b) { putKey(b, 16); }, VaultError::badKey, true},
+        {"long key", [&](VaultBench& b) { putKey(b, 33); }, VaultError::badKey, true},
         {"key lost on reading",
          [&](VaultBench& b) {
              putKey(b, 32);
-             b.keychain.losesData = true;
+             b.keyStore.losesKey = true;
          },
-         VaultError::keyMissingButDataExists, 1},
-        {"key is not bytes",
+         VaultError::keyMissingButDataExists, true},
+        {"key not read",
          [&](VaultBench& b) {
              putKey(b, 32);
-             b.keychain.withholdsData = true;
+             b.keyStore.failing.emplace(FakeKeyStore::Operation::load, refused);
          },
-         KeychainError(KeychainError::UnexpectedData{}), 1},
+         refused, true},
         {"no key for saved faces",
          [](VaultBench& b) { b.fileSystem.put(b.folder.facesFile(), {1}); },
-         VaultError::keyMissingButDataExists, 0},
+         VaultError::keyMissingButDataExists, false},
         {"no key for a saved password",
          [](VaultBench& b) { b.fileSystem.put(b.folder.passwordFile(), {1}); },
-         VaultError::keyMissingButDataExists, 0},
-        {"keychain unreadable while data is saved",
+         VaultError::keyMissingButDataExists, false},
+        {"key store unreadable while data is saved",
          [&](VaultBench& b) {
              putKey(b, 32);
              b.fileSystem.put(b.folder.facesFile(), {1});
-             b.keychain.failing[FakeKeychain::Operation::copyMatching] = refused;
+             b.keyStore.failing.emplace(FakeKeyStore::Operation::has, refused);
          },
-         VaultError::keyMissingButDataExists, 1},
+         VaultError::keyMissingButDataExists, true},
         {"key not saved",
-         [](VaultBench& b) { b.keychain.failing[FakeKeychain::Operation::add] = refused; }, status,
-         0},
-        {"key reads back differently", [](VaultBench& b) { b.keychain.corruptsData = true; },
-         VaultError::badKey, 1},
-        {"key doesn’t read back", [](VaultBench& b) { b.keychain.losesData = true; },
-         VaultError::badKey, 1},
+         [&](VaultBench& b) { b.keyStore.failing.emplace(FakeKeyStore::Operation::save, refused); },
+         refused, false},
+        {"key reads back differently", [](VaultBench& b) { b.keyStore.corruptsKey = true; },
+         VaultError::badKey, true},
+        {"key doesn’t read back", [](VaultBench& b) { b.keyStore.losesKey = true; },
+         VaultError::badKey, true},
         {"owner cancels", [](VaultBench& b) { b.owner.answer = false; },
-         OwnerCheckError(OwnerCheckError::Cancelled{}), 0},
+         OwnerCheckError(OwnerCheckError::Cancelled{}), false},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
@@ -151,17 +149,17 @@ TEST(Vault, staysLockedWhateverFails) {
         EXPECT_EQ(result->error(), test.expected);
         EXPECT_FALSE(bench.vault->isUnlocked());
         EXPECT_EQ(bench.vault->lastActivityAt(), std::nullopt);
-        EXPECT_EQ(bench.keychain.items().size(), test.items);
+        EXPECT_EQ(bench.keyStore.key.has_value(), test.keepsKey);
     }
 }
 
 TEST(Vault, announcesEachChangeOnceWithoutHoldingItsLock) {
     VaultBench bench;
     std::vector<bool> states;
-    (void)bench.notifications.observe("app.quenby.unlock.vault.didChange", [&] {
+    bench.onChange = [&] {
         states.push_back(bench.vault->isUnlocked());
         bench.vault->recordActivity();
-    });
+    };
     bench.vault->lock();
     (void)bench.unlock();
     (void)bench.unlock();
@@ -181,7 +179,7 @@ TEST(Vault, sealsInItsOwnFormat) {
     const Bytes again = sealed(bench, "x", VaultPurpose::faces);
     EXPECT_FALSE(std::equal(blob.begin() + 1, blob.begin() + 13, again.begin() + 1)) << "nonces";
 
-    const Bytes key = bench.keychain.items().front();
+    const Bytes key = bench.keyStore.key.value();
     const auto plaintext = bench.cipher.open(
         AuthenticatedCipher::Key(key), AuthenticatedCipher::Nonce(blob.data() + 1, 12),
         bytesOf("app.quenby.unlock/faces/1"), std::span(blob).subspan(13));
@@ -206,7 +204,7 @@ TEST(Vault, opensNothingThatWasTouched) {
     EXPECT_EQ(problemOf(bench.vault->open(blob, VaultPurpose::faces)), VaultError::openFailed);
 
     bench.vault->lock();
-    bench.keychain.put("app.vault", "vault-key", Bytes(32));
+    bench.keyStore.key = Bytes(32);
     (void)bench.unlock();
     EXPECT_EQ(problemOf(bench.vault->open(blob, VaultPurpose::password)), VaultError::openFailed);
 }

@@ -1,6 +1,6 @@
 #include "Platforms/macOS/Rules/LockMonitor.h"
 #include "Tests/Fakes/FakeMainThread.h"
-#include "Tests/Fakes/FakeNotificationCenter.h"
+#include "Tests/Platforms/macOS/Rules/FakeNotificationCenter.h"
 
 #include <memory>
 #include <optional>

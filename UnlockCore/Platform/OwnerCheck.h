@@ -1,0 +1,33 @@
+#pragma once
+
+#include "UnlockCore/Platform/OwnerCheckError.h"
+
+#include <expected>
+#include <functional>
+#include <string>
+#include <variant>
+
+namespace marrowby {
+
+/// What else the system says of asking the owner, in its own words.
+struct OwnerCheckFailure {
+    std::string message;
+    friend bool operator==(const OwnerCheckFailure&, const OwnerCheckFailure&) = default;
+};
+
+/// Confirms that the device's owner is there. Main thread.
+class OwnerCheck {
+  public:
+    using Result = std::expected<void, std::variant<OwnerCheckError, OwnerCheckFailure>>;
+    using Completion = std::function<void(const Result&)>;
+
+    virtual ~OwnerCheck() = default;
+    /// Whether the owner can be asked, without asking; or the system's explanation, which may be
+    /// empty.
+    [[nodiscard]] virtual std::expected<void, std::string> canConfirm() = 0;
+    /// `reason` completes the sentence of the system's prompt. The completion comes once, on any
+    /// thread, possibly before this returns.
+    virtual void confirmOwner(const std::string& reason, Completion completion) = 0;
+};
+
+}  // namespace marrowby

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace marrowby {
+
+/// The Space keys of all keyboards, below any application and any grab. Main thread; the callback
+/// comes on the main thread too.
+class SpaceKeys {
+  public:
+    struct Press {
+        /// Sent by a program; systems that cannot tell say no.
+        bool isSynthetic = false;
+    };
+    /// Destroying it ends listening; no callback comes after that.
+    class Listening {
+      public:
+        virtual ~Listening() = default;
+    };
+
+    virtual ~SpaceKeys() = default;
+    /// Whether the user lets this process watch keys, as far as can be told without asking them.
+    [[nodiscard]] virtual bool hasListenAccess() const = 0;
+    /// Has the system ask the user, where it does so; the answer shows in the former. Returns at
+    /// once.
+    virtual void requestListenAccess() {}
+    /// A key held down may press again and again. Nothing when no keyboard can be opened.
+    [[nodiscard]] virtual std::unique_ptr<Listening> listen(std::function<void(Press)> onPress) = 0;
+};
+
+}  // namespace marrowby
