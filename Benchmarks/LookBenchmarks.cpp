@@ -9,6 +9,7 @@
 #include "Platforms/Linux/QtMainThread.h"
 #include "Platforms/Linux/ThreadWorkQueues.h"
 #include "Platforms/Linux/UnixSystemClock.h"
+#include "Unlock/Linux/LinuxWords.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 
 #include <QCoreApplication>
@@ -64,7 +65,8 @@ class Bench {
                                         .imaging = material_.imaging,
                                         .vision = *vision_,
                                         .fourier = fourier_,
-                                        .registry = registry_},
+                                        .registry = registry_,
+                                        .words = linuxWords},
             [this]() -> std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> {
                 return material_.loadEmbedder();
             },

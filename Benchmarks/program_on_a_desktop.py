@@ -146,7 +146,7 @@ class Program:
 
     def confirm_owner(self, path):
         self.open_settings(path)
-        self.focus("Use Touch ID")
+        self.focus("Confirm Password")
         self.desktop.keys("space")
         self.wait("focus: ")
 
@@ -176,7 +176,7 @@ def set_up(program):
     program.press("Return", page="Save your face")
     program.wait("page: Name this look", limit=240)
     program.desktop.write("Ada")
-    program.press("Return", page="Save your Mac password")
+    program.press("Return", page="Save your login password")
     program.desktop.write(PASSWORD)
     program.press("Return", page="When should it look")
     program.press("Return", page="That’s it")

@@ -1,6 +1,7 @@
 // The input as the identities' JSON, under a genuine seal: what somebody with the key could write.
 
 #include "Fuzz/FuzzVault.h"
+#include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Storage/FaceStore.h"
 
 #include <cstddef>
@@ -15,7 +16,7 @@ struct Fuzz : FuzzVault {
         require(blob.has_value(), "it wasn’t sealed");
         fileSystem.put(folder.facesFile(), *blob);
 
-        FaceStore store(facesFile, *vault, cipher, mainThread);
+        FaceStore store(facesFile, *vault, cipher, mainThread, macWords);
         if (!store.load()) {
             require(!store.isLoaded() && store.identities().empty(), "half of it was loaded");
             require(!store.rename(UUID(), "Ann"), "an unreadable file was written over");
@@ -23,7 +24,7 @@ struct Fuzz : FuzzVault {
         }
         // What was read can be written, and is the same when read again.
         require(store.remove(UUID()).has_value(), "it can’t be written");
-        FaceStore again(facesFile, *vault, cipher, mainThread);
+        FaceStore again(facesFile, *vault, cipher, mainThread, macWords);
         require(again.load().has_value(), "it can’t be read again");
         require(again.identities() == store.identities(), "it changed");
     }

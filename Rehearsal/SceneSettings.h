@@ -7,7 +7,6 @@ namespace marrowby {
 /// A system that grants everything and has no settings to open.
 class SceneSettings final : public SystemSettings {
   public:
-    [[nodiscard]] std::string location(Pane /*pane*/) const override { return "the settings"; }
     bool open(Pane /*pane*/) override { return false; }
     [[nodiscard]] bool opensAtLogin() const override { return opensAtLogin_; }
     bool setOpensAtLogin(bool opens) override {

@@ -28,6 +28,7 @@
 #include "Rehearsal/Scenes/ScriptedCamera.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Unlock/Island.h"
+#include "Unlock/Linux/LinuxWords.h"
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 #include "UnlockCore/Platform/LockEventWatching.h"
@@ -247,7 +248,8 @@ Stage::Result<void> Stage::World::setUp() {
 void Stage::World::startApplication() {
     application.reset();
     application = std::make_unique<UnlockApplication>(
-        UnlockPlatform{.mainThread = mainThread,
+        UnlockPlatform{.words = linuxWords,
+                       .mainThread = mainThread,
                        .clock = clock,
                        .queues = queues,
                        .lockEvents = lockEvents,
@@ -438,7 +440,7 @@ Stage::Result<void> Stage::typeByHand(std::string_view text) {
             [world] { return world->locker.isRunning(); });
         Result<void> result;
         if (!typing.outcome()) {
-            result = std::unexpected(std::string(description(typing.outcome().error())));
+            result = std::unexpected(description(typing.outcome().error(), linuxWords));
         }
         world->mainThread.post([outcome, result] { *outcome = result; });
     });

@@ -2,6 +2,7 @@
 
 #include "Rehearsal/People/Person.h"
 #include "Rehearsal/Scenes/SceneCatalogue.h"
+#include "Unlock/Linux/LinuxWords.h"
 #include "UnlockCore/Foundation/SecretBytes.h"
 
 #include <algorithm>
@@ -242,7 +243,7 @@ Ending setUp(Stage& stage) {
             });
         })
         .then([&] {
-            return onPage(stage, "Save your Mac password", [](SceneWindows& windows) {
+            return onPage(stage, "Save your login password", [](SceneWindows& windows) {
                 return windows.write("Owner") && windows.press("Continue");
             });
         })
@@ -463,7 +464,8 @@ Step ownerConfirms(Stage& stage, std::string_view caption) {
         .then([&] { return unlockByHand(stage, changedPassword); })
         .then([&] { return stage.openApplication(); })
         .then([&] {
-            return check(stage.windows().press("Use Touch ID…"), "The owner isn’t asked for.");
+            return check(stage.windows().press(linuxWords.ownerCheck.button),
+                         "The owner isn’t asked for.");
         })
         .then([&] {
             return stage.waitUntil("the owner’s confirmation", shortly,

@@ -99,7 +99,7 @@ void SelfCheck::checkPermissions() {
     const auto camera = camera_.permission();
     say("Camera permission", camera == CameraManager::Permission::granted, permissionName(camera));
     const bool isTrusted = services_.keyEvents.isTrusted();
-    say("Accessibility", isTrusted, isTrusted ? "granted." : "not granted.");
+    say(services_.words.typing.rightAtStart, isTrusted, isTrusted ? "granted." : "not granted.");
     const bool mayWatch = services_.spaceKeys.hasListenAccess();
     say("Watching keys", mayWatch,
         mayWatch ? "granted." : "not granted, so Space starts nothing; any activity does.",
@@ -154,11 +154,11 @@ void SelfCheck::checkKeyStore() {
     const bool isSame = kept && std::ranges::equal(kept->values(), key);
     const auto deleted = store.deleteKey();
     if (!saved) {
-        say("Key store", false, sentence(description(saved.error())));
+        say("Key store", false, sentence(description(saved.error(), services_.words)));
     } else if (!loaded) {
-        say("Key store", false, sentence(description(loaded.error())));
+        say("Key store", false, sentence(description(loaded.error(), services_.words)));
     } else if (!deleted) {
-        say("Key store", false, sentence(description(deleted.error())));
+        say("Key store", false, sentence(description(deleted.error(), services_.words)));
     } else {
         say("Key store", isSame,
             isSame ? "a key was kept, read and removed." : "it gave another key back.");
@@ -205,7 +205,7 @@ void SelfCheck::startCamera() {
                                             [this] { cameraEnds(std::nullopt); });
         return;
     }
-    say("Camera", false, sentence(description(started.error())));
+    say("Camera", false, sentence(description(started.error(), services_.words)));
     onEnd_(isAllThere_);
 }
 

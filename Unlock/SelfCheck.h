@@ -7,6 +7,7 @@
 #include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/NeuralModel.h"
 #include "UnlockCore/Platform/OwnerCheck.h"
+#include "UnlockCore/Platform/PlatformWords.h"
 #include "UnlockCore/Platform/SpaceKeys.h"
 #include "UnlockCore/Platform/VaultKeyStore.h"
 #include "UnlockCore/Platform/WindowServer.h"
@@ -28,6 +29,7 @@ namespace marrowby {
 class SelfCheck {
   public:
     struct Services {
+        const PlatformWords& words;
         MainThread& mainThread;
         const SystemClock& clock;
         WorkQueues& queues;

@@ -52,6 +52,28 @@ std::string age(TimeInterval since) {
     return whole(seconds / day) + " d ago";
 }
 
+const PlatformWords::Right& rightOf(SystemSettings::Pane pane, const PlatformWords& words) {
+    switch (pane) {
+        case SystemSettings::Pane::camera:
+            return words.camera;
+        case SystemSettings::Pane::accessibility:
+            return words.accessibility;
+        case SystemSettings::Pane::inputMonitoring:
+            break;
+    }
+    return words.inputMonitoring;
+}
+
+/// Nothing where the system has no settings to open for it.
+std::optional<WindowButton> fixFor(const UnlockStatus& status, const PlatformWords& words) {
+    const auto fix = status.fix();
+    if (!fix || (fix == UnlockStatusFix::openCameraSettings && !words.camera.hasPlace()) ||
+        (fix == UnlockStatusFix::openAccessibilitySettings && !words.accessibility.hasPlace())) {
+        return std::nullopt;
+    }
+    return button({Control::fix}, std::string(title(*fix, words)));
+}
+
 /// Which ones recognise, and whom.
 std::string networksOf(const UnlockModel& model) {
     const ModelPack& networks = model.networks();
@@ -84,13 +106,9 @@ WindowPage SettingsPresenter::page() const {
                              .detail = {},
                              .isOn = settings.isEnabled},
                  Row::Status{.isGood = status.isReady(),
-                             .title = std::string(status.title()),
-                             .detail = status.detail(
-                                 applicationName,
-                                 systemSettings_.location(SystemSettings::Pane::accessibility)),
-                             .fix = status.fix().transform([](UnlockStatusFix fix) {
-                                 return button({Control::fix}, std::string(title(fix)));
-                             })}};
+                             .title = status.title(model_.words()),
+                             .detail = status.detail(applicationName, model_.words()),
+                             .fix = fixFor(status, model_.words())}};
     if (settings.offeredLocker) {
         page.rows.emplace_back(Row::Actions{
             .title = "Is “" + *settings.offeredLocker + "” your screen locker?",
@@ -120,12 +138,14 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
                                   .detail = {},
                                   .isOn = settings.triggers.contains(UnlockTrigger::onSpace)});
     if (settings.triggers.contains(UnlockTrigger::onSpace) && !model_.state().maySpaceKeyBeHeard) {
-        rows.emplace_back(Row::Status{
-            .isGood = false,
-            .title = "Space isn’t heard",
-            .detail = "Marrowby Unlock needs to be allowed in " +
-                      systemSettings_.location(SystemSettings::Pane::inputMonitoring) + ".",
-            .fix = button({Control::openInputMonitoringSettings}, "Open Settings…")});
+        const PlatformWords::Right& right = model_.words().inputMonitoring;
+        Row::Status status{.isGood = false,
+                           .title = "Space isn’t heard",
+                           .detail = right.advice("Marrowby Unlock needs to be allowed in "),
+                           .fix = {}};
+        if (right.hasPlace())
+            status.fix = button({Control::openInputMonitoringSettings}, "Open Settings…");
+        rows.emplace_back(std::move(status));
     }
     std::vector<std::string> seconds;
     seconds.reserve(UnlockSettings::scanSecondsChoices.size());
@@ -144,7 +164,7 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
                                   .selected = indexOf(allMatchStrictnesses, settings.strictness)});
     rows.emplace_back(Row::Choice{.id = {Control::livenessMode},
                                   .title = "Proof that it’s you, and not a picture",
-                                  .detail = std::string(settingsNote(settings.livenessMode)),
+                                  .detail = settingsNote(settings.livenessMode, model_.words()),
                                   .options = titlesOf(livenessModes, title),
                                   .selected = indexOf(livenessModes, settings.livenessMode)});
     rows.emplace_back(Row::Text{"Its networks: " + networksOf(model_)});
@@ -193,15 +213,16 @@ void SettingsPresenter::addSaved(std::vector<WindowRow>& rows) const {
             .buttons = {
                 {.id = {Control::removeLook, i}, .title = "Remove…", .isDestructive = true}}});
     }
-    rows.emplace_back(Row::Actions{
-        .title = {},
-        .detail = {},
-        .buttons = {button({Control::addLook}, "Add a Look…"),
-                    button({Control::updatePassword},
-                           state.hasPassword ? "Update Mac Password…" : "Save Mac Password…")}});
+    rows.emplace_back(
+        Row::Actions{.title = {},
+                     .detail = {},
+                     .buttons = {button({Control::addLook}, "Add a Look…"),
+                                 button({Control::updatePassword},
+                                        (state.hasPassword ? "Update " : "Save ") +
+                                            std::string(model_.words().password.onButton) + "…")}});
     rows.emplace_back(
         Row::Choice{.id = {Control::autoLock},
-                    .title = "Ask for Touch ID again",
+                    .title = "Ask for " + std::string(model_.words().ownerCheck.name) + " again",
                     .detail = std::string(autoLockExplanation),
                     .options = titlesOf(allAutoLockIntervals, title),
                     .selected = indexOf(allAutoLockIntervals, model_.settings().autoLock)});
@@ -226,24 +247,29 @@ WindowPage SettingsPresenter::questionPage() const {
         std::string confirm;
     };
     struct WordsOf {
+        const PlatformWords& platform;
         Words operator()(const Nothing& /*unused*/) const { return {}; }
         Words operator()(const Erasing& /*unused*/) const {
             return {"Erase everything?",
-                    "Your face, your Mac password and the key are removed from this Mac. To use it "
-                    "again, set it up again.",
+                    "Your face, your " + std::string(platform.password.inSentence) +
+                        " and the key are removed from this " + std::string(platform.computer) +
+                        ". To use it again, set it up again.",
                     "Erase"};
         }
         Words operator()(const Quitting& /*unused*/) const {
             return {"Quit Marrowby Unlock?",
-                    "The lock screen stays as it is until you open it again from Applications.",
+                    "The lock screen stays as it is until you open it again from " +
+                        std::string(platform.applications) + ".",
                     "Quit"};
         }
         Words operator()(const RemovingLook& removing) const {
-            return {"Remove “" + removing.name + "”?",
-                    "This look doesn’t unlock your Mac any more.", "Remove"};
+            return {
+                "Remove “" + removing.name + "”?",
+                "This look doesn’t unlock your " + std::string(platform.computer) + " any more.",
+                "Remove"};
         }
     };
-    const Words words = std::visit(WordsOf(), question_);
+    const Words words = std::visit(WordsOf{.platform = model_.words()}, question_);
     // Return never does what can't be undone.
     const bool isDestructive = !std::holds_alternative<Quitting>(question_);
     return {.title = words.title,
@@ -315,7 +341,7 @@ void SettingsPresenter::confirm() {
 }
 
 void SettingsPresenter::open(SystemSettings::Pane pane) {
-    if (!systemSettings_.open(pane)) advice_ = "It is in " + systemSettings_.location(pane) + ".";
+    if (!systemSettings_.open(pane)) advice_ = rightOf(pane, model_.words()).advice("It is in ");
 }
 
 void SettingsPresenter::toggle(ControlID id, bool isOn) {

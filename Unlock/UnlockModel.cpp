@@ -29,31 +29,39 @@ namespace {
 
 using Event = UnlockCoordinator::Event;
 
-constexpr const char* openSavedReason = "open your saved face and Mac password";
-constexpr const char* savePasswordReason = "save your Mac password";
-constexpr const char* saveBothReason = "save your face and Mac password";
-
-std::string sentence(const StorageError& error) {
-    if (std::holds_alternative<OwnerCheckError>(error) &&
-        std::holds_alternative<OwnerCheckError::Cancelled>(std::get<OwnerCheckError>(error))) {
-        return "Touch ID was cancelled, so nothing was saved.";
-    }
-    return description(error);
+std::string openSavedReason(const PlatformWords& words) {
+    return "open your saved face and " + std::string(words.password.inSentence);
+}
+std::string savePasswordReason(const PlatformWords& words) {
+    return "save your " + std::string(words.password.inSentence);
+}
+std::string saveBothReason(const PlatformWords& words) {
+    return "save your face and " + std::string(words.password.inSentence);
 }
 
-std::expected<void, std::string> sentence(const std::expected<void, StorageError>& result) {
+std::string sentence(const StorageError& error, const PlatformWords& words) {
+    if (std::holds_alternative<OwnerCheckError>(error) &&
+        std::holds_alternative<OwnerCheckError::Cancelled>(std::get<OwnerCheckError>(error))) {
+        return std::string(words.ownerCheck.prompt) + " was cancelled, so nothing was saved.";
+    }
+    return description(error, words);
+}
+
+std::expected<void, std::string> sentence(const std::expected<void, StorageError>& result,
+                                          const PlatformWords& words) {
     if (result) return {};
-    return std::unexpected(sentence(result.error()));
+    return std::unexpected(sentence(result.error(), words));
 }
 
 /// Why a checked password is not saved; nothing for the right one.
-std::optional<std::string> refusalOf(const PasswordCheckResult& result) {
+std::optional<std::string> refusalOf(const PasswordCheckResult& result,
+                                     const PlatformWords& words) {
     if (std::holds_alternative<PasswordCheckResult::Correct>(result)) return std::nullopt;
     if (const auto* unavailable = std::get_if<PasswordCheckResult::Unavailable>(&result)) {
         return "The password couldn’t be checked, so nothing was saved. " +
                unavailable->explanation;
     }
-    return "That isn’t your Mac password.";
+    return "That isn’t your " + std::string(words.password.inSentence) + ".";
 }
 
 CameraFaceScanner::LoadEmbedder embedderLoader(const ModelPack& pack,
@@ -98,14 +106,16 @@ UnlockModel::Engine::Engine(UnlockModel& model, UnlockPlatform& platform)
                .imaging = platform.imaging,
                .vision = platform.lookVision,
                .fourier = platform.fourier,
-               .registry = model.cameraUse_},
+               .registry = model.cameraUse_,
+               .words = platform.words},
               embedderLoader(model.resources_.models, platform),
               [pack = model.resources_.models, &models = platform.models] {
                   return MiniFASNet::load(pack.folder, models, NeuralModels::ComputeUnits::all,
                                           pack.realFaceFile, pack.realFaceIdentifier,
                                           pack.sumOf("realFace"));
               }),
-      typer(model.credentialStore_, keyEvents, platform.queues, platform.mainThread),
+      typer(model.credentialStore_, keyEvents, platform.queues, platform.mainThread,
+            platform.words),
       spaceKeys(platform.spaceKeys, ownKeystrokes),
       activity(inputIdle, platform.mainThread, platform.clock),
       clock(platform.clock, platform.mainThread),
@@ -174,7 +184,7 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
                       });
                   }}),
       faceStore_({platform_.files, dataFolder_.facesFile(), VaultPurpose::faces}, vault_,
-                 platform_.cipher, platform_.clock),
+                 platform_.cipher, platform_.clock, platform_.words),
       credentialStore_({platform_.files, dataFolder_.passwordFile(), VaultPurpose::password},
                        vault_),
       enrollmentCamera_(platform_.enrollmentCamera,
@@ -265,12 +275,12 @@ void UnlockModel::openVault(const std::string& reason, Completion completion) {
         if (!self) return;
         // The notification of the change may come later than this.
         if (result && !(*self)->faceStore_.isLoaded()) result = (*self)->loadFaces();
-        completion(sentence(result));
+        completion(sentence(result, (*self)->platform_.words));
     });
 }
 
 void UnlockModel::openVault(Completion completion) {
-    openVault(openSavedReason, noting(std::move(completion)));
+    openVault(openSavedReason(platform_.words), noting(std::move(completion)));
 }
 
 void UnlockModel::captureLook(Completion completion) {
@@ -302,7 +312,7 @@ void UnlockModel::captureLook(Completion completion) {
             .onFailed =
                 [this](std::string text) { finishCapture(std::unexpected(std::move(text))); }});
     if (auto started = enrollment_->capture->start(settings().builtInDisplayCameraID); !started) {
-        finishCapture(std::unexpected(description(started.error())));
+        finishCapture(std::unexpected(description(started.error(), platform_.words)));
     }
 }
 
@@ -328,47 +338,53 @@ void UnlockModel::finishCapture(std::expected<std::vector<FaceSample>, std::stri
 }
 
 void UnlockModel::saveCapturedLook(const std::string& name, Completion completion) {
-    openVault(openSavedReason, [this, name, completion = noting(std::move(completion))](
-                                   const std::expected<void, std::string>& opened) {
-        completion(opened ? sealCapturedLook(name) : opened);
-    });
+    openVault(openSavedReason(platform_.words),
+              [this, name, completion = noting(std::move(completion))](
+                  const std::expected<void, std::string>& opened) {
+                  completion(opened ? sealCapturedLook(name) : opened);
+              });
 }
 
 void UnlockModel::setLookEnabled(UUID id, bool enabled, Completion completion) {
-    openVault(openSavedReason, [this, id, enabled, completion = noting(std::move(completion))](
-                                   const std::expected<void, std::string>& opened) {
-        completion(opened ? sentence(faceStore_.setEnabled(enabled, id)) : opened);
-    });
+    openVault(openSavedReason(platform_.words),
+              [this, id, enabled, completion = noting(std::move(completion))](
+                  const std::expected<void, std::string>& opened) {
+                  completion(opened ? sentence(faceStore_.setEnabled(enabled, id), platform_.words)
+                                    : opened);
+              });
 }
 
 void UnlockModel::removeLook(UUID id, Completion completion) {
-    openVault(openSavedReason, [this, id, completion = noting(std::move(completion))](
-                                   const std::expected<void, std::string>& opened) {
-        if (!opened) {
-            completion(opened);
-            return;
-        }
-        // Without any face there is no file, so that a later start knows without the key.
-        const auto& looks = faceStore_.identities();
-        const bool isLast = looks.size() == 1 && looks.front().id == id;
-        completion(sentence(isLast ? faceStore_.removeAll() : faceStore_.remove(id)));
-    });
+    openVault(
+        openSavedReason(platform_.words), [this, id, completion = noting(std::move(completion))](
+                                              const std::expected<void, std::string>& opened) {
+            if (!opened) {
+                completion(opened);
+                return;
+            }
+            // Without any face there is no file, so that a later start knows without the key.
+            const auto& looks = faceStore_.identities();
+            const bool isLast = looks.size() == 1 && looks.front().id == id;
+            completion(
+                sentence(isLast ? faceStore_.removeAll() : faceStore_.remove(id), platform_.words));
+        });
 }
 
 void UnlockModel::savePassword(SecretBytes password, Completion completion) {
     saveChecked(
-        std::move(password), savePasswordReason, [] { return Saved(); }, std::move(completion));
+        std::move(password), savePasswordReason(platform_.words), [] { return Saved(); },
+        std::move(completion));
 }
 
 void UnlockModel::saveCapturedLookAndPassword(const std::string& name, SecretBytes password,
                                               Completion completion) {
     saveChecked(
-        std::move(password), saveBothReason, [this, name] { return sealCapturedLook(name); },
-        std::move(completion));
+        std::move(password), saveBothReason(platform_.words),
+        [this, name] { return sealCapturedLook(name); }, std::move(completion));
 }
 
-void UnlockModel::saveChecked(SecretBytes password, const char* reason, std::function<Saved()> rest,
-                              Completion completion) {
+void UnlockModel::saveChecked(SecretBytes password, const std::string& reason,
+                              std::function<Saved()> rest, Completion completion) {
     check(std::move(password),
           [this, reason, rest = std::move(rest),
            completion = noting(std::move(completion))](const CheckedPassword& checked) {
@@ -399,9 +415,10 @@ void UnlockModel::check(SecretBytes password, std::function<void(CheckedPassword
     const auto held = std::make_shared<SecretBytes>(std::move(password));
     platform_.queues.background()->async([weak = std::weak_ptr(self_), held, then = std::move(then),
                                           &verifier = platform_.passwordVerifier,
-                                          &mainThread = platform_.mainThread] {
+                                          &mainThread = platform_.mainThread,
+                                          &words = platform_.words] {
         const auto checked = verifier.check(held->values());
-        mainThread.post([weak, held, then, refusal = refusalOf(checked)] {
+        mainThread.post([weak, held, then, refusal = refusalOf(checked, words)] {
             if (refusal) held->wipe();
             if (!weak.lock()) return;
             then(refusal ? CheckedPassword(std::unexpected(*refusal)) : CheckedPassword(held));
@@ -417,7 +434,7 @@ std::expected<void, std::string> UnlockModel::seal(SecretBytes& password) {
         store(std::move(settings));
         if (engine_) engine_->coordinator.replacePasswordHealth({});
     }
-    return sentence(saved);
+    return sentence(saved, platform_.words);
 }
 
 std::expected<void, std::string> UnlockModel::sealCapturedLook(const std::string& name) {
@@ -426,12 +443,13 @@ std::expected<void, std::string> UnlockModel::sealCapturedLook(const std::string
         faceStore_.saveIdentity(capturedLook_->samples, name, capturedLook_->modelIdentifier,
                                 capturedLook_->dimension, std::nullopt, resources_.models.sums);
     if (saved) capturedLook_.reset();
-    return sentence(saved);
+    return sentence(saved, platform_.words);
 }
 
 void UnlockModel::eraseEverything() {
     dropCapturedLook();
-    const auto report = UnlockDataEraser::erase(faceStore_, credentialStore_, vault_);
+    const auto report =
+        UnlockDataEraser::erase(faceStore_, credentialStore_, vault_, platform_.words);
     store({});
     problem_.reset();
     if (!report.problems.empty()) {
@@ -472,7 +490,8 @@ void UnlockModel::onVaultChanged() {
     watchVault();
     if (vault_.isUnlocked()) {
         problem_.reset();
-        if (const auto loaded = loadFaces(); !loaded) problem_ = sentence(loaded.error());
+        if (const auto loaded = loadFaces(); !loaded)
+            problem_ = sentence(loaded.error(), platform_.words);
     }
     if (engine_) engine_->coordinator.send(Event::SettingsChanged{});
     publish();
@@ -485,7 +504,8 @@ std::expected<void, StorageError> UnlockModel::loadFaces() {
     if (loaded && resources_.models.isPublished)
         std::ignore = faceStore_.adoptModels(resources_.models.sums);
     if (loaded && haveModelsChanged() && callbacks_.onLog)
-        callbacks_.onLog({.start = UnlockStatus(UnlockStatus::ModelsChanged{}).title()});
+        callbacks_.onLog(
+            {.detail = UnlockStatus(UnlockStatus::ModelsChanged{}).title(platform_.words)});
     return loaded;
 }
 

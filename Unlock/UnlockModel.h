@@ -76,6 +76,7 @@ class UnlockModel {
 
     [[nodiscard]] const State& state() const { return state_; }
     [[nodiscard]] const UnlockSettings& settings() const { return settings_; }
+    [[nodiscard]] const PlatformWords& words() const { return platform_.words; }
     [[nodiscard]] UnlockStatus status() const;
     /// Face, password and permissions are in place.
     [[nodiscard]] bool isReady() const;
@@ -152,7 +153,7 @@ class UnlockModel {
     void finishCapture(std::expected<std::vector<FaceSample>, std::string> samples);
     void check(SecretBytes password, std::function<void(CheckedPassword)> then);
     /// Checks, opens the vault, seals the password and then does the rest.
-    void saveChecked(SecretBytes password, const char* reason, std::function<Saved()> rest,
+    void saveChecked(SecretBytes password, const std::string& reason, std::function<Saved()> rest,
                      Completion completion);
     [[nodiscard]] Saved seal(SecretBytes& password);
     [[nodiscard]] Saved sealCapturedLook(const std::string& name);

@@ -15,6 +15,7 @@
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/NeuralModel.h"
 #include "UnlockCore/Platform/OwnerCheck.h"
+#include "UnlockCore/Platform/PlatformWords.h"
 #include "UnlockCore/Platform/ProcessActivities.h"
 #include "UnlockCore/Platform/SpaceKeys.h"
 #include "UnlockCore/Platform/SystemClock.h"
@@ -30,6 +31,7 @@ namespace marrowby {
 
 /// Everything that the application asks of its platform. The services outlive the application.
 struct UnlockPlatform {
+    const PlatformWords& words;
     MainThread& mainThread;
     SystemClock& clock;
     WorkQueues& queues;

@@ -62,13 +62,14 @@ WindowPage WelcomePresenter::page() const {
 
 WindowPage WelcomePresenter::body() const {
     const UnlockModel::State& state = model_.state();
+    const PlatformWords& words = model_.words();
     WindowPage page;
     switch (flow_.step()) {
         case Step::welcome:
             page.title = "Welcome to Marrowby Unlock";
             page.detail =
-                "When you come back to your locked Mac, it looks for you for a few seconds and "
-                "types your password when it’s you.";
+                "When you come back to your locked " + std::string(words.computer) +
+                ", it looks for you for a few seconds and types your password when it’s you.";
             page.rows = {
                 Row::Text{"Setting it up takes about two minutes: two permissions, your face from "
                           "nine sides, and your password."}};
@@ -77,14 +78,19 @@ WindowPage WelcomePresenter::body() const {
             page.title = "What it keeps, and how safe it is";
             page.rows = {
                 Row::Text{"It keeps numbers that describe your face, never a picture, and your "
-                          "login password. Both are encrypted with a key in your keychain, which "
-                          "Touch ID (or your password) releases once after every restart."},
-                Row::Text{"A camera sees less than Touch ID feels. Most photos and screens are "
+                          "login password. Both are encrypted with a key in your " +
+                          std::string(words.keyStore.inSentence) + ", which " +
+                          std::string(words.ownerCheck.orPassword) +
+                          " releases once after every restart."},
+                Row::Text{"A camera sees less than " + std::string(words.ownerCheck.finger) +
+                          " feels. Most photos and screens are "
                           "turned away, but a cut-out mask, a large screen, or somebody who looks "
                           "very much like you may get in; strict mode in the settings is harder "
                           "to fool. It never works right after a restart."},
                 Row::Text{"It keeps other people out, not programs: whatever program you run may "
-                          "read the key from your keychain and the password from its file, "
+                          "read the key from your " +
+                          std::string(words.keyStore.inSentence) +
+                          " and the password from its file, "
                           "without your face and without a question. Run only what you would "
                           "trust with your password."},
                 Row::Toggle{.id = {Control::understood},
@@ -101,31 +107,34 @@ WindowPage WelcomePresenter::body() const {
                 .detail = {},
                 .fix = {}};
             if (state.cameraPermission == CameraManager::Permission::notDetermined) {
-                status.fix =
-                    button(Control::allowCamera, std::string(title(UnlockStatusFix::allowCamera)));
+                status.fix = button(Control::allowCamera,
+                                    std::string(title(UnlockStatusFix::allowCamera, words)));
             } else if (!status.isGood) {
                 status.title = "Camera not allowed";
-                status.detail =
-                    "Turned off in " + systemSettings_.location(SystemSettings::Pane::camera) + ".";
-                status.fix = button(Control::openCameraSettings,
-                                    std::string(title(UnlockStatusFix::openCameraSettings)));
+                status.detail = words.camera.advice("Turned off in ");
+                if (words.camera.hasPlace())
+                    status.fix =
+                        button(Control::openCameraSettings,
+                               std::string(title(UnlockStatusFix::openCameraSettings, words)));
             }
             page.rows = {std::move(status)};
             break;
         }
         case Step::accessibility: {
             page.title = "Allow typing your password";
-            page.detail = "Accessibility lets it type into the lock screen. It types nothing else.";
-            Row::Status status{.isGood = state.accessibilityTrusted,
-                               .title = state.accessibilityTrusted ? "Accessibility allowed"
-                                                                   : "Accessibility is off",
-                               .detail = {},
-                               .fix = {}};
+            page.detail = words.typing.purpose;
+            Row::Status status{
+                .isGood = state.accessibilityTrusted,
+                .title = std::string(state.accessibilityTrusted ? words.typing.allowed
+                                                                : words.typing.notAllowed),
+                .detail = {},
+                .fix = {}};
             if (!status.isGood) {
-                status.detail = "Switch Marrowby Unlock on in " +
-                                systemSettings_.location(SystemSettings::Pane::accessibility) + ".";
-                status.fix = button(Control::openAccessibilitySettings,
-                                    std::string(title(UnlockStatusFix::openAccessibilitySettings)));
+                status.detail = words.accessibility.advice("Switch Marrowby Unlock on in ");
+                if (words.accessibility.hasPlace())
+                    status.fix = button(
+                        Control::openAccessibilitySettings,
+                        std::string(title(UnlockStatusFix::openAccessibilitySettings, words)));
             }
             page.rows = {std::move(status)};
             break;
@@ -149,15 +158,15 @@ WindowPage WelcomePresenter::body() const {
             break;
         case Step::triggers:
             page.title = "When should it look for you?";
-            page.rows = {
-                Row::Toggle{.id = {Control::returnTrigger},
-                            .title = std::string(title(UnlockTrigger::onReturn)),
-                            .detail = "The screen wakes, or you touch a key or the trackpad.",
-                            .isOn = triggers_.contains(UnlockTrigger::onReturn)},
-                Row::Toggle{.id = {Control::spaceTrigger},
-                            .title = std::string(title(UnlockTrigger::onSpace)),
-                            .detail = {},
-                            .isOn = triggers_.contains(UnlockTrigger::onSpace)}};
+            page.rows = {Row::Toggle{.id = {Control::returnTrigger},
+                                     .title = std::string(title(UnlockTrigger::onReturn)),
+                                     .detail = "The screen wakes, or you touch a key or " +
+                                               std::string(words.pointer) + ".",
+                                     .isOn = triggers_.contains(UnlockTrigger::onReturn)},
+                         Row::Toggle{.id = {Control::spaceTrigger},
+                                     .title = std::string(title(UnlockTrigger::onSpace)),
+                                     .detail = {},
+                                     .isOn = triggers_.contains(UnlockTrigger::onSpace)}};
             break;
         case Step::done:
             page.title = "That’s it";
@@ -188,14 +197,16 @@ void WelcomePresenter::describeCapture(WindowPage& page) const {
 }
 
 void WelcomePresenter::describePassword(WindowPage& page) const {
-    page.title = flow_.mode() == UnlockOnboardingMode::updatePassword ? "Update your Mac password"
-                                                                      : "Save your Mac password";
+    const PlatformWords::Password& words = model_.words().password;
+    page.title =
+        (flow_.mode() == UnlockOnboardingMode::updatePassword ? "Update your " : "Save your ") +
+        std::string(words.inSentence);
     page.detail = "It is checked, then encrypted, and typed only at your own lock screen.";
     if (flow_.mode() == UnlockOnboardingMode::setUp && model_.state().hasPassword) {
         page.rows.push_back(
             Row::Text{"A password is saved already. Leave the field empty to keep it."});
     }
-    page.rows.push_back(Row::SecretField{{Control::password}, "Mac password"});
+    page.rows.push_back(Row::SecretField{{Control::password}, std::string(words.atStart)});
     if (isBusy_) page.rows.push_back(Row::Text{"Checking…"});
 }
 

@@ -28,7 +28,6 @@ class WelcomePresenter final : public WindowPresenter {
     WelcomePresenter(UnlockOnboardingMode mode, UnlockModel& model, SystemSettings& settings,
                      Hooks hooks);
 
-    [[nodiscard]] const UnlockOnboardingFlow& flow() const { return flow_; }
     /// Begins what the step shown needs.
     void windowShown();
     void modelChanged();

@@ -58,11 +58,6 @@ LinuxSystemSettings::LinuxSystemSettings(FileSystem& files, const std::filesyste
       entry_(configHome / "autostart" / "app.quenby.unlock.desktop"),
       program_(std::move(program)) {}
 
-std::string LinuxSystemSettings::location(Pane pane) const {
-    return pane == Pane::camera ? "your account’s groups (“video”)"
-                                : "your account’s groups (“input”)";
-}
-
 bool LinuxSystemSettings::open(Pane /*pane*/) {
     return false;
 }

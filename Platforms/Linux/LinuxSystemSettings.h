@@ -19,7 +19,6 @@ class LinuxSystemSettings final : public SystemSettings {
     LinuxSystemSettings(FileSystem& files, const std::filesystem::path& configHome,
                         std::filesystem::path program);
 
-    [[nodiscard]] std::string location(Pane pane) const override;
     bool open(Pane pane) override;
     /// Also where a desktop has switched the entry off in its own way.
     [[nodiscard]] bool opensAtLogin() const override;

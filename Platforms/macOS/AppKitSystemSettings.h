@@ -8,7 +8,6 @@ namespace marrowby {
 /// approved of it; until then it counts as not opened.
 class AppKitSystemSettings final : public SystemSettings {
   public:
-    [[nodiscard]] std::string location(Pane pane) const override;
     /// Of Accessibility: has the system list this application there, too, and ask the user.
     bool open(Pane pane) override;
     [[nodiscard]] bool opensAtLogin() const override;

@@ -8,10 +8,6 @@
 
 namespace marrowby {
 
-std::string AppKitSystemSettings::location(Pane pane) const {
-    return macsettings::place(pane).location;
-}
-
 bool AppKitSystemSettings::open(Pane pane) {
     const macsettings::Place place = macsettings::place(pane);
     if (place.asksForTrust) {

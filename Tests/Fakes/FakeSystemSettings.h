@@ -2,7 +2,6 @@
 
 #include "UnlockCore/Platform/SystemSettings.h"
 
-#include <string>
 #include <vector>
 
 namespace marrowby {
@@ -13,10 +12,6 @@ class FakeSystemSettings final : public SystemSettings {
     std::vector<Pane> opened;
     bool atLogin = false;
 
-    [[nodiscard]] std::string location(Pane pane) const override {
-        if (pane == Pane::inputMonitoring) return "Settings › Input Monitoring";
-        return pane == Pane::camera ? "Settings › Camera" : "Settings › Accessibility";
-    }
     bool open(Pane pane) override {
         opened.push_back(pane);
         return true;

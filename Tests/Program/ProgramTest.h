@@ -104,7 +104,7 @@ class ProgramTest : public testing::Test {
         ASSERT_NO_FATAL_FAILURE(sees("Name this look"));
         write(u"Robin");
         press(xkey::returnKey);
-        ASSERT_NO_FATAL_FAILURE(sees("Save your Mac password"));
+        ASSERT_NO_FATAL_FAILURE(sees("Save your login password"));
         write(u"Corr3ct-HoRse_b@ttery!");
         press(xkey::returnKey);
         ASSERT_NO_FATAL_FAILURE(sees("When should it look for you?"));

@@ -10,6 +10,7 @@
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
+#include "Unlock/Linux/LinuxWords.h"
 #include "Unlock/LockScreenOverlayController.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 
@@ -146,7 +147,7 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
                 *user, {reinterpret_cast<const std::uint8_t*>(password.data()), password.size()},
                 [this] { return isLocked(); })
                 .outcome();
-        EXPECT_TRUE(typed) << description(typed.error());
+        EXPECT_TRUE(typed) << description(typed.error(), linuxWords);
     }
 };
 

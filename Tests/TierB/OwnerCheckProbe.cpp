@@ -3,6 +3,7 @@
 
 #include "Platforms/Linux/BusAddress.h"
 #include "Platforms/Linux/PolkitOwnerCheck.h"
+#include "Unlock/Linux/LinuxWords.h"
 #include "UnlockCore/Storage/StorageError.h"
 
 #include <QCoreApplication>
@@ -20,7 +21,9 @@ int main(int argumentCount, char** arguments) {
     // Within the loop, which a reply that comes at once ends.
     QTimer::singleShot(0, [&] {
         check->confirmOwner("open it", [](const OwnerCheck::Result& outcome) {
-            const auto text = [](const auto& error) { return description(StorageError(error)); };
+            const auto text = [](const auto& error) {
+                return description(StorageError(error), linuxWords);
+            };
             std::cout << (outcome ? "confirmed" : std::visit(text, outcome.error())) << '\n'
                       << std::flush;
             QCoreApplication::quit();

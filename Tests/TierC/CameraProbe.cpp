@@ -16,6 +16,7 @@
 #include "Platforms/Linux/UnixSystemClock.h"
 #include "Platforms/Linux/V4l2CaptureSession.h"
 #include "Platforms/Linux/V4l2SystemCalls.h"
+#include "Unlock/Linux/LinuxWords.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 #include "UnlockCore/Recognition/FaceRecognizer.h"
@@ -169,7 +170,8 @@ int look(const fs::path& shared, const fs::path& folder, int frames) {
          .imaging = imaging,
          .vision = *vision,
          .fourier = fourier,
-         .registry = registry},
+         .registry = registry,
+         .words = linuxWords},
         [&] { return embedder(models, networks, imaging); },
         [&] {
             return MiniFASNet::load(models, networks, NeuralModels::ComputeUnits::all,

@@ -21,10 +21,14 @@
 #include "Tests/Fakes/FakeSystemSettings.h"
 #include "Tests/Fakes/FakeWindowServer.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
+#include "Unlock/SelfCheck.h"
 #include "Unlock/UnlockModel.h"
+#include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Enrollment/EnrollmentPose.h"
 
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace marrowby {
@@ -52,7 +56,8 @@ struct FakeComputer {
     }
 
     [[nodiscard]] UnlockPlatform platform() {
-        return {.mainThread = mainThread,
+        return {.words = *words,
+                .mainThread = mainThread,
                 .clock = mainThread,
                 .queues = queues,
                 .lockEvents = lockEvents,
@@ -90,6 +95,25 @@ struct FakeComputer {
                            .isPublished = arePublished}};
     }
 
+    [[nodiscard]] SelfCheck::Services selfCheckServices() {
+        return {.words = *words,
+                .mainThread = mainThread,
+                .clock = mainThread,
+                .queues = queues,
+                .lockState = lockState,
+                .sessionInWords = [this] { return sessionInWords; },
+                .spaceKeys = spaceKeys,
+                .keyEvents = keyEvents,
+                .camera = enrollmentCamera,
+                .imaging = imaging,
+                .models = models,
+                .pack = resources().models,
+                .trialKeyStore = keyStore,
+                .cipher = cipher,
+                .ownerCheck = owner,
+                .windowServer = windowServer};
+    }
+
     void settle() {
         queues.runAll();
         mainThread.runPosted();
@@ -125,6 +149,7 @@ struct FakeComputer {
     ModelSums sums{{"embedder", "e"}, {"realFace", "r"}};
     bool arePublished = false;
 
+    const PlatformWords* words = &macWords;
     FakeMainThread mainThread;
     FakeWorkQueues queues;
     FakeLockEvents lockEvents;
@@ -150,6 +175,7 @@ struct FakeComputer {
     FakeSystemSettings systemSettings;
     FakeWindowServer windowServer;
     FakeProcessActivities activities;
+    std::optional<std::string> sessionInWords = "it is there";
 };
 
 }  // namespace marrowby

@@ -1,4 +1,3 @@
-#include "Tests/Fakes/FakeWindowServer.h"
 #include "Tests/Unlock/FakeComputer.h"
 #include "Unlock/SelfCheck.h"
 
@@ -23,22 +22,7 @@ struct SelfCheckTest : testing::Test, FakeComputer {
 
     void run(bool hasPicture = true) {
         check = std::make_unique<SelfCheck>(
-            SelfCheck::Services{.mainThread = mainThread,
-                                .clock = mainThread,
-                                .queues = queues,
-                                .lockState = lockState,
-                                .sessionInWords = [this] { return sessionInWords; },
-                                .spaceKeys = spaceKeys,
-                                .keyEvents = keyEvents,
-                                .camera = enrollmentCamera,
-                                .imaging = imaging,
-                                .models = models,
-                                .pack = resources().models,
-                                .trialKeyStore = keyStore,
-                                .cipher = cipher,
-                                .ownerCheck = owner,
-                                .windowServer = windowServer},
-            [this](const std::string& line) { lines.push_back(line); },
+            selfCheckServices(), [this](const std::string& line) { lines.push_back(line); },
             [this](bool isAllThere) {
                 ended.push_back(isAllThere);
                 check.reset();
@@ -55,8 +39,6 @@ struct SelfCheckTest : testing::Test, FakeComputer {
         settle();
     }
 
-    FakeWindowServer windowServer;
-    std::optional<std::string> sessionInWords = "it is there";
     std::vector<std::string> lines;
     std::vector<bool> ended;
     std::unique_ptr<SelfCheck> check;

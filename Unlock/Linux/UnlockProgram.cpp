@@ -25,6 +25,7 @@
 #include "Platforms/Linux/XdgFolders.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
+#include "Unlock/Linux/LinuxWords.h"
 #include "Unlock/Linux/MissingModelsPresenter.h"
 #include "Unlock/Linux/QtApplicationWindows.h"
 #include "Unlock/SelfCheck.h"
@@ -138,7 +139,8 @@ class World {
             surroundings_.keyringBus(),
             {.service = "app.quenby.unlock.vault.self-check", .account = "self-check"});
         SelfCheck check(
-            {.mainThread = mainThread_,
+            {.words = linuxWords,
+             .mainThread = mainThread_,
              .clock = clock_,
              .queues = queues_,
              .lockState = session_.lockState(),
@@ -240,7 +242,8 @@ std::expected<void, std::string> World::start() {
         *vision = *std::move(finder);
     }
     application_ = std::make_unique<UnlockApplication>(
-        UnlockPlatform{.mainThread = mainThread_,
+        UnlockPlatform{.words = linuxWords,
+                       .mainThread = mainThread_,
                        .clock = clock_,
                        .queues = queues_,
                        .lockEvents = session_.lockEvents(),

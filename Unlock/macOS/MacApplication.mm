@@ -2,6 +2,7 @@
 
 #include "Platforms/macOS/FoundationText.h"
 #include "Unlock/SharedNamespace.h"
+#include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
 
@@ -74,7 +75,8 @@ void MacApplication::willTerminate() {
 
 SelfCheck::Services MacApplication::selfCheckServices() {
     auto own = resources();
-    return {.mainThread = mainThread_,
+    return {.words = macWords,
+            .mainThread = mainThread_,
             .clock = clock_,
             .queues = queues_,
             .lockState = lockState_,
@@ -97,7 +99,8 @@ bool MacApplication::isVisible() const {
 }
 
 UnlockPlatform MacApplication::platform() {
-    return {.mainThread = mainThread_,
+    return {.words = macWords,
+            .mainThread = mainThread_,
             .clock = clock_,
             .queues = queues_,
             .lockEvents = lockMonitor_,

@@ -10,7 +10,7 @@ namespace marrowby {
 struct LogLine {
     std::string_view start{};
     std::string_view middle{};
-    /// A number.
+    /// What is not static: a number, a title.
     std::string detail{};
     std::string_view end{};
     /// Of a person; last.

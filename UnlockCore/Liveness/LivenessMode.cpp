@@ -41,12 +41,12 @@ std::string_view title(LivenessMode mode) {
     return {};
 }
 
-std::string_view settingsNote(LivenessMode mode) {
+std::string settingsNote(LivenessMode mode, const PlatformWords& words) {
     switch (mode) {
         case LivenessMode::standard:
             return {};
         case LivenessMode::strict:
-            return "Also asks for a small turn of the head, in the notch.";
+            return "Also asks for a small turn of the head, " + std::string(words.island) + ".";
     }
     return {};
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "UnlockCore/Platform/PlatformWords.h"
+
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace marrowby {
@@ -16,6 +19,6 @@ enum class LivenessMode { standard, strict };
 [[nodiscard]] std::string_view rawValue(LivenessMode mode);
 [[nodiscard]] std::string_view title(LivenessMode mode);
 /// What the mode adds, for the settings; empty where it adds nothing.
-[[nodiscard]] std::string_view settingsNote(LivenessMode mode);
+[[nodiscard]] std::string settingsNote(LivenessMode mode, const PlatformWords& words);
 
 }  // namespace marrowby

@@ -220,7 +220,7 @@ void CameraFaceScanner::start(LookID look, const ScanConfiguration& configuratio
     camera_.setOnFrame([loop](const CameraFrame& frame) { loop->process(frame); });
     preload();
     if (const auto started = camera_.start(configuration.cameraID); !started) {
-        fail(description(started.error()));
+        fail(description(started.error(), services_.words));
     }
 }
 

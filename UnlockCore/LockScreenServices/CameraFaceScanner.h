@@ -9,6 +9,7 @@
 #include "UnlockCore/Platform/FourierTransform.h"
 #include "UnlockCore/Platform/Imaging.h"
 #include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/PlatformWords.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 #include "UnlockCore/Recognition/CameraManager.h"
@@ -50,6 +51,7 @@ class CameraFaceScanner final : public FaceScanning {
         FaceVision& vision;
         const FourierTransform& fourier;
         CameraUseRegistry& registry;
+        const PlatformWords& words;
     };
 
     /// The factories are called on a background queue, never two at once.

@@ -12,37 +12,38 @@ namespace marrowby {
 
 namespace {
 
-TypingOutcome outcomeOf(const std::expected<KeystrokeTyping, StorageError>& typing) {
-    if (!typing) return TypingOutcome::Failed{description(typing.error())};
+TypingOutcome outcomeOf(const std::expected<KeystrokeTyping, StorageError>& typing,
+                        const PlatformWords& words) {
+    if (!typing) return TypingOutcome::Failed{description(typing.error(), words)};
     const auto& outcome = typing->outcome();
     if (outcome) return TypingOutcome::Typed{};
     if (outcome.error() == KeystrokeError::notLocked) return TypingOutcome::Stopped{};
-    return TypingOutcome::Failed{std::string(description(outcome.error()))};
+    return TypingOutcome::Failed{description(outcome.error(), words)};
 }
 
 }  // namespace
 
 void StoredPasswordTyper::typeStoredPassword(std::function<bool()> stillLocked,
                                              std::function<void(TypingOutcome)> completion) {
-    workQueues_.background()->async(
-        [&credentials = credentials_, &keyEvents = keyEvents_, &mainThread = mainThread_,
-         typings = typings_, order = typings_->order(), stillLocked = std::move(stillLocked),
-         completion = std::move(completion)] {
-            const TypingsUnderWay::Turn turn(*typings, order);
-            if (!turn.isTaken()) {
-                mainThread.post([completion] { completion(TypingOutcome::Stopped{}); });
-                return;
-            }
-            const auto mayGoOn = [&credentials, typings, order, stillLocked] {
-                return typings->stands(order) && credentials.isOpen() && stillLocked();
-            };
-            const auto typing =
-                credentials.withPassword([&](std::span<const std::uint8_t> password) {
-                    return keystrokeinjector::typePassword(keyEvents, password, mayGoOn);
-                });
-            mainThread.post([outcome = outcomeOf(typing), completion] { completion(outcome); });
-            // The keyboard goes back only now, which may take seconds.
+    workQueues_.background()->async([&credentials = credentials_, &keyEvents = keyEvents_,
+                                     &mainThread = mainThread_, &words = words_, typings = typings_,
+                                     order = typings_->order(),
+                                     stillLocked = std::move(stillLocked),
+                                     completion = std::move(completion)] {
+        const TypingsUnderWay::Turn turn(*typings, order);
+        if (!turn.isTaken()) {
+            mainThread.post([completion] { completion(TypingOutcome::Stopped{}); });
+            return;
+        }
+        const auto mayGoOn = [&credentials, typings, order, stillLocked] {
+            return typings->stands(order) && credentials.isOpen() && stillLocked();
+        };
+        const auto typing = credentials.withPassword([&](std::span<const std::uint8_t> password) {
+            return keystrokeinjector::typePassword(keyEvents, password, mayGoOn);
         });
+        mainThread.post([outcome = outcomeOf(typing, words), completion] { completion(outcome); });
+        // The keyboard goes back only now, which may take seconds.
+    });
 }
 
 }  // namespace marrowby

@@ -4,6 +4,7 @@
 #include "UnlockCore/LockScreenServices/TypingsUnderWay.h"
 #include "UnlockCore/Platform/KeyEvents.h"
 #include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/PlatformWords.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 #include "UnlockCore/Storage/CredentialStore.h"
 
@@ -17,11 +18,12 @@ namespace marrowby {
 class StoredPasswordTyper final : public PasswordTyping {
   public:
     StoredPasswordTyper(const CredentialStore& credentials, KeyEvents& keyEvents,
-                        WorkQueues& workQueues, MainThread& mainThread)
+                        WorkQueues& workQueues, MainThread& mainThread, const PlatformWords& words)
         : credentials_(credentials),
           keyEvents_(keyEvents),
           workQueues_(workQueues),
-          mainThread_(mainThread) {}
+          mainThread_(mainThread),
+          words_(words) {}
     ~StoredPasswordTyper() override { typings_->end(); }
     StoredPasswordTyper(const StoredPasswordTyper&) = delete;
     StoredPasswordTyper& operator=(const StoredPasswordTyper&) = delete;
@@ -36,6 +38,7 @@ class StoredPasswordTyper final : public PasswordTyping {
     KeyEvents& keyEvents_;
     WorkQueues& workQueues_;
     MainThread& mainThread_;
+    const PlatformWords& words_;
     const std::shared_ptr<TypingsUnderWay> typings_ = std::make_shared<TypingsUnderWay>();
 };
 

@@ -2,12 +2,14 @@
 
 namespace marrowby {
 
-std::string_view description(KeystrokeError error) {
+std::string description(KeystrokeError error, const PlatformWords& words) {
     switch (error) {
         case KeystrokeError::noAccessibility:
-            return "Marrowby Unlock needs Accessibility to type your password at the lock screen.";
+            return "Marrowby Unlock needs " + std::string(words.typing.right) +
+                   " to type your password at the lock screen.";
         case KeystrokeError::notLocked:
-            return "The Mac isn’t locked any more, so nothing was typed.";
+            return "The " + std::string(words.computer) +
+                   " isn’t locked any more, so nothing was typed.";
         case KeystrokeError::invalidText:
             return "The saved password isn’t valid text.";
         case KeystrokeError::eventFailed:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "UnlockCore/Platform/PlatformWords.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -30,6 +32,6 @@ struct KeychainError : std::variant<keychainerror::Status, keychainerror::Unexpe
 };
 
 /// The sentence for the user.
-[[nodiscard]] std::string description(const KeychainError& error);
+[[nodiscard]] std::string description(const KeychainError& error, const PlatformWords& words);
 
 }  // namespace marrowby

@@ -5,8 +5,10 @@ namespace marrowby {
 namespace {
 
 struct Description {
+    const PlatformWords& words;
+
     std::string operator()(const OwnerCheckError::Unavailable& error) const {
-        return "macOS can’t check it’s you right now. " + error.explanation;
+        return std::string(words.system) + " can’t check it’s you right now. " + error.explanation;
     }
     std::string operator()(const OwnerCheckError::Cancelled& /*unused*/) const {
         return "Cancelled.";
@@ -15,8 +17,8 @@ struct Description {
 
 }  // namespace
 
-std::string description(const OwnerCheckError& error) {
-    return std::visit(Description(), error);
+std::string description(const OwnerCheckError& error, const PlatformWords& words) {
+    return std::visit(Description{.words = words}, error);
 }
 
 }  // namespace marrowby

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "UnlockCore/Platform/PlatformWords.h"
+
 #include <string>
 #include <variant>
 
@@ -26,6 +28,6 @@ struct OwnerCheckError : std::variant<ownercheckerror::Unavailable, ownerchecker
 };
 
 /// The sentence for the user.
-[[nodiscard]] std::string description(const OwnerCheckError& error);
+[[nodiscard]] std::string description(const OwnerCheckError& error, const PlatformWords& words);
 
 }  // namespace marrowby

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 
 namespace marrowby {
 
@@ -11,8 +10,6 @@ class SystemSettings {
     enum class Pane : std::uint8_t { camera, accessibility, inputMonitoring };
 
     virtual ~SystemSettings() = default;
-    /// In words, for a sentence.
-    [[nodiscard]] virtual std::string location(Pane pane) const = 0;
     /// False where there is nothing that could be opened.
     virtual bool open(Pane pane) = 0;
 
@@ -28,8 +25,6 @@ inline constexpr const char* openAtAddress =
     "x-apple.systempreferences:com.apple.preference.security?";
 
 struct Place {
-    /// For the user.
-    const char* location;
     /// The end of the address.
     const char* anchor;
     /// The system puts the application into its list when it is asked for trust.
@@ -39,13 +34,11 @@ struct Place {
 [[nodiscard]] constexpr Place place(SystemSettings::Pane pane) {
     switch (pane) {
         case SystemSettings::Pane::camera:
-            return {"System Settings › Privacy & Security › Camera", "Privacy_Camera", false};
+            return {"Privacy_Camera", false};
         case SystemSettings::Pane::accessibility:
-            return {"System Settings › Privacy & Security › Accessibility", "Privacy_Accessibility",
-                    true};
+            return {"Privacy_Accessibility", true};
         case SystemSettings::Pane::inputMonitoring:
-            return {"System Settings › Privacy & Security › Input Monitoring",
-                    "Privacy_ListenEvent", false};
+            return {"Privacy_ListenEvent", false};
     }
     return {};
 }

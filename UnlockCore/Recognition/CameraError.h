@@ -1,5 +1,7 @@
 #pragma once
 
+#include "UnlockCore/Platform/PlatformWords.h"
+
 #include <string>
 #include <variant>
 
@@ -30,6 +32,6 @@ struct CameraError
 };
 
 /// The sentence for the user.
-[[nodiscard]] std::string description(const CameraError& error);
+[[nodiscard]] std::string description(const CameraError& error, const PlatformWords& words);
 
 }  // namespace marrowby

@@ -5,40 +5,42 @@ namespace marrowby {
 namespace {
 
 struct Title {
-    std::string_view operator()(UnlockStatus::NotSetUp /*unused*/) const {
-        return "Not set up yet";
+    const PlatformWords& words;
+
+    std::string operator()(UnlockStatus::NotSetUp /*unused*/) const { return "Not set up yet"; }
+    std::string operator()(UnlockStatus::PasswordNotSaved /*unused*/) const {
+        return std::string(words.password.atStart) + " not saved";
     }
-    std::string_view operator()(UnlockStatus::PasswordNotSaved /*unused*/) const {
-        return "Mac password not saved";
+    std::string operator()(UnlockStatus::PasswordNeedsUpdate /*unused*/) const {
+        return "Update your " + std::string(words.password.inSentence);
     }
-    std::string_view operator()(UnlockStatus::PasswordNeedsUpdate /*unused*/) const {
-        return "Update your Mac password";
-    }
-    std::string_view operator()(UnlockStatus::Off /*unused*/) const { return "Off"; }
-    std::string_view operator()(UnlockStatus::CameraNotAllowed camera) const {
+    std::string operator()(UnlockStatus::Off /*unused*/) const { return "Off"; }
+    std::string operator()(UnlockStatus::CameraNotAllowed camera) const {
         return camera.wasAsked ? "Camera not allowed" : "Camera not allowed yet";
     }
-    std::string_view operator()(UnlockStatus::AccessibilityOff /*unused*/) const {
-        return "Accessibility is off";
+    std::string operator()(UnlockStatus::AccessibilityOff /*unused*/) const {
+        return std::string(words.typing.notAllowed);
     }
-    std::string_view operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
-        return "Needs Touch ID once this session";
+    std::string operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
+        return "Needs " + std::string(words.ownerCheck.name) + " once this session";
     }
-    std::string_view operator()(UnlockStatus::ModelsChanged /*unused*/) const {
+    std::string operator()(UnlockStatus::ModelsChanged /*unused*/) const {
         return "The models changed since your face was saved";
     }
-    std::string_view operator()(UnlockStatus::Ready /*unused*/) const { return "Ready"; }
+    std::string operator()(UnlockStatus::Ready /*unused*/) const { return "Ready"; }
 };
 
 struct Detail {
     std::string_view applicationName;
-    std::string_view settingsLocation;
+    const PlatformWords& words;
 
     std::string operator()(UnlockStatus::NotSetUp /*unused*/) const {
-        return "Save your face and your Mac password, and it’s ready.";
+        return "Save your face and your " + std::string(words.password.inSentence) +
+               ", and it’s ready.";
     }
     std::string operator()(UnlockStatus::PasswordNotSaved /*unused*/) const {
-        return "Your face is saved. Save your Mac password to finish.";
+        return "Your face is saved. Save your " + std::string(words.password.inSentence) +
+               " to finish.";
     }
     std::string operator()(UnlockStatus::PasswordNeedsUpdate /*unused*/) const {
         return "The lock screen turned the saved one down twice, so typing it has stopped.";
@@ -47,16 +49,20 @@ struct Detail {
         return "The lock screen stays as it is. Turn it on above.";
     }
     std::string operator()(UnlockStatus::CameraNotAllowed camera) const {
-        return camera.wasAsked ? "Turned off in System Settings › Privacy & Security › Camera."
-                               : "macOS asks once. Allow it, so it can look for you at the lock "
-                                 "screen.";
+        return camera.wasAsked ? words.camera.advice("Turned off in ")
+                               : std::string(words.system) +
+                                     " asks once. Allow it, so it can look for you at the lock "
+                                     "screen.";
     }
     std::string operator()(UnlockStatus::AccessibilityOff /*unused*/) const {
-        return "Needed to type your password at the lock screen: switch " +
-               std::string(applicationName) + " on in " + std::string(settingsLocation) + ".";
+        return words.accessibility.advice(
+            "Needed to type your password at the lock screen: "
+            "switch " +
+            std::string(applicationName) + " on in ");
     }
     std::string operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
-        return "After a restart, Touch ID (or your password) once lets it work at the lock screen.";
+        return "After a restart, " + std::string(words.ownerCheck.orPassword) +
+               " once lets it work at the lock screen.";
     }
     std::string operator()(UnlockStatus::ModelsChanged /*unused*/) const {
         return "It doesn’t look for you with models that didn’t save your face. If you changed "
@@ -64,8 +70,8 @@ struct Detail {
                "capture your face again; if you didn’t, prepare the models anew.";
     }
     std::string operator()(UnlockStatus::Ready /*unused*/) const {
-        return "Looks for you when you come back to your locked Mac, and types your password when "
-               "it’s you.";
+        return "Looks for you when you come back to your locked " + std::string(words.computer) +
+               ", and types your password when it’s you.";
     }
 };
 
@@ -97,7 +103,7 @@ struct Fix {
 
 }  // namespace
 
-std::string_view title(UnlockStatusFix fix) {
+std::string_view title(UnlockStatusFix fix, const PlatformWords& words) {
     switch (fix) {
         case UnlockStatusFix::setUp:
             return "Set up…";
@@ -111,7 +117,7 @@ std::string_view title(UnlockStatusFix fix) {
         case UnlockStatusFix::openAccessibilitySettings:
             return "Open Settings…";
         case UnlockStatusFix::touchID:
-            return "Use Touch ID…";
+            return words.ownerCheck.button;
         case UnlockStatusFix::captureAgain:
             return "Capture Again…";
     }
@@ -132,14 +138,13 @@ UnlockStatus UnlockStatus::of(const UnlockStatusFacts& facts) {
     return Ready{};
 }
 
-std::string_view UnlockStatus::title() const {
-    return std::visit(Title(), *this);
+std::string UnlockStatus::title(const PlatformWords& words) const {
+    return std::visit(Title{.words = words}, *this);
 }
 
 std::string UnlockStatus::detail(std::string_view applicationName,
-                                 std::string_view settingsLocation) const {
-    return std::visit(
-        Detail{.applicationName = applicationName, .settingsLocation = settingsLocation}, *this);
+                                 const PlatformWords& words) const {
+    return std::visit(Detail{.applicationName = applicationName, .words = words}, *this);
 }
 
 std::optional<UnlockStatusFix> UnlockStatus::fix() const {

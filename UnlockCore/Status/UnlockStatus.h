@@ -1,5 +1,6 @@
 #pragma once
 
+#include "UnlockCore/Platform/PlatformWords.h"
 #include "UnlockCore/Recognition/CameraManager.h"
 
 #include <optional>
@@ -39,7 +40,7 @@ enum class UnlockStatusFix {
 };
 
 /// Of its button.
-[[nodiscard]] std::string_view title(UnlockStatusFix fix);
+[[nodiscard]] std::string_view title(UnlockStatusFix fix, const PlatformWords& words);
 
 namespace unlockstatus {
 
@@ -95,10 +96,9 @@ struct UnlockStatus
     [[nodiscard]] static UnlockStatus of(const UnlockStatusFacts& facts);
 
     [[nodiscard]] bool isReady() const { return std::holds_alternative<Ready>(*this); }
-    [[nodiscard]] std::string_view title() const;
-    /// `settingsLocation` is where Accessibility is switched.
+    [[nodiscard]] std::string title(const PlatformWords& words) const;
     [[nodiscard]] std::string detail(std::string_view applicationName,
-                                     std::string_view settingsLocation) const;
+                                     const PlatformWords& words) const;
     [[nodiscard]] std::optional<UnlockStatusFix> fix() const;
 };
 

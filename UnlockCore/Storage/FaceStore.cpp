@@ -16,8 +16,9 @@ constexpr const char* unnamed = "Face";
 
 }  // namespace
 
-FaceStore::FaceStore(SealedFile file, Vault& vault, AuthenticatedCipher& cipher, SystemClock& clock)
-    : file_(std::move(file)), vault_(vault), cipher_(cipher), clock_(clock) {}
+FaceStore::FaceStore(SealedFile file, Vault& vault, AuthenticatedCipher& cipher, SystemClock& clock,
+                     const PlatformWords& words)
+    : file_(std::move(file)), vault_(vault), cipher_(cipher), clock_(clock), words_(words) {}
 
 std::expected<void, StorageError> FaceStore::load() {
     auto read = file_.exists() ? readFile() : std::vector<FaceIdentity>();
@@ -31,7 +32,7 @@ std::expected<void, StorageError> FaceStore::load() {
         return {};
     }
     identities_.clear();
-    loadFailure_ = description(read.error());
+    loadFailure_ = description(read.error(), words_);
     return std::unexpected(FaceStoreError(FaceStoreError::Unreadable{*loadFailure_}));
 }
 

@@ -2,6 +2,7 @@
 
 #include "UnlockCore/Foundation/UUID.h"
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
+#include "UnlockCore/Platform/PlatformWords.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Recognition/FaceIdentity.h"
 #include "UnlockCore/Storage/SealedFile.h"
@@ -20,7 +21,8 @@ namespace marrowby {
 class FaceStore {
   public:
     /// The cipher's random numbers make new ids.
-    FaceStore(SealedFile file, Vault& vault, AuthenticatedCipher& cipher, SystemClock& clock);
+    FaceStore(SealedFile file, Vault& vault, AuthenticatedCipher& cipher, SystemClock& clock,
+              const PlatformWords& words);
 
     /// No file is no faces. VaultError::locked changes nothing; any other failure is Unreadable.
     [[nodiscard]] std::expected<void, StorageError> load();
@@ -57,6 +59,7 @@ class FaceStore {
     Vault& vault_;
     AuthenticatedCipher& cipher_;
     SystemClock& clock_;
+    const PlatformWords& words_;
     std::vector<FaceIdentity> identities_;
     bool isLoaded_ = false;
     std::optional<std::string> loadFailure_;

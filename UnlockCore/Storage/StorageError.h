@@ -4,6 +4,7 @@
 #include "UnlockCore/Platform/FileSystem.h"
 #include "UnlockCore/Platform/KeychainError.h"
 #include "UnlockCore/Platform/OwnerCheck.h"
+#include "UnlockCore/Platform/PlatformWords.h"
 #include "UnlockCore/Storage/CredentialError.h"
 #include "UnlockCore/Storage/FaceIdentityCodingError.h"
 #include "UnlockCore/Storage/FaceStoreError.h"
@@ -24,6 +25,6 @@ struct StorageError
 };
 
 /// The sentence for the user.
-[[nodiscard]] std::string description(const StorageError& error);
+[[nodiscard]] std::string description(const StorageError& error, const PlatformWords& words);
 
 }  // namespace marrowby

@@ -3,17 +3,17 @@
 namespace marrowby {
 
 UnlockDataEraser::Report UnlockDataEraser::erase(FaceStore& faces, CredentialStore& credentials,
-                                                 Vault& vault) {
+                                                 Vault& vault, const PlatformWords& words) {
     Report report;
     if (const auto removed = faces.removeAll()) {
         report.removedFaces = true;
     } else {
-        report.problems.push_back("Faces: " + description(removed.error()));
+        report.problems.push_back("Faces: " + description(removed.error(), words));
     }
     if (const auto removed = credentials.remove()) {
         report.removedPassword = true;
     } else {
-        report.problems.push_back("Password: " + description(removed.error()));
+        report.problems.push_back("Password: " + description(removed.error(), words));
     }
     if (!report.removedFaces || !report.removedPassword) {
         // What remains could not be opened without the key.
@@ -24,7 +24,7 @@ UnlockDataEraser::Report UnlockDataEraser::erase(FaceStore& faces, CredentialSto
         vault.lock();
         report.removedKey = true;
     } else {
-        report.problems.push_back("Key: " + description(removed.error()));
+        report.problems.push_back("Key: " + description(removed.error(), words));
     }
     return report;
 }

@@ -23,7 +23,8 @@ class UnlockDataEraser {
     };
 
     /// Locks the vault, except where the key alone couldn't be deleted.
-    [[nodiscard]] static Report erase(FaceStore& faces, CredentialStore& credentials, Vault& vault);
+    [[nodiscard]] static Report erase(FaceStore& faces, CredentialStore& credentials, Vault& vault,
+                                      const PlatformWords& words);
 };
 
 }  // namespace marrowby

@@ -2,10 +2,10 @@
 
 namespace marrowby {
 
-std::string_view description(VaultError error) {
+std::string description(VaultError error, const PlatformWords& words) {
     switch (error) {
         case VaultError::locked:
-            return "Marrowby Unlock needs your Touch ID or password first.";
+            return "Marrowby Unlock needs your " + std::string(words.ownerCheck.yours) + " first.";
         case VaultError::keyMissingButDataExists:
             return "The key for your saved face and password is missing, but they’re still saved. "
                    "Nothing was deleted. Remove them in Settings to start again.";

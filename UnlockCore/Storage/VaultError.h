@@ -1,6 +1,8 @@
 #pragma once
 
-#include <string_view>
+#include "UnlockCore/Platform/PlatformWords.h"
+
+#include <string>
 
 namespace marrowby {
 
@@ -14,7 +16,7 @@ enum class VaultError {
     unknownFormat,
 };
 
-/// The fixed sentence for the user.
-[[nodiscard]] std::string_view description(VaultError error);
+/// The sentence for the user.
+[[nodiscard]] std::string description(VaultError error, const PlatformWords& words);
 
 }  // namespace marrowby

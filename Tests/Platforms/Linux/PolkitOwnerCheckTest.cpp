@@ -1,6 +1,7 @@
 #include "Platforms/Linux/PolkitOwnerCheck.h"
 #include "Tests/Platforms/Linux/PrivateBus.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
+#include "Unlock/Linux/LinuxWords.h"
 #include "UnlockCore/Storage/StorageError.h"
 
 #include <QDBusArgument>
@@ -77,8 +78,9 @@ struct PolkitOwnerCheckTest : testing::Test {
         EXPECT_EQ(outcomes.size(), 1U);
         const auto outcome = std::exchange(outcomes, {}).front();
         if (outcome) return "yes";
-        return std::visit([](const auto& error) { return description(StorageError(error)); },
-                          outcome.error());
+        return std::visit(
+            [](const auto& error) { return description(StorageError(error), linuxWords); },
+            outcome.error());
     }
 };
 
@@ -131,7 +133,8 @@ TEST_F(PolkitOwnerCheckTest, saysWhatIsMissing) {
     EXPECT_EQ(answer(), "The system bus can’t be reached.");
     EXPECT_FALSE(check->canConfirm());
     ask();
-    EXPECT_EQ(answer(), "macOS can’t check it’s you right now. The system bus can’t be reached.");
+    EXPECT_EQ(answer(),
+              "The system can’t check it’s you right now. The system bus can’t be reached.");
 }
 
 TEST_F(PolkitOwnerCheckTest, withdrawsItsPromptWhenItGoes) {

@@ -1,6 +1,7 @@
 #include "Platforms/Linux/SecretServiceKeyStore.h"
 #include "Tests/Platforms/Linux/KeyringDaemon.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
+#include "Unlock/Linux/LinuxWords.h"
 
 #include <QDBusArgument>
 #include <QVariantMap>
@@ -18,13 +19,13 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr const char* password = "the keyring's";
-const std::string noBus = "Keychain: There’s no session bus, so no keyring can be reached.";
+const std::string noBus = "Keyring: There’s no session bus, so no keyring can be reached.";
 const std::string noService =
-    "Keychain: No Secret Service is running. Install the package gnome-keyring, then log in again.";
+    "Keyring: No Secret Service is running. Install the package gnome-keyring, then log in again.";
 const std::string noKeyring =
-    "Keychain: There’s no keyring yet. Log in again with your password, or make one in Passwords "
+    "Keyring: There’s no keyring yet. Log in again with your password, or make one in Passwords "
     "and Keys (package seahorse).";
-const std::string locked = "Keychain: Your keyring is locked. Unlock it, then try again.";
+const std::string locked = "Keyring: Your keyring is locked. Unlock it, then try again.";
 
 /// With every kind of byte that text would stumble over.
 Bytes key(std::uint8_t seed) {
@@ -44,7 +45,7 @@ struct KeyStore {
 
     std::string load() {
         const auto loaded = store.loadKey();
-        if (!loaded) return description(loaded.error());
+        if (!loaded) return description(loaded.error(), linuxWords);
         if (!*loaded) return "nothing";
         for (const std::uint8_t seed : {std::uint8_t{1}, std::uint8_t{2}}) {
             if (std::ranges::equal((*loaded)->values(), key(seed)))
@@ -54,11 +55,11 @@ struct KeyStore {
     }
     std::string save(std::uint8_t seed) {
         const auto saved = store.saveKey(key(seed));
-        return saved ? "saved" : description(saved.error());
+        return saved ? "saved" : description(saved.error(), linuxWords);
     }
     std::string erase() {
         const auto erased = store.deleteKey();
-        return erased ? "erased" : description(erased.error());
+        return erased ? "erased" : description(erased.error(), linuxWords);
     }
 };
 
@@ -197,7 +198,7 @@ TEST_F(SecretServiceKeyStoreTest, neitherPromptsNorLosesWhatTheServiceSays) {
 
     KeyStore keys(bus->address());
     EXPECT_EQ(keys.erase(),
-              "Keychain: Your keyring wants to ask you first. Unlock it, then try again.");
+              "Keyring: Your keyring wants to ask you first. Unlock it, then try again.");
     const auto dismissals =
         bus->call(name, "/prompt", "org.freedesktop.DBus.Mock", "GetMethodCalls", {"Dismiss"})
             .value<QDBusArgument>();
@@ -207,7 +208,7 @@ TEST_F(SecretServiceKeyStoreTest, neitherPromptsNorLosesWhatTheServiceSays) {
 
     answer("SearchItems", "a{ss}", "aoao",
            "raise dbus.exceptions.DBusException('The disk is on fire.', name='org.example.Fire')");
-    EXPECT_EQ(keys.load(), "Keychain: The disk is on fire.");
+    EXPECT_EQ(keys.load(), "Keyring: The disk is on fire.");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
 #include "Tests/Platforms/Linux/FakeV4l2.h"
+#include "Unlock/Linux/LinuxWords.h"
 #include "UnlockCore/Recognition/CameraManager.h"
 
 #include <array>
@@ -294,8 +295,8 @@ TEST_F(V4l2CaptureSessionTest, saysWhyItCannotStart) {
     const std::vector<Case> cases{
         {[](FakeV4l2& s) { s.cameras.clear(); }, "No camera found."},
         {[](FakeV4l2& s) { s.cameras[0].isAllowed = false; },
-         "Marrowby Unlock isn’t allowed to use the camera. Turn it on in System Settings › "
-         "Privacy & Security › Camera."},
+         "Marrowby Unlock isn’t allowed to use the camera. Add your account to the group “video”, "
+         "then log in again."},
         {[](FakeV4l2& s) { s.cameras[0].isTaken = true; },
          "The camera couldn’t be opened: another program is using it."},
         {[](FakeV4l2& s) { s.cameras[0].faults[VIDIOC_REQBUFS] = ENODEV; },
@@ -306,7 +307,7 @@ TEST_F(V4l2CaptureSessionTest, saysWhyItCannotStart) {
         c.fault(*system);
         const auto started = manager().start(std::nullopt);
         ASSERT_FALSE(started) << c.sentence;
-        EXPECT_EQ(description(started.error()), c.sentence);
+        EXPECT_EQ(description(started.error(), linuxWords), c.sentence);
         TearDown();
     }
 }

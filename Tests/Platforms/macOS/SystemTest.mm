@@ -14,6 +14,7 @@
 #include "Platforms/macOS/RunLoopMainThread.h"
 #include "Platforms/macOS/SecurityKeychain.h"
 #include "Platforms/macOS/UserDefaultsStore.h"
+#include "Unlock/macOS/MacWords.h"
 
 #include <algorithm>
 #include <array>
@@ -102,7 +103,7 @@ TEST(SecurityKeychain, keepsReplacesAndForgetsAKey) {
     for (const std::uint8_t byte : {std::uint8_t{1}, std::uint8_t{2}}) {
         const std::array<std::uint8_t, 32> key{byte};
         const auto saved = store.saveKey(key);
-        ASSERT_TRUE(saved) << description(saved.error());
+        ASSERT_TRUE(saved) << description(saved.error(), macWords);
         const auto loaded = store.loadKey();
         ASSERT_TRUE(loaded && *loaded);
         EXPECT_TRUE(std::ranges::equal((*loaded)->values(), key));

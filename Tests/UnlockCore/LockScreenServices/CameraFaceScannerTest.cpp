@@ -7,6 +7,7 @@
 #include "Tests/Fakes/ScriptedEmbedder.h"
 #include "Tests/Platforms/SystemWorkQueues.h"
 #include "Tests/UnlockCore/LockScreenServices/ScriptedAntiSpoof.h"
+#include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Liveness/LivenessTuning.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 
@@ -57,7 +58,7 @@ class CameraFaceScannerTest : public testing::Test {
         scanner = std::make_unique<CameraFaceScanner>(
             session,
             CameraFaceScanner::Services{own, mainThread, mainThread, imaging, vision, fourier,
-                                        registry},
+                                        registry, macWords},
             [this]() -> std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> {
                 ++embedderLoads;
                 if (embedderFault) return std::unexpected(*embedderFault);

@@ -2,6 +2,7 @@
 #include "Tests/Fakes/FakeKeyEvents.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
 #include "Tests/Fakes/VaultBench.h"
+#include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/LockScreenServices/StoredPasswordTyper.h"
 #include "UnlockCore/Platform/KeyCodes.h"
 
@@ -50,14 +51,14 @@ class StoredPasswordTyperTest : public testing::Test {
     CredentialStore credentials_{bench_.passwordFile, *bench_.vault};
     FakeKeyEvents keyEvents_;
     FakeWorkQueues queues_;
-    StoredPasswordTyper typer_{credentials_, keyEvents_, queues_, bench_.mainThread};
+    StoredPasswordTyper typer_{credentials_, keyEvents_, queues_, bench_.mainThread, macWords};
 };
 
 TEST_F(StoredPasswordTyperTest, tellsEveryWayItEnds) {
     EXPECT_EQ(type(), Outcomes{std::string(description(CredentialError::none))});
     savePassword("secret");
     bench_.vault->lock();
-    EXPECT_EQ(type(), Outcomes{std::string(description(VaultError::locked))});
+    EXPECT_EQ(type(), Outcomes{description(VaultError::locked, macWords)});
     savePassword("\xFF\xFE");
     EXPECT_EQ(type(), Outcomes{"The saved password isn’t valid text."});
     savePassword("secret");
@@ -141,7 +142,7 @@ TEST_F(StoredPasswordTyperTest, stopsInTheMiddleWhoeverEndsIt) {
         bool isStopped = false;
         SlowKeyEvents keys;
         ThreadWorkQueues queues;
-        StoredPasswordTyper typer(credentials_, keys, queues, bench_.mainThread);
+        StoredPasswordTyper typer(credentials_, keys, queues, bench_.mainThread, macWords);
         typer.typeStoredPassword([] { return true; },
                                  [&](const auto& outcome) {
                                      isStopped =
@@ -172,8 +173,8 @@ TEST_F(StoredPasswordTyperTest, leavesNoTypingBehindThatUsesWhatIsGone) {
         ThreadWorkQueues queues;
         auto keys = std::make_unique<SlowKeyEvents>();
         auto credentials = std::make_unique<CredentialStore>(bench_.passwordFile, *bench_.vault);
-        auto typer =
-            std::make_unique<StoredPasswordTyper>(*credentials, *keys, queues, bench_.mainThread);
+        auto typer = std::make_unique<StoredPasswordTyper>(*credentials, *keys, queues,
+                                                           bench_.mainThread, macWords);
         typer->typeStoredPassword([] { return true; }, [](const auto& /*outcome*/) {});
         keys->inTheMiddle.get_future().wait();
         keys->goOn.set_value();
@@ -184,8 +185,8 @@ TEST_F(StoredPasswordTyperTest, leavesNoTypingBehindThatUsesWhatIsGone) {
     }
     // Not begun.
     auto keys = std::make_unique<SlowKeyEvents>();
-    auto typer =
-        std::make_unique<StoredPasswordTyper>(credentials_, *keys, queues_, bench_.mainThread);
+    auto typer = std::make_unique<StoredPasswordTyper>(credentials_, *keys, queues_,
+                                                       bench_.mainThread, macWords);
     typer->typeStoredPassword([] { return true; }, [](const auto& /*outcome*/) {});
     typer.reset();
     keys.reset();

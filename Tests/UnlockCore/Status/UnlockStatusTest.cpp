@@ -1,3 +1,4 @@
+#include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Status/UnlockStatus.h"
 
 #include <optional>
@@ -47,8 +48,8 @@ TEST(UnlockStatus, tellsTheFirstConditionThatIsNotMet) {
         {UnlockStatus::Ready{}, {}, [](auto&) {}},
     };
     for (const auto& [status, fix, mend] : cases) {
-        EXPECT_EQ(UnlockStatus::of(facts), status) << status.title();
-        EXPECT_EQ(UnlockStatus::of(facts).fix(), fix) << status.title();
+        EXPECT_EQ(UnlockStatus::of(facts), status) << status.title(macWords);
+        EXPECT_EQ(UnlockStatus::of(facts).fix(), fix) << status.title(macWords);
         EXPECT_EQ(status.isReady(), facts == good);
         mend(facts);
     }

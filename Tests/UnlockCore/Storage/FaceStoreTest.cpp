@@ -1,4 +1,5 @@
 #include "Tests/Fakes/VaultBench.h"
+#include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Storage/FaceStore.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +15,7 @@ struct Bench : VaultBench {
     FaceStore store = makeStore();
 
     Bench() { (void)unlock(); }
-    FaceStore makeStore() { return {facesFile, *vault, cipher, mainThread}; }
+    FaceStore makeStore() { return {facesFile, *vault, cipher, mainThread, macWords}; }
     UUID save(std::string_view name) {
         EXPECT_TRUE(store.saveIdentity(oneSample, name, "m-1", 1));
         return store.identities().back().id;

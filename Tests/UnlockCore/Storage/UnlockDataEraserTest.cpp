@@ -1,4 +1,5 @@
 #include "Tests/Fakes/VaultBench.h"
+#include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Storage/UnlockDataEraser.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,7 @@ namespace {
 using Report = UnlockDataEraser::Report;
 
 struct Bench : VaultBench {
-    FaceStore faces{facesFile, *vault, cipher, mainThread};
+    FaceStore faces{facesFile, *vault, cipher, mainThread, macWords};
     CredentialStore credentials{passwordFile, *vault};
 
     void fill() {
@@ -19,7 +20,7 @@ struct Bench : VaultBench {
         auto password = SecretBytes::copyOf(bytesOf("p")).value();
         EXPECT_TRUE(credentials.save(password));
     }
-    Report erase() { return UnlockDataEraser::erase(faces, credentials, *vault); }
+    Report erase() { return UnlockDataEraser::erase(faces, credentials, *vault, macWords); }
 };
 
 const Report everything{

@@ -1,0 +1,377 @@
+#include "Rehearsal/SceneWindows.h"
+#include "Tests/Unlock/FakeComputer.h"
+#include "Unlock/Linux/LinuxWords.h"
+#include "Unlock/Linux/MissingModelsPresenter.h"
+#include "Unlock/SelfCheck.h"
+#include "Unlock/UnlockApplication.h"
+#include "UnlockCore/Engine/UnlockFailure.h"
+#include "UnlockCore/Enrollment/EnrollmentSession.h"
+#include "UnlockCore/Liveness/LivenessCue.h"
+#include "UnlockCore/Liveness/RealFaceModelError.h"
+#include "UnlockCore/LockWatching/UnlockGate.h"
+#include "UnlockCore/PasswordEntry/KeystrokeError.h"
+#include "UnlockCore/PasswordEntry/TypablePassword.h"
+#include "UnlockCore/Recognition/FaceRecognitionError.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdint>
+#include <random>
+#include <set>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+using Window = UnlockOpening::Window;
+
+/// What only a Mac has, or calls so.
+constexpr std::array macWordList{"mac",
+                                 "macos",
+                                 "apple",
+                                 "touch id",
+                                 "keychain",
+                                 "system settings",
+                                 "privacy & security",
+                                 "open settings",
+                                 "accessibility",
+                                 "input monitoring",
+                                 "trackpad",
+                                 "notch",
+                                 "from applications",
+                                 "menu bar",
+                                 "dock",
+                                 "finder",
+                                 "spotlight",
+                                 "filevault",
+                                 "login window"};
+
+/// The Mac’s words in a text, as words of their own.
+std::string macWordIn(std::string text) {
+    std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::tolower(c); });
+    const auto isLetter = [&](std::size_t i) {
+        return i < text.size() && std::isalpha(static_cast<unsigned char>(text[i])) != 0;
+    };
+    for (const std::string_view word : macWordList) {
+        for (auto at = text.find(word); at != text.npos; at = text.find(word, at + 1)) {
+            if ((at == 0 || !isLetter(at - 1)) && !isLetter(at + word.size()))
+                return std::string(word);
+        }
+    }
+    return {};
+}
+
+/// Calls `see` with one value of each kind that `T` has: every enumerator (texts of other numbers
+/// are empty), every alternative of a variant and of those in it.
+template <typename T, typename See>
+void forEachKind(const See& see);
+
+template <typename T, typename See, typename... Alternatives>
+void forEachAlternative(const See& see, const std::variant<Alternatives...>* /*tag*/) {
+    (forEachKind<Alternatives>([&](const auto& kind) { see(T(kind)); }), ...);
+}
+
+template <typename T, typename See>
+void forEachKind(const See& see) {
+    if constexpr (std::is_enum_v<T>) {
+        for (int i = 0; i < 64; ++i)
+            see(static_cast<T>(i));
+    } else if constexpr (requires { std::variant_size<typename T::variant>::value; }) {
+        forEachAlternative<T>(see, static_cast<const typename T::variant*>(nullptr));
+    } else if constexpr (std::is_same_v<T, unlockstatus::CameraNotAllowed>) {
+        for (const bool wasAsked : {false, true})
+            see(T{.wasAsked = wasAsked});
+    } else {
+        see(T{});
+    }
+}
+
+class LinuxTexts : public testing::Test, protected FakeComputer {
+  protected:
+    LinuxTexts() { words = &linuxWords; }
+
+    void see(std::string_view text) { seen.emplace(text); }
+    void see(const WindowButton& button) {
+        see(button.title);
+        controls.insert(button.id.control);
+    }
+    void see(const WindowPage& page);
+    void seeErrors();
+    void seeStatus();
+    void seeSelfCheck(bool isSound);
+
+    /// Whatever a user and the world around may do to the two windows, in a fixed mess, until every
+    /// control was there, and for a while after.
+    void wander();
+    [[nodiscard]] bool hasSeenAllControls() const;
+    void start();
+    void act(const WindowPage& page);
+    void changeTheWorld();
+    unsigned random(std::size_t below) { return static_cast<unsigned>(dice_() % below); }
+
+    std::set<std::string> seen;
+    std::set<WindowControl> controls;
+    SceneWindows windows;
+    std::unique_ptr<UnlockApplication> application;
+
+  private:
+    std::mt19937 dice_{20};
+};
+
+void LinuxTexts::see(const WindowPage& page) {
+    see(page.title);
+    see(page.detail);
+    see(page.problem);
+    for (const WindowButton& button : page.buttons)
+        see(button);
+    for (const WindowRow& row : page.rows) {
+        if (const auto id = controlOf(row)) controls.insert(id->control);
+        std::visit(
+            [this](const auto& shown) {
+                if constexpr (requires { shown.title; }) see(shown.title);
+                if constexpr (requires { shown.detail; }) see(shown.detail);
+                if constexpr (requires { shown.hint; }) see(shown.hint);
+                if constexpr (requires { shown.fix; })
+                    if (shown.fix) see(*shown.fix);
+                if constexpr (requires { shown.buttons; })
+                    for (const WindowButton& button : shown.buttons)
+                        see(button);
+                if constexpr (requires { shown.options; })
+                    for (const std::string& option : shown.options)
+                        see(option);
+                if constexpr (requires { shown.lines; })
+                    for (const std::string& line : shown.lines)
+                        see(line);
+                if constexpr (std::is_same_v<decltype(shown), const windowrow::Text&> ||
+                              std::is_same_v<decltype(shown), const windowrow::Heading&>)
+                    see(shown.text);
+            },
+            row);
+    }
+}
+
+void LinuxTexts::seeErrors() {
+    const auto seeInWords = [this](const auto& error) { see(description(error, linuxWords)); };
+    forEachKind<StorageError>(seeInWords);
+    forEachKind<KeystrokeError>(seeInWords);
+    forEachKind<CameraError>(seeInWords);
+    const auto seeItself = [this](const auto& error) { see(description(error)); };
+    forEachKind<FaceRecognitionError>(seeItself);
+    forEachKind<RealFaceModelError>(seeItself);
+    forEachKind<UnlockFailure>([this](const auto& failure) { see(title(failure)); });
+    forEachKind<EnrollmentSession::Hint>([this](const auto& hint) { see(text(hint)); });
+    forEachKind<unlockgate::Refusal>([this](auto refusal) { see(rawValue(refusal)); });
+    for (const LivenessCue cue : allLivenessCues)
+        for (const auto text : {title(cue), description(cue), denialMessage(cue)})
+            see(text);
+    see(typablepassword::objection(std::array{std::uint8_t{'\n'}}).value());
+}
+
+void LinuxTexts::seeStatus() {
+    forEachKind<UnlockStatus>([this](const UnlockStatus& status) {
+        see(status.title(linuxWords));
+        see(status.detail("Marrowby Unlock", linuxWords));
+    });
+    forEachKind<UnlockStatusFix>([this](UnlockStatusFix fix) {
+        // Their buttons stand only where a system has settings to open.
+        if (fix != UnlockStatusFix::openCameraSettings &&
+            fix != UnlockStatusFix::openAccessibilitySettings)
+            see(title(fix, linuxWords));
+    });
+}
+
+void LinuxTexts::start() {
+    application.reset();
+    application = std::make_unique<UnlockApplication>(
+        platform(), resources(), windows,
+        UnlockApplication::Hooks{.log = [this](const std::string& line) { see(line); },
+                                 .terminate = [] {}});
+}
+
+void LinuxTexts::changeTheWorld() {
+    const bool coin = random(2) == 0;
+    switch (random(16)) {
+        case 0:
+            enrollmentCamera->answer = static_cast<CaptureAuthorization>(random(4));
+            break;
+        case 1:
+            keyEvents.trusted = coin;
+            break;
+        case 2:
+            spaceKeys.hasAccess = coin;
+            break;
+        case 3:
+            owner.answer = coin;
+            break;
+        case 4:
+            passwordVerifier.verdict = PasswordCheckResult::Correct{};
+            if (!coin) passwordVerifier.verdict = PasswordCheckResult::Incorrect{};
+            if (!coin && random(2) == 0)
+                passwordVerifier.verdict = PasswordCheckResult::Unavailable{"No answer."};
+            break;
+        case 5:
+            sums["embedder"] = coin ? "e" : "another";
+            start();
+            break;
+        case 6:
+            enrollmentCamera->cameras.clear();
+            if (coin) enrollmentCamera->cameras = {{.description = {"desk", "Desk camera"}}};
+            break;
+        case 7:
+            lockState.setLocked(coin);
+            lockEvents.send(coin ? LockEvent::screenLocked : LockEvent::screenUnlocked);
+            break;
+        case 8: {
+            UnlockSettings settings = application->model().settings();
+            settings.passwordHealth.suspended = coin;
+            if (coin) settings.offerLocker("/usr/bin/locker");
+            application->model().apply(settings);
+            break;
+        }
+        case 9:
+            mainThread.advance(TimeInterval(11));
+            break;
+        case 10:
+            keyStore.failing.clear();
+            if (coin)
+                keyStore.failing.emplace(FakeKeyStore::Operation::remove,
+                                         KeychainError(KeychainError::Status{7, {}}));
+            break;
+        default:
+            // Most of the time all is well, or nothing would ever be set up.
+            enrollmentCamera->answer = CaptureAuthorization::authorized;
+            enrollmentCamera->cameras = {{.description = {"desk", "Desk camera"}}};
+            keyEvents.trusted = true;
+            owner.answer = true;
+            passwordVerifier.verdict = PasswordCheckResult::Correct{};
+            if (windows.isOpen(Window::welcome) && enrollmentCamera->isRunning()) {
+                mainThread.advance(TimeInterval(0.1));
+                holdAllPoses();
+            }
+    }
+    settle();
+}
+
+void LinuxTexts::act(const WindowPage& page) {
+    WindowPresenter& presenter = windows.presenter();
+    std::vector<std::function<void()>> actions;
+    const auto addButton = [&](const WindowButton& button) {
+        if (button.isEnabled)
+            actions.push_back([&presenter, id = button.id] { presenter.press(id); });
+    };
+    for (const WindowRow& row : page.rows) {
+        std::visit(
+            [&](const auto& shown) {
+                using Row = std::remove_cvref_t<decltype(shown)>;
+                if constexpr (requires { shown.buttons; })
+                    std::ranges::for_each(shown.buttons, addButton);
+                if constexpr (requires { shown.fix; })
+                    if (shown.fix) addButton(*shown.fix);
+                if constexpr (requires { shown.isOn; })
+                    actions.push_back([&presenter, id = shown.id, isOn = !shown.isOn] {
+                        presenter.toggle(id, isOn);
+                    });
+                if constexpr (requires { shown.options; })
+                    actions.push_back([&, id = shown.id, count = shown.options.size()] {
+                        presenter.choose(id, random(count));
+                    });
+                if constexpr (std::is_same_v<Row, windowrow::TextField>)
+                    actions.push_back([&presenter, id = shown.id] { presenter.enter(id, "Anna"); });
+            },
+            row);
+    }
+    for (const WindowButton& button : page.buttons)
+        addButton(button);
+    if (windows.row<windowrow::SecretField>() && random(3) != 0)
+        windows.typeSecret(random(4) == 0 ? "a\nb" : "secret");
+    // Mostly what Return would press, or nothing would ever be finished.
+    const auto usual = std::ranges::find_if(
+        page.buttons, [](const WindowButton& b) { return b.isDefault && b.isEnabled; });
+    if (usual != page.buttons.end() && random(5) != 0) {
+        presenter.press(usual->id);
+    } else if (!actions.empty()) {
+        actions[random(actions.size())]();
+    }
+    settle();
+}
+
+bool LinuxTexts::hasSeenAllControls() const {
+    // The last three open settings that a Linux desktop hasn’t got.
+    for (int i = 0; i < static_cast<int>(WindowControl::openCameraSettings); ++i) {
+        if (!controls.contains(static_cast<WindowControl>(i))) return false;
+    }
+    // The last page of the welcome window, to which only all the others lead.
+    return seen.contains("That’s it");
+}
+
+void LinuxTexts::wander() {
+    start();
+    for (int left = 500, i = 0; left > 0 && i < 20000; ++i) {
+        if (hasSeenAllControls()) --left;
+        if (!windows.isOpen(windows.front())) {
+            application->shouldHandleReopen();
+            mainThread.advance(TimeInterval(0.7));
+            settle();
+        }
+        if (random(4) == 0) changeTheWorld();
+        if (!windows.isOpen(windows.front())) continue;
+        const WindowPage page = windows.page();
+        see(page);
+        if (random(40) == 0) {
+            windows.closeByUser();
+        } else {
+            act(page);
+        }
+    }
+    for (const auto& prompt : owner.prompts)
+        see(prompt.reason);
+}
+
+void LinuxTexts::seeSelfCheck(bool isSound) {
+    keyEvents.trusted = spaceKeys.hasAccess = isSound;
+    enrollmentCamera->answer =
+        isSound ? CaptureAuthorization::authorized : CaptureAuthorization::denied;
+    keyStore.failing.clear();
+    if (!isSound)
+        keyStore.failing.emplace(FakeKeyStore::Operation::load,
+                                 KeychainError(KeychainError::Status{7, {}}));
+    bool hasEnded = false;
+    SelfCheck check(
+        selfCheckServices(), [this](const std::string& line) { see(line); },
+        [&](bool /*isAllThere*/) { hasEnded = true; });
+    check.start();
+    settle();
+    mainThread.advance(SelfCheck::longestWait);
+    settle();
+    EXPECT_TRUE(hasEnded);
+}
+
+/// Every text, by its kinds where they can be counted, else by being everywhere.
+TEST_F(LinuxTexts, holdNoneOfTheMacsWords) {
+    seeErrors();
+    seeStatus();
+    see(MissingModelsPresenter("prepare", {}).page());
+    wander();
+    application.reset();
+    for (const bool isSound : {true, false})
+        seeSelfCheck(isSound);
+
+    EXPECT_TRUE(hasSeenAllControls());
+    for (const auto opensSettings :
+         {WindowControl::openCameraSettings, WindowControl::openAccessibilitySettings,
+          WindowControl::openInputMonitoringSettings})
+        EXPECT_FALSE(controls.contains(opensSettings));
+    for (const std::string& text : seen)
+        EXPECT_EQ(macWordIn(text), "") << text;
+}
+
+}  // namespace
+}  // namespace marrowby

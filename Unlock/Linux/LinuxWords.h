@@ -1,0 +1,40 @@
+#pragma once
+
+#include "UnlockCore/Platform/PlatformWords.h"
+
+namespace marrowby {
+
+/// Of a Linux desktop, where rights are the account's groups and polkit asks for the password.
+inline constexpr PlatformWords linuxWords{
+    .computer = "computer",
+    .system = "The system",
+    .password = {.inSentence = "login password",
+                 .atStart = "Login password",
+                 .onButton = "Login Password"},
+    .ownerCheck = {.name = "your password",
+                   .orPassword = "your password",
+                   .yours = "password",
+                   .prompt = "The confirmation",
+                   .button = "Confirm Password…",
+                   .finger = "a fingerprint reader"},
+    .keyStore = {.inSentence = "keyring", .atStart = "Keyring"},
+    .typing = {.right = "permission",
+               .rightAtStart = "Permission to type",
+               .allowed = "Typing allowed",
+               .notAllowed = "Typing isn’t allowed",
+               .purpose = "It types into the lock screen, and nowhere else."},
+    .pointer = "the mouse",
+    .island = "at the top of the screen",
+    .applications = "the applications menu",
+    .camera = {.place = {},
+               .remedy = "Add your account to the group “video”, "
+                         "then log in again."},
+    .accessibility = {.place = {},
+                      .remedy = "Log in to an X11 session, or let your account write to "
+                                "/dev/uinput."},
+    .inputMonitoring = {.place = {},
+                        .remedy = "Add your account to the group "
+                                  "“input”, then log in again."},
+};
+
+}  // namespace marrowby
