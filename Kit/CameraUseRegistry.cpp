@@ -22,13 +22,4 @@ bool CameraUseRegistry::isClaimed(std::string_view name) const {
     return claims_.contains(name);
 }
 
-std::vector<std::string> CameraUseRegistry::claimants() const {
-    const MutexLock lock(mutex_);
-    std::vector<std::string> names;
-    names.reserve(claims_.size());
-    for (const auto& [name, count] : claims_)
-        names.push_back(name);
-    return names;
-}
-
 }  // namespace marrowby

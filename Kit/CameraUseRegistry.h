@@ -6,7 +6,6 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace marrowby {
 
@@ -19,8 +18,6 @@ class CameraUseRegistry {
     void withdraw(std::string_view name);
 
     [[nodiscard]] bool isClaimed(std::string_view name) const;
-    /// The names with at least one claim, in alphabetical order.
-    [[nodiscard]] std::vector<std::string> claimants() const;
 
   private:
     mutable Mutex mutex_;

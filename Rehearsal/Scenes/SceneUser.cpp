@@ -134,11 +134,6 @@ void SceneUser::turnHead(TimeInterval now) {
     go(place, now + understanding, turning, true);
 }
 
-void SceneUser::walkAway(TimeInterval now) {
-    const MutexLock lock(mutex_);
-    go(away(home_), now, walking);
-}
-
 void SceneUser::comeBack(TimeInterval now) {
     const MutexLock lock(mutex_);
     motion_ = {.from = away(home_), .to = away(home_), .begins = now};

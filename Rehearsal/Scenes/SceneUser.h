@@ -25,9 +25,7 @@ class SceneUser {
     void heed(const EnrollmentSession::Hint& hint, TimeInterval now);
     /// Turns the head to one side and back, as a strict look asks for.
     void turnHead(TimeInterval now);
-    /// Out of the picture.
-    void walkAway(TimeInterval now);
-    /// Back in, and looks around a little.
+    /// Into the picture, from beside it.
     void comeBack(TimeInterval now);
 
     [[nodiscard]] Stance at(TimeInterval now) const;

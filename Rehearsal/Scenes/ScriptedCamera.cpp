@@ -84,7 +84,7 @@ class ScriptedCamera::Input final : public CaptureInput {
     [[nodiscard]] bool lockForConfiguration() override {
         const MutexLock lock(camera_.mutex_);
         const Slot* slot = camera_.slot(deviceID_);
-        return slot != nullptr && slot->device.isConfigurable;
+        return slot != nullptr;
     }
     void setActiveFormat(std::size_t index) override {
         const MutexLock lock(camera_.mutex_);
@@ -147,43 +147,16 @@ void ScriptedCamera::setView(View view) {
     ++change_;
 }
 
-void ScriptedCamera::setAuthorization(CaptureAuthorization authorization) {
-    const MutexLock lock(mutex_);
-    authorization_ = authorization;
-}
-
-void ScriptedCamera::change(std::string_view uniqueID, const std::function<void(Device&)>& how) {
-    const MutexLock lock(mutex_);
-    if (Slot* found = slot(uniqueID)) how(found->device);
-}
-
 ScriptedCamera::Counts ScriptedCamera::counts() const {
     const MutexLock lock(mutex_);
     return counts_;
 }
 
-CaptureAuthorization ScriptedCamera::authorization() const {
-    const MutexLock lock(mutex_);
-    return authorization_;
-}
-
-void ScriptedCamera::requestAccess(std::function<void(bool)> reply) {
-    bool isGranted = false;
-    {
-        const MutexLock lock(mutex_);
-        if (authorization_ == CaptureAuthorization::notDetermined) {
-            authorization_ = CaptureAuthorization::authorized;
-        }
-        isGranted = authorization_ == CaptureAuthorization::authorized;
-    }
-    reply(isGranted);
-}
-
 template <typename Fits>
-std::optional<CaptureDeviceDescription> ScriptedCamera::firstPlugged(Fits&& fits) const {
+std::optional<CaptureDeviceDescription> ScriptedCamera::firstDevice(Fits&& fits) const {
     const MutexLock lock(mutex_);
     for (const Slot& each : slots_) {
-        if (each.device.isPlugged && fits(each.device)) return each.device.description;
+        if (fits(each.device)) return each.device.description;
     }
     return std::nullopt;
 }
@@ -193,28 +166,27 @@ std::vector<CaptureDeviceDescription> ScriptedCamera::discover(
     const MutexLock lock(mutex_);
     std::vector<CaptureDeviceDescription> found;
     for (const Slot& each : slots_) {
-        if (each.device.isPlugged && std::ranges::find(types, each.device.type) != types.end()) {
+        if (std::ranges::find(types, each.device.type) != types.end())
             found.push_back(each.device.description);
-        }
     }
     return found;
 }
 
 std::optional<CaptureDeviceDescription> ScriptedCamera::device(const std::string& uniqueID) const {
-    return firstPlugged(
+    return firstDevice(
         [&uniqueID](const Device& each) { return each.description.uniqueID == uniqueID; });
 }
 
 std::optional<CaptureDeviceDescription> ScriptedCamera::defaultDevice(
     CaptureDeviceType type, CapturePosition position) const {
-    return firstPlugged([type, position](const Device& each) {
+    return firstDevice([type, position](const Device& each) {
         return each.type == type &&
                (position == CapturePosition::unspecified || each.position == position);
     });
 }
 
 std::optional<CaptureDeviceDescription> ScriptedCamera::defaultDevice() const {
-    return firstPlugged([](const Device&) { return true; });
+    return firstDevice([](const Device&) { return true; });
 }
 
 void ScriptedCamera::addOutput(const CaptureOutputSettings& settings,
@@ -230,8 +202,7 @@ std::expected<std::unique_ptr<CaptureInput>, std::string> ScriptedCamera::makeIn
     const std::string& deviceID) {
     const MutexLock lock(mutex_);
     const Slot* found = slot(deviceID);
-    if (found == nullptr || !found->device.isPlugged) return std::unexpected(goneSentence);
-    if (found->device.busyReason) return std::unexpected(*found->device.busyReason);
+    if (found == nullptr) return std::unexpected(goneSentence);
     return std::make_unique<Input>(*this, deviceID);
 }
 
@@ -251,10 +222,8 @@ void ScriptedCamera::removeInput(CaptureInput& input) {
 }
 
 void ScriptedCamera::start() {
-    const Date now = clock_.now();
     const MutexLock lock(mutex_);
     if (pacing_) return;
-    startedAt_ = now;
     isNewRun_ = true;
     outlet_->open();
     pacing_ = startPacing_([this] { return step(); });
@@ -284,22 +253,13 @@ TimeInterval ScriptedCamera::step() {
     bool discardsLateFrames = true;
     std::uint64_t change = 0;
     Shot shot;
-    TimeInterval lateness{};
     {
         const MutexLock lock(mutex_);
         const Slot* active = input_ != nullptr ? slot(inputID_) : nullptr;
-        if (active == nullptr || !active->device.isPlugged || !queue_) return lookAgain;
+        if (active == nullptr || !queue_) return lookAgain;
         if (std::exchange(isNewRun_, false)) {
             ahead_.reset();
             firstPictureAt_.reset();
-            pictures_ = 0;
-            isHeldBack_ = false;
-        }
-        const TimeInterval warmUp = active->device.warmUp;
-        if (startedAt_ && now - *startedAt_ < warmUp) return *startedAt_ + warmUp - now;
-        const std::uint64_t lateEvery = active->device.lateEvery;
-        if (lateEvery > 0 && pictures_ % lateEvery == lateEvery - 1) {
-            lateness = active->device.lateness;
         }
         const CaptureFormat& format = active->device.formats.at(active->format);
         shot.frameTime = active->frameTime;
@@ -316,14 +276,10 @@ TimeInterval ScriptedCamera::step() {
         shot.running = at - *firstPictureAt_;
         return view ? view(shot) : plainGray(shot.width, shot.height);
     };
-    if (lateness > TimeInterval(0) && !std::exchange(isHeldBack_, true)) return lateness;
-    isHeldBack_ = false;
-    ++pictures_;
-    const TimeInterval pause = std::max(shot.frameTime - lateness, TimeInterval(0));
     if (discardsLateFrames && outlet_->isBusy()) {
         const MutexLock lock(mutex_);
         ++counts_.discarded;
-        return pause;
+        return shot.frameTime;
     }
 
     const bool isFresh =
@@ -337,8 +293,9 @@ TimeInterval ScriptedCamera::step() {
         }
         outlet_->send(*queue, picture);
     }
-    ahead_ = Ahead{.picture = draw(now + pause), .at = now + pause, .change = change};
-    return pause;
+    ahead_ =
+        Ahead{.picture = draw(now + shot.frameTime), .at = now + shot.frameTime, .change = change};
+    return shot.frameTime;
 }
 
 }  // namespace marrowby

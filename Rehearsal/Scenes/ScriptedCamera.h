@@ -45,16 +45,6 @@ class ScriptedCamera final : public CaptureSession {
         CapturePosition position = CapturePosition::front;
         /// Never empty, each with a frame rate; the first is active at first.
         std::vector<CaptureFormat> formats;
-        bool isPlugged = true;
-        /// Another program has the camera: no input can be made, for this reason.
-        std::optional<std::string> busyReason = std::nullopt;
-        /// Another program holds the configuration.
-        bool isConfigurable = true;
-        /// From the start to the first picture.
-        TimeInterval warmUp{};
-        /// Every so manieth picture comes so much later; 0 is none.
-        std::uint64_t lateEvery = 0;
-        TimeInterval lateness{};
     };
 
     struct Counts {
@@ -77,15 +67,12 @@ class ScriptedCamera final : public CaptureSession {
 
     /// What every camera sees from its next picture on. Without a view: plain gray.
     void setView(View view);
-    /// What the user has allowed; `authorized` at first.
-    void setAuthorization(CaptureAuthorization authorization);
-    /// Changes a device; nothing where there is none such. Its ID stays.
-    void change(std::string_view uniqueID, const std::function<void(Device&)>& how);
     [[nodiscard]] Counts counts() const;
 
-    [[nodiscard]] CaptureAuthorization authorization() const override;
-    /// Who has not decided yet agrees.
-    void requestAccess(std::function<void(bool)> reply) override;
+    [[nodiscard]] CaptureAuthorization authorization() const override {
+        return CaptureAuthorization::authorized;
+    }
+    void requestAccess(std::function<void(bool)> reply) override { reply(true); }
     [[nodiscard]] std::vector<CaptureDeviceDescription> discover(
         std::span<const CaptureDeviceType> types) const override;
     [[nodiscard]] std::optional<CaptureDeviceDescription> device(
@@ -126,7 +113,7 @@ class ScriptedCamera final : public CaptureSession {
     [[nodiscard]] const Slot* slot(std::string_view uniqueID) const REQUIRES(mutex_);
     [[nodiscard]] Slot* slot(std::string_view uniqueID) REQUIRES(mutex_);
     template <typename Fits>
-    [[nodiscard]] std::optional<CaptureDeviceDescription> firstPlugged(Fits&& fits) const;
+    [[nodiscard]] std::optional<CaptureDeviceDescription> firstDevice(Fits&& fits) const;
     /// Shows one picture; the time until the next step.
     TimeInterval step();
     [[nodiscard]] std::unique_ptr<Pacing> takePacing();
@@ -138,16 +125,12 @@ class ScriptedCamera final : public CaptureSession {
     // Of the pacing's steps alone.
     std::optional<Ahead> ahead_;
     std::optional<Date> firstPictureAt_;
-    std::uint64_t pictures_ = 0;
-    bool isHeldBack_ = false;
 
     mutable Mutex mutex_;
     std::vector<Slot> slots_ GUARDED_BY(mutex_);
-    CaptureAuthorization authorization_ GUARDED_BY(mutex_) = CaptureAuthorization::authorized;
     View view_ GUARDED_BY(mutex_);
     /// Counts what makes a picture drawn ahead worthless.
     std::uint64_t change_ GUARDED_BY(mutex_) = 0;
-    std::optional<Date> startedAt_ GUARDED_BY(mutex_);
     bool isNewRun_ GUARDED_BY(mutex_) = true;
     const CaptureInput* input_ GUARDED_BY(mutex_) = nullptr;
     std::string inputID_ GUARDED_BY(mutex_);

@@ -7,8 +7,6 @@ namespace marrowby {
 class SpaceKeyListening {
   public:
     virtual ~SpaceKeyListening() = default;
-    /// Whether the user lets this process watch keys.
-    [[nodiscard]] virtual bool hasAccess() const = 0;
     virtual void start() = 0;
     virtual void stop() = 0;
 };

@@ -18,7 +18,8 @@ class SpaceKeyMonitor final : public SpaceKeyListening {
     /// May stop or destroy the monitor.
     std::function<void()> onSpace;
 
-    [[nodiscard]] bool hasAccess() const override { return keys_.hasListenAccess(); }
+    /// Whether the user lets this process watch keys.
+    [[nodiscard]] bool hasAccess() const { return keys_.hasListenAccess(); }
     [[nodiscard]] bool isListening() const { return listening_ != nullptr; }
     /// Keyboards that cannot be opened leave it not listening; a later start tries again.
     void start() override;

@@ -27,7 +27,6 @@ class NotingListener final : public SpaceKeyListening, public ActivityWatching {
     NotingListener(Calls& calls, std::string name) : calls_(calls), name_(std::move(name)) {}
     bool isOn = false;
 
-    [[nodiscard]] bool hasAccess() const override { return true; }
     void start() override { turn(true); }
     void stop() override { turn(false); }
 
