@@ -11,7 +11,7 @@ namespace marrowby {
 struct DetectedFace {
     /// Pixels, origin at the top-left.
     Rect boundingBox = {};
-    /// The same as the finder reports it, in 0…1 of the image.
+    /// The same in 0…1 of the image, origin at the bottom-left.
     Rect normalizedBoundingBox = {};
     /// Capture quality, 0…1, higher is better.
     std::optional<float> quality = std::nullopt;

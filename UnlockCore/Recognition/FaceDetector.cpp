@@ -34,15 +34,16 @@ std::expected<std::vector<DetectedFace>, std::string> FaceDetector::detect(
     for (std::size_t i = 0; i < rectangles->size(); ++i) {
         const FaceRectangleObservation& rectangle = (*rectangles)[i];
         const Rect& box = rectangle.normalizedBox;
-        DetectedFace face{.boundingBox = {box.x * size.width, box.y * size.height,
-                                          box.width * size.width, box.height * size.height},
-                          .normalizedBoundingBox = box,
-                          .quality = std::nullopt,
-                          .yaw = rectangle.yaw,
-                          .roll = rectangle.roll,
-                          .pitch = rectangle.pitch,
-                          .landmarks = std::nullopt,
-                          .imageSize = size};
+        DetectedFace face{
+            .boundingBox = {box.x * size.width, box.y * size.height, box.width * size.width,
+                            box.height * size.height},
+            .normalizedBoundingBox = {box.x, 1 - box.y - box.height, box.width, box.height},
+            .quality = std::nullopt,
+            .yaw = rectangle.yaw,
+            .roll = rectangle.roll,
+            .pitch = rectangle.pitch,
+            .landmarks = std::nullopt,
+            .imageSize = size};
         if (i < details->captureQualities.size()) face.quality = details->captureQualities[i];
         if (i < details->landmarks.size()) {
             const auto& observation = details->landmarks[i];

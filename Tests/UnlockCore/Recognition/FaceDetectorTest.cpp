@@ -29,7 +29,7 @@ TEST_F(FaceDetectorTest, TakesTheBoxToPixelsAndThePupilsToPoints) {
         .rightPupil = {}}};
     const DetectedFace expected{
         .boundingBox = {50, 25, 25, 25},
-        .normalizedBoundingBox = {0.25, 0.25, 0.125, 0.25},
+        .normalizedBoundingBox = {0.25, 0.5, 0.125, 0.25},
         .quality = 0.75F,
         .yaw = 0.1F,
         .roll = std::nullopt,
