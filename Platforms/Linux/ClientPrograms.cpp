@@ -48,7 +48,7 @@ ClientProgram standingOf(std::int64_t process, const Path& folder) {
     ClientProgram program{.process = process};
     std::ifstream file(folder / "stat");
     std::string line;
-    std::getline(file, line, '\0');
+    program.hasEnded = !std::getline(file, line, '\0');
     const std::size_t begin = line.find('(');
     const std::size_t end = line.rfind(") ");
     if (begin == std::string::npos || end == std::string::npos || line.size() < end + 5)

@@ -9,10 +9,11 @@ namespace marrowby {
 /// tells them. Descriptors of other users' processes may not be read.
 namespace localconnections {
 
-/// The processes that alone hold one.
+/// The processes that hold a connection which no other process holds.
 [[nodiscard]] std::set<std::int64_t> soleHolders(int ownSocket);
 
-/// What `process` has not yet read on its own, bytes; 0 where the kernel doesn't tell.
+/// What the server has sent `process` and it has not read yet, bytes; 0 where the kernel doesn't
+/// tell.
 [[nodiscard]] std::uint64_t unread(int ownSocket, std::int64_t process);
 
 }  // namespace localconnections

@@ -15,7 +15,7 @@ namespace marrowby {
 struct ClientProgram {
     std::int64_t process = 0;
     std::int64_t parent = 0;
-    /// What it calls itself, which proves nothing; at most 15 bytes. Empty where it has ended.
+    /// What it calls itself, which proves nothing; at most 15 bytes.
     std::string name{};
     /// The file that it runs; empty where that is not told, as of a setuid program.
     std::string path{};
@@ -23,6 +23,8 @@ struct ClientProgram {
     bool isInOurFiles = false;
     /// Nobody but root can put another file at `path` or change this one.
     bool isRootsAlone = false;
+    /// No process has this number any more.
+    bool hasEnded = false;
 };
 
 /// Who would get a key on an X display, asked for in this order.

@@ -217,7 +217,7 @@ class XTestKeyEventSource final : public KeyEventSource {
                 if (facts.receiver) holder.process = facts.receiver->process;
             }
         }
-        if (facts.receiver && facts.receiver->name.empty()) {
+        if (facts.receiver && facts.receiver->hasEnded) {
             if (auto inherited =
                     lockeridentity::inherited(facts, programs_.heirs(), rules_.vouchedPaths))
                 facts = std::move(*inherited);

@@ -99,8 +99,7 @@ TEST(LockerIdentity, typesIntoKnownLockersThatHoldTheKeyboardAndCoverTheScreen) 
 }
 
 TEST(LockerIdentity, followsALockerIntoTheBackground) {
-    ClientProgram ended;
-    ended.process = 90;
+    const ClientProgram ended{.process = 90, .hasEnded = true};
     const ClientProgram i3lock = program("/usr/bin/i3lock");
     const ClientProgram hotkeys = program("/usr/bin/xbindkeys", 101);
     const ClientProgram another = program("/usr/bin/i3lock", 102);
