@@ -1,6 +1,6 @@
 #include "Benchmarks/Material.h"
 
-#include "Platforms/Linux/ImageFiles.h"
+#include "Platforms/Linux/Vision/ImageFiles.h"
 #include "UnlockCore/Recognition/FaceDetector.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Platforms/Linux/OpenCvFaceVision.h"
-#include "Platforms/Linux/OpenCvImaging.h"
-#include "Platforms/Linux/OpenCvNeuralModels.h"
-#include "Platforms/Linux/PixelBuffer.h"
+#include "Platforms/Linux/Camera/PixelBuffer.h"
+#include "Platforms/Linux/Vision/OpenCvFaceVision.h"
+#include "Platforms/Linux/Vision/OpenCvImaging.h"
+#include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/Recognition/CameraFrame.h"
 #include "UnlockCore/Recognition/DetectedFace.h"

@@ -1,12 +1,12 @@
 // Each step of a frame by itself, on one thread unless it says otherwise.
 
 #include "Benchmarks/Material.h"
-#include "Platforms/Linux/BitmapMat.h"
-#include "Platforms/Linux/Landmarks98Network.h"
-#include "Platforms/Linux/OpenCvFourierTransform.h"
-#include "Platforms/Linux/ThreadWorkQueues.h"
-#include "Platforms/Linux/V4l2Converter.h"
-#include "Platforms/Linux/YuNetFaceFinder.h"
+#include "Platforms/Linux/Camera/V4l2Converter.h"
+#include "Platforms/Linux/Desktop/ThreadWorkQueues.h"
+#include "Platforms/Linux/Vision/BitmapMat.h"
+#include "Platforms/Linux/Vision/Landmarks98Network.h"
+#include "Platforms/Linux/Vision/OpenCvFourierTransform.h"
+#include "Platforms/Linux/Vision/YuNetFaceFinder.h"
 #include "UnlockCore/Liveness/AntiSpoofCrop.h"
 #include "UnlockCore/Liveness/DeviceBezelDetector.h"
 #include "UnlockCore/Liveness/LandmarkGeometry.h"

@@ -1,7 +1,7 @@
 // What the vault takes to seal and to open: a password with room to spare, and many enrolled faces.
 
-#include "Platforms/Linux/QtMainThread.h"
-#include "Platforms/Linux/UnixSystemClock.h"
+#include "Platforms/Linux/Desktop/QtMainThread.h"
+#include "Platforms/Linux/Desktop/UnixClock.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "UnlockCore/Storage/Vault.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/PixelBuffer.h"
+#include "Platforms/Linux/Camera/PixelBuffer.h"
 
 #include <cstddef>
 #include <expected>

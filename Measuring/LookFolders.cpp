@@ -1,6 +1,6 @@
 #include "Measuring/LookFolders.h"
 
-#include "Platforms/Linux/ImageFiles.h"
+#include "Platforms/Linux/Vision/ImageFiles.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 #include "Measuring/LookMeter.h"
 
-#include "Platforms/Linux/OpenCvFaceVision.h"
-#include "Platforms/Linux/OpenCvFourierTransform.h"
-#include "Platforms/Linux/OpenCvImaging.h"
-#include "Platforms/Linux/OpenCvNeuralModels.h"
+#include "Platforms/Linux/Vision/OpenCvFaceVision.h"
+#include "Platforms/Linux/Vision/OpenCvFourierTransform.h"
+#include "Platforms/Linux/Vision/OpenCvImaging.h"
+#include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
 #include "Rehearsal/Scenes/NetworkFolder.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"

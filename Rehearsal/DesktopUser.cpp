@@ -1,9 +1,9 @@
 #include "Rehearsal/DesktopUser.h"
 
-#include "Platforms/Linux/XKeyLayout.h"
-#include "Platforms/Linux/XLentKeys.h"
-#include "Platforms/Linux/XTestKeyEvents.h"
-#include "Platforms/Linux/XcbConnection.h"
+#include "Platforms/Linux/X11/XKeyLayout.h"
+#include "Platforms/Linux/X11/XLentKeys.h"
+#include "Platforms/Linux/X11/XTestKeyEvents.h"
+#include "Platforms/Linux/X11/XcbConnection.h"
 #include "UnlockCore/Foundation/Text.h"
 
 #include <map>

@@ -1,8 +1,8 @@
 #include "Rehearsal/ScreenLocker.h"
 
-#include "Platforms/Linux/CoveringFrame.h"
-#include "Platforms/Linux/XKeyGuard.h"
-#include "Platforms/Linux/XcbConnection.h"
+#include "Platforms/Linux/X11/LockerWindows.h"
+#include "Platforms/Linux/X11/XKeyGuard.h"
+#include "Platforms/Linux/X11/XcbConnection.h"
 #include "Rehearsal/ChildProcess.h"
 #include "UnlockCore/Foundation/Mutex.h"
 

@@ -4,7 +4,7 @@
 #include "Rehearsal/SceneWindows.h"
 #include "Rehearsal/Scenes/Scene.h"
 #include "Rehearsal/Transcript.h"
-#include "Unlock/ModelPack.h"
+#include "Unlock/Model/ModelPack.h"
 #include "Unlock/UnlockApplication.h"
 #include "UnlockCore/Foundation/Time.h"
 

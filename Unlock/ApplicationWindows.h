@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Unlock/Pages/WindowPresenter.h"
 #include "Unlock/UnlockOpening.h"
-#include "Unlock/WindowPresenter.h"
 
 namespace marrowby {
 

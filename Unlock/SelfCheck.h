@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Kit/CameraUseRegistry.h"
-#include "Unlock/ModelPack.h"
+#include "Unlock/Model/ModelPack.h"
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/KeyEvents.h"
 #include "UnlockCore/Platform/LockStateReading.h"

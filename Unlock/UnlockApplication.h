@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Unlock/ApplicationWindows.h"
-#include "Unlock/SettingsPresenter.h"
-#include "Unlock/UnlockJournal.h"
-#include "Unlock/UnlockModel.h"
+#include "Unlock/Model/UnlockJournal.h"
+#include "Unlock/Model/UnlockModel.h"
+#include "Unlock/Pages/SettingsPresenter.h"
+#include "Unlock/Pages/WelcomePresenter.h"
 #include "Unlock/UnlockOpening.h"
-#include "Unlock/WelcomePresenter.h"
 
 #include <functional>
 #include <memory>

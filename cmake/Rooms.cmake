@@ -39,10 +39,16 @@ function(marrowby_room name)
     endif()
 endfunction()
 
-# marrowby_tests(NAME USES rooms... [SERIAL]): SERIAL tests own a display or a locker and run alone.
+# marrowby_tests(NAME USES rooms... [FOLDERS folders...] [SERIAL]): all tests of the folder and of those named within it.
+# SERIAL tests own a display or a locker and run alone.
 function(marrowby_tests name)
-    cmake_parse_arguments(ROOM "SERIAL" "" "USES" ${ARGN})
-    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.mm)
+    cmake_parse_arguments(ROOM "SERIAL" "" "USES;FOLDERS" ${ARGN})
+    set(patterns *.cpp *.mm)
+    foreach(folder IN LISTS ROOM_FOLDERS)
+        list(APPEND patterns ${folder}/*.cpp)
+    endforeach()
+    list(TRANSFORM patterns PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    file(GLOB sources CONFIGURE_DEPENDS ${patterns})
     if(NOT sources)
         return()
     endif()

@@ -1,5 +1,5 @@
-#include "Platforms/Linux/ProcessHardening.h"
-#include "Platforms/Linux/XdgFolders.h"
+#include "Platforms/Linux/Desktop/ProcessHardening.h"
+#include "Platforms/Linux/Desktop/XdgFolders.h"
 #include "Rehearsal/Scenes/NetworkFolder.h"
 #include "Rehearsal/Stage.h"
 #include "Rehearsal/Story.h"

@@ -1,6 +1,6 @@
 #include "Rehearsal/Scenes/NetworkFolder.h"
 
-#include "Platforms/Linux/OnnxModelFiles.h"
+#include "Platforms/Linux/Vision/OnnxModelFiles.h"
 
 #include <utility>
 

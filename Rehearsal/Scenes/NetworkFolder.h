@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Unlock/ModelPack.h"
+#include "Unlock/Model/ModelPack.h"
 
 #include <expected>
 #include <filesystem>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/PixelBuffer.h"
+#include "Platforms/Linux/Camera/PixelBuffer.h"
 #include "Rehearsal/People/PeopleRenderer.h"
 #include "Rehearsal/Scenes/Cast.h"
 #include "Rehearsal/Scenes/Optics.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/PixelBuffer.h"
+#include "Platforms/Linux/Camera/PixelBuffer.h"
 #include "Rehearsal/Scenes/Pacing.h"
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/Foundation/Time.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/PixelBuffer.h"
+#include "Platforms/Linux/Camera/PixelBuffer.h"
 #include "Rehearsal/People/LinearImage.h"
 #include "Rehearsal/Scenes/Shutter.h"
 #include "UnlockCore/Foundation/Time.h"

@@ -7,7 +7,7 @@
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/MacOnLinux/SkyLight.h"
 #import "Tests/Unlock/macOS/Seat.h"
-#include "Unlock/LockScreenOverlayController.h"
+#include "Unlock/Island/LockScreenOverlayController.h"
 
 #include <string>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "Platforms/Linux/OnnxFile.h"
+#include "Platforms/Linux/Vision/OnnxFile.h"
 #include "Tests/Program/ProgramTest.h"
 
 #include <cstdlib>

@@ -2,7 +2,7 @@
 // wipes a password, and searches its own whole memory each time; says what it finds too much. Ends
 // by abort(), while a password is being typed, so that a core is left.
 
-#include "Platforms/Linux/SecretServiceKeyStore.h"
+#include "Platforms/Linux/Secrets/SecretServiceKeyStore.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Fakes/FakeMainThread.h"

@@ -2,8 +2,8 @@
 // is killed: the events by name, each after "now" with the state of the lock where that has
 // changed.
 
-#include "Platforms/Linux/DesktopSession.h"
-#include "Platforms/Linux/QtMainThread.h"
+#include "Platforms/Linux/Desktop/QtMainThread.h"
+#include "Platforms/Linux/Session/DesktopSession.h"
 
 #include <QCoreApplication>
 #include <iostream>

@@ -1,8 +1,8 @@
 // Asks the system, as the application does, whether the user is there, and prints what came of
 // it. With "withdraw", the asking ends by itself after a second.
 
-#include "Platforms/Linux/BusAddress.h"
-#include "Platforms/Linux/PolkitOwnerCheck.h"
+#include "Platforms/Linux/Desktop/BusAddress.h"
+#include "Platforms/Linux/Secrets/PolkitOwnerCheck.h"
 #include "Unlock/Linux/LinuxWords.h"
 #include "UnlockCore/Storage/StorageError.h"
 

@@ -21,8 +21,8 @@
 #include "Tests/Fakes/FakeSystemSettings.h"
 #include "Tests/Fakes/FakeWindowServer.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
+#include "Unlock/Model/UnlockModel.h"
 #include "Unlock/SelfCheck.h"
-#include "Unlock/UnlockModel.h"
 #include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Enrollment/EnrollmentPose.h"
 

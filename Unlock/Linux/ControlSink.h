@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Unlock/WindowPage.h"
+#include "Unlock/Pages/WindowPage.h"
 
 #include <cstddef>
 #include <string>

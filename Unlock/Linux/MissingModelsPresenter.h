@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Unlock/WindowPresenter.h"
+#include "Unlock/Pages/WindowPresenter.h"
 
 #include <filesystem>
 #include <functional>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Unlock/Linux/ControlSink.h"
-#include "Unlock/WindowPresenter.h"
+#include "Unlock/Pages/WindowPresenter.h"
 
 #include <QDialog>
 #include <functional>

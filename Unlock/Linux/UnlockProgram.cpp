@@ -1,28 +1,28 @@
 #include "Unlock/Linux/UnlockProgram.h"
 
-#include "Platforms/Linux/Account.h"
-#include "Platforms/Linux/BusAddress.h"
-#include "Platforms/Linux/DesktopSession.h"
-#include "Platforms/Linux/GraphicalSession.h"
-#include "Platforms/Linux/JournaldLog.h"
-#include "Platforms/Linux/JsonDefaultsStore.h"
-#include "Platforms/Linux/LinuxSystemSettings.h"
-#include "Platforms/Linux/LogindKernelTyping.h"
-#include "Platforms/Linux/OpenCvFaceVision.h"
-#include "Platforms/Linux/OpenCvFourierTransform.h"
-#include "Platforms/Linux/OpenCvImaging.h"
-#include "Platforms/Linux/OpenCvNeuralModels.h"
-#include "Platforms/Linux/ProcessHardening.h"
-#include "Platforms/Linux/ProcessSignals.h"
-#include "Platforms/Linux/QtMainThread.h"
-#include "Platforms/Linux/SecretServiceKeyStore.h"
-#include "Platforms/Linux/SingleInstance.h"
-#include "Platforms/Linux/ThreadWorkQueues.h"
-#include "Platforms/Linux/UinputKeyEvents.h"
-#include "Platforms/Linux/UnixSystemClock.h"
-#include "Platforms/Linux/X11WindowServer.h"
-#include "Platforms/Linux/XTestKeyEvents.h"
-#include "Platforms/Linux/XdgFolders.h"
+#include "Platforms/Linux/Desktop/Account.h"
+#include "Platforms/Linux/Desktop/BusAddress.h"
+#include "Platforms/Linux/Desktop/JournaldLog.h"
+#include "Platforms/Linux/Desktop/JsonDefaultsStore.h"
+#include "Platforms/Linux/Desktop/LinuxSystemSettings.h"
+#include "Platforms/Linux/Desktop/ProcessHardening.h"
+#include "Platforms/Linux/Desktop/ProcessSignals.h"
+#include "Platforms/Linux/Desktop/QtMainThread.h"
+#include "Platforms/Linux/Desktop/SingleInstance.h"
+#include "Platforms/Linux/Desktop/ThreadWorkQueues.h"
+#include "Platforms/Linux/Desktop/UnixClock.h"
+#include "Platforms/Linux/Desktop/XdgFolders.h"
+#include "Platforms/Linux/Session/LogindKernelTyping.h"
+#include "Platforms/Linux/Input/UinputKeyEvents.h"
+#include "Platforms/Linux/Secrets/SecretServiceKeyStore.h"
+#include "Platforms/Linux/Session/DesktopSession.h"
+#include "Platforms/Linux/Session/GraphicalSession.h"
+#include "Platforms/Linux/Vision/OpenCvFaceVision.h"
+#include "Platforms/Linux/Vision/OpenCvFourierTransform.h"
+#include "Platforms/Linux/Vision/OpenCvImaging.h"
+#include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
+#include "Platforms/Linux/X11/X11WindowServer.h"
+#include "Platforms/Linux/X11/XTestKeyEvents.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Unlock/Linux/LinuxWords.h"
@@ -113,9 +113,9 @@ std::optional<std::string> inWords(const LockState& session) {
 /// What the application runs on, in the order in which it may be built; it goes in reverse.
 class World {
   public:
-    World(Places places, UnlockSurroundings& surroundings, const JournaldLog& log)
+    World(Places places, PlatformFactory& surroundings, const JournaldLog& log)
         : places_(std::move(places)),
-          surroundings_(surroundings),
+          factory_(surroundings),
           log_(log),
           missing_(places_.preparingCommand(),
                    {.onLookAgain = [this] { lookAgain(); }, .onQuit = &World::end}) {}
@@ -136,7 +136,7 @@ class World {
     [[nodiscard]] int selfCheck() {
         session_.start();
         SecretServiceKeyStore trialKeyStore(
-            surroundings_.keyringBus(),
+            factory_.keyringBus(),
             {.service = "app.quenby.unlock.vault.self-check", .account = "self-check"});
         SelfCheck check(
             {.words = linuxWords,
@@ -150,7 +150,7 @@ class World {
              .camera = lookCamera_,
              .imaging = imaging_,
              .models = models_,
-             .pack = surroundings_.models(places_.modelFolders()),
+             .pack = factory_.models(places_.modelFolders()),
              .trialKeyStore = trialKeyStore,
              .cipher = cipher_,
              .ownerCheck = *ownerCheck_,
@@ -197,7 +197,7 @@ class World {
     }
 
     const Places places_;
-    UnlockSurroundings& surroundings_;
+    PlatformFactory& factory_;
     const JournaldLog& log_;
 
     UnixSystemClock clock_;
@@ -211,16 +211,16 @@ class World {
     PosixFileSystem files_;
     JsonDefaultsStore defaults_{files_, places_.folders.configHome / programName / "settings.json"};
     LinuxSystemSettings systemSettings_{files_, places_.folders.configHome, places_.program};
-    SecretServiceKeyStore keyStore_{surroundings_.keyringBus()};
-    const std::unique_ptr<OwnerCheck> ownerCheck_ = surroundings_.makeOwnerCheck(mainThread_);
+    SecretServiceKeyStore keyStore_{factory_.keyringBus()};
+    const std::unique_ptr<OwnerCheck> ownerCheck_ = factory_.makeOwnerCheck(mainThread_);
     const std::shared_ptr<MacPasswordVerifying> passwordVerifier_ =
-        surroundings_.makePasswordVerifier(places_.userName);
+        factory_.makePasswordVerifier(places_.userName);
 
     const DesktopSession::Places sessionPlaces_ = DesktopSession::Places::ofThisProcess();
     DesktopSession session_{sessionPlaces_, mainThread_};
     const std::unique_ptr<KeyEvents> keyEvents_ = makeKeyEvents(sessionPlaces_, mainThread_, log_);
-    const std::shared_ptr<CaptureSession> lookCamera_ = surroundings_.makeCamera(clock_);
-    const std::shared_ptr<CaptureSession> enrollmentCamera_ = surroundings_.makeCamera(clock_);
+    const std::shared_ptr<CaptureSession> lookCamera_ = factory_.makeCamera(clock_);
+    const std::shared_ptr<CaptureSession> enrollmentCamera_ = factory_.makeCamera(clock_);
 
     X11WindowServer windowServer_{sessionPlaces_.display};
     QtApplicationWindows windows_;
@@ -232,7 +232,7 @@ class World {
 };
 
 std::expected<void, std::string> World::start() {
-    auto pack = surroundings_.models(places_.modelFolders());
+    auto pack = factory_.models(places_.modelFolders());
     if (!pack) return std::unexpected(std::move(pack.error()));
     for (auto* vision : {&lookVision_, &enrollmentVision_}) {
         auto finder = OpenCvFaceVision::load(
@@ -272,7 +272,7 @@ std::expected<void, std::string> World::start() {
         UnlockApplication::Hooks{.log = [this](const std::string& line) { log_.write(line); },
                                  .terminate = &World::end});
     application_->didFinishLaunching(launch_);
-    surroundings_.didLaunch(*application_);
+    factory_.didLaunch(*application_);
     return {};
 }
 
@@ -295,7 +295,7 @@ int refuse(const std::string& sentence) {
 
 }  // namespace
 
-int UnlockProgram::run(int argumentCount, char** arguments, UnlockSurroundings& surroundings) {
+int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& surroundings) {
     const JournaldLog log(programName);
     if (!makeProcessUndumpable()) {
         return refuse("This process’s memory can’t be kept private, so nothing was started.");

@@ -1,7 +1,7 @@
 #include "Unlock/macOS/MacApplication.h"
 
 #include "Platforms/macOS/FoundationText.h"
-#include "Unlock/SharedNamespace.h"
+#include "Unlock/Model/SharedNamespace.h"
 #include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/Recognition/SFaceEmbedder.h"

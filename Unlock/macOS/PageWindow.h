@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Unlock/WindowPresenter.h"
+#include "Unlock/Pages/WindowPresenter.h"
 #include "Unlock/macOS/PageRow.h"
 
 #include <functional>

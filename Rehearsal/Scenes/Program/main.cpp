@@ -1,4 +1,4 @@
-#include "Platforms/Linux/ImageFiles.h"
+#include "Platforms/Linux/Vision/ImageFiles.h"
 #include "Rehearsal/Scenes/Program/SceneScores.h"
 #include "Rehearsal/Scenes/SceneCatalogue.h"
 #include "Rehearsal/Scenes/SceneFilm.h"

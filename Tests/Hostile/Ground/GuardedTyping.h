@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/XTestKeyEvents.h"
+#include "Platforms/Linux/X11/XTestKeyEvents.h"
 #include "Rehearsal/ChildProcess.h"
 #include "UnlockCore/PasswordEntry/KeystrokeError.h"
 

@@ -1,6 +1,6 @@
 #include "Tests/Hostile/Ground/HonestSeries.h"
 
-#include "Platforms/Linux/ClientPrograms.h"
+#include "Platforms/Linux/X11/ClientPrograms.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

@@ -1,6 +1,6 @@
 #include "Tests/Hostile/Ground/KillSeries.h"
 
-#include "Platforms/Linux/XRawKeys.h"
+#include "Platforms/Linux/X11/XRawKeys.h"
 #include "UnlockCore/Platform/KeyCodes.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "Tests/Hostile/Ground/WorkingDesktop.h"
 
-#include "Platforms/Linux/XKeyGuard.h"
+#include "Platforms/Linux/X11/XKeyGuard.h"
 
 #include <array>
 #include <chrono>

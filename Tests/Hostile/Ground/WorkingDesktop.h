@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/XcbConnection.h"
+#include "Platforms/Linux/X11/XcbConnection.h"
 #include "Rehearsal/ChildProcess.h"
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/PrivateFolder.h"

@@ -1,6 +1,6 @@
 #include "Tests/Platforms/Linux/PrivateDisplay.h"
 
-#include "Platforms/Linux/XKeyLayout.h"
+#include "Platforms/Linux/X11/XKeyLayout.h"
 
 #include <utility>
 

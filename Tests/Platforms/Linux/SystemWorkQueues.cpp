@@ -1,6 +1,6 @@
 #include "Tests/Platforms/SystemWorkQueues.h"
 
-#include "Platforms/Linux/ThreadWorkQueues.h"
+#include "Platforms/Linux/Desktop/ThreadWorkQueues.h"
 
 namespace marrowby {
 

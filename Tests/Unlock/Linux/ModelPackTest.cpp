@@ -1,8 +1,8 @@
-#include "Platforms/Linux/OnnxModelFiles.h"
+#include "Platforms/Linux/Vision/OnnxModelFiles.h"
 #include "Tests/Fakes/SharedFolder.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
-#include "Unlock/ModelPack.h"
-#include "Unlock/PublishedNetworks.h"
+#include "Unlock/Model/ModelPack.h"
+#include "Unlock/Model/PublishedNetworks.h"
 
 #include <fstream>
 #include <functional>

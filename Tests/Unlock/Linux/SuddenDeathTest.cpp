@@ -1,4 +1,4 @@
-#include "Platforms/Linux/JsonDefaultsStore.h"
+#include "Platforms/Linux/Desktop/JsonDefaultsStore.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "Tests/Unlock/FakeComputer.h"

@@ -1,4 +1,4 @@
-#include "Platforms/Linux/ThreadWorkQueues.h"
+#include "Platforms/Linux/Desktop/ThreadWorkQueues.h"
 #include "Tests/Fakes/FakeKeyEvents.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
 #include "Tests/Fakes/VaultBench.h"

@@ -1,6 +1,6 @@
 #include "Unlock/Linux/UnlockProgram.h"
 
 int main(int argumentCount, char** arguments) {
-    marrowby::UnlockSurroundings thisMachine;
+    marrowby::PlatformFactory thisMachine;
     return marrowby::UnlockProgram::run(argumentCount, arguments, thisMachine);
 }

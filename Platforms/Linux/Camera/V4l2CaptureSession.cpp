@@ -1,0 +1,341 @@
+#include "Platforms/Linux/Camera/V4l2CaptureSession.h"
+
+#include "Platforms/Linux/Camera/V4l2Converter.h"
+#include "Platforms/Linux/Camera/V4l2Device.h"
+#include "UnlockCore/Foundation/Mutex.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <system_error>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+/// How long the capture queue waits for a picture before it sees to its other work.
+constexpr int waitMilliseconds = 50;
+
+struct Camera {
+    CaptureDeviceDescription description;
+    std::string node;
+};
+
+std::string sentence(int error) {
+    switch (error) {
+        case EBUSY:
+            return "another program is using it.";
+        case ENODEV:
+        case ENOENT:
+        case ENXIO:
+            return "it isn’t connected any more.";
+        default:
+            return std::generic_category().message(error) + ".";
+    }
+}
+
+/// All cameras, or those up to the wanted one. A camera is known by where it is plugged in and what
+/// it calls itself, as one piece of hardware may hold several, and one node of each is enough.
+std::vector<Camera> cameras(const std::shared_ptr<V4l2Calls>& calls,
+                            const std::optional<std::string>& wantedID = std::nullopt) {
+    std::vector<Camera> found;
+    for (const std::string& node : calls->nodes()) {
+        const auto device = V4l2Device::open(calls, node);
+        if (!device) continue;
+        const std::string& card = (*device)->card();
+        const std::string& bus = (*device)->bus();
+        const CaptureDeviceDescription description{.uniqueID = std::string(bus).append("/" + card),
+                                                   .localizedName = card};
+        const bool isKnown =
+            std::ranges::find(found, description, &Camera::description) != found.end();
+        // An infrared camera, say, delivers nothing that could be shown.
+        if (isKnown || (*device)->modes().empty()) continue;
+        found.push_back({description, node});
+        if (description.uniqueID == wantedID) break;
+    }
+    return found;
+}
+
+std::optional<Camera> cameraNamed(const std::shared_ptr<V4l2Calls>& calls, const std::string& id) {
+    auto found = cameras(calls, id);
+    if (found.empty() || found.back().description.uniqueID != id) return std::nullopt;
+    return std::move(found.back());
+}
+
+std::expected<std::unique_ptr<V4l2Device>, int> openNamed(const std::shared_ptr<V4l2Calls>& calls,
+                                                          const std::string& id) {
+    const auto camera = cameraNamed(calls, id);
+    if (!camera) return std::unexpected(ENODEV);
+    return V4l2Device::open(calls, camera->node);
+}
+
+/// How a camera is to be opened.
+struct Wish {
+    std::string deviceID;
+    std::optional<V4l2Mode> mode;
+    std::optional<FrameDuration> duration;
+};
+
+}  // namespace
+
+/// The capture queue's half of the session, and what it shares with the owner's.
+class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
+  public:
+    explicit Stream(std::shared_ptr<V4l2Calls> calls) : calls_(std::move(calls)) {}
+
+    void connect(std::shared_ptr<WorkQueue> queue,
+                 std::function<void(const SampleBuffer&)> onSample) EXCLUDES(mutex_) {
+        const MutexLock lock(mutex_);
+        queue_ = std::move(queue);
+        onSample_ = std::move(onSample);
+    }
+    /// Nothing: no camera.
+    void set(std::optional<Wish> wish) EXCLUDES(mutex_) {
+        const MutexLock lock(mutex_);
+        wish_ = std::move(wish);
+        isNewWish_ = true;
+    }
+
+    void start() EXCLUDES(mutex_) {
+        std::uint64_t run = 0;
+        {
+            const MutexLock lock(mutex_);
+            if (isRunning_ || !queue_) return;
+            isRunning_ = true;
+            isNewWish_ = true;
+            run = ++run_;
+        }
+        follow();
+        continueRun(run);
+    }
+    void stop() EXCLUDES(mutex_) {
+        setRunning(false);
+        device_.reset();
+    }
+    [[nodiscard]] bool isRunning() const EXCLUDES(mutex_) {
+        const MutexLock lock(mutex_);
+        return isRunning_;
+    }
+    /// From another thread than the capture queue's, which then lets go of the device.
+    void abandon() EXCLUDES(mutex_) { setRunning(false); }
+
+  private:
+    void setRunning(bool isRunning) EXCLUDES(mutex_) {
+        const MutexLock lock(mutex_);
+        isRunning_ = isRunning;
+    }
+
+    void continueRun(std::uint64_t run) EXCLUDES(mutex_) {
+        const MutexLock lock(mutex_);
+        if (!isRunning_ || run != run_) return;
+        queue_->async([weak = weak_from_this(), run] {
+            if (const auto stream = weak.lock()) stream->step(run);
+        });
+    }
+
+    void step(std::uint64_t run) EXCLUDES(mutex_) {
+        {
+            const MutexLock lock(mutex_);
+            if (!isRunning_ || run != run_) return;
+        }
+        follow();
+        if (device_) {
+            std::shared_ptr<const PixelBuffer> picture;
+            const auto read =
+                device_->readNewest(waitMilliseconds, [&](std::span<const std::uint8_t> bytes) {
+                    picture = converter_.convert(layout_, bytes);
+                });
+            if (!read) stop();
+            if (picture) deliver({std::move(picture)});
+        } else {
+            (void)calls_->poll(-1, waitMilliseconds);
+        }
+        continueRun(run);
+    }
+
+    /// Opens what is wished for now, if that is not what is open.
+    void follow() EXCLUDES(mutex_) {
+        std::optional<Wish> wish;
+        {
+            const MutexLock lock(mutex_);
+            if (!std::exchange(isNewWish_, false)) return;
+            wish = wish_;
+        }
+        device_.reset();
+        if (!wish) return;
+        auto device = openNamed(calls_, wish->deviceID);
+        auto layout =
+            device ? (*device)->start(wish->mode, wish->duration) : std::unexpected(device.error());
+        if (layout) {
+            device_ = *std::move(device);
+            layout_ = *layout;
+        } else if (layout.error() == EBUSY) {
+            const MutexLock lock(mutex_);
+            isNewWish_ = true;
+        } else {
+            setRunning(false);
+        }
+    }
+
+    void deliver(const SampleBuffer& sample) EXCLUDES(mutex_) {
+        std::function<void(const SampleBuffer&)> onSample;
+        {
+            const MutexLock lock(mutex_);
+            onSample = onSample_;
+        }
+        if (onSample) onSample(sample);
+    }
+
+    const std::shared_ptr<V4l2Calls> calls_;
+
+    // Capture queue.
+    std::unique_ptr<V4l2Device> device_;
+    V4l2Layout layout_;
+    V4l2Converter converter_;
+
+    mutable Mutex mutex_;
+    std::shared_ptr<WorkQueue> queue_ GUARDED_BY(mutex_);
+    std::function<void(const SampleBuffer&)> onSample_ GUARDED_BY(mutex_);
+    std::optional<Wish> wish_ GUARDED_BY(mutex_);
+    bool isNewWish_ GUARDED_BY(mutex_) = false;
+    bool isRunning_ GUARDED_BY(mutex_) = false;
+    /// Counts the starts, so that a step that is still waiting ends with its own run.
+    std::uint64_t run_ GUARDED_BY(mutex_) = 0;
+};
+
+/// A camera's modes as they were when it was made.
+class V4l2CaptureSession::Input final : public CaptureInput {
+  public:
+    Input(std::string id, std::vector<V4l2Mode> modes, std::weak_ptr<Stream> stream)
+        : wish_{std::move(id), std::nullopt, std::nullopt},
+          modes_(std::move(modes)),
+          stream_(std::move(stream)) {}
+
+    [[nodiscard]] std::string deviceID() const override { return wish_.deviceID; }
+    [[nodiscard]] std::vector<CaptureFormat> formats() const override {
+        std::vector<CaptureFormat> formats;
+        formats.reserve(modes_.size());
+        for (const V4l2Mode& mode : modes_)
+            formats.push_back(mode.format);
+        return formats;
+    }
+    [[nodiscard]] bool lockForConfiguration() override { return true; }
+    void setActiveFormat(std::size_t index) override {
+        if (index >= modes_.size()) return;
+        wish_.mode = modes_[index];
+        if (isAttached_) apply();
+    }
+    void setFrameDuration(FrameDuration duration) override {
+        wish_.duration = duration;
+        if (isAttached_) apply();
+    }
+    void unlockForConfiguration() override {}
+
+    void setAttached(bool isAttached) {
+        isAttached_ = isAttached;
+        apply();
+    }
+
+  private:
+    void apply() {
+        if (const auto stream = stream_.lock()) {
+            stream->set(isAttached_ ? std::optional(wish_) : std::nullopt);
+        }
+    }
+
+    Wish wish_;
+    const std::vector<V4l2Mode> modes_;
+    const std::weak_ptr<Stream> stream_;
+    bool isAttached_ = false;
+};
+
+V4l2CaptureSession::V4l2CaptureSession(std::shared_ptr<V4l2Calls> calls)
+    : calls_(std::move(calls)), stream_(std::make_shared<Stream>(calls_)) {}
+
+V4l2CaptureSession::~V4l2CaptureSession() {
+    stream_->abandon();
+}
+
+CaptureAuthorization V4l2CaptureSession::authorization() const {
+    const auto nodes = calls_->nodes();
+    const bool isOpen = nodes.empty() || std::ranges::any_of(nodes, [&](const std::string& node) {
+                            return calls_->mayOpen(node);
+                        });
+    return isOpen ? CaptureAuthorization::authorized : CaptureAuthorization::denied;
+}
+
+void V4l2CaptureSession::requestAccess(std::function<void(bool)> reply) {
+    reply(authorization() == CaptureAuthorization::authorized);
+}
+
+std::vector<CaptureDeviceDescription> V4l2CaptureSession::discover(
+    std::span<const CaptureDeviceType> types) const {
+    std::vector<CaptureDeviceDescription> result;
+    const bool isAsked = std::ranges::any_of(
+        types, [](CaptureDeviceType type) { return type != CaptureDeviceType::continuityCamera; });
+    if (!isAsked) return result;
+    for (Camera& camera : cameras(calls_))
+        result.push_back(std::move(camera.description));
+    return result;
+}
+
+std::optional<CaptureDeviceDescription> V4l2CaptureSession::device(
+    const std::string& uniqueID) const {
+    auto camera = cameraNamed(calls_, uniqueID);
+    return camera ? std::optional(std::move(camera->description)) : std::nullopt;
+}
+
+std::optional<CaptureDeviceDescription> V4l2CaptureSession::defaultDevice(
+    CaptureDeviceType /*type*/, CapturePosition /*position*/) const {
+    return std::nullopt;
+}
+
+std::optional<CaptureDeviceDescription> V4l2CaptureSession::defaultDevice() const {
+    auto all = cameras(calls_);
+    return all.empty() ? std::nullopt : std::optional(std::move(all.front().description));
+}
+
+void V4l2CaptureSession::addOutput(const CaptureOutputSettings& /*settings*/,
+                                   std::shared_ptr<WorkQueue> queue,
+                                   std::function<void(const SampleBuffer&)> onSample) {
+    stream_->connect(std::move(queue), std::move(onSample));
+}
+
+std::expected<std::unique_ptr<CaptureInput>, std::string> V4l2CaptureSession::makeInput(
+    const std::string& deviceID) {
+    const auto device = openNamed(calls_, deviceID);
+    if (!device) return std::unexpected(sentence(device.error()));
+    if (const auto isFree = (*device)->checkFree(); !isFree) {
+        return std::unexpected(sentence(isFree.error()));
+    }
+    return std::make_unique<Input>(deviceID, (*device)->modes(), stream_);
+}
+
+bool V4l2CaptureSession::addInput(CaptureInput& input) {
+    auto* mine = dynamic_cast<Input*>(&input);
+    if (input_ || !mine) return false;
+    input_ = mine;
+    mine->setAttached(true);
+    return true;
+}
+
+void V4l2CaptureSession::removeInput(CaptureInput& input) {
+    if (input_ != &input) return;
+    std::exchange(input_, nullptr)->setAttached(false);
+}
+
+void V4l2CaptureSession::start() {
+    stream_->start();
+}
+
+void V4l2CaptureSession::stop() {
+    stream_->stop();
+}
+
+bool V4l2CaptureSession::isRunning() const {
+    return stream_->isRunning();
+}
+
+}  // namespace marrowby

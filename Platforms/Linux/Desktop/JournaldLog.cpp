@@ -1,0 +1,37 @@
+#include "Platforms/Linux/Desktop/JournaldLog.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace marrowby {
+
+namespace {
+
+/// As systemd's native journal protocol has it: a field a line.
+bool send(const std::string& path, const std::string& fields) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) return false;
+    std::ranges::copy(path, std::begin(address.sun_path));
+    const int descriptor = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (descriptor < 0) return false;
+    const auto sent = ::sendto(descriptor, fields.data(), fields.size(), MSG_NOSIGNAL,
+                               reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    ::close(descriptor);
+    return sent == static_cast<ssize_t>(fields.size());
+}
+
+}  // namespace
+
+void JournaldLog::write(std::string line) const {
+    std::ranges::replace(line, '\n', ' ');
+    if (send(socket_, "PRIORITY=6\nSYSLOG_IDENTIFIER=" + identifier_ + "\nMESSAGE=" + line + "\n"))
+        return;
+    std::cerr << identifier_ + ": " + line + "\n" << std::flush;
+}
+
+}  // namespace marrowby

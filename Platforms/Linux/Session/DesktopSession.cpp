@@ -1,0 +1,95 @@
+#include "Platforms/Linux/Session/DesktopSession.h"
+
+#include "Platforms/Linux/Desktop/BusAddress.h"
+#include "Platforms/Linux/Input/EvdevInputIdle.h"
+#include "Platforms/Linux/Input/EvdevSpaceKeys.h"
+#include "Platforms/Linux/Session/LinuxLockMonitor.h"
+#include "Platforms/Linux/Session/LogindWatcher.h"
+#include "Platforms/Linux/Session/ScreenSaverWatcher.h"
+#include "Platforms/Linux/X11/X11Display.h"
+
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+std::unique_ptr<X11Display> makeDisplay(std::optional<std::string> name) {
+    return name ? std::make_unique<X11Display>(*std::move(name)) : nullptr;
+}
+
+}  // namespace
+
+struct DesktopSession::Sources {
+    Sources(Places places, MainThread& mainThread)
+        : display(makeDisplay(std::move(places.display))),
+          evdevIdle(places.inputDevices),
+          evdevSpaceKeys(places.inputDevices),
+          logind(std::move(places.systemBus), mainThread),
+          savers(std::move(places.sessionBus)),
+          lock(logind, savers, display.get(), mainThread) {}
+
+    const std::unique_ptr<X11Display> display;
+    EvdevInputIdle evdevIdle;
+    EvdevSpaceKeys evdevSpaceKeys;
+    LogindWatcher logind;
+    ScreenSaverWatcher savers;
+    LinuxLockMonitor lock;
+};
+
+DesktopSession::Places DesktopSession::Places::ofThisProcess() {
+    const auto environment = [](const char* name) -> std::string_view {
+        const char* value = std::getenv(name);
+        return value ? value : "";
+    };
+    Places places{
+        .systemBus = busaddress::system(), .sessionBus = busaddress::session(), .display = {}};
+    // What Xwayland shows of input and of lockers is not the session's.
+    const bool isWayland =
+        environment("XDG_SESSION_TYPE") == "wayland" || !environment("WAYLAND_DISPLAY").empty();
+    if (const auto display = environment("DISPLAY"); !display.empty() && !isWayland)
+        places.display = display;
+    return places;
+}
+
+DesktopSession::DesktopSession(Places places, MainThread& mainThread)
+    : sources_(std::make_unique<Sources>(std::move(places), mainThread)) {}
+
+DesktopSession::~DesktopSession() = default;
+
+void DesktopSession::start() {
+    const auto update = [this] { sources_->lock.update(); };
+    sources_->logind.onChange = update;
+    sources_->savers.onChange = update;
+    if (sources_->display) {
+        sources_->display->start(
+            {.onChange = update, .onAway = [this](const std::string& sentence) {
+                 if (onDisplayAway) onDisplayAway(sentence);
+             }});
+    }
+    sources_->logind.start();
+    sources_->savers.start();
+    update();
+}
+
+LockEventWatching& DesktopSession::lockEvents() {
+    return sources_->lock;
+}
+
+const LockStateReading& DesktopSession::lockState() const {
+    return sources_->lock;
+}
+
+InputIdle& DesktopSession::inputIdle() {
+    if (sources_->display) return *sources_->display;
+    return sources_->evdevIdle;
+}
+
+SpaceKeys& DesktopSession::spaceKeys() {
+    if (sources_->display) return *sources_->display;
+    return sources_->evdevSpaceKeys;
+}
+
+}  // namespace marrowby

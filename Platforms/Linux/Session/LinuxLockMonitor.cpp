@@ -1,0 +1,62 @@
+#include "Platforms/Linux/Session/LinuxLockMonitor.h"
+
+#include <utility>
+
+namespace marrowby {
+namespace {
+
+LockReading lockReading(std::optional<bool> isLocked) {
+    if (!isLocked) return LockReading::unknown;
+    return *isLocked ? LockReading::locked : LockReading::unlocked;
+}
+
+}  // namespace
+
+LinuxLockMonitor::LinuxLockMonitor(const LogindWatcher& logind, const ScreenSaverWatcher& savers,
+                                   const LockStateReading* display, MainThread& mainThread)
+    : logind_(logind), savers_(savers), display_(display), mainThread_(mainThread) {}
+
+void LinuxLockMonitor::start() {
+    if (!told_) told_ = std::make_shared<Told>();
+}
+
+void LinuxLockMonitor::stop() {
+    told_.reset();
+}
+
+SessionState LinuxLockMonitor::sessionState() const {
+    const LogindWatcher::State logind = logind_.state();
+    const LockState display = display_ != nullptr ? display_->state() : LockState{};
+    return SessionState::of({
+        .display = lockReading(display.isScreenLocked),
+        .hint = logind.hint,
+        .hintIsKept = logind.hintIsKept,
+        .saver = savers_.reading(),
+        .isActive = logind.isActive,
+        .isDisplayOnConsole = display.isOnConsole,
+        .isPreparingForSleep = logind.isPreparingForSleep,
+    });
+}
+
+LockState LinuxLockMonitor::state() const {
+    const SessionState session = sessionState();
+    LockState state{.isScreenLocked = {}, .isOnConsole = session.isOnConsole};
+    if (session.lock != LockReading::unknown)
+        state.isScreenLocked = session.lock == LockReading::locked;
+    return state;
+}
+
+void LinuxLockMonitor::update() {
+    const SessionState now = sessionState();
+    for (const SessionChange& change : changes(std::exchange(truth_, now), now)) {
+        mainThread_.post([this, change, weak = std::weak_ptr(told_)] {
+            const auto told = weak.lock();
+            if (!told) return;
+            if (change.isSleeping) told->isSleeping = *change.isSleeping;
+            // A copy, for the owner may let go of this monitor in it.
+            if (const auto report = onEvent) report(change.event);
+        });
+    }
+}
+
+}  // namespace marrowby

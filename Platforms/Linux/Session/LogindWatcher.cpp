@@ -1,0 +1,292 @@
+#include "Platforms/Linux/Session/LogindWatcher.h"
+
+#include "Platforms/Linux/Desktop/DBusLink.h"
+
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QDBusUnixFileDescriptor>
+#include <QDBusVariant>
+#include <QVariantMap>
+#include <cstdint>
+#include <cstdlib>
+#include <utility>
+#include <vector>
+
+#include <unistd.h>
+
+namespace marrowby {
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.login1");
+const QString managerPath = QStringLiteral("/org/freedesktop/login1");
+const QString managerInterface = QStringLiteral("org.freedesktop.login1.Manager");
+const QString sessionInterface = QStringLiteral("org.freedesktop.login1.Session");
+const QString userInterface = QStringLiteral("org.freedesktop.login1.User");
+const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+
+QDBusMessage managerCall(const char* method, const QVariantList& arguments) {
+    QDBusMessage message = QDBusMessage::createMethodCall(service, managerPath, managerInterface,
+                                                          QString::fromLatin1(method));
+    message.setArguments(arguments);
+    return message;
+}
+
+QDBusMessage propertyCall(const QString& path, const QString& interface, const char* property) {
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(service, path, propertiesInterface, QStringLiteral("Get"));
+    message.setArguments({interface, QString::fromLatin1(property)});
+    return message;
+}
+
+/// The first value of a reply; nothing in an error or where it is of another type.
+template <typename T>
+std::optional<T> firstValue(const QDBusMessage& reply) {
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+        return std::nullopt;
+    const QVariant value = reply.arguments().constFirst();
+    if (value.metaType() != QMetaType::fromType<T>()) return std::nullopt;
+    return value.value<T>();
+}
+
+std::optional<bool> boolean(const QVariant& value) {
+    if (value.typeId() != QMetaType::Bool) return std::nullopt;
+    return value.toBool();
+}
+
+/// The path in a property of type (so); empty where there is none.
+QString pathOfPair(const QDBusMessage& reply) {
+    const auto variant = firstValue<QDBusVariant>(reply);
+    if (!variant) return {};
+    const auto pair = variant->variant().value<QDBusArgument>();
+    if (pair.currentSignature() != QLatin1String("(so)")) return {};
+    QString id;
+    QDBusObjectPath path;
+    pair.beginStructure();
+    pair >> id >> path;
+    pair.endStructure();
+    return id.isEmpty() ? QString() : path.path();
+}
+
+}  // namespace
+
+/// Everything from one start of the bus's logind to its end is forgotten at that end.
+class LogindWatcher::Conversation {
+  public:
+    Conversation(LogindWatcher& watcher, std::string busAddress, MainThread& mainThread)
+        : watcher_(watcher),
+          mainThread_(mainThread),
+          link_(std::move(busAddress),
+                {.onConnected = [this] { onConnected(); }, .onLost = [this] { forget(); }}) {}
+
+    void start() { link_.start(); }
+
+  private:
+    void onConnected() {
+        const auto ofManager = [this](const char* member, DBusLink::MessageHandler handler) {
+            manager_.push_back(link_.subscribe({.service = service,
+                                                .path = managerPath,
+                                                .interface = managerInterface,
+                                                .member = QString::fromLatin1(member)},
+                                               std::move(handler)));
+        };
+        ofManager("PrepareForSleep", [this](const QDBusMessage& signal) {
+            prepareForSleep(signal.arguments().value(0).toBool());
+        });
+        ofManager("SessionNew", [this](const QDBusMessage&) {
+            if (sessionPath_.isEmpty()) findSession();
+        });
+        ofManager("SessionRemoved", [this](const QDBusMessage& signal) {
+            if (signal.arguments().value(1).value<QDBusObjectPath>().path() != sessionPath_) return;
+            leaveSession();
+            findSession();
+        });
+        manager_.push_back(link_.watchOwner(service, [this](bool hasOwner) {
+            forgetLogind();
+            if (hasOwner) read();
+        }));
+        read();
+    }
+
+    void read() {
+        call(propertyCall(managerPath, managerInterface, "PreparingForSleep"),
+             [this](const QDBusMessage& reply) {
+                 const auto value = firstValue<QDBusVariant>(reply);
+                 state_.isPreparingForSleep = value ? boolean(value->variant()) : std::nullopt;
+                 report();
+             });
+        inhibitSleep();
+        findSession();
+    }
+
+    void forget() {
+        manager_.clear();
+        forgetLogind();
+    }
+
+    void forgetLogind() {
+        ++logind_;
+        inhibitor_.reset();
+        state_.isPreparingForSleep.reset();
+        leaveSession();
+    }
+
+    // MARK: The session
+
+    void findSession() {
+        const char* id = std::getenv("XDG_SESSION_ID");
+        if (!id || !*id) return findSessionOfProcess();
+        call(managerCall("GetSession", {QString::fromLocal8Bit(id)}),
+             [this](const QDBusMessage& reply) {
+                 const auto path = firstValue<QDBusObjectPath>(reply);
+                 path ? watchSession(path->path()) : findSessionOfProcess();
+             });
+    }
+
+    void findSessionOfProcess() {
+        // 0 is the caller.
+        call(managerCall("GetSessionByPID", {quint32{0}}), [this](const QDBusMessage& reply) {
+            const auto path = firstValue<QDBusObjectPath>(reply);
+            path ? watchSession(path->path()) : findDisplayOfUser();
+        });
+    }
+
+    void findDisplayOfUser() {
+        call(managerCall("GetUser", {quint32{getuid()}}), [this](const QDBusMessage& reply) {
+            const auto user = firstValue<QDBusObjectPath>(reply);
+            if (!user) return;
+            call(propertyCall(user->path(), userInterface, "Display"),
+                 [this](const QDBusMessage& display) {
+                     const QString path = pathOfPair(display);
+                     if (!path.isEmpty()) watchSession(path);
+                 });
+        });
+    }
+
+    void watchSession(const QString& path) {
+        if (path == sessionPath_) return;
+        leaveSession();
+        sessionPath_ = path;
+        const auto ofSession = [&](const QString& interface, const char* member,
+                                   DBusLink::MessageHandler handler) {
+            session_.push_back(link_.subscribe({.service = service,
+                                                .path = path,
+                                                .interface = interface,
+                                                .member = QString::fromLatin1(member)},
+                                               std::move(handler)));
+        };
+        ofSession(propertiesInterface, "PropertiesChanged", [this](const QDBusMessage& signal) {
+            if (signal.arguments().value(0).toString() != sessionInterface) return;
+            const auto changed = qdbus_cast<QVariantMap>(signal.arguments().value(1));
+            if (changed.contains(QStringLiteral("LockedHint"))) state_.hintIsKept = true;
+            apply(changed);
+        });
+        // Only requests to a locker: what came of them is in the properties.
+        ofSession(sessionInterface, "Lock", [this](const QDBusMessage&) { readSession(); });
+        ofSession(sessionInterface, "Unlock", [this](const QDBusMessage&) { readSession(); });
+        readSession();
+    }
+
+    void readSession() {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            service, sessionPath_, propertiesInterface, QStringLiteral("GetAll"));
+        message.setArguments({sessionInterface});
+        call(message, [this, path = sessionPath_](const QDBusMessage& reply) {
+            if (path != sessionPath_) return;
+            const auto values = firstValue<QDBusArgument>(reply);
+            // Gone meanwhile.
+            if (!values) return leaveSession();
+            apply(qdbus_cast<QVariantMap>(*values));
+        });
+    }
+
+    void apply(const QVariantMap& properties) {
+        if (const auto hint = boolean(properties.value(QStringLiteral("LockedHint")))) {
+            state_.hint = *hint ? LockReading::locked : LockReading::unlocked;
+            state_.hintIsKept |= *hint;
+        }
+        if (const auto active = boolean(properties.value(QStringLiteral("Active"))))
+            state_.isActive = active;
+        report();
+    }
+
+    void leaveSession() {
+        session_.clear();
+        sessionPath_.clear();
+        state_.hint = LockReading::unknown;
+        state_.hintIsKept = false;
+        state_.isActive.reset();
+        report();
+    }
+
+    // MARK: Sleep
+
+    void prepareForSleep(bool isPreparing) {
+        state_.isPreparingForSleep = isPreparing;
+        report();
+        if (!isPreparing) return inhibitSleep();
+        // Let go of behind what the report has posted.
+        mainThread_.post([held = std::exchange(inhibitor_, nullptr)] {});
+    }
+
+    void inhibitSleep() {
+        const auto take = managerCall(
+            "Inhibit", {QStringLiteral("sleep"), QStringLiteral("Marrowby Unlock"),
+                        QStringLiteral("Turns the camera off first"), QStringLiteral("delay")});
+        call(take, [this](const QDBusMessage& reply) {
+            const auto descriptor = firstValue<QDBusUnixFileDescriptor>(reply);
+            // One that comes when sleep is on its way would only be in the way.
+            if (!descriptor || state_.isPreparingForSleep == true) return;
+            inhibitor_ = std::make_shared<const QDBusUnixFileDescriptor>(*descriptor);
+        });
+    }
+
+    // MARK: -
+
+    /// Drops replies of a logind that has gone meanwhile.
+    void call(const QDBusMessage& message, DBusLink::MessageHandler handler) {
+        link_.call(message, [this, logind = logind_,
+                             handler = std::move(handler)](const QDBusMessage& reply) {
+            if (logind == logind_) handler(reply);
+        });
+    }
+
+    void report() { watcher_.set(state_); }
+
+    LogindWatcher& watcher_;
+    MainThread& mainThread_;
+    State state_;
+    /// Counts logind's lives.
+    std::uint64_t logind_ = 0;
+    /// Sleep waits for it to be closed.
+    std::shared_ptr<const QDBusUnixFileDescriptor> inhibitor_;
+    QString sessionPath_;
+    DBusLink link_;
+    // Gone before the connection.
+    std::vector<DBusLink::Subscription> manager_;
+    std::vector<DBusLink::Subscription> session_;
+};
+
+LogindWatcher::LogindWatcher(std::string busAddress, MainThread& mainThread)
+    : conversation_(std::make_unique<Conversation>(*this, std::move(busAddress), mainThread)) {}
+
+LogindWatcher::~LogindWatcher() = default;
+
+void LogindWatcher::start() {
+    conversation_->start();
+}
+
+LogindWatcher::State LogindWatcher::state() const {
+    const MutexLock lock(mutex_);
+    return state_;
+}
+
+void LogindWatcher::set(const State& state) {
+    {
+        const MutexLock lock(mutex_);
+        if (state_ == state) return;
+        state_ = state;
+    }
+    if (onChange) onChange();
+}
+
+}  // namespace marrowby

@@ -1,0 +1,50 @@
+#include "Platforms/Linux/Session/SessionState.h"
+
+#include <algorithm>
+
+namespace marrowby {
+namespace {
+
+LockReading lockOf(const SessionSources& sources) {
+    using enum LockReading;
+    if (sources.display == locked || sources.hint == locked) return locked;
+    // A saver may be on without a lock: who keeps the hint knows better.
+    if (sources.hint == unlocked && sources.hintIsKept) return unlocked;
+    // All that is left to disagree: the first to know of a lock is right.
+    return std::max({sources.saver, sources.hint, sources.display});
+}
+
+}  // namespace
+
+SessionState SessionState::of(const SessionSources& sources) {
+    return {
+        .lock = lockOf(sources),
+        .saver = sources.saver,
+        .isOnConsole = sources.isActive ? sources.isActive : sources.isDisplayOnConsole,
+        .isAsleep = sources.isPreparingForSleep.value_or(false),
+    };
+}
+
+std::vector<SessionChange> changes(const SessionState& before, const SessionState& now) {
+    const auto isAway = [](const SessionState& state) { return state.isOnConsole == false; };
+    const auto isLocked = [](const SessionState& state) {
+        return state.lock == LockReading::locked;
+    };
+    constexpr SessionChange wokeUp{LockEvent::wake, false};
+    constexpr SessionChange fellAsleep{LockEvent::willSleep, true};
+
+    std::vector<SessionChange> list;
+    if (before.isAsleep && !now.isAsleep) list.push_back(wokeUp);
+    if (isAway(before) && !isAway(now)) list.push_back(wokeUp);
+
+    if (!isLocked(before) && isLocked(now)) list.push_back({LockEvent::screenLocked, {}});
+    if (isLocked(before) && !isLocked(now)) list.push_back({LockEvent::screenUnlocked, {}});
+    if (before.saver == LockReading::locked && now.saver == LockReading::unlocked)
+        list.push_back({LockEvent::wake, {}});
+
+    if (!isAway(before) && isAway(now)) list.push_back(fellAsleep);
+    if (!before.isAsleep && now.isAsleep) list.push_back(fellAsleep);
+    return list;
+}
+
+}  // namespace marrowby

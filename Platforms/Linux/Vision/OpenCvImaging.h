@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Platforms/Linux/Desktop/BytePool.h"
+#include "UnlockCore/Platform/Imaging.h"
+
+namespace marrowby {
+
+/// Draws PixelBuffers and 8-bit bitmaps on the processor.
+class OpenCvImaging final : public Imaging {
+  public:
+    [[nodiscard]] std::optional<Bitmap> render(const SourceImage& source, const Rect& crop,
+                                               double scale) const override;
+    [[nodiscard]] std::optional<Bitmap> draw(const Bitmap& image, int width, int height,
+                                             const AffineTransform& transform) const override;
+    [[nodiscard]] std::optional<Bitmap> convert(const Bitmap& image,
+                                                PixelFormat format) const override;
+
+  private:
+    /// A working image that is worked on, the newest one, and pictures of a face.
+    BytePool pool_{4};
+};
+
+}  // namespace marrowby

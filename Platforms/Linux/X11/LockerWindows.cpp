@@ -1,0 +1,38 @@
+#include "Platforms/Linux/X11/LockerWindows.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace marrowby {
+namespace {
+
+bool isShown(const LockerWindows::Window& window) {
+    return window.overrideRedirect && window.mapped;
+}
+
+}  // namespace
+
+std::optional<LockHolder> lockHolder(const LockerWindows& lockers) {
+    const Rect screen{
+        .x = 0, .y = 0, .width = lockers.screen.width, .height = lockers.screen.height};
+    for (const auto& [className, locker] : {std::pair("i3lock", KnownLocker::i3lock),
+                                            std::pair("xsecurelock", KnownLocker::xsecurelock)}) {
+        for (const LockerWindows::Window& window : lockers.windows) {
+            if (isShown(window) && window.className == className && covers(window.frame, screen)) {
+                return LockHolder{.locker = locker, .window = window.id};
+            }
+        }
+    }
+
+    // It has a window for each monitor, and the same ones while it only blanks. Its property
+    // outlives it when it is killed.
+    const bool isSaverShown =
+        std::ranges::any_of(lockers.windows, [](const LockerWindows::Window& window) {
+            return isShown(window) && window.instanceName == "xscreensaver";
+        });
+    if (isSaverShown && lockers.screenSaverState == "LOCK")
+        return LockHolder{.locker = KnownLocker::xscreensaver};
+    return std::nullopt;
+}
+
+}  // namespace marrowby

@@ -1,0 +1,19 @@
+#include "Platforms/Linux/X11/PanelPlacement.h"
+
+#include <algorithm>
+
+namespace marrowby {
+
+PanelPlacement panelPlacement(const LockerWindows& lockers, bool hasCompositor) {
+    // However little of the screen it covers yet.
+    const bool hasXsecurelock = std::ranges::any_of(
+        lockers.windows,
+        [](const LockerWindows::Window& window) { return window.className == "xsecurelock"; });
+    if (hasXsecurelock) return PanelPlacement::nowhere;
+    if (hasCompositor) return PanelPlacement::blendedOnRoot;
+    const auto holder = lockHolder(lockers);
+    return holder && holder->locker == KnownLocker::i3lock ? PanelPlacement::shapedInOverlay
+                                                           : PanelPlacement::shapedOnRoot;
+}
+
+}  // namespace marrowby

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Platforms/Linux/X11/XcbConnection.h"
+#include "UnlockCore/Platform/WindowServer.h"
+
+#include <optional>
+#include <vector>
+
+namespace marrowby {
+
+/// The primary monitor of an X display, and how many pixels a point has there. For the adapters of
+/// this folder only.
+struct X11Screen {
+    Rect pixels;
+    double scale = 1;
+
+    /// Nothing on a lost display.
+    [[nodiscard]] static std::optional<X11Screen> main(const XcbConnection& connection);
+
+    /// All monitors in pixels; the whole root window where the display tells of none. Empty on a
+    /// lost display.
+    [[nodiscard]] static std::vector<Rect> monitors(const XcbConnection& connection);
+
+    [[nodiscard]] ScreenGeometry geometry() const {
+        return {.frame = {.x = pixels.x / scale,
+                          .y = pixels.y / scale,
+                          .width = pixels.width / scale,
+                          .height = pixels.height / scale},
+                .notch = {}};
+    }
+};
+
+}  // namespace marrowby

@@ -1,0 +1,531 @@
+#include "Platforms/Linux/X11/XTestKeyEvents.h"
+
+#include "Platforms/Linux/X11/ClientPrograms.h"
+#include "Platforms/Linux/X11/X11ScreenCover.h"
+#include "Platforms/Linux/X11/XKeyDeliveries.h"
+#include "Platforms/Linux/X11/XKeyGuard.h"
+#include "Platforms/Linux/X11/XKeyLayout.h"
+#include "Platforms/Linux/X11/XLentKeys.h"
+#include "Platforms/Linux/X11/XRawKeys.h"
+#include "Platforms/Linux/X11/XcbConnection.h"
+#include "UnlockCore/Foundation/SecretBytes.h"
+#include "UnlockCore/Foundation/Text.h"
+#include "UnlockCore/Platform/KeyCodes.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include <xcb/xcb.h>
+#include <xcb/xtest.h>
+#include <xkbcommon/xkbcommon.h>
+
+// This header of C has a member of that name.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpedantic"
+#define explicit explicitly
+#include <xcb/xkb.h>
+#undef explicit
+#pragma GCC diagnostic pop
+
+namespace marrowby {
+
+namespace {
+
+bool hasXTest(const XcbConnection& connection) {
+    return connection.reply<xcb_test_get_version_reply>(xcb_test_get_version(
+               connection.get(), XCB_TEST_MAJOR_VERSION, XCB_TEST_MINOR_VERSION)) != nullptr;
+}
+
+/// Which key gives a keysym, and whether it was lent to it. The characters of a password.
+struct KeyUse {
+    xcb_keysym_t keysym;
+    xcb_keycode_t key;
+    bool isLent;
+};
+
+/// Notices who else is at the keyboard of a display, and what of our own keys comes back to us.
+class Bystander {
+  public:
+    explicit Bystander(const XcbConnection& connection)
+        : connection_(connection),
+          rawKeys_(XRawKeys::select(connection, XRawKeys::Whose::usersOnly)) {}
+
+    /// Reads all that the connection has got.
+    [[nodiscard]] bool isUndisturbed() {
+        while (const XcbConnection::Owned<xcb_generic_event_t> event{
+            xcb_poll_for_event(connection_.get())}) {
+            const auto key = rawKeys_ ? rawKeys_->read(*event) : std::nullopt;
+            isDisturbed_ |= key && key->down;
+            // Of the guard's grabs.
+            isDisturbed_ |= (event->response_type & 0x7F) == XCB_KEY_PRESS;
+        }
+        return !isDisturbed_;
+    }
+
+  private:
+    const XcbConnection& connection_;
+    const std::optional<XRawKeys> rawKeys_;
+    bool isDisturbed_ = false;
+};
+
+class XTestKeyEventSource final : public KeyEventSource {
+  public:
+    struct Rules {
+        XTestKeyEvents::Pause pause;
+        std::vector<std::string> vouchedPaths;
+        std::function<void(const LockerDoubt&)> onDoubt;
+        std::function<void(std::string)> onUnknownLocker;
+    };
+
+    XTestKeyEventSource(std::unique_ptr<XcbConnection> connection, XKeyLayout layout,
+                        SecretArray<KeyUse> uses, Rules rules)
+        : connection_(std::move(connection)),
+          layout_(std::move(layout)),
+          uses_(std::move(uses)),
+          rules_(std::move(rules)),
+          programs_(*connection_),
+          guard_(*connection_),
+          lentKeys_(*connection_),
+          bystander_(*connection_) {}
+    XTestKeyEventSource(const XTestKeyEventSource&) = delete;
+    XTestKeyEventSource& operator=(const XTestKeyEventSource&) = delete;
+
+    ~XTestKeyEventSource() override {
+        guard_.release();
+        if (heldModifier_) sendRelease(*heldModifier_);
+        lentKeys_.takeBack();
+        if (hasClearedLocks_) lockModifiers(layout_.lockedModifiers());
+        (void)synchronize();
+    }
+
+    /// Adds what will be typed. False where the layout has no key left for it.
+    [[nodiscard]] bool add(xcb_keysym_t keysym) {
+        if (keysym == XKB_KEY_NoSymbol) return false;
+        if (find(keysym)) return true;
+        const auto key = layout_.key(keysym);
+        lentCount_ += key ? 0U : 1U;
+        if (lentCount_ > layout_.freeKeys().size()) return false;
+        uses_.values()[useCount_++] = {
+            .keysym = keysym, .key = key.value_or(0), .isLent = !key.has_value()};
+        return true;
+    }
+
+    [[nodiscard]] bool isAdmitted(const std::function<bool()>& stillLocked) override {
+        const auto doubt = admit(stillLocked);
+        if (doubt && rules_.onDoubt) rules_.onDoubt(*doubt);
+        if (doubt && doubt->fact == LockerDoubt::Fact::programIsUnknown && rules_.onUnknownLocker)
+            rules_.onUnknownLocker(doubt->path);
+        return !doubt && isUndisturbed() && synchronize();
+    }
+
+    [[nodiscard]] KeyPace pace() const override {
+        return {.tapsFirst = false,
+                .wake = {},
+                .clearsField = !pace_.renewsDialog,
+                .shortcut = pace_.shortcut};
+    }
+
+    /// A key that is no modifier is released in the same stroke, for its press may end the locker.
+    [[nodiscard]] bool post(const KeyPress& press) override {
+        const auto key = find(press.code);
+        if (!key || !holder_ || !releaseHeldModifiers()) return false;
+        if (!isModifier(*key)) return !press.down || tap(*key);
+        if (press.down) heldModifier_ = key;
+        if (!stroke(std::array{XKeyGuard::Event{.key = *key, .down = press.down}})) return false;
+        if (!press.down) heldModifier_.reset();
+        return true;
+    }
+
+    [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
+        if (!down) return true;
+        if (!holder_ || !releaseHeldModifiers()) return false;
+        while (!units.empty()) {
+            const auto key = find(xkb_utf32_to_keysym(takeCharacter(units)));
+            if (!key || !tap(*key)) return false;
+        }
+        return true;
+    }
+
+    [[nodiscard]] bool isUndisturbed() override {
+        isStopped_ |= !bystander_.isUndisturbed();
+        if (deliveries_ && holder_) {
+            isStopped_ |= deliveries_->isLost() ||
+                          std::ranges::any_of(deliveries_->receivers(), [&](std::uint32_t client) {
+                              return client != holder_->client;
+                          });
+        }
+        return !isStopped_;
+    }
+
+    void settle(const std::function<bool()>& stillLocked) override {
+        guard_.release();
+        deliveries_.reset();
+        if (!hasPosted_) return;
+        TimeInterval waited{};
+        while (waited < xkey::returningLimit && stillLocked()) {
+            rules_.pause(xkey::returningStep);
+            waited += xkey::returningStep;
+        }
+    }
+
+  private:
+    using Doubt = std::optional<LockerDoubt>;
+
+    [[nodiscard]] std::span<KeyUse> used() { return uses_.values().first(useCount_); }
+    [[nodiscard]] std::span<const KeyUse> used() const { return uses_.values().first(useCount_); }
+
+    [[nodiscard]] std::optional<xcb_keycode_t> find(xcb_keysym_t keysym) const {
+        const auto found = std::ranges::find(used(), keysym, &KeyUse::keysym);
+        if (found == used().end()) return std::nullopt;
+        return found->key;
+    }
+
+    [[nodiscard]] bool isModifier(xcb_keycode_t key) const {
+        return std::ranges::find(layout_.modifierKeys(), key) != layout_.modifierKeys().end();
+    }
+
+    /// Nothing once everything is ready for the first key.
+    [[nodiscard]] Doubt admit(const std::function<bool()>& stillLocked) {
+        guard_.arm();
+        LockerFacts facts;
+        XKeyHolder holder;
+        const auto doubtIs = [&](LockerDoubt::Fact fact) {
+            const auto verdict = lockeridentity::judge(facts, rules_.vouchedPaths);
+            return !verdict && verdict.error().fact == fact;
+        };
+        readCovers(facts, holder);
+        // A locker that comes up may hold the keyboard before its window stands.
+        for (TimeInterval waited{}; doubtIs(LockerDoubt::Fact::monitorIsUncovered) &&
+                                    waited < xkey::coverLimit && stillLocked();
+             waited += xkey::dialogStep) {
+            rules_.pause(xkey::dialogStep);
+            readCovers(facts, holder);
+        }
+        // Where all but the receiver holds, it is worth a key.
+        const auto clientsBefore = programs_.clients();
+        if (doubtIs(LockerDoubt::Fact::keyReachesNobody)) {
+            deliveries_ = XKeyDeliveries::create(*connection_);
+            if (const auto client = tapReceiver()) {
+                holder.client = *client;
+                facts.receiver = programs_.behind(*client);
+                if (facts.receiver) holder.process = facts.receiver->process;
+            }
+        }
+        if (facts.receiver && facts.receiver->hasEnded) {
+            if (auto inherited =
+                    lockeridentity::inherited(facts, programs_.heirs(), rules_.vouchedPaths))
+                facts = std::move(*inherited);
+        }
+        const auto verdict = lockeridentity::judge(facts, rules_.vouchedPaths);
+        if (!verdict) return verdict.error();
+        if (!facts.receiver) return LockerDoubt{.fact = LockerDoubt::Fact::keyReachesNobody};
+        pace_ = verdict->pace;
+        holder_ = std::move(holder);
+        if (!chooseKeys()) return LockerDoubt{.fact = LockerDoubt::Fact::keysAreReserved};
+        if (!pace_.dialog.empty()) {
+            const auto former =
+                pace_.renewsDialog ? dialogAmong(clientsBefore, *facts.receiver) : std::nullopt;
+            if ((former && !endDialog(*former, stillLocked)) ||
+                !awaitDialog(*facts.receiver, stillLocked)) {
+                return LockerDoubt{.fact = LockerDoubt::Fact::dialogIsMissing,
+                                   .path = facts.receiver->path};
+            }
+        }
+        const auto locker = facts.receiver->process;
+        const auto hasReadAll = [&] { return programs_.hasReadAll(locker); };
+        if (pace_.needsEventLoop)
+            give(stillLocked, [&] { return ClientPrograms::isInEventLoop(locker); });
+        // Only now, when the locker is done with the tap: many lose the news of a key's new symbol
+        // that come while they look up another.
+        give(stillLocked, hasReadAll);
+        const bool isLending = borrow();
+        if (isLending) give(stillLocked, hasReadAll);
+        const auto needed = std::max(pace_.wake, isLending ? pace_.lending : TimeInterval{});
+        if (needed > TimeInterval{}) rules_.pause(needed);
+        return std::nullopt;
+    }
+
+    void readCovers(LockerFacts& facts, XKeyHolder& holder) const {
+        facts = {.isKeyboardHeld = guard_.isKeyboardHeld(), .covers = {}, .receiver = {}};
+        holder.covers.clear();
+        for (const auto& window : X11ScreenCover::read(*connection_)) {
+            auto& cover = facts.covers.emplace_back();
+            if (!window) continue;
+            cover = {.overrideRedirect = window->overrideRedirect,
+                     .owner = programs_.behind(window->id)};
+            holder.covers.push_back(window->id);
+        }
+    }
+
+    /// Who gets a key that does nothing, of the locker's or anybody else's.
+    [[nodiscard]] std::optional<std::uint32_t> tapReceiver() {
+        if (!deliveries_ || !tapHarmless(xkey::leftShift, nullptr)) return std::nullopt;
+        std::vector<std::uint32_t> receivers;
+        while (receivers.empty()) {
+            receivers = deliveries_->receivers();
+            if (receivers.empty() && !deliveries_->wait(xkey::deliveryLimit)) return std::nullopt;
+        }
+        if (receivers.size() != 1) return std::nullopt;
+        return receivers.front();
+    }
+
+    /// Of a key that every layout has, and that says nothing about the password.
+    [[nodiscard]] bool tapHarmless(xcb_keysym_t keysym, const XKeyHolder* holder) const {
+        const auto key = layout_.key(keysym);
+        if (!key) return false;
+        const std::array events{XKeyGuard::Event{.key = *key, .down = true},
+                                XKeyGuard::Event{.key = *key, .down = false}};
+        return guard_.send(events, holder) == XKeyGuard::Sent::toHolder;
+    }
+
+    /// The keys whose presses would not come to us without a locker, as hotkeys of other programs,
+    /// are left alone: their characters are lent to others.
+    [[nodiscard]] bool chooseKeys() {
+        std::vector<xcb_keycode_t> free;
+        std::ranges::copy_if(layout_.freeKeys(), std::back_inserter(free),
+                             [&](xcb_keycode_t key) { return guard_.covers(key); });
+        std::vector<xcb_keycode_t> lent;
+        for (auto& use : used()) {
+            use.isLent |= !guard_.covers(use.key) && !isModifier(use.key);
+            if (!use.isLent) continue;
+            if (lent.size() == free.size()) return false;
+            use.key = free[lent.size()];
+            lent.push_back(use.key);
+        }
+        lentKeys_.note(lent);
+        return true;
+    }
+
+    /// Takes effect of what was chosen; true when keys were lent.
+    [[nodiscard]] bool borrow() {
+        bool isLending = false;
+        // Nobody may ask for the map between two of them: Xlib forgets what it is told meanwhile.
+        xcb_grab_server(connection_->get());
+        for (const auto& use : used()) {
+            if (!use.isLent) continue;
+            lentKeys_.lend(use.key, use.keysym);
+            isLending = true;
+        }
+        hasClearedLocks_ = layout_.lockedModifiers() != 0;
+        if (hasClearedLocks_) lockModifiers(0);
+        xcb_ungrab_server(connection_->get());
+        (void)synchronize();
+        return isLending;
+    }
+
+    [[nodiscard]] std::optional<std::uint32_t> dialogAmong(
+        const std::vector<std::uint32_t>& clients, const ClientProgram& locker) const {
+        for (const auto client : clients) {
+            const auto program = programs_.behind(client);
+            if (program && lockeridentity::isDialog(*program, locker, pace_)) return client;
+        }
+        return std::nullopt;
+    }
+
+    /// False when it doesn't go, or when its locker does.
+    [[nodiscard]] bool endDialog(std::uint32_t dialog,
+                                 const std::function<bool()>& stillLocked) const {
+        return await(xkey::escape, TimeInterval{}, stillLocked,
+                     [&] { return programs_.behind(dialog) ? Sight::none : Sight::there; });
+    }
+
+    /// Until the locker shows its field. Lockers that came up just now are deaf for a while, and
+    /// are tapped again.
+    [[nodiscard]] bool awaitDialog(const ClientProgram& locker,
+                                   const std::function<bool()>& stillLocked) const {
+        return await(xkey::leftShift, xkey::dialogTapStep, stillLocked, [&] {
+            const auto client = dialogAmong(programs_.clients(), locker);
+            if (!client) return Sight::none;
+            return !pace_.dialogIsOnScreen || showsWindowOf(*client) ? Sight::there : Sight::coming;
+        });
+    }
+
+    /// Gives a busy locker time until something holds. Not all tell, so that it goes on without.
+    void give(const std::function<bool()>& stillLocked, const std::function<bool()>& holds) const {
+        for (TimeInterval waited{}; waited < xkey::busyLimit && stillLocked() && !holds();
+             waited += xkey::busyStep) {
+            rules_.pause(xkey::busyStep);
+        }
+    }
+
+    /// What is waited for.
+    enum class Sight { none, coming, there };
+
+    /// Looks until it is there. Presses a harmless key after `firstTap`, and again and again, while
+    /// it is not even coming.
+    [[nodiscard]] bool await(xcb_keysym_t keysym, TimeInterval firstTap,
+                             const std::function<bool()>& stillLocked,
+                             const std::function<Sight()>& look) const {
+        TimeInterval untilTap = firstTap;
+        for (TimeInterval waited{}; waited < xkey::dialogLimit && stillLocked();
+             waited += xkey::dialogStep) {
+            const Sight sight = look();
+            if (sight == Sight::there) return true;
+            if (sight == Sight::coming) untilTap = xkey::dialogTapStep;
+            if (untilTap <= TimeInterval{}) {
+                untilTap = xkey::dialogTapStep;
+                if (!holder_ || !tapHarmless(keysym, &*holder_)) return false;
+            }
+            untilTap -= xkey::dialogStep;
+            rules_.pause(xkey::dialogStep);
+        }
+        return false;
+    }
+
+    /// Whether a window of `client` can be seen, at the top or within another.
+    [[nodiscard]] bool showsWindowOf(std::uint32_t client) const {
+        std::vector<xcb_window_t> open{connection_->root()};
+        const auto mask = xcb_get_setup(connection_->get())->resource_id_mask;
+        while (!open.empty()) {
+            const auto window = open.back();
+            open.pop_back();
+            const auto tree = connection_->reply<xcb_query_tree_reply>(
+                xcb_query_tree(connection_->get(), window));
+            if (!tree) continue;
+            for (const auto child :
+                 std::span(xcb_query_tree_children(tree.get()),
+                           static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())))) {
+                open.push_back(child);
+                if ((child & ~mask) != (client & ~mask)) continue;
+                const auto attributes = connection_->reply<xcb_get_window_attributes_reply>(
+                    xcb_get_window_attributes(connection_->get(), child));
+                if (attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE) return true;
+            }
+        }
+        return false;
+    }
+
+    void lockModifiers(std::uint8_t modifiers) const {
+        xcb_xkb_latch_lock_state(connection_->get(), XCB_XKB_ID_USE_CORE_KBD, 0xFF, modifiers, 0, 0,
+                                 0xFF, 0, 0);
+    }
+
+    /// Keys that somebody keeps pressed, once.
+    [[nodiscard]] bool releaseHeldModifiers() {
+        if (std::exchange(hasPosted_, true)) return true;
+        const auto keymap =
+            connection_->reply<xcb_query_keymap_reply>(xcb_query_keymap(connection_->get()));
+        if (!keymap) return false;
+        for (const auto key : layout_.modifierKeys()) {
+            if (((keymap->keys[key / 8] >> (key % 8)) & 1) != 0) sendRelease(key);
+        }
+        return true;
+    }
+
+    /// A release tells nobody anything.
+    void sendRelease(xcb_keycode_t key) const {
+        xcb_test_fake_input(connection_->get(), XCB_KEY_RELEASE, key, XCB_CURRENT_TIME, XCB_NONE, 0,
+                            0, 0);
+        connection_->flush();
+    }
+
+    [[nodiscard]] bool tap(xcb_keycode_t key) {
+        return stroke(std::array{XKeyGuard::Event{.key = key, .down = true},
+                                 XKeyGuard::Event{.key = key, .down = false}});
+    }
+
+    [[nodiscard]] bool stroke(std::span<const XKeyGuard::Event> events) {
+        if (!holder_ || !isUndisturbed()) return false;
+        const auto sent = guard_.send(events, &*holder_);
+        isStopped_ |= sent == XKeyGuard::Sent::toNobody;
+        if (sent != XKeyGuard::Sent::toHolder || !isUndisturbed()) return false;
+        rules_.pause(xkey::eventGap);
+        return true;
+    }
+
+    /// Waits until the server has taken everything; false when it is gone.
+    [[nodiscard]] bool synchronize() const {
+        return connection_->reply<xcb_get_input_focus_reply>(
+                   xcb_get_input_focus(connection_->get())) != nullptr;
+    }
+
+    std::unique_ptr<XcbConnection> connection_;
+    XKeyLayout layout_;
+    SecretArray<KeyUse> uses_;
+    std::size_t useCount_ = 0;
+    std::size_t lentCount_ = 0;
+    const Rules rules_;
+    const ClientPrograms programs_;
+    XKeyGuard guard_;
+    XLentKeys lentKeys_;
+    Bystander bystander_;
+    std::unique_ptr<XKeyDeliveries> deliveries_;
+    LockerPace pace_;
+    /// Nothing until admitted.
+    std::optional<XKeyHolder> holder_;
+    std::optional<xcb_keycode_t> heldModifier_;
+    bool hasClearedLocks_ = false;
+    bool hasPosted_ = false;
+    bool isStopped_ = false;
+};
+
+bool isControl(char32_t character) {
+    return character < 0x20 || character == 0x7F;
+}
+
+}  // namespace
+
+void XTestKeyEvents::sleep(TimeInterval duration) {
+    std::this_thread::sleep_for(duration);
+}
+
+XTestKeyEvents::XTestKeyEvents(std::string displayName, Pause pause)
+    : displayName_(std::move(displayName)), pause_(std::move(pause)) {}
+
+XTestKeyEvents::~XTestKeyEvents() = default;
+
+void XTestKeyEvents::vouchFor(const std::vector<std::string>& paths) {
+    const MutexLock lock(mutex_);
+    vouched_ = paths;
+}
+
+void XTestKeyEvents::setUnknownLockerHandler(const std::function<void(std::string path)>& handler) {
+    const MutexLock lock(mutex_);
+    onUnknownLocker_ = handler;
+}
+
+bool XTestKeyEvents::isTrusted() const {
+    const MutexLock lock(mutex_);
+    // Reading what has come is what notices a lost display.
+    if (trusted_) trusted_->discardEvents();
+    if (!trusted_ || trusted_->hasError()) {
+        auto connection = XcbConnection::create(displayName_);
+        trusted_ = connection && hasXTest(**connection) ? std::move(*connection) : nullptr;
+        if (trusted_) XLentKeys::repair(*trusted_);
+    }
+    return trusted_ != nullptr;
+}
+
+std::unique_ptr<KeyEventSource> XTestKeyEvents::makeSource(std::span<const char16_t> text,
+                                                           std::span<const std::uint32_t> codes) {
+    auto connection = XcbConnection::create(displayName_);
+    if (!connection || !hasXTest(**connection)) return nullptr;
+    auto layout = XKeyLayout::read(**connection);
+    auto uses = SecretArray<KeyUse>::create(text.size() + codes.size());
+    if (!layout || !uses) return nullptr;
+    XTestKeyEventSource::Rules rules{
+        .pause = pause_, .vouchedPaths = {}, .onDoubt = onDoubt, .onUnknownLocker = {}};
+    {
+        const MutexLock lock(mutex_);
+        rules.vouchedPaths = vouched_;
+        rules.onUnknownLocker = onUnknownLocker_;
+    }
+    auto source = std::make_unique<XTestKeyEventSource>(std::move(*connection), std::move(*layout),
+                                                        std::move(*uses), std::move(rules));
+    for (const auto code : codes) {
+        if (!source->add(code)) return nullptr;
+    }
+    while (!text.empty()) {
+        const char32_t character = takeCharacter(text);
+        if (isControl(character) || !source->add(xkb_utf32_to_keysym(character))) return nullptr;
+    }
+    return source;
+}
+
+}  // namespace marrowby

@@ -1,0 +1,181 @@
+#include "Rehearsal/OnStage/StagePlatformFactory.h"
+
+#include "Rehearsal/People/Person.h"
+#include "Rehearsal/SceneOwner.h"
+#include "Rehearsal/Scenes/NetworkFolder.h"
+#include "Rehearsal/Scenes/SceneCatalogue.h"
+#include "Rehearsal/Scenes/SceneFilm.h"
+#include "Unlock/UnlockApplication.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <array>
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <string_view>
+#include <utility>
+
+#include <unistd.h>
+
+namespace marrowby {
+
+namespace {
+
+/// While a window is open, as often as the camera gives a picture.
+constexpr int observingMilliseconds = 66;
+constexpr int idleMilliseconds = 500;
+
+template <typename Visit>
+void eachVisibleWindow(const Visit& visit) {
+    for (const QWidget* window : QApplication::topLevelWidgets())
+        if (window->isVisible() && window->isWindow() && !window->windowTitle().isEmpty())
+            visit(*window);
+}
+
+/// What assistive technology would say.
+std::string focused() {
+    const QWidget* widget = QApplication::focusWidget();
+    if (widget == nullptr) return {};
+    const auto* button = dynamic_cast<const QAbstractButton*>(widget);
+    const bool isSwitch = button != nullptr && button->isCheckable();
+    return widget->accessibleName().toStdString() +
+           (isSwitch ? button->isChecked() ? " (on)" : " (off)" : "");
+}
+
+}  // namespace
+
+StagePlatformFactory::StagePlatformFactory(std::filesystem::path networks)
+    : networks_(std::move(networks)) {}
+
+StagePlatformFactory::~StagePlatformFactory() = default;
+
+std::expected<ModelPack, std::string> StagePlatformFactory::models(
+    std::span<const std::filesystem::path> /*folders*/) {
+    return networksIn(networks_);
+}
+
+std::shared_ptr<CaptureSession> StagePlatformFactory::makeCamera(const SystemClock& clock) {
+    clock_ = &clock;
+    cameras_.push_back(
+        std::make_shared<ScriptedCamera>(std::vector{ScriptedCamera::builtInCamera()}, clock));
+    return cameras_.back();
+}
+
+std::shared_ptr<MacPasswordVerifying> StagePlatformFactory::makePasswordVerifier(
+    const std::string& /*userName*/) {
+    return account_;
+}
+
+std::unique_ptr<OwnerCheck> StagePlatformFactory::makeOwnerCheck(MainThread& mainThread) {
+    return std::make_unique<SceneOwner>(mainThread, ownerConfirms_);
+}
+
+void StagePlatformFactory::didLaunch(UnlockApplication& application) {
+    application_ = &application;
+    input_ = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(input_.get(), &QSocketNotifier::activated, input_.get(),
+                     [this] { readOrders(); });
+    observing_ = std::make_unique<QTimer>();
+    QObject::connect(observing_.get(), &QTimer::timeout, observing_.get(), [this] { observe(); });
+    observing_->start(observingMilliseconds);
+    // Nothing of the stage outlives the program’s loop.
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, observing_.get(), [this] {
+        observe();
+        observing_->stop();
+        input_->setEnabled(false);
+    });
+    say("launched");
+}
+
+void StagePlatformFactory::readOrders() {
+    std::array<char, 512> buffer{};
+    const ssize_t size = ::read(STDIN_FILENO, buffer.data(), buffer.size());
+    if (size <= 0) {
+        input_->setEnabled(false);
+        return;
+    }
+    unread_.append(buffer.data(), static_cast<std::size_t>(size));
+    for (auto end = unread_.find('\n'); end != std::string::npos; end = unread_.find('\n')) {
+        follow(unread_.substr(0, end));
+        unread_.erase(0, end + 1);
+    }
+}
+
+void StagePlatformFactory::follow(const std::string& order) {
+    std::istringstream words(order);
+    std::string verb;
+    std::string name;
+    std::size_t number = 0;
+    words >> verb;
+    if (verb == "password") {
+        account_->setPassword(order.size() > verb.size() ? order.substr(verb.size() + 1) : "");
+    } else if (verb == "owner") {
+        words >> name;
+        *ownerConfirms_ = name == "yes";
+    } else if (verb == "nobody") {
+        film({.tells = "nobody"});
+    } else if (verb == "seat" && words >> number && number < distinctPeople().size()) {
+        seat(distinctPeople()[number]);
+    } else if (verb == "scene" && words >> name >> number && number < distinctPeople().size()) {
+        const auto scene = sceneNamed(name, distinctPeople()[number]);
+        if (!scene) return say("unknown: " + order);
+        user_.reset();
+        film(*scene);
+    } else {
+        return say("unknown: " + order);
+    }
+    say("done: " + verb);
+}
+
+void StagePlatformFactory::film(const Scene& scene) {
+    sceneBegan_ = clock_->now();
+    for (const auto& camera : cameras_) {
+        camera->setView([film = std::make_shared<SceneFilm>(scene, cast_),
+                         began = sceneBegan_](const ScriptedCamera::Shot& shot) {
+            return film
+                ->shoot({.at = shot.at - began,
+                         .running = shot.running,
+                         .frameTime = shot.frameTime,
+                         .width = shot.width,
+                         .height = shot.height})
+                .picture;
+        });
+    }
+}
+
+void StagePlatformFactory::seat(std::uint64_t person) {
+    const auto user = std::make_shared<SceneUser>(person);
+    film({.tells = "somebody who follows the ring",
+          .actors = {{person, [user](TimeInterval time) { return user->at(time); }}},
+          .seed = person});
+    user_ = user;
+}
+
+void StagePlatformFactory::observe() {
+    std::string page;
+    eachVisibleWindow([&](const QWidget& window) {
+        page += (page.empty() ? "" : " | ") + window.windowTitle().toStdString();
+        const auto* hint = window.findChild<QLabel*>(QStringLiteral("guide-hint"));
+        if (hint != nullptr && user_)
+            user_->heed(hintSaying(hint->text().toStdString()), clock_->now() - sceneBegan_);
+    });
+    observing_->setInterval(page.empty() ? idleMilliseconds : observingMilliseconds);
+    if (page != std::exchange(page_, page)) say("page: " + page);
+    const std::string focus = focused();
+    if (focus != std::exchange(focus_, focus)) say("focus: " + focus);
+    for (const UnlockJournal::Entry& entry : application_->journal().entries()) {
+        if (entry.at <= lastEntry_) continue;
+        lastEntry_ = entry.at;
+        say("log: " + entry.text);
+    }
+}
+
+void StagePlatformFactory::say(const std::string& line) {
+    std::cout << line + "\n" << std::flush;
+}
+
+}  // namespace marrowby

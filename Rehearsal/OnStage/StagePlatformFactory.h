@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Rehearsal/SceneAccount.h"
+#include "Rehearsal/Scenes/Cast.h"
+#include "Rehearsal/Scenes/Scene.h"
+#include "Rehearsal/Scenes/SceneUser.h"
+#include "Rehearsal/Scenes/ScriptedCamera.h"
+#include "Unlock/Linux/PlatformFactory.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+class QSocketNotifier;
+class QTimer;
+
+namespace marrowby {
+
+/// What surrounds the program on a private desktop: cameras that film made-up people, the account’s
+/// made-up password, and an owner who confirms or cancels. All else is the program’s own, the
+/// keyring too.
+///
+/// Takes orders on the standard input, a line each: “seat N” (the Nth person, who follows the ring
+/// of the window), “scene NAME N”, “nobody”, “password TEXT”, “owner yes” and “owner no”. Says on
+/// the standard output what a window shows first (“page: TITLE”), what has the focus, and what the
+/// engine logs.
+class StagePlatformFactory final : public PlatformFactory {
+  public:
+    /// `networks`: the folder of those it plays on.
+    explicit StagePlatformFactory(std::filesystem::path networks);
+    ~StagePlatformFactory() override;
+
+    [[nodiscard]] std::expected<ModelPack, std::string> models(
+        std::span<const std::filesystem::path> folders) override;
+    [[nodiscard]] std::shared_ptr<CaptureSession> makeCamera(const SystemClock& clock) override;
+    [[nodiscard]] std::shared_ptr<MacPasswordVerifying> makePasswordVerifier(
+        const std::string& userName) override;
+    [[nodiscard]] std::unique_ptr<OwnerCheck> makeOwnerCheck(MainThread& mainThread) override;
+    void didLaunch(UnlockApplication& application) override;
+
+  private:
+    void readOrders();
+    void follow(const std::string& order);
+    void film(const Scene& scene);
+    void seat(std::uint64_t person);
+    /// What is seen and said since the last time.
+    void observe();
+    void say(const std::string& line);
+
+    const std::filesystem::path networks_;
+    const SystemClock* clock_ = nullptr;
+    const std::shared_ptr<SceneAccount> account_ = std::make_shared<SceneAccount>();
+    const std::shared_ptr<bool> ownerConfirms_ = std::make_shared<bool>(true);
+    Cast cast_;
+    std::vector<std::shared_ptr<ScriptedCamera>> cameras_;
+    std::shared_ptr<SceneUser> user_;
+    Date sceneBegan_;
+
+    UnlockApplication* application_ = nullptr;
+    std::unique_ptr<QSocketNotifier> input_;
+    std::string unread_;
+    std::unique_ptr<QTimer> observing_;
+    std::string page_;
+    std::string focus_;
+    Date lastEntry_;
+};
+
+}  // namespace marrowby

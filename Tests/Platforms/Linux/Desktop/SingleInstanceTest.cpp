@@ -1,0 +1,102 @@
+#include "Platforms/Linux/Desktop/SingleInstance.h"
+#include "Tests/Platforms/Linux/PrivateBus.h"
+#include "Tests/Platforms/Linux/QtLoop.h"
+
+#include <future>
+#include <memory>
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace marrowby {
+namespace {
+
+using Claim = SingleInstance::Claim;
+
+/// Another process that has the lock, and says a letter for every signal that asks it to reopen.
+class Holder {
+  public:
+    explicit Holder(const std::filesystem::path& lockFile) {
+        int ends[2]{};
+        if (::pipe(ends) != 0) return;
+        child_ = ::fork();
+        if (child_ == 0) hold(lockFile, ends[1]);
+        ::close(ends[1]);
+        said_ = ends[0];
+        (void)hears();
+    }
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+    ~Holder() {
+        ::kill(child_, SIGKILL);
+        ::waitpid(child_, nullptr, 0);
+        ::close(said_);
+    }
+    [[nodiscard]] bool hears() const {
+        char letter = 0;
+        return ::read(said_, &letter, 1) == 1;
+    }
+
+  private:
+    [[noreturn]] static void hold(const std::filesystem::path& lockFile, int says) {
+        sigset_t reopen;
+        sigemptyset(&reopen);
+        sigaddset(&reopen, SIGUSR1);
+        ::sigprocmask(SIG_BLOCK, &reopen, nullptr);
+        SingleInstance instance({.lockFile = lockFile, .sessionBus = {}});
+        if (instance.claim() != Claim::first) ::_exit(1);
+        for (int signal = 0; ::write(says, "x", 1) == 1;)
+            ::sigwait(&reopen, &signal);
+        ::_exit(0);
+    }
+
+    pid_t child_ = -1;
+    int said_ = -1;
+};
+
+TEST(SingleInstanceTest, theSecondOneHasTheFirstOpenItsWindow) {
+    const TemporaryFolder folder;
+    const auto lockFile = folder.path() / "lock";
+    auto holder = std::make_unique<Holder>(lockFile);
+    QtLoop loop;
+    const auto bus = PrivateBus::start();
+    if (!bus) GTEST_SKIP() << noPrivateBus;
+    const auto claim = [&](const std::string& address) {
+        auto claimed = std::async(std::launch::async, [lockFile, address] {
+            return SingleInstance({.lockFile = lockFile, .sessionBus = address}).claim();
+        });
+        EXPECT_TRUE(loop.runUntil([&] {
+            return claimed.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+        }));
+        return claimed.get();
+    };
+
+    // Without a bus, and on one where nobody has the name, by a signal.
+    EXPECT_EQ(claim({}), Claim::handedOver);
+    EXPECT_TRUE(holder->hears());
+    EXPECT_EQ(claim(bus->address()), Claim::handedOver);
+    EXPECT_TRUE(holder->hears());
+
+    int reopened = 0;
+    SingleInstance first({.lockFile = folder.path() / "another", .sessionBus = bus->address()});
+    EXPECT_EQ(first.claim(), Claim::first);
+    first.serve([&] { ++reopened; });
+    const auto isServed = [&] {
+        return claim(bus->address()) == Claim::handedOver && reopened > 0;
+    };
+    EXPECT_TRUE(loop.runUntil(isServed));
+
+    // The bus goes and comes back.
+    bus->kill();
+    ASSERT_TRUE(bus->startDaemon());
+    reopened = 0;
+    EXPECT_TRUE(loop.runUntil(isServed));
+
+    holder.reset();
+    EXPECT_EQ(claim(bus->address()), Claim::first);
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,262 @@
+#include "Platforms/Linux/Desktop/QtMainThread.h"
+#include "Platforms/Linux/Session/LinuxLockMonitor.h"
+#include "Platforms/Linux/Session/LogindWatcher.h"
+#include "Platforms/Linux/Session/ScreenSaverWatcher.h"
+#include "Tests/Platforms/Linux/PrivateBus.h"
+#include "Tests/Platforms/Linux/QtLoop.h"
+
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QVariantMap>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace marrowby {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr const char* logindName = "org.freedesktop.login1";
+constexpr const char* managerPath = "/org/freedesktop/login1";
+constexpr const char* managerInterface = "org.freedesktop.login1.Manager";
+constexpr const char* sessionPath = "/org/freedesktop/login1/session/c1";
+constexpr const char* sessionInterface = "org.freedesktop.login1.Session";
+constexpr const char* mockInterface = "org.freedesktop.DBus.Mock";
+
+/// A mock of logind with the session c1, under test on a bus of its own.
+class MockLogind {
+  public:
+    explicit MockLogind(const PrivateBus& bus)
+        : bus_(bus), program_(bus.mock(logindName, {"--system", "--template", "logind"})) {
+        call(managerPath, "AddSession", {"c1", "seat0", quint32{getuid()}, "somebody", true});
+    }
+
+    [[nodiscard]] bool isRunning() const { return program_ != nullptr; }
+
+    QVariant call(const char* path, const char* method, const QVariantList& arguments) const {
+        return bus_.call(logindName, path, mockInterface, method, arguments);
+    }
+    void setSession(const char* property, bool value) const {
+        const QVariantMap changed{{property, value}};
+        call(sessionPath, "UpdateProperties", {sessionInterface, changed});
+    }
+    void ofSession(const char* signal) const {
+        call(sessionPath, "EmitSignal", {sessionInterface, signal, "", QVariantList()});
+    }
+    void prepareForSleep(bool isPreparing) const {
+        call(managerPath, "EmitSignal",
+             {managerInterface, "PrepareForSleep", "b", QVariantList{isPreparing}});
+    }
+    void announceSession() const {
+        call(managerPath, "EmitSignal",
+             {managerInterface, "SessionNew", "so",
+              QVariantList{"c1", QVariant::fromValue(QDBusObjectPath(sessionPath))}});
+    }
+    /// As python: what the manager's method answers.
+    void setAnswer(const char* method, const char* signature, const char* code) const {
+        call(managerPath, "AddMethod", {managerInterface, method, signature, "o", code});
+    }
+    [[nodiscard]] std::size_t inhibitorCount() const {
+        const auto list = bus_.call(logindName, managerPath, managerInterface, "ListInhibitors")
+                              .value<QDBusArgument>();
+        std::size_t count = 0;
+        list.beginArray();
+        for (; !list.atEnd(); ++count) {
+            QString what;
+            QString who;
+            QString why;
+            QString mode;
+            list.beginStructure();
+            list >> what >> who >> why >> mode;
+            list.endStructure();
+            EXPECT_EQ(what + " " + mode, "sleep delay");
+        }
+        list.endArray();
+        return count;
+    }
+
+  private:
+    const PrivateBus& bus_;
+    PrivateBus::Program program_;
+};
+
+struct SessionWatchingTest : testing::Test {
+    QtLoop loop;
+    QtMainThread mainThread;
+    std::unique_ptr<PrivateBus> bus = PrivateBus::start();
+    std::optional<LogindWatcher> logind;
+    std::optional<ScreenSaverWatcher> savers;
+    std::optional<LinuxLockMonitor> lock;
+    std::vector<LockEvent> heard;
+    std::vector<bool> sleepiness;
+
+    void SetUp() override {
+        if (!bus) GTEST_SKIP() << noPrivateBus;
+        qputenv("XDG_SESSION_ID", "c1");
+    }
+
+    void hear(LockEvent event) {
+        heard.push_back(event);
+        sleepiness.push_back(lock->isSleeping());
+        if (onHeard) onHeard();
+    }
+    std::function<void()> onHeard;
+
+    /// Both watchers find their services on the one bus.
+    void watch() {
+        logind.emplace(bus->address(), mainThread);
+        savers.emplace(bus->address());
+        lock.emplace(*logind, *savers, nullptr, mainThread);
+        lock->onEvent = [this](LockEvent event) { hear(event); };
+        lock->start();
+        logind->onChange = savers->onChange = [this] { lock->update(); };
+        logind->start();
+        savers->start();
+        lock->update();
+    }
+
+    [[nodiscard]] bool becomes(const LockState& state) {
+        return loop.runUntil([&] { return lock->state() == state; });
+    }
+    [[nodiscard]] bool hears(std::size_t count) {
+        return loop.runUntil([&] { return heard.size() >= count; });
+    }
+};
+
+constexpr LockState unlockedHere{.isScreenLocked = false, .isOnConsole = true};
+constexpr LockState lockedHere{.isScreenLocked = true, .isOnConsole = true};
+constexpr LockState lockedAway{.isScreenLocked = true, .isOnConsole = false};
+
+TEST_F(SessionWatchingTest, followsTheSessionAndSleepThroughLogind) {
+    const MockLogind mock(*bus);
+    ASSERT_TRUE(mock.isRunning());
+    watch();
+    EXPECT_EQ(lock->state(), LockState());
+    ASSERT_TRUE(becomes(unlockedHere));
+
+    // A request alone is no lock, and no unlock.
+    mock.ofSession("Lock");
+    mock.prepareForSleep(true);
+    ASSERT_TRUE(hears(1));
+    EXPECT_EQ(lock->state(), unlockedHere);
+    mock.setSession("LockedHint", true);
+    ASSERT_TRUE(hears(2));
+    EXPECT_EQ(lock->state(), lockedHere);
+    mock.ofSession("Unlock");
+    mock.prepareForSleep(false);
+    ASSERT_TRUE(hears(3));
+    EXPECT_EQ(lock->state(), lockedHere);
+
+    mock.setSession("Active", false);
+    ASSERT_TRUE(hears(4));
+    EXPECT_EQ(lock->state(), lockedAway);
+    mock.setSession("Active", true);
+    mock.setSession("IdleHint", true);
+    mock.setSession("LockedHint", false);
+    ASSERT_TRUE(hears(6));
+    EXPECT_EQ(lock->state(), unlockedHere);
+    EXPECT_THAT(heard,
+                ElementsAre(LockEvent::willSleep, LockEvent::screenLocked, LockEvent::wake,
+                            LockEvent::willSleep, LockEvent::wake, LockEvent::screenUnlocked));
+    EXPECT_THAT(sleepiness, ElementsAre(true, true, false, true, false, false));
+}
+
+TEST_F(SessionWatchingTest, holdsSleepUpUntilItsHandlersRan) {
+    const MockLogind mock(*bus);
+    ASSERT_TRUE(mock.isRunning());
+    watch();
+    ASSERT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 1; }));
+
+    std::optional<std::size_t> countInHandler;
+    onHeard = [&] {
+        if (!countInHandler) countInHandler = mock.inhibitorCount();
+    };
+    mock.prepareForSleep(true);
+    ASSERT_TRUE(loop.runUntil([&] { return countInHandler.has_value(); }));
+    EXPECT_EQ(countInHandler, 1);
+    EXPECT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 0; }));
+    mock.prepareForSleep(false);
+    EXPECT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 1; }));
+}
+
+TEST_F(SessionWatchingTest, findsTheSessionByProcessAndByTheUsersDisplay) {
+    const MockLogind mock(*bus);
+    ASSERT_TRUE(mock.isRunning());
+    qunsetenv("XDG_SESSION_ID");
+    watch();
+    // Neither is known to this logind so far.
+    mock.announceSession();
+    ASSERT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 1; }));
+    EXPECT_EQ(lock->state(), LockState());
+
+    mock.setAnswer("GetUser", "u", "ret = f'/org/freedesktop/login1/user/{args[0]}'");
+    const auto userPath = "/org/freedesktop/login1/user/" + std::to_string(getuid());
+    mock.setAnswer("GetSessionByPID", "u",
+                   "ret = '/org/freedesktop/login1/session/c1' if args[0] == 0 else 1 / 0");
+    mock.announceSession();
+    EXPECT_TRUE(becomes(unlockedHere));
+
+    logind.emplace(bus->address(), mainThread);
+    EXPECT_EQ(lock->state(), LockState());
+    mock.setAnswer("GetSessionByPID", "u", "1 / 0");
+    // The mock has no call that sets a pair, but can be taught one.
+    const char* show =
+        "user = self.props['org.freedesktop.login1.User']\n"
+        "path = dbus.ObjectPath('/org/freedesktop/login1/session/c1')\n"
+        "user['Display'] = dbus.Struct(('c1', path), signature='so')";
+    bus->call(logindName, QString::fromStdString(userPath), mockInterface, "AddMethod",
+              {mockInterface, "Show", "", "", show});
+    bus->call(logindName, QString::fromStdString(userPath), mockInterface, "Show");
+    logind->start();
+    EXPECT_TRUE(becomes(unlockedHere));
+}
+
+TEST_F(SessionWatchingTest, followsScreenSaversThatComeAndGo) {
+    watch();
+    const char* name = "org.gnome.ScreenSaver";
+    const char* path = "/org/gnome/ScreenSaver";
+    auto gnome = bus->mock(name, {"--session", "--template", "gnome_screensaver"});
+    ASSERT_TRUE(gnome);
+    const LockState unlocked{.isScreenLocked = false, .isOnConsole = {}};
+    const LockState locked{.isScreenLocked = true, .isOnConsole = {}};
+    ASSERT_TRUE(becomes(unlocked));
+    for (const bool isActive : {true, false, true}) {
+        bus->call(name, path, name, "SetActive", {isActive});
+        ASSERT_TRUE(becomes(isActive ? locked : unlocked));
+    }
+    gnome.reset();
+    ASSERT_TRUE(becomes({}));
+
+    ASSERT_TRUE(hears(5));
+    EXPECT_THAT(heard,
+                ElementsAre(LockEvent::screenLocked, LockEvent::screenUnlocked, LockEvent::wake,
+                            LockEvent::screenLocked, LockEvent::screenUnlocked));
+
+    // Others, which are on already when they are noticed.
+    for (const auto& [service, place] :
+         {std::pair("org.freedesktop.ScreenSaver", "/ScreenSaver"),
+          std::pair("org.mate.ScreenSaver", "/org/mate/ScreenSaver"),
+          std::pair("org.cinnamon.ScreenSaver", "/org/cinnamon/ScreenSaver"),
+          std::pair("org.xfce.ScreenSaver", "/org/xfce/ScreenSaver")}) {
+        const auto other = bus->mock(service, {"--session", service, place, service});
+        ASSERT_TRUE(other) << service;
+        bus->call(service, place, mockInterface, "AddMethod",
+                  {service, "GetActive", "", "b", "ret = True"});
+        savers.emplace(bus->address());
+        savers->onChange = [this] { lock->update(); };
+        savers->start();
+        EXPECT_TRUE(becomes(locked)) << service;
+    }
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,91 @@
+#include "Platforms/Linux/Vision/OnnxFile.h"
+#include "Platforms/Linux/Vision/OpenCvFaceVision.h"
+#include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
+#include "Tests/Fakes/SharedFolder.h"
+#include "Tests/Platforms/Linux/TemporaryFolder.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace marrowby {
+namespace {
+
+/// A file of that name and these bytes.
+struct TemporaryFile {
+    explicit TemporaryFile(const std::string& bytes) {
+        std::ofstream(path, std::ios::binary) << bytes;
+    }
+    TemporaryFolder folder;
+    std::filesystem::path path = folder.path() / "test.onnx";
+};
+
+TEST(OnnxFile, RefusesForeignFilesInOneSentence) {
+    for (const std::string& bytes : {std::string(), std::string("this is a text, not a network"),
+                                     std::string(4096, '\0'), std::string("\x08\x07", 2)}) {
+        const TemporaryFile file(bytes);
+        const auto read = OnnxFile::read(file.path);
+        ASSERT_FALSE(read);
+        EXPECT_EQ(read.error(), "The network “test.onnx” is damaged or not an ONNX file.");
+    }
+    EXPECT_EQ(OnnxFile::read("nowhere/Missing.onnx").error(),
+              "The network “Missing.onnx” isn’t there.");
+    EXPECT_FALSE(OnnxFile::read(testing::TempDir())) << "a folder";
+    const TemporaryFile file("");
+    // Sparse: it takes no room.
+    std::filesystem::resize_file(file.path, OnnxFile::largestFile + 1);
+    EXPECT_EQ(OnnxFile::read(file.path).error(), "The network “test.onnx” is too large.");
+}
+
+TEST(OnnxFile, takesOnlyTheFileThatWasSummedUp) {
+    const std::filesystem::path networks = std::filesystem::path(MARROWBY_SOURCE_DIR) / "Models";
+    const auto sumOf = [&](const char* name) { return OnnxFile::read(networks / name)->sha256(); };
+    const std::string finder = sumOf("Finder.onnx");
+    const std::string landmarks = sumOf("Landmarks.onnx");
+    OpenCvNeuralModels models;
+    const auto embedder = networks / "Embedder.onnx";
+    EXPECT_TRUE(models.load(embedder, {.sha256 = sumOf("Embedder.onnx")}));
+    EXPECT_EQ(models.load(embedder, {.sha256 = finder}).error(),
+              "The network “Embedder.onnx” was changed.");
+    const auto load = [&](const std::string& finderSum, const std::string& landmarksSum) {
+        return OpenCvFaceVision::load({networks / "Finder.onnx", finderSum},
+                                      {networks / "Landmarks.onnx", landmarksSum});
+    };
+    EXPECT_TRUE(load(finder, landmarks));
+    EXPECT_EQ(load(landmarks, landmarks).error(), "The network “Finder.onnx” was changed.");
+    EXPECT_EQ(load(finder, finder).error(), "The network “Landmarks.onnx” was changed.");
+}
+
+TEST(OnnxFile, ADamagedNetworkIsAnErrorNeverAnException) {
+    const auto shared = sharedFolder();
+    if (!shared) GTEST_SKIP() << noSharedFolder;
+    std::ifstream stream(*shared / "models" / "face_detection_yunet_2023mar.onnx",
+                         std::ios::binary);
+    const std::string whole{std::istreambuf_iterator<char>(stream), {}};
+    ASSERT_GT(whole.size(), 200'000U);
+    OpenCvNeuralModels models;
+    for (const std::size_t length : {10UZ, 5000UZ, whole.size() / 2, whole.size() - 1}) {
+        const TemporaryFile file(whole.substr(0, length));
+        const auto model = models.load(file.path, {});
+        ASSERT_FALSE(model) << length;
+        EXPECT_FALSE(model.error().empty());
+        EXPECT_FALSE(OpenCvFaceVision::load(file.path, file.path));
+    }
+    // Parses, and names nodes that nobody can run.
+    std::string renamed = whole;
+    for (std::size_t at = 0; (at = renamed.find("Conv", at)) != std::string::npos; at += 4) {
+        renamed.replace(at, 4, "Cnov");
+    }
+    const TemporaryFile file(renamed);
+    ASSERT_TRUE(OnnxFile::read(file.path));
+    const auto model = models.load(file.path, {});
+    ASSERT_FALSE(model);
+    EXPECT_EQ(model.error(), "OpenCV can’t run this network.");
+}
+
+}  // namespace
+}  // namespace marrowby

@@ -1,0 +1,140 @@
+#include "Platforms/Linux/Vision/OpenCvNetwork.h"
+#include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
+#include "Tests/Fakes/SharedFolder.h"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace marrowby {
+namespace {
+
+using Order = NeuralModels::ChannelOrder;
+
+/// The computable picture that the reference outputs belong to: channel c of a network's input.
+int pattern(int c, int y, int x) {
+    return (c * 79 + y * 31 + x * 17 + ((x * y) % 29) * 3) % 256;
+}
+
+/// As an image whose first channel, in the network's order, is channel 0 of the pattern.
+Bitmap patternImage(int side, Order order, bool flipped = false) {
+    std::vector<std::uint8_t> bytes;
+    for (int y = 0; y < side; ++y) {
+        for (int x = 0; x < side; ++x) {
+            for (int c = 0; c < 3; ++c) {
+                const int channel = order == Order::bgr ? c : 2 - c;
+                bytes.push_back(
+                    static_cast<std::uint8_t>(pattern(channel, flipped ? side - 1 - y : y, x)));
+            }
+            bytes.push_back(0);
+        }
+    }
+    return *Bitmap::create(side, side, static_cast<std::size_t>(side) * 4, bgrx8, std::move(bytes));
+}
+
+double sum(const std::vector<float>& values) {
+    return std::accumulate(values.begin(), values.end(), 0.0);
+}
+
+struct OpenCvNetworkTest : testing::Test {
+    void SetUp() override {
+        const auto shared = sharedFolder();
+        if (!shared) GTEST_SKIP() << noSharedFolder;
+        folder = *shared / "models";
+        std::ifstream(folder / "reference-outputs.json") >> reference;
+    }
+
+    std::filesystem::path folder;
+    nlohmann::json reference;
+};
+
+TEST_F(OpenCvNetworkTest, NetworksGiveTheirReferences) {
+    const nlohmann::json& embedder = reference["Embedder128"];
+    const nlohmann::json& landmarks = reference["Landmarks98"];
+    const struct {
+        const char* file;
+        Order order;
+        std::vector<NeuralInput> inputs;
+        /// By output.
+        nlohmann::json begins;
+        nlohmann::json sums;
+        double tolerance;
+    } cases[] = {
+        {"Embedder128.onnx",
+         Order::rgb,
+         {{"image", patternImage(112, Order::rgb)}},
+         {{"embedding", embedder["first8"]}},
+         {{"embedding", embedder["sum"]}},
+         1e-3},
+        {"Landmarks98.onnx",
+         Order::bgr,
+         {{"image", patternImage(112, Order::bgr)}},
+         {{"landmarks", landmarks["first8"]}},
+         {{"landmarks", landmarks["sum"]}},
+         1e-3},
+        {"MiniFASNet.onnx",
+         Order::bgr,
+         {{"crop27", patternImage(80, Order::bgr)}, {"crop40", patternImage(80, Order::bgr, true)}},
+         reference["MiniFASNet"],
+         {},
+         1e-4},
+    };
+    for (const auto& [file, order, inputs, begins, sums, tolerance] : cases) {
+        SCOPED_TRACE(file);
+        const auto model = OpenCvNeuralModels().load(folder / file, {.channelOrder = order});
+        ASSERT_TRUE(model) << model.error();
+        const auto outputs = (*model)->predict(inputs);
+        ASSERT_TRUE(outputs) << outputs.error();
+        for (const NeuralOutput& output : *outputs) {
+            const nlohmann::json& begin = begins.at(output.name);
+            ASSERT_GE(output.values.size(), begin.size());
+            for (std::size_t i = 0; i < begin.size(); ++i)
+                EXPECT_NEAR(output.values[i], begin[i].get<float>(), tolerance) << i;
+            if (!sums.contains(output.name)) continue;
+            EXPECT_NEAR(sum(output.values), sums[output.name].get<double>(), 10 * tolerance);
+        }
+    }
+}
+
+TEST_F(OpenCvNetworkTest, TheDetectorTakesOtherSidesThanItsFileSays) {
+    const auto file = OnnxFile::read(folder / "face_detection_yunet_2023mar.onnx");
+    ASSERT_TRUE(file);
+    auto network = OpenCvNetwork::load(*file);
+    ASSERT_TRUE(network);
+    OpenCvNetwork::Input input{"input", 320, 256, {}};
+    for (int c = 0; c < 3; ++c) {
+        for (int y = 0; y < input.height; ++y) {
+            for (int x = 0; x < input.width; ++x) {
+                input.planes.push_back(static_cast<float>(pattern(c, y, x)));
+            }
+        }
+    }
+    const auto outputs = network->run({&input, 1});
+    ASSERT_TRUE(outputs);
+    ASSERT_EQ(outputs->size(), 12U);
+    for (const NeuralOutput& output : *outputs) {
+        const auto& expected = reference["yunet_320x256"][output.name];
+        std::size_t count = 1;
+        for (const auto& dimension : expected["shape"])
+            count *= dimension.get<std::size_t>();
+        EXPECT_EQ(output.values.size(), count) << output.name;
+        const double total = expected["sum"].get<double>();
+        EXPECT_NEAR(sum(output.values), total, 1e-3 * std::abs(total) + 1e-4) << output.name;
+    }
+
+    input.height = 240;
+    input.planes.resize(std::size_t{3} * 320 * 240);
+    EXPECT_FALSE(network->run({&input, 1})) << "no multiple of 32";
+    input.planes.pop_back();
+    EXPECT_FALSE(network->run({&input, 1})) << "a value is missing";
+}
+
+}  // namespace
+}  // namespace marrowby

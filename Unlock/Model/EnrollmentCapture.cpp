@@ -1,0 +1,113 @@
+#include "Unlock/Model/EnrollmentCapture.h"
+
+#include "UnlockCore/Recognition/FaceRecognizer.h"
+
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+/// Pixels of the working image, whose long side is 640 at most. A face at arm's length from a
+/// built-in camera is 150 to 250 wide; below this the 112-pixel crop would be enlarged.
+constexpr double nearestFaceWidth = 80;
+
+/// A slow camera takes three seconds to its first picture.
+constexpr TimeInterval longestSilence{5};
+
+using Seen = std::expected<EnrollmentFrame, FaceRecognitionError>;
+
+EnrollmentFrame seenFace(FaceRecognition recognition) {
+    if (recognition.face.boundingBox.width < nearestFaceWidth) return EnrollmentFrame::TooFar{};
+    return EnrollmentFrame::Face{
+        .yaw = recognition.face.yaw,
+        .pitch = recognition.face.pitch,
+        .quality = recognition.face.quality,
+        .fivePointAligned = recognition.alignmentTier == AlignmentTier::fivePoint,
+        .embedding = std::move(recognition.embedding)};
+}
+
+}  // namespace
+
+/// The camera queue's half.
+class EnrollmentCapture::Recognition {
+  public:
+    explicit Recognition(const Services& services)
+        : recognizer_(services.vision, services.imaging, services.embedder, 0) {}
+
+    [[nodiscard]] Seen see(const CameraFrame& frame) {
+        auto recognition = recognizer_.recognise(frame, previousFace_);
+        if (recognition) {
+            previousFace_ = recognition->face;
+            return seenFace(*std::move(recognition));
+        }
+        previousFace_.reset();
+        const FaceRecognitionError& fault = recognition.error();
+        if (std::holds_alternative<FaceRecognitionError::NoFace>(fault) ||
+            std::holds_alternative<FaceRecognitionError::CannotAlign>(fault) ||
+            std::holds_alternative<FaceRecognitionError::CutOff>(fault)) {
+            return EnrollmentFrame::NoFace{};
+        }
+        return std::unexpected(fault);
+    }
+
+  private:
+    FaceRecognizer recognizer_;
+    std::optional<DetectedFace> previousFace_;
+};
+
+EnrollmentCapture::EnrollmentCapture(Services services, Callbacks callbacks)
+    : services_(std::move(services)),
+      callbacks_(std::move(callbacks)),
+      self_(std::make_shared<EnrollmentCapture*>(this)) {}
+
+EnrollmentCapture::~EnrollmentCapture() {
+    services_.camera.setOnFrame({});
+    services_.camera.stop();
+}
+
+std::expected<void, CameraError> EnrollmentCapture::start(
+    const std::optional<std::string>& cameraID) {
+    services_.camera.setOnFrame([recognition = std::make_shared<Recognition>(services_),
+                                 weak = std::weak_ptr(self_),
+                                 &mainThread = services_.mainThread](const CameraFrame& frame) {
+        mainThread.post([weak, seen = recognition->see(frame), time = frame.timestamp] {
+            const auto self = weak.lock();
+            if (!self) return;
+            if (seen) {
+                (*self)->observe(*seen, time);
+            } else {
+                (*self)->fail(description(seen.error()));
+            }
+        });
+    });
+    auto started = services_.camera.start(cameraID);
+    if (started) {
+        heartbeat_ = services_.mainThread.every(longestSilence, TimeInterval(0.5), [this] {
+            if (!std::exchange(hasSeenFrame_, false)) fail("The camera stopped sending pictures.");
+        });
+    }
+    return started;
+}
+
+void EnrollmentCapture::observe(const EnrollmentFrame& frame, Date time) {
+    if (isOver_) return;
+    hasSeenFrame_ = true;
+    if (!session_) session_.emplace(time);
+    session_->observe(frame, time);
+    const std::weak_ptr alive(self_);
+    if (callbacks_.onProgress) callbacks_.onProgress(*session_);
+    if (alive.expired() || isOver_ || !session_->isDone()) return;
+    isOver_ = true;
+    services_.camera.stop();
+    if (callbacks_.onDone) callbacks_.onDone(session_->samples());
+}
+
+void EnrollmentCapture::fail(std::string sentence) {
+    if (isOver_) return;
+    isOver_ = true;
+    services_.camera.stop();
+    if (callbacks_.onFailed) callbacks_.onFailed(std::move(sentence));
+}
+
+}  // namespace marrowby

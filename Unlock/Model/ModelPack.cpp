@@ -1,0 +1,174 @@
+#include "Unlock/Model/ModelPack.h"
+
+#include "Unlock/Model/PublishedNetworks.h"
+
+#include <array>
+#include <cstdint>
+#include <fstream>
+#include <map>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace marrowby {
+
+namespace {
+
+using Json = nlohmann::json;
+using Values = std::vector<ModelFileFacts::Value>;
+
+constexpr const char* identifierKey = "marrowby.model.identifier";
+
+struct Role {
+    const char* key;
+    const char* name;
+};
+constexpr std::array roles{
+    Role{"finder", "the face finder"}, Role{"landmarks", "the finder of face landmarks"},
+    Role{"embedder", "the face model"}, Role{"realFace", "the real-face model"}};
+
+/// What the manifest says of one network.
+struct Entry {
+    std::string name;
+    std::string file;
+    std::string identifier;
+    std::string sha256;
+    /// Of the files that it was made from, where they are told.
+    std::vector<std::string> origins;
+    Values inputs;
+    Values outputs;
+};
+
+Values values(const Json& list) {
+    Values result;
+    for (const Json& value : list) {
+        result.push_back({value.at("name").get<std::string>(),
+                          value.at("shape").get<std::vector<std::int64_t>>()});
+    }
+    return result;
+}
+
+/// The rehearsal's networks come from no file, which they say in words.
+std::vector<std::string> origins(const Json& network) {
+    std::vector<std::string> result;
+    const auto list = network.find("origin");
+    if (list == network.end() || !list->is_array()) return result;
+    for (const Json& origin : *list)
+        result.push_back(origin.at("sha256").get<std::string>());
+    return result;
+}
+
+struct Manifest {
+    std::string name;
+    /// By role.
+    std::map<std::string, Entry> networks;
+};
+
+/// Throws what the JSON library throws for anything that is not as it should be.
+Manifest read(const Json& manifest) {
+    Manifest result{.name = manifest.at("name"), .networks = {}};
+    for (const Json& network : manifest.at("networks")) {
+        Entry entry{.name = network.at("name"),
+                    .file = network.at("file"),
+                    .identifier = network.at("identifier"),
+                    .sha256 = network.at("sha256"),
+                    .origins = origins(network),
+                    .inputs = values(network.at("inputs")),
+                    .outputs = values(network.at("outputs"))};
+        result.networks.emplace(network.at("role").get<std::string>(), std::move(entry));
+    }
+    return result;
+}
+
+std::expected<Manifest, ModelPackError> readManifest(const std::filesystem::path& path) {
+    std::ifstream stream(path);
+    if (!stream) return std::unexpected(ModelPackError{ModelPack::manifestFile, "isn’t there"});
+    try {
+        return read(Json::parse(stream));
+    } catch (const Json::exception&) {
+        return std::unexpected(ModelPackError{ModelPack::manifestFile, "is damaged"});
+    }
+}
+
+bool isAsPublished(const Manifest& manifest) {
+    for (const Role& role : roles) {
+        std::vector<std::string> published;
+        for (const PublishedFile& file : publishedFiles) {
+            if (file.role == role.key) published.emplace_back(file.sha256);
+        }
+        const Entry& entry = manifest.networks.at(role.key);
+        if (entry.origins != published) return false;
+        if (entry.sha256 != published.front() && role.key == std::string_view("finder"))
+            return false;
+    }
+    return manifest.name == ModelPack::standardName;
+}
+
+/// Why the file is not what its entry says; empty when it is.
+std::string fault(const Entry& entry, const std::filesystem::path& folder,
+                  const ModelFiles& files) {
+    // A name, not a way out of the folder.
+    if (std::filesystem::path(entry.file).filename() != entry.file)
+        return "lies outside of the pack";
+    const auto facts = files.facts(folder / entry.file);
+    std::error_code error;
+    if (!facts && !std::filesystem::exists(folder / entry.file, error)) return "isn’t there";
+    if (!facts || facts->sha256 != entry.sha256) return "was changed";
+    const auto found = facts->metadata.find(identifierKey);
+    const std::string identifier = found == facts->metadata.end() ? "" : found->second;
+    if (identifier != entry.identifier) {
+        return "says it is “" + identifier + "”, not “" + entry.identifier + "”";
+    }
+    if (facts->inputs != entry.inputs) return "takes other inputs than its description says";
+    if (facts->outputs != entry.outputs) return "gives other outputs than its description says";
+    return {};
+}
+
+}  // namespace
+
+std::string description(const ModelPackError& error) {
+    return "The model pack can’t be used: " + error.name + " " + error.reason + ".";
+}
+
+std::expected<ModelPack, ModelPackError> ModelPack::read(const std::filesystem::path& folder,
+                                                         const ModelFiles& files) {
+    const auto manifest = readManifest(folder / manifestFile);
+    if (!manifest) return std::unexpected(manifest.error());
+    const auto& networks = manifest->networks;
+    ModelSums sums;
+    for (const Role& role : roles) {
+        const auto entry = networks.find(role.key);
+        if (entry == networks.end()) {
+            return std::unexpected(ModelPackError{role.name, "is missing"});
+        }
+        if (auto reason = fault(entry->second, folder, files); !reason.empty()) {
+            return std::unexpected(ModelPackError{
+                entry->second.name + " (" + entry->second.file + ")", std::move(reason)});
+        }
+        sums.emplace(role.key, entry->second.sha256);
+    }
+    return ModelPack{.folder = folder,
+                     .name = manifest->name,
+                     .embedderFile = networks.at("embedder").file,
+                     .embedderIdentifier = networks.at("embedder").identifier,
+                     .realFaceFile = networks.at("realFace").file,
+                     .finderFile = networks.at("finder").file,
+                     .landmarksFile = networks.at("landmarks").file,
+                     .realFaceIdentifier = networks.at("realFace").identifier,
+                     .sums = std::move(sums),
+                     .isPublished = isAsPublished(*manifest)};
+}
+
+std::string ModelPack::sumOf(const std::string& role) const {
+    const auto found = sums.find(role);
+    return found == sums.end() ? "" : found->second;
+}
+
+std::string ModelPack::title() const {
+    if (isPublished) return name + ", as published";
+    return name == standardName ? name + " by its name only, not as published" : name;
+}
+
+}  // namespace marrowby

@@ -1,0 +1,10 @@
+#include "Unlock/Model/UnlockJournal.h"
+
+namespace marrowby {
+
+void UnlockJournal::add(const LogLine& line, Date now) {
+    entries_.push_back({now, line.withoutNames()});
+    if (entries_.size() > capacity) entries_.pop_front();
+}
+
+}  // namespace marrowby

@@ -1,0 +1,402 @@
+#include "Unlock/Pages/SettingsPresenter.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+using Row = WindowRow;
+using Control = WindowControl;
+
+constexpr std::string_view applicationName = "Marrowby Unlock";
+constexpr std::array livenessModes{LivenessMode::standard, LivenessMode::strict};
+constexpr std::size_t shownEntries = 12;
+
+WindowButton button(ControlID id, std::string title) {
+    return {.id = id, .title = std::move(title)};
+}
+
+template <typename T, std::size_t N>
+std::size_t indexOf(const std::array<T, N>& all, const T& value) {
+    const auto* const place = std::ranges::find(all, value);
+    return place == all.end() ? 0 : static_cast<std::size_t>(place - all.begin());
+}
+
+template <typename T, std::size_t N>
+std::vector<std::string> titlesOf(const std::array<T, N>& all, std::string_view (*title)(T)) {
+    std::vector<std::string> titles;
+    titles.reserve(N);
+    for (const T each : all)
+        titles.emplace_back(title(each));
+    return titles;
+}
+
+std::string age(TimeInterval since) {
+    constexpr double minute = 60;
+    constexpr double hour = 3600;
+    constexpr double day = 86400;
+    const double seconds = since.count();
+    const auto whole = [](double value) {
+        return std::to_string(static_cast<std::int64_t>(value));
+    };
+    if (seconds < minute) return "just now";
+    if (seconds < hour) return whole(seconds / minute) + " min ago";
+    if (seconds < day) return whole(seconds / hour) + " h ago";
+    return whole(seconds / day) + " d ago";
+}
+
+const PlatformWords::Right& rightOf(SystemSettings::Pane pane, const PlatformWords& words) {
+    switch (pane) {
+        case SystemSettings::Pane::camera:
+            return words.camera;
+        case SystemSettings::Pane::accessibility:
+            return words.accessibility;
+        case SystemSettings::Pane::inputMonitoring:
+            break;
+    }
+    return words.inputMonitoring;
+}
+
+/// Nothing where the system has no settings to open for it.
+std::optional<WindowButton> fixFor(const UnlockStatus& status, const PlatformWords& words) {
+    const auto fix = status.fix();
+    if (!fix || (fix == UnlockStatusFix::openCameraSettings && !words.camera.hasPlace()) ||
+        (fix == UnlockStatusFix::openAccessibilitySettings && !words.accessibility.hasPlace())) {
+        return std::nullopt;
+    }
+    return button({Control::fix}, std::string(title(*fix, words)));
+}
+
+/// Which ones recognise, and whom.
+std::string networksOf(const UnlockModel& model) {
+    const ModelPack& networks = model.networks();
+    return networks.knowsRealFaces() ? networks.title() + "."
+                                     : "the rehearsal’s, which know made-up people only.";
+}
+
+}  // namespace
+
+SettingsPresenter::SettingsPresenter(UnlockModel& model, SystemSettings& settings,
+                                     const UnlockJournal& journal, const SystemClock& clock,
+                                     Hooks hooks)
+    : model_(model),
+      systemSettings_(settings),
+      journal_(journal),
+      clock_(clock),
+      hooks_(std::move(hooks)) {}
+
+WindowPage SettingsPresenter::page() const {
+    if (!std::holds_alternative<Nothing>(question_)) return questionPage();
+    const UnlockSettings& settings = model_.settings();
+    const UnlockStatus status = model_.status();
+    WindowPage page{.title = std::string(applicationName),
+                    .detail = {},
+                    .rows = {},
+                    .problem = advice_.empty() ? model_.state().problem.value_or("") : advice_,
+                    .buttons = {}};
+    page.rows = {Row::Toggle{.id = {Control::enabled},
+                             .title = "Unlock with your face",
+                             .detail = {},
+                             .isOn = settings.isEnabled},
+                 Row::Status{.isGood = status.isReady(),
+                             .title = status.title(model_.words()),
+                             .detail = status.detail(applicationName, model_.words()),
+                             .fix = fixFor(status, model_.words())}};
+    if (settings.offeredLocker) {
+        page.rows.emplace_back(Row::Actions{
+            .title = "Is “" + *settings.offeredLocker + "” your screen locker?",
+            .detail = "It had the keyboard and covered the screen when your password was to be "
+                      "typed. Marrowby Unlock doesn’t know it, so nothing was typed. Say yes only "
+                      "if you lock your screen with it.",
+            .buttons = {button({Control::vouchForLocker}, "Yes, Type Into It"),
+                        button({Control::declineLocker}, "No")}});
+    }
+    addLooking(page.rows);
+    addSaved(page.rows);
+    addActivity(page.rows);
+    page.buttons = {{.id = {Control::erase}, .title = "Erase Everything…", .isDestructive = true},
+                    button({Control::quit}, "Quit…")};
+    return page;
+}
+
+void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
+    const UnlockSettings& settings = model_.settings();
+    rows.emplace_back(Row::Heading{"Looking"});
+    rows.emplace_back(Row::Toggle{.id = {Control::returnTrigger},
+                                  .title = std::string(title(UnlockTrigger::onReturn)),
+                                  .detail = {},
+                                  .isOn = settings.triggers.contains(UnlockTrigger::onReturn)});
+    rows.emplace_back(Row::Toggle{.id = {Control::spaceTrigger},
+                                  .title = std::string(title(UnlockTrigger::onSpace)),
+                                  .detail = {},
+                                  .isOn = settings.triggers.contains(UnlockTrigger::onSpace)});
+    if (settings.triggers.contains(UnlockTrigger::onSpace) && !model_.state().maySpaceKeyBeHeard) {
+        const PlatformWords::Right& right = model_.words().inputMonitoring;
+        Row::Status status{.isGood = false,
+                           .title = "Space isn’t heard",
+                           .detail = right.advice("Marrowby Unlock needs to be allowed in "),
+                           .fix = {}};
+        if (right.hasPlace())
+            status.fix = button({Control::openInputMonitoringSettings}, "Open Settings…");
+        rows.emplace_back(std::move(status));
+    }
+    std::vector<std::string> seconds;
+    seconds.reserve(UnlockSettings::scanSecondsChoices.size());
+    for (const std::int64_t each : UnlockSettings::scanSecondsChoices)
+        seconds.push_back(std::to_string(each) + " seconds");
+    rows.emplace_back(
+        Row::Choice{.id = {Control::scanSeconds},
+                    .title = "Look for",
+                    .detail = {},
+                    .options = std::move(seconds),
+                    .selected = indexOf(UnlockSettings::scanSecondsChoices, settings.scanSeconds)});
+    rows.emplace_back(Row::Choice{.id = {Control::strictness},
+                                  .title = "How alike a face must be",
+                                  .detail = {},
+                                  .options = titlesOf(allMatchStrictnesses, displayName),
+                                  .selected = indexOf(allMatchStrictnesses, settings.strictness)});
+    rows.emplace_back(Row::Choice{.id = {Control::livenessMode},
+                                  .title = "Proof that it’s you, and not a picture",
+                                  .detail = settingsNote(settings.livenessMode, model_.words()),
+                                  .options = titlesOf(livenessModes, title),
+                                  .selected = indexOf(livenessModes, settings.livenessMode)});
+    rows.emplace_back(Row::Text{"Its networks: " + networksOf(model_)});
+    Row::Choice camera{.id = {Control::camera},
+                       .title = "Camera",
+                       .detail = {},
+                       .options = {"Automatic"},
+                       .selected = 0};
+    for (const CameraDevice& device : model_.cameras()) {
+        if (device.id == settings.builtInDisplayCameraID) camera.selected = camera.options.size();
+        camera.options.push_back(device.name);
+    }
+    if (settings.builtInDisplayCameraID && camera.selected == 0) {
+        camera.detail = "The chosen camera isn’t connected.";
+    }
+    rows.emplace_back(std::move(camera));
+    rows.emplace_back(Row::Toggle{.id = {Control::showsAnimation},
+                                  .title = "Show what it does at the lock screen",
+                                  .detail = {},
+                                  .isOn = settings.showsAnimation});
+    rows.emplace_back(Row::Toggle{.id = {Control::openAtLogin},
+                                  .title = "Open at login",
+                                  .detail = {},
+                                  .isOn = systemSettings_.opensAtLogin()});
+}
+
+void SettingsPresenter::addSaved(std::vector<WindowRow>& rows) const {
+    const UnlockModel::State& state = model_.state();
+    rows.emplace_back(Row::Heading{"Saved, encrypted"});
+    if (state.isEnrolled && state.identities.empty()) {
+        rows.emplace_back(Row::Actions{.title = "Your face",
+                                       .detail = {},
+                                       .buttons = {button({Control::openVault}, "Show…")}});
+    }
+    for (std::size_t i = 0; i < state.identities.size(); ++i) {
+        const FaceIdentity& look = state.identities[i];
+        rows.emplace_back(Row::Toggle{
+            .id = {Control::useLook, i},
+            .title = look.name,
+            .detail = "Saved " + age(clock_.now() - look.createdAt) +
+                      (model_.canLookFor(look) ? "" : ", by other models: not looked for"),
+            .isOn = look.isEnabled});
+        rows.emplace_back(Row::Actions{
+            .title = {},
+            .detail = {},
+            .buttons = {
+                {.id = {Control::removeLook, i}, .title = "Remove…", .isDestructive = true}}});
+    }
+    rows.emplace_back(
+        Row::Actions{.title = {},
+                     .detail = {},
+                     .buttons = {button({Control::addLook}, "Add a Look…"),
+                                 button({Control::updatePassword},
+                                        (state.hasPassword ? "Update " : "Save ") +
+                                            std::string(model_.words().password.onButton) + "…")}});
+    rows.emplace_back(
+        Row::Choice{.id = {Control::autoLock},
+                    .title = "Ask for " + std::string(model_.words().ownerCheck.name) + " again",
+                    .detail = std::string(autoLockExplanation),
+                    .options = titlesOf(allAutoLockIntervals, title),
+                    .selected = indexOf(allAutoLockIntervals, model_.settings().autoLock)});
+}
+
+void SettingsPresenter::addActivity(std::vector<WindowRow>& rows) const {
+    const auto& entries = journal_.entries();
+    if (entries.empty()) return;
+    Row::Log log;
+    const Date now = clock_.now();
+    const std::size_t count = std::min(shownEntries, entries.size());
+    for (std::size_t i = entries.size() - count; i < entries.size(); ++i)
+        log.lines.push_back(entries[i].text + " · " + age(now - entries[i].at));
+    rows.emplace_back(Row::Heading{"Lately"});
+    rows.emplace_back(std::move(log));
+}
+
+WindowPage SettingsPresenter::questionPage() const {
+    struct Words {
+        std::string title;
+        std::string detail;
+        std::string confirm;
+    };
+    struct WordsOf {
+        const PlatformWords& platform;
+        Words operator()(const Nothing& /*unused*/) const { return {}; }
+        Words operator()(const Erasing& /*unused*/) const {
+            return {"Erase everything?",
+                    "Your face, your " + std::string(platform.password.inSentence) +
+                        " and the key are removed from this " + std::string(platform.computer) +
+                        ". To use it again, set it up again.",
+                    "Erase"};
+        }
+        Words operator()(const Quitting& /*unused*/) const {
+            return {"Quit Marrowby Unlock?",
+                    "The lock screen stays as it is until you open it again from " +
+                        std::string(platform.applications) + ".",
+                    "Quit"};
+        }
+        Words operator()(const RemovingLook& removing) const {
+            return {
+                "Remove “" + removing.name + "”?",
+                "This look doesn’t unlock your " + std::string(platform.computer) + " any more.",
+                "Remove"};
+        }
+    };
+    const Words words = std::visit(WordsOf{.platform = model_.words()}, question_);
+    // Return never does what can't be undone.
+    const bool isDestructive = !std::holds_alternative<Quitting>(question_);
+    return {.title = words.title,
+            .detail = words.detail,
+            .rows = {},
+            .problem = {},
+            .buttons = {{.id = {Control::cancel}, .title = "Cancel", .isDefault = isDestructive},
+                        {.id = {Control::confirm},
+                         .title = words.confirm,
+                         .isDefault = !isDestructive,
+                         .isDestructive = isDestructive}}};
+}
+
+void SettingsPresenter::press(ControlID id) {
+    advice_.clear();
+    const auto& looks = model_.state().identities;
+    if (id.control == Control::fix) mend();
+    if (id.control == Control::openVault) openVault();
+    if (id.control == Control::openInputMonitoringSettings) {
+        model_.requestSpaceKeyAccess();
+        open(SystemSettings::Pane::inputMonitoring);
+    }
+    if (id.control == Control::addLook)
+        hooks_.onOnboarding(model_.state().isEnrolled ? UnlockOnboardingMode::addLook
+                                                      : UnlockOnboardingMode::setUp);
+    if (id.control == Control::updatePassword)
+        hooks_.onOnboarding(UnlockOnboardingMode::updatePassword);
+    if (id.control == Control::removeLook && id.item < looks.size())
+        question_ = RemovingLook{looks[id.item].id, looks[id.item].name};
+    if (id.control == Control::erase) question_ = Erasing{};
+    if (id.control == Control::quit) question_ = Quitting{};
+    if (id.control == Control::cancel) question_ = Nothing{};
+    if (id.control == Control::confirm) confirm();
+    if (id.control == Control::vouchForLocker || id.control == Control::declineLocker)
+        change([&](UnlockSettings& settings) {
+            settings.answerOffer(id.control == Control::vouchForLocker);
+        });
+    hooks_.onChange();
+}
+
+void SettingsPresenter::mend() {
+    const auto fix = model_.status().fix();
+    if (!fix) return;
+    switch (*fix) {
+        case UnlockStatusFix::setUp:
+            return hooks_.onOnboarding(UnlockOnboardingMode::setUp);
+        case UnlockStatusFix::savePassword:
+        case UnlockStatusFix::updatePassword:
+            return hooks_.onOnboarding(UnlockOnboardingMode::updatePassword);
+        case UnlockStatusFix::allowCamera:
+            return model_.requestCameraAccess();
+        case UnlockStatusFix::openCameraSettings:
+            return open(SystemSettings::Pane::camera);
+        case UnlockStatusFix::openAccessibilitySettings:
+            return open(SystemSettings::Pane::accessibility);
+        case UnlockStatusFix::touchID:
+            return openVault();
+        case UnlockStatusFix::captureAgain:
+            return hooks_.onOnboarding(UnlockOnboardingMode::addLook);
+    }
+}
+
+void SettingsPresenter::confirm() {
+    const Question question = std::exchange(question_, Nothing{});
+    if (std::holds_alternative<Erasing>(question)) model_.eraseEverything();
+    if (std::holds_alternative<Quitting>(question)) hooks_.onQuit();
+    if (const auto* removing = std::get_if<RemovingLook>(&question))
+        model_.removeLook(removing->id, [](const auto& /*the model's problem*/) {});
+}
+
+void SettingsPresenter::open(SystemSettings::Pane pane) {
+    if (!systemSettings_.open(pane)) advice_ = rightOf(pane, model_.words()).advice("It is in ");
+}
+
+void SettingsPresenter::toggle(ControlID id, bool isOn) {
+    advice_.clear();
+    const auto& looks = model_.state().identities;
+    if (id.control == Control::useLook && id.item < looks.size())
+        model_.setLookEnabled(looks[id.item].id, isOn, [](const auto& /*the model's problem*/) {});
+    if (id.control == Control::openAtLogin && !systemSettings_.setOpensAtLogin(isOn))
+        advice_ = "The system didn’t take the change.";
+    change([&](UnlockSettings& settings) {
+        if (id.control == Control::enabled) settings.isEnabled = isOn;
+        if (id.control == Control::showsAnimation) settings.showsAnimation = isOn;
+        if (id.control == Control::returnTrigger)
+            settings.triggers.set(UnlockTrigger::onReturn, isOn);
+        if (id.control == Control::spaceTrigger)
+            settings.triggers.set(UnlockTrigger::onSpace, isOn);
+    });
+    if (id.control == Control::enabled && isOn) model_.wireEngine();
+    hooks_.onChange();
+}
+
+void SettingsPresenter::openVault() {
+    model_.openVault([](const auto& /*the model's problem*/) {});
+}
+
+void SettingsPresenter::choose(ControlID id, std::size_t option) {
+    const auto pick = [option](const auto& all, auto& value) {
+        if (option < all.size()) value = all[option];
+    };
+    change([&](UnlockSettings& settings) {
+        if (id.control == Control::strictness) pick(allMatchStrictnesses, settings.strictness);
+        if (id.control == Control::livenessMode) pick(livenessModes, settings.livenessMode);
+        if (id.control == Control::autoLock) pick(allAutoLockIntervals, settings.autoLock);
+        if (id.control == Control::scanSeconds)
+            pick(UnlockSettings::scanSecondsChoices, settings.scanSeconds);
+        if (id.control == Control::camera) {
+            const auto cameras = model_.cameras();
+            settings.builtInDisplayCameraID.reset();
+            if (option > 0 && option <= cameras.size())
+                settings.builtInDisplayCameraID = cameras[option - 1].id;
+        }
+    });
+    hooks_.onChange();
+}
+
+void SettingsPresenter::windowClosed() {
+    question_ = Nothing{};
+    advice_.clear();
+    model_.forgetProblem();
+}
+
+void SettingsPresenter::change(const std::function<void(UnlockSettings&)>& edit) {
+    UnlockSettings settings = model_.settings();
+    edit(settings);
+    if (settings != model_.settings()) model_.apply(std::move(settings));
+}
+
+}  // namespace marrowby

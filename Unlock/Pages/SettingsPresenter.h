@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Unlock/Model/UnlockJournal.h"
+#include "Unlock/Model/UnlockModel.h"
+#include "Unlock/Pages/WindowPresenter.h"
+#include "UnlockCore/Foundation/UUID.h"
+#include "UnlockCore/Platform/SystemClock.h"
+#include "UnlockCore/Status/UnlockOnboardingFlow.h"
+
+#include <functional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace marrowby {
+
+/// The settings window: where face unlock stands, what can be set, and what is saved. Main thread;
+/// what it is made of outlives it.
+class SettingsPresenter final : public WindowPresenter {
+  public:
+    struct Hooks {
+        std::function<void()> onChange;
+        std::function<void(UnlockOnboardingMode)> onOnboarding;
+        std::function<void()> onQuit;
+    };
+
+    SettingsPresenter(UnlockModel& model, SystemSettings& settings, const UnlockJournal& journal,
+                      const SystemClock& clock, Hooks hooks);
+
+    [[nodiscard]] WindowPage page() const override;
+    void press(ControlID id) override;
+    void toggle(ControlID id, bool isOn) override;
+    void choose(ControlID id, std::size_t option) override;
+    void enter(ControlID /*id*/, std::string /*text*/) override {}
+    void enter(ControlID /*id*/, SecretBytes /*secret*/) override {}
+    void windowClosed() override;
+
+  private:
+    struct Nothing {};
+    struct Erasing {};
+    struct Quitting {};
+    struct RemovingLook {
+        UUID id;
+        std::string name;
+    };
+    /// What the user is asked to confirm.
+    using Question = std::variant<Nothing, Erasing, Quitting, RemovingLook>;
+
+    [[nodiscard]] WindowPage questionPage() const;
+    void addLooking(std::vector<WindowRow>& rows) const;
+    void addSaved(std::vector<WindowRow>& rows) const;
+    void addActivity(std::vector<WindowRow>& rows) const;
+    void mend();
+    void openVault();
+    void confirm();
+    void open(SystemSettings::Pane pane);
+    void change(const std::function<void(UnlockSettings&)>& edit);
+
+    UnlockModel& model_;
+    SystemSettings& systemSettings_;
+    const UnlockJournal& journal_;
+    const SystemClock& clock_;
+    Hooks hooks_;
+    Question question_;
+    /// Where the system's settings could not be opened.
+    std::string advice_;
+};
+
+}  // namespace marrowby

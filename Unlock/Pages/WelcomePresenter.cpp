@@ -1,0 +1,373 @@
+#include "Unlock/Pages/WelcomePresenter.h"
+
+#include "UnlockCore/Storage/CredentialError.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace marrowby {
+
+namespace {
+
+using Row = WindowRow;
+using Control = WindowControl;
+
+WindowButton button(Control control, std::string title) {
+    return {.id = {control}, .title = std::move(title)};
+}
+
+}  // namespace
+
+WelcomePresenter::WelcomePresenter(UnlockOnboardingMode mode, UnlockModel& model,
+                                   SystemSettings& settings, Hooks hooks)
+    : model_(model),
+      systemSettings_(settings),
+      hooks_(std::move(hooks)),
+      flow_(mode),
+      triggers_(model.settings().triggers),
+      self_(std::make_shared<WelcomePresenter*>(this)) {
+    const auto& looks = model.state().identities;
+    if (mode == UnlockOnboardingMode::setUp && !looks.empty()) name_ = looks.front().name;
+}
+
+UnlockOnboardingFacts WelcomePresenter::facts() const {
+    const UnlockModel::State& state = model_.state();
+    // A face that was saved before has its name, too.
+    const bool isSaved = flow_.mode() == UnlockOnboardingMode::setUp && state.isEnrolled;
+    return {.understood = understood_,
+            .cameraAllowed = state.cameraPermission == CameraManager::Permission::granted,
+            .accessibilityAllowed = state.accessibilityTrusted,
+            .enrolmentComplete = model_.hasCapturedLook() || isSaved,
+            .name = isSaved && !model_.hasCapturedLook() ? "saved" : name_,
+            .passwordSaved = passwordSaved_,
+            .triggers = triggers_};
+}
+
+WindowPage WelcomePresenter::page() const {
+    WindowPage page = body();
+    page.problem = problem_;
+    if (flow_.canGoBack()) {
+        WindowButton back = button(Control::goBack, "Back");
+        back.isEnabled = !isBusy_;
+        page.buttons.push_back(std::move(back));
+    }
+    WindowButton forward = button(Control::goForward, "Continue");
+    forward.isDefault = true;
+    // What is typed is checked when it is handed over.
+    forward.isEnabled = !isBusy_ && (flow_.step() == Step::password || flow_.canGoForward(facts()));
+    if (flow_.isLastStep()) forward.title = flow_.step() == Step::done ? "Done" : "Save";
+    page.buttons.push_back(std::move(forward));
+    return page;
+}
+
+WindowPage WelcomePresenter::body() const {
+    const UnlockModel::State& state = model_.state();
+    const PlatformWords& words = model_.words();
+    WindowPage page;
+    switch (flow_.step()) {
+        case Step::welcome:
+            page.title = "Welcome to Marrowby Unlock";
+            page.detail =
+                "When you come back to your locked " + std::string(words.computer) +
+                ", it looks for you for a few seconds and types your password when it’s you.";
+            page.rows = {
+                Row::Text{"Setting it up takes about two minutes: two permissions, your face from "
+                          "nine sides, and your password."}};
+            break;
+        case Step::security:
+            page.title = "What it keeps, and how safe it is";
+            page.rows = {
+                Row::Text{"It keeps numbers that describe your face, never a picture, and your "
+                          "login password. Both are encrypted with a key in your " +
+                          std::string(words.keyStore.inSentence) + ", which " +
+                          std::string(words.ownerCheck.orPassword) +
+                          " releases once after every restart."},
+                Row::Text{"A camera sees less than " + std::string(words.ownerCheck.finger) +
+                          " feels. Most photos and screens are "
+                          "turned away, but a cut-out mask, a large screen, or somebody who looks "
+                          "very much like you may get in; strict mode in the settings is harder "
+                          "to fool. It never works right after a restart."},
+                Row::Text{"It keeps other people out, not programs: whatever program you run may "
+                          "read the key from your " +
+                          std::string(words.keyStore.inSentence) +
+                          " and the password from its file, "
+                          "without your face and without a question. Run only what you would "
+                          "trust with your password."},
+                Row::Toggle{.id = {Control::understood},
+                            .title = "I understand",
+                            .detail = {},
+                            .isOn = understood_}};
+            break;
+        case Step::camera: {
+            page.title = "Allow the camera";
+            page.detail = "It is on only while it looks for you, and while you save your face.";
+            Row::Status status{
+                .isGood = facts().cameraAllowed,
+                .title = facts().cameraAllowed ? "Camera allowed" : "Not allowed yet",
+                .detail = {},
+                .fix = {}};
+            if (state.cameraPermission == CameraManager::Permission::notDetermined) {
+                status.fix = button(Control::allowCamera,
+                                    std::string(title(UnlockStatusFix::allowCamera, words)));
+            } else if (!status.isGood) {
+                status.title = "Camera not allowed";
+                status.detail = words.camera.advice("Turned off in ");
+                if (words.camera.hasPlace())
+                    status.fix =
+                        button(Control::openCameraSettings,
+                               std::string(title(UnlockStatusFix::openCameraSettings, words)));
+            }
+            page.rows = {std::move(status)};
+            break;
+        }
+        case Step::accessibility: {
+            page.title = "Allow typing your password";
+            page.detail = words.typing.purpose;
+            Row::Status status{
+                .isGood = state.accessibilityTrusted,
+                .title = std::string(state.accessibilityTrusted ? words.typing.allowed
+                                                                : words.typing.notAllowed),
+                .detail = {},
+                .fix = {}};
+            if (!status.isGood) {
+                status.detail = words.accessibility.advice("Switch Marrowby Unlock on in ");
+                if (words.accessibility.hasPlace())
+                    status.fix = button(
+                        Control::openAccessibilitySettings,
+                        std::string(title(UnlockStatusFix::openAccessibilitySettings, words)));
+            }
+            page.rows = {std::move(status)};
+            break;
+        }
+        case Step::enrol:
+            describeCapture(page);
+            break;
+        case Step::name:
+            page.title = "Name this look";
+            page.detail =
+                "With glasses, without: every look has a name, so that you can tell them "
+                "apart in the settings.";
+            if (model_.hasCapturedLook()) {
+                page.rows = {Row::TextField{{Control::lookName}, "Name", name_}};
+            } else {
+                page.rows = {Row::Text{"Your face is saved already."}};
+            }
+            break;
+        case Step::password:
+            describePassword(page);
+            break;
+        case Step::triggers:
+            page.title = "When should it look for you?";
+            page.rows = {Row::Toggle{.id = {Control::returnTrigger},
+                                     .title = std::string(title(UnlockTrigger::onReturn)),
+                                     .detail = "The screen wakes, or you touch a key or " +
+                                               std::string(words.pointer) + ".",
+                                     .isOn = triggers_.contains(UnlockTrigger::onReturn)},
+                         Row::Toggle{.id = {Control::spaceTrigger},
+                                     .title = std::string(title(UnlockTrigger::onSpace)),
+                                     .detail = {},
+                                     .isOn = triggers_.contains(UnlockTrigger::onSpace)}};
+            break;
+        case Step::done:
+            page.title = "That’s it";
+            page.detail =
+                "Lock your screen, come back, and look at it. Open Marrowby Unlock again "
+                "to change anything.";
+            break;
+    }
+    return page;
+}
+
+void WelcomePresenter::describeCapture(WindowPage& page) const {
+    page.title = "Save your face";
+    page.detail = "Sit as you usually do, and follow the ring with your head.";
+    Row::Actions again{.title = {}, .detail = {}, .buttons = {}};
+    if (guide_) {
+        page.rows.push_back(*guide_);
+    } else if (model_.hasCapturedLook()) {
+        page.rows.push_back(Row::Status{true, "Got it", "Your face is captured.", {}});
+        again.buttons = {button(Control::captureAgain, "Capture Again")};
+    } else if (facts().enrolmentComplete) {
+        page.rows.push_back(Row::Status{true, "Your face is saved already.", {}, {}});
+        again.buttons = {button(Control::captureAgain, "Capture Again")};
+    } else {
+        again.buttons = {button(Control::captureAgain, problem_.empty() ? "Start" : "Try Again")};
+    }
+    if (!again.buttons.empty()) page.rows.push_back(std::move(again));
+}
+
+void WelcomePresenter::describePassword(WindowPage& page) const {
+    const PlatformWords::Password& words = model_.words().password;
+    page.title =
+        (flow_.mode() == UnlockOnboardingMode::updatePassword ? "Update your " : "Save your ") +
+        std::string(words.inSentence);
+    page.detail = "It is checked, then encrypted, and typed only at your own lock screen.";
+    if (flow_.mode() == UnlockOnboardingMode::setUp && model_.state().hasPassword) {
+        page.rows.push_back(
+            Row::Text{"A password is saved already. Leave the field empty to keep it."});
+    }
+    page.rows.push_back(Row::SecretField{{Control::password}, std::string(words.atStart)});
+    if (isBusy_) page.rows.push_back(Row::Text{"Checking…"});
+}
+
+void WelcomePresenter::press(ControlID id) {
+    if (isBusy_) return;
+    if (id.control == Control::goBack) goBack();
+    if (id.control == Control::goForward) goForward();
+    if (id.control == Control::captureAgain && flow_.step() == Step::enrol) capture();
+    if (id.control == Control::allowCamera) model_.requestCameraAccess();
+    if (id.control == Control::openCameraSettings)
+        systemSettings_.open(SystemSettings::Pane::camera);
+    if (id.control == Control::openAccessibilitySettings)
+        systemSettings_.open(SystemSettings::Pane::accessibility);
+    hooks_.onChange();
+}
+
+void WelcomePresenter::toggle(ControlID id, bool isOn) {
+    if (id.control == Control::understood) understood_ = isOn;
+    if (id.control == Control::returnTrigger) triggers_.set(UnlockTrigger::onReturn, isOn);
+    if (id.control == Control::spaceTrigger) triggers_.set(UnlockTrigger::onSpace, isOn);
+    hooks_.onChange();
+}
+
+void WelcomePresenter::enter(ControlID id, std::string text) {
+    if (id.control != Control::lookName) return;
+    name_ = std::move(text);
+    hooks_.onChange();
+}
+
+void WelcomePresenter::enter(ControlID id, SecretBytes secret) {
+    if (id.control == Control::password) secret_ = std::move(secret);
+}
+
+void WelcomePresenter::windowClosed() {
+    secret_.reset();
+    guide_.reset();
+    model_.dropCapturedLook();
+}
+
+void WelcomePresenter::windowShown() {
+    if (flow_.step() == Step::enrol && !guide_ && !facts().enrolmentComplete) capture();
+}
+
+void WelcomePresenter::modelChanged() {
+    if (!flow_.permissionChanged(facts())) return;
+    problem_.clear();
+    windowShown();
+}
+
+void WelcomePresenter::captureProgressed(const EnrollmentSession& session) {
+    if (flow_.step() != Step::enrol) return;
+    guide_ = windowrow::Guide{.progress = session.progress(),
+                              .direction = session.headTurn(),
+                              .hint = std::string(text(session.hint()))};
+    hooks_.onChange();
+}
+
+void WelcomePresenter::goBack() {
+    problem_.clear();
+    if (flow_.step() == Step::enrol) {
+        guide_.reset();
+        model_.dropCapturedLook();
+    }
+    flow_.goBack();
+}
+
+void WelcomePresenter::goForward() {
+    problem_.clear();
+    if (flow_.step() == Step::password) {
+        savePassword();
+    } else if (flow_.step() == Step::name && flow_.mode() == UnlockOnboardingMode::addLook &&
+               flow_.canGoForward(facts())) {
+        save([this](auto then) { model_.saveCapturedLook(name_, std::move(then)); });
+    } else {
+        moveOn();
+    }
+}
+
+void WelcomePresenter::savePassword() {
+    std::optional<SecretBytes> secret = std::exchange(secret_, std::nullopt);
+    const bool isTyped = secret && !secret->empty();
+    const bool isSetUp = flow_.mode() == UnlockOnboardingMode::setUp;
+    if (isSetUp && !isTyped && model_.state().hasPassword) {
+        if (model_.hasCapturedLook()) {
+            save([this](auto then) { model_.saveCapturedLook(name_, std::move(then)); });
+        } else {
+            passwordSaved_ = true;
+            moveOn();
+        }
+        return;
+    }
+    if (!isTyped) {
+        problem_ = description(CredentialError::empty);
+        return;
+    }
+    save([this, isSetUp, &secret](auto then) {
+        if (isSetUp && model_.hasCapturedLook()) {
+            model_.saveCapturedLookAndPassword(name_, *std::move(secret), std::move(then));
+        } else {
+            model_.savePassword(*std::move(secret), std::move(then));
+        }
+    });
+}
+
+void WelcomePresenter::save(const std::function<void(UnlockModel::Completion)>& work) {
+    isBusy_ = true;
+    work([weak = std::weak_ptr(self_)](const std::expected<void, std::string>& outcome) {
+        const auto self = weak.lock();
+        if (!self) return;
+        WelcomePresenter& presenter = **self;
+        presenter.isBusy_ = false;
+        if (outcome) {
+            presenter.passwordSaved_ = presenter.flow_.step() == Step::password;
+            presenter.moveOn();
+        } else {
+            presenter.problem_ = outcome.error();
+        }
+        presenter.hooks_.onChange();
+    });
+}
+
+void WelcomePresenter::moveOn() {
+    if (!flow_.goForward(facts())) return;
+    if (flow_.isFinished()) {
+        finish();
+        return;
+    }
+    windowShown();
+}
+
+void WelcomePresenter::capture() {
+    problem_.clear();
+    guide_ = windowrow::Guide{
+        .progress = 0,
+        .direction = {},
+        .hint = std::string(text(EnrollmentSession::Hint(EnrollmentSession::Hint::NoFace{})))};
+    model_.captureLook(
+        [weak = std::weak_ptr(self_)](const std::expected<void, std::string>& outcome) {
+            const auto self = weak.lock();
+            if (!self) return;
+            WelcomePresenter& presenter = **self;
+            presenter.guide_.reset();
+            if (outcome) {
+                if (presenter.flow_.step() == Step::enrol) presenter.moveOn();
+            } else {
+                presenter.problem_ = outcome.error();
+            }
+            presenter.hooks_.onChange();
+        });
+}
+
+void WelcomePresenter::finish() {
+    if (flow_.mode() == UnlockOnboardingMode::setUp) {
+        UnlockSettings settings = model_.settings();
+        settings.triggers = triggers_;
+        settings.isEnabled = true;
+        settings.hasFinishedWelcome = true;
+        model_.apply(std::move(settings));
+    }
+    model_.wireEngine();
+    hooks_.onFinish();
+}
+
+}  // namespace marrowby
