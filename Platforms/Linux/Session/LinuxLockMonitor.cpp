@@ -13,7 +13,7 @@ LockReading lockReading(std::optional<bool> isLocked) {
 }  // namespace
 
 LinuxLockMonitor::LinuxLockMonitor(const LogindWatcher& logind, const ScreenSaverWatcher& savers,
-                                   const LockStateReading* display, MainThread& mainThread)
+                                   const X11Display* display, MainThread& mainThread)
     : logind_(logind), savers_(savers), display_(display), mainThread_(mainThread) {}
 
 void LinuxLockMonitor::start() {
@@ -34,6 +34,7 @@ SessionState LinuxLockMonitor::sessionState() const {
         .saver = savers_.reading(),
         .isActive = logind.isActive,
         .isDisplayOnConsole = display.isOnConsole,
+        .areDisplaysAsleep = display_ != nullptr && display_->areMonitorsAsleep(),
         .isPreparingForSleep = logind.isPreparingForSleep,
     });
 }

@@ -3,6 +3,7 @@
 #include "Platforms/Linux/Session/LogindWatcher.h"
 #include "Platforms/Linux/Session/ScreenSaverWatcher.h"
 #include "Platforms/Linux/Session/SessionState.h"
+#include "Platforms/Linux/X11/X11Display.h"
 #include "UnlockCore/Platform/LockEventWatching.h"
 #include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/MainThread.h"
@@ -15,9 +16,9 @@ namespace marrowby {
 /// outlives it. Main thread, but for state().
 class LinuxLockMonitor final : public LockEventWatching, public LockStateReading {
   public:
-    /// The display tells of the lockers whose windows it sees; none where there is no display.
+    /// `display`: null where no X server sees the lockers’ windows.
     LinuxLockMonitor(const LogindWatcher& logind, const ScreenSaverWatcher& savers,
-                     const LockStateReading* display, MainThread& mainThread);
+                     const X11Display* display, MainThread& mainThread);
 
     /// To be called whenever a source has changed. What that means is told on the main thread's
     /// next turns.
@@ -38,7 +39,7 @@ class LinuxLockMonitor final : public LockEventWatching, public LockStateReading
 
     const LogindWatcher& logind_;
     const ScreenSaverWatcher& savers_;
-    const LockStateReading* display_;
+    const X11Display* display_;
     MainThread& mainThread_;
     /// As of the last update.
     SessionState truth_;

@@ -21,12 +21,14 @@ SessionState SessionState::of(const SessionSources& sources) {
         .lock = lockOf(sources),
         .saver = sources.saver,
         .isOnConsole = sources.isActive ? sources.isActive : sources.isDisplayOnConsole,
-        .isAsleep = sources.isPreparingForSleep.value_or(false),
+        .isAsleep = sources.isPreparingForSleep.value_or(false) || sources.areDisplaysAsleep,
     };
 }
 
 std::vector<SessionChange> changes(const SessionState& before, const SessionState& now) {
-    const auto isAway = [](const SessionState& state) { return state.isOnConsole == false; };
+    const auto isDark = [](const SessionState& state) {
+        return state.isAsleep || state.isOnConsole == false;
+    };
     const auto isLocked = [](const SessionState& state) {
         return state.lock == LockReading::locked;
     };
@@ -34,16 +36,14 @@ std::vector<SessionChange> changes(const SessionState& before, const SessionStat
     constexpr SessionChange fellAsleep{LockEvent::willSleep, true};
 
     std::vector<SessionChange> list;
-    if (before.isAsleep && !now.isAsleep) list.push_back(wokeUp);
-    if (isAway(before) && !isAway(now)) list.push_back(wokeUp);
+    if (isDark(before) && !isDark(now)) list.push_back(wokeUp);
 
     if (!isLocked(before) && isLocked(now)) list.push_back({LockEvent::screenLocked, {}});
     if (isLocked(before) && !isLocked(now)) list.push_back({LockEvent::screenUnlocked, {}});
     if (before.saver == LockReading::locked && now.saver == LockReading::unlocked)
         list.push_back({LockEvent::wake, {}});
 
-    if (!isAway(before) && isAway(now)) list.push_back(fellAsleep);
-    if (!before.isAsleep && now.isAsleep) list.push_back(fellAsleep);
+    if (!isDark(before) && isDark(now)) list.push_back(fellAsleep);
     return list;
 }
 

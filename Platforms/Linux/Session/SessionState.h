@@ -22,6 +22,8 @@ struct SessionSources {
     /// What logind and, where it is silent, the display say about who has the screen.
     std::optional<bool> isActive{};
     std::optional<bool> isDisplayOnConsole{};
+    /// The X server has blanked its monitors.
+    bool areDisplaysAsleep = false;
     std::optional<bool> isPreparingForSleep{};
     friend bool operator==(const SessionSources&, const SessionSources&) = default;
 };
@@ -31,6 +33,7 @@ struct SessionState {
     LockReading lock = LockReading::unknown;
     LockReading saver = LockReading::unknown;
     std::optional<bool> isOnConsole{};
+    /// The computer, or its displays.
     bool isAsleep = false;
     friend bool operator==(const SessionState&, const SessionState&) = default;
 
@@ -49,7 +52,8 @@ struct SessionChange {
 
 /// What is to be told, in order: coming back, the lock, going away. Unknown counts as unlocked, on
 /// the console and awake, so that a source that is lost while locked is told as an unlock. A
-/// session that another one takes the screen from sees its displays sleep.
+/// session that another one takes the screen from sees its displays sleep; sleep is over once no
+/// source knows of any.
 [[nodiscard]] std::vector<SessionChange> changes(const SessionState& before,
                                                  const SessionState& now);
 

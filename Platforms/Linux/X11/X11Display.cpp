@@ -4,6 +4,7 @@
 #include "Platforms/Linux/X11/X11InputIdle.h"
 #include "Platforms/Linux/X11/X11LockState.h"
 #include "Platforms/Linux/X11/X11LockWatcher.h"
+#include "Platforms/Linux/X11/X11SleepWatcher.h"
 #include "Platforms/Linux/X11/X11SpaceKeys.h"
 
 #include <QTimer>
@@ -21,9 +22,11 @@ struct X11Display::Parts {
     std::unique_ptr<X11InputIdle> idle;
     std::unique_ptr<X11SpaceKeys> spaceKeys;
     std::unique_ptr<X11LockWatcher> watcher;
+    /// Null where the display doesn't tell.
+    std::unique_ptr<X11SleepWatcher> sleepWatcher;
 
     [[nodiscard]] static std::expected<std::unique_ptr<Parts>, std::string> create(
-        const std::string& name, std::function<void()> onChange,
+        const std::string& name, const std::function<void()>& onChange,
         std::function<void(std::string)> onLost) {
         auto lock = X11LockState::create(name);
         if (!lock) return std::unexpected(lock.error());
@@ -31,12 +34,14 @@ struct X11Display::Parts {
         if (!idle) return std::unexpected(idle.error());
         auto spaceKeys = X11SpaceKeys::create(name);
         if (!spaceKeys) return std::unexpected(spaceKeys.error());
-        auto watcher = X11LockWatcher::create(name, std::move(onChange), std::move(onLost));
+        auto watcher = X11LockWatcher::create(name, onChange, std::move(onLost));
         if (!watcher) return std::unexpected(watcher.error());
-        return std::make_unique<Parts>(Parts{.lock = std::move(*lock),
-                                             .idle = std::move(*idle),
-                                             .spaceKeys = std::move(*spaceKeys),
-                                             .watcher = std::move(*watcher)});
+        return std::make_unique<Parts>(
+            Parts{.lock = std::move(*lock),
+                  .idle = std::move(*idle),
+                  .spaceKeys = std::move(*spaceKeys),
+                  .watcher = std::move(*watcher),
+                  .sleepWatcher = X11SleepWatcher::create(name, onChange)});
     }
 };
 
@@ -90,8 +95,7 @@ void X11Display::connect() {
     const bool isFirst = !retry_;
     if (isFirst) retry_ = std::make_unique<Retry>([this] { connect(); });
     auto parts = Parts::create(
-        name_, [this] { callbacks_.onChange(); },
-        [this](const std::string& sentence) { lose(sentence); });
+        name_, [this] { noteChange(); }, [this](const std::string& sentence) { lose(sentence); });
     if (!parts) {
         if (isFirst) callbacks_.onAway(parts.error());
         retry_->schedule();
@@ -99,6 +103,7 @@ void X11Display::connect() {
     }
     retry_->succeed();
     parts_ = std::move(*parts);
+    noteSleep();
     {
         const MutexLock lock(mutex_);
         lock_ = parts_->lock;
@@ -120,9 +125,19 @@ void X11Display::lose(const std::string& sentence) {
         if (const auto listener = weak.lock()) listener->listening.reset();
     }
     parts_.reset();
+    noteSleep();
     retry_->schedule();
     callbacks_.onAway(sentence);
     callbacks_.onChange();
+}
+
+void X11Display::noteChange() {
+    noteSleep();
+    callbacks_.onChange();
+}
+
+void X11Display::noteSleep() {
+    areMonitorsAsleep_ = parts_ && parts_->sleepWatcher && parts_->sleepWatcher->isAsleep();
 }
 
 LockState X11Display::state() const {

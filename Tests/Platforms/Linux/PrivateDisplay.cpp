@@ -45,6 +45,11 @@ void PrivateDisplay::tap(std::uint32_t keysym) const {
     }
 }
 
+void PrivateDisplay::blank() const {
+    xcb_force_screen_saver(connection_->get(), XCB_SCREEN_SAVER_ACTIVE);
+    xcb_flush(connection_->get());
+}
+
 void PrivateDisplay::movePointer() const {
     // Relative, one pixel to the right.
     xcb_test_fake_input(connection_->get(), XCB_MOTION_NOTIFY, 1, XCB_CURRENT_TIME, XCB_NONE, 1, 0,

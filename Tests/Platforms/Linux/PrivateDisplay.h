@@ -31,6 +31,8 @@ class PrivateDisplay {
     /// Presses and releases the key that has this symbol.
     void tap(std::uint32_t keysym) const;
     void movePointer() const;
+    /// Blanks the monitors as the server does when nobody uses it, until somebody does.
+    void blank() const;
     /// Gives a key code another symbol.
     void mapKey(std::uint8_t keycode, std::uint32_t keysym) const;
     void setRootProperty(const char* name, std::uint32_t value) const;

@@ -72,6 +72,36 @@ TEST(DesktopSession, goesOnWhenItsDisplayComesBack) {
     EXPECT_EQ(sentences.size(), 3U);
 }
 
+TEST(DesktopSession, sleepsAndWakesWithItsMonitors) {
+    QtLoop loop;
+    const auto display = PrivateDisplay::start();
+    if (!display) GTEST_SKIP() << noPrivateDisplay;
+    QtMainThread mainThread;
+    DesktopSession session(
+        {.systemBus = {}, .sessionBus = {}, .display = display->name(), .inputDevices = {}},
+        mainThread);
+    std::vector<LockEvent> heard;
+    session.lockEvents().onEvent = [&](LockEvent event) { heard.push_back(event); };
+    session.lockEvents().start();
+    session.start();
+    for (std::size_t round = 1; round < 3; ++round) {
+        display->blank();
+        ASSERT_TRUE(loop.runUntil([&] { return heard.size() == 2 * round - 1; }));
+        EXPECT_TRUE(session.lockEvents().isSleeping());
+        display->tap(XKB_KEY_Shift_L);
+        ASSERT_TRUE(loop.runUntil([&] { return heard.size() == 2 * round; }));
+        EXPECT_FALSE(session.lockEvents().isSleeping());
+    }
+    EXPECT_THAT(heard, ElementsAre(LockEvent::willSleep, LockEvent::wake, LockEvent::willSleep,
+                                   LockEvent::wake));
+
+    // A display that is lost in its sleep keeps nobody asleep.
+    display->blank();
+    ASSERT_TRUE(loop.runUntil([&] { return session.lockEvents().isSleeping(); }));
+    display->kill();
+    EXPECT_TRUE(loop.runUntil([&] { return !session.lockEvents().isSleeping(); }));
+}
+
 /// A folder of input devices whose kernel is the test: pipes that real input events come through.
 struct EvdevTest : testing::Test {
     QtLoop loop;

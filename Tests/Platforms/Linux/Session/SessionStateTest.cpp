@@ -81,6 +81,9 @@ TEST(SessionState, tellsWhatTheChangeMeansToTheUser) {
         {away, {}, {wakes}},
         {{}, here, {}},
         {away, {.lock = locked, .isOnConsole = true}, {wakes, isLocked}},
+        // Two sources of sleep, one after the other: one sleep.
+        {{.isAsleep = true}, {.isOnConsole = false, .isAsleep = true}, {}},
+        {{.isOnConsole = false, .isAsleep = true}, away, {}},
     };
     for (const Case& each : cases)
         EXPECT_EQ(changes(each.before, each.now), each.told) << "case " << &each - cases;
