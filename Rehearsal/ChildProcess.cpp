@@ -131,14 +131,15 @@ std::expected<ChildProcess, std::string> ChildProcess::start(const Program& prog
     const auto orNothing = [&](int descriptor) {
         return descriptor >= 0 ? descriptor : nothing.get();
     };
-    const Launch launch{.file = file->c_str(),
-                        .arguments = argumentPointers.data(),
-                        .environment = environmentPointers.data(),
-                        .descriptors = {orNothing(program.standardInput), nothing.get(),
-                                        orNothing(program.standardError), program.third},
-                        .endSignal = program.endSignal,
-                        .parent = ::getpid(),
-                        .failures = failures->writing.get()};
+    const Launch launch{
+        .file = file->c_str(),
+        .arguments = argumentPointers.data(),
+        .environment = environmentPointers.data(),
+        .descriptors = {orNothing(program.standardInput), orNothing(program.standardOutput),
+                        orNothing(program.standardError), program.third},
+        .endSignal = program.endSignal,
+        .parent = ::getpid(),
+        .failures = failures->writing.get()};
     const pid_t child = ::fork();
     if (child == 0) becomeProgram(launch);
     if (child < 0)

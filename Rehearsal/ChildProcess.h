@@ -48,9 +48,9 @@ class ChildProcess {
         std::vector<std::string> arguments;
         /// NAME=value; added to this process's own environment.
         std::vector<std::string> environment;
-        /// Descriptors of this process that become the child's 0, 2 and 3; the null device where
-        /// none.
+        /// Descriptors of this process that become the child's 0 to 3; the null device where none.
         int standardInput = -1;
+        int standardOutput = -1;
         int standardError = -1;
         int third = -1;
         /// Sent when the thread that started it ends, and to end it. 0: it outlives us and ends by

@@ -15,7 +15,7 @@ class MovedMainThread::Moved : public Timer {
     virtual void clockMoved() = 0;
 
   protected:
-    [[nodiscard]] MainThread& real() const { return owner_.real_; }
+    [[nodiscard]] MainThread& real() const { return *owner_.real_; }
     [[nodiscard]] TimeInterval ahead() const { return owner_.clock_.ahead(); }
 
   private:

@@ -10,17 +10,18 @@
 
 namespace marrowby {
 
-/// A main thread whose timers follow a clock that is moved. Both outlive this, and this outlives
-/// its timers.
+/// A main thread whose timers follow a clock that is moved, which outlives it; it outlives its
+/// timers.
 class MovedMainThread final : public MainThread {
   public:
-    MovedMainThread(MainThread& real, const MovedClock& clock) : real_(real), clock_(clock) {}
+    MovedMainThread(std::unique_ptr<MainThread> real, const MovedClock& clock)
+        : real_(std::move(real)), clock_(clock) {}
 
     /// After the clock was moved: what is due by now comes soon, what repeats comes once.
     void clockMoved();
 
-    [[nodiscard]] bool isCurrent() const override { return real_.isCurrent(); }
-    void post(std::function<void()> work) override { real_.post(std::move(work)); }
+    [[nodiscard]] bool isCurrent() const override { return real_->isCurrent(); }
+    void post(std::function<void()> work) override { real_->post(std::move(work)); }
     [[nodiscard]] std::unique_ptr<Timer> at(Date fireDate, TimeInterval tolerance,
                                             std::function<void()> work) override;
     [[nodiscard]] std::unique_ptr<Timer> every(TimeInterval interval, TimeInterval tolerance,
@@ -31,7 +32,7 @@ class MovedMainThread final : public MainThread {
     class Once;
     class Repeated;
 
-    MainThread& real_;
+    const std::unique_ptr<MainThread> real_;
     const MovedClock& clock_;
     std::set<Moved*> timers_;
 };

@@ -1,40 +1,22 @@
 #include "Rehearsal/Stage.h"
 
-#include "Platforms/Linux/Desktop/JsonDefaultsStore.h"
-#include "Platforms/Linux/Desktop/QtMainThread.h"
-#include "Platforms/Linux/Desktop/ThreadWorkQueues.h"
+#include "Platforms/Linux/Desktop/LinuxSystemSettings.h"
 #include "Platforms/Linux/Desktop/UnixClock.h"
-#include "Platforms/Linux/Session/DesktopSession.h"
-#include "Platforms/Linux/Vision/OpenCvFaceVision.h"
-#include "Platforms/Linux/Vision/OpenCvFourierTransform.h"
-#include "Platforms/Linux/Vision/OpenCvImaging.h"
-#include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
-#include "Platforms/Linux/X11/X11WindowServer.h"
-#include "Platforms/Linux/X11/XTestKeyEvents.h"
-#include "Platforms/Posix/OpenSslCipher.h"
-#include "Platforms/Posix/PosixFileSystem.h"
+#include "Platforms/Linux/X11/XcbConnection.h"
+#include "Rehearsal/AccessibleWindows.h"
 #include "Rehearsal/DesktopUser.h"
 #include "Rehearsal/Interruption.h"
-#include "Rehearsal/MovedClock.h"
-#include "Rehearsal/MovedMainThread.h"
-#include "Rehearsal/PrivateDesktop.h"
-#include "Rehearsal/PrivateFolder.h"
-#include "Rehearsal/SceneAccount.h"
-#include "Rehearsal/SceneKeyStore.h"
-#include "Rehearsal/SceneOwner.h"
-#include "Rehearsal/SceneSettings.h"
-#include "Rehearsal/Scenes/SceneFilm.h"
-#include "Rehearsal/Scenes/SceneUser.h"
-#include "Rehearsal/Scenes/ScriptedCamera.h"
+#include "Rehearsal/People/Person.h"
+#include "Rehearsal/PrivateSession.h"
+#include "Rehearsal/ProgramJournal.h"
+#include "Rehearsal/ProgramOnStage.h"
+#include "Rehearsal/Scenes/SceneCatalogue.h"
 #include "Rehearsal/ScreenLocker.h"
-#include "Unlock/Island/Island.h"
-#include "Unlock/Linux/LinuxWords.h"
-#include "UnlockCore/Foundation/Mutex.h"
-#include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
-#include "UnlockCore/Platform/LockEventWatching.h"
 
 #include <QCoreApplication>
 #include <QTimer>
+#include <algorithm>
+#include <fstream>
 #include <iomanip>
 #include <sstream>
 #include <utility>
@@ -45,12 +27,16 @@ namespace marrowby {
 
 namespace {
 
-constexpr TimeInterval lockAnnouncement{5};
+constexpr TimeInterval aStep{5};
+/// For the program to start, on a machine under load, too.
+constexpr TimeInterval aStart{30};
 
-/// How often a wait looks again when nothing happens.
+/// How often a wait looks again when nothing happens, and how often it asks the windows.
 constexpr int heartbeatMilliseconds = 20;
+constexpr TimeInterval askingInterval{0.1};
+constexpr TimeInterval closingInterval{0.5};
 
-/// Of the pill, below its panel's upper edge.
+/// Of the pill, below the upper edge of the screen.
 constexpr double islandMiddle = 20;
 
 std::string seconds(TimeInterval interval) {
@@ -59,417 +45,324 @@ std::string seconds(TimeInterval interval) {
     return text.str();
 }
 
-/// What the cameras show: their newest picture, and when the first came since it was asked to.
-class Viewfinder {
-  public:
-    void await() {
-        const MutexLock lock(mutex_);
-        seen_.reset();
-    }
-    void note(Date now) {
-        const MutexLock lock(mutex_);
-        if (!seen_) seen_ = now;
-    }
-    [[nodiscard]] std::optional<Date> seen() const {
-        const MutexLock lock(mutex_);
-        return seen_;
-    }
-    void show(std::shared_ptr<const PixelBuffer> picture) {
-        const MutexLock lock(mutex_);
-        picture_ = std::move(picture);
-    }
-    [[nodiscard]] QImage picture() const {
-        const MutexLock lock(mutex_);
-        if (!picture_) return {};
-        return QImage(picture_->bytes().data(), picture_->width(), picture_->height(),
-                      static_cast<qsizetype>(picture_->bytesPerRow()), QImage::Format_RGB32)
-            .copy();
-    }
-
-  private:
-    mutable Mutex mutex_;
-    std::optional<Date> seen_ GUARDED_BY(mutex_);
-    std::shared_ptr<const PixelBuffer> picture_ GUARDED_BY(mutex_);
-};
-
-/// The session's lock events, whoever else hears them, and a sleep of the displays that the stage
-/// makes up. Main thread.
-class StagedLockEvents final : public LockEventWatching {
-  public:
-    StagedLockEvents(LockEventWatching& session, MainThread& mainThread)
-        : session_(session), mainThread_(mainThread) {
-        session_.onEvent = [this](LockEvent event) {
-            if (onSessionEvent) onSessionEvent(event);
-            tell(event);
-        };
-        session_.start();
-    }
-    StagedLockEvents(const StagedLockEvents&) = delete;
-    StagedLockEvents& operator=(const StagedLockEvents&) = delete;
-    ~StagedLockEvents() override {
-        session_.stop();
-        session_.onEvent = {};
-    }
-
-    std::function<void(LockEvent)> onSessionEvent;
-
-    void setAsleep(bool isAsleep) {
-        mainThread_.post([this, isAsleep, weak = std::weak_ptr(life_)] {
-            if (!weak.lock()) return;
-            isAsleep_ = isAsleep;
-            tell(isAsleep ? LockEvent::willSleep : LockEvent::wake);
-        });
-    }
-
-    [[nodiscard]] bool isSleeping() const override { return isAsleep_ || session_.isSleeping(); }
-    void start() override { isHeard_ = true; }
-    void stop() override { isHeard_ = false; }
-
-  private:
-    void tell(LockEvent event) const {
-        if (const auto report = onEvent; isHeard_ && report) report(event);
-    }
-
-    LockEventWatching& session_;
-    MainThread& mainThread_;
-    bool isAsleep_ = false;
-    bool isHeard_ = false;
-    std::shared_ptr<const bool> life_ = std::make_shared<const bool>();
-};
+std::u16string utf16(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toStdU16String();
+}
 
 }  // namespace
 
-/// What the application runs on, in the order in which it may be built; it goes in reverse.
-struct Stage::World {
-    World(ModelPack pack, PrivateFolder home, PrivateDesktop screen, DesktopUser somebody)
-        : networks(std::move(pack)),
-          data(std::move(home)),
-          desktop(std::move(screen)),
-          atDesk(std::move(somebody)) {}
+/// In the order in which it may be built; it goes in reverse.
+struct Stage::Parts {
+    Parts(PrivateSession privateSession, DesktopUser somebody,
+          std::unique_ptr<XcbConnection> display, std::filesystem::path modelFolder,
+          std::filesystem::path programFile)
+        : session(std::move(privateSession)),
+          atDesk(std::move(somebody)),
+          connection(std::move(display)),
+          models(std::move(modelFolder)),
+          programPath(std::move(programFile)) {}
 
-    const ModelPack networks;
-    PrivateFolder data;
-    PrivateDesktop desktop;
+    PrivateSession session;
     DesktopUser atDesk;
+    std::unique_ptr<XcbConnection> connection;
+    const std::filesystem::path models;
+    const std::filesystem::path programPath;
     Interruption interruption;
     ContactSheet sheet;
+    UnixSystemClock clock;
+    Transcript transcript{clock};
+    ScreenLocker locker{session.displayName()};
+    AccessibleWindows windows{session.busAddress()};
+    std::unique_ptr<ProgramJournal> journal;
+    std::unique_ptr<ProgramOnStage> program;
 
-    UnixSystemClock realClock;
-    MovedClock clock{realClock};
-    Transcript transcript{realClock};
-    QtMainThread realMainThread;
-    MovedMainThread mainThread{realMainThread, clock};
-    OpenCvImaging imaging;
-    OpenCvFourierTransform fourier;
-    OpenCvNeuralModels models;
-    std::unique_ptr<FaceVision> lookVision;
-    std::unique_ptr<FaceVision> enrollmentVision;
-    OpenSslCipher cipher;
-    PosixFileSystem files;
-    JsonDefaultsStore defaults{files, data.path() / "settings.json"};
-    SceneKeyStore keyStore;
-    SceneOwner owner{mainThread};
-    SceneAccount account;
-    SceneSettings systemSettings;
     std::string loginPassword;
-
-    // What the real session's buses say is nothing to the private desktop.
-    DesktopSession session{{.systemBus = {}, .sessionBus = {}, .display = desktop.displayName()},
-                           mainThread};
-    StagedLockEvents lockEvents{session.lockEvents(), mainThread};
-    XTestKeyEvents keyEvents{desktop.displayName()};
-    ScreenLocker locker{desktop.displayName()};
-    X11WindowServer windowServer{desktop.displayName()};
-
-    Cast cast;
-    /// Who follows the enrolment; the cameras' views hold him too.
-    std::shared_ptr<SceneUser> user;
-    Date sceneBegan;
-    Viewfinder viewfinder;
-    /// Goes before all that its last work uses.
-    ThreadWorkQueues queues;
-    std::shared_ptr<ScriptedCamera> lookCamera;
-    std::shared_ptr<ScriptedCamera> enrollmentCamera;
-    SceneWindows windows;
-    std::unique_ptr<UnlockApplication> application;
-
+    /// To the last order.
+    std::string answer;
+    bool isLaunched = false;
     std::vector<std::string> log;
     std::size_t logRead = 0;
-    std::optional<std::string> fault;
-    bool isLockAnnounced = false;
     std::optional<Date> wokenAt;
+    std::optional<Date> firstPictureAt;
     std::optional<Date> typedAt;
 
-    [[nodiscard]] Result<void> setUp();
-    void startApplication();
-    void film(const Scene& scene);
-    void note(const std::string& line);
-    [[nodiscard]] Result<void> tap(std::uint32_t keysym);
+    void note(const std::string& message);
+    void hear(const std::string& line);
+    [[nodiscard]] std::vector<std::string> environment() const;
+    [[nodiscard]] std::filesystem::path journalSocket() const { return session.home() / "journal"; }
 };
 
-Stage::Result<void> Stage::World::setUp() {
-    for (auto* vision : {&lookVision, &enrollmentVision}) {
-        auto finder =
-            OpenCvFaceVision::load(networks.folder / networks.finderFile,
-                                   networks.folder / networks.landmarksFile, queues.background());
-        if (!finder) return std::unexpected(finder.error());
-        *vision = std::move(*finder);
-    }
-    session.onDisplayAway = [this](const std::string& text) { fault = text; };
-    lockEvents.onSessionEvent = [this](LockEvent event) {
-        if (event != LockEvent::screenLocked && event != LockEvent::screenUnlocked) return;
-        isLockAnnounced = event == LockEvent::screenLocked;
-        transcript.scene(isLockAnnounced ? "the screen is locked" : "the screen is unlocked");
-    };
-
-    const std::vector devices{ScriptedCamera::builtInCamera()};
-    lookCamera = std::make_shared<ScriptedCamera>(
-        devices, clock, [this](std::function<TimeInterval()> step) {
-            return startThreadPacing([this, step = std::move(step)] {
-                const std::uint64_t before = lookCamera->counts().sent;
-                const TimeInterval pause = step();
-                if (lookCamera->counts().sent > before) viewfinder.note(realClock.now());
-                return pause;
-            });
-        });
-    enrollmentCamera = std::make_shared<ScriptedCamera>(devices, clock);
-
-    windows.onGuide = [this, said = std::string()](const std::string& hint) mutable {
-        if (hint != said) transcript.scene("enrolment: “" + hint + "”");
-        said = hint;
-        if (user) user->heed(hintSaying(hint), clock.now() - sceneBegan);
-    };
-    startApplication();
-    session.start();
-    if (fault) return std::unexpected(*fault);
-    return {};
+void Stage::Parts::note(const std::string& message) {
+    if (message == "Typed the password and Return") typedAt = clock.now();
+    transcript.engine(message);
+    log.push_back(message);
 }
 
-void Stage::World::startApplication() {
-    application.reset();
-    application = std::make_unique<UnlockApplication>(
-        UnlockPlatform{.words = linuxWords,
-                       .mainThread = mainThread,
-                       .clock = clock,
-                       .queues = queues,
-                       .lockEvents = lockEvents,
-                       .lockState = session.lockState(),
-                       .inputIdle = session.inputIdle(),
-                       .spaceKeys = session.spaceKeys(),
-                       .lookCamera = lookCamera,
-                       .enrollmentCamera = enrollmentCamera,
-                       .lookVision = *lookVision,
-                       .enrollmentVision = *enrollmentVision,
-                       .models = models,
-                       .imaging = imaging,
-                       .fourier = fourier,
-                       .cipher = cipher,
-                       .files = files,
-                       .keyStore = keyStore,
-                       .ownerCheck = owner,
-                       .passwordVerifier = account,
-                       .defaults = defaults,
-                       .keyEvents = keyEvents,
-                       .systemSettings = systemSettings,
-                       .windowServer = windowServer},
-        UnlockModel::Resources{.dataBase = data.path(), .testTag = {}, .models = networks}, windows,
-        UnlockApplication::Hooks{.log = [this](const std::string& line) { note(line); },
-                                 .terminate = [] {}});
-    application->didFinishLaunching({.isAtLogin = true, .isVisible = true});
+void Stage::Parts::hear(const std::string& line) {
+    if (line == "launched") isLaunched = true;
+    if (line == "first picture" && !firstPictureAt) firstPictureAt = clock.now();
+    if (line.starts_with("done: ") || line.starts_with("unknown: ")) answer = line;
 }
 
-// A film for each camera, as they may run at the same time.
-void Stage::World::film(const Scene& scene) {
-    sceneBegan = clock.now();
-    for (const auto& camera : {lookCamera, enrollmentCamera}) {
-        camera->setView([this, film = std::make_shared<SceneFilm>(scene, cast),
-                         began = sceneBegan](const ScriptedCamera::Shot& shot) {
-            auto picture = film->shoot({.at = shot.at - began,
-                                        .running = shot.running,
-                                        .frameTime = shot.frameTime,
-                                        .width = shot.width,
-                                        .height = shot.height})
-                               .picture;
-            viewfinder.show(picture);
-            return picture;
-        });
-    }
-    transcript.scene("in front of the camera: " + scene.tells);
+std::vector<std::string> Stage::Parts::environment() const {
+    std::vector<std::string> environment = session.environment();
+    environment.push_back("MARROWBY_NETWORKS=" + models.string());
+    environment.push_back("MARROWBY_JOURNAL=" + journalSocket().string());
+    return environment;
 }
 
-void Stage::World::note(const std::string& line) {
-    if (line == "Typed the password and Return") typedAt = realClock.now();
-    transcript.engine(line);
-    log.push_back(line);
-}
-
-Stage::Result<void> Stage::World::tap(std::uint32_t keysym) {
-    if (atDesk.tap(keysym)) return {};
-    return std::unexpected("The private desktop takes no keys.");
-}
-
-Stage::Stage(std::unique_ptr<World> world) : world_(std::move(world)) {}
+Stage::Stage(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
 
 Stage::~Stage() = default;
 
-Stage::Result<std::unique_ptr<Stage>> Stage::create(const ModelPack& networks) {
-    auto data = PrivateFolder::create();
-    if (!data) return std::unexpected(data.error());
-    auto desktop = PrivateDesktop::create();
-    if (!desktop) return std::unexpected(desktop.error());
-    auto somebody = DesktopUser::create(desktop->displayName());
+Stage::Result<std::unique_ptr<Stage>> Stage::create(const std::filesystem::path& models,
+                                                    const std::filesystem::path& program) {
+    auto session = PrivateSession::create();
+    if (!session) return std::unexpected(session.error());
+    auto somebody = DesktopUser::create(session->displayName());
     if (!somebody) return std::unexpected(somebody.error());
-    auto world = std::make_unique<World>(networks, std::move(*data), std::move(*desktop),
-                                         std::move(*somebody));
-    if (auto ready = world->setUp(); !ready) return std::unexpected(ready.error());
-    return std::unique_ptr<Stage>(new Stage(std::move(world)));
+    auto connection = XcbConnection::create(session->displayName());
+    if (!connection) return std::unexpected(connection.error());
+    // Patient also with a slow machine.
+    std::filesystem::create_directory(session->home() / "marrowby-unlock");
+    std::ofstream(session->home() / "marrowby-unlock/settings.json")
+        << R"({"unlock.scanSeconds": 10})";
+
+    auto parts =
+        std::make_unique<Parts>(*std::move(session), *std::move(somebody), *std::move(connection),
+                                std::filesystem::absolute(models), program);
+    auto journal = ProgramJournal::create(
+        parts->journalSocket(),
+        [parts = parts.get()](const std::string& message) { parts->note(message); });
+    if (!journal) return std::unexpected(journal.error());
+    parts->journal = *std::move(journal);
+    std::unique_ptr<Stage> stage(new Stage(std::move(parts)));
+    if (auto started = stage->restartApplication(); !started)
+        return std::unexpected(started.error());
+    return stage;
 }
 
 Transcript& Stage::transcript() {
-    return world_->transcript;
+    return parts_->transcript;
 }
 
-UnlockModel& Stage::model() {
-    return world_->application->model();
-}
-
-SceneWindows& Stage::windows() {
-    return world_->windows;
+Stage::Result<void> Stage::restartApplication() {
+    if (parts_->program) parts_->transcript.scene("the program ends and is started again");
+    parts_->program.reset();
+    parts_->isLaunched = false;
+    auto program = ProgramOnStage::start(
+        parts_->programPath, {LinuxSystemSettings::atLoginFlag}, parts_->environment(),
+        [parts = parts_.get()](const std::string& line) { parts->hear(line); });
+    if (!program) return std::unexpected(program.error());
+    parts_->program = *std::move(program);
+    if (auto launched =
+            waitUntil("the program to start", aStart, [this] { return parts_->isLaunched; });
+        !launched) {
+        return launched;
+    }
+    if (parts_->loginPassword.empty()) return {};
+    return setLoginPassword(parts_->loginPassword);
 }
 
 Stage::Result<void> Stage::openApplication() {
-    world_->transcript.scene("the application is opened");
-    world_->application->shouldHandleReopen();
-    return waitUntil("a window", TimeInterval(5), [this] {
-        return world_->windows.isOpen(UnlockOpening::Window::welcome) ||
-               world_->windows.isOpen(UnlockOpening::Window::settings);
+    parts_->transcript.scene("the program is started once more, to open its window");
+    const auto second = ChildProcess::start({.arguments = {parts_->programPath.string()},
+                                             .environment = parts_->environment(),
+                                             .endSignal = SIGTERM});
+    if (!second) return std::unexpected(second.error());
+    return waitUntil("a window", aStart,
+                     [&] { return !second->isRunning() && page().has_value(); });
+}
+
+Stage::Result<void> Stage::closeWindow() {
+    // Again while the window hasn't the keyboard yet: the window manager then closes none.
+    std::optional<Date> askedAt;
+    return waitUntil("the window to close", aStep, [&] {
+        if (!page()) return true;
+        const Date now = parts_->clock.now();
+        if (askedAt && now - *askedAt < closingInterval) return false;
+        askedAt = now;
+        const DesktopUser& user = parts_->atDesk;
+        (void)(user.press(XKB_KEY_Alt_L, true) && user.tap(XKB_KEY_F4));
+        (void)user.press(XKB_KEY_Alt_L, false);
+        return false;
     });
 }
 
-void Stage::restartApplication() {
-    world_->transcript.scene("the application ends and is started again");
-    world_->startApplication();
+std::optional<std::string> Stage::page() const {
+    return parts_->windows.title();
 }
 
-void Stage::putInFront(const Scene& scene) {
-    world_->user.reset();
-    world_->film(scene);
+Stage::Result<void> Stage::waitForPage(std::string_view title, TimeInterval limit) {
+    std::optional<Date> askedAt;
+    return waitUntil("the page “" + std::string(title) + "”", limit, [&] {
+        const Date now = parts_->clock.now();
+        if (askedAt && now - *askedAt < askingInterval) return false;
+        askedAt = now;
+        return page() == title;
+    });
 }
 
-void Stage::seatUser(std::uint64_t person) {
-    const auto user = std::make_shared<SceneUser>(person);
-    world_->film({.tells = "somebody who does what is asked for",
-                  .actors = {{person, [user](TimeInterval time) { return user->at(time); }}},
-                  .seed = person});
-    world_->user = user;
+Stage::Result<void> Stage::waitForNoWindow() {
+    return waitUntil("the window to close", aStep, [&] { return !page(); });
 }
 
-void Stage::turnUsersHead() {
-    world_->transcript.scene("the head turns");
-    world_->user->turnHead(world_->clock.now() - world_->sceneBegan);
+Stage::Result<void> Stage::press(std::string_view name) {
+    // A page that has just come up may be building its controls yet.
+    return waitUntil("a control “" + std::string(name) + "”", aStep,
+                     [&] { return parts_->windows.press(name); });
 }
 
-void Stage::setLoginPassword(std::string_view password) {
-    world_->loginPassword = password;
-    world_->account.setPassword(world_->loginPassword);
+Stage::Result<void> Stage::write(std::string_view text) {
+    if (auto focused = waitUntil("the keyboard in a control", aStep,
+                                 [&] { return parts_->windows.focusText(); });
+        !focused) {
+        return focused;
+    }
+    if (parts_->atDesk.write(utf16(text))) return {};
+    return std::unexpected("The private desktop takes no keys.");
+}
+
+Stage::Result<void> Stage::choose(std::string_view name, int step) {
+    if (auto opened = waitUntil("the choice “" + std::string(name) + "”", aStep,
+                                [&] { return parts_->windows.open(name); });
+        !opened) {
+        return opened;
+    }
+    for (int i = 0; i < std::abs(step); ++i) {
+        if (auto moved = tap(step < 0 ? XKB_KEY_Up : XKB_KEY_Down); !moved) return moved;
+    }
+    return tap(XKB_KEY_Return);
+}
+
+bool Stage::shows(std::string_view text) const {
+    return std::ranges::any_of(parts_->windows.texts(), [text](const std::string& shown) {
+        return shown.find(text) != std::string::npos;
+    });
+}
+
+bool Stage::isSaved(std::string_view name) const {
+    std::error_code error;
+    return std::filesystem::exists(parts_->session.home() / "Marrowby Unlock" / name, error);
+}
+
+Stage::Result<void> Stage::order(const std::string& line) {
+    parts_->answer.clear();
+    if (!parts_->program->order(line)) return std::unexpected("The program takes no orders.");
+    if (auto answered = waitUntil("an answer to “" + line + "”", aStep,
+                                  [this] { return !parts_->answer.empty(); });
+        !answered) {
+        return answered;
+    }
+    if (parts_->answer.starts_with("done: ")) return {};
+    return std::unexpected("The stage knows no “" + line + "”.");
+}
+
+Stage::Result<void> Stage::putInFront(std::string_view scene, std::size_t person) {
+    const auto found = sceneNamed(scene, distinctPeople()[person]);
+    if (!found) return std::unexpected("There is no scene “" + std::string(scene) + "”.");
+    parts_->transcript.scene("in front of the camera: " + found->tells);
+    return order("scene " + std::string(scene) + " " + std::to_string(person));
+}
+
+Stage::Result<void> Stage::seatUser(std::size_t person) {
+    parts_->transcript.scene("in front of the camera: somebody who does what is asked for");
+    return order("seat " + std::to_string(person));
+}
+
+Stage::Result<void> Stage::turnUsersHead() {
+    parts_->transcript.scene("the head turns");
+    return order("turn");
+}
+
+Stage::Result<void> Stage::setLoginPassword(std::string_view password) {
+    parts_->loginPassword = password;
+    return order("password " + parts_->loginPassword);
 }
 
 Stage::Result<void> Stage::lockScreen() {
-    world_->transcript.scene("somebody locks the screen (i3lock)");
-    world_->viewfinder.show(nullptr);
-    if (auto locked = world_->locker.lock(world_->loginPassword); !locked) return locked;
-    return waitUntil("the lock to be announced", lockAnnouncement,
-                     [this] { return world_->isLockAnnounced; });
+    parts_->transcript.scene("somebody locks the screen (i3lock)");
+    return parts_->locker.lock(parts_->loginPassword);
 }
 
 Stage::Result<void> Stage::waitForUnlock(TimeInterval limit) {
     return waitUntil("the screen to be unlocked", limit,
-                     [this] { return !world_->locker.isRunning() && !world_->isLockAnnounced; });
+                     [this] { return !parts_->locker.isRunning(); });
 }
 
 void Stage::sleepDisplays() {
-    world_->transcript.scene("the displays go to sleep");
-    world_->lockEvents.setAsleep(true);
+    parts_->transcript.scene("the displays go to sleep");
+    xcb_force_screen_saver(parts_->connection->get(), XCB_SCREEN_SAVER_ACTIVE);
+    parts_->connection->flush();
 }
 
-void Stage::wakeDisplays() {
-    world_->transcript.scene("the displays wake");
-    world_->viewfinder.await();
-    world_->typedAt.reset();
-    world_->wokenAt = world_->realClock.now();
-    world_->lockEvents.setAsleep(false);
+Stage::Result<void> Stage::wakeDisplays() {
+    parts_->transcript.scene("a key wakes the displays");
+    parts_->firstPictureAt.reset();
+    parts_->typedAt.reset();
+    parts_->wokenAt = parts_->clock.now();
+    return tap(XKB_KEY_Shift_L);
+}
+
+Stage::Result<void> Stage::tap(std::uint32_t keysym) {
+    if (parts_->atDesk.tap(keysym)) return {};
+    return std::unexpected("The private desktop takes no keys.");
 }
 
 Stage::Result<void> Stage::touchKeyboard() {
-    world_->transcript.scene("somebody touches the keyboard");
-    return world_->tap(XKB_KEY_Shift_L);
+    parts_->transcript.scene("somebody touches the keyboard");
+    return tap(XKB_KEY_Shift_L);
 }
 
 Stage::Result<void> Stage::pressSpace() {
-    world_->transcript.scene("somebody presses Space");
-    return world_->tap(XKB_KEY_space);
+    parts_->transcript.scene("somebody presses Space");
+    return tap(XKB_KEY_space);
 }
 
 Stage::Result<void> Stage::pointAtIsland() {
-    world_->transcript.scene("the pointer comes to the island");
-    const auto screen = world_->windowServer.mainScreen();
-    if (!screen) return std::unexpected("The private desktop has no screen.");
-    const Rect island = Island::frame(*screen);
-    world_->atDesk.pointAt({.x = island.centre().x, .y = screen->frame.height / 2});
+    parts_->transcript.scene("the pointer comes to the island");
+    const xcb_screen_t& screen = parts_->connection->screen();
+    const double middle = screen.width_in_pixels / 2.0;
+    parts_->atDesk.pointAt({.x = middle, .y = screen.height_in_pixels / 2.0});
     // Until it was seen elsewhere.
     if (auto seen = letPass(TimeInterval(0.75)); !seen) return seen;
-    world_->atDesk.pointAt({.x = island.centre().x, .y = island.y + islandMiddle});
+    parts_->atDesk.pointAt({.x = middle, .y = islandMiddle});
     return {};
 }
 
-void Stage::moveClock(TimeInterval by) {
-    const double days = by.count() / 86400;
+Stage::Result<void> Stage::moveClock(TimeInterval by) {
     std::ostringstream text;
-    text << "the clock is set forward by " << std::setprecision(3) << days << " days";
-    world_->transcript.scene(text.str());
-    world_->clock.move(by);
-    world_->mainThread.clockMoved();
+    text << "the clock is set forward by " << std::setprecision(3) << by.count() / 86400 << " days";
+    parts_->transcript.scene(text.str());
+    return order("clock " + std::to_string(static_cast<long>(by.count())));
 }
 
 Stage::Result<void> Stage::typeByHand(std::string_view text) {
-    world_->transcript.scene("somebody types at the lock screen");
-    const auto outcome = std::make_shared<std::optional<Result<void>>>();
-    world_->queues.background()->async([world = world_.get(), text = std::string(text), outcome] {
-        const KeystrokeTyping typing = keystrokeinjector::typePassword(
-            world->keyEvents, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()},
-            [world] { return world->locker.isRunning(); });
-        Result<void> result;
-        if (!typing.outcome()) {
-            result = std::unexpected(description(typing.outcome().error(), linuxWords));
-        }
-        world->mainThread.post([outcome, result] { *outcome = result; });
-    });
-    if (auto done = waitUntil("the typing by hand", TimeInterval(10),
-                              [&outcome] { return outcome->has_value(); });
-        !done) {
-        return done;
-    }
-    return outcome->value_or(Result<void>());
+    parts_->transcript.scene("somebody types at the lock screen");
+    const DesktopUser& user = parts_->atDesk;
+    if (user.tap(XKB_KEY_Escape) && user.write(utf16(text)) && user.tap(XKB_KEY_Return)) return {};
+    return std::unexpected("The private desktop takes no keys.");
 }
 
 void Stage::killLocker() {
-    world_->locker.kill();
+    parts_->locker.kill();
 }
 
 bool Stage::isLockerRunning() const {
-    return world_->locker.isRunning();
+    return parts_->locker.isRunning();
 }
 
 Stage::Result<void> Stage::waitUntil(std::string_view what, TimeInterval limit,
                                      const std::function<bool()>& holds) {
-    const Date begin = world_->realClock.now();
+    const Date begin = parts_->clock.now();
     QTimer heartbeat;
     heartbeat.start(heartbeatMilliseconds);
     while (!holds()) {
-        if (world_->interruption.hasCome())
+        if (parts_->interruption.hasCome())
             return std::unexpected("The rehearsal was interrupted.");
-        if (const auto fault = world_->fault) return std::unexpected(*fault);
-        if (world_->realClock.now() - begin > limit) {
+        if (parts_->program && !parts_->program->isRunning())
+            return std::unexpected("The program has ended.");
+        if (parts_->clock.now() - begin > limit) {
             return std::unexpected("Waited " + seconds(limit) + " in vain for " +
                                    std::string(what) + ".");
         }
@@ -479,47 +372,49 @@ Stage::Result<void> Stage::waitUntil(std::string_view what, TimeInterval limit,
 }
 
 Stage::Result<void> Stage::letPass(TimeInterval time) {
-    const Date end = world_->realClock.now() + time;
+    const Date end = parts_->clock.now() + time;
     return waitUntil("time to pass", time * 2 + TimeInterval(1),
-                     [this, end] { return world_->realClock.now() >= end; });
+                     [this, end] { return parts_->clock.now() >= end; });
 }
 
 Stage::Result<void> Stage::letPassSinceWake(TimeInterval time) {
-    const std::optional<Date> wokenAt = world_->wokenAt;
-    if (!wokenAt) return {};
-    return letPass(time - (world_->realClock.now() - *wokenAt));
+    if (!parts_->wokenAt) return {};
+    return letPass(time - (parts_->clock.now() - *parts_->wokenAt));
 }
 
 Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit) {
     return waitUntil("the log line “" + std::string(text) + "”", limit, [this, text] {
-        while (world_->logRead < world_->log.size()) {
-            if (world_->log[world_->logRead++].starts_with(text)) return true;
+        while (parts_->logRead < parts_->log.size()) {
+            if (parts_->log[parts_->logRead++].starts_with(text)) return true;
         }
         return false;
     });
 }
 
 void Stage::photograph(std::string caption) {
-    world_->sheet.add({.caption = std::move(caption),
-                       .camera = world_->viewfinder.picture(),
-                       .screen = world_->atDesk.screen()});
+    const auto file = parts_->session.home() / "picture.png";
+    QImage camera;
+    if (order("picture " + file.string())) camera.load(QString::fromStdString(file.string()));
+    parts_->sheet.add({.caption = std::move(caption),
+                       .camera = std::move(camera),
+                       .screen = parts_->atDesk.screen()});
 }
 
 const ContactSheet& Stage::contactSheet() const {
-    return world_->sheet;
+    return parts_->sheet;
 }
 
 std::vector<std::string> Stage::takeLog() {
-    world_->logRead = 0;
-    return std::exchange(world_->log, {});
+    parts_->logRead = 0;
+    return std::exchange(parts_->log, {});
 }
 
 std::optional<Stage::RoadTimes> Stage::roadTimes() const {
-    const auto woken = world_->wokenAt;
-    const auto seen = world_->viewfinder.seen();
-    const auto typed = world_->typedAt;
+    const auto woken = parts_->wokenAt;
+    const auto seen = parts_->firstPictureAt;
+    const auto typed = parts_->typedAt;
     if (!woken || !seen || !typed) return std::nullopt;
-    return RoadTimes{.fromWake = *typed - *woken, .fromFirstFrame = *typed - *seen};
+    return RoadTimes{.fromWake = *typed - *woken, .fromFirstPicture = *typed - *seen};
 }
 
 }  // namespace marrowby

@@ -1,16 +1,13 @@
 #pragma once
 
 #include "Rehearsal/ContactSheet.h"
-#include "Rehearsal/SceneWindows.h"
-#include "Rehearsal/Scenes/Scene.h"
 #include "Rehearsal/Transcript.h"
-#include "Unlock/Model/ModelPack.h"
-#include "Unlock/UnlockApplication.h"
 #include "UnlockCore/Foundation/Time.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <expected>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -20,8 +17,9 @@
 
 namespace marrowby {
 
-/// A whole computer for one rehearsal: a private screen with a real locker, a camera that films
-/// scripted scenes, and the application wired to them as to any other. Main thread, under Qt's
+/// A private session with a real screen locker, and the program in it as a user’s session starts
+/// it, in front of scripted cameras. It is worked by keys, the pointer and assistive technology,
+/// and known by what its windows show and what it writes to the journal. Main thread, under Qt's
 /// event loop. Whatever fails does so with one sentence; when this is destroyed nothing of it is
 /// left running.
 class Stage {
@@ -29,40 +27,57 @@ class Stage {
     template <typename T>
     using Result = std::expected<T, std::string>;
 
-    [[nodiscard]] static Result<std::unique_ptr<Stage>> create(const ModelPack& networks);
+    /// `models`: the folder of a pack; `program`: marrowby-unlock-on-stage.
+    [[nodiscard]] static Result<std::unique_ptr<Stage>> create(
+        const std::filesystem::path& models, const std::filesystem::path& program);
     ~Stage();
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;
 
     [[nodiscard]] Transcript& transcript();
-    [[nodiscard]] UnlockModel& model();
-    [[nodiscard]] SceneWindows& windows();
-    /// The user opens the application; returns when its window is there.
-    [[nodiscard]] Result<void> openApplication();
-    /// Ends the application and starts it anew, on what it saved.
-    void restartApplication();
 
-    /// What is in front of the camera from now on.
-    void putInFront(const Scene& scene);
+    /// The user starts the program again, which opens its window; returns when that is there.
+    [[nodiscard]] Result<void> openApplication();
+    [[nodiscard]] Result<void> closeWindow();
+    /// Ends the program and starts it anew, on what it saved.
+    [[nodiscard]] Result<void> restartApplication();
+    /// The title of the window that is shown.
+    [[nodiscard]] std::optional<std::string> page() const;
+    [[nodiscard]] Result<void> waitForPage(std::string_view title, TimeInterval limit);
+    [[nodiscard]] Result<void> waitForNoWindow();
+    /// Presses a button or a switch of the window.
+    [[nodiscard]] Result<void> press(std::string_view name);
+    /// Gives the keyboard to the window's first text field and types into it.
+    [[nodiscard]] Result<void> write(std::string_view text);
+    /// Moves a choice of the window by so many options.
+    [[nodiscard]] Result<void> choose(std::string_view name, int step);
+    [[nodiscard]] bool shows(std::string_view text) const;
+    /// A file that the program saves.
+    [[nodiscard]] bool isSaved(std::string_view name) const;
+
+    /// What is in front of the camera from now on: a scene of the catalogue with one of
+    /// distinctPeople().
+    [[nodiscard]] Result<void> putInFront(std::string_view scene, std::size_t person);
     /// Somebody who does what an enrolment asks for.
-    void seatUser(std::uint64_t person);
+    [[nodiscard]] Result<void> seatUser(std::size_t person);
     /// Who was seated turns the head to one side and back.
-    void turnUsersHead();
+    [[nodiscard]] Result<void> turnUsersHead();
     /// Which password the account has from now on.
-    void setLoginPassword(std::string_view password);
+    [[nodiscard]] Result<void> setLoginPassword(std::string_view password);
     /// Starts the locker, which asks the login password.
     [[nodiscard]] Result<void> lockScreen();
-    /// Until the locker has ended and that has been announced.
+    /// Until the locker has ended.
     [[nodiscard]] Result<void> waitForUnlock(TimeInterval limit);
     void sleepDisplays();
-    void wakeDisplays();
+    /// By a key.
+    [[nodiscard]] Result<void> wakeDisplays();
     /// Somebody touches a key that types nothing.
     [[nodiscard]] Result<void> touchKeyboard();
     [[nodiscard]] Result<void> pressSpace();
     /// The pointer comes to the island from elsewhere.
     [[nodiscard]] Result<void> pointAtIsland();
-    /// Sets the application's clock forward, and with it all that waits for a time.
-    void moveClock(TimeInterval by);
+    /// Sets the program's clock forward, and with it all that waits for a time.
+    [[nodiscard]] Result<void> moveClock(TimeInterval by);
     /// Somebody types at the lock screen and presses Return.
     [[nodiscard]] Result<void> typeByHand(std::string_view text);
     /// Ends the locker by force; for tidying up after an act.
@@ -70,34 +85,37 @@ class Stage {
     [[nodiscard]] bool isLockerRunning() const;
 
     /// Runs the main loop until `holds`. Fails after `limit`, at an interruption (SIGINT, SIGTERM)
-    /// and when the display goes away.
+    /// and when the program has ended.
     [[nodiscard]] Result<void> waitUntil(std::string_view what, TimeInterval limit,
                                          const std::function<bool()>& holds);
     /// Runs the main loop for a while.
     [[nodiscard]] Result<void> letPass(TimeInterval time);
     /// Until it is so long ago that the displays were last woken.
     [[nodiscard]] Result<void> letPassSinceWake(TimeInterval time);
-    /// Waits for an engine line that begins with `text`, after those already waited for.
+    /// Waits for a line of the journal that begins with `text`, after those already waited for.
     [[nodiscard]] Result<void> waitForLog(std::string_view text, TimeInterval limit);
     /// Keeps this moment for the contact sheet.
     void photograph(std::string caption);
     [[nodiscard]] const ContactSheet& contactSheet() const;
-    /// Engine lines since the last call of this.
+    /// Lines of the journal since the last call of this.
     std::vector<std::string> takeLog();
 
-    /// From the last wake, and from the first frame after it, to the end of typing; nothing before.
+    /// From the last wake, and from the first picture after it, to the end of typing; nothing
+    /// before.
     struct RoadTimes {
         TimeInterval fromWake{};
-        TimeInterval fromFirstFrame{};
+        TimeInterval fromFirstPicture{};
     };
     [[nodiscard]] std::optional<RoadTimes> roadTimes() const;
 
   private:
-    struct World;
+    struct Parts;
 
-    explicit Stage(std::unique_ptr<World> world);
+    explicit Stage(std::unique_ptr<Parts> parts);
+    [[nodiscard]] Result<void> order(const std::string& line);
+    [[nodiscard]] Result<void> tap(std::uint32_t keysym);
 
-    std::unique_ptr<World> world_;
+    std::unique_ptr<Parts> parts_;
 };
 
 }  // namespace marrowby

@@ -1,5 +1,8 @@
 #include "Rehearsal/OnStage/StagePlatformFactory.h"
 
+#include "Platforms/Linux/Desktop/QtMainThread.h"
+#include "Platforms/Linux/Desktop/UnixClock.h"
+#include "Platforms/Linux/Vision/ImageFiles.h"
 #include "Rehearsal/People/Person.h"
 #include "Rehearsal/SceneOwner.h"
 #include "Rehearsal/Scenes/NetworkFolder.h"
@@ -13,7 +16,7 @@
 #include <QSocketNotifier>
 #include <QTimer>
 #include <array>
-#include <iostream>
+#include <cstdlib>
 #include <optional>
 #include <sstream>
 #include <string_view>
@@ -35,6 +38,14 @@ void eachVisibleWindow(const Visit& visit) {
         if (window->isVisible() && window->isWindow() && !window->windowTitle().isEmpty())
             visit(*window);
 }
+
+/// The real clock, set forward when told to.
+class OwnMovedClock final : public SystemClock {
+  public:
+    [[nodiscard]] Date now() const override { return moved.now(); }
+    UnixSystemClock real;
+    MovedClock moved{real};
+};
 
 /// What assistive technology would say.
 std::string focused() {
@@ -58,8 +69,24 @@ std::expected<ModelPack, std::string> StagePlatformFactory::models(
     return networksIn(networks_);
 }
 
+std::unique_ptr<SystemClock> StagePlatformFactory::makeClock() {
+    auto clock = std::make_unique<OwnMovedClock>();
+    clock_ = &clock->moved;
+    return clock;
+}
+
+std::unique_ptr<MainThread> StagePlatformFactory::makeMainThread() {
+    auto mainThread = std::make_unique<MovedMainThread>(std::make_unique<QtMainThread>(), *clock_);
+    mainThread_ = mainThread.get();
+    return mainThread;
+}
+
+std::string StagePlatformFactory::journalSocket() {
+    const char* socket = std::getenv("MARROWBY_JOURNAL");
+    return socket != nullptr ? socket : PlatformFactory::journalSocket();
+}
+
 std::shared_ptr<CaptureSession> StagePlatformFactory::makeCamera(const SystemClock& clock) {
-    clock_ = &clock;
     cameras_.push_back(
         std::make_shared<ScriptedCamera>(std::vector{ScriptedCamera::builtInCamera()}, clock));
     return cameras_.back();
@@ -116,6 +143,13 @@ void StagePlatformFactory::follow(const std::string& order) {
     } else if (verb == "owner") {
         words >> name;
         *ownerConfirms_ = name == "yes";
+    } else if (verb == "clock" && words >> number) {
+        clock_->move(TimeInterval(static_cast<double>(number)));
+        mainThread_->clockMoved();
+    } else if (verb == "turn" && user_) {
+        user_->turnHead(clock_->now() - sceneBegan_);
+    } else if (verb == "picture" && words >> name) {
+        if (!savePicture(name)) return say("unknown: " + order);
     } else if (verb == "nobody") {
         film({.tells = "nobody"});
     } else if (verb == "seat" && words >> number && number < distinctPeople().size()) {
@@ -134,15 +168,18 @@ void StagePlatformFactory::follow(const std::string& order) {
 void StagePlatformFactory::film(const Scene& scene) {
     sceneBegan_ = clock_->now();
     for (const auto& camera : cameras_) {
-        camera->setView([film = std::make_shared<SceneFilm>(scene, cast_),
+        camera->setView([this, film = std::make_shared<SceneFilm>(scene, cast_),
                          began = sceneBegan_](const ScriptedCamera::Shot& shot) {
-            return film
-                ->shoot({.at = shot.at - began,
-                         .running = shot.running,
-                         .frameTime = shot.frameTime,
-                         .width = shot.width,
-                         .height = shot.height})
-                .picture;
+            auto picture = film->shoot({.at = shot.at - began,
+                                        .running = shot.running,
+                                        .frameTime = shot.frameTime,
+                                        .width = shot.width,
+                                        .height = shot.height})
+                               .picture;
+            if (shot.running == TimeInterval{}) say("first picture");
+            const MutexLock lock(pictureMutex_);
+            picture_ = picture;
+            return picture;
         });
     }
 }
@@ -174,8 +211,14 @@ void StagePlatformFactory::observe() {
     }
 }
 
+bool StagePlatformFactory::savePicture(const std::string& file) const {
+    const MutexLock lock(pictureMutex_);
+    return picture_ && writePicture(file, *picture_);
+}
+
 void StagePlatformFactory::say(const std::string& line) {
-    std::cout << line + "\n" << std::flush;
+    const std::string whole = line + "\n";
+    [[maybe_unused]] const auto written = ::write(STDOUT_FILENO, whole.data(), whole.size());
 }
 
 }  // namespace marrowby

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "Rehearsal/MovedClock.h"
+#include "Rehearsal/MovedMainThread.h"
 #include "Rehearsal/SceneAccount.h"
 #include "Rehearsal/Scenes/Cast.h"
 #include "Rehearsal/Scenes/Scene.h"
 #include "Rehearsal/Scenes/SceneUser.h"
 #include "Rehearsal/Scenes/ScriptedCamera.h"
 #include "Unlock/Linux/PlatformFactory.h"
+#include "UnlockCore/Foundation/Mutex.h"
 
 #include <cstdint>
 #include <memory>
@@ -17,14 +20,16 @@ class QTimer;
 
 namespace marrowby {
 
-/// What surrounds the program on a private desktop: cameras that film made-up people, the account’s
-/// made-up password, and an owner who confirms or cancels. All else is the program’s own, the
-/// keyring too.
+/// What a rehearsal makes up for the program: cameras that film made-up people, the account’s
+/// password, an owner who confirms or cancels, and a clock that can be set forward. All else is the
+/// program’s own, the keyring too.
 ///
-/// Takes orders on the standard input, a line each: “seat N” (the Nth person, who follows the ring
-/// of the window), “scene NAME N”, “nobody”, “password TEXT”, “owner yes” and “owner no”. Says on
-/// the standard output what a window shows first (“page: TITLE”), what has the focus, and what the
-/// engine logs.
+/// Takes orders on the standard input, a line each, and answers “done: VERB”: “seat N” (the Nth
+/// person, who follows the ring of the window), “turn” (that person’s head), “scene NAME N”,
+/// “nobody”, “password TEXT”, “owner yes”, “owner no”, “clock SECONDS” (forward) and “picture FILE”
+/// (the cameras’ newest, as PNG). Says on the standard output what a window shows first
+/// (“page: TITLE”), what has the focus, what the engine logs, and when a camera that was started
+/// gives its first picture.
 class StagePlatformFactory final : public PlatformFactory {
   public:
     /// `networks`: the folder of those it plays on.
@@ -33,6 +38,9 @@ class StagePlatformFactory final : public PlatformFactory {
 
     [[nodiscard]] std::expected<ModelPack, std::string> models(
         std::span<const std::filesystem::path> folders) override;
+    [[nodiscard]] std::unique_ptr<SystemClock> makeClock() override;
+    [[nodiscard]] std::unique_ptr<MainThread> makeMainThread() override;
+    [[nodiscard]] std::string journalSocket() override;
     [[nodiscard]] std::shared_ptr<CaptureSession> makeCamera(const SystemClock& clock) override;
     [[nodiscard]] std::shared_ptr<MacPasswordVerifying> makePasswordVerifier(
         const std::string& userName) override;
@@ -46,15 +54,21 @@ class StagePlatformFactory final : public PlatformFactory {
     void seat(std::uint64_t person);
     /// What is seen and said since the last time.
     void observe();
-    void say(const std::string& line);
+    [[nodiscard]] bool savePicture(const std::string& file) const;
+    /// Any thread.
+    static void say(const std::string& line);
 
     const std::filesystem::path networks_;
-    const SystemClock* clock_ = nullptr;
+    /// The program's own; null before it asks for them.
+    MovedClock* clock_ = nullptr;
+    MovedMainThread* mainThread_ = nullptr;
     const std::shared_ptr<SceneAccount> account_ = std::make_shared<SceneAccount>();
     const std::shared_ptr<bool> ownerConfirms_ = std::make_shared<bool>(true);
     Cast cast_;
     std::vector<std::shared_ptr<ScriptedCamera>> cameras_;
     std::shared_ptr<SceneUser> user_;
+    mutable Mutex pictureMutex_;
+    std::shared_ptr<const PixelBuffer> picture_ GUARDED_BY(pictureMutex_);
     Date sceneBegan_;
 
     UnlockApplication* application_ = nullptr;

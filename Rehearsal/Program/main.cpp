@@ -107,7 +107,7 @@ int main(int argc, char* argv[]) {
         std::cerr << "This process’s memory can’t be kept private, so nothing was started.\n";
         return EXIT_FAILURE;
     }
-    // The island is painted, and shown on the private screen only.
+    // The contact sheet is painted, and shown nowhere.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
 
@@ -121,7 +121,8 @@ int main(int argc, char* argv[]) {
         return EXIT_FAILURE;
     }
     tellOf(*networks);
-    auto stage = Stage::create(*networks);
+    const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    auto stage = Stage::create(networks->folder, here / "marrowby-unlock-on-stage");
     if (!stage) {
         std::cerr << stage.error() << '\n';
         return EXIT_FAILURE;

@@ -36,7 +36,7 @@ TEST(Story, everyActEndsAsItShould) {
     const QGuiApplication application(argumentCount, arguments);
     const auto networks = networksIn(std::filesystem::path(MARROWBY_SOURCE_DIR) / "Models");
     ASSERT_TRUE(networks) << networks.error();
-    auto stage = Stage::create(*networks);
+    auto stage = Stage::create(networks->folder, MARROWBY_PROGRAM);
     ASSERT_TRUE(stage) << stage.error();
     for (const Act& act : acts()) {
         const auto ending = act.play(**stage);

@@ -1,5 +1,5 @@
-#include "Rehearsal/SceneWindows.h"
 #include "Tests/Unlock/FakeComputer.h"
+#include "Tests/Unlock/SceneWindows.h"
 #include "Unlock/UnlockApplication.h"
 
 #include <algorithm>

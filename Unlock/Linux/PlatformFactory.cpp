@@ -3,6 +3,9 @@
 #include "Platforms/Linux/Camera/V4l2CaptureSession.h"
 #include "Platforms/Linux/Camera/V4l2SystemCalls.h"
 #include "Platforms/Linux/Desktop/BusAddress.h"
+#include "Platforms/Linux/Desktop/JournaldLog.h"
+#include "Platforms/Linux/Desktop/QtMainThread.h"
+#include "Platforms/Linux/Desktop/UnixClock.h"
 #include "Platforms/Linux/Secrets/PamPasswordVerifier.h"
 #include "Platforms/Linux/Secrets/PolkitOwnerCheck.h"
 #include "Platforms/Linux/Vision/OnnxModelFiles.h"
@@ -28,6 +31,18 @@ std::expected<ModelPack, std::string> PlatformFactory::models(
             problem = description(pack.error());
     }
     return std::unexpected(problem.value_or("There is no folder to look for networks in."));
+}
+
+std::unique_ptr<SystemClock> PlatformFactory::makeClock() {
+    return std::make_unique<UnixSystemClock>();
+}
+
+std::unique_ptr<MainThread> PlatformFactory::makeMainThread() {
+    return std::make_unique<QtMainThread>();
+}
+
+std::string PlatformFactory::journalSocket() {
+    return JournaldLog::systemSocket;
 }
 
 std::shared_ptr<CaptureSession> PlatformFactory::makeCamera(const SystemClock& /*clock*/) {

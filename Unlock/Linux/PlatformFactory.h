@@ -17,9 +17,9 @@ namespace marrowby {
 
 class UnlockApplication;
 
-/// What the program finds around it: its cameras, its networks, and who may vouch for its user.
-/// These are this machine’s own; a stage puts others in their place, and nothing else. Main thread;
-/// outlives the program.
+/// What a rehearsal may put in the place of this machine’s own, and nothing else: cameras, models,
+/// who vouches for the user, the clock and the journal. The shipped program uses it as it is. Main
+/// thread; outlives the program.
 class PlatformFactory {
   public:
     virtual ~PlatformFactory() = default;
@@ -27,6 +27,11 @@ class PlatformFactory {
     /// The first folder with a whole pack. The error is a sentence for the user.
     [[nodiscard]] virtual std::expected<ModelPack, std::string> models(
         std::span<const std::filesystem::path> folders);
+    [[nodiscard]] virtual std::unique_ptr<SystemClock> makeClock();
+    /// Its timers follow the clock, which outlives it.
+    [[nodiscard]] virtual std::unique_ptr<MainThread> makeMainThread();
+    /// Of journald.
+    [[nodiscard]] virtual std::string journalSocket();
     /// Called twice: for the looks and for enrolment.
     [[nodiscard]] virtual std::shared_ptr<CaptureSession> makeCamera(const SystemClock& clock);
     [[nodiscard]] virtual std::shared_ptr<MacPasswordVerifying> makePasswordVerifier(

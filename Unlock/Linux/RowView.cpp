@@ -15,6 +15,7 @@
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QScrollBar>
+#include <QSignalBlocker>
 #include <algorithm>
 #include <utility>
 
@@ -121,10 +122,15 @@ class TitledView : public RowView {
     void lead(QWidget& mark) { layout_->addWidget(&mark, 0, 0, 4, 1, Qt::AlignVCenter); }
 
     void showTitle(const std::string& title, const std::string& detail, QWidget* control) {
-        title_->setText(text(title));
+        QString shown = text(title);
+        // Of a label with a buddy, “&” marks a mnemonic.
+        if (control != nullptr) shown.replace(QLatin1Char('&'), QLatin1String("&&"));
+        title_->setText(shown);
         title_->setVisible(!title.empty());
         detail_->show(detail);
         if (control == nullptr) return;
+        // Assistive technology calls a choice by its label, whatever its own name is.
+        title_->setBuddy(control);
         control->setAccessibleName(text(title));
         control->setAccessibleDescription(text(detail));
     }
@@ -163,13 +169,16 @@ class ToggleView final : public TitledView {
         const ControlID id = std::get<WindowRow::Toggle>(row).id;
         control_->setObjectName(controlName(id));
         put(*control_);
-        QObject::connect(control_, &QCheckBox::clicked, this,
+        // Not clicked: assistive technology toggles without a click.
+        QObject::connect(control_, &QCheckBox::toggled, this,
                          [&sink, id](bool isOn) { sink.toggle(id, isOn); });
     }
     void show(const WindowRow& row) override {
         const auto& toggle = std::get<WindowRow::Toggle>(row);
         showTitle(toggle.title, toggle.detail, control_);
+        const QSignalBlocker blocker(control_);
         control_->setChecked(toggle.isOn);
+        control_->update();
     }
 
   protected:

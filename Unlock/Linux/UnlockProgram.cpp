@@ -7,16 +7,14 @@
 #include "Platforms/Linux/Desktop/LinuxSystemSettings.h"
 #include "Platforms/Linux/Desktop/ProcessHardening.h"
 #include "Platforms/Linux/Desktop/ProcessSignals.h"
-#include "Platforms/Linux/Desktop/QtMainThread.h"
 #include "Platforms/Linux/Desktop/SingleInstance.h"
 #include "Platforms/Linux/Desktop/ThreadWorkQueues.h"
-#include "Platforms/Linux/Desktop/UnixClock.h"
 #include "Platforms/Linux/Desktop/XdgFolders.h"
-#include "Platforms/Linux/Session/LogindKernelTyping.h"
 #include "Platforms/Linux/Input/UinputKeyEvents.h"
 #include "Platforms/Linux/Secrets/SecretServiceKeyStore.h"
 #include "Platforms/Linux/Session/DesktopSession.h"
 #include "Platforms/Linux/Session/GraphicalSession.h"
+#include "Platforms/Linux/Session/LogindKernelTyping.h"
 #include "Platforms/Linux/Vision/OpenCvFaceVision.h"
 #include "Platforms/Linux/Vision/OpenCvFourierTransform.h"
 #include "Platforms/Linux/Vision/OpenCvImaging.h"
@@ -113,9 +111,9 @@ std::optional<std::string> inWords(const LockState& session) {
 /// What the application runs on, in the order in which it may be built; it goes in reverse.
 class World {
   public:
-    World(Places places, PlatformFactory& surroundings, const JournaldLog& log)
+    World(Places places, PlatformFactory& factory, const JournaldLog& log)
         : places_(std::move(places)),
-          factory_(surroundings),
+          factory_(factory),
           log_(log),
           missing_(places_.preparingCommand(),
                    {.onLookAgain = [this] { lookAgain(); }, .onQuit = &World::end}) {}
@@ -200,8 +198,10 @@ class World {
     PlatformFactory& factory_;
     const JournaldLog& log_;
 
-    UnixSystemClock clock_;
-    QtMainThread mainThread_;
+    const std::unique_ptr<SystemClock> clockMade_ = factory_.makeClock();
+    const std::unique_ptr<MainThread> mainThreadMade_ = factory_.makeMainThread();
+    SystemClock& clock_ = *clockMade_;
+    MainThread& mainThread_ = *mainThreadMade_;
     OpenCvImaging imaging_;
     OpenCvFourierTransform fourier_;
     OpenCvNeuralModels models_;
@@ -295,8 +295,8 @@ int refuse(const std::string& sentence) {
 
 }  // namespace
 
-int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& surroundings) {
-    const JournaldLog log(programName);
+int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& factory) {
+    const JournaldLog log(programName, factory.journalSocket());
     if (!makeProcessUndumpable()) {
         return refuse("This process’s memory can’t be kept private, so nothing was started.");
     }
@@ -324,7 +324,7 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& sur
                   .program = QApplication::applicationFilePath().toStdString()};
     const auto all = QApplication::arguments();
     if (all.contains(QLatin1String(selfCheckFlag))) {
-        World world(std::move(places), surroundings, log);
+        World world(std::move(places), factory, log);
         signals.start(&World::abandonCheck, [] {});
         return world.selfCheck();
     }
@@ -338,7 +338,7 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& sur
             break;
     }
 
-    World world(std::move(places), surroundings, log);
+    World world(std::move(places), factory, log);
     const auto reopen = [&world] { world.reopen(); };
     world.launch(all.contains(QLatin1String(LinuxSystemSettings::atLoginFlag)));
     signals.start(&World::end, reopen);

@@ -7,7 +7,9 @@ namespace marrowby {
 /// Lines for the system’s journal; where none runs they go to the standard error. Any thread.
 class JournaldLog {
   public:
-    explicit JournaldLog(std::string identifier, std::string socket = "/run/systemd/journal/socket")
+    static constexpr const char* systemSocket = "/run/systemd/journal/socket";
+
+    explicit JournaldLog(std::string identifier, std::string socket = systemSocket)
         : identifier_(std::move(identifier)), socket_(std::move(socket)) {}
 
     /// Never blocks: a journal that is behind is written past.

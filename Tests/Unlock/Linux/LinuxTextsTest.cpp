@@ -1,5 +1,5 @@
-#include "Rehearsal/SceneWindows.h"
 #include "Tests/Unlock/FakeComputer.h"
+#include "Tests/Unlock/SceneWindows.h"
 #include "Unlock/Linux/LinuxWords.h"
 #include "Unlock/Linux/MissingModelsPresenter.h"
 #include "Unlock/SelfCheck.h"

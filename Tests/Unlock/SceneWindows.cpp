@@ -1,4 +1,4 @@
-#include "Rehearsal/SceneWindows.h"
+#include "Tests/Unlock/SceneWindows.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Rehearsal/ChildProcess.h"
+#include "Rehearsal/PrivateDesktop.h"
+#include "Rehearsal/PrivateFolder.h"
+
+#include <expected>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// What a desktop gives a program: a display with a window manager, a session bus with an unlocked
+/// keyring and assistive technology, and the user’s folders, all private. Its processes and files
+/// are gone when this is destroyed, or when the thread that made it ends. One thread.
+class PrivateSession {
+  public:
+    /// Blocks until all answer, at most ten seconds each. The error is a sentence for the user.
+    [[nodiscard]] static std::expected<PrivateSession, std::string> create();
+
+    [[nodiscard]] const std::string& displayName() const { return desktop_.displayName(); }
+    [[nodiscard]] const std::string& busAddress() const { return busAddress_; }
+    /// The user’s home, and all that freedesktop.org’s base directories name.
+    [[nodiscard]] const std::filesystem::path& home() const { return home_.path(); }
+    /// NAME=value, for programs of this session.
+    [[nodiscard]] std::vector<std::string> environment() const;
+
+  private:
+    PrivateSession(PrivateFolder home, PrivateDesktop desktop)
+        : home_(std::move(home)), desktop_(std::move(desktop)) {}
+    [[nodiscard]] std::expected<void, std::string> startBus();
+    [[nodiscard]] std::expected<void, std::string> startKeyring();
+    [[nodiscard]] std::expected<void, std::string> startWindowManager();
+    [[nodiscard]] std::expected<void, std::string> awaitOwner(const std::string& service) const;
+
+    PrivateFolder home_;
+    PrivateDesktop desktop_;
+    std::string busAddress_;
+    /// In the order of their start; they end in reverse.
+    std::vector<ChildProcess> programs_;
+};
+
+}  // namespace marrowby
