@@ -27,9 +27,16 @@ bool hasOwner(QDBusConnection& bus, const std::string& service) {
 
 }  // namespace
 
-std::expected<PrivateSession, std::string> PrivateSession::create() {
+std::expected<PrivateSession, std::string> PrivateSession::create(
+    const std::filesystem::path& formerHome) {
     auto home = PrivateFolder::create();
     if (!home) return std::unexpected(home.error());
+    std::error_code error;
+    if (!formerHome.empty()) {
+        std::filesystem::copy(formerHome, home->path(), std::filesystem::copy_options::recursive,
+                              error);
+    }
+    if (error) return std::unexpected("“" + formerHome.string() + "” can’t be copied.");
     auto desktop = PrivateDesktop::create();
     if (!desktop) return std::unexpected(desktop.error());
     PrivateSession session(*std::move(home), *std::move(desktop));

@@ -17,7 +17,9 @@ namespace marrowby {
 class PrivateSession {
   public:
     /// Blocks until all answer, at most ten seconds each. The error is a sentence for the user.
-    [[nodiscard]] static std::expected<PrivateSession, std::string> create();
+    /// `formerHome` is copied, unless it is empty.
+    [[nodiscard]] static std::expected<PrivateSession, std::string> create(
+        const std::filesystem::path& formerHome = {});
 
     [[nodiscard]] const std::string& displayName() const { return desktop_.displayName(); }
     [[nodiscard]] const std::string& busAddress() const { return busAddress_; }

@@ -115,22 +115,23 @@ Stage::Stage(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
 
 Stage::~Stage() = default;
 
-Stage::Result<std::unique_ptr<Stage>> Stage::create(const std::filesystem::path& models,
-                                                    const std::filesystem::path& program) {
-    auto session = PrivateSession::create();
+Stage::Result<std::unique_ptr<Stage>> Stage::create(const Places& places) {
+    auto session = PrivateSession::create(places.home);
     if (!session) return std::unexpected(session.error());
     auto somebody = DesktopUser::create(session->displayName());
     if (!somebody) return std::unexpected(somebody.error());
     auto connection = XcbConnection::create(session->displayName());
     if (!connection) return std::unexpected(connection.error());
-    // Patient also with a slow machine.
-    std::filesystem::create_directory(session->home() / "marrowby-unlock");
-    std::ofstream(session->home() / "marrowby-unlock/settings.json")
-        << R"({"unlock.scanSeconds": 10})";
+    if (places.home.empty()) {
+        // Patient also with a slow machine.
+        std::filesystem::create_directory(session->home() / "marrowby-unlock");
+        std::ofstream(session->home() / "marrowby-unlock/settings.json")
+            << R"({"unlock.scanSeconds": 10})";
+    }
 
     auto parts =
         std::make_unique<Parts>(*std::move(session), *std::move(somebody), *std::move(connection),
-                                std::filesystem::absolute(models), program);
+                                std::filesystem::absolute(places.models), places.program);
     auto journal = ProgramJournal::create(
         parts->journalSocket(),
         [parts = parts.get()](const std::string& message) { parts->note(message); });
@@ -246,6 +247,20 @@ bool Stage::isSaved(std::string_view name) const {
     return std::filesystem::exists(parts_->session.home() / "Marrowby Unlock" / name, error);
 }
 
+Stage::Result<void> Stage::keepHome(const std::filesystem::path& folder) const {
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    for (const char* saved : {"Marrowby Unlock", "marrowby-unlock", "keyrings"}) {
+        if (error) break;
+        std::filesystem::copy(parts_->session.home() / saved, folder / saved,
+                              std::filesystem::copy_options::recursive |
+                                  std::filesystem::copy_options::overwrite_existing,
+                              error);
+    }
+    if (error) return std::unexpected("“" + folder.string() + "” can’t be written.");
+    return {};
+}
+
 Stage::Result<void> Stage::order(const std::string& line) {
     parts_->answer.clear();
     if (!parts_->program->order(line)) return std::unexpected("The program takes no orders.");
@@ -278,6 +293,10 @@ Stage::Result<void> Stage::turnUsersHead() {
 Stage::Result<void> Stage::setLoginPassword(std::string_view password) {
     parts_->loginPassword = password;
     return order("password " + parts_->loginPassword);
+}
+
+const std::string& Stage::loginPassword() const {
+    return parts_->loginPassword;
 }
 
 Stage::Result<void> Stage::lockScreen() {

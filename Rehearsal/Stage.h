@@ -27,9 +27,16 @@ class Stage {
     template <typename T>
     using Result = std::expected<T, std::string>;
 
-    /// `models`: the folder of a pack; `program`: marrowby-unlock-on-stage.
-    [[nodiscard]] static Result<std::unique_ptr<Stage>> create(
-        const std::filesystem::path& models, const std::filesystem::path& program);
+    struct Places {
+        /// The folder of a pack.
+        std::filesystem::path models;
+        /// marrowby-unlock-on-stage.
+        std::filesystem::path program;
+        /// What a user had saved, as keepHome() left it; nobody's where it is empty.
+        std::filesystem::path home{};
+    };
+
+    [[nodiscard]] static Result<std::unique_ptr<Stage>> create(const Places& places);
     ~Stage();
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;
@@ -54,6 +61,8 @@ class Stage {
     [[nodiscard]] bool shows(std::string_view text) const;
     /// A file that the program saves.
     [[nodiscard]] bool isSaved(std::string_view name) const;
+    /// Copies what the user has saved, the keyring too, to a folder that is made.
+    [[nodiscard]] Result<void> keepHome(const std::filesystem::path& folder) const;
 
     /// What is in front of the camera from now on: a scene of the catalogue with one of
     /// distinctPeople().
@@ -64,6 +73,7 @@ class Stage {
     [[nodiscard]] Result<void> turnUsersHead();
     /// Which password the account has from now on.
     [[nodiscard]] Result<void> setLoginPassword(std::string_view password);
+    [[nodiscard]] const std::string& loginPassword() const;
     /// Starts the locker, which asks the login password.
     [[nodiscard]] Result<void> lockScreen();
     /// Until the locker has ended.

@@ -23,7 +23,6 @@ namespace {
 using Ending = std::expected<std::string, std::string>;
 using Step = std::expected<void, std::string>;
 
-constexpr std::string_view loginPassword = "Corr3ct-HoRse_b@ttery!";
 constexpr std::string_view changedPassword = "staple No. 4711";
 
 constexpr TimeInterval shortly{5};
@@ -123,9 +122,9 @@ Step stayedLocked(Stage& stage, const std::vector<std::string>& log) {
         .result();
 }
 
-Step unlockByHand(Stage& stage, std::string_view password) {
+Step unlockByHand(Stage& stage) {
     return Steps()
-        .then([&] { return stage.typeByHand(password); })
+        .then([&] { return stage.typeByHand(stage.loginPassword()); })
         .then([&] { return stage.waitForUnlock(passwordCheck); })
         .result();
 }
@@ -192,7 +191,7 @@ Ending ownerTouchesAKey(Stage& stage) {
 
 Ending setUp(Stage& stage) {
     return Steps()
-        .then([&] { return stage.setLoginPassword(loginPassword); })
+        .then([&] { return stage.setLoginPassword(firstPassword); })
         .then([&] { return stage.seatUser(owner); })
         .then([&] { return stage.openApplication(); })
         .then([&] { return pressTo(stage, "Continue", "What it keeps, and how safe it is"); })
@@ -210,7 +209,7 @@ Ending setUp(Stage& stage) {
         .then([&] { return stage.waitForPage("Name this look", anEnrolment); })
         .then([&] { return stage.write("Owner"); })
         .then([&] { return pressTo(stage, "Continue", "Save your login password"); })
-        .then([&] { return stage.write(loginPassword); })
+        .then([&] { return stage.write(stage.loginPassword()); })
         .then([&] { return pressTo(stage, "Continue", "When should it look for you?"); })
         .then([&] { return pressTo(stage, "Continue", "That’s it"); })
         .then([&] { return stage.press("Done"); })
@@ -239,28 +238,39 @@ Step chooseProof(Stage& stage, int step) {
                       [&] { return stage.choose("Proof that it’s you, and not a picture", step); });
 }
 
-Ending ownerPressesSpace(Stage& stage) {
+/// The owner returns with a trigger chosen that is not the usual one.
+Ending returnsWith(Stage& stage, UnlockTrigger trigger, const std::function<Step()>& returns,
+                   std::string ending) {
     return Steps()
-        .then([&] { return lookOnlyOn(stage, UnlockTrigger::onSpace, UnlockTrigger::onReturn); })
-        .then([&] {
+        .then([&] { return lookOnlyOn(stage, trigger, UnlockTrigger::onReturn); })
+        .then(returns)
+        .then([&] { return lookOnlyOn(stage, UnlockTrigger::onReturn, trigger); })
+        .end(std::move(ending));
+}
+
+Ending ownerPressesSpace(Stage& stage) {
+    return returnsWith(
+        stage, UnlockTrigger::onSpace,
+        [&] {
             return ownerReturns(stage, "live-dark", "space", [&] {
                 return Steps()
                     .then([&] { return stage.letPass(afterTyping); })
                     .then([&] { return stage.pressSpace(); })
                     .result();
             });
-        })
-        .end("unlocked, in weak light");
+        },
+        "unlocked, in weak light");
 }
 
 Ending ownerPointsAtTheIsland(Stage& stage) {
-    return Steps()
-        .then([&] {
+    // The pointer's way there starts no look then.
+    return returnsWith(
+        stage, UnlockTrigger::onSpace,
+        [&] {
             return ownerReturns(stage, "live-backlit", "hover",
                                 [&] { return stage.pointAtIsland(); });
-        })
-        .then([&] { return lookOnlyOn(stage, UnlockTrigger::onReturn, UnlockTrigger::onSpace); })
-        .end("unlocked, with the light behind");
+        },
+        "unlocked, with the light behind");
 }
 
 /// Once, and again where that was not enough.
@@ -334,10 +344,7 @@ Ending noneGetsIn(Stage& stage, const std::vector<Visitor>& visitors,
                    })
                    .result();
     }
-    return Steps()
-        .then([&] { return gone; })
-        .then([&] { return unlockByHand(stage, loginPassword); })
-        .end(told);
+    return Steps().then([&] { return gone; }).then([&] { return unlockByHand(stage); }).end(told);
 }
 
 Ending strangersCome(Stage& stage) {
@@ -388,9 +395,9 @@ Ending passwordIsOutOfDate(Stage& stage) {
         })
         .then([&] { return stage.letPass(TimeInterval(0.5)); })
         .then([&] { stage.photograph("Turned down twice: typing stops"); })
-        .then([&] { return unlockByHand(stage, changedPassword); })
+        .then([&] { return unlockByHand(stage); })
         .then([&] { return stage.waitForPage("Update your login password", shortly); })
-        .then([&] { return stage.write(changedPassword); })
+        .then([&] { return stage.write(stage.loginPassword()); })
         .then([&] { return stage.press("Save"); })
         .then([&] { return stage.waitForNoWindow(); })
         .end("turned down twice, typing suspended; the owner was asked for the new password");
@@ -411,13 +418,8 @@ Step ownerConfirms(Stage& stage, std::string_view caption) {
             return check(!hasLooked, "It looked without the key.");
         })
         .then([&] { return stayedLocked(stage, {}); })
-        .then([&] { return unlockByHand(stage, changedPassword); })
-        .then([&] { return stage.openApplication(); })
-        .then([&] { return stage.press(linuxWords.ownerCheck.button); })
-        .then([&] {
-            return stage.waitUntil("“Ready”", shortly, [&] { return stage.shows("Ready"); });
-        })
-        .then([&] { return stage.closeWindow(); })
+        .then([&] { return unlockByHand(stage); })
+        .then([&] { return confirmOwner(stage); })
         .then([&] {
             return ownerReturns(stage, "live-normal", "wake", [&] { return sleepAndWake(stage); });
         })
@@ -458,6 +460,17 @@ Ending everythingIsErased(Stage& stage) {
 }
 
 }  // namespace
+
+std::expected<void, std::string> confirmOwner(Stage& stage) {
+    return inSettings(stage, [&] {
+        return Steps()
+            .then([&] { return stage.press(linuxWords.ownerCheck.button); })
+            .then([&] {
+                return stage.waitUntil("“Ready”", shortly, [&] { return stage.shows("Ready"); });
+            })
+            .result();
+    });
+}
 
 std::vector<Act> acts() {
     return {{"The owner sets it up", setUp},

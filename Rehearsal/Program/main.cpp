@@ -122,7 +122,8 @@ int main(int argc, char* argv[]) {
     }
     tellOf(*networks);
     const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    auto stage = Stage::create(networks->folder, here / "marrowby-unlock-on-stage");
+    auto stage =
+        Stage::create({.models = networks->folder, .program = here / "marrowby-unlock-on-stage"});
     if (!stage) {
         std::cerr << stage.error() << '\n';
         return EXIT_FAILURE;
