@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Rehearsal/MovedClock.h"
-#include "Rehearsal/MovedMainThread.h"
-#include "Rehearsal/SceneAccount.h"
+#include "Rehearsal/OnStage/MovedClock.h"
+#include "Rehearsal/OnStage/MovedMainThread.h"
+#include "Rehearsal/OnStage/SceneAccount.h"
 #include "Rehearsal/Scenes/Cast.h"
 #include "Rehearsal/Scenes/Scene.h"
 #include "Rehearsal/Scenes/SceneUser.h"

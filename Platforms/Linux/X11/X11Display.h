@@ -16,9 +16,10 @@
 namespace marrowby {
 
 /// An X display that may come and go, with the lock of the session behind it, the sleep of its
-/// monitors, its idle time and its Space keys. While it is away nothing is known of the lock, there is no idle time, and no key is
-/// heard; who listened goes on when it is back. It is looked for ever more rarely, at last twice a
-/// minute. Main thread, under Qt's event loop; state(), areMonitorsAsleep() and systemUptime() from any.
+/// monitors, its idle time and its Space keys. While it is away nothing is known of the lock, there
+/// is no idle time, and no key is heard; who listened goes on when it is back. It is looked for
+/// ever more rarely, at last twice a minute. Main thread, under Qt's event loop; state(),
+/// areMonitorsAsleep() and systemUptime() from any.
 class X11Display final : public LockStateReading, public InputIdle, public SpaceKeys {
   public:
     struct Callbacks {

@@ -1,4 +1,4 @@
-#include "Rehearsal/MovedMainThread.h"
+#include "Rehearsal/OnStage/MovedMainThread.h"
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-#include "Rehearsal/SceneOwner.h"
+#include "Rehearsal/OnStage/SceneOwner.h"
 
 namespace marrowby {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Rehearsal/MovedClock.h"
+#include "Rehearsal/OnStage/MovedClock.h"
 #include "UnlockCore/Platform/MainThread.h"
 
 #include <functional>

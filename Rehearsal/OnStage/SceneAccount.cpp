@@ -1,4 +1,4 @@
-#include "Rehearsal/SceneAccount.h"
+#include "Rehearsal/OnStage/SceneAccount.h"
 
 #include <algorithm>
 #include <utility>
