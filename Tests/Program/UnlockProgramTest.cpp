@@ -41,10 +41,15 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere
     ASSERT_FALSE(faces.empty() || secret.empty());
     EXPECT_EQ(faces.find("Robin"), std::string::npos);
 
-    // MARROWBY_KILLS: how often; the moments are random, each kill loses nothing of what was saved.
+    // MARROWBY_KILLS: how often. The moments are random; MARROWBY_SEED repeats them. No kill loses
+    // anything of what was saved.
     const char* wish = std::getenv("MARROWBY_KILLS");
     const long wished = wish != nullptr ? std::strtol(wish, nullptr, 10) : 3;
-    std::mt19937 moments(std::random_device{}());
+    const char* given = std::getenv("MARROWBY_SEED");
+    const auto seed = given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10))
+                                       : std::random_device{}();
+    SCOPED_TRACE("MARROWBY_SEED=" + std::to_string(seed));
+    std::mt19937 moments(seed);
     for (long kills = wished; kills > 0; --kills) {
         program.reset();
         program = std::make_unique<StagedProgram>(loop, environment);
