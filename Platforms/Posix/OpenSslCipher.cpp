@@ -15,8 +15,8 @@ namespace {
 
 using Context = std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)>;
 
-/// Before anything else is asked of libcrypto, which would read a configuration file: whoever may
-/// write that, or set the variable that names it, could have this process load a library.
+/// Must precede any other libcrypto call: its configuration file, or the variable that names
+/// another, could make this process load a library.
 bool prepare() {
     static const bool isReady = OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr) == 1;
     return isReady;
@@ -27,7 +27,7 @@ Context makeContext() {
     return {EVP_CIPHER_CTX_new(), &EVP_CIPHER_CTX_free};
 }
 
-/// libcrypto counts in int.
+/// libcrypto's lengths are int.
 bool isCountable(std::size_t size) {
     return size <= static_cast<std::size_t>(std::numeric_limits<int>::max());
 }
@@ -75,7 +75,7 @@ std::expected<SecretBytes, AuthenticatedCipher::Failure> OpenSslCipher::open(
     std::span<const std::uint8_t> ciphertextAndTag) {
     if (ciphertextAndTag.size() < tagSize) return std::unexpected(Failure::notAuthentic);
     const auto ciphertext = ciphertextAndTag.first(ciphertextAndTag.size() - tagSize);
-    // libcrypto wants to be able to write to the tag.
+    // libcrypto takes the tag as non-const.
     std::array<std::uint8_t, tagSize> tag{};
     std::ranges::copy(ciphertextAndTag.last<tagSize>(), tag.begin());
 

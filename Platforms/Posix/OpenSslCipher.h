@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// libcrypto's cipher and random numbers.
+/// AES-256-GCM and random bytes from libcrypto.
 class OpenSslCipher final : public AuthenticatedCipher {
   public:
     [[nodiscard]] bool random(std::span<std::uint8_t> bytes) override;

@@ -27,7 +27,7 @@ std::expected<void, FileError> outcome(int result) {
     return {};
 }
 
-/// Calls again whenever a signal came in between.
+/// Retries on EINTR.
 template <typename Call>
 auto retried(const Call& call) {
     auto result = call();
@@ -36,7 +36,7 @@ auto retried(const Call& call) {
     return result;
 }
 
-/// To the device itself: macOS has a call of its own for that, which not every disk supports.
+/// Flushes to the device: on macOS by F_FULLFSYNC, which not every disk supports.
 int flushed(int descriptor) {
 #ifdef F_FULLFSYNC
     if (retried([&] { return ::fcntl(descriptor, F_FULLFSYNC); }) != -1) return 0;
@@ -70,7 +70,7 @@ bool PosixFileSystem::exists(const std::filesystem::path& path) const {
 
 std::expected<std::vector<std::uint8_t>, FileError> PosixFileSystem::read(
     const std::filesystem::path& path, std::size_t limit) {
-    // O_NONBLOCK: a pipe in the file's place must not keep us waiting.
+    // O_NONBLOCK: opening a FIFO must not block.
     const Descriptor file(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     if (!file.isOpen()) return failure(errno);
     struct stat status{};
@@ -81,7 +81,7 @@ std::expected<std::vector<std::uint8_t>, FileError> PosixFileSystem::read(
     std::vector<std::uint8_t> bytes;
     std::size_t count = 0;
     while (true) {
-        // One byte more than allowed shows that there is more; the file may be growing.
+        // One byte above the limit detects a larger file; it may be growing.
         bytes.resize(std::min(count + readChunk, limit) + 1);
         const ssize_t got =
             retried([&] { return ::read(file.get(), bytes.data() + count, bytes.size() - count); });
@@ -98,7 +98,7 @@ std::expected<void, FileError> PosixFileSystem::makeFolder(const std::filesystem
     if (::mkdir(path.c_str(), privateFolder) == 0) return {};
     const int code = errno;
     struct stat status{};
-    // A link to a folder will do.
+    // A symbolic link to a folder is accepted.
     if (code == EEXIST && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return {};
     return failure(code);
 }
@@ -119,7 +119,7 @@ std::expected<void, FileError> PosixFileSystem::write(File file,
         const ssize_t written =
             retried([&] { return ::write(file.handle, bytes.data(), bytes.size()); });
         if (written < 0) return failure(errno);
-        // Regular files take something or say why not.
+        // Regular files never write 0 bytes without an error.
         if (written == 0) return failure(EIO);
         bytes = bytes.subspan(static_cast<std::size_t>(written));
     }
@@ -131,7 +131,7 @@ std::expected<void, FileError> PosixFileSystem::flush(File file) {
 }
 
 void PosixFileSystem::close(File file) {
-    // The system frees the descriptor even when it reports an interruption.
+    // close() frees the descriptor even on EINTR: no retry.
     ::close(file.handle);
 }
 

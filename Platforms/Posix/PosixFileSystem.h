@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// The system's files. Never follows a symbolic link in a file's own place.
+/// POSIX files. Never follows a symbolic link as the last path component.
 class PosixFileSystem final : public FileSystem {
   public:
     [[nodiscard]] bool exists(const std::filesystem::path& path) const override;

@@ -6,16 +6,15 @@
 
 namespace marrowby {
 
-/// The cameras of AVFoundation and a session on one of them. The output’s queue must be one of
-/// DispatchWorkQueues: the system itself delivers there, and drops what comes while it is busy.
+/// AVFoundation's cameras and a session on one of them. The output’s queue must come from
+/// DispatchWorkQueues: the system delivers there and drops frames while it is busy.
 ///
-/// The system stops delivering without a word while something interrupts the camera, and goes on
-/// afterwards. When it reports an error, or the camera is unplugged, the run ends; a camera that
-/// comes back is another device to the system even though its name is the same. Starting or
-/// stopping sets the device as the preset says unless its configuration is locked. Starting or
-/// stopping while the other thread configures throws in the system and then does nothing; as every
-/// configuration is followed by a start or a stop of its own, that one counts. Asking for access
-/// without a usage sentence in the bundle ends the process.
+/// An interruption only pauses delivery, without any error. A reported error or an unplugged camera
+/// ends the run; a camera that comes back is a new device under the same name. Starting or stopping
+/// resets the device to the preset unless its configuration is locked. Starting or stopping while
+/// another thread configures throws, and then does nothing; the start or stop that follows every
+/// configuration takes effect. Requesting access without a usage description in the bundle ends the
+/// process.
 class AVFoundationCaptureSession final : public CaptureSession {
   public:
     AVFoundationCaptureSession();
@@ -26,8 +25,7 @@ class AVFoundationCaptureSession final : public CaptureSession {
     [[nodiscard]] CaptureAuthorization authorization() const override;
     void requestAccess(std::function<void(bool)> reply) override;
 
-    /// An iPhone is a Continuity camera only to an application whose bundle asks to tell them
-    /// apart, else a built-in one.
+    /// An iPhone counts as a Continuity camera only if the bundle opts in, else as built-in.
     [[nodiscard]] std::vector<CaptureDeviceDescription> discover(
         std::span<const CaptureDeviceType> types) const override;
     [[nodiscard]] std::optional<CaptureDeviceDescription> device(

@@ -11,7 +11,7 @@
 #import <AVFoundation/AVFoundation.h>
 #import <CoreMedia/CoreMedia.h>
 
-/// The object that the output knows: hands every picture on.
+/// The output's delegate: forwards every frame.
 @interface MarrowbySampleReceiver : NSObject <AVCaptureVideoDataOutputSampleBufferDelegate>
 - (instancetype)initWithReceiver:(std::function<void(const marrowby::SampleBuffer&)>)receiver;
 @end
@@ -92,7 +92,7 @@ CaptureFormat format(AVCaptureDeviceFormat* format) {
     return result;
 }
 
-/// Does what the system may refuse with an exception.
+/// Calls what may throw an NSException.
 template <typename Call>
 void attempt(const Call& call) {
     (void)withoutExceptions(false, [&] {
@@ -101,13 +101,13 @@ void attempt(const Call& call) {
     });
 }
 
-/// The camera of an input; nil where it has none.
+/// The input's camera; nil if it has none.
 AVCaptureDevice* camera(AVCaptureInput* input) {
     if (![input isKindOfClass:AVCaptureDeviceInput.class]) return nil;
     return static_cast<AVCaptureDeviceInput*>(input).device;
 }
 
-/// Ends a run that cannot go on, with the camera locked as when its owner stops it.
+/// Stops a failed run with the camera's configuration locked, as in a regular stop.
 void stopLocked(AVCaptureSession* session) {
     NSMutableArray<AVCaptureDevice*>* const locked = [NSMutableArray array];
     attempt([&] {
@@ -162,17 +162,17 @@ class AVFoundationCaptureSession::Input final : public CaptureInput {
   private:
     AVCaptureDevice* const device_;
     AVCaptureDeviceInput* const input_;
-    /// As they were when the input was made: the device may change its list at any time.
+    /// A snapshot: the device may change its list at any time.
     NSArray<AVCaptureDeviceFormat*>* const formats_ = device_.formats;
 };
 
 struct AVFoundationCaptureSession::Session {
     AVCaptureSession* const session = [[AVCaptureSession alloc] init];
     AVCaptureVideoDataOutput* const output = [[AVCaptureVideoDataOutput alloc] init];
-    /// The output does not hold it.
+    /// The output does not retain it.
     MarrowbySampleReceiver* receiver = nil;
     NSMutableArray<id>* const observers = [NSMutableArray array];
-    /// Counts the starts, so that what ends one run does not end the next.
+    /// Number of the start, so that an error of one run does not end the next.
     const std::shared_ptr<std::atomic<std::uint64_t>> runs =
         std::make_shared<std::atomic<std::uint64_t>>();
 
@@ -185,8 +185,7 @@ struct AVFoundationCaptureSession::Session {
         attempt([&] { [output setSampleBufferDelegate:nil queue:nullptr]; });
     }
 
-    /// Ends the run on `queue` when the system says that it cannot go on. The notifications come on
-    /// any thread.
+    /// Ends the run on `queue` after an error. Notifications arrive on any thread.
     void watch(dispatch_queue_t queue) {
         __weak AVCaptureSession* weakSession = session;
         const auto counted = runs;

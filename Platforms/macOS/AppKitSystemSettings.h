@@ -4,11 +4,11 @@
 
 namespace marrowby {
 
-/// System Settings, and the login items. The system may put off a login item until the user has
-/// approved of it; until then it counts as not opened.
+/// System Settings and the login item. While the login item waits for the user's approval, it
+/// counts as off.
 class AppKitSystemSettings final : public SystemSettings {
   public:
-    /// Of Accessibility: has the system list this application there, too, and ask the user.
+    /// Opening Accessibility also lists this application there and prompts the user.
     bool open(Pane pane) override;
     [[nodiscard]] bool opensAtLogin() const override;
     bool setOpensAtLogin(bool opens) override;

@@ -4,10 +4,9 @@
 
 namespace marrowby {
 
-/// Panels of AppKit, the screen with the menu bar, and the private entry points looked up at run
-/// time. Places are in points from that screen's upper left corner. The pointer is asked for its
-/// place several times a second while it is watched: its events may not reach a process behind the
-/// lock screen.
+/// AppKit panels, the screen with the menu bar, and the private SkyLight functions, looked up at
+/// run time. Coordinates in points from that screen's upper left corner. The pointer is polled
+/// several times a second: its events may not reach a process behind the lock screen.
 class AppKitWindowServer final : public WindowServer {
   public:
     [[nodiscard]] std::optional<ScreenGeometry> mainScreen() override;

@@ -10,7 +10,7 @@
 #import <AppKit/AppKit.h>
 #include <dlfcn.h>
 
-/// Never takes the keyboard from the lock screen.
+/// Never becomes key, so the lock screen keeps the keyboard.
 @interface MarrowbyLockScreenPanel : NSPanel
 @end
 
@@ -30,7 +30,7 @@ namespace marrowby {
 
 namespace {
 
-/// Of the screen whose lower left corner is the origin of AppKit's plane.
+/// Height of the screen whose lower left corner is AppKit's origin.
 CGFloat mainHeight() {
     return NSScreen.screens.firstObject.frame.size.height;
 }
@@ -71,7 +71,7 @@ class PolledPointer final : public WindowServer::PointerWatch {
         const Point now{.x = place.x, .y = mainHeight() - place.y};
         if (last_ == now) return;
         last_ = now;
-        // It may end the watch.
+        // Copy: the callback may end the watch.
         const auto running = onPlace_;
         (*running)(now);
     }
@@ -138,12 +138,12 @@ OwnedArray numbers(std::span<const Number> values) {
     NSMutableArray<NSNumber*>* const array = [NSMutableArray array];
     for (const Number value : values)
         [array addObject:@(value)];
-    // A bridge alone owns nothing: the array would be gone before the call that it is for.
+    // __bridge alone does not retain: ARC could release the array before the call.
     return OwnedArray(static_cast<CFArrayRef>(CFBridgingRetain(array)));
 }
 
-/// The entry points of the private framework. Apple documents none of them: the types are those
-/// that the window server has taken for many releases, and their results are not looked at.
+/// Functions of the private framework, undocumented by Apple. The signatures are those that many
+/// releases have accepted; results are ignored.
 class LoadedSkyLight final : public SkyLightFunctions {
   public:
     using Addresses = std::array<void*, skylight::symbols.size()>;
@@ -210,7 +210,7 @@ std::unique_ptr<LockScreenPanel> AppKitWindowServer::makePanel(
 }
 
 std::shared_ptr<SkyLightFunctions> AppKitWindowServer::loadSkyLight() {
-    // Stays open as long as the process lives.
+    // Never closed.
     void* const library = ::dlopen(skylight::path, RTLD_NOW);
     if (!library) return nullptr;
     LoadedSkyLight::Addresses addresses{};

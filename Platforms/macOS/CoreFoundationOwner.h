@@ -11,7 +11,7 @@ struct CoreFoundationRelease {
     void operator()(CFTypeRef object) const { CFRelease(object); }
 };
 
-/// What a function with Create or Copy in its name gives.
+/// Owns the result of a Create or Copy function.
 template <typename Ref>
 using CoreFoundationOwner = std::unique_ptr<std::remove_pointer_t<Ref>, CoreFoundationRelease>;
 

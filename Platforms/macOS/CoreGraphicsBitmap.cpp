@@ -21,7 +21,7 @@ constexpr std::uint32_t value(Order order) {
     return static_cast<std::uint32_t>(order) << orderShift;
 }
 
-// The cases stand in the order of the system's own values.
+// The enumerators follow CGImageAlphaInfo's order.
 static_assert(value(Alpha::none) == kCGImageAlphaNone);
 static_assert(value(Alpha::premultipliedLast) == kCGImageAlphaPremultipliedLast);
 static_assert(value(Alpha::premultipliedFirst) == kCGImageAlphaPremultipliedFirst);
@@ -54,7 +54,7 @@ CGBitmapInfo bitmapInfo(const PixelFormat& format) {
 CoreFoundationOwner<CGImageRef> coreGraphicsImage(const Bitmap& bitmap) {
     const PixelFormat& format = bitmap.format();
     if (format.colorModel != PixelFormat::ColorModel::rgb) return nullptr;
-    // The image may outlive the bitmap, and then holds the bytes.
+    // Retains the bytes: the image may outlive the bitmap.
     auto holder = std::make_unique<Bytes>(bitmap.sharedBytes());
     const CoreFoundationOwner<CGDataProviderRef> provider(
         CGDataProviderCreateWithData(holder.get(), bitmap.bytes().data(), bitmap.bytes().size(),
@@ -81,7 +81,7 @@ std::optional<Bitmap> bitmap(CGImageRef image) {
         .alpha = static_cast<Alpha>(CGImageGetAlphaInfo(image)),
         .byteOrder = static_cast<Order>((info & kCGBitmapByteOrderMask) >> orderShift)};
     if (info & kCGBitmapFloatComponents) return std::nullopt;
-    // Of single bytes in the order in which they are named there are two names.
+    // For 8-bit components big-endian and default order are the same.
     if (format.byteOrder == Order::big32) format.byteOrder = Order::standard;
     const std::uint8_t* first = CFDataGetBytePtr(data.get());
     return Bitmap::create(static_cast<int>(CGImageGetWidth(image)),

@@ -10,14 +10,13 @@
 
 namespace marrowby {
 
-/// The system's flags for a layout.
+/// Core Graphics' flags for a pixel format.
 [[nodiscard]] CGBitmapInfo bitmapInfo(const PixelFormat& format);
 
-/// The bitmap as the system's image, which reads the same bytes. Null where the system knows no
-/// such layout.
+/// An image that shares the bitmap's bytes. Null for a format that Core Graphics does not support.
 [[nodiscard]] CoreFoundationOwner<CGImageRef> coreGraphicsImage(const Bitmap& bitmap);
 
-/// A copy of an image's bytes; nothing where the image has none or no layout that is known here.
+/// Copies an image's bytes; `nullopt` without bytes or for an unknown format.
 [[nodiscard]] std::optional<Bitmap> bitmap(CGImageRef image);
 
 [[nodiscard]] CoreFoundationOwner<CGColorSpaceRef> sRGBColorSpace();

@@ -4,8 +4,8 @@
 
 namespace marrowby {
 
-/// The event system's idle time, and the HID system's own from the I/O registry. Both count every
-/// key, button and pointer of the computer, and need no permission.
+/// Idle time of the event system, and of the HID system from the I/O registry. Both count all keys,
+/// buttons and pointers of the computer and need no permission.
 class CoreGraphicsInputIdle final : public InputIdle {
   public:
     [[nodiscard]] TimeInterval secondsSinceLastInput() const override;

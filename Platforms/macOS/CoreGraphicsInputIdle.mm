@@ -16,7 +16,7 @@ TimeInterval CoreGraphicsInputIdle::secondsSinceLastInput() const {
 }
 
 std::optional<std::uint64_t> CoreGraphicsInputIdle::registryIdleNanoseconds() const {
-    // The matching dictionary is consumed by the call.
+    // IOServiceGetMatchingService consumes the dictionary.
     const io_service_t service = IOServiceGetMatchingService(
         kIOMainPortDefault, IOServiceMatching(inputidle::registryService));
     if (service == IO_OBJECT_NULL) return std::nullopt;

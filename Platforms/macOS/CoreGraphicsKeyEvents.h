@@ -4,17 +4,16 @@
 
 namespace marrowby {
 
-/// Events posted at the HID event tap. The system drops them without a word where it does not let
-/// this process post, or where it is sandboxed. An event holds its text in memory of the system's
-/// own until it is delivered. Making one can fail, and nothing throws. Nothing is borrowed from the
-/// keyboard, so there is nothing to settle. Who else types is not told; that the login window has
-/// the keyboard is, as far as public calls go.
+/// Posts events at the HID event tap. The system silently drops them when this process may not post
+/// or is sandboxed. An event keeps its text in system memory until delivery. Creating one can fail;
+/// nothing throws. Keys are not remapped, so nothing needs settling. Other typists cannot be
+/// detected; whether the login window has the keyboard can, as far as public calls tell.
 class CoreGraphicsKeyEvents final : public KeyEvents {
   public:
-    /// Accessibility, as the user switched it on.
+    /// The Accessibility permission.
     [[nodiscard]] bool isTrusted() const override;
-    /// The system's own answer about posting, which may differ from the former until the
-    /// application is started anew.
+    /// The system's answer about posting; may differ from isTrusted() until the application
+    /// restarts.
     [[nodiscard]] bool mayPost() const override;
     [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::macLoginWindow; }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(

@@ -45,8 +45,8 @@ class EventSource final : public KeyEventSource {
         return true;
     }
 
-    /// Both halves are made before either is posted: a chunk whose second one fails would stay in
-    /// the field.
+    /// Creates both events before posting either: without its release a chunk would stay in the
+    /// field.
     [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
         if (down) {
             const Event press = makeText(units, true);
@@ -71,9 +71,8 @@ class EventSource final : public KeyEventSource {
     [[nodiscard]] Event makeText(std::span<const char16_t> units, bool down) const {
         Event event = make(mackey::textCarrier, down);
         if (!event) return event;
-        // An event of this source carries the modifiers that somebody holds.
+        // Events of this source inherit modifiers that the user holds.
         CGEventSetFlags(event.get(), mackey::noFlags);
-        // The framework's name for a unit of UTF-16.
         static_assert(sizeof(UniChar) == sizeof(char16_t));
         CGEventKeyboardSetUnicodeString(event.get(), units.size(),
                                         reinterpret_cast<const UniChar*>(units.data()));
@@ -84,7 +83,7 @@ class EventSource final : public KeyEventSource {
     }
 
     Source source_;
-    /// Of the chunk whose press was posted.
+    /// The release event of the chunk just pressed.
     Event release_;
 };
 

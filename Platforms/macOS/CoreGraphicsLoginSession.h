@@ -4,8 +4,8 @@
 
 namespace marrowby {
 
-/// The window server's dictionary of this process's session; nothing where the process has none,
-/// as over ssh.
+/// The window server's dictionary of this process's session; `nullopt` without a session, as over
+/// ssh.
 class CoreGraphicsLoginSession final : public LoginSession {
   public:
     [[nodiscard]] std::optional<SessionDictionary> copyCurrentDictionary() const override;

@@ -6,9 +6,8 @@
 
 namespace marrowby {
 
-/// Core Image scales camera pictures, mostly on the graphics processor; Core Graphics draws
-/// bitmaps. Both may be called on any thread at once. What they cannot draw, and any exception, is
-/// nothing.
+/// Core Image scales camera frames, mostly on the GPU; Core Graphics draws bitmaps. Any thread.
+/// Returns nothing on failure or exception.
 class CoreImageImaging final : public Imaging {
   public:
     CoreImageImaging();
@@ -16,7 +15,7 @@ class CoreImageImaging final : public Imaging {
     CoreImageImaging(const CoreImageImaging&) = delete;
     CoreImageImaging& operator=(const CoreImageImaging&) = delete;
 
-    /// Draws a PixelBufferImage.
+    /// Expects a PixelBufferImage.
     [[nodiscard]] std::optional<Bitmap> render(const SourceImage& source, const Rect& crop,
                                                double scale) const override;
     [[nodiscard]] std::optional<Bitmap> draw(const Bitmap& image, int width, int height,

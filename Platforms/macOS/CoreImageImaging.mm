@@ -45,8 +45,8 @@ std::optional<Bitmap> drawn(const Bitmap& bitmap, int width, int height, const P
 
 struct CoreImageImaging::Context {
     CoreFoundationOwner<CGColorSpaceRef> sRGB = sRGBColorSpace();
-    /// Works on the values as they are encoded, as the networks and cues know them. Every picture
-    /// is another one: nothing is worth keeping between them.
+    /// Computes on encoded sRGB values, as the models and cues expect. Caches nothing: every frame
+    /// is different.
     CIContext* context = [CIContext contextWithOptions:@{
         kCIContextWorkingColorSpace : (__bridge id)sRGB.get(),
         kCIContextCacheIntermediates : @NO,
@@ -65,7 +65,7 @@ std::optional<Bitmap> CoreImageImaging::render(const SourceImage& source, const 
     const Rect& part = plan->part;
     @autoreleasepool {
         @try {
-            // Beyond its edges the part goes on as it ends there: no border mixes in.
+            // Clamped, so that the part's edges do not blend with transparency.
             CIImage* image = [[[CIImage imageWithCVPixelBuffer:picture->buffer()]
                 imageByCroppingToRect:CGRectMake(part.x, part.y, part.width, part.height)]
                 imageByClampingToExtent];

@@ -4,10 +4,9 @@
 
 namespace marrowby {
 
-/// Compiled Core ML models (“.mlmodelc”), which say themselves in which order they take an image’s
-/// channels. Loading for all compute units may take seconds the first time, while the system
-/// prepares the network for the neural engine. Each image lies in a buffer of the system’s that all
-/// processors share. Exceptions come back as errors.
+/// Compiled Core ML models (“.mlmodelc”), which define the channel order of their images. The first
+/// load for all compute units may take seconds while the system prepares the model for the Neural
+/// Engine. Images are passed in pixel buffers shared by all processors. Exceptions become errors.
 class CoreMLNeuralModels final : public NeuralModels {
   public:
     [[nodiscard]] std::expected<std::unique_ptr<NeuralModel>, std::string> load(

@@ -50,7 +50,7 @@ std::vector<NeuralFeature> features(NSDictionary<NSString*, MLFeatureDescription
     return result;
 }
 
-/// Empty where anything in it is not a text.
+/// Empty if any value is not a string.
 std::map<std::string, std::string> metadata(MLModelDescription* description) {
     std::map<std::string, std::string> result;
     id texts = description.metadata[MLModelCreatorDefinedKey];
@@ -63,10 +63,10 @@ std::map<std::string, std::string> metadata(MLModelDescription* description) {
     return result;
 }
 
-/// The buffers for images of one size.
+/// Pixel buffers for one image size.
 class ImageBuffers {
   public:
-    /// The image in a buffer of its own, or why there is none.
+    /// Copies the image into a new buffer, or says why not.
     [[nodiscard]] std::expected<CoreFoundationOwner<CVPixelBufferRef>, std::string> fill(
         const Bitmap& image) {
         if (image.format() != bgrx8) return std::unexpected("an image of the wrong layout");
@@ -125,14 +125,14 @@ class ImageBuffers {
     int height_ = 0;
 };
 
-/// Its multi-arrays as floats, whatever they are stored as.
+/// All multi-arrays as floats, whatever their type.
 std::vector<NeuralOutput> outputs(id<MLFeatureProvider> prediction) {
     std::vector<NeuralOutput> result;
     for (NSString* name in prediction.featureNames) {
         MLMultiArray* array = [prediction featureValueForName:name].multiArrayValue;
         if (!array) continue;
         NeuralOutput output{.name = plainText(name), .values = {}};
-        // By the place in order, however the rows are laid out in memory.
+        // Indexed access respects the array's strides.
         for (NSInteger i = 0; i < array.count; ++i)
             output.values.push_back([array objectAtIndexedSubscript:i].floatValue);
         result.push_back(std::move(output));
@@ -182,7 +182,7 @@ class CoreMLNeuralModel final : public NeuralModel {
   private:
     MLModel* const model_;
     NeuralModelDescription description_;
-    /// By the input’s name.
+    /// Keyed by input name.
     std::map<std::string, ImageBuffers> buffers_;
 };
 

@@ -6,12 +6,12 @@
 
 namespace marrowby {
 
-/// A dispatch queue; what it was given runs also when this is gone.
+/// A dispatch queue; pending work still runs after this is destroyed.
 class DispatchWorkQueue final : public WorkQueue {
   public:
     explicit DispatchWorkQueue(dispatch_queue_t queue) : queue_(queue) {}
     void async(std::function<void()> work) override;
-    /// For frameworks that call back on a queue.
+    /// For frameworks that take a queue.
     [[nodiscard]] dispatch_queue_t queue() const { return queue_; }
 
   private:
@@ -19,7 +19,7 @@ class DispatchWorkQueue final : public WorkQueue {
 };
 
 /// Dispatch queues at user-initiated quality of service; the background queue is the global
-/// concurrent one. Every piece of work has an autorelease pool of its own.
+/// concurrent one. Each work item runs in its own autorelease pool.
 class DispatchWorkQueues final : public WorkQueues {
   public:
     [[nodiscard]] std::shared_ptr<WorkQueue> serial(std::string label) override;

@@ -8,7 +8,7 @@ void DispatchWorkQueue::async(std::function<void()> work) {
     auto held = std::make_shared<std::function<void()>>(std::move(work));
     dispatch_async(queue_, ^{
       @autoreleasepool {
-          // What the work holds goes on the queue, not with the block.
+          // Destroys captured objects on the queue, not wherever the block is released.
           const std::function<void()> running = std::exchange(*held, nullptr);
           running();
       }

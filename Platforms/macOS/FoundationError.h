@@ -6,7 +6,7 @@
 
 namespace marrowby {
 
-/// The localized description.
+/// The error's localized description.
 [[nodiscard]] inline std::string sentence(NSError* error) {
     return error ? plainText(error.localizedDescription) : "unknown error";
 }

@@ -7,16 +7,16 @@
 
 namespace marrowby {
 
-/// One of the system's centres. They deliver on whatever thread posts, or on the main thread;
-/// handlers here always run on a later turn of the main thread, and not for what was posted before
-/// they observed. The main thread outlives it.
+/// A system notification centre. Notifications arrive on the posting thread or the main thread;
+/// handlers always run on a later turn of the main thread, and only for posts after observe(). The
+/// main thread outlives it.
 class FoundationNotificationCenter final : public NotificationCenter {
   public:
-    /// Sleep and wake of the computer and its displays.
+    /// Sleep and wake of the computer and of its displays.
     [[nodiscard]] static std::unique_ptr<NotificationCenter> workspace(MainThread& mainThread);
-    /// What other processes announce, delivered at once though this application is not active.
+    /// Notifications of other processes, delivered at once even while this application is inactive.
     [[nodiscard]] static std::unique_ptr<NotificationCenter> distributed(MainThread& mainThread);
-    /// This process's own.
+    /// This process's notifications.
     [[nodiscard]] static std::unique_ptr<NotificationCenter> local(MainThread& mainThread);
 
     ~FoundationNotificationCenter() override;
@@ -31,7 +31,7 @@ class FoundationNotificationCenter final : public NotificationCenter {
     struct Observers;
     explicit FoundationNotificationCenter(std::shared_ptr<Observers> observers);
 
-    // Only the main thread looks inside.
+    // Main thread only.
     const std::shared_ptr<Observers> observers_;
 };
 

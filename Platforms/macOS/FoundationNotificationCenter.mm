@@ -7,7 +7,7 @@
 
 #import <AppKit/AppKit.h>
 
-/// The object that a centre knows: calls what it was made with.
+/// The observer registered with a centre.
 @interface MarrowbyNotificationObserver : NSObject
 - (instancetype)initWithReceived:(void (^)(void))received;
 - (void)received:(NSNotification*)notification;
@@ -45,7 +45,7 @@ struct FoundationNotificationCenter::Observers {
     void deliver(Token token) const {
         const auto entry = byToken.find(token);
         if (entry == byToken.end()) return;
-        // The handler may remove itself.
+        // Copy: the handler may remove itself.
         const auto handler = entry->second.handler;
         (*handler)();
     }
@@ -70,7 +70,7 @@ FoundationNotificationCenter::FoundationNotificationCenter(std::shared_ptr<Obser
 FoundationNotificationCenter::~FoundationNotificationCenter() {
     for (const auto& [token, observer] : observers_->byToken)
         [observers_->center removeObserver:observer.object];
-    // One of its handlers may be what destroys it.
+    // Emptied first: a running handler may be what destroys this object.
     observers_->byToken.clear();
 }
 

@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// NSProcessInfo's activities, which keep App Nap off. None of its calls throws or fails.
+/// NSProcessInfo activities, which prevent App Nap.
 class FoundationProcessActivities final : public ProcessActivities {
   public:
     [[nodiscard]] std::unique_ptr<Activity> begin(const std::string& reason) override;

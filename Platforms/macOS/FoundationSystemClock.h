@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// Foundation's clock, whose reference date is Date's own epoch.
+/// Foundation's clock; its reference date is Date's epoch.
 class FoundationSystemClock final : public SystemClock {
   public:
     [[nodiscard]] Date now() const override;

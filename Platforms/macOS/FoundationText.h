@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// Empty for what is not well-formed UTF-8.
+/// Empty for invalid UTF-8.
 [[nodiscard]] inline NSString* foundationText(std::string_view text) {
     NSString* const converted = [[NSString alloc] initWithBytes:text.data()
                                                          length:text.size()
@@ -15,14 +15,13 @@ namespace marrowby {
     return converted ? converted : @"";
 }
 
-/// Empty for nil and for what has no UTF-8 form.
+/// Empty for nil and for text without a UTF-8 form.
 [[nodiscard]] inline std::string plainText(NSString* text) {
     const char* const bytes = text.UTF8String;
     return bytes ? bytes : "";
 }
 
-/// Calls what may throw an Objective-C exception, which is no fault of ours to end the process for;
-/// then its answer is `otherwise`.
+/// Returns `otherwise` if the call throws an Objective-C exception.
 template <typename Answer, typename Call>
 [[nodiscard]] Answer withoutExceptions(Answer otherwise, const Call& call) {
     @try {

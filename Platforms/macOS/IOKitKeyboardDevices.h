@@ -4,14 +4,13 @@
 
 namespace marrowby {
 
-/// Keyboards through the HID manager, on the main run loop in its common modes. What programs post
-/// does not pass here. Without Input Monitoring the manager does not open. A keyboard that another
-/// program has seized stays silent, the others do not. Secure input, as in a password field, may
-/// hold everything back. Nothing here throws.
+/// Keyboards through the HID manager, on the main run loop in common modes. Posted events do not
+/// appear here. Opening needs Input Monitoring. A keyboard seized by another program stays silent.
+/// Secure input, as in a password field, may suppress everything. Nothing throws.
 class IOKitKeyboardDevices final : public KeyboardDevices {
   public:
     [[nodiscard]] bool hasListenAccess() const override;
-    /// The system asks once per build of an application; after that it only lists it.
+    /// The system prompts once per build of an application; later calls only list it.
     void requestListenAccess() override;
     [[nodiscard]] std::unique_ptr<Listening> open(
         Match match, std::function<void(const InputValue&)> onValue) override;

@@ -18,7 +18,7 @@ static_assert(hidmanager::exclusiveAccess == static_cast<std::uint32_t>(kIORetur
 using Handler = std::function<void(const KeyboardDevices::InputValue&)>;
 using Manager = CoreFoundationOwner<IOHIDManagerRef>;
 
-/// Longer ones, of elements that are no keys, are not numbers.
+/// Longer values belong to elements other than keys.
 constexpr CFIndex longestNumber = sizeof(std::int64_t);
 
 class ManagerListening final : public KeyboardDevices::Listening {
@@ -47,7 +47,7 @@ class ManagerListening final : public KeyboardDevices::Listening {
     static void received(void* context, IOReturn result, void* /*sender*/, IOHIDValueRef value) {
         if (result != kIOReturnSuccess || IOHIDValueGetLength(value) > longestNumber) return;
         const IOHIDElementRef element = IOHIDValueGetElement(value);
-        // The handler may end the listening: it and the manager stay until it returns.
+        // Copies: the handler may destroy this object; both last until it returns.
         const auto* const self = static_cast<const ManagerListening*>(context);
         const auto handler = self->handler_;
         NS_VALID_UNTIL_END_OF_SCOPE const id manager = (__bridge id)self->manager_.get();

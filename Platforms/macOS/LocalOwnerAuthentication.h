@@ -4,9 +4,8 @@
 
 namespace marrowby {
 
-/// Touch ID, a paired watch or the account password, by way of LocalAuthentication. Its reply comes
-/// on a thread of the framework's own; an exception of the framework, as for an empty reason,
-/// becomes an error in a domain of its name.
+/// Touch ID, a paired watch or the account password, through LocalAuthentication. Replies on a
+/// framework thread. Exceptions, as for an empty reason, become errors in a domain of their name.
 class LocalOwnerAuthentication final : public OwnerAuthentication {
   public:
     [[nodiscard]] std::shared_ptr<OwnerAuthenticationContext> makeContext() override;

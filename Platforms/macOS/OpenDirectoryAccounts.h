@@ -4,9 +4,8 @@
 
 namespace marrowby {
 
-/// Accounts by way of OpenDirectory, which asks a service of the system and may wait for a server.
-/// The framework takes a password as a string of its own, whose memory cannot be wiped. An
-/// exception of the framework is an error without domain and text.
+/// Accounts through OpenDirectory; may wait for a server. The framework copies the password into a
+/// string that cannot be wiped. Exceptions become errors without domain and text.
 class OpenDirectoryAccounts final : public Directory {
   public:
     [[nodiscard]] Result<std::unique_ptr<Node>> openNode(std::uint32_t type) override;

@@ -4,7 +4,7 @@
 
 #import <AppKit/AppKit.h>
 
-/// Draws what a panel shows, from its upper left corner down.
+/// Draws a panel's content; origin at the upper left.
 @interface MarrowbyPanelView : NSView
 - (void)showDrawing:(const marrowby::PanelDrawing&)drawing;
 @end

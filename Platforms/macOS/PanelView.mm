@@ -24,7 +24,7 @@ void strokeRound(NSBezierPath* path, double width, const PanelColor& color) {
     [path stroke];
 }
 
-/// Into the view that has the focus, which is flipped.
+/// Draws into the focused, flipped view.
 struct Draw {
     void operator()(const panelshape::RoundedRectangle& shape) const {
         const Rect& frame = shape.frame;
@@ -35,7 +35,7 @@ struct Draw {
                               yRadius:shape.radius] fill];
     }
     void operator()(const panelshape::Arc& shape) const {
-        // From the right, and clockwise as y grows downwards.
+        // From 3 o'clock, clockwise because the view is flipped.
         const double begin = shape.begin * 360 - 90;
         NSBezierPath* const path = [NSBezierPath bezierPath];
         [path appendBezierPathWithArcWithCenter:appKitPoint(shape.centre)

@@ -7,8 +7,8 @@
 
 namespace marrowby {
 
-/// A camera's picture in the buffer that the system delivered. The camera has few of them and skips
-/// pictures while all are held.
+/// A camera frame in the system's buffer. The camera drops frames while all of its few buffers are
+/// held.
 class PixelBufferImage final : public SourceImage {
   public:
     explicit PixelBufferImage(CVPixelBufferRef buffer) : buffer_(CVPixelBufferRetain(buffer)) {}

@@ -2,7 +2,7 @@
 
 namespace marrowby {
 
-/// Keeps the memory of this process from core files and debuggers. False when the system refuses.
+/// Protects this process from core dumps and debuggers. False when refused.
 [[nodiscard]] bool makeProcessUndumpable();
 
 }  // namespace marrowby

@@ -4,9 +4,9 @@
 
 namespace marrowby {
 
-/// The main run loop in its common modes, so also while menus, windows and modal panels are
-/// tracked. Timers of a date follow the wall clock through its jumps and the computer's sleep;
-/// repeating ones stand still while it sleeps.
+/// The main run loop in common modes, so it also runs while menus are tracked and modal panels
+/// shown. One-shot timers follow changes of the wall clock, and sleep; repeating ones stop during
+/// sleep.
 class RunLoopMainThread final : public MainThread {
   public:
     [[nodiscard]] bool isCurrent() const override;

@@ -13,14 +13,14 @@ namespace marrowby {
 
 namespace {
 
-/// A call that lasts as long as it runs, though its timer may go in it.
+/// Shared, so that the call survives the destruction of its timer.
 using Work = std::shared_ptr<const std::function<void()>>;
 
 Work kept(std::function<void()> work) {
     return std::make_shared<const std::function<void()>>(std::move(work));
 }
 
-/// With a pool of its own: AppKit's lasts from one event of the user to the next.
+/// Own autorelease pool: AppKit's is drained only after a user event.
 void run(Work work) {
     @autoreleasepool {
         (*work)();
@@ -78,7 +78,7 @@ void RunLoopMainThread::post(std::function<void()> work) {
 std::unique_ptr<MainThread::Timer> RunLoopMainThread::at(Date fireDate, TimeInterval tolerance,
                                                          std::function<void()> work) {
     const Work held = kept(std::move(work));
-    // The main queue is served by the main run loop in its common modes.
+    // The main run loop serves the main queue in its common modes.
     dispatch_source_t source =
         dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, dispatch_get_main_queue());
     dispatch_source_set_timer(source, wallTime(fireDate), DISPATCH_TIME_FOREVER,

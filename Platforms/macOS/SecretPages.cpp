@@ -9,7 +9,7 @@
 
 namespace marrowby::secretpages {
 
-// Single pages can't be left out of a core file here: the process writes none (ProcessHardening).
+// macOS cannot exclude pages from a core dump: this process writes none (ProcessHardening).
 std::expected<std::span<std::uint8_t>, SecretMemoryError> allocate(std::size_t size) {
     const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
     if (size > static_cast<std::size_t>(-1) - page) {
@@ -19,7 +19,7 @@ std::expected<std::span<std::uint8_t>, SecretMemoryError> allocate(std::size_t s
     void* const memory =
         ::mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANON, -1, 0);
     if (memory == MAP_FAILED) return std::unexpected(SecretMemoryError::outOfMemory);
-    // A child of a fork gets none of it.
+    // Not inherited by fork().
     if (::minherit(memory, length, VM_INHERIT_NONE) != 0 || ::mlock(memory, length) != 0) {
         ::munmap(memory, length);
         return std::unexpected(SecretMemoryError::pageLockRefused);

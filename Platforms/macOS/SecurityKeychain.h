@@ -4,9 +4,9 @@
 
 namespace marrowby {
 
-/// The keychain by way of SecItem calls. A call may block while the system asks the user to let
-/// this application at the item: once after every build, unless Apple issued its certificate. What
-/// was read stays for a moment in memory of the system's own, which cannot be wiped.
+/// The keychain through SecItem calls. A call may block while the system asks the user for access
+/// to the item: once per build, unless the signing certificate is Apple's. Read secrets stay for a
+/// moment in system memory that cannot be wiped.
 class SecurityKeychain final : public Keychain {
   public:
     [[nodiscard]] KeychainMatch copyMatching(const KeychainQuery& query) override;

@@ -47,7 +47,7 @@ struct Spell {
     }
     id operator()(bool flag) const { return @(flag); }
     id operator()(const std::string& text) const { return foundationText(text); }
-    // Not a copy: the bytes are the caller's for as long as the query is.
+    // Not a copy: the caller's bytes outlive the query.
     id operator()(std::span<const std::uint8_t> bytes) const {
         return [NSData dataWithBytesNoCopy:const_cast<std::uint8_t*>(bytes.data())
                                     length:bytes.size()
@@ -55,7 +55,7 @@ struct Spell {
     }
 };
 
-/// Lasts as long as the query.
+/// Valid as long as the query.
 NSDictionary* dictionary(const KeychainQuery& query) {
     NSMutableDictionary* const spelled = [NSMutableDictionary dictionary];
     for (const auto& [attribute, value] : query)

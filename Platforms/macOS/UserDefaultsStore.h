@@ -4,8 +4,8 @@
 
 namespace marrowby {
 
-/// The application's own user defaults, which the system writes to disk when it likes. A value that
-/// was given on the command line hides the stored one.
+/// The application's user defaults; the system decides when to write them. A command-line argument
+/// overrides the stored value.
 class UserDefaultsStore final : public DefaultsStore {
   public:
     [[nodiscard]] std::optional<DefaultsValue> value(const std::string& key) const override;

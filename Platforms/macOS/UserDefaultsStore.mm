@@ -27,7 +27,7 @@ DefaultsValue plainValue(id object) {
     return texts;
 }
 
-/// Nil for what is of no known kind.
+/// Nil for an unsupported type.
 struct FoundationValue {
     id operator()(std::monostate) const { return nil; }
     id operator()(bool value) const { return @(value); }
@@ -52,7 +52,7 @@ std::optional<DefaultsValue> UserDefaultsStore::value(const std::string& key) co
 
 void UserDefaultsStore::set(const std::string& key, DefaultsValue value) {
     const id object = std::visit(FoundationValue(), value);
-    // Nil would remove what is stored.
+    // Setting nil would remove the stored value.
     if (object) [NSUserDefaults.standardUserDefaults setObject:object forKey:foundationText(key)];
 }
 

@@ -8,8 +8,7 @@ struct OpaqueFFTSetup;
 
 namespace marrowby {
 
-/// vDSP’s complex transform, which does not scale forwards. It never throws; without memory for its
-/// tables every transform fails.
+/// vDSP’s complex transform, unscaled. Never throws; fails when its tables could not be allocated.
 class VDspFourierTransform final : public FourierTransform {
   public:
     VDspFourierTransform();
@@ -20,7 +19,7 @@ class VDspFourierTransform final : public FourierTransform {
     struct Destroyer {
         void operator()(OpaqueFFTSetup* setup) const;
     };
-    /// Tables that are only read: any number of threads share them.
+    /// Read-only tables, shared by any number of threads.
     const std::unique_ptr<OpaqueFFTSetup, Destroyer> setup_;
 };
 

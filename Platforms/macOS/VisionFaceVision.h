@@ -4,15 +4,14 @@
 
 namespace marrowby {
 
-/// The Vision framework, with the newest revision of each request. A face’s handle holds the image
-/// that it was found in, so that the second call works on what the first one prepared. The first
-/// calls of a process take much longer: the system loads its networks. Exceptions come back as
-/// errors.
+/// The Vision framework, newest revision of each request. A face’s handle retains its image, so
+/// that faceDetails() reuses prepared data. The first calls of a process are much slower: the
+/// system loads its models. Exceptions become errors.
 class VisionFaceVision final : public FaceVision {
   public:
     [[nodiscard]] std::expected<std::vector<FaceRectangleObservation>, std::string> faceRectangles(
         const Bitmap& image) override;
-    /// Faces that another finder found get nothing.
+    /// Returns nothing for faces of another finder.
     [[nodiscard]] std::expected<FaceDetailObservations, std::string> faceDetails(
         const Bitmap& image, std::span<const FaceRectangleObservation> faces) override;
     [[nodiscard]] std::expected<std::vector<Rect>, std::string> rectangles(

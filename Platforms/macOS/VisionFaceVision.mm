@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* unreadable = "The picture couldn’t be searched for faces.";
 
-/// What the handle of an observation refers to.
+/// The type behind an observation's handle.
 struct Found {
     VNImageRequestHandler* handler;
     VNFaceObservation* face;
@@ -33,7 +33,7 @@ VNImageRequestHandler* requestHandler(const Bitmap& image) {
     return [[VNImageRequestHandler alloc] initWithCGImage:picture.get() options:@{}];
 }
 
-/// The error of performing, if there is one.
+/// The error of performing the requests, if any.
 std::optional<std::string> perform(VNImageRequestHandler* handler, NSArray<VNRequest*>* requests) {
     if (!handler) return unreadable;
     NSError* error = nil;
@@ -124,7 +124,7 @@ std::expected<FaceDetailObservations, std::string> VisionFaceVision::faceDetails
                 [asked addObject:found(faces[i])->face];
                 positions.push_back(i);
             }
-            // Without faces to describe the requests would look for some themselves.
+            // With an empty list the requests would search for faces themselves.
             if (positions.empty()) return details;
 
             VNDetectFaceCaptureQualityRequest* quality =

@@ -10,16 +10,16 @@
 
 namespace marrowby {
 
-/// A camera's picture in memory: 8-bit blue, green, red and alpha (ignored), rows top to bottom,
-/// sRGB. Immutable; any thread may read it.
+/// A camera frame: 8-bit BGRA (alpha ignored), rows top to bottom, sRGB. Immutable; any thread may
+/// read it.
 class PixelBuffer final : public SourceImage {
   public:
-    /// Takes the bytes over. Null when a side is not positive, a row is shorter than its pixels or
-    /// the bytes do not cover all rows.
+    /// Takes ownership of the bytes. Null when a side is not positive, a row is shorter than its
+    /// pixels or the bytes do not cover all rows.
     [[nodiscard]] static std::shared_ptr<const PixelBuffer> create(int width, int height,
                                                                    std::size_t bytesPerRow,
                                                                    std::vector<std::uint8_t> bytes);
-    /// The same with bytes that somebody else may go on reading.
+    /// Shares the bytes.
     [[nodiscard]] static std::shared_ptr<const PixelBuffer> create(
         int width, int height, std::size_t bytesPerRow,
         std::shared_ptr<const std::vector<std::uint8_t>> bytes);

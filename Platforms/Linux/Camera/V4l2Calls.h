@@ -8,15 +8,14 @@
 
 namespace marrowby {
 
-/// The system calls that drive a V4L2 camera. A result below 0 is a negative errno; none is EINTR.
-/// Any thread.
+/// System calls for a V4L2 camera. A result below 0 is a negative errno, never EINTR. Any thread.
 class V4l2Calls {
   public:
     virtual ~V4l2Calls() = default;
 
-    /// All video nodes, the lowest number first.
+    /// All video nodes in ascending order of their numbers.
     [[nodiscard]] virtual std::vector<std::string> nodes() = 0;
-    /// Whether this user may read and write the node. Does not open it.
+    /// Whether this user may read and write the node, without opening it.
     [[nodiscard]] virtual bool mayOpen(const std::string& node) = 0;
     /// Opens for non-blocking use.
     [[nodiscard]] virtual int open(const std::string& node) = 0;
@@ -26,8 +25,7 @@ class V4l2Calls {
     [[nodiscard]] virtual std::span<std::uint8_t> map(int file, std::size_t length,
                                                       std::uint32_t offset) = 0;
     virtual void unmap(std::span<std::uint8_t> memory) = 0;
-    /// The events after waiting for something to read; 0 when the time ran out. A negative file
-    /// just waits.
+    /// The events (poll(2)), or 0 on timeout. With a negative file it only waits.
     [[nodiscard]] virtual int poll(int file, int milliseconds) = 0;
 };
 

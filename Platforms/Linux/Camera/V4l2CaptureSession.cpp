@@ -15,7 +15,7 @@ namespace marrowby {
 
 namespace {
 
-/// How long the capture queue waits for a picture before it sees to its other work.
+/// Longest wait for a frame before the capture queue runs its other work.
 constexpr int waitMilliseconds = 50;
 
 struct Camera {
@@ -36,8 +36,8 @@ std::string sentence(int error) {
     }
 }
 
-/// All cameras, or those up to the wanted one. A camera is known by where it is plugged in and what
-/// it calls itself, as one piece of hardware may hold several, and one node of each is enough.
+/// All cameras, or those up to the wanted one. Identified by bus position and name: one device may
+/// hold several cameras, and of the nodes of one camera only the first is kept.
 std::vector<Camera> cameras(const std::shared_ptr<V4l2Calls>& calls,
                             const std::optional<std::string>& wantedID = std::nullopt) {
     std::vector<Camera> found;
@@ -50,7 +50,7 @@ std::vector<Camera> cameras(const std::shared_ptr<V4l2Calls>& calls,
                                                    .localizedName = card};
         const bool isKnown =
             std::ranges::find(found, description, &Camera::description) != found.end();
-        // An infrared camera, say, delivers nothing that could be shown.
+        // No convertible mode, as with an infrared camera.
         if (isKnown || (*device)->modes().empty()) continue;
         found.push_back({description, node});
         if (description.uniqueID == wantedID) break;
@@ -71,7 +71,7 @@ std::expected<std::unique_ptr<V4l2Device>, int> openNamed(const std::shared_ptr<
     return V4l2Device::open(calls, camera->node);
 }
 
-/// How a camera is to be opened.
+/// The device and settings that a start asked for.
 struct Wish {
     std::string deviceID;
     std::optional<V4l2Mode> mode;
@@ -80,7 +80,7 @@ struct Wish {
 
 }  // namespace
 
-/// The capture queue's half of the session, and what it shares with the owner's.
+/// The part that runs on the capture queue, and the state shared with the owner's thread.
 class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
   public:
     explicit Stream(std::shared_ptr<V4l2Calls> calls) : calls_(std::move(calls)) {}
@@ -91,7 +91,7 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
         queue_ = std::move(queue);
         onSample_ = std::move(onSample);
     }
-    /// Nothing: no camera.
+    /// `nullopt`: no camera.
     void set(std::optional<Wish> wish) EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
         wish_ = std::move(wish);
@@ -118,7 +118,7 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
         const MutexLock lock(mutex_);
         return isRunning_;
     }
-    /// From another thread than the capture queue's, which then lets go of the device.
+    /// Ends the run from the owner's thread; the device closes with the last reference.
     void abandon() EXCLUDES(mutex_) { setRunning(false); }
 
   private:
@@ -155,7 +155,7 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
         continueRun(run);
     }
 
-    /// Opens what is wished for now, if that is not what is open.
+    /// Opens the requested camera unless it is open already.
     void follow() EXCLUDES(mutex_) {
         std::optional<Wish> wish;
         {
@@ -190,7 +190,7 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
 
     const std::shared_ptr<V4l2Calls> calls_;
 
-    // Capture queue.
+    // Capture queue only.
     std::unique_ptr<V4l2Device> device_;
     V4l2Layout layout_;
     V4l2Converter converter_;
@@ -201,11 +201,11 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
     std::optional<Wish> wish_ GUARDED_BY(mutex_);
     bool isNewWish_ GUARDED_BY(mutex_) = false;
     bool isRunning_ GUARDED_BY(mutex_) = false;
-    /// Counts the starts, so that a step that is still waiting ends with its own run.
+    /// Number of the start, so that a step still pending ends with its own run.
     std::uint64_t run_ GUARDED_BY(mutex_) = 0;
 };
 
-/// A camera's modes as they were when it was made.
+/// A snapshot of the camera's modes.
 class V4l2CaptureSession::Input final : public CaptureInput {
   public:
     Input(std::string id, std::vector<V4l2Mode> modes, std::weak_ptr<Stream> stream)

@@ -7,11 +7,11 @@
 
 namespace marrowby {
 
-/// The cameras of the kernel's V4L2 and a session on one of them. A running session reads on the
-/// capture queue itself, between the queue's other work: of the pictures that came while the queue
-/// was busy only the newest is delivered, and none is ever waiting there. A device is open only
-/// while the session runs, and is found again by its place and name wherever its node is then. One
-/// that another program holds is tried again until it is free; one that is lost ends the run.
+/// The V4L2 cameras and a session on one of them. A running session reads on the capture queue,
+/// between the queue's other work; of the frames that came while the queue was busy it delivers
+/// only the newest and queues none. The device is open only while the session runs, and is found by
+/// bus position and name even if its node changes. A busy device is retried until it is free; a
+/// lost one ends the run.
 class V4l2CaptureSession final : public CaptureSession {
   public:
     explicit V4l2CaptureSession(std::shared_ptr<V4l2Calls> calls);
@@ -19,20 +19,20 @@ class V4l2CaptureSession final : public CaptureSession {
     V4l2CaptureSession(const V4l2CaptureSession&) = delete;
     V4l2CaptureSession& operator=(const V4l2CaptureSession&) = delete;
 
-    /// Denied where there are video nodes and this user may open none of them.
+    /// Denied when there are video nodes and this user may open none.
     [[nodiscard]] CaptureAuthorization authorization() const override;
-    /// Nobody is asked: answers at once what is so.
+    /// There is no prompt on Linux: replies at once with the current state.
     void requestAccess(std::function<void(bool)> reply) override;
 
-    /// The system does not tell built-in from external cameras: each is found under either type,
-    /// and none is known to be at the front.
+    /// V4L2 does not tell built-in from external cameras: each is returned for either type, with no
+    /// known position.
     [[nodiscard]] std::vector<CaptureDeviceDescription> discover(
         std::span<const CaptureDeviceType> types) const override;
     [[nodiscard]] std::optional<CaptureDeviceDescription> device(
         const std::string& uniqueID) const override;
     [[nodiscard]] std::optional<CaptureDeviceDescription> defaultDevice(
         CaptureDeviceType type, CapturePosition position) const override;
-    /// The one with the lowest number.
+    /// The camera with the lowest node number.
     [[nodiscard]] std::optional<CaptureDeviceDescription> defaultDevice() const override;
 
     void beginConfiguration() override {}

@@ -14,7 +14,8 @@ namespace marrowby {
 namespace {
 
 constexpr int longestSide = 16384;
-/// The newest frame, the one that is worked on, the one that is filled, and one between them.
+/// Buffers in use at once: the newest frame, the one being processed, the one being filled, and one
+/// between them.
 constexpr std::size_t spareBuffers = 4;
 
 bool covers(std::span<const std::uint8_t> bytes, int rows, int bytesPerRow, int lastRow) {
@@ -23,8 +24,8 @@ bool covers(std::span<const std::uint8_t> bytes, int rows, int bytesPerRow, int 
                static_cast<std::size_t>(lastRow);
 }
 
-/// Many webcams leave a few bytes too many before a marker, which harms no pixel; a picture whose
-/// middle is missing leaves many.
+/// Many webcams leave a few extra bytes before a marker, which damages no pixel; a frame with a
+/// missing middle reports many.
 bool isHarmless(std::string_view warning) {
     constexpr std::string_view before = "Corrupt JPEG data: ";
     constexpr std::string_view after = " extraneous bytes before marker";
@@ -51,7 +52,7 @@ bool V4l2Converter::canRead(const V4l2Layout& layout) {
     const auto& [pixelFormat, width, height, bytesPerRow] = layout;
     if (width <= 0 || height <= 0 || width > longestSide || height > longestSide) return false;
     if (pixelFormat == V4L2_PIX_FMT_MJPEG) return true;
-    // Half of the colours are shared by two columns (and two rows).
+    // 4:2:2 and 4:2:0 share chroma between two columns (and two rows).
     if (pixelFormat == V4L2_PIX_FMT_YUYV) return width % 2 == 0 && bytesPerRow >= 2 * width;
     return pixelFormat == V4L2_PIX_FMT_NV12 && width % 2 == 0 && height % 2 == 0 &&
            bytesPerRow >= width;

@@ -13,7 +13,7 @@
 
 namespace marrowby {
 
-/// Turns a camera's pictures into pixels. One thread at a time; the pictures may outlive it.
+/// Converts camera frames to BGRA. One thread at a time; the results may outlive it.
 class V4l2Converter {
   public:
     /// Cheapest first.
@@ -23,7 +23,7 @@ class V4l2Converter {
 
     V4l2Converter();
 
-    /// Null for a picture that is cut short, damaged or of another size.
+    /// Null for a truncated or damaged frame, or one of another size.
     [[nodiscard]] std::shared_ptr<const PixelBuffer> convert(const V4l2Layout& layout,
                                                              std::span<const std::uint8_t> bytes);
 
@@ -35,7 +35,7 @@ class V4l2Converter {
                               std::uint8_t* pixels);
 
     BytePool pool_;
-    /// Made with the first compressed picture.
+    /// Created with the first JPEG frame.
     std::unique_ptr<void, CloseDecoder> decoder_;
 };
 

@@ -17,9 +17,9 @@ namespace marrowby {
 namespace {
 
 constexpr std::uint32_t capture = V4L2_BUF_TYPE_VIDEO_CAPTURE;
-/// A driver that never ends a list must not hold us.
+/// Bounds the enumeration if a driver never ends a list.
 constexpr std::uint32_t longestList = 256;
-/// One is read, one is filled, two wait for a slow moment.
+/// One being read, one being filled, two spare for a delay.
 constexpr std::uint32_t bufferCount = 4;
 
 struct Side {
@@ -35,7 +35,7 @@ std::string text(const __u8 (&bytes)[size]) {  // NOLINT(modernize-avoid-c-array
     return {std::begin(bytes), end};
 }
 
-/// Frames per second from seconds per frame; 0 for nonsense.
+/// Frames per second from seconds per frame; 0 if invalid.
 double rate(const v4l2_fract& interval) {
     if (interval.numerator == 0 || interval.denominator == 0) return 0;
     return static_cast<double>(interval.denominator) / interval.numerator;
@@ -124,7 +124,7 @@ std::vector<CaptureFormat> V4l2Device::formats(std::uint32_t pixelFormat) const 
         break;
     }
     if (sides.empty()) {
-        // A source that has its own size, such as an HDMI input, lists none.
+        // A source that dictates its size, such as an HDMI input, lists none.
         v4l2_format now{};
         now.type = capture;
         if (control(VIDIOC_G_FMT, now) >= 0)
@@ -156,7 +156,8 @@ std::vector<FrameRateRange> V4l2Device::rates(std::uint32_t pixelFormat, std::ui
         break;
     }
     if (!result.empty()) return result;
-    // A camera whose source sets the pace, such as an HDMI input, lists nothing but tells its pace.
+    // A source that dictates its rate, such as an HDMI input, lists none but reports the current
+    // one.
     v4l2_streamparm now{};
     now.type = capture;
     if (control(VIDIOC_G_PARM, now) < 0) return result;
@@ -166,7 +167,7 @@ std::vector<FrameRateRange> V4l2Device::rates(std::uint32_t pixelFormat, std::ui
 }
 
 std::expected<void, int> V4l2Device::checkFree() const {
-    // Giving back no buffers at all is refused while another file has some.
+    // Freeing zero buffers fails with EBUSY while another file has buffers.
     v4l2_requestbuffers none{};
     none.type = capture;
     none.memory = V4L2_MEMORY_MMAP;
@@ -254,13 +255,13 @@ std::expected<void, int> V4l2Device::readNewest(
         if (!newest) return 0;
         return queue(std::exchange(newest, std::nullopt)->index);
     };
-    // As many as there are: a camera faster than we are must not keep us here.
+    // At most one pass over the buffers, even if the camera is faster than this loop.
     for (std::size_t i = 0; i < buffers_.size(); ++i) {
         v4l2_buffer buffer{};
         buffer.type = capture;
         buffer.memory = V4L2_MEMORY_MMAP;
         const int result = control(VIDIOC_DQBUF, buffer);
-        // EIO is a picture lost on the way.
+        // EIO: one lost frame.
         if (result == -EAGAIN || result == -EIO) break;
         if (result < 0) return std::unexpected(-result);
         if (buffer.index >= buffers_.size()) return std::unexpected(EINVAL);

@@ -14,27 +14,26 @@
 
 namespace marrowby {
 
-/// One way in which a camera delivers: a coding (fourcc) at a size.
+/// One of a camera's formats: pixel format (fourcc) and size.
 struct V4l2Mode {
     std::uint32_t pixelFormat = 0;
     CaptureFormat format;
 };
 
-/// What a started camera delivers.
+/// The format of a started camera.
 struct V4l2Layout {
     std::uint32_t pixelFormat = 0;
     int width = 0;
     int height = 0;
-    /// Of the first plane; 0 where pictures are compressed.
+    /// Of the first plane; 0 for compressed formats.
     int bytesPerRow = 0;
 };
 
-/// A video node that is open, until it is destroyed. One thread at a time. The errors are errno
-/// numbers.
+/// An open video node; closed by the destructor. One thread at a time. Errors are errno values.
 /// https://docs.kernel.org/userspace-api/media/v4l/v4l2.html
 class V4l2Device {
   public:
-    /// ENOTTY for a node that does not capture single-planar pictures by streaming.
+    /// ENOTTY for a node without single-planar streaming capture.
     [[nodiscard]] static std::expected<std::unique_ptr<V4l2Device>, int> open(
         std::shared_ptr<V4l2Calls> calls, const std::string& node);
     ~V4l2Device();
@@ -42,21 +41,20 @@ class V4l2Device {
     V4l2Device& operator=(const V4l2Device&) = delete;
 
     [[nodiscard]] const std::string& card() const { return card_; }
-    /// Where it is plugged in.
+    /// Bus position, as the driver reports it.
     [[nodiscard]] const std::string& bus() const { return bus_; }
 
-    /// The codings that can be converted, cheapest first; of a camera that takes any size, the
-    /// usual ones.
+    /// The convertible modes, cheapest format first; usual sizes for a camera that takes any.
     [[nodiscard]] std::vector<V4l2Mode> modes() const;
     /// EBUSY while another program streams.
     [[nodiscard]] std::expected<void, int> checkFree() const;
 
-    /// Begins to stream, once. Without a mode the device keeps its own; the rate is a wish.
+    /// Starts streaming, once. Without a mode the device keeps its own; the driver may ignore the
+    /// rate.
     [[nodiscard]] std::expected<V4l2Layout, int> start(const std::optional<V4l2Mode>& mode,
                                                        const std::optional<FrameDuration>& rate);
-    /// Waits at most `milliseconds` for pictures and shows the newest that is not marked as
-    /// damaged; the bytes are the device's and end with the call. An error means that the device is
-    /// gone.
+    /// Waits at most `milliseconds` for frames and passes the newest undamaged one to `show`; the
+    /// bytes are valid during that call. An error means that the device is gone.
     [[nodiscard]] std::expected<void, int> readNewest(
         int milliseconds, const std::function<void(std::span<const std::uint8_t>)>& show);
 

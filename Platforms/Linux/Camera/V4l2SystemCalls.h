@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// The kernel's own.
+/// The real system calls.
 class V4l2SystemCalls final : public V4l2Calls {
   public:
     [[nodiscard]] std::vector<std::string> nodes() override;

@@ -11,7 +11,7 @@ struct Account {
     std::string name;
     std::filesystem::path home;
 
-    /// Nothing where the system does not know it.
+    /// `nullopt` when the user database does not know it.
     [[nodiscard]] static std::optional<Account> current();
 };
 

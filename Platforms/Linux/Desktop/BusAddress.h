@@ -2,12 +2,12 @@
 
 #include <string>
 
-/// Where the user's buses listen, by the environment. Main thread.
+/// Addresses of the D-Bus buses, from the environment. Main thread.
 namespace marrowby::busaddress {
 
 [[nodiscard]] std::string system();
 
-/// Empty where there is none: nothing is launched for the asking.
+/// Empty when there is no session bus; never launches one.
 [[nodiscard]] std::string session();
 
 }  // namespace marrowby::busaddress

@@ -7,14 +7,14 @@
 
 namespace marrowby {
 
-/// Lends large pieces of memory and takes them back when the last holder lets go. Any thread; what
-/// is lent may outlive the pool.
+/// Reuses large buffers: each returns to the pool when its last holder releases it. Any thread;
+/// buffers may outlive the pool.
 class BytePool {
   public:
-    /// `mostSpare`: pieces kept for the next time.
+    /// `mostSpare`: unused buffers kept at most.
     explicit BytePool(std::size_t mostSpare);
 
-    /// `size` bytes with whatever was in them before.
+    /// `size` bytes, uninitialised (old content).
     [[nodiscard]] std::shared_ptr<std::vector<std::uint8_t>> take(std::size_t size) const;
 
   private:

@@ -37,7 +37,7 @@ struct DBusLink::Connection {
     const QString name;
     QDBusConnection bus;
     Subscription disconnected;
-    /// Owns the calls under way.
+    /// Parent of the pending calls.
     QObject calls;
 };
 
@@ -72,7 +72,7 @@ void DBusLink::connectLater() {
 }
 
 void DBusLink::lose() {
-    // It is what called us.
+    // deleteLater: this is called from that object's slot.
     connection_->disconnected.release()->deleteLater();
     connection_.reset();
     connectLater();

@@ -13,45 +13,45 @@ class QObject;
 
 namespace marrowby {
 
-/// A private connection to one bus, made again when the bus went away and came back. One thread
-/// with Qt's event loop, whose handlers must not destroy it. For the adapters of this folder only.
+/// A private connection to one bus that reconnects by itself. One thread with Qt's event loop;
+/// handlers must not destroy it.
 class DBusLink {
   public:
     struct Handlers {
-        /// Each time; subscriptions and calls are to be made anew.
+        /// After each connect; subscriptions and calls must be made anew.
         std::function<void()> onConnected;
-        /// What was subscribed to stays silent, calls under way are never answered.
+        /// Subscriptions fall silent and pending calls are never answered.
         std::function<void()> onLost;
     };
     using MessageHandler = std::function<void(const QDBusMessage&)>;
-    /// Ends with its holder.
+    /// Unsubscribes when destroyed.
     using Subscription = std::unique_ptr<QObject>;
 
     struct Signal {
-        /// Only what the owner of this well-known name sends.
+        /// Only signals of this well-known name's owner.
         QString service;
         QString path;
         QString interface;
         QString member;
     };
 
-    /// An empty address is never connected to.
+    /// With an empty address it never connects.
     DBusLink(std::string address, Handlers handlers);
     ~DBusLink();
     DBusLink(const DBusLink&) = delete;
     DBusLink& operator=(const DBusLink&) = delete;
 
-    /// Tries at once, and while there is no bus after a growing delay. Once.
+    /// Connects at once and then retries with growing delays. Call once.
     void start();
 
     /// Only while connected.
     [[nodiscard]] Subscription subscribe(const Signal& signal, MessageHandler handler);
-    /// Whenever the service's owner changes, with whether it has one now. Only while connected.
+    /// Reports each change of the service's owner: whether it has one now. Only while connected.
     [[nodiscard]] Subscription watchOwner(const QString& service,
                                           std::function<void(bool)> handler);
-    /// Lets the object answer what this connection is called at the path. Only while connected.
+    /// Exports the object at the path. Only while connected.
     void serve(const QString& path, QDBusVirtualObject& object);
-    /// Calls without starting a service for it; the reply may be an error. Only while connected.
+    /// Does not activate the service; the reply may be an error. Only while connected.
     void call(QDBusMessage message, MessageHandler handler);
 
   private:
@@ -64,7 +64,7 @@ class DBusLink {
     const std::string address_;
     const Handlers handlers_;
     std::unique_ptr<Connection> connection_;
-    /// Owns the timer of the next attempt.
+    /// Parent of the retry timer.
     std::unique_ptr<QObject> attempts_;
     TimeInterval delay_;
 };

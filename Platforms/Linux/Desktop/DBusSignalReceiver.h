@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// Where Qt delivers one D-Bus signal. For DBusLink only.
+/// Receives one D-Bus signal from Qt. Used by DBusLink only.
 class DBusSignalReceiver final : public QObject {
     Q_OBJECT
 

@@ -11,7 +11,7 @@ namespace marrowby {
 
 namespace {
 
-/// As systemd's native journal protocol has it: a field a line.
+/// Sends one entry in systemd's native journal protocol, one field per line.
 bool send(const std::string& path, const std::string& fields) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;

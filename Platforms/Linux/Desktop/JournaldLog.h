@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// Lines for the system’s journal; where none runs they go to the standard error. Any thread.
+/// Writes lines to the systemd journal, or to standard error where there is none. Any thread.
 class JournaldLog {
   public:
     static constexpr const char* systemSocket = "/run/systemd/journal/socket";
@@ -12,7 +12,7 @@ class JournaldLog {
     explicit JournaldLog(std::string identifier, std::string socket = systemSocket)
         : identifier_(std::move(identifier)), socket_(std::move(socket)) {}
 
-    /// Never blocks: a journal that is behind is written past.
+    /// Never waits for the journal: a line that it does not take goes to standard error.
     void write(std::string line) const;
 
   private:

@@ -10,20 +10,20 @@
 
 namespace marrowby {
 
-/// The user's settings in one JSON file of mode 0600, written whenever a value changes. A damaged
-/// file is kept beside it and reads as empty; one that can't be read stays as it is, and the
-/// settings of this run are then in memory only. Main thread.
+/// The user's settings in one JSON file (mode 0600), written on every change. A damaged file is
+/// renamed and reads as empty; an unreadable one is left alone, and the settings then live in
+/// memory only. Main thread.
 class JsonDefaultsStore final : public DefaultsStore {
   public:
     JsonDefaultsStore(FileSystem& fileSystem, std::filesystem::path path);
     ~JsonDefaultsStore() override;
 
     [[nodiscard]] std::optional<DefaultsValue> value(const std::string& key) const override;
-    /// `monostate` can't be stored and is left out.
+    /// `monostate` can't be stored and is ignored.
     void set(const std::string& key, DefaultsValue value) override;
     void remove(const std::string& key) override;
 
-    /// A sentence about the last reading or writing that went wrong; nothing after a good one.
+    /// A sentence about the last failed read or write; none after a successful one.
     [[nodiscard]] const std::optional<std::string>& problem() const { return problem_; }
 
   private:

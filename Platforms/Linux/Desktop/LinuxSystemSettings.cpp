@@ -14,8 +14,7 @@ namespace {
 
 constexpr std::size_t entryLimit = std::size_t{64} << 10;
 
-/// As the argument of an Exec line: quoted, what means something in quotes escaped, and then once
-/// more as every string of the file.
+/// Quotes an argument of an Exec line, then escapes it again as a string value of a desktop entry.
 std::string execArgument(std::string_view argument) {
     std::string result = "\"";
     for (const char character : argument) {

@@ -8,19 +8,19 @@
 
 namespace marrowby {
 
-/// What a Linux desktop has of the system’s settings: an autostart entry (freedesktop.org’s Desktop
-/// Application Autostart). Permissions are the account’s groups here, so there is nothing to open.
+/// Opening at login through an autostart entry (freedesktop.org Desktop Application Autostart).
+/// There are no permission panes to open: permissions are group memberships.
 class LinuxSystemSettings final : public SystemSettings {
   public:
-    /// Tells the program that the session started it.
+    /// The autostart entry passes this flag.
     static constexpr const char* atLoginFlag = "--at-login";
 
-    /// `configHome` is the user’s folder for settings; the entry starts `program`.
+    /// `configHome`: the user's configuration folder; the entry starts `program`.
     LinuxSystemSettings(FileSystem& files, const std::filesystem::path& configHome,
                         std::filesystem::path program);
 
     bool open(Pane pane) override;
-    /// Also where a desktop has switched the entry off in its own way.
+    /// False also when the desktop has disabled the entry (Hidden and the like).
     [[nodiscard]] bool opensAtLogin() const override;
     bool setOpensAtLogin(bool opens) override;
 

@@ -2,8 +2,7 @@
 
 namespace marrowby {
 
-/// Keeps the memory of this process from core files and from other processes of the same user.
-/// False when the system refuses.
+/// Protects this process from core dumps and from ptrace by the same user. False when refused.
 [[nodiscard]] bool makeProcessUndumpable();
 
 }  // namespace marrowby

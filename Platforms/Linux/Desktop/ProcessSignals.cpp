@@ -34,7 +34,7 @@ const int ProcessSignals::reopenSignal = SIGUSR1;
 ProcessSignals::ProcessSignals() {
     const sigset_t wanted = allSignals();
     ::pthread_sigmask(SIG_BLOCK, &wanted, nullptr);
-    // Who reads a pipe may be gone: that is an error of the writing.
+    // A closed pipe becomes a write error (EPIPE).
     ::signal(SIGPIPE, SIG_IGN);
     descriptor_ = ::signalfd(-1, &wanted, SFD_CLOEXEC | SFD_NONBLOCK);
 }

@@ -7,11 +7,11 @@ class QSocketNotifier;
 
 namespace marrowby {
 
-/// What the system and other processes tell this one by signals. Made before any other thread;
-/// whatever comes until start() waits. Main thread; one at a time.
+/// Receives termination and reopen signals. Create it before any other thread; signals that arrive
+/// before start() stay pending. Main thread; one at a time.
 class ProcessSignals {
   public:
-    /// Asks a running instance to open its window again.
+    /// Sent to a running instance to open its window.
     static const int reopenSignal;
 
     ProcessSignals();
@@ -19,7 +19,8 @@ class ProcessSignals {
     ProcessSignals(const ProcessSignals&) = delete;
     ProcessSignals& operator=(const ProcessSignals&) = delete;
 
-    /// Under Qt’s event loop. `onTerminate` comes once; whoever asks again ends the process.
+    /// Needs Qt's event loop. `onTerminate` is called once; a second termination signal ends the
+    /// process.
     void start(std::function<void()> onTerminate, std::function<void()> onReopen);
 
   private:

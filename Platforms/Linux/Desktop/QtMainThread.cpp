@@ -25,13 +25,13 @@ namespace {
 
 constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
 
-/// Nanoseconds since the Unix epoch; what lies outside of 1970 to 2200 counts as its nearer end.
+/// Nanoseconds since the Unix epoch, clamped to 1970…2200.
 std::int64_t unixNanoseconds(Date date) {
     constexpr double latest = 7'258'118'400;
     const double seconds = (date.time_since_epoch() + unixtime::toDateEpoch).count();
-    // Not a number goes to the past, which is served at once. Zero would disarm the timer.
+    // NaN counts as past. 0 would disarm the timer.
     if (!(seconds > 0)) return 1;
-    // Today's dates resolve a quarter of a microsecond: one is added, not to fire too early.
+    // A double of today's dates resolves 0.25 microseconds; 1 is added so as not to fire early.
     return static_cast<std::int64_t>(std::min(seconds, latest) * double{nanosecondsPerSecond}) +
            1000;
 }
@@ -49,7 +49,7 @@ struct QtMainThread::Receiver {
     std::thread::id thread = std::this_thread::get_id();
 };
 
-/// All one-shot calls, over one timer of the system that counts in wall-clock time.
+/// All one-shot calls, over one wall-clock timerfd.
 class QtMainThread::Alarms {
   public:
     struct Key {
@@ -96,12 +96,12 @@ class QtMainThread::Alarms {
     void fire() {
         std::uint64_t expirations = 0;
         [[maybe_unused]] const auto size = ::read(descriptor_, &expirations, sizeof expirations);
-        // What is added meanwhile, even for the past, has its turn on the next round of the loop.
+        // Entries added by these calls run on the next turn, even if they are due.
         const std::uint64_t last = lastNumber_;
         const std::int64_t now = unixNanosecondsNow();
         while (const auto due = firstDue(now, last)) {
             const auto entry = waiting_.extract(*due);
-            // Before the call, for it may run a loop of its own.
+            // Before the call, which may run a nested loop.
             arm();
             entry.mapped()();
         }
@@ -142,7 +142,7 @@ class QtMainThread::IntervalTimer final : public Timer {
     IntervalTimer(QObject& receiver, TimeInterval interval, TimeInterval tolerance,
                   std::function<void()> work)
         : timer_(new QTimer(&receiver)) {
-        // Coarse timers of Qt may be off by a twentieth of their interval.
+        // Qt's coarse timers may be off by 5 %.
         timer_->setTimerType(tolerance * 20 < interval ? Qt::PreciseTimer : Qt::CoarseTimer);
         timer_->setInterval(std::chrono::ceil<std::chrono::milliseconds>(interval));
         QObject::connect(timer_, &QTimer::timeout, timer_, std::move(work));
@@ -154,7 +154,7 @@ class QtMainThread::IntervalTimer final : public Timer {
         if (!timer_) return;
         timer_->stop();
         timer_->disconnect();
-        // Its own call may be what destroys it.
+        // deleteLater: its own callback may destroy this.
         timer_->deleteLater();
     }
 
@@ -176,7 +176,7 @@ void QtMainThread::post(std::function<void()> work) {
     QMetaObject::invokeMethod(&receiver_->object, std::move(work), Qt::QueuedConnection);
 }
 
-// The system's timer is exact: no tolerance is made use of.
+// The tolerance is unused: a timerfd is exact.
 std::unique_ptr<MainThread::Timer> QtMainThread::at(Date fireDate, TimeInterval /*tolerance*/,
                                                     std::function<void()> work) {
     return std::make_unique<AlarmTimer>(alarms_, alarms_->add(fireDate, std::move(work)));

@@ -6,9 +6,8 @@
 
 namespace marrowby {
 
-/// The thread that makes it, under Qt's event loop. Made and destroyed there, while a
-/// QCoreApplication exists; outlives everyone who posts. Ends the process when the system gives it
-/// no timer at all.
+/// The main thread under Qt's event loop. Create and destroy it there, while a QCoreApplication
+/// exists; it must outlive everything that posts to it. Aborts when timerfd_create fails.
 class QtMainThread final : public MainThread {
   public:
     QtMainThread();
@@ -16,7 +15,7 @@ class QtMainThread final : public MainThread {
 
     [[nodiscard]] bool isCurrent() const override;
     void post(std::function<void()> work) override;
-    /// Follows the wall clock when somebody sets it and across suspension.
+    /// Follows changes of the wall clock, and suspension.
     [[nodiscard]] std::unique_ptr<Timer> at(Date fireDate, TimeInterval tolerance,
                                             std::function<void()> work) override;
     [[nodiscard]] std::unique_ptr<Timer> every(TimeInterval interval, TimeInterval tolerance,

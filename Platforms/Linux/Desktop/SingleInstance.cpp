@@ -44,7 +44,7 @@ class SingleInstance::Service final : private QDBusVirtualObject {
             QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
             QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
         request << QString::fromLatin1(busName) << doNotQueue;
-        // Somebody else’s name: then only the signal reaches us.
+        // If the name is taken, another instance can still reach us by signal.
         link_.call(request, [](const QDBusMessage& /*reply*/) {});
     }
 
@@ -81,7 +81,7 @@ SingleInstance::SingleInstance(Places places) : places_(std::move(places)) {}
 
 SingleInstance::~SingleInstance() {
     service_.reset();
-    // The file stays: removed, it could be another one's already.
+    // Not unlinked: the path may already be another instance's file.
     if (lock_ >= 0) ::close(lock_);
 }
 

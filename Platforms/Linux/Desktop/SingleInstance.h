@@ -8,10 +8,9 @@
 
 namespace marrowby {
 
-/// Keeps a user to one running application, and lets a second start open the first one’s window.
-/// A locked file says who is the first; the session bus (the name app.quenby.unlock, as an
-/// application that the desktop may activate) and, where there is none, a signal reach it. The bus
-/// may come and go. Main thread.
+/// Allows one running instance per user; a second start opens the first one's window. A lock file
+/// decides who is first. The second reaches it over the session bus (D-Bus activatable name
+/// app.quenby.unlock), else by signal. The bus may come and go. Main thread.
 class SingleInstance {
   public:
     static constexpr const char* busName = "app.quenby.unlock";
@@ -19,14 +18,14 @@ class SingleInstance {
 
     struct Places {
         std::filesystem::path lockFile;
-        /// Empty where there is no session bus.
+        /// Empty when there is no session bus.
         std::string sessionBus;
     };
     enum class Claim : std::uint8_t {
         first,
-        /// Another one runs, and has been asked to open its window.
+        /// Another instance runs and was asked to open its window.
         handedOver,
-        /// Another one runs and could not be reached.
+        /// Another instance runs and could not be reached.
         unreachable,
     };
 
@@ -35,10 +34,10 @@ class SingleInstance {
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
 
-    /// Once. Where the file can’t be made, this is the first as far as anybody can tell. Waits for
-    /// the other one a few seconds at most.
+    /// Call once. Counts as first when the lock file can't be created. Waits a few seconds at most
+    /// for the other instance.
     [[nodiscard]] Claim claim();
-    /// Lets itself be reached over the bus; for the first one, under Qt’s event loop.
+    /// Makes the first instance reachable over the bus. Needs Qt's event loop.
     void serve(std::function<void()> onReopen);
 
   private:

@@ -20,7 +20,7 @@
 namespace marrowby {
 namespace {
 
-/// What a queue and its threads share; the threads may outlive the queue.
+/// Shared by a queue and its threads, which may outlive the queue.
 class Worklist {
   public:
     enum class Reply { taken, needsThread };
@@ -38,17 +38,17 @@ class Worklist {
         changed_.notify_all();
     }
 
-    /// One thread's life: ends when the list is closed and empty.
+    /// Thread function: returns when the list is closed and empty.
     void drain() EXCLUDES(mutex_) {
         while (auto work = next()) {
             (*work)();
-            // What it held goes before it counts as done.
+            // Release captured objects before the work counts as done.
             work.reset();
             finish();
         }
     }
 
-    /// Until all that was added is done.
+    /// Blocks until all added work is done.
     void waitUntilDone() EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
         while (!pending_.empty() || running_ > 0)
@@ -85,12 +85,12 @@ class Worklist {
 };
 
 constexpr std::size_t nameLength = 15;
-// Typing and password checks wait more than they work.
+// Typing and password checks mostly wait.
 constexpr std::size_t backgroundThreads = 4;
 
 }  // namespace
 
-/// All that was begun, to be waited for at the end.
+/// All started work, joined at the end.
 class ThreadWorkQueues::Begun {
   public:
     void add(const std::shared_ptr<Worklist>& list) EXCLUDES(mutex_) {
@@ -99,7 +99,7 @@ class ThreadWorkQueues::Begun {
         lists_.push_back(list);
     }
 
-    /// A thread whose queue went away on the thread itself, which cannot wait for itself.
+    /// Takes the thread of a queue that was destroyed on that thread, which cannot join itself.
     void adopt(std::thread thread) EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
         if (isOver_) {
@@ -146,7 +146,7 @@ class ThreadWorkQueues::Queue final : public WorkQueue {
 
     ~Queue() override {
         worklist_->close();
-        // Nobody else holds the queue any more.
+        // For the thread-safety analysis: no other reference exists.
         const MutexLock lock(mutex_);
         for (std::thread& thread : threads_) {
             if (thread.get_id() == std::this_thread::get_id()) {
@@ -170,7 +170,7 @@ class ThreadWorkQueues::Queue final : public WorkQueue {
         } catch (const std::system_error&) {
             fatal("the system has no thread to give");
         }
-        // The system keeps 15 characters; the last ones tell queues apart best.
+        // Linux limits thread names to 15 characters; the end tells queues apart best.
         const std::string name = label_.substr(label_.size() - std::min(label_.size(), nameLength));
         pthread_setname_np(threads_.back().native_handle(), name.c_str());
     }

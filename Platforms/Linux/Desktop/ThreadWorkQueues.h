@@ -6,10 +6,10 @@
 
 namespace marrowby {
 
-/// Worker threads: one of its own for each serial queue, up to four for the background queue,
-/// started when there is work. Destroying a queue waits for its work, except on one of the queue's
-/// own threads; destroying this waits for all work of all queues. Work must not wait for the thread
-/// that does so. Ends the process when the system gives no thread.
+/// Worker threads: one per serial queue, up to four for the background queue, started on demand.
+/// Destroying a queue waits for its work, except on one of its own threads; destroying this waits
+/// for all queues. Work must not wait for the destroying thread. Aborts when a thread cannot be
+/// started.
 class ThreadWorkQueues final : public WorkQueues {
   public:
     ThreadWorkQueues();

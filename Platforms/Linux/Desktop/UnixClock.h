@@ -7,11 +7,11 @@
 
 namespace marrowby::unixtime {
 
-/// From 1970-01-01, where Unix time starts, to 2001-01-01, where Date does.
+/// Offset from the Unix epoch to Date's epoch, 2001-01-01.
 inline constexpr TimeInterval toDateEpoch{978'307'200};
 
-/// Since the computer started. Stands still while it sleeps, as do an X server's own time and the
-/// times of input events.
+/// Seconds since boot, suspend excluded (CLOCK_MONOTONIC): the time base of the X server and of
+/// input events.
 [[nodiscard]] inline TimeInterval uptime() {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
@@ -22,7 +22,7 @@ inline constexpr TimeInterval toDateEpoch{978'307'200};
 
 namespace marrowby {
 
-/// The wall clock as the C library tells it.
+/// The C library's wall clock.
 class UnixSystemClock final : public SystemClock {
   public:
     [[nodiscard]] Date now() const override;

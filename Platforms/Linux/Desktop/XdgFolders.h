@@ -7,14 +7,14 @@
 
 namespace marrowby {
 
-/// Where an application keeps a user's data and settings (freedesktop.org’s base directories).
+/// The user's data and configuration folders (freedesktop.org XDG Base Directory).
 struct XdgFolders {
     std::filesystem::path dataHome;
     std::filesystem::path configHome;
 
     using Environment = std::function<std::optional<std::string>(const char* name)>;
 
-    /// Nothing where neither the environment nor the account names an absolute home.
+    /// `nullopt` when neither the environment nor the account gives an absolute home.
     [[nodiscard]] static std::optional<XdgFolders> of(
         const Environment& environment, const std::optional<std::filesystem::path>& accountHome);
     /// Of this process.

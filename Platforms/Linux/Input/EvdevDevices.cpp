@@ -18,7 +18,7 @@ namespace {
 template <std::size_t bitCount>
 class Bits {
   public:
-    /// None where the device does not answer.
+    /// Empty when the ioctl fails.
     Bits(int descriptor, unsigned type) {
         (void)::ioctl(descriptor, EVIOCGBIT(type, sizeof words_), words_.data());
     }
@@ -31,7 +31,7 @@ class Bits {
     std::array<unsigned long, bitCount / wordBits + 1> words_{};
 };
 
-/// Where sysfs keeps what uinput makes; Bluetooth's devices are virtual too, but elsewhere.
+/// By its place in sysfs. Bluetooth devices are virtual as well, but lie in another folder.
 bool isMadeByAProgram(const std::filesystem::path& device) {
     std::error_code error;
     const auto place = std::filesystem::read_symlink(

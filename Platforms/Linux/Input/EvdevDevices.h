@@ -10,19 +10,18 @@
 
 namespace marrowby {
 
-/// The kernel's input devices in one folder, as far as this user may read them; they come and go.
-/// One thread.
+/// The readable evdev devices of one folder; they come and go. One thread.
 class EvdevDevices {
   public:
     struct Description {
-        /// Keys, buttons, pointers; not lids and jacks.
+        /// Has keys, buttons or a pointer; not a lid switch or jack.
         bool isForUsers = false;
         bool hasSpaceKey = false;
-        /// Made by a program.
+        /// Created through uinput.
         bool isVirtual = false;
     };
-    /// What the kernel says about an open device; nothing where it is no input device. From then on
-    /// its times are uptimes.
+    /// Queries an open device and switches its timestamps to the monotonic clock; `nullopt` when it
+    /// is no input device.
     using Describe = std::function<std::optional<Description>(int descriptor,
                                                               const std::filesystem::path& device)>;
     [[nodiscard]] static std::optional<Description> describe(int descriptor,
@@ -39,14 +38,14 @@ class EvdevDevices {
     EvdevDevices& operator=(const EvdevDevices&) = delete;
 
     [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
-    /// By path.
+    /// Keyed by path.
     [[nodiscard]] const std::map<std::string, Device>& all() const { return devices_; }
 
-    /// Opens what is new.
+    /// Opens new devices.
     void refresh();
-    /// Closes what is no longer there.
+    /// Closes removed devices.
     void prune();
-    /// Takes all events that wait at a device; false when it is gone, which closes it.
+    /// Reads all pending events of a device; closes it and returns false when it is gone.
     bool drain(const std::string& path, const std::function<void(const input_event&)>& onEvent);
 
   private:

@@ -28,7 +28,7 @@ TimeInterval EvdevInputIdle::secondsSinceLastInput() const {
         });
     }
     if (devices_.all().empty()) return TimeInterval(std::numeric_limits<double>::quiet_NaN());
-    // An event may be younger than the question.
+    // An event may be newer than `now`.
     return std::max(now - *lastInput_, TimeInterval::zero());
 }
 

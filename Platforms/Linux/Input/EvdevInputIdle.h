@@ -7,8 +7,8 @@
 
 namespace marrowby {
 
-/// The idle time of all input devices that the user may read, by the kernel's own times: whoever
-/// does not ask is not woken. Not a number while none can be read.
+/// Idle time of all readable input devices, from the kernel's event timestamps, read only when
+/// asked. NaN while none is readable.
 class EvdevInputIdle final : public InputIdle {
   public:
     explicit EvdevInputIdle(std::filesystem::path folder,
@@ -22,7 +22,7 @@ class EvdevInputIdle final : public InputIdle {
 
   private:
     mutable EvdevDevices devices_;
-    /// At first the time of the first question: what was before nobody knows.
+    /// Starts as the time of the first call: earlier input is unknown.
     mutable std::optional<TimeInterval> lastInput_;
 };
 

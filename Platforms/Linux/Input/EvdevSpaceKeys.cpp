@@ -35,7 +35,7 @@ class EvdevSpaceKeys::Readers final : public Listening {
 
   private:
     struct DeleteLater {
-        // It may be what is calling.
+        // deleteLater: the notifier may be the caller.
         void operator()(QSocketNotifier* notifier) const {
             notifier->setEnabled(false);
             notifier->deleteLater();
@@ -62,7 +62,7 @@ class EvdevSpaceKeys::Readers final : public Listening {
                 ++presses;
         });
         if (!isThere) notifiers_.erase(path);
-        // Its receiver may stop listening, which ends this.
+        // The callback may stop listening, which destroys this.
         const std::weak_ptr alive(life_);
         const auto report = onPress_;
         for (; presses > 0 && !alive.expired(); --presses)

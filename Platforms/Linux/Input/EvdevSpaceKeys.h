@@ -9,14 +9,14 @@
 
 namespace marrowby {
 
-/// The Space keys of the keyboards that the user may read, also of those plugged in later, without
-/// key repeats; keyboards made by programs are synthetic. On the thread of Qt's event loop.
+/// Space keys of the readable keyboards, hot-plugged ones included, without key repeats; uinput
+/// keyboards count as synthetic. On the thread of Qt's event loop.
 class EvdevSpaceKeys final : public SpaceKeys {
   public:
     explicit EvdevSpaceKeys(std::filesystem::path folder,
                             EvdevDevices::Describe describe = EvdevDevices::describe);
 
-    /// Whether there is a keyboard that can be read.
+    /// Whether any keyboard is readable.
     [[nodiscard]] bool hasListenAccess() const override;
     [[nodiscard]] std::unique_ptr<Listening> listen(std::function<void(Press)> onPress) override;
 
@@ -24,7 +24,7 @@ class EvdevSpaceKeys final : public SpaceKeys {
     class Readers;
 
     const EvdevDevices::Describe describe_;
-    /// Kept open, for access is asked for often; never read.
+    /// Kept open because access is checked often; never read.
     mutable EvdevDevices devices_;
 };
 

@@ -11,9 +11,9 @@
 namespace marrowby {
 namespace {
 
-/// XKB's key codes are the kernel's plus this.
+/// XKB key code = kernel key code + 8.
 constexpr xkb_keycode_t kernelOffset = 8;
-/// What the kernel's keyboard devices can send.
+/// The highest XKB key code of a kernel keyboard.
 constexpr xkb_keycode_t lastKey = 255;
 
 struct Release {
@@ -32,10 +32,10 @@ struct KeyboardLayout::Keymap {
         return index == XKB_MOD_INVALID ? 0 : xkb_mod_mask_t{1} << index;
     }
 
-    /// The first of the ways to a level that needs nothing but Shift and AltGr.
+    /// The first modifier set for a level that needs only Shift and AltGr.
     [[nodiscard]] std::optional<Chord> reach(xkb_keycode_t key, xkb_level_index_t level) const {
         const xkb_mod_mask_t shift = modifier(XKB_MOD_NAME_SHIFT);
-        // The key itself is a third-level shift in layouts that have one.
+        // In some layouts the third-level key itself is mapped to this modifier.
         const xkb_mod_mask_t altGr = modifier("Mod5") | modifier("LevelThree");
         std::array<xkb_mod_mask_t, 16> ways{};
         const std::size_t count = xkb_keymap_key_get_mods_for_level(keymap.get(), key, 0, level,

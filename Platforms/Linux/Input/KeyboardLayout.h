@@ -7,22 +7,22 @@
 
 namespace marrowby {
 
-/// A keyboard layout by its XKB names, and which keys of the kernel give what in its first group,
-/// with no key locked. Any thread.
+/// Maps keysyms to kernel keys in the first group of an XKB layout, with no lock modifiers. Any
+/// thread.
 class KeyboardLayout {
   public:
-    /// Empty ones are the system's defaults.
+    /// XKB names (RMLVO); empty ones mean the system's defaults.
     struct Names {
         std::string model;
         std::string layout;
         std::string variant;
         std::string options;
 
-        /// As /etc/default/keyboard or another file in the shell's form says.
+        /// Parses /etc/default/keyboard or another file of shell assignments.
         [[nodiscard]] static Names fromFile(const std::string& path = "/etc/default/keyboard");
     };
 
-    /// A key by its code in linux/input-event-codes.h, and what is held meanwhile.
+    /// A key code of linux/input-event-codes.h and the modifiers to hold.
     struct Chord {
         std::uint16_t key = 0;
         bool withShift = false;
@@ -30,13 +30,13 @@ class KeyboardLayout {
         friend bool operator==(const Chord&, const Chord&) = default;
     };
 
-    /// Nothing where XKB has no such layout.
+    /// `nullopt` for a layout unknown to XKB.
     [[nodiscard]] static std::optional<KeyboardLayout> create(const Names& names);
     KeyboardLayout(KeyboardLayout&&) noexcept;
     KeyboardLayout& operator=(KeyboardLayout&&) noexcept;
     ~KeyboardLayout();
 
-    /// By keysym; nothing where it takes dead keys, other modifiers, or cannot be had.
+    /// `nullopt` for keysyms that need dead keys or other modifiers, or that the layout lacks.
     [[nodiscard]] std::optional<Chord> chord(std::uint32_t keysym) const;
 
   private:

@@ -21,7 +21,7 @@ namespace {
 
 using Chord = KeyboardLayout::Chord;
 
-/// Of no vendor; as users see it among their devices.
+/// The name that users see among their input devices.
 constexpr std::string_view deviceName = "Marrowby Unlock keyboard";
 
 class KernelKeyboard final : public UinputKeyEvents::Keyboard {
@@ -83,7 +83,7 @@ class UinputSource final : public KeyEventSource {
         return true;
     }
 
-    /// The kernel's readers tell nobody what else they read. Once refused, for good.
+    /// Other readers of the device are unknowable. A refusal is final.
     [[nodiscard]] bool isUndisturbed() override {
         if (mayType_) mayType_ = guard_();
         return mayType_;
@@ -91,7 +91,7 @@ class UinputSource final : public KeyEventSource {
     void settle(const std::function<bool()>& /*stillLocked*/) override {}
 
   private:
-    /// What is held for it is let go in any case.
+    /// Releases the modifiers even after a failure.
     [[nodiscard]] bool tap(const Chord& chord) const {
         const bool isHeld = (!chord.withShift || send(KEY_LEFTSHIFT, true)) &&
                             (!chord.withAltGr || send(KEY_RIGHTALT, true));

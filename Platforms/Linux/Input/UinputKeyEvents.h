@@ -12,12 +12,11 @@
 
 namespace marrowby {
 
-/// Keys through a keyboard of our own in the kernel, for Wayland and the console, where the user
-/// may write its device (/dev/uinput). It types in the layout it is told and doesn't know what the
-/// user holds. Any thread.
+/// Types through a uinput keyboard, for Wayland and the console; needs write access to /dev/uinput.
+/// Types in the configured layout and cannot see which keys the user holds. Any thread.
 class UinputKeyEvents final : public KeyEvents {
   public:
-    /// A keyboard that takes one event of the kernel's kind; false when it is gone.
+    /// A virtual keyboard that takes one input event; false when it is gone.
     class Keyboard {
       public:
         virtual ~Keyboard() = default;
@@ -26,19 +25,19 @@ class UinputKeyEvents final : public KeyEvents {
     };
     using Plug = std::function<std::shared_ptr<Keyboard>()>;
     using Pause = std::function<void(TimeInterval)>;
-    /// Whether a key is for the lock screen now: asked before each one that is pressed. Any thread.
+    /// Whether keys reach the lock screen now; called before each press. Any thread.
     using Guard = std::function<bool()>;
 
-    /// Makes the keyboard in the kernel; nothing where that is not allowed.
+    /// Creates the uinput device; null when that is not allowed.
     [[nodiscard]] static std::shared_ptr<Keyboard> plugIn();
 
     UinputKeyEvents(const KeyboardLayout::Names& layout, Guard guard, Pause pause,
                     Plug plug = plugIn);
 
-    /// Plugs the keyboard in, so that whoever reads it knows it before the first key.
+    /// Creates the keyboard, so that readers have opened it before the first key.
     [[nodiscard]] bool isTrusted() const override;
     [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::x11Locker; }
-    /// Nothing for a character that the layout has no key for.
+    /// Null for a character that the layout has no key for.
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
         std::span<const char16_t> text, std::span<const std::uint32_t> codes) override;
     void pause(TimeInterval duration) override { pause_(duration); }

@@ -17,7 +17,7 @@ namespace {
 constexpr const char* systemRules = "/etc/pam.d";
 constexpr std::size_t longestSentence = 300;
 
-/// The password as a C string, for as long as PAM may ask for it.
+/// The password as a C string, alive while PAM may ask for it.
 using Answer = SecretArray<char>;
 
 std::expected<Answer, SecretMemoryError> answerOf(std::span<const std::uint8_t> password) {
@@ -26,15 +26,15 @@ std::expected<Answer, SecretMemoryError> answerOf(std::span<const std::uint8_t> 
     return answer;
 }
 
-/// One check, as it goes on between PAM and this.
+/// State of one check, shared with the conversation function.
 struct Dialogue {
     Answer& answer;
     bool hasAnswered = false;
-    /// What PAM has to tell the user.
+    /// PAM_TEXT_INFO and PAM_ERROR_MSG texts.
     std::string told{};
 };
 
-/// PAM overwrites and frees what it is given.
+/// PAM conversation function. PAM wipes and frees the responses.
 int converse(int count, const pam_message** messages, pam_response** responses, void* data) {
     auto& dialogue = *static_cast<Dialogue*>(data);
     if (count <= 0 || count > PAM_MAX_NUM_MSG) return PAM_CONV_ERR;
@@ -55,7 +55,7 @@ int converse(int count, const pam_message** messages, pam_response** responses, 
     return PAM_SUCCESS;
 }
 
-/// A wrong answer shall come as soon as a right one: who guesses here has the account already.
+/// No delay after a wrong password: the caller already runs as this account.
 void noDelay(int /*result*/, unsigned /*microseconds*/, void* /*data*/) {}
 
 class Conversation {
@@ -77,18 +77,18 @@ class Conversation {
         if (handle_ != nullptr) ::pam_end(handle_, status_);
     }
 
-    /// An account without a password would take any text.
+    /// Refuses empty passwords: an account without one would accept any.
     [[nodiscard]] int authenticate() {
         if (status_ == PAM_SUCCESS)
             status_ = ::pam_authenticate(handle_, PAM_DISALLOW_NULL_AUTHTOK);
         return status_;
     }
-    /// Whether it failed for the password: a refusal that did not wait for it is about something
-    /// else, such as too many tries before this one.
+    /// A failure before PAM asked for the password has another reason, such as too many earlier
+    /// tries.
     [[nodiscard]] bool isPasswordWrong() const {
         return status_ == PAM_AUTH_ERR && dialogue_.hasAnswered;
     }
-    /// Why it failed, for the user.
+    /// The reason of the failure, for the user.
     [[nodiscard]] std::string sentence() const {
         switch (status_) {
             case PAM_USER_UNKNOWN:

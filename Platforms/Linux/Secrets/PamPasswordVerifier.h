@@ -6,19 +6,18 @@
 
 namespace marrowby {
 
-/// Checks a password as PAM does for this user: their own only. Where PAM tells why it refuses, or
-/// refuses before it was given the password, that is no wrong password. The system's usual modules
-/// say the same of a wrong password, a locked account and another's.
+/// Checks the password of the user's own account through PAM. A refusal that PAM explains, or that
+/// comes before it asks for the password, does not count as a wrong password. The usual modules
+/// report a wrong password, a locked account and another user's account alike.
 class PamPasswordVerifier final : public MacPasswordVerifying {
   public:
     struct Service {
         std::string name;
-        /// Where its rules lie instead of the system's places.
+        /// Folder of the service's rules, if not the system's.
         std::string folder;
     };
 
-    /// The application's own rules where they are installed, or else those that the system's other
-    /// services share.
+    /// The application's own PAM service if installed, else the common one.
     [[nodiscard]] static Service installedService();
 
     explicit PamPasswordVerifier(std::string userName, Service service = installedService());

@@ -17,7 +17,7 @@ namespace marrowby {
 namespace {
 
 constexpr quint32 allowUserInteraction = 1;
-/// To libdbus, never.
+/// libdbus treats this as no timeout.
 constexpr int noTimeout = std::numeric_limits<int>::max();
 
 constexpr const char* noBus = "The system bus can’t be reached.";
@@ -48,7 +48,7 @@ QDBusMessage checkAuthorization(const QString& busName) {
                                        QStringLiteral("/org/freedesktop/PolicyKit1/Authority"),
                                        QStringLiteral("org.freedesktop.PolicyKit1.Authority"),
                                        QStringLiteral("CheckAuthorization"));
-    // The prompt ends with the connection, so no id is needed to cancel it by.
+    // No cancellation id: closing the connection ends the prompt.
     message.setArguments({QVariant::fromValue(subject),
                           QString::fromLatin1(PolkitOwnerCheck::action),
                           QVariant::fromValue(noDetails), allowUserInteraction, QString()});
@@ -101,7 +101,7 @@ OwnerCheck::Result outcomeOf(const QDBusMessage& message) {
 
 }  // namespace
 
-/// A connection of its own, whose end ends polkit's prompt.
+/// Has its own connection, because closing it ends polkit's prompt.
 class PolkitOwnerCheck::Prompt {
   public:
     explicit Prompt(const std::string& address)
@@ -130,14 +130,14 @@ class PolkitOwnerCheck::Prompt {
 
   private:
     struct DeleteLater {
-        // It may be what calls.
+        // The watcher may be the caller.
         void operator()(QDBusPendingCallWatcher* watcher) const {
             watcher->disconnect();
             watcher->deleteLater();
         }
     };
 
-    /// The completion may hold this prompt, which then goes with it.
+    /// The completion may hold the last reference to this prompt.
     void finish(const Result& outcome) {
         watcher_.reset();
         const auto completion = std::exchange(completion_, nullptr);
@@ -169,7 +169,7 @@ void PolkitOwnerCheck::confirmOwner(const std::string& /*reason*/, Completion co
         return completion(std::unexpected(OwnerCheckError(OwnerCheckError::Unavailable{noBus})));
     std::erase_if(prompts_, [](const auto& other) { return other.expired(); });
     prompts_.push_back(prompt);
-    // Until the answer only this keeps the prompt.
+    // This callback alone keeps the prompt alive.
     prompt->ask([prompt, completion = std::move(completion)](const Result& outcome) {
         completion(outcome);
     });

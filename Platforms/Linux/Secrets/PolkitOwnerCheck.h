@@ -8,19 +8,18 @@
 
 namespace marrowby {
 
-/// Has polkit's agent on the desktop ask for the user's own password; it never comes here. Main
-/// thread, under Qt's event loop. The prompt shows the action's message: only root may add a
-/// reason.
+/// Asks for the user's password through the desktop's polkit agent; this process never sees it.
+/// Shows the action's own message: only root may pass a reason. Main thread, under Qt's event loop.
 class PolkitOwnerCheck final : public OwnerCheck {
   public:
-    /// The action of app.quenby.unlock.policy, which lies among this system's polkit actions.
+    /// Defined in app.quenby.unlock.policy, which must be installed.
     static constexpr const char* action = "app.quenby.unlock.confirm-owner";
 
-    /// Of the system bus.
+    /// `busAddress`: the system bus.
     explicit PolkitOwnerCheck(std::string busAddress);
     PolkitOwnerCheck(const PolkitOwnerCheck&) = delete;
     PolkitOwnerCheck& operator=(const PolkitOwnerCheck&) = delete;
-    /// Withdraws the prompts that are open; they count as cancelled.
+    /// Closes open prompts, which count as cancelled.
     ~PolkitOwnerCheck() override;
 
     [[nodiscard]] std::expected<void, std::string> canConfirm() override;

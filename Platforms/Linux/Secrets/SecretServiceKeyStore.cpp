@@ -27,7 +27,7 @@ constexpr const char* contentType = "application/octet-stream";
 constexpr unsigned busFlags =
     G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION;
 
-// A service answers in milliseconds unless it hangs; activation takes a moment.
+// Replies take milliseconds, activation a moment; only a hung service takes longer.
 constexpr int patienceMilliseconds = 10'000;
 
 constexpr const char* noBus = "There’s no session bus, so no keyring can be reached.";
@@ -52,8 +52,8 @@ using Variant = std::unique_ptr<GVariant, Releaser<g_variant_unref>>;
 using Value = std::unique_ptr<SecretValue, Releaser<secret_value_unref>>;
 using Error = std::unique_ptr<GError, Releaser<g_error_free>>;
 
-/// Where GLib puts what is due on this thread: nobody else runs it, and what it holds on to goes
-/// with it.
+/// A private main context: no other thread runs it. Runs what is pending before release, or its
+/// objects would leak.
 struct ContextReleaser {
     void operator()(GMainContext* context) const {
         while (g_main_context_iteration(context, 0) != 0) {
@@ -70,7 +70,7 @@ Context makeContext() {
     return context;
 }
 
-/// Where GLib leaves its error.
+/// Receives a GError and frees it.
 class ErrorSlot {
   public:
     ErrorSlot() = default;
@@ -84,7 +84,7 @@ class ErrorSlot {
     GError* error_ = nullptr;
 };
 
-/// Floating, as GVariants are until somebody takes them.
+/// A floating reference.
 GVariant* attributesOf(const SecretServiceKeyStore::Item& item) {
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a{ss}"));
@@ -98,8 +98,8 @@ Value secretOf(std::span<const std::uint8_t> bytes) {
                                   static_cast<gssize>(bytes.size()), contentType));
 }
 
-// libsecret insists on GLib's shared connection, which ends the process together with the bus and
-// stays stale after it. A subclass, as GObject has them, takes the connection that it is given.
+// libsecret uses GLib's shared connection, which exits the process when the bus closes and is never
+// renewed. This GObject subclass takes the connection it is given.
 
 GObject* constructOnAnyConnection(GType type, guint count, GObjectConstructParam* parameters) {
     auto* parent = static_cast<GObjectClass*>(g_type_class_peek(SECRET_TYPE_SERVICE));
@@ -119,7 +119,7 @@ GType secretServiceType() {
     return type;
 }
 
-/// The object path at an index of a reply.
+/// The object path at `index` of a reply.
 std::string pathIn(const Variant& reply, std::size_t index) {
     const Variant child(g_variant_get_child_value(reply.get(), index));
     return g_variant_get_string(child.get(), nullptr);
@@ -133,7 +133,7 @@ std::vector<std::string> pathsIn(const Variant& reply, std::size_t index) {
     return paths;
 }
 
-/// What went wrong, in a sentence for the user.
+/// A sentence for the user.
 using Failure = std::string;
 
 Failure failureOf(const GError* error) {
@@ -161,7 +161,7 @@ std::unexpected<KeychainError> refusal(Failure failure) {
 
 }  // namespace
 
-/// One connection to the bus and one session with the service.
+/// One bus connection with one service session.
 class SecretServiceKeyStore::Conversation {
   public:
     template <typename T>
@@ -170,8 +170,7 @@ class SecretServiceKeyStore::Conversation {
     static Result<Conversation> begin(const std::string& address) {
         if (address.empty()) return std::unexpected<Failure>(noBus);
         Context context = makeContext();
-        // A set of flags, as C has them.
-        // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange)
+        // C flags combined in an enumeration.
         const auto flags = static_cast<GDBusConnectionFlags>(busFlags);
         Object<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
             address.c_str(), flags, nullptr, nullptr, nullptr));
@@ -190,11 +189,11 @@ class SecretServiceKeyStore::Conversation {
 
     struct Items {
         std::vector<std::string> open;
-        /// There are more, or there may be.
+        /// Locked collections may hold more.
         bool someAreLocked = false;
     };
 
-    /// A locked keyring names none or only some of its items, and no error.
+    /// A locked keyring lists no items or only some, without an error.
     Result<Items> find(const Item& item) {
         const auto keyring = defaultKeyring();
         if (!keyring) return std::unexpected(keyring.error());
@@ -288,7 +287,7 @@ class SecretServiceKeyStore::Conversation {
                g_variant_get_boolean(value.get()) != 0;
     }
 
-    /// Secrets cross the bus under a key of this session.
+    /// Negotiates the key that encrypts secrets on the bus.
     Result<void> ensureSession() {
         ErrorSlot error;
         if (!service_) {
@@ -312,7 +311,7 @@ class SecretServiceKeyStore::Conversation {
         return std::unexpected<Failure>(wouldAsk);
     }
 
-    // The last to go.
+    // Declared first so that it is destroyed last.
     Context context_;
     Object<GDBusConnection> connection_;
     Object<SecretService> service_;

@@ -7,23 +7,23 @@
 
 namespace marrowby {
 
-/// The vault's key as an item of the Secret Service (freedesktop.org) on the session bus, in the
-/// default keyring. Each call is a conversation of its own, so that a bus or a service that comes
-/// back is found again. It never asks the user: a locked keyring is an error.
+/// The vault's key as a Secret Service item (freedesktop.org) in the default keyring. Each call
+/// connects anew, so it recovers from a restarted bus or service. Never prompts: a locked keyring
+/// is an error.
 class SecretServiceKeyStore final : public VaultKeyStore {
   public:
-    /// The attributes by which the item is found.
+    /// The lookup attributes.
     struct Item {
         std::string service = "app.quenby.unlock.vault";
         std::string account = "vault-key";
     };
 
-    /// An empty address is no bus.
+    /// An empty address means no session bus.
     explicit SecretServiceKeyStore(std::string busAddress) : address_(std::move(busAddress)) {}
     SecretServiceKeyStore(std::string busAddress, Item item)
         : address_(std::move(busAddress)), item_(std::move(item)) {}
 
-    /// Also where the keyring can't be looked into: the key isn't known to be missing.
+    /// True also when the keyring is unreadable: the key isn't known to be missing.
     [[nodiscard]] bool hasKey() override;
     [[nodiscard]] std::expected<std::optional<SecretBytes>, KeychainError> loadKey() override;
     [[nodiscard]] std::expected<void, KeychainError> saveKey(

@@ -46,7 +46,7 @@ DesktopSession::Places DesktopSession::Places::ofThisProcess() {
     };
     Places places{
         .systemBus = busaddress::system(), .sessionBus = busaddress::session(), .display = {}};
-    // What Xwayland shows of input and of lockers is not the session's.
+    // Through Xwayland neither all input nor the lock screen is visible.
     const bool isWayland =
         environment("XDG_SESSION_TYPE") == "wayland" || !environment("WAYLAND_DISPLAY").empty();
     if (const auto display = environment("DISPLAY"); !display.empty() && !isWayland)

@@ -13,21 +13,21 @@
 
 namespace marrowby {
 
-/// The user's session on a Linux desktop, put together from the display, logind, the screen savers
-/// on the session bus and the kernel's input devices, each of which may come and go. Main thread,
-/// under Qt's event loop.
+/// The user's session on a Linux desktop: combines the X display, logind, screen savers on the
+/// session bus and the kernel's input devices, each of which may come and go. Main thread, under
+/// Qt's event loop.
 class DesktopSession {
   public:
-    /// Where its sources are found.
+    /// Addresses of the sources.
     struct Places {
-        /// Empty where there is none.
+        /// Empty when there is no such bus.
         std::string systemBus;
         std::string sessionBus;
-        /// Nothing where no X server sees all input: on Wayland and on the console.
+        /// Only where the X server sees all input: not on Wayland or the console.
         std::optional<std::string> display;
         std::string inputDevices = "/dev/input";
 
-        /// By the environment.
+        /// From the environment.
         [[nodiscard]] static Places ofThisProcess();
     };
 
@@ -36,10 +36,10 @@ class DesktopSession {
     DesktopSession(const DesktopSession&) = delete;
     DesktopSession& operator=(const DesktopSession&) = delete;
 
-    /// With a sentence for the user, whenever the display is gone or was not there at the start.
+    /// Called with a sentence for the user when the display is missing at the start or lost.
     std::function<void(const std::string&)> onDisplayAway;
 
-    /// Once.
+    /// Call once.
     void start();
 
     [[nodiscard]] LockEventWatching& lockEvents();

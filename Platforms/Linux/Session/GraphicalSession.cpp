@@ -16,7 +16,7 @@ std::string environment(const char* name) {
 }  // namespace
 
 std::optional<std::string> problem() {
-    // Qt is told otherwise, or speaks Wayland.
+    // Qt uses another platform plugin, or Wayland.
     if (!environment("QT_QPA_PLATFORM").empty() || !environment("WAYLAND_DISPLAY").empty())
         return std::nullopt;
     const std::string display = environment("DISPLAY");

@@ -3,10 +3,10 @@
 #include <optional>
 #include <string>
 
-/// Whether windows can be opened here, by the environment and the display that it names.
+/// Whether this process can open windows, from the environment and its X display.
 namespace marrowby::graphicalsession {
 
-/// The sentence for the user; nothing where they can.
+/// A sentence for the user; `nullopt` when windows can be opened.
 [[nodiscard]] std::optional<std::string> problem();
 
 }  // namespace marrowby::graphicalsession

@@ -54,7 +54,7 @@ void LinuxLockMonitor::update() {
             const auto told = weak.lock();
             if (!told) return;
             if (change.isSleeping) told->isSleeping = *change.isSleeping;
-            // A copy, for the owner may let go of this monitor in it.
+            // Copy: the callback may destroy this object.
             if (const auto report = onEvent) report(change.event);
         });
     }

@@ -12,16 +12,15 @@
 
 namespace marrowby {
 
-/// The lock and the sleep of the user's session as all sources together know them. What it is given
-/// outlives it. Main thread, but for state().
+/// Lock and sleep state of the user's session, from all sources, which must outlive it. Main
+/// thread, except state().
 class LinuxLockMonitor final : public LockEventWatching, public LockStateReading {
   public:
-    /// `display`: null where no X server sees the lockers’ windows.
+    /// `display` reports lockers by their windows; null where no X server sees them.
     LinuxLockMonitor(const LogindWatcher& logind, const ScreenSaverWatcher& savers,
                      const X11Display* display, MainThread& mainThread);
 
-    /// To be called whenever a source has changed. What that means is told on the main thread's
-    /// next turns.
+    /// Call after each change of a source. Events follow on later turns of the main thread.
     void update();
 
     [[nodiscard]] LockState state() const override;
@@ -30,7 +29,7 @@ class LinuxLockMonitor final : public LockEventWatching, public LockStateReading
     void stop() override;
 
   private:
-    /// What was told since the start.
+    /// State since start().
     struct Told {
         bool isSleeping = false;
     };
@@ -41,9 +40,9 @@ class LinuxLockMonitor final : public LockEventWatching, public LockStateReading
     const ScreenSaverWatcher& savers_;
     const X11Display* display_;
     MainThread& mainThread_;
-    /// As of the last update.
+    /// As of the last update().
     SessionState truth_;
-    /// Null while stopped.
+    /// Null while stopped; queued events hold it weakly.
     std::shared_ptr<Told> told_;
 };
 

@@ -30,7 +30,7 @@ QString newName() {
     return QStringLiteral("marrowby-typing-%1").arg(++last);
 }
 
-/// The properties of the session of whoever asks or, where that is in none, of its user's display.
+/// The properties of the caller's session or, if it is in none, of its user's graphical session.
 QDBusMessage sessionProperties() {
     QDBusMessage message = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.login1"),
@@ -64,7 +64,7 @@ KernelTypingFacts::Kind kindOf(const QVariantMap& properties) {
     return KernelTypingFacts::Kind::other;
 }
 
-/// Whether somebody listens at the socket, whose name may be an abstract one.
+/// Whether a server listens on the Unix socket; a name may be abstract. True when unsure.
 bool isListening(std::string_view name) {
     sockaddr_un address{};
     if (name.size() > sizeof address.sun_path) return false;
@@ -80,7 +80,7 @@ bool isListening(std::string_view name) {
     return isTaken;
 }
 
-/// In doubt, yes.
+/// Whether an X server answers there; true when unsure.
 bool answersX(const std::string& display) {
     if (display.empty()) return false;
     char* host = nullptr;
@@ -96,7 +96,7 @@ bool answersX(const std::string& display) {
 
 }  // namespace
 
-/// A connection of its own, made anew where it was lost.
+/// A private connection, reopened when it was lost.
 class LogindKernelTyping::Bus {
   public:
     explicit Bus(std::string address) : address_(std::move(address)) {}
@@ -107,7 +107,7 @@ class LogindKernelTyping::Bus {
         forget();
     }
 
-    /// Empty where nobody answers.
+    /// Empty when logind does not answer.
     [[nodiscard]] QVariantMap properties() EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
         if (address_.empty()) return {};

@@ -6,23 +6,22 @@
 
 namespace marrowby {
 
-/// What is known, at one moment, of the session that reads a keyboard in the kernel.
+/// A snapshot of the session that reads the kernel's keyboards.
 struct KernelTypingFacts {
     enum class Kind { x11, wayland, other };
 
-    /// What logind says of the session that this process belongs to; false where it says nothing.
+    /// logind's properties of this process's session; false when unknown.
     bool isLocked = false;
     bool isActive = false;
     std::uint32_t owner = 0;
     Kind kind = Kind::other;
-    /// At the session's display or this process's.
+    /// At the session's display or at this process's.
     bool hasXServer = false;
 };
 
-/// Whether a key typed there now is for the lock screen of the user `user`: the session is that
-/// user's, has the screen and is locked, and no X server reads the keyboard, for whose lockers
-/// there are better questions. The X server of a Wayland session reads what its compositor gives
-/// it.
+/// Whether typed keys reach the lock screen of `user`: the session is that user's, active and
+/// locked, and no X server reads the keyboard. With an X server the locker is identified through it
+/// (XTestKeyEvents); a Wayland session's X server only gets its compositor's input.
 [[nodiscard]] constexpr bool mayTypeThroughKernel(const KernelTypingFacts& facts,
                                                   std::uint32_t user) {
     using enum KernelTypingFacts::Kind;
@@ -30,12 +29,11 @@ struct KernelTypingFacts {
            (facts.kind == wayland || !facts.hasXServer);
 }
 
-/// Asks logind, anew each time, whether keys typed through the kernel are for the lock screen of
-/// this process's session: the one that logind itself knows it by. Nobody who doesn't answer within
-/// a second has locked anything. Any thread; blocks.
+/// Asks logind, anew on each call, whether kernel key events reach the lock screen of this
+/// process's session. No answer within a second counts as not locked. Any thread; blocks.
 class LogindKernelTyping {
   public:
-    /// `display` is this process's; empty where there is none.
+    /// `display` is this process's; empty without one.
     LogindKernelTyping(std::string systemBus, std::string display);
     ~LogindKernelTyping();
     LogindKernelTyping(const LogindKernelTyping&) = delete;

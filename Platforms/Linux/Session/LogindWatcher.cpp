@@ -38,7 +38,7 @@ QDBusMessage propertyCall(const QString& path, const QString& interface, const c
     return message;
 }
 
-/// The first value of a reply; nothing in an error or where it is of another type.
+/// The first value of a reply; `nullopt` for an error or another type.
 template <typename T>
 std::optional<T> firstValue(const QDBusMessage& reply) {
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
@@ -53,7 +53,7 @@ std::optional<bool> boolean(const QVariant& value) {
     return value.toBool();
 }
 
-/// The path in a property of type (so); empty where there is none.
+/// The path in a property of type (so); empty if there is none.
 QString pathOfPair(const QDBusMessage& reply) {
     const auto variant = firstValue<QDBusVariant>(reply);
     if (!variant) return {};
@@ -69,7 +69,7 @@ QString pathOfPair(const QDBusMessage& reply) {
 
 }  // namespace
 
-/// Everything from one start of the bus's logind to its end is forgotten at that end.
+/// The bus connection. Its state is reset whenever logind stops.
 class LogindWatcher::Conversation {
   public:
     Conversation(LogindWatcher& watcher, std::string busAddress, MainThread& mainThread)
@@ -143,7 +143,7 @@ class LogindWatcher::Conversation {
     }
 
     void findSessionOfProcess() {
-        // 0 is the caller.
+        // 0: the caller.
         call(managerCall("GetSessionByPID", {quint32{0}}), [this](const QDBusMessage& reply) {
             const auto path = firstValue<QDBusObjectPath>(reply);
             path ? watchSession(path->path()) : findDisplayOfUser();
@@ -180,7 +180,7 @@ class LogindWatcher::Conversation {
             if (changed.contains(QStringLiteral("LockedHint"))) state_.hintIsKept = true;
             apply(changed);
         });
-        // Only requests to a locker: what came of them is in the properties.
+        // Only requests to the locker; the result is in the properties.
         ofSession(sessionInterface, "Lock", [this](const QDBusMessage&) { readSession(); });
         ofSession(sessionInterface, "Unlock", [this](const QDBusMessage&) { readSession(); });
         readSession();
@@ -193,7 +193,7 @@ class LogindWatcher::Conversation {
         call(message, [this, path = sessionPath_](const QDBusMessage& reply) {
             if (path != sessionPath_) return;
             const auto values = firstValue<QDBusArgument>(reply);
-            // Gone meanwhile.
+            // The session has ended.
             if (!values) return leaveSession();
             apply(qdbus_cast<QVariantMap>(*values));
         });
@@ -224,7 +224,7 @@ class LogindWatcher::Conversation {
         state_.isPreparingForSleep = isPreparing;
         report();
         if (!isPreparing) return inhibitSleep();
-        // Let go of behind what the report has posted.
+        // Released after the events that report() has posted.
         mainThread_.post([held = std::exchange(inhibitor_, nullptr)] {});
     }
 
@@ -234,7 +234,7 @@ class LogindWatcher::Conversation {
                         QStringLiteral("Turns the camera off first"), QStringLiteral("delay")});
         call(take, [this](const QDBusMessage& reply) {
             const auto descriptor = firstValue<QDBusUnixFileDescriptor>(reply);
-            // One that comes when sleep is on its way would only be in the way.
+            // Too late when sleep is already under way: it would only delay it.
             if (!descriptor || state_.isPreparingForSleep == true) return;
             inhibitor_ = std::make_shared<const QDBusUnixFileDescriptor>(*descriptor);
         });
@@ -242,7 +242,7 @@ class LogindWatcher::Conversation {
 
     // MARK: -
 
-    /// Drops replies of a logind that has gone meanwhile.
+    /// Drops replies to an earlier instance of logind.
     void call(const QDBusMessage& message, DBusLink::MessageHandler handler) {
         link_.call(message, [this, logind = logind_,
                              handler = std::move(handler)](const QDBusMessage& reply) {
@@ -255,13 +255,13 @@ class LogindWatcher::Conversation {
     LogindWatcher& watcher_;
     MainThread& mainThread_;
     State state_;
-    /// Counts logind's lives.
+    /// Number of logind's restarts.
     std::uint64_t logind_ = 0;
-    /// Sleep waits for it to be closed.
+    /// Holding this descriptor delays sleep.
     std::shared_ptr<const QDBusUnixFileDescriptor> inhibitor_;
     QString sessionPath_;
     DBusLink link_;
-    // Gone before the connection.
+    // Destroyed before the connection.
     std::vector<DBusLink::Subscription> manager_;
     std::vector<DBusLink::Subscription> session_;
 };

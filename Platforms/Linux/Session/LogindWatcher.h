@@ -11,15 +11,14 @@
 
 namespace marrowby {
 
-/// What logind says about the user's session and about sleep, on the system bus. Main thread, under
-/// Qt's event loop; the main thread outlives it. While there is no bus, no logind or no session of
-/// ours, all is unknown; it follows them when they come back. It holds sleep up until what was
-/// announced of it is handled.
+/// The session's lock hint and activity, and sleep, from logind on the system bus. All unknown
+/// while bus, logind or session are missing; recovers when they return. Delays sleep until its
+/// events are handled. Main thread, under Qt's event loop; the main thread outlives it.
 class LogindWatcher {
   public:
     struct State {
         LockReading hint = LockReading::unknown;
-        /// Somebody has been seen to set the hint since this logind started.
+        /// The hint has changed since logind started, so the desktop maintains it.
         bool hintIsKept = false;
         std::optional<bool> isActive;
         std::optional<bool> isPreparingForSleep;
@@ -34,7 +33,7 @@ class LogindWatcher {
     /// After each change of the state; must not destroy the watcher.
     std::function<void()> onChange;
 
-    /// Once.
+    /// Call once.
     void start();
 
     /// Any thread.

@@ -21,11 +21,11 @@ class ScreenSaverWatcher::Savers {
 
   private:
     struct Saver {
-        /// Its interface has the same name.
+        /// Also the name of its interface.
         const char* service;
         const char* path;
         LockReading reading = LockReading::unknown;
-        /// Counts the service's lives.
+        /// Number of the service's restarts.
         std::uint64_t life = 0;
     };
 
@@ -55,7 +55,7 @@ class ScreenSaverWatcher::Savers {
         });
     }
 
-    /// From the first value of a reply or a signal.
+    /// Takes the first value of a reply or a signal.
     void set(Saver& saver, const QDBusMessage& message) {
         const QVariant value = message.arguments().value(0);
         if (value.typeId() != QMetaType::Bool) return;
@@ -88,7 +88,7 @@ class ScreenSaverWatcher::Savers {
         {.service = "org.xfce.ScreenSaver", .path = "/org/xfce/ScreenSaver"},
     }};
     DBusLink link_;
-    // Gone before the connection.
+    // Destroyed before the connection.
     std::vector<DBusLink::Subscription> subscriptions_;
 };
 

@@ -9,8 +9,8 @@
 
 namespace marrowby {
 
-/// Whether a screen saver on the session bus says that it is on. Main thread, under Qt's event
-/// loop. While there is no bus or no saver on it, unknown; it follows them when they come back.
+/// Whether a screen saver on the session bus is active. Unknown without a bus or saver; recovers
+/// when they return. Main thread, under Qt's event loop.
 class ScreenSaverWatcher {
   public:
     explicit ScreenSaverWatcher(std::string busAddress);
@@ -21,10 +21,11 @@ class ScreenSaverWatcher {
     /// After each change of the reading; must not destroy the watcher.
     std::function<void()> onChange;
 
-    /// Once.
+    /// Call once.
     void start();
 
-    /// `locked` where one is on, `unlocked` where none is and one says so. Any thread.
+    /// `locked` when a saver is active, `unlocked` when none is and at least one answers. Any
+    /// thread.
     [[nodiscard]] LockReading reading() const;
 
   private:

@@ -8,9 +8,9 @@ namespace {
 LockReading lockOf(const SessionSources& sources) {
     using enum LockReading;
     if (sources.display == locked || sources.hint == locked) return locked;
-    // A saver may be on without a lock: who keeps the hint knows better.
+    // A saver may be active without a lock, so a maintained hint overrides it.
     if (sources.hint == unlocked && sources.hintIsKept) return unlocked;
-    // All that is left to disagree: the first to know of a lock is right.
+    // Otherwise any source that reports a lock is right.
     return std::max({sources.saver, sources.hint, sources.display});
 }
 

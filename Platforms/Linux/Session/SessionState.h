@@ -9,17 +9,17 @@ namespace marrowby {
 
 enum class LockReading { unknown, unlocked, locked };
 
-/// What each source says about the user's login session at one moment.
+/// Readings of all sources at one moment.
 struct SessionSources {
     /// Windows of known lockers on the X display.
     LockReading display = LockReading::unknown;
-    /// The session's LockedHint.
+    /// logind's LockedHint.
     LockReading hint = LockReading::unknown;
-    /// Somebody has been seen to set the hint; nobody has to, and until then it is false.
+    /// The hint has been seen to change. Desktops need not set it, so it proves nothing before.
     bool hintIsKept = false;
     /// The session bus's screen savers.
     LockReading saver = LockReading::unknown;
-    /// What logind and, where it is silent, the display say about who has the screen.
+    /// From logind or, if it does not say, from the X display.
     std::optional<bool> isActive{};
     std::optional<bool> isDisplayOnConsole{};
     /// The X server has blanked its monitors.
@@ -28,7 +28,7 @@ struct SessionSources {
     friend bool operator==(const SessionSources&, const SessionSources&) = default;
 };
 
-/// What is true of the session in the light of all sources.
+/// The session's state, derived from all sources.
 struct SessionState {
     LockReading lock = LockReading::unknown;
     LockReading saver = LockReading::unknown;
@@ -37,23 +37,21 @@ struct SessionState {
     bool isAsleep = false;
     friend bool operator==(const SessionState&, const SessionState&) = default;
 
-    /// The firmest source that has something to say wins: a locker's window on the display, then a
-    /// hint that is kept, then a screen saver that is on. No locker in sight outranks nobody: not
-    /// all are known.
+    /// Precedence: locker window, maintained LockedHint, screen saver. No window proves nothing:
+    /// not all lockers are known.
     [[nodiscard]] static SessionState of(const SessionSources& sources);
 };
 
-/// An event to tell of, and what it says about the displays' sleep, if anything.
+/// An event, and the new sleep state if it changes.
 struct SessionChange {
     LockEvent event;
     std::optional<bool> isSleeping;
     friend bool operator==(const SessionChange&, const SessionChange&) = default;
 };
 
-/// What is to be told, in order: coming back, the lock, going away. Unknown counts as unlocked, on
-/// the console and awake, so that a source that is lost while locked is told as an unlock. A
-/// session that another one takes the screen from sees its displays sleep; sleep is over once no
-/// source knows of any.
+/// The events between two states, in order: wake, lock, sleep. Unknown counts as unlocked, on the
+/// console and awake, so losing a source while locked counts as an unlock. Switching to another
+/// session counts as display sleep; sleep ends when no source reports any.
 [[nodiscard]] std::vector<SessionChange> changes(const SessionState& before,
                                                  const SessionState& now);
 

@@ -14,11 +14,11 @@ namespace {
 using Alpha = PixelFormat::Alpha;
 using ByteOrder = PixelFormat::ByteOrder;
 
-/// Where a pixel's bytes stand.
+/// Byte positions within a pixel.
 struct Layout {
     int channels = 4;
     std::array<int, 3> rgb{0, 1, 2};
-    /// Only of colours that are not yet multiplied by it.
+    /// Only for straight (unpremultiplied) alpha.
     std::optional<int> alpha;
 };
 
@@ -57,7 +57,7 @@ std::optional<Layout> layout(const PixelFormat& format) {
     return result;
 }
 
-/// A view of the bitmap's own bytes; OpenCV has no read-only one.
+/// A view of the bitmap's bytes, only read: OpenCV has no const Mat.
 cv::Mat view(const Bitmap& bitmap, int channels) {
     return {bitmap.height(), bitmap.width(), CV_MAKETYPE(CV_8U, channels),
             const_cast<std::uint8_t*>(bitmap.bytes().data()),  // NOLINT

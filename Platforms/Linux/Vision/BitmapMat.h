@@ -8,13 +8,12 @@
 
 namespace marrowby {
 
-/// A copy of the picture, or of a part that lies within it, as 8-bit red, green, blue, 255, over
-/// opaque black. Nothing for a format that is not 8 bits per component of red, green and blue or
-/// grey. May throw cv::Exception.
+/// Copies the picture, or a part that lies within it, as 8-bit RGBA, composed over opaque black.
+/// `nullopt` unless the format has 8 bits per component, RGB or grey. May throw cv::Exception.
 [[nodiscard]] std::optional<cv::Mat> rgbaMat(const Bitmap& bitmap);
 [[nodiscard]] std::optional<cv::Mat> rgbaMat(const Bitmap& bitmap, const cv::Rect& part);
 
-/// The same as 8-bit blue, green, red.
+/// The same as 8-bit BGR.
 [[nodiscard]] std::optional<cv::Mat> bgrMat(const Bitmap& bitmap);
 
 }  // namespace marrowby

@@ -10,16 +10,16 @@ namespace marrowby {
 
 namespace {
 
-/// Pixels of the copy that sharpness and exposure are measured on.
+/// Side of the copy on which sharpness and exposure are measured, pixels.
 constexpr int measuredSide = 112;
-/// The variance of the Laplacian, in parts of the greys' own variance, that counts half: a picture
-/// as sharp as the copy has some 0.13, one of a quarter of its resolution 0.03.
+/// Variance of the Laplacian over the variance of the greys at which sharpness is 0.5. Measured:
+/// 0.13 at full resolution, 0.03 at a quarter of it.
 constexpr double halfSharp = 0.03;
-/// Mean greys between these are well exposed; exposure falls to 0 over the margin beyond.
+/// Range of well-exposed mean greys; exposure falls to 0 over the margin outside.
 constexpr double dark = 60;
 constexpr double bright = 200;
 constexpr double exposureMargin = 50;
-/// Pixels across, from which on a face is large enough.
+/// Width of a face from which size no longer counts, pixels.
 constexpr double largeEnough = 100;
 
 }  // namespace

@@ -20,11 +20,10 @@ struct HeadPoint {
     float z;
 };
 
-/// A generic head in millimetres about the middle of its eyes, as a camera sees it: x to the right
-/// of the picture, y down, z away from the camera. Proportions of an average adult, rounded after
-/// fitting heads of seven made-up people at known angles. The ends of the contour, in front of the
-/// ears, are what tells a nod from a long nose; the chin's depth is that of the outline, which
-/// slides along the jaw.
+/// A generic head in millimetres, origin between the eyes, in camera axes: x right, y down, z away
+/// from the camera. Average adult proportions, rounded after a fit to seven synthetic heads at
+/// known angles. The contour's ends, in front of the ears, separate pitch from nose length; the
+/// chin's depth is that of the outline, which slides along the jaw.
 constexpr std::array genericHead{
     HeadPoint{0, -78, -10, 59},   HeadPoint{32, 78, -10, 59},  HeadPoint{14, -17, 97, 14},
     HeadPoint{15, -9, 99, 8},     HeadPoint{16, 0, 99, 5},     HeadPoint{17, 9, 99, 8},
@@ -38,7 +37,7 @@ constexpr std::array genericHead{
     HeadPoint{96, -31, -1, -1},   HeadPoint{97, 31, -1, -1},
 };
 
-/// Focal length of a usual webcam (about 68° across) in parts of the picture's long side.
+/// A usual webcam's focal length (about 68° field of view) over the image's long side.
 constexpr double focalLength = 0.74;
 
 }  // namespace
@@ -54,7 +53,7 @@ std::optional<HeadPose> headPose(const Landmarks98& points, const Size& imageSiz
     }
     middle /= static_cast<double>(seen.size());
 
-    // The optical axis through the face itself makes the angles those about the line of sight.
+    // With the optical axis through the face the angles are relative to the line of sight.
     const double focal = focalLength * std::max(imageSize.width, imageSize.height);
     const cv::Matx33d camera(focal, 0, middle.x, 0, focal, middle.y, 0, 0, 1);
     try {
@@ -68,7 +67,7 @@ std::optional<HeadPose> headPose(const Landmarks98& points, const Size& imageSiz
         }
         cv::Matx33d r;
         cv::Rodrigues(rotation, r);
-        // r = Ry(yaw) Rx(pitch) Rz(roll), written in axes whose y and z point down and away.
+        // r = Ry(yaw) Rx(pitch) Rz(roll), in axes with y down and z away.
         const HeadPose pose{.yaw = static_cast<float>(std::atan2(-r(0, 2), r(2, 2))),
                             .pitch = static_cast<float>(std::asin(std::clamp(-r(1, 2), -1.0, 1.0))),
                             .roll = static_cast<float>(std::atan2(-r(1, 0), r(1, 1)))};

@@ -7,18 +7,18 @@
 
 namespace marrowby {
 
-/// How a head is turned, seen along the line from the camera to it: a face that looks into the
-/// camera from the picture's edge is not turned. Radians.
+/// Head rotation relative to the line of sight: a face at the image's edge that looks into the
+/// camera is not rotated. Radians.
 struct HeadPose {
     /// Positive to the person's left.
     float yaw = 0;
     /// Negative up.
     float pitch = 0;
-    /// Positive anticlockwise in the picture.
+    /// Positive anticlockwise in the image.
     float roll = 0;
 };
 
-/// Fits a generic head to the points of a face. Nothing where no head fits.
+/// Fits a generic head to the landmarks. `nullopt` when the fit fails.
 [[nodiscard]] std::optional<HeadPose> headPose(const Landmarks98& points, const Size& imageSize);
 
 }  // namespace marrowby

@@ -43,7 +43,7 @@ std::expected<std::shared_ptr<const PixelBuffer>, std::string> readPicture(
 
 std::expected<void, std::string> writePicture(const std::filesystem::path& file,
                                               const PixelBuffer& picture) {
-    // OpenCV only reads it.
+    // Only read: OpenCV has no const Mat.
     const cv::Mat bgra(picture.height(), picture.width(), CV_8UC4,
                        const_cast<std::uint8_t*>(picture.bytes().data()), picture.bytesPerRow());
     const auto failure = unreadable(file, "couldn’t be written.");

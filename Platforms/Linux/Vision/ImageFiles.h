@@ -9,13 +9,12 @@
 
 namespace marrowby {
 
-/// The picture in a JPEG, PNG or other common file, upright. The error is one sentence that names
-/// the file without its folder.
+/// Reads a JPEG, PNG or other common file, rotated upright. The error is a sentence with the file's
+/// name, without its folder.
 [[nodiscard]] std::expected<std::shared_ptr<const PixelBuffer>, std::string> readPicture(
     const std::filesystem::path& file);
 
-/// Writes a picture in the format that the file's name ends in, such as .png. The error is one
-/// sentence that names the file without its folder.
+/// Writes in the format of the file's extension, such as .png. The error is as above.
 [[nodiscard]] std::expected<void, std::string> writePicture(const std::filesystem::path& file,
                                                             const PixelBuffer& picture);
 

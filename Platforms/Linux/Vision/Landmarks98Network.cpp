@@ -17,7 +17,7 @@ namespace {
 
 constexpr int side = 112;
 
-/// A square of the picture, black where it reaches past the edges, at the network's size.
+/// Cuts out a square at the model's input size, black beyond the picture's edges.
 cv::Mat cut(const cv::Mat& bgr, const Rect& square) {
     const double scale = side / square.width;
     const cv::Rect asked(cvFloor(square.x), cvFloor(square.y), cvCeil(square.width) + 1,
@@ -35,7 +35,7 @@ cv::Mat cut(const cv::Mat& bgr, const Rect& square) {
         cv::resize(source, shrunk, size, 0, 0, cv::INTER_AREA);
         source = shrunk;
     }
-    // From the middle of the source's first pixel to the middle of the square's.
+    // Sampling offset between the centres of the source's and the square's first pixels.
     const double rest = scale / shrink;
     const double x = (part.x - square.x) * scale + 0.5 * rest - 0.5;
     const double y = (part.y - square.y) * scale + 0.5 * rest - 0.5;
@@ -44,9 +44,9 @@ cv::Mat cut(const cv::Mat& bgr, const Rect& square) {
     return result;
 }
 
-/// The point that takes this one's place in a mirror.
+/// The index of the landmark's mirror image.
 std::size_t mirrorImage(std::size_t index) {
-    // Of points first to last and of their partners, the two indices add up to the same.
+    // In each range, an index and its partner's add up to a constant.
     struct Range {
         std::size_t last;
         std::size_t sum;
@@ -77,7 +77,7 @@ std::expected<Landmarks98Network, std::string> Landmarks98Network::load(const Ne
     if (!straight) return std::unexpected(straight.error());
     if (!mirrored) return std::unexpected(mirrored.error());
     Landmarks98Network network(*std::move(straight), *std::move(mirrored));
-    // The first run sets everything up and takes several times as long.
+    // Warm-up: the first run takes several times as long.
     try {
         const auto found = network.find(cv::Mat::zeros(side, side, CV_8UC3), {0, 0, side, side});
         if (!found) return std::unexpected(found.error());

@@ -12,9 +12,9 @@
 
 namespace marrowby {
 
-/// Where a network lies and, where only that one will do, the SHA-256 that its file must have.
+/// Path of a model file and, if it is pinned, its SHA-256.
 struct NetworkFile {
-    /// Anything that is a path says as much.
+    /// Implicit, so that a path can be passed.
     template <std::convertible_to<std::filesystem::path> Path>
     // NOLINTNEXTLINE(google-explicit-constructor)
     NetworkFile(const Path& at, std::string sum = {}) : path(at), sha256(std::move(sum)) {}
@@ -23,18 +23,18 @@ struct NetworkFile {
     std::string sha256;
 };
 
-/// A network's file in the ONNX format (https://onnx.ai) and what it says about itself.
+/// An ONNX model file (https://onnx.ai) and its description.
 struct OnnxFile {
     static constexpr std::uintmax_t largestFile = std::uintmax_t{512} << 20U;
 
     struct Value {
         std::string name;
         bool isFloatTensor = false;
-        /// A size that is not fixed is 0.
+        /// A dynamic dimension is 0.
         std::vector<std::int64_t> shape;
     };
 
-    /// Without the network's own weights.
+    /// Initializers (weights) excluded.
     std::vector<Value> inputs;
     std::vector<Value> outputs;
     std::map<std::string, std::string> metadata;
@@ -44,7 +44,7 @@ struct OnnxFile {
     /// Of `bytes`.
     [[nodiscard]] std::string sha256() const;
 
-    /// The error is one sentence that names the file without its folder.
+    /// The error is a sentence with the file's name, without its folder.
     [[nodiscard]] static std::expected<OnnxFile, std::string> read(const NetworkFile& from);
 };
 

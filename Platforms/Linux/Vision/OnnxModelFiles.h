@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// Files in the ONNX format.
+/// Finds model files in the ONNX format.
 class OnnxModelFiles final : public ModelFiles {
   public:
     [[nodiscard]] std::expected<ModelFileFacts, std::string> facts(

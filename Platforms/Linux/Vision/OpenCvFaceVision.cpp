@@ -20,7 +20,7 @@ namespace {
 constexpr std::size_t mostDescribed = 4;
 constexpr const char* unreadable = "The picture couldn’t be searched for faces.";
 
-/// What the handle of an observation refers to.
+/// The type behind an observation's handle.
 struct Described {
     Rect box;
     double score = 0;
@@ -36,7 +36,7 @@ FaceLandmarkObservation observation(const Landmarks98& landmarks) {
         return points;
     };
     std::vector<Point> median;
-    // Down the nose, over both lips to the chin.
+    // Down the nose and across both lips to the chin.
     for (const std::size_t i : {51U, 52U, 53U, 54U, 57U, 79U, 90U, 94U, 85U, 16U}) {
         median.push_back(range(i, i).front());
     }
@@ -44,7 +44,7 @@ FaceLandmarkObservation observation(const Landmarks98& landmarks) {
                         {LandmarkRegion::rightEye, range(68, 75)},
                         {LandmarkRegion::leftEyebrow, range(33, 41)},
                         {LandmarkRegion::rightEyebrow, range(42, 50)},
-                        // From above the tip to the base, so that their mean is the tip.
+                        // Starts above the tip, so that the region's mean is the tip.
                         {LandmarkRegion::nose, range(53, 59)},
                         {LandmarkRegion::noseCrest, range(51, 54)},
                         {LandmarkRegion::outerLips, range(76, 87)},

@@ -10,12 +10,12 @@
 
 namespace marrowby {
 
-/// Faces by the YuNet detector, a network of 98 landmarks and a generic head. The left eye, brow
-/// and pupil are the ones on the left of the picture. Rectangles by their outlines. Of a crowd only
-/// the four largest faces get angles, landmarks and a quality.
+/// Faces by the YuNet detector, a model of 98 landmarks and a generic head; rectangles by their
+/// outlines. Left eye, brow and pupil are those on the left of the image. Only the four largest
+/// faces get angles, landmarks and a quality.
 class OpenCvFaceVision final : public FaceVision {
   public:
-    /// The error is a sentence for the user. A helper takes half of the landmarks' work.
+    /// The error is a sentence for the user. `helper` takes half of the landmark work.
     [[nodiscard]] static std::expected<std::unique_ptr<OpenCvFaceVision>, std::string> load(
         const NetworkFile& detector, const NetworkFile& landmarks,
         std::shared_ptr<WorkQueue> helper = nullptr);

@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// By OpenCV's discrete Fourier transform.
+/// OpenCV's discrete Fourier transform.
 class OpenCvFourierTransform final : public FourierTransform {
   public:
     [[nodiscard]] bool forward(Plane real, Plane imaginary) const override;

@@ -21,7 +21,7 @@ namespace marrowby {
 
 namespace {
 
-/// A new picture and the Mat that writes it.
+/// A new bitmap's bytes and the Mat that writes them.
 struct Canvas {
     std::shared_ptr<std::vector<std::uint8_t>> bytes;
     cv::Mat mat;
@@ -33,7 +33,7 @@ struct Canvas {
 
     static std::shared_ptr<std::vector<std::uint8_t>> borrow(std::size_t size,
                                                              const BytePool& pool) {
-        // What the allocator has at hand anyway is not worth a place in the pool.
+        // Small blocks are cheap to allocate: only large ones are pooled.
         constexpr std::size_t large = std::size_t{128} << 10U;
         return size < large ? std::make_shared<std::vector<std::uint8_t>>(size) : pool.take(size);
     }
@@ -62,7 +62,7 @@ std::optional<AffineTransform> inverse(const AffineTransform& t) {
                            .ty = (t.b * t.tx - t.a * t.ty) / determinant};
 }
 
-/// The pixels of `image` that `toImage` draws on a canvas of this size, and a few around them.
+/// The part of `image` that is drawn on a canvas of this size, with a small margin.
 cv::Rect partNeeded(const cv::Size& image, const AffineTransform& toImage, int width, int height) {
     double left = std::numeric_limits<double>::max();
     double top = left;
@@ -86,8 +86,8 @@ cv::Rect partNeeded(const cv::Size& image, const AffineTransform& toImage, int w
             within(std::ceil(bottom + margin), image.height) - y};
 }
 
-/// Both origins at the top-left. Shrinks by area first where plain interpolation would skip pixels.
-/// False for a format that cannot be read.
+/// Origins at the top-left. Reduces by area first where interpolation would skip pixels. False for
+/// an unreadable format.
 bool drawOnto(cv::Mat& canvas, const Bitmap& image, const AffineTransform& transform) {
     const auto toImage = inverse(transform);
     const cv::Rect part =
@@ -110,7 +110,7 @@ bool drawOnto(cv::Mat& canvas, const Bitmap& image, const AffineTransform& trans
                          .then(fromSource);
         source = shrunk;
     }
-    // OpenCV counts from the middle of the first pixel.
+    // OpenCV's coordinates start at the first pixel's centre.
     const AffineTransform t = shift(0.5, 0.5).then(fromSource).then(shift(-0.5, -0.5));
     const cv::Matx23d matrix(t.a, t.c, t.tx, t.b, t.d, t.ty);
     cv::warpAffine(source, canvas, matrix, canvas.size(), cv::INTER_CUBIC, cv::BORDER_CONSTANT,

@@ -5,7 +5,7 @@
 
 namespace marrowby {
 
-/// Draws PixelBuffers and 8-bit bitmaps on the processor.
+/// Draws PixelBuffers and 8-bit bitmaps on the CPU.
 class OpenCvImaging final : public Imaging {
   public:
     [[nodiscard]] std::optional<Bitmap> render(const SourceImage& source, const Rect& crop,
@@ -16,7 +16,7 @@ class OpenCvImaging final : public Imaging {
                                                 PixelFormat format) const override;
 
   private:
-    /// A working image that is worked on, the newest one, and pictures of a face.
+    /// The working image in use, the newest one, and two crops of a face.
     BytePool pool_{4};
 };
 

@@ -39,7 +39,7 @@ std::expected<OpenCvNetwork, std::string> OpenCvNetwork::load(const OnnxFile& fi
         net->outputs.push_back({output.name, {}});
     }
     cv::setNumThreads(1);
-    // What goes wrong is told by the results; OpenCV would also write it to the standard error.
+    // Errors are returned; OpenCV would also print them.
     cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
     try {
         net->net = cv::dnn::readNetFromONNX(file.bytes.data(), file.bytes.size());
@@ -47,7 +47,7 @@ std::expected<OpenCvNetwork, std::string> OpenCvNetwork::load(const OnnxFile& fi
         net->net.setPreferableBackend(cv::dnn::DNN_BACKEND_OPENCV);
         net->net.setPreferableTarget(cv::dnn::DNN_TARGET_CPU);
     } catch (const std::exception&) {
-        // Its text is the name of a source file and a line: nothing for the user.
+        // OpenCV's text names a source line, which tells the user nothing.
         return std::unexpected(cannotLoad);
     }
     return OpenCvNetwork(std::move(net));

@@ -15,14 +15,12 @@ class Mat;
 
 namespace marrowby {
 
-/// A network that runs on the calling thread, one at a time. The errors are sentences for the user.
-/// OpenCV's own threads are switched off for the whole process: on networks as small as these they
-/// take twice the processor's time and end no sooner, while two networks run side by side in the
-/// time of one.
+/// A model that runs on the calling thread, one at a time. Errors are sentences for the user.
+/// Switches off OpenCV's threads for the whole process: with models this small they take twice the
+/// CPU time and finish no sooner.
 class OpenCvNetwork {
   public:
-    /// A picture for one input, which may be filled again and again: three planes of `width` ×
-    /// `height` values, one after the other.
+    /// A reusable input: three planes of `width` × `height` values, one after the other.
     struct Input {
         std::string name;
         int width = 0;
@@ -35,7 +33,7 @@ class OpenCvNetwork {
     OpenCvNetwork& operator=(OpenCvNetwork&&) noexcept;
     ~OpenCvNetwork();
 
-    /// All outputs, in the file's order; they hold until the next run.
+    /// All outputs in the file's order; valid until the next run.
     [[nodiscard]] std::expected<std::span<const NeuralOutput>, std::string> run(
         std::span<const Input> inputs);
 
@@ -46,12 +44,11 @@ class OpenCvNetwork {
     std::unique_ptr<Net> net_;
 };
 
-/// Fills an input with a picture, in the order blue, green, red or the reverse; false for a format
-/// that cannot be read.
+/// Fills an input from a bitmap, as BGR or RGB; false for an unreadable format.
 [[nodiscard]] bool fillInput(OpenCvNetwork::Input& input, const Bitmap& image,
                              NeuralModels::ChannelOrder order);
 
-/// Fills an input with an 8-bit blue, green, red picture.
+/// Fills an input from an 8-bit BGR picture.
 void fillPlanes(OpenCvNetwork::Input& input, const cv::Mat& bgr, NeuralModels::ChannelOrder order);
 
 }  // namespace marrowby

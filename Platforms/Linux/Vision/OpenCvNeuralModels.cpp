@@ -37,7 +37,7 @@ NeuralFeature outputFeature(const OnnxFile::Value& value) {
         .kind = value.isFloatTensor ? NeuralFeature::Kind::multiArray : NeuralFeature::Kind::other,
         .imageConstraint = std::nullopt,
         .shape = {}};
-    // A shape that is not fixed is none.
+    // Left out if any dimension is dynamic.
     if (std::ranges::find(value.shape, 0) == value.shape.end()) feature.shape = value.shape;
     return feature;
 }
@@ -77,8 +77,7 @@ class OpenCvNeuralModel final : public NeuralModel {
         return std::vector<NeuralOutput>(outputs->begin(), outputs->end());
     }
 
-    /// Runs once on black, where the inputs' sizes are known: the first run sets everything up and
-    /// takes several times as long.
+    /// Runs once on black if the input sizes are known: the first run takes several times as long.
     void warmUp() {
         planes_.clear();
         for (const NeuralFeature& feature : description_.inputs) {
@@ -89,7 +88,7 @@ class OpenCvNeuralModel final : public NeuralModel {
                                std::vector<float>(static_cast<std::size_t>(size->width) *
                                                   static_cast<std::size_t>(size->height) * 3)});
         }
-        // A network that cannot run says so when it is asked something.
+        // A model that cannot run reports that when it is used.
         [[maybe_unused]] const auto outputs = network_.run(planes_);
     }
 

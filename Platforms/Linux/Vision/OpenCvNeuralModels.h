@@ -4,8 +4,8 @@
 
 namespace marrowby {
 
-/// Networks from ONNX files, on the processor whatever the options ask for. An input of 1 × 3 ×
-/// height × width floats is an image; metadata are the file's own.
+/// ONNX models on the CPU, whatever compute units are requested. An input of 1 × 3 × height × width
+/// floats is an image; metadata come from the file.
 class OpenCvNeuralModels final : public NeuralModels {
   public:
     [[nodiscard]] std::expected<std::unique_ptr<NeuralModel>, std::string> load(

@@ -16,7 +16,7 @@ namespace marrowby {
 
 namespace {
 
-/// Outlines of the size asked for are found as well in a small picture.
+/// Long edge of the working copy: outlines of the requested sizes are found there as well.
 constexpr int workingLongEdge = 320;
 
 using Quad = std::array<cv::Point2f, 4>;
@@ -35,7 +35,7 @@ bool hasRightAngles(const Quad& quad, double toleranceDegrees) {
     return true;
 }
 
-/// Whether the picture has an edge at a place that runs up and down there, or across.
+/// Whether each pixel has a vertical or a horizontal edge.
 struct EdgeMaps {
     cv::Mat upright;
     cv::Mat level;
@@ -56,7 +56,7 @@ EdgeMaps edgeMaps(const cv::Mat& grey) {
     return maps;
 }
 
-/// The share of the part of a side, given from 0 to 1, on which there is an edge along it.
+/// Fraction of a side, or of its part from `begin` to `end` (0…1), that lies on an edge.
 double seen(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps, float begin = 0,
             float end = 1) {
     const cv::Point2f step = to - from;
@@ -72,8 +72,8 @@ double seen(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps, float begin 
     return static_cast<double>(hits) / samples;
 }
 
-/// The share of the outline on which there is an edge; hands hide parts of it, so that the least
-/// seen side may have two thirds of that.
+/// Fraction of the outline that lies on an edge, but at most 1.5 times that of the least visible
+/// side: hands hide parts of it.
 double confidence(const Quad& quad, const EdgeMaps& maps, std::size_t sides = 4) {
     double least = 1;
     double length = 0;
@@ -87,7 +87,7 @@ double confidence(const Quad& quad, const EdgeMaps& maps, std::size_t sides = 4)
     return std::min(covered / length, 1.5 * least);
 }
 
-/// The outline's four corners, if it has four.
+/// The outline's four corners; `nullopt` if it has another number.
 std::optional<Quad> corners(const std::vector<cv::Point>& outline) {
     std::vector<cv::Point> hull;
     cv::convexHull(outline, hull);
@@ -103,7 +103,7 @@ std::optional<Quad> corners(const std::vector<cv::Point>& outline) {
     return std::nullopt;
 }
 
-/// So that the corners go round from the lower left one.
+/// Orders the corners in a circle from the lower-left one.
 Quad fromLowerLeft(Quad quad) {
     std::ranges::sort(quad, {}, &cv::Point2f::x);
     if (quad[0].y < quad[1].y) std::swap(quad[0], quad[1]);
@@ -111,7 +111,7 @@ Quad fromLowerLeft(Quad quad) {
     return quad;
 }
 
-/// How well the two sides at a corner are seen that near to it.
+/// How visible the two sides are close to a corner.
 double atCorner(const Quad& quad, std::size_t corner, const EdgeMaps& maps) {
     constexpr float near = 0.15F;
     const cv::Point2f& place = quad.at(corner);
@@ -119,13 +119,13 @@ double atCorner(const Quad& quad, std::size_t corner, const EdgeMaps& maps) {
                     seen(place, quad.at((corner + 3) % 4), maps, 0, near));
 }
 
-/// Whether a thing ends with the outline: lines of a frame, a shelf and somebody's shoulders make
-/// one, too, but neither do its sides reach down to the shoulders nor are those straight. A hand
-/// may hide one corner above and one below. Corners go round from the lower left one.
+/// Whether this is one object's outline. Lines of a frame, a shelf and shoulders form rectangles
+/// too, but their sides do not reach the shoulders, which are not straight. A hand may hide one
+/// upper and one lower corner. Corners from the lower-left one.
 bool isWhole(const Quad& quad, const EdgeMaps& maps, bool isCut) {
     constexpr double leastOfTop = 0.75;
     constexpr double leastOfBottom = 0.7;
-    // Where a neck would be.
+    // The height of a neck.
     constexpr double leastOfMiddle = 0.85;
     constexpr double leastOfCorner = 0.6;
     const auto [worse, better] = std::minmax({atCorner(quad, 1, maps), atCorner(quad, 2, maps)});
@@ -139,17 +139,16 @@ bool isWhole(const Quad& quad, const EdgeMaps& maps, bool isCut) {
            std::max(atCorner(quad, 0, maps), atCorner(quad, 3, maps)) >= leastOfCorner;
 }
 
-/// Whether a side's line is seen beyond its end: near it, as of a board that goes on a little, or
-/// farther, as of one that is hidden for a little.
+/// Whether a side continues past its end: directly (a longer board) or after a gap (a board partly
+/// hidden).
 bool goesOn(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps) {
     constexpr double mostBeyond = 0.4;
     return seen(from, to, maps, 1.04F, 1.15F) > mostBeyond ||
            seen(from, to, maps, 1.05F, 1.25F) > mostBeyond;
 }
 
-/// Whether what the picture cuts off goes on to its lower edge. Shoulders hide what is behind
-/// somebody there, even where they only just come into the picture; the thumb that holds a phone
-/// hides one side.
+/// Whether a cut-off object reaches the image's lower edge. Shoulders hide what is behind a person
+/// even if only their top is in the image; a thumb that holds a phone hides one side.
 bool reachesLowerEdge(const Quad& quad, const EdgeMaps& maps) {
     constexpr double leastSeen = 0.6;
     constexpr float lowestFifth = 0.8F;
@@ -163,8 +162,8 @@ bool reachesLowerEdge(const Quad& quad, const EdgeMaps& maps) {
     return sidesSeen(lowestFifth) >= 1 && sidesSeen(edge) >= (isSlim ? 1 : 2);
 }
 
-/// Whether four lines, of which the last may be the picture's lower edge, are one thing's outline:
-/// its sides end at its corners, and what is cut off is not hidden by somebody before it.
+/// Whether four lines outline one object: its sides end at its corners and, if the image's lower
+/// edge cuts it off, nobody in front hides it.
 bool standsAlone(const Quad& quad, const EdgeMaps& maps, bool isCut) {
     if (isCut && !reachesLowerEdge(quad, maps)) return false;
     const std::size_t sides = isCut ? 3 : 4;
@@ -179,7 +178,7 @@ bool standsAlone(const Quad& quad, const EdgeMaps& maps, bool isCut) {
     return true;
 }
 
-/// A straight line and how much of it is seen, pixels.
+/// A straight line and its visible length, pixels.
 struct Line {
     cv::Point2f from;
     cv::Point2f to;
@@ -194,7 +193,7 @@ struct Line {
     }
 };
 
-/// The longest lines of one direction, pieces of the same line taken together.
+/// The longest lines of one direction, after merging collinear segments.
 std::vector<Line> longestLines(const std::vector<cv::Vec4f>& segments, bool upright) {
     constexpr double leastPiece = 8;
     constexpr double mostApart = 2;
@@ -229,8 +228,7 @@ std::optional<cv::Point2f> crossing(const Line& a, const Line& b) {
     return a.from + alongA * static_cast<float>((b.from - a.from).cross(alongB) / turn);
 }
 
-/// As corners that go round from the lower left one, so that
-/// the lower side is the last.
+/// Corners from the lower-left one, so that the lower side is the last.
 std::optional<Quad> corners(const Line& left, const Line& right, const Line& top,
                             const Line& bottom) {
     const auto lowerLeft = crossing(left, bottom);
@@ -246,7 +244,7 @@ std::optional<Quad> corners(const Line& left, const Line& right, const Line& top
     return quad;
 }
 
-/// What is asked for, in the small picture's pixels.
+/// Whether size and proportions are those requested, in the working copy's pixels.
 bool hasShape(const Quad& quad, const RectangleRequest& request, double leastSide) {
     const double across = (side(quad, 0) + side(quad, 2)) / 2;
     const double down = (side(quad, 1) + side(quad, 3)) / 2;
@@ -274,15 +272,15 @@ std::vector<Quad> outlinedQuads(const cv::Mat& grey, double leastSide) {
     return quads;
 }
 
-/// Two upright and two level lines of the picture.
+/// Two upright and two level lines.
 struct FourLines {
     Quad quad;
-    /// The lowest is the picture's edge.
+    /// The lower side is the image's edge.
     bool isCut = false;
 };
 
-/// What hands break up has no outline but still straight sides, and what is held near the camera
-/// may reach below the picture.
+/// Candidates from straight lines: hands break an outline up, and an object close to the camera may
+/// extend below the image.
 std::vector<FourLines> linedQuads(const cv::Mat& grey) {
     std::vector<cv::Vec4f> segments;
     cv::createLineSegmentDetector(cv::LSD_REFINE_NONE, 1.0)->detect(grey, segments);
@@ -352,8 +350,8 @@ std::optional<std::vector<Rect>> findRectangles(const Bitmap& image,
     for (const auto& [quad, isCut] : linedQuads(small))
         consider(quad, isCut, confidence(quad, maps, isCut ? 3 : 4));
 
-    // What is seen all round is surer than what may go on below the picture, and of those that lie
-    // over each other, one side of some other thing makes all but the best seen.
+    // A full outline ranks before a cut-off one. Of overlapping candidates that share sides with
+    // another object, the best visible wins.
     std::ranges::sort(found, {}, [](const Found& one) {
         return std::tuple(one.isCut, -one.confidence, -one.box.area(), one.box.x, one.box.y);
     });

@@ -9,11 +9,10 @@
 
 namespace marrowby {
 
-/// The boxes around things with four straight sides, in pixels with the origin at the top-left, the
-/// largest first; nothing for a picture that cannot be read. The lowest side may lie below the
-/// picture where nothing is seen all round. The confidence is the share of the outline where the
-/// picture has an edge, and at most half as much again as of its least seen side. May throw
-/// cv::Exception.
+/// Bounding boxes of objects with four straight sides, largest first; pixels, origin at the
+/// top-left. `nullopt` for an unreadable picture. The lower side may lie below the picture if no
+/// full outline is found. Confidence: the fraction of the outline that lies on an edge, at most 1.5
+/// times that of the least visible side. May throw cv::Exception.
 [[nodiscard]] std::optional<std::vector<Rect>> findRectangles(const Bitmap& image,
                                                               const RectangleRequest& request);
 

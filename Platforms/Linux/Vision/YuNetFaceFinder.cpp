@@ -19,7 +19,7 @@ namespace {
 constexpr double scoreThreshold = 0.6;
 constexpr double overlapThreshold = 0.3;
 constexpr int longestSearched = 320;
-/// The network's coarsest grid; sides are multiples of it.
+/// Stride of the coarsest grid; input sides are multiples of it.
 constexpr int multiple = 32;
 
 using Face = YuNetFaceFinder::Face;
@@ -31,11 +31,11 @@ int paddedTo(int side) {
 }
 
 double clamped(float value) {
-    // Written so that a NaN becomes 0.
+    // NaN becomes 0.
     return value > 0 ? std::min(double{value}, 1.0) : 0;
 }
 
-/// The faces of one grid, as the network's authors encode them.
+/// Decodes one grid as in the model's reference implementation.
 void decode(const Values& cls, const Values& obj, const Values& box, const Values& points,
             int stride, int columns, std::vector<Face>& faces) {
     const double cell = stride;
@@ -62,7 +62,7 @@ void decode(const Values& cls, const Values& obj, const Values& box, const Value
     }
 }
 
-/// Drops every face that overlaps a more certain one.
+/// Non-maximum suppression.
 std::vector<Face> distinct(std::vector<Face> faces) {
     std::ranges::sort(faces, std::ranges::greater{}, &Face::score);
     std::vector<Face> kept;
@@ -97,7 +97,7 @@ std::expected<YuNetFaceFinder, std::string> YuNetFaceFinder::load(const NetworkF
     auto network = OpenCvNetwork::load(*file);
     if (!network) return std::unexpected(network.error());
     YuNetFaceFinder finder(*std::move(network));
-    // The first run, of a usual picture's size, sets everything up and takes several times as long.
+    // Warm-up at a usual size: the first run takes several times as long.
     try {
         if (auto found = finder.find(cv::Mat::zeros(240, longestSearched, CV_8UC3)); !found) {
             return std::unexpected(found.error());

@@ -15,14 +15,14 @@ class Mat;
 
 namespace marrowby {
 
-/// The YuNet face detector (https://doi.org/10.1007/s11633-023-1423-y), 2023 network. One thread at
-/// a time.
+/// The YuNet face detector (https://doi.org/10.1007/s11633-023-1423-y), model of 2023. One thread
+/// at a time.
 class YuNetFaceFinder {
   public:
-    /// In the picture's pixels, origin at the top-left; may reach past its edges.
+    /// In pixels, origin at the top-left; may exceed the picture.
     struct Face {
         Rect box;
-        /// Eye, eye, nose, mouth corner, mouth corner; the left ones of the image first.
+        /// Two eyes, nose, two mouth corners; image-left first.
         std::array<Point, 5> points;
         /// 0…1.
         double score = 0;
@@ -30,8 +30,8 @@ class YuNetFaceFinder {
 
     [[nodiscard]] static std::expected<YuNetFaceFinder, std::string> load(const NetworkFile& from);
 
-    /// The most certain first. Pictures are searched at no more than 320 pixels on their long side,
-    /// where a face of about 20 pixels is still found.
+    /// Sorted by descending score. Pictures are reduced to 320 pixels on the long side, where a
+    /// face of about 20 pixels is still found.
     [[nodiscard]] std::expected<std::vector<Face>, std::string> find(const cv::Mat& bgr);
 
   private:

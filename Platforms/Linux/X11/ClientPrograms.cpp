@@ -43,7 +43,8 @@ bool isSameFile(const Path& one, const Path& other) {
            first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
-/// Name and parent: the second field, in brackets, which may hold anything, and the fourth.
+/// Name and parent from /proc/PID/stat: the second field, in brackets, which may contain any
+/// characters, and the fourth.
 ClientProgram standingOf(std::int64_t process, const Path& folder) {
     ClientProgram program{.process = process};
     std::ifstream file(folder / "stat");

@@ -12,29 +12,28 @@
 
 namespace marrowby {
 
-/// Tells which programs are behind the clients of a display. Asks the server and the kernel anew
-/// each time. For the adapters of this folder only; the connection outlives it.
+/// Identifies the programs behind a display's clients, by asking the X server and the kernel on
+/// each call. The connection outlives it.
 class ClientPrograms {
   public:
     explicit ClientPrograms(const XcbConnection& connection);
 
-    /// Of the client that made `resource`, a window or any other. Nothing where it is gone, runs on
+    /// The program of the client that created `resource`. `nullopt` when it is gone, runs on
     /// another machine, or the server does not tell.
     [[nodiscard]] std::optional<ClientProgram> behind(std::uint32_t resource) const;
-    /// The server knows a client by the process that connected. Where that ended and left the
-    /// connection to a child, as programs do that go into the background, it is one of these:
-    /// processes that alone hold a connection to the server and have made none.
+    /// Candidates for a client whose process has ended and left its connection to a child, as on
+    /// daemonizing: processes that alone hold a connection to the server without having made one.
     [[nodiscard]] std::vector<ClientProgram> heirs() const;
-    /// Whether a process waits for events through epoll: its event loop has begun.
+    /// Whether the process waits in epoll, so that its event loop has begun.
     [[nodiscard]] static bool isInEventLoop(std::int64_t process);
-    /// The process alone, asked for and answered.
+    /// Request and reply for the client's process ID alone.
     [[nodiscard]] static xcb_res_query_client_ids_cookie_t askProcess(
         const XcbConnection& connection, std::uint32_t resource);
     [[nodiscard]] static std::optional<std::int64_t> process(
         const XcbConnection& connection, xcb_res_query_client_ids_cookie_t asked);
-    /// Whether a process has taken in all that the server has sent it.
+    /// Whether the process has read all that the server has sent it.
     [[nodiscard]] bool hasReadAll(std::int64_t process) const;
-    /// The first ID of each client's resources.
+    /// The resource ID base of each client.
     [[nodiscard]] std::vector<std::uint32_t> clients() const;
 
   private:

@@ -28,7 +28,7 @@ using Netlink =
 constexpr std::size_t questionSize = 128;
 constexpr std::size_t answerSize = 32768;
 
-/// Servers listen at a name in the file system and at the same one beside it, after a NUL.
+/// X servers listen on a path and on the abstract name that is the same after a NUL.
 std::string_view withoutNul(std::string_view name) {
     if (name.starts_with('\0')) name.remove_prefix(1);
     return name.substr(0, name.find('\0'));
@@ -93,7 +93,7 @@ std::optional<std::uint64_t> number(std::string_view text) {
     return value;
 }
 
-/// Of what a link in a process's folder `fd` says.
+/// Parses the target of a link in /proc/PID/fd.
 std::optional<std::uint64_t> socketInode(std::string_view target) {
     constexpr std::string_view beginning = "socket:[";
     if (!target.starts_with(beginning) || !target.ends_with(']')) return std::nullopt;
@@ -102,7 +102,7 @@ std::optional<std::uint64_t> socketInode(std::string_view target) {
     return number(target);
 }
 
-/// Processes and descriptors end meanwhile, which ends nothing here.
+/// Ignores processes and descriptors that end meanwhile.
 template <typename Use>
 void forEachIn(const std::filesystem::path& folder, const Use& use) {
     std::error_code error;
@@ -112,7 +112,7 @@ void forEachIn(const std::filesystem::path& folder, const Use& use) {
     }
 }
 
-/// All local sockets; none where the kernel doesn't tell.
+/// All Unix sockets; empty when the kernel does not tell.
 std::vector<Socket> allSockets() {
     const Netlink netlink(mnl_socket_open2(NETLINK_SOCK_DIAG, SOCK_CLOEXEC));
     if (!netlink || !askForSockets(netlink)) return {};
@@ -128,7 +128,7 @@ std::vector<Socket> allSockets() {
     return more == MNL_CB_STOP ? sockets : std::vector<Socket>();
 }
 
-/// What the clients of the server have not read, by their sockets' inodes.
+/// Unread bytes of the server's clients, by socket inode.
 std::map<std::uint64_t, std::uint64_t> clientsOfServerBehind(int ownSocket) {
     std::map<std::uint64_t, std::uint64_t> clients;
     const std::string server = serverName(ownSocket);
@@ -144,7 +144,7 @@ std::map<std::uint64_t, std::uint64_t> clientsOfServerBehind(int ownSocket) {
     return clients;
 }
 
-/// The inodes of its sockets.
+/// The inodes of the process's sockets.
 std::set<std::uint64_t> socketsOf(const std::filesystem::path& process) {
     std::set<std::uint64_t> found;
     forEachIn(process / "fd", [&](const std::filesystem::path& file) {

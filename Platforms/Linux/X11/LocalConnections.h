@@ -5,15 +5,14 @@
 
 namespace marrowby {
 
-/// Connections through local sockets to the server at the other end of one's own, as the kernel
-/// tells them. Descriptors of other users' processes may not be read.
+/// The Unix-socket clients of the server that `ownSocket` is connected to, from sock_diag and
+/// /proc. Cannot read the descriptors of other users' processes.
 namespace localconnections {
 
-/// The processes that hold a connection which no other process holds.
+/// Processes that hold a connection which no other process shares.
 [[nodiscard]] std::set<std::int64_t> soleHolders(int ownSocket);
 
-/// What the server has sent `process` and it has not read yet, bytes; 0 where the kernel doesn't
-/// tell.
+/// Bytes sent to `process` that it has not read; 0 when the kernel does not tell.
 [[nodiscard]] std::uint64_t unread(int ownSocket, std::int64_t process);
 
 }  // namespace localconnections

@@ -28,16 +28,16 @@ constexpr LockerPace matePace{.wake = TimeInterval(0),
                               .shortcut = TimeInterval(0.010),
                               .lending = TimeInterval(0.030),
                               .dialog = "mate-screensaver-dialog"};
-/// A descendant of MATE's.
+/// Forked from mate-screensaver.
 constexpr LockerPace xfcePace{.wake = TimeInterval(0),
                               .shortcut = TimeInterval(0.010),
                               .lending = TimeInterval(0.030),
                               .dialog = "xfce4-screensaver-dialog"};
-/// Of a locker of which nothing is known.
+/// For lockers that were not measured.
 constexpr LockerPace carefulPace{
     .wake = TimeInterval(0.300), .shortcut = TimeInterval(0.030), .lending = TimeInterval(0.030)};
 
-/// Of a process, in the kernel.
+/// The kernel's limit for process names.
 constexpr std::size_t longestName = 15;
 
 constexpr std::string_view packageFolder = "/usr/bin/";
@@ -47,8 +47,8 @@ struct Known {
     LockerPace pace;
 };
 
-/// Those that hold the keyboard themselves; their helpers need not be known. ksmserver holds it for
-/// kscreenlocker_greet.
+/// Lockers that grab the keyboard themselves; their helpers need not be listed. ksmserver grabs it
+/// for kscreenlocker_greet.
 constexpr std::array knownLockers{Known{"i3lock", i3lockPace},
                                   Known{"xsecurelock", xsecurelockPace},
                                   Known{"xscreensaver", xscreensaverPace},
@@ -57,7 +57,7 @@ constexpr std::array knownLockers{Known{"i3lock", i3lockPace},
                                   Known{"slock", carefulPace},
                                   Known{"ksmserver", carefulPace}};
 
-/// By the beginnings of their names, which versions follow.
+/// Prefixes of names; versions may follow.
 constexpr std::array<std::string_view, 48> interpreters{
     "python", "pypy",    "perl",   "ruby",    "lua",  "gjs-console", "gjs",      "cjs-console",
     "cjs",    "node",    "nodejs", "deno",    "bun",  "java",        "mono",     "dotnet",
@@ -93,7 +93,7 @@ bool lockeridentity::isInterpreter(std::string_view path) {
     const std::string_view name = fileName(path);
     return std::ranges::any_of(interpreters, [&](std::string_view beginning) {
         if (!name.starts_with(beginning)) return false;
-        // "sh" begins many names that are no shell's; a version is digits, dots and dashes.
+        // Many programs' names begin with "sh": only digits, dots and dashes may follow.
         return std::ranges::all_of(name.substr(beginning.size()), [&](unsigned char character) {
             return beginning.starts_with("ld") || beginning.ends_with('-') ||
                    std::isdigit(character) || character == '.' || character == '-';
@@ -153,7 +153,7 @@ std::optional<LockerFacts> lockeridentity::inherited(const LockerFacts& facts,
 }
 
 std::string description(const LockerDoubt& doubt) {
-    // A user's file may have any name.
+    // File names may contain control characters.
     std::string path = doubt.path;
     std::ranges::replace_if(
         path, [](unsigned char character) { return character < 0x20 || character == 0x7F; }, '?');

@@ -11,23 +11,23 @@
 
 namespace marrowby {
 
-/// The program behind a client of the display, as the kernel tells it.
+/// The program behind a client of the display, from the kernel.
 struct ClientProgram {
     std::int64_t process = 0;
     std::int64_t parent = 0;
-    /// What it calls itself, which proves nothing; at most 15 bytes.
+    /// The process's own name, at most 15 bytes; proves nothing.
     std::string name{};
-    /// The file that it runs; empty where that is not told, as of a setuid program.
+    /// Path of its executable; empty when unreadable, as for setuid programs.
     std::string path{};
-    /// It sees the same files as this process, and what it runs is what lies at `path` now.
+    /// In this process's mount namespace, and its executable is still the file at `path`.
     bool isInOurFiles = false;
-    /// Nobody but root can put another file at `path` or change this one.
+    /// Only root can replace or change the file at `path`.
     bool isRootsAlone = false;
-    /// No process has this number any more.
+    /// The process no longer exists.
     bool hasEnded = false;
 };
 
-/// Who would get a key on an X display, asked for in this order.
+/// What decides who would get a key on the display, in the order of the checks.
 struct LockerFacts {
     /// The topmost window that covers a monitor.
     struct Cover {
@@ -37,13 +37,13 @@ struct LockerFacts {
 
     /// Another client has grabbed the keyboard.
     bool isKeyboardHeld = false;
-    /// One for each monitor; nothing where no window covers it.
+    /// One per monitor; `nullopt` where no window covers it.
     std::vector<std::optional<Cover>> covers;
-    /// To whom a key went; nothing where it went to nobody, or to more than one.
+    /// Who got the test key; `nullopt` when nobody or more than one client did.
     std::optional<ClientProgram> receiver;
 };
 
-/// The first fact that does not hold.
+/// The first fact that failed.
 struct LockerDoubt {
     enum class Fact {
         keyboardIsFree,
@@ -60,33 +60,33 @@ struct LockerDoubt {
         dialogIsMissing,
     };
     Fact fact{};
-    /// Of the keyboard's holder, where that is known.
+    /// Path of the program that grabbed the keyboard, if known.
     std::string path{};
     friend bool operator==(const LockerDoubt&, const LockerDoubt&) = default;
 };
 
-/// For the log: which fact failed.
+/// For the log.
 [[nodiscard]] std::string description(const LockerDoubt& doubt);
 
-/// What a locker's field needs before it takes keys.
+/// Delays and quirks of a locker's password field.
 struct LockerPace {
-    /// From the key that wakes it to the next.
+    /// Delay after the key that wakes it.
     TimeInterval wake{};
-    /// Between the keys of a shortcut: some look late at which modifiers are held.
+    /// Delay between the keys of a shortcut, for lockers that read the modifiers late.
     TimeInterval shortcut{};
-    /// From lending a key a character to its first press.
+    /// Delay from remapping a key to its first press.
     TimeInterval lending{};
-    /// The program that it starts to show its field, which takes no keys before it has a window.
+    /// The helper that shows its password field; no keys before the helper has a window.
     std::string_view dialog{};
-    /// That window can be found. xsecurelock's cannot, and the keys for it are kept until it
-    /// stands.
+    /// The dialog's window can be found. xsecurelock's cannot, but keys for it are queued until it
+    /// is up.
     bool dialogIsOnScreen = true;
-    /// Its field is cleared by ending the dialog, which Escape does; another comes up for the next
-    /// key, and hears none from before its window stood. xscreensaver's looks so late at which
-    /// modifiers are held, busy with each key that is lent meanwhile, that shortcuts fail.
+    /// The field is cleared by ending the dialog with Escape; the next key starts another, which
+    /// misses keys from before its window appeared. xscreensaver's reads the modifiers so late,
+    /// while it handles remapped keys, that shortcuts fail.
     bool renewsDialog = false;
-    /// What it takes before its event loop begins it accepts, and yet stays: i3lock's end of the
-    /// loop is forgotten as the loop begins.
+    /// Keys before the event loop starts are lost: i3lock accepts a password then, but the request
+    /// to leave its loop is forgotten when the loop starts.
     bool needsEventLoop = false;
 };
 
@@ -97,23 +97,23 @@ struct KnownScreenLocker {
 
 namespace lockeridentity {
 
-/// Whether the keys go to a screen locker: one that is known by its executable, or that the owner
-/// vouches for. The keyboard's holder must have covered the screen, itself or through its parent or
-/// a child.
+/// Whether keys go to a screen locker: one with a known executable, or one that the owner has
+/// confirmed. The client that grabbed the keyboard must also have covered the screen, itself or
+/// through its parent or a child.
 [[nodiscard]] std::expected<KnownScreenLocker, LockerDoubt> judge(
     const LockerFacts& facts, const std::vector<std::string>& vouchedPaths);
 
-/// The facts with the process to which the receiver, which has ended, left its connection: the one
-/// of `heirs` with which they hold, or the only one. Nothing where that is none or several.
+/// The facts with the process that took over the connection of the receiver, which has ended: the
+/// only one of `heirs`, or the only one that passes judge(). `nullopt` if none or several do.
 [[nodiscard]] std::optional<LockerFacts> inherited(const LockerFacts& facts,
                                                    const std::vector<ClientProgram>& heirs,
                                                    const std::vector<std::string>& vouchedPaths);
 
-/// Whether this is the dialog of `locker`, as far as the time of its keys depends on it.
+/// Whether the program is `locker`'s dialog. A lie here affects only when the keys are typed.
 [[nodiscard]] bool isDialog(const ClientProgram& program, const ClientProgram& locker,
                             const LockerPace& pace);
 
-/// Runs whatever its user tells it to, so that its file says nothing about what it does.
+/// Whether the executable is an interpreter, whose path says nothing about the program it runs.
 [[nodiscard]] bool isInterpreter(std::string_view path);
 
 }  // namespace lockeridentity

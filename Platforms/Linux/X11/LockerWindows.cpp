@@ -24,8 +24,8 @@ std::optional<LockHolder> lockHolder(const LockerWindows& lockers) {
         }
     }
 
-    // It has a window for each monitor, and the same ones while it only blanks. Its property
-    // outlives it when it is killed.
+    // xscreensaver has a window per monitor, also while it only blanks; its property survives when
+    // it is killed.
     const bool isSaverShown =
         std::ranges::any_of(lockers.windows, [](const LockerWindows::Window& window) {
             return isShown(window) && window.instanceName == "xscreensaver";

@@ -9,45 +9,45 @@
 
 namespace marrowby {
 
-/// Whether a window hides a monitor, or the whole screen, as lockers' do: some leave a pixel free
-/// at each edge. Frames are with their borders, in pixels of the root window.
+/// Whether a window covers a monitor, or the whole screen; some lockers leave one pixel at each
+/// edge. Frames include borders, in pixels of the root window.
 [[nodiscard]] inline bool covers(const Rect& window, const Rect& monitor) {
     constexpr double margin = 1;
     return window.x <= monitor.x + margin && window.y <= monitor.y + margin &&
            window.maxX() >= monitor.maxX() - margin && window.maxY() >= monitor.maxY() - margin;
 }
 
-/// The windows and the property by which screen lockers show themselves on an X display.
+/// The windows and the property by which screen lockers are recognised.
 struct LockerWindows {
     /// A child of the root window.
     struct Window {
-        /// The two halves of WM_CLASS.
+        /// WM_CLASS.
         std::string instanceName;
         std::string className;
         bool overrideRedirect = false;
         bool mapped = false;
-        /// With its border, in pixels of the root window.
+        /// Including its border, in pixels of the root window.
         Rect frame;
         std::uint32_t id = 0;
     };
 
-    /// Of the root window, in pixels.
+    /// Size of the root window, pixels.
     Size screen;
     std::vector<Window> windows;
-    /// The name of the state in the root's property _SCREENSAVER_STATUS; nothing without one.
+    /// Name of the state in the root's property _SCREENSAVER_STATUS, if set.
     std::optional<std::string> screenSaverState;
 };
 
 enum class KnownLocker { i3lock, xsecurelock, xscreensaver };
 
-/// The locker that holds the screen, and the window that it holds it with, as far as that stays.
+/// The locker that covers the screen, and its window; 0 for xscreensaver, which has several.
 struct LockHolder {
     KnownLocker locker{};
     std::uint32_t window = 0;
     friend bool operator==(const LockHolder&, const LockHolder&) = default;
 };
 
-/// Nothing where none does.
+/// `nullopt` when no known locker covers the screen.
 [[nodiscard]] std::optional<LockHolder> lockHolder(const LockerWindows& lockers);
 
 }  // namespace marrowby

@@ -16,7 +16,7 @@
 namespace marrowby::panelpainter {
 namespace {
 
-/// Of a full turn, in QPainter's unit.
+/// QPainter counts in sixteenths of a degree.
 constexpr double fullTurn = 360 * 16;
 
 QColor qColor(const PanelColor& color) {
@@ -43,7 +43,7 @@ struct Brush {
         painter.setBrush(Qt::NoBrush);
         const QRectF box(shape.centre.x - shape.radius, shape.centre.y - shape.radius,
                          2 * shape.radius, 2 * shape.radius);
-        // Qt counts from the right, against the clock.
+        // Qt's arcs start at 3 o'clock and run anticlockwise.
         painter.drawArc(box, int(std::lround((0.25 - shape.begin) * fullTurn)),
                         -int(std::lround(shape.length * fullTurn)));
     }

@@ -7,10 +7,10 @@
 
 namespace marrowby::panelpainter {
 
-/// Text needs a QGuiApplication, on whatever platform.
+/// Whether text can be drawn: it needs a QGuiApplication, on any platform plugin.
 [[nodiscard]] bool canPaint();
 
-/// In pixels, `scale` to a point; premultiplied. For the adapters of this folder only. Main thread.
+/// Size in pixels, `scale` pixels to a point; premultiplied alpha. Main thread.
 [[nodiscard]] QImage paint(const PanelDrawing& drawing, const Size& size, double scale);
 
 }  // namespace marrowby::panelpainter

@@ -5,7 +5,7 @@
 namespace marrowby {
 
 PanelPlacement panelPlacement(const LockerWindows& lockers, bool hasCompositor) {
-    // However little of the screen it covers yet.
+    // Even while its window covers only part of the screen.
     const bool hasXsecurelock = std::ranges::any_of(
         lockers.windows,
         [](const LockerWindows::Window& window) { return window.className == "xsecurelock"; });

@@ -4,21 +4,21 @@
 
 namespace marrowby {
 
-/// Where on an X display a panel has to be to lie above the locker, as tried with each of them.
+/// The window arrangement that puts a panel above the locker, as tried with each of them.
 enum class PanelPlacement {
-    /// A child of the root window whose pixels the compositor blends with what is below.
+    /// A child of the root window, blended by the compositor.
     blendedOnRoot,
-    /// A child of the root window, cut out along its shape.
+    /// A child of the root window with a bounding shape.
     shapedOnRoot,
-    /// A child of the composite overlay window, which is cut out along the same shape.
+    /// A child of the composite overlay window, both with the same bounding shape.
     shapedInOverlay,
     nowhere,
 };
 
-/// The composite overlay window lies above i3lock, which else raises itself over everything.
-/// Unknown lockers may use it, and xsecurelock does: clipping it would break its screen. Nor is a
-/// panel shown above xsecurelock under a compositor, which would paint over its screen in white
-/// wherever the panel was or changed its shape.
+/// i3lock raises itself above everything but the composite overlay window. Unknown lockers may use
+/// that window, and xsecurelock does: shaping it would break its screen. Under a compositor a panel
+/// over xsecurelock leaves its screen white wherever the panel was or changed its shape, so none is
+/// shown there.
 [[nodiscard]] PanelPlacement panelPlacement(const LockerWindows& lockers, bool hasCompositor);
 
 }  // namespace marrowby

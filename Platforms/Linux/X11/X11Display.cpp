@@ -16,7 +16,7 @@
 
 namespace marrowby {
 
-/// What there is while the display is there.
+/// The connections of a connected display.
 struct X11Display::Parts {
     std::shared_ptr<const LockStateReading> lock;
     std::unique_ptr<X11InputIdle> idle;
@@ -55,7 +55,7 @@ class X11Display::Handle final : public Listening {
     explicit Handle(std::shared_ptr<Listener> listener) : listener_(std::move(listener)) {}
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
-    // The call that ends it may be the listener's own.
+    // May be called from the listener's own callback.
     ~Handle() override { listener_->listening.reset(); }
 
   private:

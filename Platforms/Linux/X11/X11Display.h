@@ -15,17 +15,16 @@
 
 namespace marrowby {
 
-/// An X display that may come and go, with the lock of the session behind it, the sleep of its
-/// monitors, its idle time and its Space keys. While it is away nothing is known of the lock, there
-/// is no idle time, and no key is heard; who listened goes on when it is back. It is looked for
-/// ever more rarely, at last twice a minute. Main thread, under Qt's event loop; state(),
-/// areMonitorsAsleep() and systemUptime() from any.
+/// A reconnecting X display: lock state, monitor sleep, idle time and Space keys. While it is away
+/// the lock is unknown, the idle time is NaN and no keys are reported; listeners resume when it is
+/// back. Retries with growing delays, at most 30 s. Main thread, under Qt's event loop; state(),
+/// areMonitorsAsleep() and systemUptime() from any thread.
 class X11Display final : public LockStateReading, public InputIdle, public SpaceKeys {
   public:
     struct Callbacks {
-        /// A locker came or went, the monitors fell asleep or woke, or the display came or went.
+        /// A locker or the display came or went, or the monitors fell asleep or woke.
         std::function<void()> onChange;
-        /// With a sentence for the user, whenever it is gone or was not there at the start.
+        /// Called with a sentence for the user when the display is missing at the start or lost.
         std::function<void(const std::string&)> onAway;
     };
 
@@ -34,7 +33,7 @@ class X11Display final : public LockStateReading, public InputIdle, public Space
     X11Display(const X11Display&) = delete;
     X11Display& operator=(const X11Display&) = delete;
 
-    /// Once. The callbacks come later than this returns, but for the first onAway.
+    /// Call once. All callbacks come later, except a first onAway.
     void start(Callbacks callbacks);
 
     [[nodiscard]] LockState state() const override;

@@ -8,8 +8,8 @@
 
 namespace marrowby {
 
-/// The idle time of an X display, synthetic input included. Waits for the X server. There is no
-/// registry; on a lost display the idle time is not a number.
+/// Idle time of an X display, synthetic input included. Blocks for a round trip. There is no
+/// registry; NaN on a lost display.
 class X11InputIdle final : public InputIdle {
   public:
     /// The error is a sentence for the user.

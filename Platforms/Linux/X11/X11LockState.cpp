@@ -14,8 +14,7 @@ struct X11LockState::Display {
           reader(*connection),
           hasTerminal(connection->atom("XFree86_has_VT")) {}
 
-    /// A server that runs on a virtual terminal writes down whether it is in front; others always
-    /// are.
+    /// X servers on a virtual terminal publish whether they are in front; others always are.
     [[nodiscard]] bool isInFront() const {
         const auto property = connection->reply<xcb_get_property_reply>(xcb_get_property(
             connection->get(), 0, connection->root(), hasTerminal, XCB_ATOM_INTEGER, 0, 1));
@@ -43,7 +42,7 @@ X11LockState::X11LockState(std::unique_ptr<const Display> display) : display_(st
 
 X11LockState::~X11LockState() = default;
 
-// The connection serves many threads at once by itself.
+// xcb connections are thread-safe.
 LockState X11LockState::state() const {
     display_->connection->discardEvents();
     const bool isInFront = display_->isInFront();

@@ -8,8 +8,8 @@
 
 namespace marrowby {
 
-/// The lock of the session behind an X display: a known locker's windows. Each call asks the X
-/// server, so that it may wait for it; of a lost display nothing is known. Any thread.
+/// Lock state of an X display, from a known locker's windows. Blocks for round trips; unknown on a
+/// lost display. Any thread.
 class X11LockState final : public LockStateReading {
   public:
     /// The error is a sentence for the user.

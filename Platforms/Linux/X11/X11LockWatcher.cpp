@@ -22,7 +22,7 @@ class X11LockWatcher::Watch {
             XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
         xcb_change_window_attributes(connection_->get(), connection_->root(), XCB_CW_EVENT_MASK,
                                      &events);
-        // Read after selecting, so that no change falls between the two.
+        // Read after selecting events, so that no change is missed.
         if (const auto lockers = reader_.read()) isLocked_ = lockHolder(*lockers).has_value();
         pump_.emplace(connection_, XcbEventPump::Handlers{
                                        .onEvent = [this](const auto& event) { note(event); },
@@ -36,8 +36,7 @@ class X11LockWatcher::Watch {
     }
 
   private:
-    /// Only what can change the answer: an ordinary window is no locker, and a window that leaves
-    /// can only unlock.
+    /// Filters events: ordinary windows are no lockers, and an unmapped window can only unlock.
     void note(const xcb_generic_event_t& event) {
         switch (event.response_type & 0x7F) {
             case XCB_MAP_NOTIFY:
@@ -68,7 +67,7 @@ class X11LockWatcher::Watch {
         if (!lockers) return;
         const bool isLocked = lockHolder(*lockers).has_value();
         if (std::exchange(isLocked_, isLocked) == isLocked) return;
-        // A copy, for its receiver may let go of this watch.
+        // Copy: the callback may destroy this object.
         if (const auto report = onChange_) report();
     }
 

@@ -7,12 +7,12 @@
 
 namespace marrowby {
 
-/// Tells when a locker takes or leaves an X display, without polling. Made and destroyed on the
-/// thread of Qt's event loop, from which it calls.
+/// Reports when a locker appears on or leaves an X display, by events. Create and destroy it on the
+/// thread of Qt's event loop, which also runs the callbacks.
 class X11LockWatcher {
   public:
-    /// `onLost` is called at most once, with a sentence for the user, when the display is gone.
-    /// Both may destroy the watcher. The error is a sentence as well.
+    /// `onLost` is called at most once, with a sentence for the user. Both callbacks may destroy
+    /// the watcher. The error is a sentence for the user.
     [[nodiscard]] static std::expected<std::unique_ptr<X11LockWatcher>, std::string> create(
         const std::string& displayName, std::function<void()> onChange,
         std::function<void(std::string)> onLost);

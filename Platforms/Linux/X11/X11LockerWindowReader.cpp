@@ -10,7 +10,7 @@
 namespace marrowby {
 namespace {
 
-/// Longer than the names of any locker, in units of four bytes.
+/// Longer than any locker's name, in 4-byte units.
 constexpr std::uint32_t nameLength = 64;
 
 struct WindowRequest {
@@ -27,7 +27,7 @@ Rect frameOf(const xcb_get_geometry_reply_t& geometry) {
             .height = geometry.height + borders};
 }
 
-/// WM_CLASS: two texts, each with a zero at its end.
+/// WM_CLASS: two NUL-terminated strings.
 void readNames(const xcb_get_property_reply_t& property, LockerWindows::Window& window) {
     if (property.type != XCB_ATOM_STRING || property.format != 8) return;
     std::string_view names(static_cast<const char*>(xcb_get_property_value(&property)),
@@ -39,8 +39,8 @@ void readNames(const xcb_get_property_reply_t& property, LockerWindows::Window& 
     window.className = names.substr(0, names.find('\0'));
 }
 
-/// The first item of _SCREENSAVER_STATUS is an atom's id, whatever type it declares; zero stands
-/// for off.
+/// The first item of _SCREENSAVER_STATUS is an atom, whatever type the property declares; 0 means
+/// off.
 xcb_atom_t stateAtom(const xcb_get_property_reply_t* property) {
     if (!property || property->format != 32 || xcb_get_property_value_length(property) < 4) {
         return XCB_ATOM_NONE;
@@ -56,7 +56,7 @@ X11LockerWindowReader::X11LockerWindowReader(const XcbConnection& connection)
 std::optional<LockerWindows> X11LockerWindowReader::read() const {
     xcb_connection_t* const xcb = connection_.get();
     const xcb_window_t root = connection_.root();
-    // All that can be asked at once goes out before the first wait.
+    // All requests go out before the first wait.
     const auto geometryCookie = xcb_get_geometry(xcb, root);
     const auto statusCookie =
         xcb_get_property(xcb, 0, root, screenSaverStatus_, XCB_GET_PROPERTY_TYPE_ANY, 0, 1);

@@ -7,15 +7,14 @@
 
 namespace marrowby {
 
-/// Reads what lockers leave on a display, in three round trips at most. For the adapters of this
-/// folder only. The connection outlives it.
+/// Reads a display's LockerWindows in at most three round trips. The connection outlives it.
 class X11LockerWindowReader {
   public:
     explicit X11LockerWindowReader(const XcbConnection& connection);
 
-    /// Nothing on a lost display.
+    /// `nullopt` on a lost display.
     [[nodiscard]] std::optional<LockerWindows> read() const;
-    /// The property of the root that LockerWindows::screenSaverState is read from.
+    /// The root property of LockerWindows::screenSaverState.
     [[nodiscard]] xcb_atom_t screenSaverStatusAtom() const { return screenSaverStatus_; }
 
   private:

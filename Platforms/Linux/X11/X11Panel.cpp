@@ -19,10 +19,10 @@
 namespace marrowby {
 namespace {
 
-/// Whose owner is the compositor.
+/// The compositing manager owns this selection.
 constexpr const char* compositorSelection = "_NET_WM_CM_S0";
 
-/// Whether it can change who lies where: ordinary windows are no lockers.
+/// Whether the event may change the stacking of lockers; ordinary windows are none.
 bool canMatter(const xcb_generic_event_t& event, xcb_window_t& window) {
     switch (event.response_type & 0x7F) {
         case XCB_MAP_NOTIFY: {
@@ -48,7 +48,7 @@ bool canMatter(const xcb_generic_event_t& event, xcb_window_t& window) {
 
 }  // namespace
 
-/// What there is while it is shown: a connection, and a window unless there is no place for one.
+/// The state of a visible panel: a connection, and a window unless placement is `nowhere`.
 class X11Panel::Shown {
   public:
     [[nodiscard]] static std::unique_ptr<Shown> create(const std::string& displayName,
@@ -116,7 +116,7 @@ class X11Panel::Shown {
         if (std::exchange(isCovered_, false) && window_) window_->raise();
     }
 
-    /// Moves to where the panel belongs now.
+    /// Moves the window to its current placement.
     void rearrange() {
         const auto lockers = reader_.read();
         const auto screen = X11Screen::main(*connection_);

@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// A panel of X11WindowServer. Follows lockers and compositors that come and go while it is shown.
+/// A panel of X11WindowServer. Re-places itself when lockers and compositors come and go.
 class X11Panel final : public LockScreenPanel {
   public:
     X11Panel(std::string displayName, const Rect& frame, std::shared_ptr<PanelContent> content);

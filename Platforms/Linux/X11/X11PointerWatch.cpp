@@ -37,14 +37,14 @@ struct X11PointerWatch::Watch {
     std::function<void(const Point&)> onPlace;
     double scale = 1;
     std::optional<XcbEventPump> pump;
-    /// Gone with this, and with it what was to be called.
+    /// Context of the first call, which is dropped when this is destroyed.
     QObject first;
 
     void tell() const {
         const auto pointer = connection->reply<xcb_query_pointer_reply>(
             xcb_query_pointer(connection->get(), connection->root()));
         if (!pointer) return;
-        // A copy, for its receiver may end the watch.
+        // Copy: the callback may end the watch.
         const auto report = onPlace;
         report({.x = pointer->root_x / scale, .y = pointer->root_y / scale});
     }
@@ -61,7 +61,7 @@ std::unique_ptr<X11PointerWatch> X11PointerWatch::create(
     watch->connection = std::move(*connection);
     watch->onPlace = std::move(onPlace);
     watch->scale = screen->scale;
-    // However many movements came in at once, one answer.
+    // One query for any number of queued motion events.
     watch->pump.emplace(
         watch->connection,
         XcbEventPump::Handlers{.onEvent = [](const auto&) {},

@@ -8,11 +8,11 @@
 
 namespace marrowby {
 
-/// The pointer of an X display, asked for its place after raw motion, which no grab holds back.
-/// On the thread of Qt's event loop; a lost display falls silent.
+/// Queries the pointer's position after XInput raw motion, which bypasses grabs. On the thread of
+/// Qt's event loop; silent after the display is lost.
 class X11PointerWatch final : public WindowServer::PointerWatch {
   public:
-    /// Nothing where the display has no raw motion.
+    /// Null when the display has no raw motion.
     [[nodiscard]] static std::unique_ptr<X11PointerWatch> create(
         const std::string& displayName, std::function<void(const Point&)> onPlace);
     ~X11PointerWatch() override;

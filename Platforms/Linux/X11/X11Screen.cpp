@@ -14,10 +14,10 @@ namespace {
 
 constexpr double usualDotsPerInch = 96;
 constexpr double largestScale = 4;
-/// Of the resources, in units of four bytes.
+/// Read limit of the resource property, in 4-byte units.
 constexpr std::uint32_t resourcesLength = 16'384;
 
-/// What desktops tell the programs of their display in the resource Xft.dpi.
+/// Scale from the resource Xft.dpi, which desktops set.
 double scaleOf(const XcbConnection& connection) {
     const auto property = connection.reply<xcb_get_property_reply>(
         xcb_get_property(connection.get(), 0, connection.root(), XCB_ATOM_RESOURCE_MANAGER,

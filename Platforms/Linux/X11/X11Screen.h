@@ -8,17 +8,15 @@
 
 namespace marrowby {
 
-/// The primary monitor of an X display, and how many pixels a point has there. For the adapters of
-/// this folder only.
+/// The primary monitor of an X display, and its pixels per point.
 struct X11Screen {
     Rect pixels;
     double scale = 1;
 
-    /// Nothing on a lost display.
+    /// `nullopt` on a lost display.
     [[nodiscard]] static std::optional<X11Screen> main(const XcbConnection& connection);
 
-    /// All monitors in pixels; the whole root window where the display tells of none. Empty on a
-    /// lost display.
+    /// All monitors in pixels, or the root window when RandR reports none. Empty on a lost display.
     [[nodiscard]] static std::vector<Rect> monitors(const XcbConnection& connection);
 
     [[nodiscard]] ScreenGeometry geometry() const {

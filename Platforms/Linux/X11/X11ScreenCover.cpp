@@ -19,7 +19,7 @@ bool isServersOwn(const XcbConnection& connection, xcb_window_t window) {
     return (window & ~xcb_get_setup(connection.get())->resource_id_mask) == 0;
 }
 
-/// The children of the root that can be seen, the topmost first.
+/// Viewable children of the root, topmost first.
 std::vector<Shown> shownWindows(const XcbConnection& connection) {
     xcb_connection_t* const xcb = connection.get();
     std::vector<Shown> shown;

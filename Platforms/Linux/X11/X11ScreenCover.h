@@ -7,14 +7,14 @@
 
 namespace marrowby {
 
-/// The windows that hide the rest of a display from its user. For the adapters of this folder only.
+/// The topmost windows that cover the display's monitors.
 struct X11ScreenCover {
     struct Window {
         xcb_window_t id = XCB_NONE;
         bool overrideRedirect = false;
     };
-    /// For each monitor the topmost window that covers it; nothing where none does. Empty on a lost
-    /// display. Windows of the server's own, such as a compositor paints on, are passed over.
+    /// One per monitor; `nullopt` where no window covers it. Skips the server's own windows, such
+    /// as the composite overlay. Empty on a lost display.
     [[nodiscard]] static std::vector<std::optional<Window>> read(const XcbConnection& connection);
 };
 

@@ -41,7 +41,7 @@ struct X11SpaceKeys::Display {
     std::unique_ptr<XcbConnection> connection;
 };
 
-/// Listens over a connection of its own, which ends with it.
+/// Listens on its own connection, which it closes when destroyed.
 class X11SpaceKeys::RawKeys final : public Listening {
   public:
     [[nodiscard]] static std::unique_ptr<RawKeys> create(const std::string& displayName,
@@ -74,7 +74,7 @@ class X11SpaceKeys::RawKeys final : public Listening {
         const auto key = rawKeys_.read(event);
         if (!key || !key->down) return;
         if (!spaceKeycodes_.contains(static_cast<xcb_keycode_t>(key->keycode))) return;
-        // A copy, for its receiver may stop listening.
+        // Copy: the callback may stop listening.
         const auto report = onPress_;
         report({.isSynthetic = key->isSynthetic});
     }

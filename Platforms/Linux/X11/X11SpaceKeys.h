@@ -9,9 +9,9 @@
 
 namespace marrowby {
 
-/// The Space keys of an X display through XInput 2.1 raw keys, which no grab holds back, key
-/// repeats included; keys sent through XTEST are synthetic. On the thread of Qt's event loop; a
-/// lost display falls silent.
+/// Space keys of an X display through XInput 2.1 raw keys, which bypass grabs; includes key
+/// repeats. XTEST keys count as synthetic. On the thread of Qt's event loop; silent after the
+/// display is lost.
 class X11SpaceKeys final : public SpaceKeys {
   public:
     /// The error is a sentence for the user.

@@ -8,16 +8,15 @@
 
 namespace marrowby {
 
-/// Panels above the screen locker of an X display: borderless, clicked through, and where the
-/// locker and the compositor let them lie (PanelPlacement). Connected only while one is shown or
-/// the pointer is watched; a panel of a lost display connects again when it is ordered front.
-/// Without a display there is nothing. On the thread of Qt's event loop, under a QGuiApplication,
-/// which draws the text.
+/// Panels above an X display's screen locker: borderless, click-through, placed by PanelPlacement.
+/// Connects only while a panel is shown or the pointer is watched; a panel reconnects when it is
+/// ordered front. Does nothing without a display. On the thread of Qt's event loop, under a
+/// QGuiApplication, which draws the text.
 class X11WindowServer final : public WindowServer {
   public:
     explicit X11WindowServer(std::optional<std::string> displayName);
 
-    /// X has no levels.
+    /// X has no window levels.
     [[nodiscard]] std::int64_t shieldingWindowLevel() override { return 0; }
     [[nodiscard]] std::unique_ptr<LockScreenPanel> makePanel(
         const PanelConfiguration& configuration, const Rect& frame,

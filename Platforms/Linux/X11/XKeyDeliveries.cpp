@@ -43,7 +43,7 @@ XKeyDeliveries::~XKeyDeliveries() {
     (void)control_.reply<xcb_get_input_focus_reply>(xcb_get_input_focus(control_.get()));
     while (!isLost() && (take() || wait(answerLimit))) {
     }
-    // An answer of this length overwrites what libxcb has kept of the record.
+    // A reply of this length overwrites libxcb's buffer, which still holds recorded keys.
     const auto* setup = xcb_get_setup(data_->get());
     const auto keys = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
     (void)data_->reply<xcb_get_keyboard_mapping_reply>(
@@ -58,7 +58,7 @@ bool XKeyDeliveries::start() {
         deviceKeyPress_ =
             static_cast<std::uint8_t>(input->first_event + XCB_INPUT_DEVICE_KEY_PRESS);
     }
-    // One range for all: of several, the server was seen to leave out the events of XInput 2.
+    // A single range: with several, the server was seen to omit XInput 2 events.
     xcb_record_range_t range{};
     range.delivered_events = {.first = XCB_KEY_PRESS, .last = lastEvent};
     const xcb_record_client_spec_t everybody = XCB_RECORD_CS_ALL_CLIENTS;
@@ -100,7 +100,7 @@ std::vector<std::uint32_t> XKeyDeliveries::receivers() {
         for (std::size_t at = 0; at + eventSize <= events.size(); at += eventSize) {
             xcb_ge_generic_event_t event{};
             std::memcpy(&event, &events[at], offsetof(xcb_ge_generic_event_t, pad0));
-            // What a client sends to another is no key that the server gave it.
+            // Sent by a client (SendEvent), not delivered by the server.
             if ((event.response_type & 0x80) != 0) continue;
             const auto type = static_cast<std::uint8_t>(event.response_type & 0x7F);
             const bool isKey = type == XCB_KEY_PRESS || type == XCB_KEY_RELEASE ||

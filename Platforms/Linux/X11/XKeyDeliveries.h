@@ -12,27 +12,27 @@
 
 namespace marrowby {
 
-/// Tells which clients of a display get keys, from its making on, whoever presses them. Does not
-/// hear of raw keys, which go to everybody who asks. For the adapters of this folder only. One
-/// thread.
+/// Reports which clients receive key events, whoever presses the keys, from creation on (RECORD
+/// extension). Raw keys, which go to every subscriber, are not reported. One thread.
 class XKeyDeliveries {
   public:
-    /// Nothing where the display does not record.
+    /// Null when the display has no RECORD extension.
     [[nodiscard]] static std::unique_ptr<XKeyDeliveries> create(const XcbConnection& control);
     ~XKeyDeliveries();
     XKeyDeliveries(const XKeyDeliveries&) = delete;
     XKeyDeliveries& operator=(const XKeyDeliveries&) = delete;
 
-    /// The first ID of the resources of each client that got a key since the last call, once.
+    /// The resource ID base of each client that received a key since the last call, without
+    /// duplicates.
     [[nodiscard]] std::vector<std::uint32_t> receivers();
-    /// Blocks until there is more to say, or the time has passed; false then.
+    /// Blocks until there is more to read; false on timeout.
     [[nodiscard]] bool wait(std::chrono::milliseconds limit) const;
     [[nodiscard]] bool isLost() const { return data_->hasError() || hasEnded_; }
 
   private:
     XKeyDeliveries(const XcbConnection& control, std::unique_ptr<XcbConnection> data);
     [[nodiscard]] bool start();
-    /// The next part of the record; overwritten when it goes, for it holds which keys were pressed.
+    /// Wipes a chunk of the record before it is freed: it holds the keys pressed.
     struct Wipe {
         void operator()(xcb_record_enable_context_reply_t* reply) const;
     };

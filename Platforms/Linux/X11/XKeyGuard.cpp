@@ -14,8 +14,8 @@ namespace {
 
 constexpr std::uint8_t eventsToGrabberOnly = 0;
 
-/// What may be held or locked while keys are typed that need no modifier. Where a hotkey has one of
-/// the others, ours beside it would be refused.
+/// Modifiers that may be held or locked while unmodified keys are typed. With any other one a
+/// hotkey's grab would make a grab of ours fail.
 constexpr std::array<std::uint16_t, 8> harmlessModifiers{
     0,
     XCB_MOD_MASK_SHIFT,
@@ -59,7 +59,7 @@ void XKeyGuard::arm() {
         for (const auto modifiers : harmlessModifiers)
             askedAgain.emplace_back(key, grabKey(connection_, key, modifiers));
     }
-    // All of them: a modifier may come down while the key is on its way.
+    // All must be granted: a modifier may be pressed before the key arrives.
     for (std::size_t i = 0; i < askedAgain.size(); ++i) {
         const auto& [key, cookie] = askedAgain[i];
         const bool granted = isGranted(connection_, cookie);
@@ -101,7 +101,7 @@ XKeyGuard::Sent XKeyGuard::send(std::span<const Event> events, const XKeyHolder*
         connection_.flush();
         return connection_.hasError() ? Sent::displayLost : Sent::toNobody;
     }
-    // What lies in the buffer goes first, so that all of this is one write.
+    // Flushed first, so that the following requests go out in one write.
     connection_.flush();
     const auto grabCookie =
         xcb_grab_keyboard(xcb, eventsToGrabberOnly, connection_.root(), XCB_CURRENT_TIME,
@@ -112,7 +112,7 @@ XKeyGuard::Sent XKeyGuard::send(std::span<const Event> events, const XKeyHolder*
     }
     xcb_ungrab_keyboard(xcb, XCB_CURRENT_TIME);
     xcb_ungrab_server(xcb);
-    // Whatever came to us has come when this is answered.
+    // The reply arrives after any key event that came back to us.
     const auto lastCookie = xcb_get_input_focus(xcb);
     connection_.flush();
     const auto grab = connection_.reply<xcb_grab_keyboard_reply>(grabCookie);

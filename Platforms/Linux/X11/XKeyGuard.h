@@ -11,25 +11,25 @@
 
 namespace marrowby {
 
-/// The client that has grabbed the keyboard, as it was found.
+/// The client that has grabbed the keyboard.
 struct XKeyHolder {
-    /// The first ID of its resources.
+    /// Its resource ID base.
     std::uint32_t client = 0;
     std::int64_t process = 0;
-    /// The windows that cover the screen for it.
+    /// Its windows (or its family's) that cover the screen.
     std::vector<xcb_window_t> covers;
 };
 
-/// Sends keys that the server gives to nobody but the client that has grabbed the keyboard: without
-/// such a grab they come back to us. Two grabs of our own see to that. An attempt at an active one,
-/// which fails while somebody else holds the keyboard, goes out with the key in one write and under
-/// a grab of the server; should the server serve another client's end in between, a passive grab of
-/// the key is there. Not guarded: who reads raw keys, to which no grab applies.
+/// Sends keys that only the client with the keyboard grab can receive; if there is none, they come
+/// back to us. An attempt at an active grab, which fails while another client holds the keyboard,
+/// is sent with the key in one write under a server grab. In case the server handles that client's
+/// exit in between, a passive grab of the key catches it. Clients that read raw keys are not
+/// excluded: no grab applies to those.
 ///
-/// Whether the holder is still the one that was found is asked under the same grab of the server,
-/// so that nobody can take its place between the answer and the key.
+/// Whether the holder is still the same is checked under the same server grab, so no client can
+/// replace it between the check and the key.
 ///
-/// For the adapters of this folder only. One thread; the connection outlives it.
+/// One thread; the connection outlives it.
 class XKeyGuard {
   public:
     struct Event {
@@ -38,7 +38,7 @@ class XKeyGuard {
     };
     enum class Sent {
         toHolder,
-        /// They came back to us, or nobody can tell. Nothing more may be sent.
+        /// The keys came back to us, or the receiver is unknown. Send nothing more.
         toNobody,
         displayLost,
     };
@@ -48,18 +48,18 @@ class XKeyGuard {
     XKeyGuard(const XKeyGuard&) = delete;
     XKeyGuard& operator=(const XKeyGuard&) = delete;
 
-    /// Grabs all keys passively, so that it shows nothing about those to be used. Window managers
-    /// and hotkey programs keep what they have grabbed before.
+    /// Grabs all keys passively, so that the grabs do not reveal which ones will be used. Keys that
+    /// window managers and hotkey programs have grabbed stay theirs.
     void arm();
-    /// Whether a press of `key` without modifiers would come to us.
+    /// Whether an unmodified press of `key` would come to us.
     [[nodiscard]] bool covers(xcb_keycode_t key) const { return covered_[key]; }
     /// Whether another client has grabbed the keyboard.
     [[nodiscard]] bool isKeyboardHeld() const;
 
-    /// The events in order, to `holder` alone, or, while it is still looked for, to whoever holds
-    /// the keyboard.
+    /// Sends the events in order to `holder` only or, if it is null, to whichever client has the
+    /// grab.
     [[nodiscard]] Sent send(std::span<const Event> events, const XKeyHolder* holder) const;
-    /// Ends the passive grabs.
+    /// Releases the passive grabs.
     void release();
 
   private:

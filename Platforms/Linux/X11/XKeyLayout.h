@@ -11,18 +11,17 @@
 
 namespace marrowby {
 
-/// What the keys of a display give at one moment, in the active group and without any modifier. A
-/// value.
+/// A snapshot of a display's keymap: the active group, without modifiers.
 class XKeyLayout {
   public:
-    /// Nothing where the display has no XKB keyboard.
+    /// `nullopt` when the display has no XKB keyboard.
     [[nodiscard]] static std::optional<XKeyLayout> read(const XcbConnection& connection);
 
     [[nodiscard]] std::optional<xcb_keycode_t> key(xcb_keysym_t keysym) const;
-    /// Keys that give nothing in any group, and are no modifiers.
+    /// Keys without symbols in any group that are no modifiers.
     [[nodiscard]] const std::vector<xcb_keycode_t>& freeKeys() const { return freeKeys_; }
     [[nodiscard]] const std::vector<xcb_keycode_t>& modifierKeys() const { return modifierKeys_; }
-    /// The bits of the modifiers that are locked, as by Caps Lock.
+    /// Mask of the locked modifiers, such as Caps Lock.
     [[nodiscard]] std::uint8_t lockedModifiers() const { return lockedModifiers_; }
 
   private:

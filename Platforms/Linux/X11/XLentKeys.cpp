@@ -10,14 +10,14 @@ namespace marrowby {
 namespace {
 
 constexpr const char* noteName = "_MARROWBY_UNLOCK_LENT_KEYS";
-/// A window and each of 256 keys at most.
+/// The window and up to 256 keys.
 constexpr std::uint32_t noteLength = 257;
 
-/// How much of what was sent libxcb may keep in its buffer, in requests of the smallest size.
+/// Upper bound of the smallest requests that libxcb's output buffer may hold.
 constexpr int requestsInBuffer = 16384 / 4;
 
 void map(const XcbConnection& connection, xcb_keycode_t key, xcb_keysym_t keysym) {
-    // The same on both levels, so that Shift changes nothing.
+    // The same on both levels, so that Shift does not matter.
     const std::array<xcb_keysym_t, 2> levels{keysym, keysym};
     xcb_change_keyboard_mapping(connection.get(), 1, key, levels.size(), levels.data());
 }
@@ -26,7 +26,7 @@ void synchronize(const XcbConnection& connection) {
     (void)connection.reply<xcb_get_input_focus_reply>(xcb_get_input_focus(connection.get()));
 }
 
-/// Whether its symbols are as lend() leaves them. Somebody may have set up other keys since.
+/// Whether the key still has the symbols that lend() set; another program may have remapped it.
 bool looksLent(const XcbConnection& connection, xcb_keycode_t key) {
     const auto mapping = connection.reply<xcb_get_keyboard_mapping_reply>(
         xcb_get_keyboard_mapping(connection.get(), key, 1));

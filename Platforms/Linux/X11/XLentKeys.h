@@ -8,11 +8,11 @@
 
 namespace marrowby {
 
-/// Gives characters to keys that have none, and takes them away again. Which keys (not which
-/// characters) is noted on the root window meanwhile, so that the next start of the program can
-/// take back what one that was killed has left: a character on such a key is one of the password.
+/// Maps characters to unused keys temporarily. Meanwhile a property of the root window lists the
+/// keys (not the characters), so that the next start of the program can reset them after a kill: a
+/// leftover character is one of the password's.
 ///
-/// For the adapters of this folder only. One thread; the connection outlives it.
+/// One thread; the connection outlives it.
 class XLentKeys {
   public:
     explicit XLentKeys(const XcbConnection& connection) : connection_(connection) {}
@@ -20,18 +20,18 @@ class XLentKeys {
     XLentKeys(const XLentKeys&) = delete;
     XLentKeys& operator=(const XLentKeys&) = delete;
 
-    /// Notes the keys that will be lent; before the first lend().
+    /// Writes the property. Call before the first lend().
     void note(const std::vector<xcb_keycode_t>& keys);
     void lend(xcb_keycode_t key, xcb_keysym_t keysym) const;
     void takeBack();
 
-    /// Takes back what a process that is gone has lent on this display.
+    /// Resets the keys that a dead process has left mapped.
     static void repair(const XcbConnection& connection);
 
   private:
     const XcbConnection& connection_;
     std::vector<xcb_keycode_t> keys_;
-    /// Goes with the connection, which tells a note that is in use from one left behind.
+    /// Disappears with the connection, which shows that a property was left behind.
     xcb_window_t witness_ = XCB_NONE;
 };
 

@@ -13,10 +13,10 @@ namespace {
 
 constexpr std::uint8_t depth = 32;
 constexpr std::size_t bytesPerPixel = 4;
-/// Of a request that puts an image, without the image.
+/// Size of a PutImage request without its data.
 constexpr std::size_t putImageHead = 24;
 
-/// With an alpha channel.
+/// The 32-bit visual with alpha.
 xcb_visualid_t blendedVisual(const xcb_screen_t& screen) {
     for (auto depths = xcb_screen_allowed_depths_iterator(&screen); depths.rem > 0;
          xcb_depth_next(&depths)) {
@@ -34,7 +34,7 @@ bool isPresent(const XcbConnection& connection, xcb_extension_t& extension) {
     return data && data->present;
 }
 
-/// The runs of pixels that are at least so opaque; equal rows below each other are one.
+/// Rectangles of pixels with at least this alpha; equal adjacent rows are merged.
 std::vector<xcb_rectangle_t> shapeOf(const QImage& picture, int leastAlpha) {
     std::vector<xcb_rectangle_t> shape;
     std::size_t above = 0;
@@ -70,7 +70,7 @@ std::vector<xcb_rectangle_t> shapeOf(const QImage& picture, int leastAlpha) {
     return shape;
 }
 
-/// A region of the server's, for as long as it takes to use it.
+/// A server-side region, destroyed with this object.
 class Region {
   public:
     Region(const XcbConnection& connection, std::span<const xcb_rectangle_t> rectangles)
@@ -107,7 +107,7 @@ bool XPanelWindow::open() {
     if (placement_ == PanelPlacement::nowhere || visual == XCB_NONE ||
         !isPresent(connection_, xcb_xfixes_id))
         return false;
-    // Regions are of version 2.
+    // Regions need version 2.
     if (!connection_.reply<xcb_xfixes_query_version_reply>(xcb_xfixes_query_version(xcb, 5, 0)))
         return false;
 
@@ -116,7 +116,8 @@ bool XPanelWindow::open() {
         if (!isPresent(connection_, xcb_composite_id)) return false;
         (void)connection_.reply<xcb_composite_query_version_reply>(
             xcb_composite_query_version(xcb, 0, 4));
-        // It covers the whole screen at once: nobody is to see that, or to click on it.
+        // The overlay covers the screen at once: the server grab hides it and its input until it is
+        // shaped.
         xcb_grab_server(xcb);
         const auto answer = connection_.reply<xcb_composite_get_overlay_window_reply>(
             xcb_composite_get_overlay_window(xcb, connection_.root()));
@@ -169,7 +170,7 @@ XPanelWindow::~XPanelWindow() {
         }
         xcb_composite_release_overlay_window(xcb, connection_.root());
     }
-    // Whoever ends the connection next must not cut this off.
+    // A round trip, so that closing the connection next does not drop the requests.
     (void)connection_.reply<xcb_get_input_focus_reply>(xcb_get_input_focus(xcb));
 }
 
@@ -186,7 +187,7 @@ void XPanelWindow::show(const QImage& picture) const {
                       static_cast<std::uint32_t>(static_cast<std::size_t>(height) * stride),
                       picture.constScanLine(y));
     }
-    // The server draws its background by itself wherever more of the window comes to light.
+    // The server repaints exposed areas from the background pixmap.
     xcb_change_window_attributes(xcb, window_, XCB_CW_BACK_PIXMAP, &pixels_);
     setShape(shapeOf(picture, placement_ == PanelPlacement::blendedOnRoot ? 1 : 128));
     xcb_clear_area(xcb, 0, window_, 0, 0, 0, 0);

@@ -10,9 +10,8 @@
 
 namespace marrowby {
 
-/// A mapped window that nothing can be clicked into, in one placement; gone with this, and with it
-/// what was done to the composite overlay window. For the adapters of this folder only; the
-/// connection outlives it.
+/// A mapped, click-through window in one placement. Destroying it also restores the composite
+/// overlay window. The connection outlives it.
 class XPanelWindow {
   public:
     /// In pixels of the root window.
@@ -24,7 +23,7 @@ class XPanelWindow {
         friend bool operator==(const Frame&, const Frame&) = default;
     };
 
-    /// Nothing where the display lacks what it takes, and for no placement at all.
+    /// Null when the display lacks an extension or the placement is `nowhere`.
     [[nodiscard]] static std::unique_ptr<XPanelWindow> create(const XcbConnection& connection,
                                                               PanelPlacement placement,
                                                               const Frame& frame);

@@ -23,8 +23,8 @@ bool selectRawKeys(const XcbConnection& connection, xcb_input_device_id_t device
 
 struct Keyboards {
     std::set<xcb_input_device_id_t> users;
-    /// The device behind XTEST, by the server's own naming. Other keyboards that are made for XTEST
-    /// have users of their own.
+    /// The server's XTEST keyboard, by name. XTEST devices of other master keyboards count as the
+    /// user's.
     std::set<xcb_input_device_id_t> synthetic;
 };
 
@@ -50,7 +50,8 @@ Keyboards keyboards(const XcbConnection& connection) {
 bool XRawKeys::areOffered(const XcbConnection& connection) {
     const auto* extension = xcb_get_extension_data(connection.get(), &xcb_input_id);
     if (!extension || !extension->present) return false;
-    // They arrive during other clients' grabs from XInput 2.1 on; the version holds per connection.
+    // Raw events bypass other clients' grabs from XInput 2.1 on; the version is negotiated per
+    // connection.
     const auto version = connection.reply<xcb_input_xi_query_version_reply>(
         xcb_input_xi_query_version(connection.get(), 2, 2));
     return version && (version->major_version > 2 ||

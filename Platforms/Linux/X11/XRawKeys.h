@@ -11,27 +11,26 @@
 
 namespace marrowby {
 
-/// Raw keys of a display as XInput 2.1 tells them to one connection: below all grabs, and with the
-/// device that they come from. For the adapters of this folder only.
+/// Raw keys of a display (XInput 2.1), which bypass grabs, with their source device.
 class XRawKeys {
   public:
     struct Key {
         std::uint32_t keycode = 0;
         bool down = false;
-        /// Sent through XTEST, by whatever program.
+        /// Sent through XTEST by any program.
         bool isSynthetic = false;
     };
 
-    /// Who presses them. What programs send through XTEST, this one included, is nobody else's; a
-    /// keyboard that is plugged in later is not heard then.
+    /// `usersOnly` excludes XTEST keys, also this program's; keyboards plugged in later are not
+    /// heard then.
     enum class Whose { everybodys, usersOnly };
 
     [[nodiscard]] static bool areOffered(const XcbConnection& connection);
-    /// From now on the connection gets them. Nothing where the display has no such keys.
+    /// Subscribes the connection. `nullopt` when the display has no raw keys.
     [[nodiscard]] static std::optional<XRawKeys> select(const XcbConnection& connection,
                                                         Whose whose);
 
-    /// Nothing for any other event.
+    /// `nullopt` for other events.
     [[nodiscard]] std::optional<Key> read(const xcb_generic_event_t& event) const;
 
   private:

@@ -25,7 +25,7 @@
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon.h>
 
-// This header of C has a member of that name.
+// This C header has a member named `explicit`.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wpedantic"
 #define explicit explicitly
@@ -42,27 +42,27 @@ bool hasXTest(const XcbConnection& connection) {
                connection.get(), XCB_TEST_MAJOR_VERSION, XCB_TEST_MINOR_VERSION)) != nullptr;
 }
 
-/// Which key gives a keysym, and whether it was lent to it. The characters of a password.
+/// The key for a keysym. Secret: these are a password's characters.
 struct KeyUse {
     xcb_keysym_t keysym;
     xcb_keycode_t key;
     bool isLent;
 };
 
-/// Notices who else is at the keyboard of a display, and what of our own keys comes back to us.
+/// Detects other people's key presses, and our own keys when they come back.
 class Bystander {
   public:
     explicit Bystander(const XcbConnection& connection)
         : connection_(connection),
           rawKeys_(XRawKeys::select(connection, XRawKeys::Whose::usersOnly)) {}
 
-    /// Reads all that the connection has got.
+    /// Reads all events that the connection has received.
     [[nodiscard]] bool isUndisturbed() {
         while (const XcbConnection::Owned<xcb_generic_event_t> event{
             xcb_poll_for_event(connection_.get())}) {
             const auto key = rawKeys_ ? rawKeys_->read(*event) : std::nullopt;
             isDisturbed_ |= key && key->down;
-            // Of the guard's grabs.
+            // Our own key, from the guard's passive grab.
             isDisturbed_ |= (event->response_type & 0x7F) == XCB_KEY_PRESS;
         }
         return !isDisturbed_;
@@ -104,7 +104,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         (void)synchronize();
     }
 
-    /// Adds what will be typed. False where the layout has no key left for it.
+    /// Adds a character to type. False when no free key is left for it.
     [[nodiscard]] bool add(xcb_keysym_t keysym) {
         if (keysym == XKB_KEY_NoSymbol) return false;
         if (find(keysym)) return true;
@@ -131,7 +131,8 @@ class XTestKeyEventSource final : public KeyEventSource {
                 .shortcut = pace_.shortcut};
     }
 
-    /// A key that is no modifier is released in the same stroke, for its press may end the locker.
+    /// Non-modifier keys are pressed and released in one stroke, because the press may end the
+    /// locker.
     [[nodiscard]] bool post(const KeyPress& press) override {
         const auto key = find(press.code);
         if (!key || !holder_ || !releaseHeldModifiers()) return false;
@@ -190,7 +191,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         return std::ranges::find(layout_.modifierKeys(), key) != layout_.modifierKeys().end();
     }
 
-    /// Nothing once everything is ready for the first key.
+    /// `nullopt` when ready for the first key.
     [[nodiscard]] Doubt admit(const std::function<bool()>& stillLocked) {
         guard_.arm();
         LockerFacts facts;
@@ -200,14 +201,14 @@ class XTestKeyEventSource final : public KeyEventSource {
             return !verdict && verdict.error().fact == fact;
         };
         readCovers(facts, holder);
-        // A locker that comes up may hold the keyboard before its window stands.
+        // A locker may grab the keyboard before its window is mapped.
         for (TimeInterval waited{}; doubtIs(LockerDoubt::Fact::monitorIsUncovered) &&
                                     waited < xkey::coverLimit && stillLocked();
              waited += xkey::dialogStep) {
             rules_.pause(xkey::dialogStep);
             readCovers(facts, holder);
         }
-        // Where all but the receiver holds, it is worth a key.
+        // Only the receiver is unknown: worth a test key.
         const auto clientsBefore = programs_.clients();
         if (doubtIs(LockerDoubt::Fact::keyReachesNobody)) {
             deliveries_ = XKeyDeliveries::create(*connection_);
@@ -241,8 +242,8 @@ class XTestKeyEventSource final : public KeyEventSource {
         const auto hasReadAll = [&] { return programs_.hasReadAll(locker); };
         if (pace_.needsEventLoop)
             give(stillLocked, [&] { return ClientPrograms::isInEventLoop(locker); });
-        // Only now, when the locker is done with the tap: many lose the news of a key's new symbol
-        // that come while they look up another.
+        // After the locker has handled the test key: many lose a MappingNotify that arrives during
+        // a key lookup.
         give(stillLocked, hasReadAll);
         const bool isLending = borrow();
         if (isLending) give(stillLocked, hasReadAll);
@@ -263,7 +264,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         }
     }
 
-    /// Who gets a key that does nothing, of the locker's or anybody else's.
+    /// The client that receives a tap of Shift.
     [[nodiscard]] std::optional<std::uint32_t> tapReceiver() {
         if (!deliveries_ || !tapHarmless(xkey::leftShift, nullptr)) return std::nullopt;
         std::vector<std::uint32_t> receivers;
@@ -275,7 +276,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         return receivers.front();
     }
 
-    /// Of a key that every layout has, and that says nothing about the password.
+    /// Taps a key that reveals nothing about the password.
     [[nodiscard]] bool tapHarmless(xcb_keysym_t keysym, const XKeyHolder* holder) const {
         const auto key = layout_.key(keysym);
         if (!key) return false;
@@ -284,8 +285,8 @@ class XTestKeyEventSource final : public KeyEventSource {
         return guard_.send(events, holder) == XKeyGuard::Sent::toHolder;
     }
 
-    /// The keys whose presses would not come to us without a locker, as hotkeys of other programs,
-    /// are left alone: their characters are lent to others.
+    /// Moves characters of keys that the guard could not grab, such as other programs' hotkeys, to
+    /// free keys.
     [[nodiscard]] bool chooseKeys() {
         std::vector<xcb_keycode_t> free;
         std::ranges::copy_if(layout_.freeKeys(), std::back_inserter(free),
@@ -302,10 +303,11 @@ class XTestKeyEventSource final : public KeyEventSource {
         return true;
     }
 
-    /// Takes effect of what was chosen; true when keys were lent.
+    /// Maps the chosen keys; true when any was lent.
     [[nodiscard]] bool borrow() {
         bool isLending = false;
-        // Nobody may ask for the map between two of them: Xlib forgets what it is told meanwhile.
+        // Server grab: Xlib drops MappingNotify events that arrive while a client fetches the
+        // keymap.
         xcb_grab_server(connection_->get());
         for (const auto& use : used()) {
             if (!use.isLent) continue;
@@ -328,15 +330,15 @@ class XTestKeyEventSource final : public KeyEventSource {
         return std::nullopt;
     }
 
-    /// False when it doesn't go, or when its locker does.
+    /// False when the dialog does not end, or the locker does.
     [[nodiscard]] bool endDialog(std::uint32_t dialog,
                                  const std::function<bool()>& stillLocked) const {
         return await(xkey::escape, TimeInterval{}, stillLocked,
                      [&] { return programs_.behind(dialog) ? Sight::none : Sight::there; });
     }
 
-    /// Until the locker shows its field. Lockers that came up just now are deaf for a while, and
-    /// are tapped again.
+    /// Waits until the locker shows its field. A locker that has just started ignores keys for a
+    /// while, so it is tapped again.
     [[nodiscard]] bool awaitDialog(const ClientProgram& locker,
                                    const std::function<bool()>& stillLocked) const {
         return await(xkey::leftShift, xkey::dialogTapStep, stillLocked, [&] {
@@ -346,7 +348,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         });
     }
 
-    /// Gives a busy locker time until something holds. Not all tell, so that it goes on without.
+    /// Waits a limited time for a condition. Not every locker shows it, so a timeout is no failure.
     void give(const std::function<bool()>& stillLocked, const std::function<bool()>& holds) const {
         for (TimeInterval waited{}; waited < xkey::busyLimit && stillLocked() && !holds();
              waited += xkey::busyStep) {
@@ -354,11 +356,10 @@ class XTestKeyEventSource final : public KeyEventSource {
         }
     }
 
-    /// What is waited for.
     enum class Sight { none, coming, there };
 
-    /// Looks until it is there. Presses a harmless key after `firstTap`, and again and again, while
-    /// it is not even coming.
+    /// Polls `look` until `there`, with a time limit. While it says `none`, taps a harmless key,
+    /// first after `firstTap`.
     [[nodiscard]] bool await(xcb_keysym_t keysym, TimeInterval firstTap,
                              const std::function<bool()>& stillLocked,
                              const std::function<Sight()>& look) const {
@@ -378,7 +379,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         return false;
     }
 
-    /// Whether a window of `client` can be seen, at the top or within another.
+    /// Whether a window of `client` is viewable, at any depth.
     [[nodiscard]] bool showsWindowOf(std::uint32_t client) const {
         std::vector<xcb_window_t> open{connection_->root()};
         const auto mask = xcb_get_setup(connection_->get())->resource_id_mask;
@@ -406,7 +407,7 @@ class XTestKeyEventSource final : public KeyEventSource {
                                  0xFF, 0, 0);
     }
 
-    /// Keys that somebody keeps pressed, once.
+    /// Releases the modifiers that are held down, before the first stroke.
     [[nodiscard]] bool releaseHeldModifiers() {
         if (std::exchange(hasPosted_, true)) return true;
         const auto keymap =
@@ -418,7 +419,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         return true;
     }
 
-    /// A release tells nobody anything.
+    /// Unguarded: a release reveals nothing.
     void sendRelease(xcb_keycode_t key) const {
         xcb_test_fake_input(connection_->get(), XCB_KEY_RELEASE, key, XCB_CURRENT_TIME, XCB_NONE, 0,
                             0, 0);
@@ -439,7 +440,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         return true;
     }
 
-    /// Waits until the server has taken everything; false when it is gone.
+    /// Waits until the server has processed all requests; false when the display is lost.
     [[nodiscard]] bool synchronize() const {
         return connection_->reply<xcb_get_input_focus_reply>(
                    xcb_get_input_focus(connection_->get())) != nullptr;
@@ -457,7 +458,7 @@ class XTestKeyEventSource final : public KeyEventSource {
     Bystander bystander_;
     std::unique_ptr<XKeyDeliveries> deliveries_;
     LockerPace pace_;
-    /// Nothing until admitted.
+    /// Set by admission.
     std::optional<XKeyHolder> holder_;
     std::optional<xcb_keycode_t> heldModifier_;
     bool hasClearedLocks_ = false;
@@ -492,7 +493,7 @@ void XTestKeyEvents::setUnknownLockerHandler(const std::function<void(std::strin
 
 bool XTestKeyEvents::isTrusted() const {
     const MutexLock lock(mutex_);
-    // Reading what has come is what notices a lost display.
+    // A lost display is only noticed by reading.
     if (trusted_) trusted_->discardEvents();
     if (!trusted_ || trusted_->hasError()) {
         auto connection = XcbConnection::create(displayName_);

@@ -13,28 +13,30 @@ namespace marrowby {
 
 class XcbConnection;
 
-/// Keys through the X server's XTEST extension; codes are keysyms. Any thread.
+/// Keys through the XTEST extension; codes are keysyms. Any thread.
 ///
-/// A source types with what the active layout gives without a modifier and lends every other
-/// character to a key that has none. So held keys and Caps Lock change nothing, and lockers that
-/// read modifiers late see none. No source where a text needs more such keys than the layout leaves
-/// free (19 with the usual one of Xvfb), or holds control characters.
+/// A source uses the keys that give a character without a modifier in the active layout, and lends
+/// all other characters to unused keys. So held keys and Caps Lock change nothing, and lockers that
+/// read modifiers late see none. No source for a text with control characters, or that needs more
+/// keys than are unused (19 with Xvfb's default layout).
 ///
-/// A source is admitted only where a known screen locker has grabbed the keyboard and covers the
-/// screen. From then on each stroke goes to that client alone, or comes back to us and ends it. Raw
-/// keys are beyond that: every program of the user can read them, as those of a hand.
+/// A source is admitted only if a known screen locker has grabbed the keyboard and covers the
+/// screen. From then on each stroke reaches that client only, or comes back to us and ends the
+/// source. Not protected: raw keys, which every program of the user can read, also those typed by
+/// hand.
 class XTestKeyEvents final : public KeyEvents {
   public:
     using Pause = std::function<void(TimeInterval)>;
 
-    /// Blocks the thread as pause() does.
+    /// Sleeps in the calling thread.
     static void sleep(TimeInterval duration);
 
-    /// `displayName` as in DISPLAY. `pause` takes every wait, also those between single events.
+    /// `displayName` as in DISPLAY. `pause` performs every wait, also those between events.
     explicit XTestKeyEvents(std::string displayName, Pause pause = &sleep);
     ~XTestKeyEvents() override;
 
-    /// Told, on the typing thread, why a source was not admitted. Set before the first source.
+    /// Called on the typing thread with the reason when a source is not admitted. Set it before the
+    /// first source.
     std::function<void(const LockerDoubt&)> onDoubt;
     void vouchFor(const std::vector<std::string>& paths) override;
     void setUnknownLockerHandler(const std::function<void(std::string path)>& handler) override;
@@ -51,7 +53,7 @@ class XTestKeyEvents final : public KeyEvents {
     mutable Mutex mutex_;
     std::vector<std::string> vouched_ GUARDED_BY(mutex_);
     std::function<void(std::string)> onUnknownLocker_ GUARDED_BY(mutex_);
-    /// Stays open, because trust is asked for before every event of the engine.
+    /// Kept open: trust is checked before every event of the engine.
     mutable std::unique_ptr<XcbConnection> trusted_ GUARDED_BY(mutex_);
 };
 

@@ -11,8 +11,8 @@
 
 namespace marrowby {
 
-/// A connection to an X display. Any thread; once the display is lost every reply is absent and
-/// hasError() stays true. For the adapters of this folder only.
+/// A connection to an X display. Any thread; after the display is lost every reply is null and
+/// hasError() stays true.
 class XcbConnection {
   public:
     struct Free {
@@ -34,10 +34,10 @@ class XcbConnection {
     [[nodiscard]] const std::string& displayName() const { return displayName_; }
     [[nodiscard]] int fd() const { return xcb_get_file_descriptor(connection_); }
     [[nodiscard]] bool hasError() const { return xcb_connection_has_error(connection_) != 0; }
-    /// The sentence for when hasError().
+    /// For the user, when hasError().
     [[nodiscard]] std::string lostSentence() const;
 
-    /// Waits for a reply: reply<xcb_query_tree_reply>(xcb_query_tree(...)). Absent after an X error
+    /// Waits for a reply: reply<xcb_query_tree_reply>(xcb_query_tree(...)). Null after an X error
     /// and on a lost display.
     template <auto replyFunction, typename Cookie>
     [[nodiscard]] auto reply(Cookie cookie) const {
@@ -50,8 +50,8 @@ class XcbConnection {
     /// XCB_ATOM_NONE on a lost display.
     [[nodiscard]] xcb_atom_t atom(std::string_view name) const;
     void flush() const { xcb_flush(connection_); }
-    /// Drops the events that every client gets unasked, and notices a lost display. For connections
-    /// without an event pump, whose queue would only grow.
+    /// Discards unsolicited events and notices a lost display. For connections without an event
+    /// pump, whose queue would grow.
     void discardEvents() const;
 
   private:

@@ -14,9 +14,9 @@ struct XcbEventPump::State {
     bool isRunning = true;
     int callDepth = 0;
 
-    /// The caller keeps this alive meanwhile, for handlers may let go of the pump. Handlers that
-    /// wait for replies leave events in the connection's own queue, where the socket no longer
-    /// tells of them: it ends only with that queue empty.
+    /// The caller holds a reference, because handlers may destroy the pump. Loops until the queue
+    /// is empty: handlers that wait for replies queue events for which the socket does not become
+    /// readable again.
     void drain() {
         bool hasNews = true;
         while (isRunning && hasNews) {
@@ -55,7 +55,7 @@ XcbEventPump::XcbEventPump(std::shared_ptr<const XcbConnection> connection, Hand
         --state->callDepth;
     };
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, drain);
-    // For what came in before.
+    // Events that arrived before the notifier.
     QTimer::singleShot(0, notifier, drain);
 }
 
@@ -64,7 +64,7 @@ XcbEventPump::~XcbEventPump() {
     if (state_->callDepth == 0) {
         delete state_->notifier;
     } else {
-        // It is what is calling.
+        // deleteLater: it may be the caller.
         state_->notifier->deleteLater();
     }
 }

@@ -7,15 +7,15 @@
 
 namespace marrowby {
 
-/// Delivers a connection's events on Qt's event loop. Made and destroyed on that loop's thread; its
-/// handlers may destroy it. Nobody else takes events from the connection.
+/// Delivers a connection's events on Qt's event loop. Create and destroy it on that thread;
+/// handlers may destroy it. It must be the connection's only reader.
 class XcbEventPump {
   public:
     struct Handlers {
         std::function<void(const xcb_generic_event_t&)> onEvent;
-        /// Called when all events at hand were delivered; may wait for replies.
+        /// Called after all pending events were delivered; may wait for replies.
         std::function<void()> onCaughtUp;
-        /// Called once, last, when the display is gone.
+        /// Called once, as the last call, when the display is lost.
         std::function<void()> onLost;
     };
 

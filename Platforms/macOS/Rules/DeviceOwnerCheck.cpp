@@ -11,7 +11,7 @@ constexpr std::int64_t userCancel = -2;
 constexpr std::int64_t systemCancel = -4;
 constexpr std::int64_t appCancel = -9;
 
-/// Other domains count the same numbers otherwise: somebody's refusal must not read as a cancel.
+/// Other domains use the same codes with other meanings.
 bool isCancel(const OwnerAuthenticationError& error) {
     if (error.domain != OwnerAuthenticationError::authenticationDomain) return false;
     return error.code == userCancel || error.code == systemCancel || error.code == appCancel;
@@ -39,7 +39,7 @@ void DeviceOwnerCheck::confirmOwner(const std::string& reason, Completion comple
             OwnerCheckError(OwnerCheckError::Unavailable{possible.error().message})));
         return;
     }
-    // The reply keeps the context: one that goes away would take its prompt with it.
+    // The reply retains the context: releasing it would dismiss the prompt.
     context->evaluate(
         deviceOwnerAuthentication, reason,
         [context, completion = std::move(completion)](

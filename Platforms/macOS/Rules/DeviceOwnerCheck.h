@@ -7,10 +7,10 @@
 
 namespace marrowby {
 
-/// The policy: the owner’s finger, watch or password.
+/// LAPolicyDeviceOwnerAuthentication: biometrics, watch or password.
 inline constexpr std::int64_t deviceOwnerAuthentication = 2;
 
-/// Asks for biometrics, a paired watch or the account password, each time anew.
+/// Asks for biometrics, a paired watch or the account password, without reusing an earlier answer.
 class DeviceOwnerCheck final : public OwnerCheck {
   public:
     explicit DeviceOwnerCheck(OwnerAuthentication& authentication)

@@ -8,7 +8,7 @@
 
 namespace marrowby {
 
-/// An error of the directory service: its domain, code and localized text.
+/// A directory error: domain, code and localized text.
 struct DirectoryError {
     std::string domain;
     std::int64_t code = 0;
@@ -16,15 +16,15 @@ struct DirectoryError {
     friend bool operator==(const DirectoryError&, const DirectoryError&) = default;
 };
 
-/// What the service says of a wrong password.
+/// The error for a wrong password.
 inline constexpr const char* directoryErrorDomain = "com.apple.OpenDirectory";
 inline constexpr std::int64_t directoryInvalidCredentials = 5000;
 
-/// The node that covers every configured source of authentication, and the records of users in it.
+/// The node of all configured authentication sources, and its user records.
 inline constexpr std::uint32_t directoryAuthenticationNode = 0x2201;
 inline constexpr const char* directoryUserRecords = "dsRecTypeStandard:Users";
 
-/// Knows the computer's accounts. Any thread; blocks.
+/// The computer's accounts. Any thread; blocks.
 class Directory {
   public:
     template <typename T>
@@ -40,7 +40,7 @@ class Directory {
     class Node {
       public:
         virtual ~Node() = default;
-        /// Without any attributes.
+        /// Fetches no attributes.
         [[nodiscard]] virtual Result<std::unique_ptr<Record>> record(const std::string& type,
                                                                      const std::string& name) = 0;
     };

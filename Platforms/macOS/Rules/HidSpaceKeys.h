@@ -5,7 +5,7 @@
 
 namespace marrowby {
 
-/// The Space keys among all that keyboards of the HID manager say. The devices outlive it.
+/// The Space keys among the HID manager's input values. The devices outlive it.
 class HidSpaceKeys final : public SpaceKeys {
   public:
     explicit HidSpaceKeys(KeyboardDevices& devices) : devices_(devices) {}

@@ -6,40 +6,40 @@
 
 namespace marrowby {
 
-/// Raw input values of devices, below any application and any grab. Main thread; the callback comes
-/// on the main thread too.
+/// Raw input values of HID devices, unaffected by applications and grabs. Main thread, callbacks
+/// included.
 class KeyboardDevices {
   public:
-    /// Which devices: HID usage page and usage of the device itself.
+    /// HID usage page and usage of the device.
     struct Match {
         std::uint32_t usagePage = 0;
         std::uint32_t usage = 0;
         friend bool operator==(const Match&, const Match&) = default;
     };
-    /// One value of one element (a key): 1 for down, 0 for up.
+    /// A new value of an element (a key): 1 for down, 0 for up.
     struct InputValue {
         std::uint32_t usagePage = 0;
         std::uint32_t usage = 0;
         std::int64_t value = 0;
     };
-    /// Destroying it ends listening; no callback comes after that.
+    /// Destroying it ends listening: no callback comes after that.
     class Listening {
       public:
         virtual ~Listening() = default;
     };
 
     virtual ~KeyboardDevices() = default;
-    /// Whether the user lets this process watch keys, as far as can be told without asking them.
+    /// Whether this process may listen to keys; does not prompt.
     [[nodiscard]] virtual bool hasListenAccess() const = 0;
-    /// Has the system ask the user, where it does so; the answer shows in the former. Returns at
-    /// once.
+    /// Prompts the user where the system does so, and returns at once; hasListenAccess() shows the
+    /// answer.
     virtual void requestListenAccess() {}
-    /// Nothing when the devices cannot be opened.
+    /// Null when the devices cannot be opened.
     [[nodiscard]] virtual std::unique_ptr<Listening> open(
         Match match, std::function<void(const InputValue&)> onValue) = 0;
 };
 
-/// What the HID manager says to opening all keyboards.
+/// IOReturn codes of opening all keyboards.
 namespace hidmanager {
 
 inline constexpr std::uint32_t success = 0;

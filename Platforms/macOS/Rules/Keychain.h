@@ -11,7 +11,7 @@
 
 namespace marrowby {
 
-/// The keys of keychain queries; an adapter spells each as its system does.
+/// Keys of keychain queries, which the adapter maps to kSec… constants.
 enum class KeychainAttribute {
     itemClass,
     service,
@@ -25,25 +25,25 @@ enum class KeychainAttribute {
     itemDescription,
 };
 
-/// Values of attributes that are constants of the system.
+/// Attribute values that are system constants.
 enum class KeychainConstant { genericPassword, matchLimitOne };
 
 using KeychainValue =
     std::variant<KeychainConstant, bool, std::string, std::span<const std::uint8_t>>;
 using KeychainQuery = std::map<KeychainAttribute, KeychainValue>;
 
-/// A keychain status code; 0 is success.
+/// OSStatus; 0 is success.
 using KeychainStatus = std::int32_t;
 inline constexpr KeychainStatus keychainSuccess = 0;
 inline constexpr KeychainStatus keychainItemNotFound = -25300;
 
 struct KeychainMatch {
     KeychainStatus status = keychainSuccess;
-    /// Absent when the result was missing or not bytes, or none was asked for.
+    /// Absent when none was requested, or the result was missing or not bytes.
     std::optional<SecretBytes> data;
 };
 
-/// The login keychain. Any thread; may block while the system asks the user.
+/// The login keychain. Any thread; may block while the system prompts the user.
 class Keychain {
   public:
     virtual ~Keychain() = default;
@@ -52,7 +52,7 @@ class Keychain {
                                                 const KeychainQuery& attributes) = 0;
     [[nodiscard]] virtual KeychainStatus add(const KeychainQuery& attributes) = 0;
     [[nodiscard]] virtual KeychainStatus remove(const KeychainQuery& query) = 0;
-    /// The system's text for a status; nothing where it has none.
+    /// The system's text for a status, if any.
     [[nodiscard]] virtual std::optional<std::string> message(KeychainStatus status) const = 0;
 };
 

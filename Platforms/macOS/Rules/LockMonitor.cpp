@@ -12,7 +12,7 @@ struct LockMonitor::Registration {
     Center center;
     const char* name;
     LockEvent event;
-    /// What it says about sleep, if anything.
+    /// The new sleep state, if it changes.
     std::optional<bool> isSleeping;
 
     static const Registration all[7];
@@ -55,7 +55,7 @@ void LockMonitor::stop() {
 void LockMonitor::handle(const Registration& registration) {
     if (registration.isSleeping) isSleeping_ = *registration.isSleeping;
     lastEvent_ = registration.event;
-    // A copy, for the owner may let go of this monitor in it.
+    // Copy: the callback may destroy this object.
     if (const auto report = onEvent) report(registration.event);
 }
 

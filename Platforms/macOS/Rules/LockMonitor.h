@@ -8,8 +8,8 @@
 
 namespace marrowby {
 
-/// Turns the system's notifications of lock, screen saver, sleep and wake into lock events. Main
-/// thread. The centres outlive it; destroying it stops it.
+/// Maps the system's lock, screen saver, sleep and wake notifications to lock events. Main thread.
+/// The centres outlive it; destroying it stops it.
 class LockMonitor final : public LockEventWatching {
   public:
     LockMonitor(NotificationCenter& workspaceCenter, NotificationCenter& distributedCenter);
@@ -18,7 +18,7 @@ class LockMonitor final : public LockEventWatching {
     ~LockMonitor() override;
 
     [[nodiscard]] std::optional<LockEvent> lastEvent() const { return lastEvent_; }
-    /// True from a sleep notification to the next wake notification.
+    /// True from a sleep notification until the next wake notification.
     [[nodiscard]] bool isSleeping() const override { return isSleeping_; }
 
     void start() override;

@@ -1,14 +1,14 @@
 #pragma once
 
-/// The names under which a Mac announces its lock, screen saver and sleep.
+/// Notification names for lock, screen saver and sleep.
 namespace marrowby::locknotification {
 
-// Of the distributed centre.
+// Distributed centre.
 inline constexpr const char* screenIsLocked = "com.apple.screenIsLocked";
 inline constexpr const char* screenIsUnlocked = "com.apple.screenIsUnlocked";
 inline constexpr const char* screenSaverDidStop = "com.apple.screensaver.didstop";
 
-// Of the workspace centre.
+// Workspace centre.
 inline constexpr const char* willSleep = "NSWorkspaceWillSleepNotification";
 inline constexpr const char* screensDidSleep = "NSWorkspaceScreensDidSleepNotification";
 inline constexpr const char* didWake = "NSWorkspaceDidWakeNotification";

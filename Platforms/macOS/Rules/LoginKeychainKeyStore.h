@@ -9,18 +9,18 @@
 
 namespace marrowby {
 
-/// The vault's key as a generic password of the file-based login keychain. The item has no access
-/// control of its own: the owner check gates the key.
+/// The vault's key as a generic password in the file-based login keychain. The item has no access
+/// control: the owner check guards the key.
 class LoginKeychainKeyStore final : public VaultKeyStore {
   public:
     static constexpr const char* vaultAccount = "vault-key";
-    /// The vault's service for an application's bundle identifier.
+    /// The item's service name for a bundle identifier.
     [[nodiscard]] static std::string vaultService(std::optional<std::string_view> bundleIdentifier);
 
     LoginKeychainKeyStore(Keychain& keychain, std::string service,
                           std::string account = vaultAccount);
 
-    /// Any failure reads as no.
+    /// False on any failure.
     [[nodiscard]] bool hasKey() override;
     [[nodiscard]] std::expected<std::optional<SecretBytes>, KeychainError> loadKey() override;
     [[nodiscard]] std::expected<void, KeychainError> saveKey(

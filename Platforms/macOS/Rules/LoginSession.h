@@ -12,16 +12,16 @@ using SessionValue = std::variant<bool, std::int64_t, double, std::string>;
 using SessionDictionary = std::map<std::string, SessionValue>;
 
 namespace sessionkey {
-/// Booleans, where they are there at all.
+/// Boolean values; either may be absent.
 inline constexpr const char* screenIsLocked = "CGSSessionScreenIsLocked";
 inline constexpr const char* onConsole = "kCGSSessionOnConsoleKey";
 }  // namespace sessionkey
 
-/// What the window server says about the login session. Any thread.
+/// The window server's facts about the login session. Any thread.
 class LoginSession {
   public:
     virtual ~LoginSession() = default;
-    /// Nothing where there is no session to ask about.
+    /// `nullopt` without a session.
     [[nodiscard]] virtual std::optional<SessionDictionary> copyCurrentDictionary() const = 0;
 };
 

@@ -5,17 +5,17 @@
 
 namespace marrowby {
 
-/// What a Mac tells about whom keys go to, at one moment.
+/// A snapshot of who receives keys.
 struct KeyboardFacts {
-    /// Some password field keeps what is typed from everybody else.
+    /// A password field has enabled secure input.
     bool isInputSecure = false;
-    /// The bundle identifier of the application in front; empty where it has none. Nothing where no
+    /// Bundle identifier of the frontmost application; empty if it has none, `nullopt` if no
     /// application is in front.
     std::optional<std::string> frontApplication;
 };
 
-/// Whether that can be the login window: it is in front, or nobody is, and a password field has the
-/// keys. Not a proof: an application that may not come to the front can have secure input, too.
+/// Whether the login window may have the keyboard: secure input is on, and the login window or no
+/// application is in front. Not a proof: a background application can enable secure input too.
 [[nodiscard]] bool isLoginWindowsKeyboard(const KeyboardFacts& facts);
 
 }  // namespace marrowby

@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// Named announcements without a payload, to whoever observes them.
+/// Named notifications without a payload.
 class NotificationCenter {
   public:
     struct Token {
@@ -20,8 +20,7 @@ class NotificationCenter {
     /// Handlers run on the main thread. Main thread only, as is remove().
     [[nodiscard]] virtual Token observe(std::string name, std::function<void()> handler) = 0;
 
-    /// No call of the handler after this, not even for what was posted before. An unknown token is
-    /// fine.
+    /// The handler is not called after this, not even for earlier posts. Ignores an unknown token.
     virtual void remove(Token token) = 0;
 
     /// Any thread.

@@ -8,7 +8,7 @@
 
 namespace marrowby {
 
-/// Asks the directory service whether a user's password is right. The directory outlives it.
+/// Verifies a user's password with the directory service. The directory outlives it.
 class OpenDirectoryPasswordVerifier final : public MacPasswordVerifying {
   public:
     /// `userName` is the account's short name.

@@ -8,9 +8,9 @@
 
 namespace marrowby {
 
-/// An error of the system: its domain, its code there and its localized text.
+/// A system error: domain, code and localized text.
 struct OwnerAuthenticationError {
-    /// Of what goes wrong with the authentication itself, where codes below 0 have a meaning.
+    /// The domain of LAError, whose codes are negative.
     static constexpr const char* authenticationDomain = "com.apple.LocalAuthentication";
 
     std::string domain;
@@ -24,16 +24,16 @@ struct OwnerAuthenticationError {
 class OwnerAuthenticationContext {
   public:
     virtual ~OwnerAuthenticationContext() = default;
-    /// No error object at all is an empty domain and message with code 0.
+    /// A failure without an error object has an empty domain and message, and code 0.
     [[nodiscard]] virtual std::expected<void, OwnerAuthenticationError> canEvaluate(
         std::int64_t policy) = 0;
-    /// Asks the user; the reply comes once, on any thread, also when the context is gone.
+    /// Prompts the user; replies once, on any thread, even after the context is destroyed.
     virtual void evaluate(
         std::int64_t policy, const std::string& reason,
         std::function<void(std::expected<bool, OwnerAuthenticationError>)> reply) = 0;
 };
 
-/// The system's way to ask whether the owner is there. Main thread.
+/// Creates authentications. Main thread.
 class OwnerAuthentication {
   public:
     virtual ~OwnerAuthentication() = default;

@@ -8,12 +8,12 @@
 
 namespace marrowby {
 
-/// What a login session's dictionary says about the lock. Nothing stands for no session.
+/// The lock state in a login session's dictionary; `nullopt` means no session.
 struct UnlockLockState {
-    /// A flag that is no Boolean is unknown.
+    /// A flag that is not a Boolean is unknown.
     [[nodiscard]] static LockState of(const std::optional<SessionDictionary>& session);
-    /// All that it says, in words; nothing where there is no session. Numbers and texts may tell
-    /// who sits there: only truth values are said.
+    /// The Boolean values as text; `nullopt` without a session. Numbers and strings are left out:
+    /// they may identify the user.
     [[nodiscard]] static std::optional<std::string> inWords(
         const std::optional<SessionDictionary>& session);
 };

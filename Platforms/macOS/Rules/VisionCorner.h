@@ -2,15 +2,15 @@
 
 #include "UnlockCore/Foundation/Geometry.h"
 
-/// Vision counts from the bottom-left of a picture; everybody else from its top-left.
+/// Converts between Vision's bottom-left origin and the top-left origin used elsewhere.
 namespace marrowby::visioncorner {
 
-/// A box in 0…1 of the picture.
+/// In 0…1 of the image.
 [[nodiscard]] inline Rect fromTopLeft(const Rect& box) {
     return {box.x, 1 - box.y - box.height, box.width, box.height};
 }
 
-/// A point in pixels of a picture of this height.
+/// In pixels of an image of this height.
 [[nodiscard]] inline Point fromTopLeft(const Point& point, double height) {
     return {point.x, height - point.y};
 }

@@ -6,7 +6,7 @@
 
 namespace marrowby {
 
-/// Reads the lock from the window server's dictionary of the login session, which outlives it.
+/// Reads the lock state from the login session's dictionary. The session outlives it.
 class WindowServerLockState final : public LockStateReading {
   public:
     explicit WindowServerLockState(const LoginSession& session) : session_(session) {}
