@@ -72,7 +72,7 @@ std::expected<std::unique_ptr<V4l2Device>, int> openNamed(const std::shared_ptr<
 }
 
 /// The device and settings that a start asked for.
-struct Wish {
+struct Request {
     std::string deviceID;
     std::optional<V4l2Mode> mode;
     std::optional<FrameDuration> duration;
@@ -92,10 +92,10 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
         onSample_ = std::move(onSample);
     }
     /// `nullopt`: no camera.
-    void set(std::optional<Wish> wish) EXCLUDES(mutex_) {
+    void set(std::optional<Request> request) EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
-        wish_ = std::move(wish);
-        isNewWish_ = true;
+        request_ = std::move(request);
+        mustReopen_ = true;
     }
 
     void start() EXCLUDES(mutex_) {
@@ -104,10 +104,10 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
             const MutexLock lock(mutex_);
             if (isRunning_ || !queue_) return;
             isRunning_ = true;
-            isNewWish_ = true;
+            mustReopen_ = true;
             run = ++run_;
         }
-        follow();
+        reopenIfNeeded();
         continueRun(run);
     }
     void stop() EXCLUDES(mutex_) {
@@ -140,7 +140,7 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
             const MutexLock lock(mutex_);
             if (!isRunning_ || run != run_) return;
         }
-        follow();
+        reopenIfNeeded();
         if (device_) {
             std::shared_ptr<const PixelBuffer> picture;
             const auto read =
@@ -156,24 +156,24 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
     }
 
     /// Opens the requested camera unless it is open already.
-    void follow() EXCLUDES(mutex_) {
-        std::optional<Wish> wish;
+    void reopenIfNeeded() EXCLUDES(mutex_) {
+        std::optional<Request> request;
         {
             const MutexLock lock(mutex_);
-            if (!std::exchange(isNewWish_, false)) return;
-            wish = wish_;
+            if (!std::exchange(mustReopen_, false)) return;
+            request = request_;
         }
         device_.reset();
-        if (!wish) return;
-        auto device = openNamed(calls_, wish->deviceID);
-        auto layout =
-            device ? (*device)->start(wish->mode, wish->duration) : std::unexpected(device.error());
+        if (!request) return;
+        auto device = openNamed(calls_, request->deviceID);
+        auto layout = device ? (*device)->start(request->mode, request->duration)
+                             : std::unexpected(device.error());
         if (layout) {
             device_ = *std::move(device);
             layout_ = *layout;
         } else if (layout.error() == EBUSY) {
             const MutexLock lock(mutex_);
-            isNewWish_ = true;
+            mustReopen_ = true;
         } else {
             setRunning(false);
         }
@@ -198,8 +198,8 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
     mutable Mutex mutex_;
     std::shared_ptr<WorkQueue> queue_ GUARDED_BY(mutex_);
     std::function<void(const SampleBuffer&)> onSample_ GUARDED_BY(mutex_);
-    std::optional<Wish> wish_ GUARDED_BY(mutex_);
-    bool isNewWish_ GUARDED_BY(mutex_) = false;
+    std::optional<Request> request_ GUARDED_BY(mutex_);
+    bool mustReopen_ GUARDED_BY(mutex_) = false;
     bool isRunning_ GUARDED_BY(mutex_) = false;
     /// Number of the start, so that a step still pending ends with its own run.
     std::uint64_t run_ GUARDED_BY(mutex_) = 0;
@@ -209,11 +209,11 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
 class V4l2CaptureSession::Input final : public CaptureInput {
   public:
     Input(std::string id, std::vector<V4l2Mode> modes, std::weak_ptr<Stream> stream)
-        : wish_{std::move(id), std::nullopt, std::nullopt},
+        : request_{std::move(id), std::nullopt, std::nullopt},
           modes_(std::move(modes)),
           stream_(std::move(stream)) {}
 
-    [[nodiscard]] std::string deviceID() const override { return wish_.deviceID; }
+    [[nodiscard]] std::string deviceID() const override { return request_.deviceID; }
     [[nodiscard]] std::vector<CaptureFormat> formats() const override {
         std::vector<CaptureFormat> formats;
         formats.reserve(modes_.size());
@@ -224,11 +224,11 @@ class V4l2CaptureSession::Input final : public CaptureInput {
     [[nodiscard]] bool lockForConfiguration() override { return true; }
     void setActiveFormat(std::size_t index) override {
         if (index >= modes_.size()) return;
-        wish_.mode = modes_[index];
+        request_.mode = modes_[index];
         if (isAttached_) apply();
     }
     void setFrameDuration(FrameDuration duration) override {
-        wish_.duration = duration;
+        request_.duration = duration;
         if (isAttached_) apply();
     }
     void unlockForConfiguration() override {}
@@ -241,11 +241,11 @@ class V4l2CaptureSession::Input final : public CaptureInput {
   private:
     void apply() {
         if (const auto stream = stream_.lock()) {
-            stream->set(isAttached_ ? std::optional(wish_) : std::nullopt);
+            stream->set(isAttached_ ? std::optional(request_) : std::nullopt);
         }
     }
 
-    Wish wish_;
+    Request request_;
     const std::vector<V4l2Mode> modes_;
     const std::weak_ptr<Stream> stream_;
     bool isAttached_ = false;

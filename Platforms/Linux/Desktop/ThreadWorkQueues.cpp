@@ -91,7 +91,7 @@ constexpr std::size_t backgroundThreads = 4;
 }  // namespace
 
 /// All started work, joined at the end.
-class ThreadWorkQueues::Begun {
+class ThreadWorkQueues::Joiner {
   public:
     void add(const std::shared_ptr<Worklist>& list) EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
@@ -102,7 +102,7 @@ class ThreadWorkQueues::Begun {
     /// Takes the thread of a queue that was destroyed on that thread, which cannot join itself.
     void adopt(std::thread thread) EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
-        if (isOver_) {
+        if (hasFinished_) {
             thread.detach();
         } else {
             orphans_.push_back(std::move(thread));
@@ -116,7 +116,7 @@ class ThreadWorkQueues::Begun {
         std::vector<std::thread> orphans;
         {
             const MutexLock lock(mutex_);
-            isOver_ = true;
+            hasFinished_ = true;
             orphans.swap(orphans_);
         }
         for (std::thread& orphan : orphans)
@@ -130,16 +130,16 @@ class ThreadWorkQueues::Begun {
     }
 
     Mutex mutex_;
-    bool isOver_ GUARDED_BY(mutex_) = false;
+    bool hasFinished_ GUARDED_BY(mutex_) = false;
     std::vector<std::weak_ptr<Worklist>> lists_ GUARDED_BY(mutex_);
     std::vector<std::thread> orphans_ GUARDED_BY(mutex_);
 };
 
 class ThreadWorkQueues::Queue final : public WorkQueue {
   public:
-    Queue(std::string label, std::size_t maximumThreads, std::shared_ptr<Begun> begun)
-        : label_(std::move(label)), maximumThreads_(maximumThreads), begun_(std::move(begun)) {
-        begun_->add(worklist_);
+    Queue(std::string label, std::size_t maximumThreads, std::shared_ptr<Joiner> joiner)
+        : label_(std::move(label)), maximumThreads_(maximumThreads), joiner_(std::move(joiner)) {
+        joiner_->add(worklist_);
     }
     Queue(const Queue&) = delete;
     Queue& operator=(const Queue&) = delete;
@@ -150,7 +150,7 @@ class ThreadWorkQueues::Queue final : public WorkQueue {
         const MutexLock lock(mutex_);
         for (std::thread& thread : threads_) {
             if (thread.get_id() == std::this_thread::get_id()) {
-                begun_->adopt(std::move(thread));
+                joiner_->adopt(std::move(thread));
             } else {
                 thread.join();
             }
@@ -177,23 +177,23 @@ class ThreadWorkQueues::Queue final : public WorkQueue {
 
     const std::string label_;
     const std::size_t maximumThreads_;
-    const std::shared_ptr<Begun> begun_;
+    const std::shared_ptr<Joiner> joiner_;
     const std::shared_ptr<Worklist> worklist_ = std::make_shared<Worklist>();
     Mutex mutex_;
     std::vector<std::thread> threads_ GUARDED_BY(mutex_);
 };
 
 ThreadWorkQueues::ThreadWorkQueues()
-    : begun_(std::make_shared<Begun>()),
-      background_(std::make_shared<Queue>("background", backgroundThreads, begun_)) {}
+    : joiner_(std::make_shared<Joiner>()),
+      background_(std::make_shared<Queue>("background", backgroundThreads, joiner_)) {}
 
 ThreadWorkQueues::~ThreadWorkQueues() {
     background_.reset();
-    begun_->finish();
+    joiner_->finish();
 }
 
 std::shared_ptr<WorkQueue> ThreadWorkQueues::serial(std::string label) {
-    return std::make_shared<Queue>(std::move(label), 1, begun_);
+    return std::make_shared<Queue>(std::move(label), 1, joiner_);
 }
 
 }  // namespace marrowby

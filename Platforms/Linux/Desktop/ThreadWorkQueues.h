@@ -21,10 +21,10 @@ class ThreadWorkQueues final : public WorkQueues {
     [[nodiscard]] std::shared_ptr<WorkQueue> background() override { return background_; }
 
   private:
-    class Begun;
+    class Joiner;
     class Queue;
 
-    std::shared_ptr<Begun> begun_;
+    std::shared_ptr<Joiner> joiner_;
     std::shared_ptr<WorkQueue> background_;
 };
 

@@ -63,9 +63,9 @@ class EvdevSpaceKeys::Readers final : public Listening {
         });
         if (!isThere) notifiers_.erase(path);
         // The callback may stop listening, which destroys this.
-        const std::weak_ptr alive(life_);
+        const std::weak_ptr weak(alive_);
         const auto report = onPress_;
-        for (; presses > 0 && !alive.expired(); --presses)
+        for (; presses > 0 && !weak.expired(); --presses)
             report({.isSynthetic = isVirtual});
     }
 
@@ -73,7 +73,7 @@ class EvdevSpaceKeys::Readers final : public Listening {
     const std::function<void(Press)> onPress_;
     QFileSystemWatcher watcher_;
     std::map<std::string, std::unique_ptr<QSocketNotifier, DeleteLater>> notifiers_;
-    const std::shared_ptr<int> life_ = std::make_shared<int>();
+    const std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
 };
 
 EvdevSpaceKeys::EvdevSpaceKeys(std::filesystem::path folder, EvdevDevices::Describe describe)

@@ -28,7 +28,7 @@ constexpr unsigned busFlags =
     G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION;
 
 // Replies take milliseconds, activation a moment; only a hung service takes longer.
-constexpr int patienceMilliseconds = 10'000;
+constexpr int timeoutMilliseconds = 10'000;
 
 constexpr const char* noBus = "There’s no session bus, so no keyring can be reached.";
 constexpr const char* noService =
@@ -264,7 +264,7 @@ class SecretServiceKeyStore::Conversation {
         ErrorSlot error;
         Variant reply(g_dbus_connection_call_sync(connection_.get(), serviceName, path, interface,
                                                   method, arguments, G_VARIANT_TYPE(replyType),
-                                                  G_DBUS_CALL_FLAGS_NONE, patienceMilliseconds,
+                                                  G_DBUS_CALL_FLAGS_NONE, timeoutMilliseconds,
                                                   nullptr, error));
         if (!reply) return std::unexpected(failureOf(error.get()));
         return reply;
@@ -293,7 +293,7 @@ class SecretServiceKeyStore::Conversation {
         if (!service_) {
             service_.reset(static_cast<SecretService*>(g_initable_new(
                 secretServiceType(), nullptr, error, "g-connection", connection_.get(),
-                "g-default-timeout", patienceMilliseconds, nullptr)));
+                "g-default-timeout", timeoutMilliseconds, nullptr)));
         }
         if (!service_ || !secret_service_ensure_session_sync(service_.get(), nullptr, error)) {
             return std::unexpected(failureOf(error.get()));

@@ -17,11 +17,11 @@ LinuxLockMonitor::LinuxLockMonitor(const LogindWatcher& logind, const ScreenSave
     : logind_(logind), savers_(savers), display_(display), mainThread_(mainThread) {}
 
 void LinuxLockMonitor::start() {
-    if (!told_) told_ = std::make_shared<Told>();
+    if (!run_) run_ = std::make_shared<Run>();
 }
 
 void LinuxLockMonitor::stop() {
-    told_.reset();
+    run_.reset();
 }
 
 SessionState LinuxLockMonitor::sessionState() const {
@@ -49,11 +49,11 @@ LockState LinuxLockMonitor::state() const {
 
 void LinuxLockMonitor::update() {
     const SessionState now = sessionState();
-    for (const SessionChange& change : changes(std::exchange(truth_, now), now)) {
-        mainThread_.post([this, change, weak = std::weak_ptr(told_)] {
-            const auto told = weak.lock();
-            if (!told) return;
-            if (change.isSleeping) told->isSleeping = *change.isSleeping;
+    for (const SessionChange& change : changes(std::exchange(session_, now), now)) {
+        mainThread_.post([this, change, weak = std::weak_ptr(run_)] {
+            const auto run = weak.lock();
+            if (!run) return;
+            if (change.isSleeping) run->isSleeping = *change.isSleeping;
             // Copy: the callback may destroy this object.
             if (const auto report = onEvent) report(change.event);
         });

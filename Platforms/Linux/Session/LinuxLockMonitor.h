@@ -24,13 +24,13 @@ class LinuxLockMonitor final : public LockEventWatching, public LockStateReading
     void update();
 
     [[nodiscard]] LockState state() const override;
-    [[nodiscard]] bool isSleeping() const override { return told_ && told_->isSleeping; }
+    [[nodiscard]] bool isSleeping() const override { return run_ && run_->isSleeping; }
     void start() override;
     void stop() override;
 
   private:
     /// State since start().
-    struct Told {
+    struct Run {
         bool isSleeping = false;
     };
 
@@ -41,9 +41,9 @@ class LinuxLockMonitor final : public LockEventWatching, public LockStateReading
     const X11Display* display_;
     MainThread& mainThread_;
     /// As of the last update().
-    SessionState truth_;
+    SessionState session_;
     /// Null while stopped; queued events hold it weakly.
-    std::shared_ptr<Told> told_;
+    std::shared_ptr<Run> run_;
 };
 
 }  // namespace marrowby

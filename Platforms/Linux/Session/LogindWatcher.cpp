@@ -70,9 +70,9 @@ QString pathOfPair(const QDBusMessage& reply) {
 }  // namespace
 
 /// The bus connection. Its state is reset whenever logind stops.
-class LogindWatcher::Conversation {
+class LogindWatcher::Connection {
   public:
-    Conversation(LogindWatcher& watcher, std::string busAddress, MainThread& mainThread)
+    Connection(LogindWatcher& watcher, std::string busAddress, MainThread& mainThread)
         : watcher_(watcher),
           mainThread_(mainThread),
           link_(std::move(busAddress),
@@ -124,7 +124,7 @@ class LogindWatcher::Conversation {
     }
 
     void forgetLogind() {
-        ++logind_;
+        ++generation_;
         inhibitor_.reset();
         state_.isPreparingForSleep.reset();
         leaveSession();
@@ -244,9 +244,9 @@ class LogindWatcher::Conversation {
 
     /// Drops replies to an earlier instance of logind.
     void call(const QDBusMessage& message, DBusLink::MessageHandler handler) {
-        link_.call(message, [this, logind = logind_,
+        link_.call(message, [this, generation = generation_,
                              handler = std::move(handler)](const QDBusMessage& reply) {
-            if (logind == logind_) handler(reply);
+            if (generation == generation_) handler(reply);
         });
     }
 
@@ -256,7 +256,7 @@ class LogindWatcher::Conversation {
     MainThread& mainThread_;
     State state_;
     /// Number of logind's restarts.
-    std::uint64_t logind_ = 0;
+    std::uint64_t generation_ = 0;
     /// Holding this descriptor delays sleep.
     std::shared_ptr<const QDBusUnixFileDescriptor> inhibitor_;
     QString sessionPath_;
@@ -267,12 +267,12 @@ class LogindWatcher::Conversation {
 };
 
 LogindWatcher::LogindWatcher(std::string busAddress, MainThread& mainThread)
-    : conversation_(std::make_unique<Conversation>(*this, std::move(busAddress), mainThread)) {}
+    : connection_(std::make_unique<Connection>(*this, std::move(busAddress), mainThread)) {}
 
 LogindWatcher::~LogindWatcher() = default;
 
 void LogindWatcher::start() {
-    conversation_->start();
+    connection_->start();
 }
 
 LogindWatcher::State LogindWatcher::state() const {

@@ -40,13 +40,13 @@ class LogindWatcher {
     [[nodiscard]] State state() const;
 
   private:
-    class Conversation;
+    class Connection;
 
     void set(const State& state);
 
     mutable Mutex mutex_;
     State state_ GUARDED_BY(mutex_);
-    std::unique_ptr<Conversation> conversation_;
+    std::unique_ptr<Connection> connection_;
 };
 
 }  // namespace marrowby

@@ -26,7 +26,7 @@ class ScreenSaverWatcher::Savers {
         const char* path;
         LockReading reading = LockReading::unknown;
         /// Number of the service's restarts.
-        std::uint64_t life = 0;
+        std::uint64_t generation = 0;
     };
 
     void onConnected() {
@@ -50,9 +50,11 @@ class ScreenSaverWatcher::Savers {
         const QString service = QString::fromLatin1(saver.service);
         const auto getActive = QDBusMessage::createMethodCall(
             service, QString::fromLatin1(saver.path), service, QStringLiteral("GetActive"));
-        link_.call(getActive, [this, &saver, life = saver.life](const QDBusMessage& reply) {
-            if (life == saver.life && reply.type() == QDBusMessage::ReplyMessage) set(saver, reply);
-        });
+        link_.call(
+            getActive, [this, &saver, generation = saver.generation](const QDBusMessage& reply) {
+                if (generation == saver.generation && reply.type() == QDBusMessage::ReplyMessage)
+                    set(saver, reply);
+            });
     }
 
     /// Takes the first value of a reply or a signal.
@@ -64,7 +66,7 @@ class ScreenSaverWatcher::Savers {
     }
 
     void forget(Saver& saver) {
-        ++saver.life;
+        ++saver.generation;
         saver.reading = LockReading::unknown;
         report();
     }

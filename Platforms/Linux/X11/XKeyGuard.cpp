@@ -78,25 +78,25 @@ bool XKeyGuard::isKeyboardHeld() const {
     return send({}, nullptr) == Sent::toHolder;
 }
 
-bool XKeyGuard::stands(const XKeyHolder& holder) const {
+bool XKeyGuard::isUnchanged(const XKeyHolder& holder) const {
     xcb_connection_t* const xcb = connection_.get();
     const auto processCookie = ClientPrograms::askProcess(connection_, holder.client);
     std::vector<xcb_get_window_attributes_cookie_t> cookies;
     cookies.reserve(holder.covers.size());
     for (const auto window : holder.covers)
         cookies.push_back(xcb_get_window_attributes(xcb, window));
-    bool stands = ClientPrograms::process(connection_, processCookie) == holder.process;
+    bool isUnchanged = ClientPrograms::process(connection_, processCookie) == holder.process;
     for (const auto cookie : cookies) {
         const auto attributes = connection_.reply<xcb_get_window_attributes_reply>(cookie);
-        stands = stands && attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+        isUnchanged = isUnchanged && attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
     }
-    return stands;
+    return isUnchanged;
 }
 
 XKeyGuard::Sent XKeyGuard::send(std::span<const Event> events, const XKeyHolder* holder) const {
     xcb_connection_t* const xcb = connection_.get();
     xcb_grab_server(xcb);
-    if (holder != nullptr && !stands(*holder)) {
+    if (holder != nullptr && !isUnchanged(*holder)) {
         xcb_ungrab_server(xcb);
         connection_.flush();
         return connection_.hasError() ? Sent::displayLost : Sent::toNobody;

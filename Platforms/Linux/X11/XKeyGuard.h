@@ -63,7 +63,7 @@ class XKeyGuard {
     void release();
 
   private:
-    [[nodiscard]] bool stands(const XKeyHolder& holder) const;
+    [[nodiscard]] bool isUnchanged(const XKeyHolder& holder) const;
 
     const XcbConnection& connection_;
     std::bitset<256> covered_;
