@@ -5,17 +5,17 @@
 
 namespace marrowby {
 
-/// The two windows on the screen. Main thread.
+/// The application's two windows. Main thread.
 class ApplicationWindows {
   public:
     using Window = UnlockOpening::Window;
 
     virtual ~ApplicationWindows() = default;
-    /// Opens the window, or brings it forward; the presenter outlives it.
+    /// Opens the window or brings it to the front; the presenter must outlive it.
     virtual void show(Window window, WindowPresenter& presenter) = 0;
-    /// Draws an open window's page anew; nothing for a closed one.
+    /// Redraws an open window's page; does nothing for a closed one.
     virtual void refresh(Window window) = 0;
-    /// Closes it without a word to its presenter.
+    /// Closes it without notifying its presenter.
     virtual void close(Window window) = 0;
     [[nodiscard]] virtual bool isOpen(Window window) const = 0;
 };

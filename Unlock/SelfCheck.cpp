@@ -51,7 +51,7 @@ std::string cameraInWords(const std::optional<CameraManager::Opened>& camera) {
     return text;
 }
 
-/// Other people's sentences end as they like.
+/// Error texts of the system may lack a full stop.
 std::string sentence(std::string text) {
     if (text.empty()) return "the system doesn’t say why.";
     if (text.back() != '.') text += '.';
@@ -89,7 +89,7 @@ void SelfCheck::say(std::string_view subject, bool isGood, const std::string& wh
     isAllThere_ = isAllThere_ && !isMissing;
     const std::string_view mark = isGood ? "ok  " : isMissing ? "NO  " : "-   ";
     std::string line = std::string(mark).append(subject).append(": ").append(what);
-    // A name that a device gives itself, or a stranger's sentence, may talk to the terminal.
+    // Device names and error texts may contain terminal escapes.
     std::ranges::replace_if(
         line, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, ' ');
     onLine_(line);
@@ -195,14 +195,14 @@ void SelfCheck::startCamera() {
             if (weak.lock()) cameraEnds(size);
         });
     });
-    // Without permission the system would ask for it.
+    // Starting without permission would prompt the user.
     const bool isAllowed = camera_.permission() == CameraManager::Permission::granted;
     const auto started = isAllowed ? camera_.start(std::nullopt)
                                    : std::expected<void, CameraError>(
                                          std::unexpected(CameraError(CameraError::NotAllowed{})));
     if (started) {
-        patience_ = services_.mainThread.at(cameraBegan_ + longestWait, TimeInterval(0.5),
-                                            [this] { cameraEnds(std::nullopt); });
+        timeout_ = services_.mainThread.at(cameraBegan_ + longestWait, TimeInterval(0.5),
+                                           [this] { cameraEnds(std::nullopt); });
         return;
     }
     say("Camera", false, sentence(description(started.error(), services_.words)));
@@ -210,9 +210,9 @@ void SelfCheck::startCamera() {
 }
 
 void SelfCheck::cameraEnds(const std::optional<Size>& picture) {
-    if (!patience_) return;
-    // The timer may be what calls.
-    const auto patience = std::exchange(patience_, nullptr);
+    if (!timeout_) return;
+    // Kept alive: the timer may be the caller.
+    const auto timeout = std::exchange(timeout_, nullptr);
     const TimeInterval took = services_.clock.now() - cameraBegan_;
     camera_.stop();
     say("Camera", picture.has_value(),

@@ -22,10 +22,9 @@
 
 namespace marrowby {
 
-/// Says in one line each what of this computer an unlock would find: what is allowed, the session,
-/// the camera with its format and first picture, the networks, the key store, the owner's check. It
-/// asks the user nothing, says no secret and leaves nothing behind. Main thread; the services
-/// outlive it.
+/// Prints one line for each part that an unlock needs: permissions, session, camera (format and
+/// first frame), models, key store, owner check. Prompts nobody, reveals no secret and leaves
+/// nothing behind. Main thread; the services outlive it.
 class SelfCheck {
   public:
     struct Services {
@@ -34,27 +33,27 @@ class SelfCheck {
         const SystemClock& clock;
         WorkQueues& queues;
         const LockStateReading& lockState;
-        /// What the system says of the session, without a full stop; nothing where there is none.
+        /// The session's state as text without a full stop; `nullopt` without a session.
         std::function<std::optional<std::string>()> sessionInWords;
         const SpaceKeys& spaceKeys;
         KeyEvents& keyEvents;
         std::shared_ptr<CaptureSession> camera;
         const Imaging& imaging;
         NeuralModels& models;
-        /// Or the sentence why there is none.
+        /// The error is a sentence.
         std::expected<ModelPack, std::string> pack;
-        /// Of a key beside the vault's.
+        /// For a test key besides the vault's.
         VaultKeyStore& trialKeyStore;
         AuthenticatedCipher& cipher;
         OwnerCheck& ownerCheck;
         WindowServer& windowServer;
     };
 
-    /// How long the camera may take for its first picture.
+    /// Longest wait for the camera's first frame.
     static constexpr TimeInterval longestWait{10};
 
-    /// `onLine` gets every line; `onEnd`, once, whether all that an unlock needs is there. It may
-    /// destroy this.
+    /// `onLine` gets every line; `onEnd` is called once, with whether all needed parts are there,
+    /// and may destroy this.
     SelfCheck(Services services, std::function<void(const std::string&)> onLine,
               std::function<void(bool)> onEnd);
     SelfCheck(const SelfCheck&) = delete;
@@ -83,7 +82,7 @@ class SelfCheck {
     CameraUseRegistry cameraUse_;
     CameraManager camera_;
     Date cameraBegan_;
-    std::unique_ptr<MainThread::Timer> patience_;
+    std::unique_ptr<MainThread::Timer> timeout_;
     std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
 };
 

@@ -31,8 +31,8 @@ UnlockApplication::UnlockApplication(const UnlockPlatform& platform,
                                      },
                                  .onAskToUpdatePassword =
                                      [this] {
-                                         // What is under way in it would be lost; the settings ask,
-                                         // too.
+                                         // Reopening would lose its unsaved input. The settings
+                                         // ask, too.
                                          if (!windows_.isOpen(Window::welcome))
                                              startWelcome(UnlockOnboardingMode::updatePassword);
                                      },
@@ -101,7 +101,7 @@ void UnlockApplication::startWelcome(UnlockOnboardingMode mode) {
         windows_.close(Window::welcome);
         welcome_->windowClosed();
     }
-    // Who asked for this may be the presenter that goes.
+    // Kept alive until the next turn: the presenter may be the caller.
     const auto previous = std::shared_ptr<WelcomePresenter>(std::move(welcome_));
     platform_.mainThread.post([previous] {});
     welcome_ = std::make_unique<WelcomePresenter>(

@@ -14,14 +14,14 @@
 
 namespace marrowby {
 
-/// The application, whatever draws its windows: the model, what the windows show, and when they
-/// open. Main thread.
+/// The application without its drawing: the model, the windows' content, and when they open. Main
+/// thread.
 class UnlockApplication {
   public:
     struct Hooks {
-        /// For the system's log: a line without names of people or secrets.
+        /// Writes to the system's log. Lines contain no names of people and no secrets.
         std::function<void(const std::string&)> log;
-        /// Ends the process, after this call has returned.
+        /// Ends the process after this call has returned.
         std::function<void()> terminate;
     };
 
@@ -35,14 +35,14 @@ class UnlockApplication {
     /// The user opened the application again.
     void shouldHandleReopen();
     [[nodiscard]] static bool shouldTerminateAfterLastWindowClosed() { return false; }
-    /// Forgets the key and everything under way.
+    /// Wipes the key and cancels all pending work.
     void willTerminate();
 
     [[nodiscard]] UnlockModel& model() { return *model_; }
     [[nodiscard]] const UnlockJournal& journal() const { return journal_; }
 
   private:
-    /// A little later.
+    /// On a later turn.
     void open(UnlockOpening::Window window);
     void show(UnlockOpening::Window window);
     void startWelcome(UnlockOnboardingMode mode);
@@ -57,7 +57,7 @@ class UnlockApplication {
     std::unique_ptr<UnlockModel> model_;
     std::unique_ptr<WelcomePresenter> welcome_;
     std::unique_ptr<SettingsPresenter> settings_;
-    /// Asks for the permissions again while a window shows them; nobody tells of them.
+    /// Polls the permissions while a window shows them: their changes are not announced.
     std::unique_ptr<MainThread::Timer> permissionTimer_;
     std::unique_ptr<MainThread::Timer> opening_;
 };

@@ -5,27 +5,26 @@
 
 namespace marrowby {
 
-/// Which window the application shows when it is opened.
+/// Which window opens.
 struct UnlockOpening {
     enum class Window : std::uint8_t { welcome, settings };
 
     struct State {
-        /// Face, password and permissions are in place.
+        /// Face, password and permissions are set up.
         bool isReady = false;
         bool finishedWelcome = false;
         bool welcomeOpen = false;
         bool settingsOpen = false;
     };
 
-    /// The launch as the system tells of it.
     struct Launch {
-        /// Started with the session rather than by the user.
+        /// Started with the session, not by the user.
         bool isAtLogin = false;
-        /// The user is there to see a window: the screen is not locked.
+        /// The screen is unlocked, so that the user sees a window.
         bool isVisible = false;
     };
 
-    /// A window already open comes forward.
+    /// An open window comes to the front.
     [[nodiscard]] static Window onReopen(const State& state);
     [[nodiscard]] static std::optional<Window> onLaunch(const State& state, const Launch& launch);
 };

@@ -29,7 +29,7 @@ constexpr PanelColor red{.red = 1.0, .green = 0.42, .blue = 0.38};
 // Points.
 constexpr double panelWidth = 320;
 constexpr double panelMargin = 20;
-/// Between the edge of a screen without a notch and the pill.
+/// Distance of the pill from the top of a screen without a notch.
 constexpr double gap = 8;
 constexpr double pillHeight = 48;
 constexpr Size closedSize{.width = 48, .height = 24};
@@ -38,16 +38,17 @@ constexpr double inset = 10;
 constexpr double ringRadius = 14;
 constexpr double ringWidth = 2.5;
 constexpr double fontSize = 14;
-/// Of one character, by the font's size: a little more than usual sans-serif fonts have.
+/// Estimated width of a character over the font size, slightly above that of common sans-serif
+/// fonts.
 constexpr double characterWidth = 0.58;
 constexpr double shakeWidth = 6;
 
 // Seconds.
 constexpr double growing = 0.3;
 constexpr double shrinking = 0.25;
-/// Until a growing pill is wide enough for what is in it.
+/// Until a growing pill is wide enough to show its content.
 constexpr double widening = 0.2;
-/// From then on.
+/// Fade-in after that.
 constexpr double appearing = 0.15;
 constexpr double ticking = 0.35;
 constexpr double shaking = 0.45;
@@ -64,7 +65,7 @@ double part(double now, double begin, double end) {
     return std::clamp((now - begin) / (end - begin), 0.0, 1.0);
 }
 
-/// Fast first, slow at the end.
+/// Ease-out.
 double eased(double part) {
     return 1 - std::pow(1 - part, 3);
 }
@@ -85,7 +86,7 @@ std::string_view textOf(const OverlayPhase& phase) {
 }
 
 double widthOf(std::string_view text) {
-    // Bytes that continue a character in UTF-8 are none of their own.
+    // Skips UTF-8 continuation bytes.
     const auto characters = std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; });
     return static_cast<double>(characters) * characterWidth * fontSize;
 }
@@ -100,10 +101,10 @@ Size restingSize(const OverlayPhase& phase, const Size& notch) {
             .height = notch.height + pillHeight};
 }
 
-/// Draws into the pill as it lies there.
+/// Draws the pill's content at the pill's current place.
 class Painter {
   public:
-    /// `now` counts from when there is anything in the pill.
+    /// `now`: seconds since the content appeared.
     Painter(PanelDrawing& drawing, double now, double alpha)
         : drawing_(drawing), now_(now), alpha_(alpha) {}
 
@@ -127,7 +128,7 @@ class Painter {
         arc(centre, ringRadius, 0, 1, faded(color, 0.3));
     }
 
-    /// Looks to the right where `turn` is positive, at most 1.
+    /// The face, turned to the right for a positive `turn`, at most 1.
     void face(const Point& centre, double turn) {
         const double x = centre.x + 4 * turn;
         for (const double side : {-4.0, 4.0}) {
@@ -158,7 +159,7 @@ class Painter {
         const Point left{.x = centre.x - 6, .y = centre.y + 0.5};
         const Point low{.x = centre.x - 1.5, .y = centre.y + 5};
         const Point right{.x = centre.x + 6.5, .y = centre.y - 4.5};
-        // The short stroke is a third of the way.
+        // The short stroke is a third of the check mark's length.
         const double drawn = 3 * eased(part(now_, 0, ticking));
         Polyline tick{
             .points = {left, towards(left, low, drawn)}, .width = 3, .color = faded(green, alpha_)};
@@ -209,7 +210,7 @@ class Painter {
     double alpha_;
 };
 
-/// What a failure's ring holds. A face that is not real looks like an unknown one.
+/// The icon in a failure's ring. A spoof looks like an unknown face.
 struct FailureIcon {
     Painter& painter;
     Point centre;
@@ -234,7 +235,7 @@ struct Content {
     }
     void operator()(const OverlayPhase::Hidden&) {}
     void operator()(const OverlayPhase::Closed&) {
-        // Behind the notch nobody would see it.
+        // It would be behind the notch.
         if (!hasNotch) painter.padlock({icon.x, icon.y - 1}, 0.9, faded(white, 0.7));
     }
     void operator()(const OverlayPhase::Scanning&) { painter.scanning(icon); }
@@ -259,7 +260,7 @@ double widthOfPanel(const Size& notch) {
     return std::max(panelWidth, notch.width + 2 * panelMargin);
 }
 
-/// In the panel.
+/// In the panel's coordinates.
 Rect pillFrame(const Size& size, const Size& notch) {
     return {.x = (widthOfPanel(notch) - size.width) / 2,
             .y = notch.height > 0 ? 0 : gap,
@@ -287,7 +288,7 @@ Size Island::size() const {
 }
 
 Rect Island::hoverArea() const {
-    // Up to the edge, where a pointer ends that is thrown upwards.
+    // Extended to the screen's edge, where a pointer that is flung upwards stops.
     const Rect pill = pillFrame(restingSize(phase, notch), notch);
     return {.x = pill.x, .y = 0, .width = pill.width, .height = pill.maxY()};
 }
@@ -307,7 +308,7 @@ PanelDrawing Island::drawing() const {
     }
     const double radius = std::min({largestRadius, pill.height / 2, pill.width / 2});
     PanelDrawing drawing;
-    // Out of the upper edge where the notch comes out of it.
+    // Starts above the edge, so that only the lower corners are round.
     const double above = hasNotch ? radius : 0;
     drawing.emplace_back(RoundedRectangle{.frame = {.x = pill.x,
                                                     .y = pill.y - above,

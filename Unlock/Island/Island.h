@@ -8,28 +8,28 @@
 
 namespace marrowby {
 
-/// The island above the lock screen at a moment: a dark pill at the middle of the screen's upper
-/// edge, around the notch where there is one, that grows and shrinks with what it has to say.
+/// The island at one moment: a dark pill at the top centre of the lock screen, around the notch if
+/// there is one, that resizes with its content.
 struct Island {
     OverlayPhase phase = OverlayPhase::Hidden{};
     /// Since the phase began.
     TimeInterval since{};
-    /// How large the pill was then.
+    /// The pill's size at that time.
     Size begin;
     /// Of the screen.
     Size notch;
 
-    /// Where its panel lies; the same for all moments.
+    /// The panel's frame, the same at all times.
     [[nodiscard]] static Rect frame(const ScreenGeometry& screen);
 
     /// Of the pill.
     [[nodiscard]] Size size() const;
-    /// Where the pointer hovers over it once it rests. In points of its panel.
+    /// Where the pointer hovers over the resting island, in the panel's points.
     [[nodiscard]] Rect hoverArea() const;
-    /// Opaque but for the pill's edge, so that it needs no compositor. Empty when there is nothing
-    /// to see.
+    /// Opaque except for the pill's edge, so that it needs no compositor. Empty while the island is
+    /// invisible.
     [[nodiscard]] PanelDrawing drawing() const;
-    /// Whether a later moment of this phase looks different.
+    /// Whether this phase still changes the drawing.
     [[nodiscard]] bool isMoving() const;
 };
 

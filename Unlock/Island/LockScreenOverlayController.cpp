@@ -10,7 +10,7 @@ namespace {
 constexpr TimeInterval frameInterval(1.0 / 60);
 constexpr TimeInterval frameTolerance(0.0005);
 
-/// The engine takes a hover then.
+/// Whether the engine reacts to a hover in this phase.
 bool awaitsHover(const OverlayPhase& phase) {
     return std::holds_alternative<OverlayPhase::Closed>(phase) ||
            std::holds_alternative<OverlayPhase::Failure>(phase);
@@ -39,7 +39,7 @@ void LockScreenOverlayController::show(const OverlayPhase& phase) {
 
 Island LockScreenOverlayController::island() {
     const Date now = services_.clock.now();
-    // The wall clock may be set back.
+    // The wall clock may have been set back.
     if (now < phaseBegan_) phaseBegan_ = now;
     return {.phase = phase_, .since = now - phaseBegan_, .begin = begin_, .notch = screen_.notch};
 }
@@ -52,7 +52,7 @@ bool LockScreenOverlayController::place() {
     if (!window_ || !window_->exists()) window_.emplace(services_.lockScreen, content_, frame);
     if (!window_->exists()) return false;
     if (!isShown_) begin_ = screen_.notch;
-    // Without a space above the lock screen the shield's level has to do.
+    // Without a space above the lock screen the panel only has the shielding window's level.
     (void)window_->show(frame, true);
     isShown_ = true;
     return true;
@@ -93,7 +93,7 @@ void LockScreenOverlayController::pointerIsAt(const Point& place) {
     const Rect panel = Island::frame(screen_);
     const bool isHovering =
         contains(island().hoverArea(), {.x = place.x - panel.x, .y = place.y - panel.y});
-    // A pointer that rests there has to leave first.
+    // A pointer that was there already must leave first.
     const bool hasCome = isHovering_ && !*isHovering_ && isHovering;
     isHovering_ = isHovering;
     if (hasCome && onHover) onHover();

@@ -13,9 +13,9 @@
 
 namespace marrowby {
 
-/// Shows the engine's phases on the island above the lock screen. Wakes up only while something on
-/// it moves. Where the system has no window to give, it shows nothing and tries again at the next
-/// phase. Main thread; the references outlive it.
+/// Shows the engine's phases on the island above the lock screen. Runs a timer only while the
+/// island moves. If the system provides no panel it shows nothing and retries at the next phase.
+/// Main thread; the references outlive it.
 class LockScreenOverlayController final : public UnlockCoordinator::Presenting {
   public:
     struct Services {
@@ -31,11 +31,10 @@ class LockScreenOverlayController final : public UnlockCoordinator::Presenting {
 
     void show(const OverlayPhase& phase) override;
 
-    /// The pointer came onto the island while that would start a look. It is watched only then.
+    /// The pointer entered the island in a phase where that starts a scan; watched only then.
     std::function<void()> onHover;
 
   private:
-    /// The island now.
     [[nodiscard]] Island island();
     [[nodiscard]] bool place();
     void update();
@@ -53,7 +52,7 @@ class LockScreenOverlayController final : public UnlockCoordinator::Presenting {
     bool isShown_ = false;
     std::unique_ptr<MainThread::Timer> timer_;
     std::unique_ptr<WindowServer::PointerWatch> pointerWatch_;
-    /// Not known until the watch says it first.
+    /// Unknown until the watch's first report.
     std::optional<bool> isHovering_;
 };
 

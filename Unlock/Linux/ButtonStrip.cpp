@@ -48,7 +48,7 @@ void ButtonStrip::show(const std::vector<WindowButton>& buttons) {
         if (i == stretchBefore_) layout_->addStretch(1);
         layout_->addWidget(button);
         const QString title = QString::fromStdString(wanted.title);
-        // What stands after an ampersand is no shortcut.
+        // Escaped: Qt would make a shortcut of an ampersand.
         button->setText(QString(title).replace(u'&', QStringLiteral("&&")));
         button->setAccessibleName(title);
         const QFontMetrics metrics = button->fontMetrics();

@@ -11,13 +11,13 @@ class QPushButton;
 
 namespace marrowby {
 
-/// Buttons side by side. A button keeps its focus while its id stays.
+/// A row of buttons. A button keeps its focus while its id stays.
 class ButtonStrip final : public QWidget {
   public:
     ButtonStrip(ControlSink& sink, QWidget* parent);
 
     void show(const std::vector<WindowButton>& buttons);
-    /// Where the first space goes: all buttons behind it lie at the right.
+    /// The stretch goes before this button: it and all later ones are right-aligned.
     void setStretchBefore(std::size_t index) { stretchBefore_ = index; }
     [[nodiscard]] QPushButton* defaultButton() const { return default_; }
 
@@ -36,7 +36,7 @@ class ButtonStrip final : public QWidget {
     bool isDressing_ = false;
 };
 
-/// The name of a control's widget.
+/// The object name of a control's widget.
 [[nodiscard]] QString controlName(const ControlID& id);
 
 }  // namespace marrowby

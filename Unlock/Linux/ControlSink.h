@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// Who is told what the user does to the controls of a window. The control may be gone afterwards.
+/// Receives what the user does to a window's controls. A call may destroy the control.
 class ControlSink {
   public:
     virtual void press(ControlID id) = 0;

@@ -13,7 +13,7 @@ namespace {
 constexpr int marks = 72;
 constexpr double markLength = 13;
 
-/// A head and shoulders, around 0, 0, in a ring of radius 1.
+/// A head and shoulders, centred in a ring of radius 1.
 QPainterPath person() {
     QPainterPath path;
     path.addEllipse(QPointF(0, -0.16), 0.26, 0.32);
@@ -48,7 +48,7 @@ void GuideRing::paintEvent(QPaintEvent* /*event*/) {
     const QColor toDo = pagecolors::mix(palette().color(QPalette::WindowText),
                                         palette().color(QPalette::Window), 0.24);
 
-    // The part that is done goes round from the top, as marks like a clock's.
+    // Progress as tick marks, clockwise from the top.
     const double reached = std::clamp(guide_.progress, 0.0, 1.0) * marks;
     for (int mark = 0; mark < marks; ++mark) {
         const bool isDone = mark < reached;

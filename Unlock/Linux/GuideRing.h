@@ -6,7 +6,7 @@
 
 namespace marrowby {
 
-/// The ring of an enrolment: how much of it is done, and an arrow to where the head shall turn.
+/// The enrolment's ring: progress, and an arrow towards which to turn the head.
 class GuideRing final : public QWidget {
   public:
     explicit GuideRing(QWidget* parent = nullptr);

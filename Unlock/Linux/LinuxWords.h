@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// Of a Linux desktop, where rights are the account's groups and polkit asks for the password.
+/// For a Linux desktop, where permissions are group memberships and polkit asks for the password.
 inline constexpr PlatformWords linuxWords{
     .computer = "computer",
     .system = "The system",

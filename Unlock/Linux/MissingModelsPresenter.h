@@ -8,8 +8,7 @@
 
 namespace marrowby {
 
-/// The window of a program that has no networks to recognise faces with: what is missing, and how
-/// it is had. Main thread.
+/// The window shown without face models: what is missing and how to get it. Main thread.
 class MissingModelsPresenter final : public WindowPresenter {
   public:
     struct Hooks {
@@ -17,11 +16,11 @@ class MissingModelsPresenter final : public WindowPresenter {
         std::function<void()> onQuit;
     };
 
-    /// `command` makes the pack.
+    /// `command` builds the pack.
     MissingModelsPresenter(std::string command, Hooks hooks)
         : command_(std::move(command)), hooks_(std::move(hooks)) {}
 
-    /// Why they can’t be used, as a sentence.
+    /// Why the models can’t be used, as a sentence.
     void say(std::string problem) { problem_ = std::move(problem); }
 
     [[nodiscard]] WindowPage page() const override;

@@ -18,7 +18,7 @@ MutedLabel::MutedLabel(QWidget* parent, double scale) : QLabel(parent) {
     setTextFormat(Qt::PlainText);
     setVisible(false);
     scaleFont(*this, scale);
-    dress();
+    updateColors();
 }
 
 void MutedLabel::show(const std::string& text) {
@@ -26,19 +26,19 @@ void MutedLabel::show(const std::string& text) {
     setVisible(!text.empty());
 }
 
-void MutedLabel::dress() {
-    isDressing_ = true;
-    QPalette dressed;
+void MutedLabel::updateColors() {
+    isUpdatingColors_ = true;
+    QPalette colors;
     const QWidget* parent = parentWidget();
     const QPalette base = parent != nullptr ? parent->palette() : palette();
-    dressed.setColor(QPalette::WindowText, pagecolors::muted(base));
-    setPalette(dressed);
-    isDressing_ = false;
+    colors.setColor(QPalette::WindowText, pagecolors::muted(base));
+    setPalette(colors);
+    isUpdatingColors_ = false;
 }
 
 void MutedLabel::changeEvent(QEvent* event) {
     QLabel::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange && !isDressing_) dress();
+    if (event->type() == QEvent::PaletteChange && !isUpdatingColors_) updateColors();
 }
 
 }  // namespace marrowby

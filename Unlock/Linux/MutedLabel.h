@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// Small text of less weight that wraps; not there while it is empty.
+/// Small, muted, wrapping text; hidden while empty.
 class MutedLabel final : public QLabel {
   public:
     explicit MutedLabel(QWidget* parent = nullptr, double scale = 0.94);
@@ -14,11 +14,11 @@ class MutedLabel final : public QLabel {
     void changeEvent(QEvent* event) override;
 
   private:
-    void dress();
-    bool isDressing_ = false;
+    void updateColors();
+    bool isUpdatingColors_ = false;
 };
 
-/// The widget's font, larger or smaller and perhaps of more weight.
+/// Scales the widget's font, and makes it semi-bold if `isStrong`.
 void scaleFont(QWidget& widget, double scale, bool isStrong = false);
 
 }  // namespace marrowby

@@ -3,7 +3,7 @@
 #include <QColor>
 #include <QPalette>
 
-/// The few colours that a desktop's palette lacks, for a light and a dark one.
+/// Colours missing from QPalette, for light and dark palettes.
 namespace marrowby::pagecolors {
 
 inline bool isDark(const QPalette& palette) {
@@ -18,7 +18,7 @@ inline QColor warning(const QPalette& palette) {
 inline QColor danger(const QPalette& palette) {
     return isDark(palette) ? QColor(0xff, 0x8a, 0x7d) : QColor(0xb3, 0x26, 0x1e);
 }
-/// `share` of the first, the rest of the second.
+/// `share` of the first colour, the rest of the second.
 inline QColor mix(const QColor& first, const QColor& second, double share) {
     const auto part = [share](int one, int other) {
         return static_cast<int>(one * share + other * (1 - share));
@@ -26,14 +26,14 @@ inline QColor mix(const QColor& first, const QColor& second, double share) {
     return {part(first.red(), second.red()), part(first.green(), second.green()),
             part(first.blue(), second.blue())};
 }
-/// Text of less weight.
+/// Secondary text.
 inline QColor muted(const QPalette& palette) {
     return mix(palette.color(QPalette::WindowText), palette.color(QPalette::Window), 0.68);
 }
 inline QColor line(const QPalette& palette) {
     return mix(palette.color(QPalette::WindowText), palette.color(QPalette::Window), 0.13);
 }
-/// What a group of rows lies on.
+/// Background of a group of rows.
 inline QColor card(const QPalette& palette) {
     return isDark(palette)
                ? mix(palette.color(QPalette::WindowText), palette.color(QPalette::Window), 0.06)

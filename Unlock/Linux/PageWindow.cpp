@@ -24,7 +24,7 @@ constexpr double corner = 10;
 constexpr QSize firstSize{600, 680};
 constexpr QSize smallestSize{460, 380};
 
-/// What went wrong last, in a frame of its own.
+/// A framed message: the last problem.
 class ProblemFrame final : public QWidget {
   public:
     using QWidget::QWidget;
@@ -42,7 +42,7 @@ class ProblemFrame final : public QWidget {
 
 }  // namespace
 
-/// The rows of a page, those that belong together on one card.
+/// A page's rows; related ones share a card.
 class PageWindow::Rows final : public QWidget {
   public:
     Rows() : layout_(new QVBoxLayout(this)) {
@@ -68,7 +68,7 @@ class PageWindow::Rows final : public QWidget {
             delete item;
         const RowView* above = nullptr;
         for (RowView* view : views_) {
-            // Rows of one card touch.
+            // No gap within a card.
             if (above != nullptr && !(above->isOnCard() && view->isOnCard()))
                 layout_->addSpacing(10);
             layout_->addWidget(view);
@@ -156,7 +156,7 @@ PageWindow::PageWindow(WindowPresenter& presenter, std::function<void()> onClose
     scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll_->setFocusPolicy(Qt::NoFocus);
     scroll_->setWidget(content_);
-    // The window’s own colour.
+    // Shows the window’s background.
     scroll_->viewport()->setAutoFillBackground(false);
     content_->setAutoFillBackground(false);
     layout->addWidget(scroll_, 1);
@@ -205,7 +205,7 @@ void PageWindow::draw(const WindowPage& page) {
     detail_->show(page.detail);
     content_->show(page.rows, *this);
     drawProblem(page.problem);
-    // The first stands alone at the left, if there are others.
+    // The first of several buttons is left-aligned.
     buttons_->setStretchBefore(page.buttons.size() > 1 ? 1 : 0);
     buttons_->show(page.buttons);
     page_ = page;
@@ -227,7 +227,7 @@ void PageWindow::drawProblem(const std::string& problem) {
     QAccessible::updateAccessibility(&alert);
 }
 
-/// Tab goes down the page, in whatever order its parts were made.
+/// Tab follows the page's order, whatever the order of creation.
 void PageWindow::chainFocus() {
     QWidget* before = nullptr;
     for (QWidget* widget : focusables()) {
@@ -240,7 +240,7 @@ std::vector<QWidget*> PageWindow::focusables() const {
     std::vector<QWidget*> found;
     const auto append = [this, &found](const QWidget* parent) {
         for (auto* widget : parent->findChildren<QWidget*>()) {
-            // A list that opens is a window of its own.
+            // Skips windows of their own, such as an open combo box's list.
             if (widget->window() != this || widget->isHidden()) continue;
             if (widget->focusPolicy() & Qt::TabFocus) found.push_back(widget);
         }
@@ -251,7 +251,7 @@ std::vector<QWidget*> PageWindow::focusables() const {
     return found;
 }
 
-/// What is typed into, or else what Return presses, or else whatever comes first.
+/// Focuses the first text field, else the default button, else the first control.
 void PageWindow::focusFirst() {
     for (const RowView* row : content_->views()) {
         if (QWidget* field = row->field()) return field->setFocus(Qt::TabFocusReason);
@@ -272,19 +272,19 @@ RowView* PageWindow::secretRow() const {
 
 void PageWindow::press(ControlID id) {
     enterSecret();
-    tell([id](WindowPresenter& presenter) { presenter.press(id); });
+    notify([id](WindowPresenter& presenter) { presenter.press(id); });
 }
 
 void PageWindow::toggle(ControlID id, bool isOn) {
-    tell([id, isOn](WindowPresenter& presenter) { presenter.toggle(id, isOn); });
+    notify([id, isOn](WindowPresenter& presenter) { presenter.toggle(id, isOn); });
 }
 
 void PageWindow::choose(ControlID id, std::size_t option) {
-    tell([id, option](WindowPresenter& presenter) { presenter.choose(id, option); });
+    notify([id, option](WindowPresenter& presenter) { presenter.choose(id, option); });
 }
 
 void PageWindow::enter(ControlID id, std::string text) {
-    tell([id, &text](WindowPresenter& presenter) { presenter.enter(id, std::move(text)); });
+    notify([id, &text](WindowPresenter& presenter) { presenter.enter(id, std::move(text)); });
 }
 
 void PageWindow::enterSecret() {
@@ -294,11 +294,11 @@ void PageWindow::enterSecret() {
     if (auto secret = row->secretField()->take()) presenter_->enter(*id, *std::move(secret));
 }
 
-/// Closing the window may be what it leads to.
-void PageWindow::tell(const std::function<void(WindowPresenter&)>& what) {
+/// The call may close the window.
+void PageWindow::notify(const std::function<void(WindowPresenter&)>& what) {
     if (presenter_ == nullptr) return;
     what(*presenter_);
-    // The control has changed already; the presenter may have thought otherwise.
+    // Forces a redraw: the presenter may have rejected what the control shows.
     page_.reset();
     refresh();
 }

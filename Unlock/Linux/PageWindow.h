@@ -19,18 +19,18 @@ class ButtonStrip;
 class MutedLabel;
 class RowView;
 
-/// Draws whatever page its presenter has. Return presses the default button, Escape closes the
-/// window. Drawn anew, it changes what changed: what has the focus keeps it while its page stays,
-/// and so does what was typed. Main thread; the presenter is never called while it draws.
+/// Draws its presenter's current page. Return presses the default button, Escape closes the window.
+/// A redraw changes only what differs: focus and typed text survive while the row stays. Main
+/// thread; never calls the presenter while drawing.
 class PageWindow final : public QDialog, private ControlSink {
   public:
-    /// `onClosed` comes before the presenter’s own word of it.
+    /// `onClosed` is called before the presenter is.
     PageWindow(WindowPresenter& presenter, std::function<void()> onClosed);
     ~PageWindow() override;
 
     void refresh();
-    /// Hides it, forgets the presenter and what was typed, and deletes itself when nothing of it
-    /// runs any more.
+    /// Hides the window, detaches the presenter, wipes typed secrets, and deletes itself once none
+    /// of its code runs.
     void retire();
 
   protected:
@@ -45,11 +45,11 @@ class PageWindow final : public QDialog, private ControlSink {
     void enter(ControlID id, std::string text) override;
 
     void enterSecret();
-    void tell(const std::function<void(WindowPresenter&)>& what);
+    void notify(const std::function<void(WindowPresenter&)>& what);
     void draw(const WindowPage& page);
     void drawProblem(const std::string& problem);
     void chainFocus();
-    /// In the order of the page.
+    /// In page order.
     [[nodiscard]] std::vector<QWidget*> focusables() const;
     void focusFirst();
     [[nodiscard]] RowView* secretRow() const;

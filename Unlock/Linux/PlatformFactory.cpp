@@ -17,7 +17,7 @@ namespace marrowby {
 std::expected<ModelPack, std::string> PlatformFactory::models(
     std::span<const std::filesystem::path> folders) {
     const OnnxModelFiles files;
-    // What is wrong with a pack says more than that there is none.
+    // The problem of a bad pack is more useful than "no pack".
     std::optional<std::string> problem;
     for (const auto& folder : folders) {
         auto pack = ModelPack::read(folder, files);

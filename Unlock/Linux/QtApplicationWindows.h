@@ -10,8 +10,7 @@ namespace marrowby {
 
 class PageWindow;
 
-/// The application’s windows as Qt draws them on a Linux desktop. Main thread, under a
-/// QApplication.
+/// The application’s windows, drawn with Qt. Main thread, under a QApplication.
 class QtApplicationWindows final : public ApplicationWindows {
   public:
     QtApplicationWindows() = default;
@@ -25,7 +24,7 @@ class QtApplicationWindows final : public ApplicationWindows {
     [[nodiscard]] bool isOpen(Window window) const override;
 
   private:
-    /// Nothing while it is closed; it deletes itself.
+    /// Null while closed; the windows delete themselves.
     std::array<PageWindow*, 2> windows_{};
 };
 

@@ -27,7 +27,7 @@ QString text(const std::string& utf8) {
     return QString::fromStdString(utf8);
 }
 
-/// A check mark, or a mark of exclamation.
+/// A check mark or an exclamation mark.
 class StatusMark final : public QWidget {
   public:
     explicit StatusMark(QWidget* parent) : QWidget(parent) { setFixedSize(26, 26); }
@@ -94,7 +94,7 @@ class TextView final : public RowView {
     QLabel* label_;
 };
 
-/// A title and a detail at the left, and a control at the right.
+/// Title and detail on the left, a control on the right.
 class TitledView : public RowView {
   protected:
     TitledView(const WindowRow& row, QWidget* parent)
@@ -182,7 +182,7 @@ class ToggleView final : public TitledView {
     }
 
   protected:
-    /// The whole row is the switch.
+    /// Clicking anywhere in the row toggles the switch.
     void mouseReleaseEvent(QMouseEvent* event) override {
         TitledView::mouseReleaseEvent(event);
         if (rect().contains(event->position().toPoint()) && event->button() == Qt::LeftButton)
@@ -201,7 +201,7 @@ class ChoiceView final : public TitledView {
         control_->setObjectName(controlName(id));
         control_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
         control_->setMinimumHeight(control_->fontMetrics().height() + 12);
-        // Scrolling through the page changes nothing on it.
+        // Scrolling the page must not change the value.
         control_->setFocusPolicy(Qt::StrongFocus);
         control_->installEventFilter(this);
         put(*control_);
@@ -340,7 +340,7 @@ class LogView final : public RowView {
         lines_->setAccessibleName(QStringLiteral("Log"));
         lines_->setFrameShape(QFrame::NoFrame);
         lines_->document()->setDocumentMargin(6);
-        // The card’s own colour.
+        // Shows the card’s background.
         lines_->viewport()->setAutoFillBackground(false);
     }
     void show(const WindowRow& row) override {

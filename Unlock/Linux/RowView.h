@@ -9,7 +9,7 @@
 
 namespace marrowby {
 
-/// Which view may show a row: one of the same kind, for the same control.
+/// A view can be reused for a row with the same key: kind and control.
 struct RowKey {
     std::size_t kind = 0;
     std::optional<ControlID> id;
@@ -18,19 +18,19 @@ struct RowKey {
     [[nodiscard]] static RowKey of(const WindowRow& row);
 };
 
-/// One row of a page.
+/// The view of one row of a page.
 class RowView : public QWidget {
   public:
     [[nodiscard]] static RowView* create(const WindowRow& row, ControlSink& sink, QWidget* parent);
 
-    /// A row of this view's key.
+    /// `row` must have this view's key.
     virtual void show(const WindowRow& row) = 0;
-    /// What is typed into the row.
+    /// The row's text field, if any.
     [[nodiscard]] virtual QWidget* field() const { return nullptr; }
     [[nodiscard]] virtual SecretField* secretField() const { return nullptr; }
 
     [[nodiscard]] const RowKey& key() const { return key_; }
-    /// Whether it lies on a card together with its neighbours.
+    /// Whether it shares a card with its neighbours.
     [[nodiscard]] bool isOnCard() const { return isOnCard_; }
 
   protected:

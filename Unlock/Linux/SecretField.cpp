@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t firstCapacity = 256;
 
-/// To assistive technology a password edit, of which only the dots are told.
+/// Reports a password edit to assistive technology, and only its dots.
 class AccessibleSecret final : public QAccessibleWidget {
   public:
     explicit AccessibleSecret(SecretField& field)
@@ -169,7 +169,7 @@ void SecretField::keyPressEvent(QKeyEvent* event) {
 }
 
 void SecretField::inputMethodEvent(QInputMethodEvent* event) {
-    // A dead key that waits is not shown, and what stands is not replaced.
+    // Preedit text is not shown, and existing text is never replaced.
     append(event->commitString());
     event->accept();
 }
@@ -206,7 +206,7 @@ void SecretField::paintEvent(QPaintEvent* /*event*/) {
     const double radius = fontMetrics().height() * 0.2;
     const double step = radius * 3.1;
     const double left = 9;
-    // The last ones stay in sight.
+    // When it overflows, the end stays visible.
     const auto fitting = static_cast<std::size_t>((width() - 2 * left - 4) / step);
     const std::size_t shown = std::min(characters_, fitting);
     const double middle = height() / 2.0;

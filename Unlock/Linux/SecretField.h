@@ -8,16 +8,15 @@
 
 namespace marrowby {
 
-/// A field for a password that holds it in secret memory only, as UTF-8: what is typed goes there
-/// character by character and is shown as dots. Takes keys and what dead keys and input methods
-/// compose of them; nothing is pasted, dropped or copied out. The keys that end editing (Return,
-/// Escape, Tab) are left to the window.
+/// A password field that keeps its text in secret memory only, as UTF-8, and shows dots. Takes
+/// keys, dead keys and input methods; no paste, drop or copy. Return, Escape and Tab go to the
+/// window.
 class SecretField final : public QWidget {
   public:
     explicit SecretField(QWidget* parent = nullptr);
 
-    /// What was typed, empty where nothing was; the field is empty then. Nothing when the system
-    /// gave no secret memory.
+    /// Returns and clears the text. Empty when nothing was typed; `nullopt` when secret memory
+    /// could not be allocated.
     [[nodiscard]] std::optional<SecretBytes> take();
     void clear();
     [[nodiscard]] std::size_t characterCount() const { return characters_; }
@@ -39,7 +38,7 @@ class SecretField final : public QWidget {
     void removeLast();
     void changed();
 
-    /// Zeros behind what was typed.
+    /// Zeros behind the text.
     std::optional<SecretBytes> bytes_;
     std::size_t size_ = 0;
     std::size_t characters_ = 0;

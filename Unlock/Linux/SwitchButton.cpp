@@ -8,7 +8,7 @@ namespace marrowby {
 
 namespace {
 
-/// Room for the ring of the focus.
+/// Room for the focus ring.
 constexpr int margin = 3;
 
 }  // namespace

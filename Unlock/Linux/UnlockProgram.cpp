@@ -50,14 +50,14 @@ constexpr const char* selfCheckFlag = "--self-check";
 
 using Path = std::filesystem::path;
 
-/// Where the program finds and keeps things.
-struct Places {
+/// Where the program keeps its files.
+struct ProgramPaths {
     XdgFolders folders;
     std::string userName;
     Path program;
 
     [[nodiscard]] Path userModels() const { return folders.dataHome / programName / "models"; }
-    /// What was installed together with it.
+    /// Files installed with the program.
     [[nodiscard]] Path installed() const {
         return program.parent_path().parent_path() / "share" / programName;
     }
@@ -108,17 +108,17 @@ std::optional<std::string> inWords(const LockState& session) {
     return facts;
 }
 
-/// What the application runs on, in the order in which it may be built; it goes in reverse.
-class World {
+/// The composition root. Members are in order of construction and destroyed in reverse.
+class CompositionRoot {
   public:
-    World(Places places, PlatformFactory& factory, const JournaldLog& log)
-        : places_(std::move(places)),
+    CompositionRoot(ProgramPaths paths, PlatformFactory& factory, const JournaldLog& log)
+        : paths_(std::move(paths)),
           factory_(factory),
           log_(log),
-          missing_(places_.preparingCommand(),
-                   {.onLookAgain = [this] { lookAgain(); }, .onQuit = &World::end}) {}
+          missing_(paths_.preparingCommand(),
+                   {.onLookAgain = [this] { lookAgain(); }, .onQuit = &CompositionRoot::end}) {}
 
-    /// The application, or the window that says what it lacks.
+    /// Starts the application, or shows the window that says what is missing.
     void launch(bool isAtLogin) {
         session_.onDisplayAway = [this](const std::string& sentence) { log_.write(sentence); };
         session_.start();
@@ -130,7 +130,7 @@ class World {
         if (!launch_.isAtLogin) reopen();
     }
 
-    /// Says what an unlock would find here, and ends with its exit status.
+    /// Runs the self-check; returns the exit status.
     [[nodiscard]] int selfCheck() {
         session_.start();
         SecretServiceKeyStore trialKeyStore(
@@ -148,7 +148,7 @@ class World {
              .camera = lookCamera_,
              .imaging = imaging_,
              .models = models_,
-             .pack = factory_.models(places_.modelFolders()),
+             .pack = factory_.models(paths_.modelFolders()),
              .trialKeyStore = trialKeyStore,
              .cipher = cipher_,
              .ownerCheck = *ownerCheck_,
@@ -179,7 +179,7 @@ class World {
     }
 
     static void end() { QCoreApplication::exit(EXIT_SUCCESS); }
-    /// A check that is cut short has not found all there.
+    /// An interrupted check fails.
     static void abandonCheck() { QCoreApplication::exit(EXIT_FAILURE); }
 
   private:
@@ -194,7 +194,7 @@ class World {
         reopen();
     }
 
-    const Places places_;
+    const ProgramPaths paths_;
     PlatformFactory& factory_;
     const JournaldLog& log_;
 
@@ -209,12 +209,12 @@ class World {
     std::unique_ptr<FaceVision> enrollmentVision_;
     OpenSslCipher cipher_;
     PosixFileSystem files_;
-    JsonDefaultsStore defaults_{files_, places_.folders.configHome / programName / "settings.json"};
-    LinuxSystemSettings systemSettings_{files_, places_.folders.configHome, places_.program};
+    JsonDefaultsStore defaults_{files_, paths_.folders.configHome / programName / "settings.json"};
+    LinuxSystemSettings systemSettings_{files_, paths_.folders.configHome, paths_.program};
     SecretServiceKeyStore keyStore_{factory_.keyringBus()};
     const std::unique_ptr<OwnerCheck> ownerCheck_ = factory_.makeOwnerCheck(mainThread_);
     const std::shared_ptr<MacPasswordVerifying> passwordVerifier_ =
-        factory_.makePasswordVerifier(places_.userName);
+        factory_.makePasswordVerifier(paths_.userName);
 
     const DesktopSession::Places sessionPlaces_ = DesktopSession::Places::ofThisProcess();
     DesktopSession session_{sessionPlaces_, mainThread_};
@@ -226,13 +226,13 @@ class World {
     QtApplicationWindows windows_;
     MissingModelsPresenter missing_;
     UnlockOpening::Launch launch_;
-    /// Goes before all that its last work uses.
+    /// Destroyed before everything that its pending work uses.
     ThreadWorkQueues queues_;
     std::unique_ptr<UnlockApplication> application_;
 };
 
-std::expected<void, std::string> World::start() {
-    auto pack = factory_.models(places_.modelFolders());
+std::expected<void, std::string> CompositionRoot::start() {
+    auto pack = factory_.models(paths_.modelFolders());
     if (!pack) return std::unexpected(std::move(pack.error()));
     for (auto* vision : {&lookVision_, &enrollmentVision_}) {
         auto finder = OpenCvFaceVision::load(
@@ -267,24 +267,24 @@ std::expected<void, std::string> World::start() {
                        .systemSettings = systemSettings_,
                        .windowServer = windowServer_},
         UnlockModel::Resources{
-            .dataBase = places_.folders.dataHome, .testTag = {}, .models = *std::move(pack)},
+            .dataBase = paths_.folders.dataHome, .testTag = {}, .models = *std::move(pack)},
         windows_,
         UnlockApplication::Hooks{.log = [this](const std::string& line) { log_.write(line); },
-                                 .terminate = &World::end});
+                                 .terminate = &CompositionRoot::end});
     application_->didFinishLaunching(launch_);
     factory_.didLaunch(*application_);
     return {};
 }
 
-/// While its loop runs.
-World* running = nullptr;
+/// Set while the event loop runs.
+CompositionRoot* activeRoot = nullptr;
 
-/// Qt ends the process from within the loop when the display is lost. A typing is stopped and
-/// waited for then, too; static objects are left alone, as other threads may still use them.
+/// Qt calls exit() when the display is lost. Stops typing and waits for it, then skips static
+/// destructors, as other threads may still use the objects.
 void endWithoutDisplay() {
-    World* const world = std::exchange(running, nullptr);
-    if (world == nullptr) return;
-    world->loseDisplay();
+    CompositionRoot* const root = std::exchange(activeRoot, nullptr);
+    if (root == nullptr) return;
+    root->loseDisplay();
     std::_Exit(EXIT_FAILURE);
 }
 
@@ -303,7 +303,7 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
     ProcessSignals signals;
     if (const auto problem = graphicalsession::problem()) return refuse(*problem);
 
-    // The desktop restarts it by its own entry, not by remembering the session.
+    // Started at login by its own autostart entry, not by the session manager.
     QApplication::setApplicationName(programName);
     QApplication::setApplicationDisplayName(QStringLiteral("Marrowby Unlock"));
     QApplication::setDesktopFileName(applicationIdentifier);
@@ -319,16 +319,16 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
     const auto folders = XdgFolders::current();
     const auto account = Account::current();
     if (!folders || !account) return refuse("This account has no home folder to keep anything in.");
-    Places places{.folders = *folders,
-                  .userName = account->name,
-                  .program = QApplication::applicationFilePath().toStdString()};
+    ProgramPaths paths{.folders = *folders,
+                       .userName = account->name,
+                       .program = QApplication::applicationFilePath().toStdString()};
     const auto all = QApplication::arguments();
     if (all.contains(QLatin1String(selfCheckFlag))) {
-        World world(std::move(places), factory, log);
-        signals.start(&World::abandonCheck, [] {});
-        return world.selfCheck();
+        CompositionRoot root(std::move(paths), factory, log);
+        signals.start(&CompositionRoot::abandonCheck, [] {});
+        return root.selfCheck();
     }
-    SingleInstance instance({.lockFile = places.lockFile(), .sessionBus = busaddress::session()});
+    SingleInstance instance({.lockFile = paths.lockFile(), .sessionBus = busaddress::session()});
     switch (instance.claim()) {
         case SingleInstance::Claim::handedOver:
             return EXIT_SUCCESS;
@@ -338,16 +338,16 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
             break;
     }
 
-    World world(std::move(places), factory, log);
-    const auto reopen = [&world] { world.reopen(); };
-    world.launch(all.contains(QLatin1String(LinuxSystemSettings::atLoginFlag)));
-    signals.start(&World::end, reopen);
+    CompositionRoot root(std::move(paths), factory, log);
+    const auto reopen = [&root] { root.reopen(); };
+    root.launch(all.contains(QLatin1String(LinuxSystemSettings::atLoginFlag)));
+    signals.start(&CompositionRoot::end, reopen);
     instance.serve(reopen);
-    running = &world;
+    activeRoot = &root;
     (void)std::atexit(&endWithoutDisplay);
     const int status = QApplication::exec();
-    running = nullptr;
-    world.terminate();
+    activeRoot = nullptr;
+    root.terminate();
     return status;
 }
 

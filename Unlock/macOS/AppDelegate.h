@@ -2,6 +2,6 @@
 
 #import <AppKit/AppKit.h>
 
-/// What the system tells the application, handed on to it.
+/// Forwards the system's events to the application.
 @interface MarrowbyAppDelegate : NSObject <NSApplicationDelegate>
 @end

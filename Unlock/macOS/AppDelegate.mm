@@ -8,7 +8,7 @@
 
 namespace {
 
-/// The event that launched the application says so.
+/// From the launch event's parameters.
 bool isLaunchAtLogin() {
     NSAppleEventDescriptor* const event =
         NSAppleEventManager.sharedAppleEventManager.currentAppleEvent;
@@ -29,7 +29,7 @@ NSMenuItem* item(NSString* title, SEL action, NSString* key) {
     return [[NSMenuItem alloc] initWithTitle:title action:action keyEquivalent:key];
 }
 
-/// An agent application shows no menu bar, but this is where the keys of its windows come from.
+/// Invisible in an agent application, but provides the windows' keyboard shortcuts.
 NSMenu* mainMenu() {
     NSMenu* const menu = [[NSMenu alloc] init];
     [menu addItem:submenu(@"Marrowby Unlock", @[])];

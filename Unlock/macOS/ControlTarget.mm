@@ -20,7 +20,7 @@
 }
 
 - (void)called:(NSControl*)control {
-    // The call may remove the control, and this with it.
+    // Copy: the call may release the control, and this with it.
     void (^const block)(NSControl*) = _block;
     block(control);
 }

@@ -4,7 +4,7 @@
 
 #import <AppKit/AppKit.h>
 
-/// The ring around the face that is captured: how far it is, and where to turn to.
+/// The enrolment's ring: progress, and where to turn the head.
 @interface MarrowbyGuideRingView : NSView
 - (void)showGuide:(const marrowby::windowrow::Guide&)guide;
 @end

@@ -29,7 +29,7 @@ constexpr CGFloat markSize = 7;
 
 - (void)drawRect:(NSRect)__unused dirtyRect {
     const NSPoint centre = NSMakePoint(NSMidX(self.bounds), NSMidY(self.bounds));
-    // Angles from the right, counter-clockwise, in degrees.
+    // Degrees, counter-clockwise from 3 o'clock.
     [self strokeFrom:90 by:-360 around:centre in:NSColor.quaternaryLabelColor];
     [self strokeFrom:90 by:-360 * _progress around:centre in:NSColor.controlAccentColor];
     if (!_direction) return;

@@ -36,7 +36,7 @@
 
 namespace marrowby {
 
-/// The application on a Mac: its services, its windows, and itself. Main thread.
+/// The application on a Mac with its services and windows. Main thread.
 class MacApplication {
   public:
     MacApplication();
@@ -44,10 +44,10 @@ class MacApplication {
     MacApplication& operator=(const MacApplication&) = delete;
 
     [[nodiscard]] UnlockApplication& application() { return application_; }
-    /// Forgets the key and everything under way; its services stay for what still runs.
+    /// Wipes the key and cancels pending work; the services stay for work that still runs.
     void willTerminate();
     [[nodiscard]] SelfCheck::Services selfCheckServices();
-    /// The user is there to see a window.
+    /// The user can see windows.
     [[nodiscard]] bool isVisible() const;
 
   private:
@@ -77,7 +77,7 @@ class MacApplication {
     PosixFileSystem files_;
     SecurityKeychain keychain_;
     LoginKeychainKeyStore keyStore_;
-    /// Of the self-check's own key.
+    /// For the self-check's test key.
     LoginKeychainKeyStore trialKeyStore_;
     LocalOwnerAuthentication ownerAuthentication_;
     DeviceOwnerCheck ownerCheck_{ownerAuthentication_};

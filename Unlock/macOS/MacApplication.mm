@@ -21,7 +21,7 @@ std::optional<std::string> optionalText(id value) {
     return plainText(value);
 }
 
-/// A notification of this process’s own centre.
+/// Posted to this process’s own centre.
 constexpr const char* vaultDidChange = "app.quenby.unlock.vault.didChange";
 
 os_log_t systemLog() {

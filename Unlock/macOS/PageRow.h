@@ -18,24 +18,24 @@ class PageWindow;
 /// The view of one row of a page. Main thread.
 class PageRow {
   public:
-    /// Its controls call the window as long as there is one.
+    /// The controls call the window while it exists.
     [[nodiscard]] static std::shared_ptr<PageRow> make(const WindowRow& row,
                                                        const std::weak_ptr<PageWindow>& window);
     virtual ~PageRow() = default;
 
     [[nodiscard]] NSView* view() const { return view_; }
-    /// Whether it can show this row, too.
+    /// Whether it can be reused for this row.
     [[nodiscard]] bool fits(const WindowRow& row) const;
     virtual void show(const WindowRow& row) = 0;
 
-    /// Of a secret field: what was typed; the field is empty then. Nothing when the system gave no
-    /// secret memory.
+    /// A secret field's text, which is cleared. `nullopt` when secret memory could not be
+    /// allocated.
     struct Secret {
         ControlID id;
         std::optional<SecretBytes> typed;
     };
     [[nodiscard]] virtual std::optional<Secret> takeSecret() { return std::nullopt; }
-    /// Where typing begins.
+    /// The row's text field, if any.
     [[nodiscard]] virtual NSView* field() const { return nil; }
 
   protected:
@@ -48,12 +48,12 @@ class PageRow {
     NSView* view_ = nil;
 };
 
-/// A text of any number of lines.
+/// A wrapping label.
 [[nodiscard]] NSTextField* pageLabel(NSFont* font, NSColor* color);
-/// Shows the text, or hides the label where it is empty.
+/// Shows the text; hides the label when it is empty.
 void showText(NSTextField* label, const std::string& text);
 
-/// Buttons from left to right, made anew only when they are others.
+/// Buttons from left to right, rebuilt only when they differ.
 class PageButtons {
   public:
     void show(const std::vector<WindowButton>& buttons, const std::weak_ptr<PageWindow>& window);

@@ -10,7 +10,7 @@
 #include <utility>
 #include <variant>
 
-/// Its views side by side on a card of their own.
+/// A horizontal stack on a card.
 @interface MarrowbyCardView : NSStackView
 @end
 
@@ -60,7 +60,7 @@ class LabelRow final : public PageRow {
     NSTextField* label_;
 };
 
-/// A card: a mark, a title over its detail, and controls at the right.
+/// A card: mark, title, detail, and controls on the right.
 class CardRow : public PageRow {
   protected:
     explicit CardRow(const WindowRow& row)
@@ -127,7 +127,7 @@ class StatusRow final : public CardRow {
 
 class ToggleRow final : public CardRow {
   public:
-    // A block keeps the very reference that it captures: what it needs comes by value.
+    // Blocks capture by reference what is passed by reference, so parameters are values.
     ToggleRow(const WindowRow& row, Window window)
         : CardRow(row), control_([[NSSwitch alloc] init]) {
         const ControlID id = std::get<WindowRow::Toggle>(row).id;
@@ -170,7 +170,7 @@ class ChoiceRow final : public CardRow {
         if (choice.options != options_) {
             options_ = choice.options;
             [control_ removeAllItems];
-            // Not addItemWithTitle, which drops an equal one before.
+            // Not addItemWithTitle, which removes an existing item of the same title.
             for (const std::string& option : options_)
                 [control_.menu addItemWithTitle:foundationText(option)
                                          action:nil
@@ -382,7 +382,7 @@ void showText(NSTextField* label, const std::string& text) {
 void PageButtons::show(const std::vector<WindowButton>& buttons, const Window& window) {
     if (buttons == shown_) return;
     shown_ = buttons;
-    // The blocks would keep a reference as one.
+    // A copy: blocks would capture the reference.
     const Window owning = window;
     NSMutableArray<NSView*>* const views = [NSMutableArray array];
     for (const WindowButton& button : buttons) {

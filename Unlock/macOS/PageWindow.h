@@ -14,12 +14,12 @@
 
 namespace marrowby {
 
-/// Draws whatever page its presenter has. Drawn anew, it changes what changed: a control keeps its
-/// focus and what was typed while its row stays. A password is typed into the system's own secure
-/// field, whose memory cannot be wiped; it is emptied as soon as it is read. Main thread.
+/// Draws its presenter's current page. A redraw changes only what differs: focus and typed text
+/// survive while the row stays. Passwords are typed into AppKit's secure field, whose memory cannot
+/// be wiped; it is cleared as soon as it is read. Main thread.
 class PageWindow : public std::enable_shared_from_this<PageWindow> {
   public:
-    /// `onClosed` comes before the presenter's own word of it.
+    /// `onClosed` is called before the presenter is.
     [[nodiscard]] static std::shared_ptr<PageWindow> make(WindowPresenter& presenter,
                                                           std::function<void()> onClosed);
     ~PageWindow();
@@ -28,10 +28,10 @@ class PageWindow : public std::enable_shared_from_this<PageWindow> {
 
     void bringForward();
     void refresh();
-    /// Closes it without a word to the presenter, which is forgotten.
+    /// Detaches the presenter and closes without notifying it.
     void retire();
 
-    // What its rows call.
+    // Called by its rows.
     void press(ControlID id);
     void toggle(ControlID id, bool isOn);
     void choose(ControlID id, std::size_t option);
@@ -44,7 +44,7 @@ class PageWindow : public std::enable_shared_from_this<PageWindow> {
     void build();
     void draw(const WindowPage& page);
     void drawRows(const std::vector<WindowRow>& rows);
-    /// Whatever its control shows: the presenter may have thought otherwise.
+    /// Also resets controls whose change the presenter rejected.
     void redraw();
 
     WindowPresenter* presenter_;

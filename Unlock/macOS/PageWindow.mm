@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-/// Tells its page when the user closes it; Escape does so, too.
+/// Reports its closing by the user, also by Escape.
 @interface MarrowbyPageWindow : NSWindow <NSWindowDelegate>
 @property(nonatomic, copy) void (^onClose)(void);
 @end
@@ -18,13 +18,13 @@
 
 - (BOOL)windowShouldClose:(NSWindow*)__unused sender {
     if (self.onClose) self.onClose();
-    // The page closes it.
+    // PageWindow closes it.
     return NO;
 }
 
 @end
 
-/// Begins at the top.
+/// Flipped: laid out from the top.
 @interface MarrowbyFlippedStackView : NSStackView
 @end
 
@@ -116,7 +116,7 @@ void PageWindow::build() {
 }
 
 void PageWindow::bringForward() {
-    // An agent application is not active of itself.
+    // An agent application is not activated automatically.
     [NSApp activate];
     [window_ makeKeyAndOrderFront:nil];
     [window_ orderFrontRegardless];
@@ -134,7 +134,7 @@ void PageWindow::retire() {
         (void)row->takeSecret();
     window_.onClose = nil;
     [window_ orderOut:nil];
-    // One of its controls may be what closes it.
+    // Kept alive: one of its controls may be the caller.
     const auto self = shared_from_this();
     dispatch_async(dispatch_get_main_queue(), ^{
       (void)self;
@@ -184,7 +184,7 @@ void PageWindow::drawRows(const std::vector<WindowRow>& rows) {
     for (std::size_t i = 0; i < rows_.size(); ++i) {
         NSView* const view = rows_[i]->view();
         const auto place = static_cast<NSInteger>(i);
-        // Moving a view that is in its place would take the keyboard from it.
+        // Reinserting a view would take the keyboard focus from it.
         if (place < static_cast<NSInteger>(content_.arrangedSubviews.count) &&
             content_.arrangedSubviews[i] == view)
             continue;
@@ -192,7 +192,7 @@ void PageWindow::drawRows(const std::vector<WindowRow>& rows) {
         [content_ insertArrangedSubview:view atIndex:place];
         if (isNew) [view.widthAnchor constraintEqualToAnchor:content_.widthAnchor].active = YES;
     }
-    // A control of one of them may be what is running.
+    // Released later: one of their controls may be the caller.
     dispatch_async(dispatch_get_main_queue(), ^{
       (void)old;
     });

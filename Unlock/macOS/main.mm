@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Says what an unlock would find on this Mac.
+/// Runs the self-check and exits.
 [[noreturn]] void selfCheck() {
     using namespace marrowby;
     static MacApplication application;
@@ -20,7 +20,7 @@ namespace {
                                                 << std::flush; },
         [](bool isAllThere) { std::_Exit(isAllThere ? EXIT_SUCCESS : EXIT_FAILURE); });
     check.start();
-    // Not the application's own loop, where a request to quit exits as if all were well.
+    // Not NSApplication's loop, where a quit request would exit with 0.
     for (;;)
         CFRunLoopRun();
 }
@@ -35,7 +35,7 @@ int main(int count, char** arguments) {
         }
         NSApplication* const application = NSApplication.sharedApplication;
         if (count > 1 && std::string_view(arguments[1]) == "--self-check") selfCheck();
-        // The application does not keep its delegate.
+        // NSApplication does not retain its delegate.
         static MarrowbyAppDelegate* const delegate = [[MarrowbyAppDelegate alloc] init];
         application.delegate = delegate;
         [application setActivationPolicy:NSApplicationActivationPolicyAccessory];
