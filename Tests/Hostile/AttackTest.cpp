@@ -22,7 +22,7 @@ namespace {
 
 constexpr const char* password = "Corr3ct-HoRse_b@ttery!";
 
-/// Somebody's desktop, and the product's typing, told that the screen is locked.
+/// A desktop in use, and the product's typing, which is told that the screen is locked.
 class Attack : public testing::Test {
   protected:
     void SetUp() override {
@@ -33,8 +33,8 @@ class Attack : public testing::Test {
         keyboard = desktop->keyboard();
     }
 
-    /// Whatever happened, the terminal got nothing and the keyboard is as it was.
-    void expectNothingLost() {
+    /// The terminal received nothing and the keymap is unchanged.
+    void expectDesktopUntouched() {
         const auto bytes = desktop->terminalBytes();
         ASSERT_TRUE(bytes) << bytes.error();
         EXPECT_EQ(bytes->size(), 0U);
@@ -57,21 +57,21 @@ class Attack : public testing::Test {
     QCoreApplication application_{argumentCount_, arguments_.data()};
 };
 
-TEST_F(Attack, nothingIsTypedWhereTheSessionOnlySaysThatItIsLocked) {
+TEST_F(Attack, nothingIsTypedWithoutALocker) {
     expectRefusal();
-    expectNothingLost();
+    expectDesktopUntouched();
 }
 
-struct Disguise {
+struct Impersonation {
     const char* name;
-    /// Where IMPOSTOR stands for the program, and NAMED for one of the name i3lock.
+    /// IMPOSTOR stands for the impostor's path, NAMED for that of a copy named i3lock.
     std::vector<std::string> command;
-    friend void PrintTo(const Disguise& one, std::ostream* out) { *out << one.name; }
+    friend void PrintTo(const Impersonation& one, std::ostream* out) { *out << one.name; }
 };
 
-class Disguised : public Attack, public testing::WithParamInterface<Disguise> {};
+class Impersonating : public Attack, public testing::WithParamInterface<Impersonation> {};
 
-TEST_P(Disguised, getsNotOneCharacter) {
+TEST_P(Impersonating, getsNoCharacter) {
     auto folder = PrivateFolder::create();
     ASSERT_TRUE(folder) << folder.error();
     const std::string named = folder->path() / "i3lock";
@@ -87,27 +87,29 @@ TEST_P(Disguised, getsNotOneCharacter) {
     if (!std::filesystem::exists(command.front()) && command.front().starts_with('/'))
         GTEST_SKIP() << "Skipped: there is no " << command.front() << ".";
     Impostor attacker(desktop->displayName(), command);
-    if (!attacker.hasBegun()) GTEST_SKIP() << "Skipped: this disguise can't be put on here.";
+    if (!attacker.hasBegun()) GTEST_SKIP() << "Skipped: this impostor cannot run here.";
     expectRefusal();
     EXPECT_EQ(attacker.characters(), 0U);
-    expectNothingLost();
+    expectDesktopUntouched();
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Everyone, Disguised,
+    Kinds, Impersonating,
     testing::Values(
-        Disguise{"aWindowOfXsecurelocksClass", {"IMPOSTOR", "xsecurelock"}},
-        Disguise{"aWindowAndAGrabOfI3locksClass", {"IMPOSTOR", "i3lock", "grab"}},
-        Disguise{"aWindowAndAGrabAndAStateOfXscreensavers",
-                 {"IMPOSTOR", "xscreensaver", "saver", "grab"}},
-        Disguise{"aProgramOfI3locksName", {"NAMED", "i3lock", "grab"}},
-        Disguise{"aProgramOfI3locksNameInTheBackground", {"NAMED", "i3lock", "grab", "background"}},
-        Disguise{"aProgramRunByOneOfRoots",
-                 {"/lib64/ld-linux-x86-64.so.2", "IMPOSTOR", "i3lock", "grab"}},
-        // Where it may, it lies at the very path of i3lock, for itself.
-        Disguise{"aProgramAtI3locksPathInFilesOfItsOwn",
-                 {"unshare", "--map-root-user", "--mount", "sh", "-c",
-                  "mount --bind IMPOSTOR /usr/bin/i3lock && exec /usr/bin/i3lock i3lock grab"}}),
+        Impersonation{"aWindowOfXsecurelocksClass", {"IMPOSTOR", "xsecurelock"}},
+        Impersonation{"aWindowAndAGrabOfI3locksClass", {"IMPOSTOR", "i3lock", "grab"}},
+        Impersonation{"aWindowAndAGrabAndAStateOfXscreensavers",
+                      {"IMPOSTOR", "xscreensaver", "saver", "grab"}},
+        Impersonation{"aProgramOfI3locksName", {"NAMED", "i3lock", "grab"}},
+        Impersonation{"aProgramOfI3locksNameInTheBackground",
+                      {"NAMED", "i3lock", "grab", "background"}},
+        Impersonation{"aProgramRunByOneOfRoots",
+                      {"/lib64/ld-linux-x86-64.so.2", "IMPOSTOR", "i3lock", "grab"}},
+        // Needs user namespaces: in its own mount namespace the impostor lies at i3lock's path.
+        Impersonation{
+            "aProgramAtI3locksPathInFilesOfItsOwn",
+            {"unshare", "--map-root-user", "--mount", "sh", "-c",
+             "mount --bind IMPOSTOR /usr/bin/i3lock && exec /usr/bin/i3lock i3lock grab"}}),
     [](const auto& test) { return std::string(test.param.name); });
 
 TEST_F(Attack, nothingIsTypedWhileAMenuHoldsTheKeyboard) {
@@ -115,11 +117,11 @@ TEST_F(Attack, nothingIsTypedWhileAMenuHoldsTheKeyboard) {
     ASSERT_TRUE(desktop->awaitGrab());
     expectRefusal();
     desktop->tap(keycode::escape);
-    expectNothingLost();
+    expectDesktopUntouched();
 }
 
 TEST_F(Attack, nothingIsTypedWhileAltTabIsHeld) {
-    // openbox grabs its keys anew at the first one that comes by XTEST, and a busy one misses it.
+    // openbox regrabs its keys at the first XTEST key, and misses that key if it is busy.
     bool isHeld = false;
     for (int tries = 0; tries < 10; ++tries) {
         desktop->press(keycode::leftAlt, true);
@@ -132,53 +134,53 @@ TEST_F(Attack, nothingIsTypedWhileAltTabIsHeld) {
     ASSERT_TRUE(isHeld);
     expectRefusal();
     desktop->press(keycode::leftAlt, false);
-    expectNothingLost();
+    expectDesktopUntouched();
 }
 
-TEST_F(Attack, nothingIsTypedIntoATerminalThatKeepsTheKeyboardUnderAFalseLocker) {
+TEST_F(Attack, nothingIsTypedIntoATerminalThatGrabsTheKeyboardBelowAnImpostor) {
     desktop->tap(keycode::f12);
     ASSERT_TRUE(desktop->awaitHeldKeyboard());
     Impostor attacker(desktop->displayName(), {impostor(), "i3lock"});
     ASSERT_TRUE(attacker.hasBegun());
     expectRefusal();
     EXPECT_EQ(attacker.characters(), 0U);
-    expectNothingLost();
+    expectDesktopUntouched();
 }
 
-enum class Beside { nobody, compositor, inputMethod };
+enum class Concurrent { none, compositor, inputMethod };
 
-/// A program that has its hands in windows or keys meanwhile, with all that it starts.
-class Company {
+/// A compositor or input method that runs during the test, with its child processes.
+class ConcurrentProgram {
   public:
-    /// Blocks until it is at work, at most 20 s.
-    Company(const WorkingDesktop& desktop, Beside beside)
+    /// Blocks until it works, at most 20 s.
+    ConcurrentProgram(const WorkingDesktop& desktop, Concurrent kind)
         : folder_(PrivateFolder::create().value()),
           program_(ChildProcess::start(
-              {.arguments = command(beside),
+              {.arguments = command(kind),
                .environment = {"DISPLAY=" + desktop.displayName(),
                                "HOME=" + folder_.path().string(),
                                "XDG_RUNTIME_DIR=" + folder_.path().string(), "NO_AT_BRIDGE=1"},
                .endSignal = SIGKILL})) {
         const QDeadlineTimer deadline(20'000);
-        while (program_ && program_->isRunning() && !isThere_ && !deadline.hasExpired())
-            isThere_ = isAtWork(desktop.connection(), beside);
+        while (program_ && program_->isRunning() && !isRunning_ && !deadline.hasExpired())
+            isRunning_ = isReady(desktop.connection(), kind);
     }
-    ~Company() {
+    ~ConcurrentProgram() {
         if (program_) ::kill(-program_->id(), SIGKILL);
     }
-    Company(const Company&) = delete;
-    Company& operator=(const Company&) = delete;
+    ConcurrentProgram(const ConcurrentProgram&) = delete;
+    ConcurrentProgram& operator=(const ConcurrentProgram&) = delete;
 
-    [[nodiscard]] bool isThere() const { return isThere_; }
+    [[nodiscard]] bool isRunning() const { return isRunning_; }
 
   private:
-    static std::vector<std::string> command(Beside beside) {
-        if (beside == Beside::compositor) return {"picom", "--backend", "xrender"};
+    static std::vector<std::string> command(Concurrent kind) {
+        if (kind == Concurrent::compositor) return {"picom", "--backend", "xrender"};
         return {"dbus-run-session", "--", "ibus-daemon", "--xim", "--panel", "disable"};
     }
-    static bool isAtWork(const XcbConnection& connection, Beside beside) {
+    static bool isReady(const XcbConnection& connection, Concurrent kind) {
         xcb_connection_t* const xcb = connection.get();
-        if (beside == Beside::compositor) {
+        if (kind == Concurrent::compositor) {
             const auto owner = connection.reply<xcb_get_selection_owner_reply>(
                 xcb_get_selection_owner(xcb, connection.atom("_NET_WM_CM_S0")));
             return owner && owner->owner != XCB_NONE;
@@ -191,30 +193,30 @@ class Company {
 
     PrivateFolder folder_;
     std::expected<ChildProcess, std::string> program_;
-    bool isThere_ = false;
+    bool isRunning_ = false;
 };
 
 struct Ending {
     const char* name;
     ScreenLocker::Kind locker;
-    /// 0: by the password.
+    /// 0: unlocked with the password.
     int signal;
-    /// Somebody wants the keyboard as soon as it is free.
-    bool isAwaited;
-    Beside beside;
+    /// An impostor waits to grab the keyboard.
+    bool hasWaitingImpostor;
+    Concurrent concurrent;
     friend void PrintTo(const Ending& one, std::ostream* out) { *out << one.name; }
 };
 
 class EndingLocker : public Attack, public testing::WithParamInterface<Ending> {};
 
-/// With a locker that ends after a while, at the hands of somebody else.
-TEST_P(EndingLocker, leavesNotOneCharacterToWhoeverIsNext) {
+/// The locker ends during the typing, by a signal or an unlock.
+TEST_P(EndingLocker, leaksNoCharacterToTheNextWindow) {
     constexpr int tries = 12;
     const Ending& ending = GetParam();
-    std::optional<Company> company;
-    if (ending.beside != Beside::nobody) {
-        company.emplace(*desktop, ending.beside);
-        if (!company->isThere()) GTEST_SKIP() << "Skipped: picom or ibus is not installed.";
+    std::optional<ConcurrentProgram> concurrent;
+    if (ending.concurrent != Concurrent::none) {
+        concurrent.emplace(*desktop, ending.concurrent);
+        if (!concurrent->isRunning()) GTEST_SKIP() << "Skipped: picom or ibus is not installed.";
     }
     ScreenLocker locker(desktop->displayName(), ending.locker);
     int stopped = 0;
@@ -222,12 +224,12 @@ TEST_P(EndingLocker, leavesNotOneCharacterToWhoeverIsNext) {
         const auto locked = locker.lock("asdfghj");
         if (!locked) GTEST_SKIP() << "Skipped: " << locked.error();
         std::optional<Impostor> attacker;
-        if (ending.isAwaited) {
+        if (ending.hasWaitingImpostor) {
             attacker.emplace(desktop->displayName(),
                              std::vector<std::string>{impostor(), "i3lock", "grab"}, false);
         }
         if (ending.signal == 0) {
-            // Whoever knows the password is a little ahead.
+            // Someone unlocks with the password shortly before.
             desktop->tap(keycode::leftShift);
             for (std::uint8_t key = keycode::letterA; key < keycode::letterA + 7; ++key)
                 desktop->tap(key);
@@ -245,7 +247,7 @@ TEST_P(EndingLocker, leavesNotOneCharacterToWhoeverIsNext) {
         if (attacker) {
             EXPECT_EQ(attacker->characters(), 0U) << i;
         }
-        ASSERT_NO_FATAL_FAILURE(expectNothingLost()) << i;
+        ASSERT_NO_FATAL_FAILURE(expectDesktopUntouched()) << i;
     }
     EXPECT_GT(stopped, 0);
 }
@@ -254,21 +256,22 @@ constexpr auto i3lock = ScreenLocker::Kind::i3lock;
 constexpr auto xsecurelock = ScreenLocker::Kind::xsecurelock;
 
 INSTANTIATE_TEST_SUITE_P(
-    Everyhow, EndingLocker,
+    Endings, EndingLocker,
     testing::Values(
-        Ending{"i3lockByThePassword", i3lock, 0, false, Beside::nobody},
-        Ending{"xsecurelockByThePassword", xsecurelock, 0, false, Beside::nobody},
-        Ending{"i3lockKilledWhileAnotherWantsTheKeyboard", i3lock, SIGKILL, true, Beside::nobody},
-        Ending{"i3lockByThePasswordWhileAnotherWantsTheKeyboard", i3lock, 0, true, Beside::nobody},
-        Ending{"i3lockKilledUnderACompositor", i3lock, SIGKILL, false, Beside::compositor},
+        Ending{"i3lockByThePassword", i3lock, 0, false, Concurrent::none},
+        Ending{"xsecurelockByThePassword", xsecurelock, 0, false, Concurrent::none},
+        Ending{"i3lockKilledWhileAnotherWantsTheKeyboard", i3lock, SIGKILL, true, Concurrent::none},
+        Ending{"i3lockByThePasswordWhileAnotherWantsTheKeyboard", i3lock, 0, true,
+               Concurrent::none},
+        Ending{"i3lockKilledUnderACompositor", i3lock, SIGKILL, false, Concurrent::compositor},
         Ending{"xsecurelockKilledBesideAnInputMethod", xsecurelock, SIGKILL, false,
-               Beside::inputMethod}),
+               Concurrent::inputMethod}),
     [](const auto& test) { return std::string(test.param.name); });
 
-TEST_F(Attack, anHonestTypingIsAcceptedBesideACompositorAndAnInputMethod) {
-    const Company compositor(*desktop, Beside::compositor);
-    const Company inputMethod(*desktop, Beside::inputMethod);
-    if (!compositor.isThere() || !inputMethod.isThere())
+TEST_F(Attack, typingIsAcceptedBesideACompositorAndAnInputMethod) {
+    const ConcurrentProgram compositor(*desktop, Concurrent::compositor);
+    const ConcurrentProgram inputMethod(*desktop, Concurrent::inputMethod);
+    if (!compositor.isRunning() || !inputMethod.isRunning())
         GTEST_SKIP() << "Skipped: picom or ibus is not installed.";
     for (const auto kind : {i3lock, xsecurelock, ScreenLocker::Kind::mateScreensaver}) {
         ScreenLocker locker(desktop->displayName(), kind);
@@ -280,7 +283,7 @@ TEST_F(Attack, anHonestTypingIsAcceptedBesideACompositorAndAnInputMethod) {
         while (locker.isRunning() && !deadline.hasExpired())
             QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
         EXPECT_FALSE(locker.isRunning());
-        ASSERT_NO_FATAL_FAILURE(expectNothingLost());
+        ASSERT_NO_FATAL_FAILURE(expectDesktopUntouched());
     }
 }
 

@@ -17,14 +17,14 @@
 namespace marrowby {
 namespace {
 
-/// MARROWBY_LOCKER_KILLS and MARROWBY_SEED.
-std::uint64_t wish(const char* name, std::uint64_t otherwise) {
+/// The number in an environment variable: MARROWBY_LOCKER_KILLS or MARROWBY_SEED.
+std::uint64_t environmentNumber(const char* name, std::uint64_t fallback) {
     const char* const text = std::getenv(name);
-    return text != nullptr ? std::strtoull(text, nullptr, 10) : otherwise;
+    return text != nullptr ? std::strtoull(text, nullptr, 10) : fallback;
 }
 
-/// Lines of workers about one locker, one after the other: lockers that start and end at the same
-/// time take away each other's copies of the PAM wrapper. Skips where the locker is missing.
+/// Output lines of workers for one locker. Run one after the other: lockers that start and end at
+/// the same time delete each other's copies of the PAM wrapper. Skips if the locker is missing.
 class Series : public testing::TestWithParam<const char*> {
   protected:
     [[nodiscard]] std::vector<std::string> linesOf(const std::vector<std::string>& words) {
@@ -45,11 +45,11 @@ class Series : public testing::TestWithParam<const char*> {
         std::vector<std::string> lines;
         for (std::string line; std::getline(said, line);)
             lines.push_back(line);
-        const std::string complaint = readAll(errors->reading);
-        if (complaint.contains("is not installed"))
-            missing_ = complaint;
-        else if (!complaint.empty())
-            ADD_FAILURE() << complaint;
+        const std::string error = readAll(errors->reading);
+        if (error.contains("is not installed"))
+            missing_ = error;
+        else if (!error.empty())
+            ADD_FAILURE() << error;
         return lines;
     }
     void TearDown() override {
@@ -68,9 +68,9 @@ class Series : public testing::TestWithParam<const char*> {
     std::string missing_;
 };
 
-TEST_P(Series, killedAtRandomMomentsItSpillsNotOneCharacter) {
-    const auto kills = wish("MARROWBY_LOCKER_KILLS", 52);
-    const auto seed = wish("MARROWBY_SEED", std::random_device{}());
+TEST_P(Series, leaksNoCharacterWhenKilledAtRandomMoments) {
+    const auto kills = environmentNumber("MARROWBY_LOCKER_KILLS", 52);
+    const auto seed = environmentNumber("MARROWBY_SEED", std::random_device{}());
     std::cout << "MARROWBY_SEED=" << seed << '\n';
     int all = 0;
     int whileTyping = 0;
@@ -90,7 +90,7 @@ TEST_P(Series, killedAtRandomMomentsItSpillsNotOneCharacter) {
     EXPECT_GE(whileTyping, all / 2);
 }
 
-TEST_P(Series, acceptsHonestTypingOnEveryLayout) {
+TEST_P(Series, acceptsTypingOnEveryLayout) {
     for (const char* layout : {"us", "de", "fr", "ru"}) {
         for (const auto& line : linesOf({"honest", GetParam(), layout, "3"})) {
             std::istringstream words(line);

@@ -1,4 +1,4 @@
-// What include/AppKit declares.
+// Implements include/AppKit.
 
 #include <algorithm>
 #include <set>
@@ -12,7 +12,7 @@ static void setValueOf(id object, const void* key, id value) {
     objc_setAssociatedObject(object, key, value, OBJC_ASSOCIATION_RETAIN_NONATOMIC);
 }
 
-/// A property that is kept.
+/// A stored property.
 #define KEPT(Type, get, set)                \
     static const char get##Key = 0;         \
     -(Type)get {                            \
@@ -22,7 +22,7 @@ static void setValueOf(id object, const void* key, id value) {
         setValueOf(self, &get##Key, value); \
     }
 
-/// A property that changes nothing here.
+/// A property without effect.
 #define IGNORED(Type, get, set, value)  \
     -(Type)get {                        \
         return value;                   \
@@ -37,12 +37,12 @@ namespace {
 const char widthKey = 0;
 const char heightKey = 0;
 const char fillKey = 0;
-/// The content views of windows that are to be arranged.
+/// Content views of windows whose layout is outdated.
 std::set<const void*> changedContents;
 
 }  // namespace
 
-/// A width or a height: one that is fixed, or as wide as the stack.
+/// A width or a height: fixed, or as wide as the stack.
 @interface MacDimension : NSLayoutDimension
 @property(nonatomic) NSView* view;
 @property(nonatomic) const void* key;
@@ -70,7 +70,7 @@ std::set<const void*> changedContents;
 @end
 
 #pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
-// GNUstep's act on its own layout.
+// Replaces GNUstep's methods, which drive its own layout.
 @implementation NSLayoutConstraint (MacOnLinux)
 + (void)activateConstraints:(NSArray*)__unused constraints {
 }
@@ -122,7 +122,7 @@ static NSSize wantedSize(NSView* view, CGFloat width) {
                                                name:NSWindowDidUpdateNotification
                                              object:nil];
 }
-/// After every event: views that changed their places since are arranged anew.
+/// Lays changed views out after every event.
 + (void)windowDidUpdate:(NSNotification*)note {
     NSView* const content = static_cast<NSWindow*>(note.object).contentView;
     if (changedContents.erase((__bridge void*)content) > 0)
@@ -186,7 +186,7 @@ static NSSize wantedSize(NSView* view, CGFloat width) {
         if (!view.isHidden) [shown addObject:view];
     return shown;
 }
-/// What its views want, one after the other: along its direction, and across it.
+/// The size that its views need.
 - (NSSize)sizeForWidth:(CGFloat)width {
     const NSEdgeInsets edge = self.edgeInsets;
     CGFloat along = 0;
@@ -221,7 +221,7 @@ static NSSize wantedSize(NSView* view, CGFloat width) {
                                        : NSMakeRect(at, (whole.height - size.height) / 2,
                                                     size.width, size.height);
         if (self.isVertical && !self.isFlipped) frame.origin.y = whole.height - at - size.height;
-        // Before the window has its size there is less room than nothing.
+        // A window without its size yet leaves negative room.
         frame.size = NSMakeSize(std::max(frame.size.width, 0.0), std::max(frame.size.height, 0.0));
         view.frame = frame;
         NSView* inside = view;

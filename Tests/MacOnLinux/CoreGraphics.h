@@ -11,25 +11,25 @@
 
 namespace marrowby {
 
-/// The window server as synthetic keys and the session's facts meet it.
+/// The fake window server: synthetic keys and session facts.
 struct FakeWindowSession {
     bool isTrusted = true;
     bool mayPost = true;
     bool isInputSecure = true;
-    /// Nil for an application without an identifier; nothing where none is in front.
+    /// Nil for an application without an identifier; `nullopt` if none is in front.
     std::optional<NSString*> frontApplication = @"com.apple.loginwindow";
-    /// Modifiers that somebody holds: every event is made with them.
+    /// Modifiers held by the user, which every new event inherits.
     std::uint64_t heldFlags = 0;
     bool hasSource = true;
-    /// How many more events can be made.
+    /// Creating events fails after this many.
     std::size_t eventsLeft = std::numeric_limits<std::size_t>::max();
-    /// Code, then flags and text where there are any: “down 55 flags 1048576”.
+    /// Code, then flags and text if any: “down 55 flags 1048576”.
     std::vector<std::string> posted{};
-    /// Nil where there is no session.
+    /// Nil without a session.
     NSDictionary* facts = @{@"kCGSSessionOnConsoleKey" : @YES};
 };
 
-/// One for all; a test assigns a new one.
+/// A singleton; tests assign a new value.
 FakeWindowSession& fakeWindowSession();
 
 }  // namespace marrowby

@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// The object as it is, counted until it goes: for what a framework gives out and its caller has to
+/// Counts the object until it is deallocated: for objects that the caller of a framework must
 /// release.
 [[nodiscard]] id counted(id object);
 

@@ -1,6 +1,6 @@
-// Objective-C exceptions in functions that clang compiled as C++: GNUstep throws GCC's, which C++
-// catches only as unknown ones. Where such a function has a handler for it, it gets a C++ exception
-// with the same object.
+// Makes Objective-C exceptions catchable in functions that clang compiled as C++. GNUstep throws
+// GCC's, which C++ sees as foreign: where a function has a handler for the type, this rethrows a
+// C++ exception with the same object.
 
 #include <cstdint>
 #include <cstring>
@@ -9,7 +9,7 @@
 #include <cxxabi.h>
 #include <unwind.h>
 
-// Of GCC's runtimes.
+// From GCC's runtime.
 extern "C" {
 struct MacObjectiveCException {
     _Unwind_Exception header;
@@ -23,7 +23,7 @@ bool MacObjectIsOf(void* object, const char* className);
 
 namespace {
 
-/// The type of what is thrown: any object.
+/// Matches any thrown object.
 struct AnyObject final : std::type_info {
     AnyObject() : std::type_info("id") {}
     [[nodiscard]] bool __is_pointer_p() const override { return true; }
@@ -43,7 +43,7 @@ _Unwind_Exception* translated(void* object) {
 
 namespace gnustep::libobjc {
 
-/// The type that a handler names, as clang writes it.
+/// The type info of a handler, as clang emits it.
 struct __objc_class_type_info final : std::type_info {
     explicit __objc_class_type_info(const char* name) : std::type_info(name) {}
     ~__objc_class_type_info() override;
@@ -52,7 +52,7 @@ struct __objc_class_type_info final : std::type_info {
     }
 };
 
-// Here for its table of virtual functions.
+// Key function: emits the vtable here.
 __objc_class_type_info::~__objc_class_type_info() = default;
 
 }  // namespace gnustep::libobjc

@@ -1,4 +1,4 @@
-// What include/Foundation and include/dispatch declare. The main run loop does it all.
+// Implements include/Foundation and include/dispatch, all on the main run loop.
 
 #include <algorithm>
 #include <cstring>
@@ -12,8 +12,8 @@
 
 namespace {
 
-/// Objects by whom they were given to, and under which key. Never freed, as some objects go when
-/// the process ends.
+/// Associated objects by owner and key. Never freed, because some objects live until the process
+/// ends.
 auto& associations = *new std::map<std::pair<const void*, const void*>, id>;
 
 }  // namespace
@@ -35,7 +35,7 @@ void objc_removeAssociatedObjects(__unsafe_unretained id object) {
     auto last = first;
     while (last != associations.end() && last->first.first == owner)
         ++last;
-    // What is released here may change the map.
+    // Released after the erase: a dealloc may change the map.
     const std::map<std::pair<const void*, const void*>, id> gone(first, last);
     associations.erase(first, last);
 }
@@ -96,8 +96,7 @@ int32_t CFRunLoopRunInMode(CFStringRef, CFTimeInterval seconds, Boolean) {
 }
 @end
 
-/// Compiled here, so that its object goes straight to the caller, as on a Mac, and no pool keeps
-/// it.
+/// Compiled here without ARC, so that no autorelease pool holds the result, as on a Mac.
 @implementation NSMutableArray (MacOnLinux)
 + (instancetype)array {
     return [[self alloc] init];

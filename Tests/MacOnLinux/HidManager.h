@@ -7,25 +7,25 @@
 
 namespace marrowby {
 
-/// Keyboards, and the managers that listen to them.
+/// Fake keyboards and the HID managers that listen to them.
 struct FakeKeyboards {
     bool isGranted = true;
-    /// Times that the user was asked for it.
+    /// Number of permission prompts.
     int requests = 0;
-    /// By keyboard: another program keeps it for itself.
+    /// Per keyboard: another program has seized it.
     std::vector<bool> areSeized{false};
-    /// Of opening the managers, where it is no success.
+    /// Result of opening a manager, if not success.
     std::int32_t openFailure = 0;
-    /// What managers looked for: “page 1 usage 6”.
+    /// Matching dictionaries set: “page 1 usage 6”.
     std::vector<std::string> searches;
-    /// Managers that went while they were open, scheduled or had a callback.
+    /// Managers released while open, scheduled or with a callback.
     int leftInUse = 0;
 
-    /// A key of that keyboard goes down or up; `length` in bytes.
+    /// Presses or releases a key; `length` of the value in bytes.
     static void send(std::size_t keyboard, std::uint32_t usage, bool down, long length = 4);
 };
 
-/// One for all; a test assigns a new one.
+/// A singleton; tests assign a new value.
 FakeKeyboards& fakeKeyboards();
 
 }  // namespace marrowby

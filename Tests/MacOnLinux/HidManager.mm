@@ -55,7 +55,7 @@ void FakeKeyboards::send(std::size_t keyboard, std::uint32_t usage, bool down, l
     value.value = down ? 1 : 0;
     value.length = length;
     for (void* const each : std::vector(managers)) {
-        // No reference of ours: whoever made it may let it go in its callback.
+        // Unretained: the owner may release it in its callback.
         __unsafe_unretained MacHidManager* const manager = of(each);
         if (manager.callback && manager.isScheduled && manager.isOpen)
             manager.callback(manager.context, kIOReturnSuccess, each,

@@ -2,14 +2,14 @@
 
 namespace marrowby {
 
-/// The registry of devices, with the one entry that is asked for.
+/// A fake registry with the one entry that is looked up.
 struct FakeRegistry {
     bool hasEntry = true;
-    /// Entries given out that nobody released.
+    /// Entries returned and not released.
     int entriesHeld = 0;
 };
 
-/// One for all; a test assigns a new one.
+/// A singleton; tests assign a new value.
 FakeRegistry& fakeRegistry();
 
 }  // namespace marrowby

@@ -1,12 +1,11 @@
-// The island above the lock screen, on panels of AppKit and a window server that stands in for the
-// Mac's.
+// The island on AppKit panels, with a fake window server.
 
 #include "Kit/LockScreen.h"
 #include "Platforms/macOS/AppKitWindowServer.h"
 #include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/MacOnLinux/SkyLight.h"
-#import "Tests/Unlock/macOS/Seat.h"
+#import "Tests/Unlock/macOS/WindowDriver.h"
 #include "Unlock/Island/LockScreenOverlayController.h"
 
 #include <string>
@@ -29,7 +28,7 @@ NSWindow* panel() {
 }
 
 TEST(MacIsland, liesInASpaceAboveTheLockScreenAndShowsEveryPhase) {
-    const Seat seat;
+    const WindowDriver driver;
     skyLightCalls().clear();
     FakeMainThread mainThread;
     FakeLockState lockState;
@@ -48,9 +47,9 @@ TEST(MacIsland, liesInASpaceAboveTheLockScreenAndShowsEveryPhase) {
     for (const auto& [name, phase] : phases) {
         island.show(phase);
         mainThread.advance(TimeInterval(1));
-        Seat::settle();
+        WindowDriver::settle();
         ASSERT_TRUE(panel()) << name;
-        Seat::takePicture(panel(), name);
+        WindowDriver::takePicture(panel(), name);
     }
     EXPECT_THAT(skyLightCalls(),
                 ElementsAre("create 1 0", "level 9 400", "show [9]",
@@ -58,11 +57,11 @@ TEST(MacIsland, liesInASpaceAboveTheLockScreenAndShowsEveryPhase) {
 
     LockScreenWindow second(lockScreen, nullptr, {.width = 10, .height = 10});
     EXPECT_TRUE(second.show({.width = 20, .height = 20}, false));
-    EXPECT_EQ(skyLightCalls().size(), 5U) << "one space for all";
+    EXPECT_EQ(skyLightCalls().size(), 5U) << "one space for all phases";
     second.hide();
     island.show(OverlayPhase::Leaving{});
     mainThread.advance(TimeInterval(1));
-    Seat::settle();
+    WindowDriver::settle();
     EXPECT_FALSE(panel());
 }
 

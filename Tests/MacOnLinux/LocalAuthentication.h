@@ -9,21 +9,21 @@
 
 namespace marrowby {
 
-/// The prompt before the owner.
+/// A fake authentication prompt.
 struct FakeOwnerPrompt {
     bool canAsk = true;
-    /// Why it can't ask; may be nil.
+    /// Error of canEvaluate; may be nil.
     NSError* whyNot = nil;
-    /// What it was asked: “2 unlock the saved password”.
+    /// Policies and reasons asked: “2 unlock the saved password”.
     std::vector<std::string> asked;
-    /// Of the prompt that stands.
+    /// Reply block of the open prompt.
     void (^reply)(BOOL success, NSError* error) = nil;
 
-    /// The owner answers, and the prompt goes.
+    /// Answers and closes the prompt.
     static void answer(bool success, NSError* error);
 };
 
-/// One for all; a test assigns a new one.
+/// A singleton; tests assign a new value.
 FakeOwnerPrompt& fakeOwnerPrompt();
 
 }  // namespace marrowby

@@ -28,7 +28,7 @@ void FakeOwnerPrompt::answer(bool success, NSError* error) {
     self = [super init];
     return self ? marrowby::counted(self) : nil;
 }
-/// Its prompt goes with it.
+/// Deallocation closes the prompt.
 - (void)dealloc {
     marrowby::FakeOwnerPrompt::answer(
         false, [NSError errorWithDomain:@"com.apple.LocalAuthentication" code:-9 userInfo:nil]);

@@ -1,17 +1,17 @@
-// What is compiled without ARC: blocks as objects, and the end of every object.
+// Compiled without ARC: block objects and NSObject's dealloc.
 
 #import <Foundation/Foundation.h>
 
 #pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
 @implementation NSObject (MacOnLinux)
-/// In place of GNUstep's own, which knows of no associations.
+/// Replaces GNUstep's, which does not remove associations.
 - (void)dealloc {
     objc_removeAssociatedObjects(self);
     NSDeallocateObject(self);
 }
 @end
 
-// The linker gives these classes the names that compiled blocks know.
+// The linker gives these classes the names that compiled blocks refer to.
 
 @interface MacBlock : NSObject
 @end

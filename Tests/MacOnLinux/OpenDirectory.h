@@ -7,17 +7,17 @@
 
 namespace marrowby {
 
-/// The computer's accounts.
+/// Fake accounts.
 struct FakeAccounts {
-    /// By name.
+    /// Keyed by name.
     NSDictionary<NSString*, NSString*>* passwords = @{NSUserName() : @"right"};
-    /// Raised by every call.
+    /// Thrown by every call, if set.
     NSException* exception = nil;
-    /// Nodes opened: their types; records: their kinds.
+    /// Types of opened nodes and of looked-up records.
     std::vector<std::string> calls;
 };
 
-/// One for all; a test assigns a new one.
+/// A singleton; tests assign a new value.
 FakeAccounts& fakeAccounts();
 
 }  // namespace marrowby

@@ -1,5 +1,5 @@
-// Clang's messages, reference counting and class layout on GCC's Objective-C runtime, which
-// Debian's GNUstep stands on and which knows none of them.
+// Implements clang's message sending, ARC entry points and class layout on GCC's Objective-C
+// runtime, which Debian's GNUstep uses and which has none of them.
 
 #include <cstddef>
 #include <utility>
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Reads the receiver here, where the address sanitizer sees it: GNUstep was built without it.
+/// Reads the receiver here, so that AddressSanitizer checks it: GNUstep is not instrumented.
 id seen(id receiver) {
     if (receiver) (void)*reinterpret_cast<const volatile char*>(receiver);
     return receiver;
@@ -22,10 +22,10 @@ id send(id object, const char* name) {
     return reinterpret_cast<id (*)(id, SEL)>(objc_msg_lookup(object, selector))(object, selector);
 }
 
-/// What a method returned and its caller has not taken yet: as on a Mac, no pool keeps it.
+/// A method's result that its caller has not retained yet: as on a Mac, no pool holds it.
 thread_local id handedOver = nullptr;
 
-/// A class as the compiler writes it. Arrays are as long as the count before them says.
+/// Class metadata as the compiler emits it; each array has the length given before it.
 struct InstanceVariables {
     int count;
     struct {
@@ -76,7 +76,7 @@ struct Module {
     Symbols* symbols;
 };
 
-/// GCC's runtime takes only its own version; the later one has more at its end.
+/// GCC's runtime accepts only its own version; the newer one only adds fields at the end.
 void makeProtocolsOld(ProtocolList* all) {
     for (; all; all = all->next) {
         ProtocolDefinition** const list = &all->list[0];
@@ -165,8 +165,8 @@ void objc_autoreleasePoolPop(void* pool) {
 
 void __real___objc_exec_class(Module* module);
 
-/// Clang leaves the places of instance variables to the runtime: they go behind the superclass's,
-/// which must be of GNUstep.
+/// Clang leaves instance variable offsets to the runtime: they follow the superclass's, which must
+/// be GNUstep's.
 void __wrap___objc_exec_class(Module* module) {
     constexpr long alignment = 16;
     module->version = 8;

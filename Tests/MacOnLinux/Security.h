@@ -9,19 +9,19 @@
 
 namespace marrowby {
 
-/// The login keychain. It takes generic passwords only.
+/// A fake login keychain for generic passwords.
 struct FakeLoginKeychain {
-    /// What it answers to everything.
+    /// Status of every call, if set.
     std::optional<std::int32_t> refusal;
-    /// What it gives in place of the bytes that were asked for.
+    /// Returned in place of the requested bytes.
     id foreignResult = nil;
-    /// Calls that came, by their names.
+    /// Names of the calls made.
     std::vector<std::string> calls;
-    /// By service and account.
+    /// Keyed by service and account.
     NSMutableDictionary<NSString*, NSDictionary*>* items = [[NSMutableDictionary alloc] init];
 };
 
-/// One for all; a test assigns a new one.
+/// A singleton; tests assign a new value.
 FakeLoginKeychain& fakeLoginKeychain();
 
 }  // namespace marrowby

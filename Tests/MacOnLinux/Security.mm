@@ -35,7 +35,7 @@ SPELT(kSecValueData);
 namespace {
 
 struct Call {
-    /// Other than success: the answer.
+    /// Returned if not success.
     OSStatus status;
     NSString* name;
     NSDictionary* item;
@@ -44,7 +44,7 @@ struct Call {
 Call call(const char* name, NSDictionary* query) {
     fakeLoginKeychain().calls.emplace_back(name);
     if (const auto refusal = fakeLoginKeychain().refusal) return {*refusal, nil, nil};
-    // The other keychain is only for signatures that name a team.
+    // The data protection keychain needs a signature with a team.
     if (![query[@"kSecUseDataProtectionKeychain"] isEqual:@NO])
         return {errSecMissingEntitlement, nil, nil};
     if (![query[@"kSecClass"] isEqual:@"kSecClassGenericPassword"]) return {errSecParam, nil, nil};
@@ -53,7 +53,7 @@ Call call(const char* name, NSDictionary* query) {
     return {errSecSuccess, key, fakeLoginKeychain().items[key]};
 }
 
-/// With bytes of its own.
+/// Stores a copy of the bytes.
 void keep(const Call& call, NSDictionary* attributes) {
     NSMutableDictionary* const kept =
         call.item ? [call.item mutableCopy] : [NSMutableDictionary dictionary];

@@ -1,5 +1,5 @@
-// The adapters of frameworks that are made up here, under what the application does with them.
-// Every test ends with all released that the frameworks gave.
+// The adapters of the frameworks faked here, as the application uses them. Every test ends with all
+// framework objects released.
 
 #include "Platforms/macOS/CoreGraphicsInputIdle.h"
 #include "Platforms/macOS/CoreGraphicsKeyEvents.h"
@@ -55,7 +55,7 @@ class MacServices : public testing::Test {
         }
     }
 
-    /// Objects of the frameworks that this test has not released.
+    /// Framework objects that this test has not released.
     [[nodiscard]] int held() const { return countedAlive() - before_; }
 
   private:
@@ -75,7 +75,7 @@ class MacKeys : public MacServices {
     }
 };
 
-TEST_F(MacKeys, clearTypeAndReturnWithoutTheModifiersThatSomebodyHolds) {
+TEST_F(MacKeys, clearTypeAndReturnWithoutHeldModifiers) {
     fakeWindowSession().heldFlags = 0x20000;
     EXPECT_TRUE(type("nineteen characters😀, and more"));
     EXPECT_THAT(fakeWindowSession().posted,
@@ -86,17 +86,17 @@ TEST_F(MacKeys, clearTypeAndReturnWithoutTheModifiersThatSomebodyHolds) {
                             "down 0 😀, and more", "up 0 😀, and more", "down 36", "up 36"));
 }
 
-TEST_F(MacKeys, leaveNoHalfOfAChunkInTheField) {
+TEST_F(MacKeys, postNeitherHalfOfAChunkWhenOneFails) {
     for (const std::size_t events : {8U, 9U}) {
         fakeWindowSession() = {.eventsLeft = events};
         const auto outcome = type("secret");
         ASSERT_FALSE(outcome);
         EXPECT_EQ(outcome.error(), KeystrokeError::eventFailed);
-        EXPECT_EQ(fakeWindowSession().posted.size(), 8U) << "the clearing";
+        EXPECT_EQ(fakeWindowSession().posted.size(), 8U) << "the keys that clear the field";
     }
 }
 
-TEST_F(MacKeys, typeOnlyWhereTheyMayAndIntoTheLoginWindow) {
+TEST_F(MacKeys, typeOnlyWithPermissionAndIntoTheLoginWindow) {
     const std::pair<FakeWindowSession, std::optional<KeystrokeError>> cases[] = {
         {{.frontApplication = std::nullopt}, std::nullopt},
         {{.isTrusted = false}, KeystrokeError::noAccessibility},
@@ -116,7 +116,7 @@ TEST_F(MacKeys, typeOnlyWhereTheyMayAndIntoTheLoginWindow) {
 
 // ---- Session and input ----
 
-TEST_F(MacServices, sayTheSessionsFactsByTheirTypes) {
+TEST_F(MacServices, readTheSessionDictionaryByValueType) {
     const CoreGraphicsLoginSession session;
     fakeWindowSession().facts = @{
         @"CGSSessionScreenIsLocked" : @YES,
@@ -137,7 +137,7 @@ TEST_F(MacServices, sayTheSessionsFactsByTheirTypes) {
     }
 }
 
-TEST_F(MacServices, readTheIdleTimeAndGiveTheRegistrysEntryBack) {
+TEST_F(MacServices, readTheIdleTimeAndReleaseTheRegistryEntry) {
     const CoreGraphicsInputIdle idle;
     @autoreleasepool {
         EXPECT_EQ(idle.registryIdleNanoseconds(), 1'500'000'000U);
@@ -163,7 +163,7 @@ class MacSpaceKey : public MacServices {
     int presses = 0;
 };
 
-TEST_F(MacSpaceKey, isHeardOnEveryKeyboardThatNobodySeized) {
+TEST_F(MacSpaceKey, isHeardOnEveryUnseizedKeyboard) {
     @autoreleasepool {
         fakeKeyboards().areSeized = {true, false};
         monitor->onSpace = [this] { ++presses; };
@@ -184,14 +184,14 @@ TEST_F(MacSpaceKey, isHeardOnEveryKeyboardThatNobodySeized) {
     }
 }
 
-TEST_F(MacSpaceKey, mayEndTheListeningInItsOwnCall) {
+TEST_F(MacSpaceKey, mayStopListeningInItsCallback) {
     @autoreleasepool {
         std::unique_ptr<KeyboardDevices::Listening> listening;
         listening = devices.open({}, [&, log = std::vector<int>()](const auto& value) mutable {
             listening.reset();
             log.push_back(static_cast<int>(value.usage));
             presses += log.front() == space ? 1 : 0;
-            EXPECT_EQ(held(), 1) << "the manager, which still calls";
+            EXPECT_EQ(held(), 1) << "the manager, during its callback";
         });
         FakeKeyboards::send(0, space, true);
         FakeKeyboards::send(0, space, true);
@@ -199,11 +199,11 @@ TEST_F(MacSpaceKey, mayEndTheListeningInItsOwnCall) {
     }
 }
 
-TEST_F(MacSpaceKey, needsAccessAndAsksForIt) {
+TEST_F(MacSpaceKey, needsAccessAndRequestsIt) {
     @autoreleasepool {
         fakeKeyboards().isGranted = false;
         EXPECT_FALSE(monitor->hasAccess());
-        EXPECT_EQ(fakeKeyboards().requests, 0) << "only looking asks nobody";
+        EXPECT_EQ(fakeKeyboards().requests, 0) << "checking does not prompt";
         devices.requestListenAccess();
         EXPECT_EQ(fakeKeyboards().requests, 1);
         monitor->start();
@@ -229,7 +229,7 @@ class MacKeychain : public MacServices {
     std::array<std::uint8_t, 32> key{7};
 };
 
-TEST_F(MacKeychain, keepsOneItemAndLetsGoOfWhatItRead) {
+TEST_F(MacKeychain, keepsOneItemAndReleasesReadBytes) {
     @autoreleasepool {
         EXPECT_FALSE(store.hasKey());
         EXPECT_TRUE(store.saveKey(key));
@@ -237,7 +237,7 @@ TEST_F(MacKeychain, keepsOneItemAndLetsGoOfWhatItRead) {
         EXPECT_TRUE(store.saveKey(key));
         EXPECT_TRUE(store.hasKey());
         const auto loaded = store.loadKey();
-        EXPECT_EQ(held(), 0) << "at once, not with the caller's pool";
+        EXPECT_EQ(held(), 0) << "released at once, not by the caller's pool";
         ASSERT_TRUE(loaded && *loaded);
         EXPECT_TRUE(std::ranges::equal((*loaded)->values(), key));
         EXPECT_THAT(fakeLoginKeychain().calls,
@@ -249,7 +249,7 @@ TEST_F(MacKeychain, keepsOneItemAndLetsGoOfWhatItRead) {
     }
 }
 
-TEST_F(MacKeychain, passesOnWhyItWasRefused) {
+TEST_F(MacKeychain, passesOnTheStatusOfARefusal) {
     @autoreleasepool {
         EXPECT_TRUE(store.saveKey(key));
         fakeLoginKeychain().foreignResult = @[ @"no bytes" ];
@@ -269,7 +269,7 @@ TEST_F(MacKeychain, passesOnWhyItWasRefused) {
 
 // ---- The owner, and the account ----
 
-TEST_F(MacServices, tellTheOwnersCancelFromOtherErrors) {
+TEST_F(MacServices, distinguishACancelFromOtherErrors) {
     struct Case {
         bool success;
         NSString* domain;
@@ -296,7 +296,7 @@ TEST_F(MacServices, tellTheOwnersCancelFromOtherErrors) {
                     outcome = answer;
                 });
             }
-            EXPECT_FALSE(outcome) << "the prompt stands though nobody else keeps it";
+            EXPECT_FALSE(outcome) << "the open prompt retains its context";
             EXPECT_THAT(fakeOwnerPrompt().asked, ElementsAre("2 unlock"));
             fakeOwnerPrompt().asked.clear();
             FakeOwnerPrompt::answer(one.success, one.domain ? [NSError errorWithDomain:one.domain
@@ -313,7 +313,7 @@ TEST_F(MacServices, tellTheOwnersCancelFromOtherErrors) {
     }
 }
 
-TEST_F(MacServices, passOnWhyTheOwnerCannotBeAsked) {
+TEST_F(MacServices, passOnTheErrorOfCanEvaluate) {
     LocalOwnerAuthentication authentication;
     std::vector<OwnerCheck::Result> outcomes;
     @autoreleasepool {

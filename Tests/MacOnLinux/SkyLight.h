@@ -6,7 +6,7 @@
 
 namespace marrowby {
 
-/// What was asked of the window server that stands in for the Mac's, in words.
+/// Calls made to the fake window server, as text.
 std::vector<std::string>& skyLightCalls();
 
 }  // namespace marrowby

@@ -1,5 +1,4 @@
-// The private framework of the window server, as far as the application calls it. The linker sends
-// dlopen here.
+// Fakes the functions of the private SkyLight framework. The linker redirects dlopen here.
 
 #include "Tests/MacOnLinux/SkyLight.h"
 
@@ -29,7 +28,7 @@ void said(const std::string& call) {
 }
 
 std::string numbers(CFArrayRef array) {
-    // Read here, where the address sanitizer sees it: GNUstep was built without it.
+    // Reads the object here, so that AddressSanitizer checks it: GNUstep is not instrumented.
     (void)*reinterpret_cast<const volatile char*>(array);
     std::string text = "[";
     for (NSNumber* number in (__bridge NSArray*)array)
@@ -71,7 +70,7 @@ void* __real_dlopen(const char* path, int mode);
 
 void* __wrap_dlopen(const char* path, int mode) {
     const bool isSkyLight = path && std::strcmp(path, marrowby::skylight::path) == 0;
-    // Its functions are this program's own.
+    // The functions are defined in this program.
     return __real_dlopen(isSkyLight ? nullptr : path, mode);
 }
 }

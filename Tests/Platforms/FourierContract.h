@@ -10,7 +10,7 @@
 
 namespace marrowby {
 
-/// What every platform's transform does: as the definition says.
+/// Checks a platform's transform against the definition.
 inline void expectTheDefinition(const FourierTransform& transform) {
     std::mt19937 random(1);
     std::uniform_real_distribution<float> values(-100, 100);

@@ -14,8 +14,8 @@
 
 namespace marrowby {
 
-/// What every platform's drawing does. A Backend has `makeImaging()`, `makeSource(width, height,
-/// bytes)` of blue, green, red and a byte without meaning, and by how much a value may be off.
+/// Tests for every platform's Imaging. A Backend has `makeImaging()`, `makeSource(width, height,
+/// bytes)` of BGRX pixels, and the tolerance of a value.
 template <typename Backend>
 class ImagingContract : public testing::Test {
   protected:
@@ -33,7 +33,7 @@ class ImagingContract : public testing::Test {
         return Backend::makeSource(20, 10, std::move(bytes));
     }
 
-    /// The first three bytes of a pixel.
+    /// Checks a pixel's first three bytes.
     static void expectColour(const Bitmap& image, int x, int y, const Colour& expected) {
         const auto* p = &image.bytes()[static_cast<std::size_t>(y) * image.bytesPerRow() +
                                        static_cast<std::size_t>(x) * 4];
@@ -65,7 +65,7 @@ TYPED_TEST_P(ImagingContract, ShrinksByArea) {
     ASSERT_EQ(half->height(), 5);
     // Columns 6 and 7, rows 4 and 5.
     this->expectColour(*half, 3, 2, {200, 45, 65});
-    // Whatever is left of a pixel is one.
+    // At least one pixel remains.
     EXPECT_EQ(imaging->render(*this->ramps(), {0, 0, 20, 10}, 0.001)->width(), 1);
 }
 
@@ -80,9 +80,9 @@ TYPED_TEST_P(ImagingContract, DrawsThroughATransformFromTheBottomLeft) {
     this->expectColour(*shifted, 1, 2, {0, 0, 0});
     this->expectColour(*shifted, 5, 8, {0, 0, 0});
 
-    // A quarter turn to the left about the origin, moved back into view: (x, y) to (10 - y, x).
+    // Rotated by 90° to the left about the origin and moved back into view: (x, y) to (10 - y, x).
     const auto turned = imaging->draw(image, 10, 20, {.a = 0, .b = 1, .c = -1, .d = 0, .tx = 10});
-    // From the bottom-left the pixel's middle is (2.5, 16.5), so it shows (16.5, 7.5).
+    // From the bottom-left the pixel's centre is (2.5, 16.5), so it shows (16.5, 7.5).
     this->expectColour(*turned, 2, 3, {200, 20, 160});
 
     const auto nothing = imaging->draw(image, 4, 4, {.a = 0, .d = 0});
@@ -90,7 +90,7 @@ TYPED_TEST_P(ImagingContract, DrawsThroughATransformFromTheBottomLeft) {
 }
 
 TYPED_TEST_P(ImagingContract, DrawsSmallWithoutSkippingPixels) {
-    // One-pixel stripes shrunk to a quarter are even grey.
+    // One-pixel stripes reduced to a quarter are even grey.
     std::vector<std::uint8_t> bytes(std::size_t{64} * 64 * 4);
     for (std::size_t i = 0; i < bytes.size(); ++i)
         bytes[i] = (i / 4) % 2 == 0 ? 0 : 200;

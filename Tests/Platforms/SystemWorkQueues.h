@@ -6,7 +6,7 @@
 
 namespace marrowby {
 
-/// The real queues of the system that the tests run on.
+/// The real WorkQueues of the tested platform.
 [[nodiscard]] std::unique_ptr<WorkQueues> systemWorkQueues();
 
 }  // namespace marrowby

@@ -14,7 +14,7 @@ constexpr const char* logindPath = "/org/freedesktop/login1";
 constexpr const char* sessionPath = "/org/freedesktop/login1/session/c1";
 constexpr const char* mock = "org.freedesktop.DBus.Mock";
 
-/// The owner sits before the camera while a program of theirs says that the screen is locked.
+/// The owner sits at the camera while a program of theirs claims that the screen is locked.
 class ProgramAttackTest : public ProgramTest {
   protected:
     void SetUp() override {
@@ -37,7 +37,7 @@ class ProgramAttackTest : public ProgramTest {
         bus->call(logind, sessionPath, mock, "UpdateProperties",
                   {"org.freedesktop.login1.Session", changed});
     }
-    /// It is believed, the owner is recognised, and nothing is typed.
+    /// The claim is believed and the owner recognised, yet nothing is typed.
     void expectThatNothingIsTyped() {
         ASSERT_TRUE(program->says("log: Locked")) << program->recentWords();
         ASSERT_TRUE(comesBackUntil([&] { return program->hasSaid("log: Recognised"); }))
@@ -57,9 +57,9 @@ class ProgramAttackTest : public ProgramTest {
     PrivateBus::Program logind_;
 };
 
-TEST_F(ProgramAttackTest, typesNothingForWhoeverSaysThatTheScreenIsLocked) {
+TEST_F(ProgramAttackTest, typesNothingWhenAProgramOnlyClaimsALock) {
     {
-        SCOPED_TRACE("a screen saver that is none");
+        SCOPED_TRACE("a fake screen saver");
         const auto gnome = bus->mock(saver, {"--session", "--template", "gnome_screensaver"});
         ASSERT_TRUE(gnome);
         bus->call(saver, "/org/gnome/ScreenSaver", saver, "SetActive", {true});

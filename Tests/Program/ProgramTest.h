@@ -27,8 +27,8 @@ inline constexpr const char* ownersPassword = "Corr3ct-HoRse_b@ttery!";
 inline constexpr std::uint32_t spaceKey = 0x0020;
 inline constexpr std::uint32_t tabKey = 0xFF09;
 
-/// The program on a desktop of its own: a window manager, a terminal that has the focus, a bus, a
-/// keyring that is unlocked, and a user's folders.
+/// The program on a private desktop: window manager, focused terminal, bus, unlocked keyring, home
+/// folders.
 class ProgramTest : public testing::Test {
   protected:
     void SetUp() override {
@@ -51,7 +51,7 @@ class ProgramTest : public testing::Test {
         environment.remove("WAYLAND_DISPLAY");
         for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
             environment.insert(name, QString::fromStdString(home.path().string()));
-        // Patient also with a slow machine.
+        // Long scans for slow machines.
         std::filesystem::create_directory(home.path() / "marrowby-unlock");
         std::ofstream(home.path() / "marrowby-unlock/settings.json")
             << R"({"unlock.scanSeconds": 10})";
@@ -63,7 +63,7 @@ class ProgramTest : public testing::Test {
         ASSERT_TRUE(program->says("launched")) << program->recentWords();
         ASSERT_TRUE(program->order(std::string("password ") + ownersPassword));
     }
-    /// A second start, which hands over to the first.
+    /// Starts a second instance, which hands over to the first.
     void openWindow() {
         QProcess second;
         second.setProcessEnvironment(environment);
@@ -73,8 +73,7 @@ class ProgramTest : public testing::Test {
     }
 
     void touch() { ASSERT_TRUE(hands->tap(xkey::leftShift)); }
-    /// In a window of the program's: before the window manager gives it the focus, the terminal
-    /// would get the key.
+    /// Presses a key once the program's window has the focus; the terminal would get it before.
     void press(std::uint32_t key) {
         ASSERT_TRUE(loop.runUntil([this] { return program->hasFocus(); }))
             << program->recentWords();
@@ -97,8 +96,8 @@ class ProgramTest : public testing::Test {
         ASSERT_NO_FATAL_FAILURE(sees("Allow typing your password"));
         press(xkey::returnKey);
         ASSERT_NO_FATAL_FAILURE(sees("Save your face"));
-        for (int patience = 0; patience < 12 && !program->hasSaid("page: Name this look");
-             ++patience) {
+        for (int attempts = 0; attempts < 12 && !program->hasSaid("page: Name this look");
+             ++attempts) {
             (void)program->says("never said");
         }
         ASSERT_NO_FATAL_FAILURE(sees("Name this look"));
@@ -119,13 +118,13 @@ class ProgramTest : public testing::Test {
         ASSERT_TRUE(locked) << locked.error();
         ASSERT_TRUE(program->says("log: Locked")) << program->recentWords();
     }
-    /// It has the focus whenever no window of the program’s is open and no locker is there.
+    /// The terminal has the focus whenever neither the program's windows nor a locker are shown.
     void expectAnUntouchedTerminal() {
         const auto bytes = desktop->terminalBytes();
         ASSERT_TRUE(bytes) << bytes.error();
         EXPECT_EQ(bytes->size(), 0U);
     }
-    /// Touches a key now and then, as somebody does who wants the screen to wake up.
+    /// Taps a key now and then, as a user does to wake the screen, until the condition holds.
     [[nodiscard]] bool comesBackUntil(const std::function<bool()>& condition) {
         QTimer touching;
         QObject::connect(&touching, &QTimer::timeout, [this] { touch(); });

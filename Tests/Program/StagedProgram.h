@@ -10,8 +10,8 @@
 
 namespace marrowby {
 
-/// The program on a stage: takes orders, and says what its windows show and its engine logs.
-/// Destroying it kills it.
+/// The program in a rehearsal build: takes orders on standard input and prints its windows' pages
+/// and its log. Destroying it kills it.
 class StagedProgram {
   public:
     StagedProgram(QtLoop& loop, const QProcessEnvironment& environment,
@@ -20,22 +20,22 @@ class StagedProgram {
     StagedProgram(const StagedProgram&) = delete;
     StagedProgram& operator=(const StagedProgram&) = delete;
 
-    /// False when it doesn't say so.
+    /// False when it does not confirm.
     [[nodiscard]] bool order(const std::string& line);
-    /// Waits for a line that begins so, after those already waited for. False when none comes.
+    /// Waits for a line with this beginning, after those already waited for; false on timeout.
     [[nodiscard]] bool says(const std::string& beginning);
-    /// Whether such a line is there already, after those waited for.
+    /// Whether such a line is there already.
     [[nodiscard]] bool hasSaid(const std::string& beginning);
-    /// Whether a control in one of its windows has the keyboard.
+    /// Whether one of its windows has the keyboard focus.
     [[nodiscard]] bool hasFocus();
-    /// What it said since the last line waited for, and what came to its standard error.
+    /// Output since the last line waited for, standard error included.
     [[nodiscard]] std::string recentWords();
 
-    /// At once, as SIGKILL does.
+    /// SIGKILL.
     void kill();
     /// Asks it to end. Its exit status, or -1.
     [[nodiscard]] int terminate();
-    /// Waits until it ends by itself. Its exit status, or -1.
+    /// Waits for its end. Its exit status, or -1.
     [[nodiscard]] int awaitEnd();
 
   private:
@@ -44,7 +44,7 @@ class StagedProgram {
 
     QtLoop& loop_;
     QProcess process_;
-    /// All that it said, and how much of it was waited for.
+    /// All output, and how much of it was waited for.
     std::string words_;
     std::size_t heard_ = 0;
 };

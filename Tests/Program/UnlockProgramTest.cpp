@@ -15,8 +15,8 @@ std::string contentOf(const std::filesystem::path& file) {
 
 class UnlockProgramTest : public ProgramTest {
   protected:
-    /// A whole pack with an embedder that differs in what no network notices: a field at its end
-    /// that the format has no name for.
+    /// A valid pack with another embedder file: it differs by an unknown protobuf field at its end,
+    /// so that it computes the same.
     void exchangeModels() {
         const std::filesystem::path others = home.path() / "models";
         std::filesystem::copy(MARROWBY_SOURCE_DIR "/Models", others);
@@ -33,7 +33,7 @@ class UnlockProgramTest : public ProgramTest {
     }
 };
 
-TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere) {
+TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterAProofOfPresence) {
     ASSERT_NO_FATAL_FAILURE(start());
     ASSERT_NO_FATAL_FAILURE(setUpThroughTheWindow());
     const std::string faces = contentOf(saved("Faces.sealed"));
@@ -41,16 +41,15 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere
     ASSERT_FALSE(faces.empty() || secret.empty());
     EXPECT_EQ(faces.find("Robin"), std::string::npos);
 
-    // MARROWBY_KILLS: how often. The moments are random; MARROWBY_SEED repeats them. No kill loses
-    // anything of what was saved.
-    const char* wish = std::getenv("MARROWBY_KILLS");
-    const long wished = wish != nullptr ? std::strtol(wish, nullptr, 10) : 3;
+    // MARROWBY_KILLS kills at random moments, which MARROWBY_SEED repeats; none loses saved data.
+    const char* setting = std::getenv("MARROWBY_KILLS");
+    const long killCount = setting != nullptr ? std::strtol(setting, nullptr, 10) : 3;
     const char* given = std::getenv("MARROWBY_SEED");
     const auto seed = given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10))
                                        : std::random_device{}();
     SCOPED_TRACE("MARROWBY_SEED=" + std::to_string(seed));
     std::mt19937 moments(seed);
-    for (long kills = wished; kills > 0; --kills) {
+    for (long kills = killCount; kills > 0; --kills) {
         program.reset();
         program = std::make_unique<StagedProgram>(loop, environment);
         QDeadlineTimer moment(static_cast<int>(moments() % 1500));
@@ -60,7 +59,7 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere
         ASSERT_EQ(contentOf(saved("Password.sealed")), secret);
     }
 
-    // What a restart means: nothing is looked for until the owner was there once.
+    // After a restart there are no scans until the owner has proved their presence once.
     ASSERT_NO_FATAL_FAILURE(start());
     ASSERT_TRUE(program->order("scene live-normal 4"));
     ASSERT_NO_FATAL_FAILURE(sees("Marrowby Unlock"));
@@ -81,14 +80,15 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere
     EXPECT_TRUE(program->says("log: Unlocked")) << program->recentWords();
     EXPECT_FALSE(locker->isRunning());
 
-    // Ended in the middle of a typing, unless that was faster: either way in peace.
+    // Terminated during the typing or just after it.
     ASSERT_NO_FATAL_FAILURE(lockScreen());
     EXPECT_TRUE(comesBackUntil([&] { return program->hasSaid("log: Recognised"); }))
         << program->recentWords();
     EXPECT_EQ(program->terminate(), 0) << program->recentWords();
     locker->kill();
 
-    // Other models than those that saved the face look for nobody, though they are as good.
+    // With other models than those of the saved face there are no scans, even if they compute the
+    // same.
     ASSERT_NO_FATAL_FAILURE(exchangeModels());
     ASSERT_NO_FATAL_FAILURE(start());
     ASSERT_TRUE(program->order("scene live-normal 4"));
@@ -107,28 +107,28 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterTheOwnerWasThere
     expectAnUntouchedTerminal();
 }
 
-TEST_F(UnlockProgramTest, endsInPeaceWhereTheDisplayGoesWhileItTypes) {
+TEST_F(UnlockProgramTest, endsWithAnErrorWhenTheDisplayIsLostDuringTyping) {
     ASSERT_NO_FATAL_FAILURE(start());
     ASSERT_NO_FATAL_FAILURE(setUpThroughTheWindow());
     ASSERT_TRUE(program->order("scene live-normal 4"));
     ASSERT_NO_FATAL_FAILURE(lockScreen());
     ASSERT_TRUE(comesBackUntil([&] { return program->hasSaid("log: Recognised"); }))
         << program->recentWords();
-    // In the middle of the typing, unless that was faster.
+    // During the typing or just after it.
     desktop.reset();
     EXPECT_EQ(program->awaitEnd(), EXIT_FAILURE) << program->recentWords();
     const std::string words = program->recentWords();
     EXPECT_NE(words.find("because its display is gone"), std::string::npos) << words;
 }
 
-TEST_F(UnlockProgramTest, checksWhatIsThereAndCallsNoEndedCheckASuccess) {
+TEST_F(UnlockProgramTest, selfCheckSucceedsUnlessInterrupted) {
     for (const bool isEnded : {false, true}) {
         StagedProgram check(loop, environment, {"--self-check"});
         ASSERT_TRUE(check.says(isEnded ? "ok  Camera permission: "
                                        : "ok  Camera: Rehearsal camera, set to 640 × 480; "))
             << check.recentWords();
         const int status = check.terminate();
-        // A slow signal finds the check done.
+        // When the signal is slow the check has finished.
         const bool isDone = !isEnded || check.hasSaid("ok  Camera: ");
         EXPECT_EQ(status, isDone ? EXIT_SUCCESS : EXIT_FAILURE) << check.recentWords();
     }

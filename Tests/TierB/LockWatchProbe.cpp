@@ -1,6 +1,5 @@
-// Prints what the application would hear of the session that this runs in, one line each, until it
-// is killed: the events by name, each after "now" with the state of the lock where that has
-// changed.
+// Prints the lock events of its session, one per line, until it is killed; before an event "now"
+// and the lock state if that has changed.
 
 #include "Platforms/Linux/Desktop/QtMainThread.h"
 #include "Platforms/Linux/Session/DesktopSession.h"

@@ -1,5 +1,5 @@
-// Asks the system, as the application does, whether the user is there, and prints what came of
-// it. With "withdraw", the asking ends by itself after a second.
+// Runs the application's owner check and prints the result. With "withdraw", cancels it after a
+// second.
 
 #include "Platforms/Linux/Desktop/BusAddress.h"
 #include "Platforms/Linux/Secrets/PolkitOwnerCheck.h"
@@ -18,7 +18,7 @@ int main(int argumentCount, char** arguments) {
     using namespace marrowby;
     const QCoreApplication application(argumentCount, arguments);
     std::optional<PolkitOwnerCheck> check(busaddress::system());
-    // Within the loop, which a reply that comes at once ends.
+    // Within the event loop, which an immediate reply ends.
     QTimer::singleShot(0, [&] {
         check->confirmOwner("open it", [](const OwnerCheck::Result& outcome) {
             const auto text = [](const auto& error) {

@@ -1,10 +1,10 @@
-// A polkit agent for the session that this runs in. It answers every prompt with the word it is
-// given, presses cancel for "--cancel", and lets it stand for "--wait"; it prints what it sees.
+// A polkit agent for its session. Answers every prompt with the given word, cancels it
+// ("--cancel"), or leaves it open ("--wait"); prints what it is asked.
 
 #include <iostream>
 #include <string>
 
-// The headers of GObject's libraries are C, and cast so.
+// GObject's C headers use old-style casts.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wold-style-cast"
 #define POLKIT_AGENT_I_KNOW_API_IS_SUBJECT_TO_CHANGE
@@ -16,7 +16,7 @@ namespace {
 
 std::string answer;
 
-/// One prompt, until the helper that checks the password has said how it ended.
+/// One prompt, until the password helper has finished.
 struct Prompt {
     GTask* task = nullptr;
     PolkitAgentSession* session = nullptr;

@@ -1,10 +1,9 @@
-// What one look at a camera sees, through the kernel's cameras and the whole chain of recognition.
+// Runs one scan through V4L2 and the whole recognition chain.
 //
-//     camera-probe prepare SHARED FOLDER NAME...   enrols the owner of SHARED/media from files into
+//     camera-probe prepare SHARED FOLDER NAME...   enrols the owner of SHARED/media into
 //         FOLDER/owner, and writes each named sequence as FOLDER/NAME.yuyv, 640 × 480
-//     camera-probe look SHARED FOLDER FRAMES       looks for the owner, prints what each frame
-//     gave,
-//         and ends after so many frames, or with status 1 after three minutes
+//     camera-probe look SHARED FOLDER FRAMES       scans for the owner and prints each frame's
+//         result; ends after FRAMES frames, or with status 1 after three minutes
 
 #include "Platforms/Linux/Camera/V4l2CaptureSession.h"
 #include "Platforms/Linux/Camera/V4l2SystemCalls.h"

@@ -19,7 +19,7 @@ struct X11SleepWatcher::Watch {
     bool wasAsleep = false;
     std::optional<XcbEventPump> pump;
 
-    /// Selects the events; false where the display has none.
+    /// Selects the events; false when the display has none.
     [[nodiscard]] bool select() {
         const xcb_query_extension_reply_t* extension =
             xcb_get_extension_data(connection->get(), &xcb_screensaver_id);
@@ -27,7 +27,7 @@ struct X11SleepWatcher::Watch {
         notifyEvent = static_cast<std::uint8_t>(extension->first_event + XCB_SCREENSAVER_NOTIFY);
         xcb_screensaver_select_input(connection->get(), connection->root(),
                                      XCB_SCREENSAVER_EVENT_NOTIFY_MASK);
-        // Asked after selecting, so that no change falls between the two.
+        // Read after selecting events, so that no change is missed.
         const auto info = connection->reply<xcb_screensaver_query_info_reply>(
             xcb_screensaver_query_info(connection->get(), connection->root()));
         if (!info) return false;
@@ -43,7 +43,7 @@ struct X11SleepWatcher::Watch {
 
     void tell() {
         if (std::exchange(wasAsleep, isAsleep) == isAsleep) return;
-        // Copy: the callback may destroy the watcher.
+        // Copy: the callback may destroy this object.
         const auto report = onChange;
         report();
     }

@@ -6,12 +6,12 @@
 
 namespace marrowby {
 
-/// Tells when the server blanks its monitors and shows them again, through MIT-SCREEN-SAVER, by
-/// which X.Org's server announces power saving (DPMS), too. Made and destroyed on the thread of
-/// Qt's event loop, from which it calls; a lost display falls silent.
+/// Reports when the server blanks and unblanks its monitors, through MIT-SCREEN-SAVER, by which
+/// X.Org's server also announces DPMS. Create and destroy it on the thread of Qt's event loop,
+/// which also runs the callback; silent after the display is lost.
 class X11SleepWatcher {
   public:
-    /// Null where the display doesn't tell. `onChange` may destroy the watcher.
+    /// Null when the display has no such events. `onChange` may destroy the watcher.
     [[nodiscard]] static std::unique_ptr<X11SleepWatcher> create(const std::string& displayName,
                                                                  std::function<void()> onChange);
     ~X11SleepWatcher();

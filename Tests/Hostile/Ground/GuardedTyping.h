@@ -14,25 +14,24 @@
 
 namespace marrowby {
 
-/// The product's typing on a thread of its own, told all the while that the screen is locked, as by
-/// a session that only says so.
+/// Runs the product's typing on its own thread, with a session that always reports the lock.
 class GuardedTyping {
   public:
     using Outcome = std::expected<void, KeystrokeError>;
 
-    /// Begins to type. `isLocked` is asked after the last key, for how long lent keys are needed;
-    /// nothing: no longer. The key events outlive this.
+    /// Starts typing. `isLocked` is polled after the last key while lent keys are needed; null
+    /// means they are returned at once. The key events outlive this.
     GuardedTyping(KeyEvents& keyEvents, std::string password,
                   std::function<bool()> isLocked = nullptr);
-    /// Waits for its end.
+    /// Waits for the end.
     ~GuardedTyping();
     GuardedTyping(const GuardedTyping&) = delete;
     GuardedTyping& operator=(const GuardedTyping&) = delete;
 
-    /// Becomes readable at the end.
+    /// Becomes readable when the typing ends.
     [[nodiscard]] int endDescriptor() const { return end_.reading.get(); }
     [[nodiscard]] bool hasEnded() const { return hasEnded_; }
-    /// Waits for the end, with the keyboard given back.
+    /// Waits until the typing has ended and returned the lent keys.
     [[nodiscard]] Outcome outcome();
 
   private:

@@ -19,11 +19,11 @@ namespace {
 
 constexpr const char* password = "Zx9 ß字Qé😀-L_w0~";
 constexpr std::chrono::seconds limit{10};
-/// How often somebody touches a key until a dialog comes up, and how long it then takes to stand.
+/// Interval of key taps until a dialog appears, and the time that it then needs.
 constexpr std::chrono::milliseconds touchStep{200};
 constexpr std::chrono::milliseconds dialogTime{800};
 
-/// Of the locker's that show their fields with a program of their own; empty for others.
+/// Name of the locker's dialog program; empty for lockers without one.
 std::string_view dialogOf(ScreenLocker::Kind kind) {
     switch (kind) {
         case ScreenLocker::Kind::i3lock:

@@ -13,7 +13,7 @@
 
 namespace marrowby {
 
-/// What came of typing the right password into a locker again and again.
+/// Results of typing the right password repeatedly.
 struct HonestTally {
     int typed = 0;
     /// The locker ended.
@@ -24,10 +24,10 @@ struct HonestTally {
     [[nodiscard]] double medianMilliseconds() const;
 };
 
-/// Types a password beyond ASCII into one kind of locker on one layout. Main thread.
+/// Types a non-ASCII password into one kind of locker on one layout. Main thread.
 class HonestSeries {
   public:
-    /// What the locker's field is like before the typing.
+    /// State of the locker's field before typing.
     enum class Field { empty, withLeftover, awake };
 
     /// The error is a sentence; the desktop outlives this.
@@ -35,14 +35,14 @@ class HonestSeries {
                                                                          ScreenLocker::Kind kind,
                                                                          const std::string& layout);
 
-    /// Once more. The error says why it was not typed at all.
+    /// One more round. The error says why nothing was typed.
     [[nodiscard]] std::expected<void, std::string> type(Field field);
 
     [[nodiscard]] const std::array<HonestTally, 3>& tallies() const { return tallies_; }
 
   private:
     HonestSeries(WorkingDesktop& desktop, ScreenLocker::Kind kind);
-    /// As somebody who touches a key until the locker shows its field. False when it doesn't.
+    /// Taps a key until the locker shows its field; false if it never does.
     [[nodiscard]] bool wake() const;
 
     WorkingDesktop* desktop_;

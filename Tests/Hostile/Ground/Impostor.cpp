@@ -35,7 +35,7 @@ std::size_t Impostor::characters() {
 }
 
 void Impostor::end() {
-    // With its children.
+    // The process group, which includes its children.
     if (program_) ::kill(-program_->id(), SIGKILL);
     program_ = std::unexpected("ended");
 }

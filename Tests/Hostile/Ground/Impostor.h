@@ -9,18 +9,18 @@
 
 namespace marrowby {
 
-/// A program of the user that pretends to be a locker (hostile-impostor), and the keys that it
-/// gets. Destroying it kills it. One thread.
+/// A user's program that pretends to be a locker (hostile-impostor) and counts the keys it gets.
+/// Destroying it kills it. One thread.
 class Impostor {
   public:
-    /// Blocks until it has done all that `command` asks for, unless it is not `isReadyAtOnce`.
+    /// Blocks until it has done all that `command` asks for, unless `isReadyAtOnce` is false.
     Impostor(const std::string& displayName, std::vector<std::string> command,
              bool isReadyAtOnce = true);
     ~Impostor() { end(); }
     Impostor(const Impostor&) = delete;
     Impostor& operator=(const Impostor&) = delete;
     [[nodiscard]] bool hasBegun() const { return hasBegun_; }
-    /// All keys that it got but those that give no character. Ends it.
+    /// Number of received keys that give a character. Ends the program.
     [[nodiscard]] std::size_t characters();
 
   private:

@@ -18,7 +18,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* password = "Corr3ct-HoRse_b@ttery!";
-/// What a killed locker's keyboard takes to be free is about half of it.
+/// About twice the time until a killed locker's keyboard grab is gone.
 constexpr TimeInterval spread{0.004};
 
 XTestKeyEvents::Pause pauseWithGap(TimeInterval gap) {
@@ -28,7 +28,7 @@ XTestKeyEvents::Pause pauseWithGap(TimeInterval gap) {
     };
 }
 
-/// Hears every key that is pressed at a display.
+/// Reports every key press on a display.
 class PressWatch {
   public:
     explicit PressWatch(const std::string& displayName)
@@ -54,9 +54,9 @@ class PressWatch {
 
 }  // namespace
 
-/// When to kill: some time after a key, or after the time at which a key came undisturbed.
+/// When to kill: `delay` after a key press, or after the time of that press in the undisturbed run.
 struct KillSeries::Moment {
-    /// 0: the beginning.
+    /// 0: the start.
     std::size_t press = 0;
     TimeInterval delay{};
 
@@ -108,7 +108,7 @@ std::expected<KillSeries, std::string> KillSeries::create(WorkingDesktop& deskto
 KillSeries::Moment KillSeries::chooseMoment() {
     const std::size_t press = chance_.next() % (rhythm_.size() + 1);
     if (press == 0) return {.press = 0, .delay = TimeInterval(chance_.between(0, 0.05))};
-    // By the clock: a batch of keys is over before anybody hears of the first.
+    // By the clock: a batch of keys is over before its first press is reported.
     if (press > 1 && chance_.next() % 2 == 0) {
         const double delay =
             rhythm_[press - 1].count() + chance_.between(-spread.count(), spread.count() / 4);

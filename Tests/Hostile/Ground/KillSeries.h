@@ -14,24 +14,24 @@
 
 namespace marrowby {
 
-/// What came of killing a locker again and again while a password was typed into it.
+/// Results of killing a locker repeatedly during the typing.
 struct KillTally {
     int kills = 0;
-    /// Of these, between the first key and the end of the typing.
+    /// Kills between the first key and the end of the typing.
     int whileTyping = 0;
-    /// That the typing noticed.
+    /// Kills that the typing noticed.
     int stopped = 0;
     int leaks = 0;
     std::size_t leakedCharacters = 0;
-    /// After which a key was still lent or held down.
+    /// Kills after which a key was still lent or held down.
     int changedKeyboards = 0;
 };
 
-/// Kills one kind of locker at random moments of the typing, all on one desktop. Main thread.
+/// Kills one kind of locker at random moments of the typing, on one desktop. Main thread.
 class KillSeries {
   public:
-    /// Types once undisturbed, to know when its keys come. The error is a sentence; the desktop
-    /// outlives this.
+    /// Types once undisturbed to measure when the keys are sent. The error is a sentence; the
+    /// desktop outlives this.
     [[nodiscard]] static std::expected<KillSeries, std::string> create(WorkingDesktop& desktop,
                                                                        ScreenLocker::Kind kind,
                                                                        TimeInterval gap,
@@ -40,7 +40,7 @@ class KillSeries {
     /// One more kill. The error says why there was none.
     [[nodiscard]] std::expected<void, std::string> kill(int signal);
 
-    /// Of the kills by this signal.
+    /// Results for this signal.
     [[nodiscard]] const KillTally& tally(int signal) { return tallies_[signal]; }
 
   private:
@@ -56,7 +56,7 @@ class KillSeries {
     std::unique_ptr<ScreenLocker> locker_;
     std::unique_ptr<XTestKeyEvents> keyEvents_;
     Chance chance_;
-    /// When each key comes, from the first one on.
+    /// Times of the key presses, relative to the first.
     std::vector<TimeInterval> rhythm_;
     std::vector<std::uint32_t> keyboard_;
     std::map<int, KillTally> tallies_;

@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::chrono::seconds limit{20};
 
-/// Keys that end what is read, in turn, so that a late one of the last time ends nothing.
+/// End markers, used alternately: a late one of the previous read must not end the next.
 struct Marker {
     std::uint8_t key;
     char byte;
@@ -33,7 +33,7 @@ bool isMarker(char byte) {
     return byte == '\t' || byte == '\x1b' || byte == '\r';
 }
 
-// Its window's id, a line's end, then every byte that it gets.
+// Prints its window's ID and a newline, then every byte it receives.
 constexpr const char* recordingScript =
     R"sh(stty raw -echo; exec >"$0"; echo "$WINDOWID"; exec cat)sh";
 
@@ -55,7 +55,7 @@ std::expected<WorkingDesktop, std::string> WorkingDesktop::create() {
 std::expected<void, std::string> WorkingDesktop::startPrograms() {
     const std::string pipe = folder_.path() / "terminal";
     if (::mkfifo(pipe.c_str(), 0600) != 0) return std::unexpected("No pipe could be made.");
-    // Ours too writes, so that it never ends.
+    // Opened for writing too, so that it never reaches end-of-file.
     output_ = OwnedFile(::open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
     const std::vector<std::string> environment{"DISPLAY=" + displayName(),
                                                "HOME=" + folder_.path().string(), "LC_ALL=C.UTF-8",
@@ -79,7 +79,7 @@ std::expected<void, std::string> WorkingDesktop::startPrograms() {
     }
     terminal_ = static_cast<xcb_window_t>(std::strtoul(unread_.c_str(), nullptr, 10));
     unread_.clear();
-    // A window manager that comes up at this moment loses the first wish to be shown.
+    // A window manager that is still starting ignores the first map request.
     while (!isTerminalManaged()) {
         if (std::chrono::steady_clock::now() > deadline)
             return std::unexpected("The window manager did not come up.");

@@ -16,7 +16,7 @@
 
 namespace marrowby {
 
-/// Key codes that mean the same on every layout of a private desktop.
+/// Key codes that are the same on every layout.
 namespace keycode {
 inline constexpr std::uint8_t escape = 9;
 inline constexpr std::uint8_t tab = 23;
@@ -29,35 +29,35 @@ inline constexpr std::uint8_t f12 = 96;
 inline constexpr std::uint8_t rightShift = 62;
 }  // namespace keycode
 
-/// A private desktop in the middle of somebody's work: a window manager, and a terminal that has
-/// the focus and tells every byte that its program gets. One thread.
+/// A private desktop in use: a window manager and a focused terminal that reports every byte its
+/// program receives. One thread.
 class WorkingDesktop {
   public:
-    /// Blocks until the terminal has the focus. F12 makes it keep the keyboard to itself. The error
-    /// is a sentence.
+    /// Blocks until the terminal has the focus. F12 makes it grab the keyboard. The error is a
+    /// sentence.
     [[nodiscard]] static std::expected<WorkingDesktop, std::string> create();
 
     [[nodiscard]] const std::string& displayName() const { return server_.displayName(); }
     [[nodiscard]] const XcbConnection& connection() const { return *connection_; }
 
-    /// Presses and releases, as somebody at this desktop does.
+    /// Presses and releases a key, as a user would.
     void tap(std::uint8_t keycode) const;
     void press(std::uint8_t keycode, bool down) const;
-    /// At a place where no window is.
+    /// Where no window is.
     void clickOnTheDesktop(std::uint8_t button) const;
 
-    /// Waits until a program has taken the keyboard away from the terminal.
+    /// Waits until a program has taken the keyboard from the terminal.
     [[nodiscard]] bool awaitGrab() const;
-    /// Waits until a program, or the terminal itself, has grabbed the keyboard; for those that do
-    /// not mind being late, for this looks by a grab of its own.
+    /// Waits until any program, the terminal included, has grabbed the keyboard. It probes with a
+    /// grab of its own, so it may delay others.
     [[nodiscard]] bool awaitHeldKeyboard(
         std::chrono::seconds patience = std::chrono::seconds(20)) const;
 
-    /// What the terminal got since the last call; waits until it has got all keys that were sent
-    /// before. The error says that it gets none.
+    /// Bytes that the terminal received since the last call, after all keys sent before. The error
+    /// says that it receives none.
     [[nodiscard]] std::expected<std::string, std::string> terminalBytes();
 
-    /// The symbols of all keys, and which are held down: the same whenever nobody is typing.
+    /// The whole keymap and the keys held down; constant while nobody types.
     [[nodiscard]] std::vector<std::uint32_t> keyboard() const;
 
   private:

@@ -1,12 +1,11 @@
-// A program that would like to be taken for a screen locker.
+// A program that pretends to be a screen locker.
 //
 //   hostile-impostor CLASS [grab] [saver] [background]
 //
-// Puts a window of this class over the whole screen, unmanaged as lockers' are; with “grab” it
-// takes the keyboard, however long that takes; with “saver” it says on the root window that the
-// screen is locked, as xscreensaver does; with “background” a child goes on with its connection,
-// and the process that made it ends. Descriptor 3 gets a line's end when all is done, then the
-// code of each key that comes.
+// Covers the screen with an override-redirect window of this class. “grab”: grabs the keyboard,
+// retrying until it succeeds. “saver”: sets xscreensaver's root property to locked. “background”: a
+// child takes over the connection and the parent exits. Writes a newline to descriptor 3 when
+// ready, then the code of each key that it receives.
 
 #include <array>
 #include <cstdint>

@@ -1,11 +1,11 @@
-// hostile-worker kills LOCKER COUNT SEED: kills a locker at random moments of the typing, with both
-// signals and with gaps of 0 and 1 ms between strokes. A line for each of the four.
+// hostile-worker kills LOCKER COUNT SEED: kills a locker at random moments of the typing, with each
+// of two signals and gaps of 0 and 1 ms between strokes. One output line for each of the four.
 //
-// hostile-worker honest LOCKER LAYOUT COUNT: types into a locker that nobody disturbs, with an
-// empty field, with text left in it, and with its dialog awake. A line for each of the three.
+// hostile-worker honest LOCKER LAYOUT COUNT: types into an undisturbed locker with an empty field,
+// with text left in it, and with its dialog open. One output line for each of the three.
 //
-// A line is words and numbers, which Benchmarks/hostile.py makes a table of. The exit status is 0
-// when all was done, whatever came of it.
+// Benchmarks/hostile.py reads the lines. The exit status is 0 if everything ran, whatever the
+// results.
 
 #include "Tests/Hostile/Ground/HonestSeries.h"
 #include "Tests/Hostile/Ground/KillSeries.h"

@@ -17,7 +17,7 @@ std::unique_ptr<KeyringDaemon> KeyringDaemon::start(const PrivateBus& bus,
     const auto folder = QString::fromStdString(home.string());
     for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
         environment.insert(name, folder);
-    // Nothing that could show a prompt.
+    // So that it cannot show a prompt.
     environment.remove("DISPLAY");
     environment.remove("WAYLAND_DISPLAY");
     QStringList arguments{"--foreground", "--components=secrets", "--control-directory", folder};

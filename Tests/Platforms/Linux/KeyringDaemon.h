@@ -7,11 +7,11 @@
 
 namespace marrowby {
 
-/// A real keyring on a bus of a test, with its files in a folder of the test.
+/// A real keyring daemon on a test's bus, with its files in a test's folder.
 class KeyringDaemon {
   public:
-    /// Keyrings of that folder are unlocked, or made, with the password; left alone where it is
-    /// empty. Absent where the daemon is not installed or doesn't come up.
+    /// Creates or unlocks the folder's keyring with the password; leaves it alone if that is empty.
+    /// Null when the daemon is not installed or does not start.
     [[nodiscard]] static std::unique_ptr<KeyringDaemon> start(const PrivateBus& bus,
                                                               const std::filesystem::path& home,
                                                               const std::string& password);

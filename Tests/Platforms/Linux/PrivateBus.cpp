@@ -10,7 +10,7 @@ namespace marrowby {
 namespace {
 
 constexpr int patience = 60'000;
-// The system's own: the mocks are packaged for it.
+// The system's Python, which has the packaged mocks.
 constexpr const char* python = "/usr/bin/python3";
 
 PrivateBus::Program run(const QString& program, const QStringList& arguments,

@@ -12,7 +12,7 @@
 
 namespace marrowby {
 
-/// A message bus for one test, and mock services on it.
+/// A D-Bus bus for one test, and mock services on it.
 class PrivateBus {
   public:
     struct Kill {
@@ -20,25 +20,25 @@ class PrivateBus {
     };
     using Program = std::unique_ptr<QProcess, Kill>;
 
-    /// Nothing where the bus or the mock services are not installed.
+    /// Null when the bus or the mock services are not installed.
     [[nodiscard]] static std::unique_ptr<PrivateBus> start();
 
     [[nodiscard]] std::string address() const;
-    /// Ends the bus at once, as a crash would. Mock services end with it.
+    /// Kills the bus, as in a crash. Mock services end with it.
     void kill() { daemon_.reset(); }
-    /// At the same address. False when it does not come up.
+    /// Restarts it at the same address; false on failure.
     [[nodiscard]] bool startDaemon();
 
-    /// Runs a mock service until it has its name, from a template or with an object of its own;
-    /// absent when it does not come up. Destroying it kills it.
+    /// Runs a mock service, from a template or with its own object, until it owns its name; null on
+    /// failure. Destroying it kills it.
     [[nodiscard]] Program mock(const QString& service, const QStringList& arguments) const;
 
-    /// Runs any program in the same way, with this bus in its environment.
+    /// The same for any program, with this bus in its environment.
     [[nodiscard]] Program serve(const QString& service, const QString& program,
                                 const QStringList& arguments, QProcessEnvironment environment,
                                 const QByteArray& input = {}) const;
 
-    /// Calls and waits; what came back first, nothing in an error.
+    /// Blocking call; the reply's first value, or an invalid QVariant for an error.
     QVariant call(const QString& service, const QString& path, const QString& interface,
                   const QString& method, const QVariantList& arguments = {}) const;
 

@@ -11,10 +11,10 @@
 
 namespace marrowby {
 
-/// An X server without a screen, for one test, and somebody sitting in front of it.
+/// A virtual X server for one test, and its input devices.
 class PrivateDisplay {
   public:
-    /// Nothing where Xvfb is missing or does not start.
+    /// Null when Xvfb is missing or does not start.
     [[nodiscard]] static std::unique_ptr<PrivateDisplay> start();
     PrivateDisplay(const PrivateDisplay&) = delete;
     PrivateDisplay& operator=(const PrivateDisplay&) = delete;
@@ -23,17 +23,17 @@ class PrivateDisplay {
     [[nodiscard]] const std::string& name() const { return name_; }
     [[nodiscard]] const XcbConnection& connection() const { return *connection_; }
 
-    /// Ends the server at once, as a crash would.
+    /// Kills the server, as in a crash.
     void kill();
-    /// Another server under the same name. False where it does not come up.
+    /// Starts another server under the same name; false on failure.
     [[nodiscard]] bool startAgain() { return startServer({QString::fromStdString(name_)}); }
 
-    /// Presses and releases the key that has this symbol.
+    /// Presses and releases the key with this symbol.
     void tap(std::uint32_t keysym) const;
     void movePointer() const;
-    /// Blanks the monitors as the server does when nobody uses it, until somebody does.
+    /// Blanks the monitors as after idle time; input unblanks them.
     void blank() const;
-    /// Gives a key code another symbol.
+    /// Maps a key code to another symbol.
     void mapKey(std::uint8_t keycode, std::uint32_t keysym) const;
     void setRootProperty(const char* name, std::uint32_t value) const;
 
@@ -48,7 +48,7 @@ class PrivateDisplay {
 
 inline constexpr const char* noPrivateDisplay = "Skipped: needs Xvfb.";
 
-/// A window as a locker would put up. Unmapped at first; destroyed with its owner.
+/// A window as a locker creates it. Unmapped at first; destroyed with this object.
 class LockerWindow {
   public:
     enum class Management { overridden, byWindowManager };

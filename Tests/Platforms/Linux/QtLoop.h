@@ -10,7 +10,7 @@
 
 namespace marrowby {
 
-/// Qt's event loop on the thread of the test.
+/// Qt's event loop on the test's thread.
 template <typename Application>
 class QtLoopOf {
   public:
@@ -18,14 +18,14 @@ class QtLoopOf {
     QtLoopOf(const QtLoopOf&) = delete;
     QtLoopOf& operator=(const QtLoopOf&) = delete;
     ~QtLoopOf() {
-        // Without exec() nobody does.
+        // DeferredDelete events are only processed by exec().
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    /// False when the condition did not come true within a generous time.
+    /// False when the condition is still false after 60 s.
     [[nodiscard]] bool runUntil(const std::function<bool()>& condition) {
         const QDeadlineTimer deadline(std::chrono::seconds(60));
-        // Wakes the loop for conditions that are not announced by an event.
+        // Wakes the loop for conditions without an event.
         QTimer waker;
         waker.start(5);
         while (!condition()) {
@@ -35,7 +35,7 @@ class QtLoopOf {
         return true;
     }
 
-    /// Whatever is due at this moment.
+    /// Processes pending events.
     void runPending() { QCoreApplication::processEvents(); }
 
   private:

@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// A new folder for one test, gone with all that is in it afterwards.
+/// A new folder for one test; the destructor removes it.
 class TemporaryFolder {
   public:
     TemporaryFolder() {

@@ -23,7 +23,7 @@ using Bytes = std::vector<std::uint8_t>;
 const Bytes oldContent(1000, 1);
 const Bytes newContent(std::size_t{200} << 10, 2);
 
-/// The error's number, 0 for none.
+/// errno, or 0.
 int save(const std::filesystem::path& file, const Bytes& bytes) {
     PosixFileSystem fileSystem;
     const auto saved = atomicfile::replace(fileSystem, file, bytes);
@@ -42,8 +42,8 @@ std::ptrdiff_t entriesOf(const std::filesystem::path& folder) {
                          std::filesystem::directory_iterator());
 }
 
-/// Runs the work in a process that is killed at its stop of that number; every system call has one
-/// before and one after it. False when it ended before.
+/// Runs the work in a traced process that is killed at the given stop: one before and one after
+/// every system call. False when the work ended earlier.
 bool isKilledAt(int stop, const std::function<void()>& work) {
     const pid_t child = ::fork();
     if (child == 0) {
@@ -76,7 +76,7 @@ bool canTrace() {
 }
 
 TEST(CrashSafety, aProcessKilledAtAnySystemCallLeavesOldOrNewContent) {
-    if (!canTrace()) GTEST_SKIP() << "Skipped: this system lets nobody trace.";
+    if (!canTrace()) GTEST_SKIP() << "Skipped: this system does not allow ptrace.";
     for (const bool hasFile : {true, false}) {
         int points = 0;
         int olds = 0;
@@ -93,7 +93,7 @@ TEST(CrashSafety, aProcessKilledAtAnySystemCallLeavesOldOrNewContent) {
             const auto after = contentOf(file);
             EXPECT_TRUE(after == newContent || (isKilled && after == before));
             olds += after == before ? 1 : 0;
-            // The next save does not stumble over what was left, and leaves nothing of it.
+            // The next save succeeds and removes leftovers.
             ASSERT_EQ(save(file, oldContent), 0);
             EXPECT_EQ(contentOf(file), oldContent);
             EXPECT_EQ(entriesOf(file.parent_path()), 1);
@@ -107,7 +107,7 @@ TEST(CrashSafety, aFullDiskKeepsTheOldContent) {
     const TemporaryFolder home;
     const auto file = home.path() / "file";
     ASSERT_EQ(save(file, oldContent), 0);
-    // The process's own limit is as good as a full disk, and any user's to set.
+    // A file size limit acts like a full disk, and needs no root.
     rlimit limit{};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
     const auto handler = ::signal(SIGXFSZ, SIG_IGN);

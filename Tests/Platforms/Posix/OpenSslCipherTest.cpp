@@ -87,12 +87,12 @@ TEST(OpenSslCipher, agreesWithThePublishedVectors) {
     }
 }
 
-/// In a process of its own: libcrypto reads its configuration once.
+/// In its own process: libcrypto reads its configuration once.
 TEST(OpenSslCipherDeathTest, readsNoConfigurationFile) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const TemporaryFolder folder;
     const auto file = folder.path() / "openssl.cnf";
-    // With it, libcrypto would find no cipher.
+    // With this configuration libcrypto would find no cipher.
     std::ofstream(file) << "openssl_conf = all\n[all]\nalg_section = none\n"
                            "[none]\ndefault_properties = provider=elsewhere\n";
     const auto seals = [&file] {

@@ -37,7 +37,7 @@ struct PosixFileSystemTest : ::testing::Test {
     }
 };
 
-TEST_F(PosixFileSystemTest, savesPrivatelyWhateverTheMask) {
+TEST_F(PosixFileSystemTest, savesWithMode0600WhateverTheUmask) {
     const mode_t mask = ::umask(0);
     save(content);
     ::umask(mask);
@@ -67,7 +67,7 @@ TEST_F(PosixFileSystemTest, replacesALinkAndNeverFollowsIt) {
     EXPECT_EQ(fileSystem.read(file, large), Bytes{9});
     EXPECT_EQ(fileSystem.read(target, large), content);
 
-    // Nor one in the temporary's place.
+    // Nor one in place of the temporary file.
     std::filesystem::create_symlink(target, atomicfile::temporaryPath(file));
     EXPECT_FALSE(fileSystem.createExclusively(atomicfile::temporaryPath(file)));
     save({8});
@@ -80,7 +80,7 @@ TEST_F(PosixFileSystemTest, replacesALinkAndNeverFollowsIt) {
     EXPECT_FALSE(fileSystem.exists(file));
 }
 
-TEST_F(PosixFileSystemTest, saysWhatIsWrong) {
+TEST_F(PosixFileSystemTest, reportsErrors) {
     save(content);
     EXPECT_EQ(errorOfReading(folder.path() / "none"), ENOENT);
     EXPECT_EQ(errorOfReading(folder.path()), EISDIR);
@@ -91,7 +91,8 @@ TEST_F(PosixFileSystemTest, saysWhatIsWrong) {
     EXPECT_EQ(errorOfReading(pipe), EINVAL);
 
     EXPECT_FALSE(fileSystem.exists(file / "below a file"));
-    EXPECT_TRUE(fileSystem.exists(folder.path() / std::string(300, 'x'))) << "it can't be known";
+    EXPECT_TRUE(fileSystem.exists(folder.path() / std::string(300, 'x')))
+        << "unknown counts as existing";
     EXPECT_EQ(fileSystem.makeFolder(file).error().code, EEXIST);
     EXPECT_TRUE(fileSystem.makeFolder(file.parent_path()));
     EXPECT_FALSE(fileSystem.flush({-1}));

@@ -19,7 +19,7 @@ namespace marrowby {
 namespace {
 
 struct CoreImageBackend {
-    /// Colours are matched on the way.
+    /// Allows for colour matching.
     static constexpr double tolerance = 2;
     static std::unique_ptr<Imaging> makeImaging() { return std::make_unique<CoreImageImaging>(); }
     static std::shared_ptr<const SourceImage> makeSource(int width, int height,

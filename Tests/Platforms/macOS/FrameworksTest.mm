@@ -18,7 +18,7 @@
 namespace marrowby {
 namespace {
 
-/// Dark, with a light rectangle from a quarter to a half of both sides, counted from the top-left.
+/// Dark, with a light rectangle from 1/4 to 1/2 of both sides, from the top-left.
 Bitmap picture(int side) {
     std::vector<std::uint8_t> bytes;
     for (int y = 0; y < side; ++y) {
@@ -30,7 +30,7 @@ Bitmap picture(int side) {
     return *Bitmap::create(side, side, static_cast<std::size_t>(side) * 4, rgbx8, std::move(bytes));
 }
 
-TEST(VisionFaceVision, findsARectangleAndNoFaceInThePlaceWhereItIs) {
+TEST(VisionFaceVision, findsARectangleInItsPlaceAndNoFace) {
     VisionFaceVision vision;
     const auto faces = vision.faceRectangles(picture(480));
     ASSERT_TRUE(faces) << faces.error();
@@ -52,13 +52,13 @@ TEST(VisionFaceVision, findsARectangleAndNoFaceInThePlaceWhereItIs) {
     EXPECT_NEAR(boxes->front().width, 0.25, 0.02);
 }
 
-TEST(CoreMLNeuralModels, saysWhyThereIsNoModel) {
+TEST(CoreMLNeuralModels, reportsWhyAModelCannotBeLoaded) {
     const auto model = CoreMLNeuralModels().load("/nowhere/Model.mlmodelc", {});
     ASSERT_FALSE(model);
     EXPECT_FALSE(model.error().empty());
 }
 
-TEST(CoreMLNeuralModels, givesTheSameOnAllProcessors) {
+TEST(CoreMLNeuralModels, givesTheSameOutputsOnAllComputeUnits) {
     const char* const given = std::getenv("MARROWBY_MAC_MODELS");
     const char* const folder = given ? given : MARROWBY_SOURCE_DIR "/build/macos/models";
     ASSERT_TRUE(std::filesystem::exists(std::filesystem::path(folder) / "SFace.mlmodelc"))
@@ -81,7 +81,7 @@ TEST(CoreMLNeuralModels, givesTheSameOnAllProcessors) {
     EXPECT_GT(faceembedding::cosine(embeddings[0], embeddings[1]), 0.999F);
 }
 
-TEST(AVFoundationCaptureSession, survivesWhatTheSystemRefuses) {
+TEST(AVFoundationCaptureSession, survivesRefusedCalls) {
     AVFoundationCaptureSession session;
     EXPECT_NE(session.authorization(), CaptureAuthorization::unknown);
     EXPECT_FALSE(session.device("no such camera"));
@@ -93,7 +93,7 @@ TEST(AVFoundationCaptureSession, survivesWhatTheSystemRefuses) {
     session.beginConfiguration();
     session.setPreset(CapturePreset::high);
     session.addOutput({}, queues.serial("app.quenby.unlock.test"), [](const SampleBuffer&) {});
-    // Throws in the system.
+    // Throws inside the framework.
     session.start();
     session.commitConfiguration();
     session.stop();

@@ -1,8 +1,7 @@
 #import <Foundation/Foundation.h>
 #include <gtest/gtest.h>
 
-/// With a pool for what the tests themselves leave; the application's own code has pools of its
-/// own.
+/// Autorelease pool for the tests' own objects.
 int main(int count, char** arguments) {
     @autoreleasepool {
         testing::InitGoogleTest(&count, arguments);

@@ -1,4 +1,4 @@
-// What of the system's services can be tried without asking the user and without leaving anything.
+// Tests of system services that neither prompt nor leave anything behind.
 
 #include "Kit/LockScreenWindow.h"
 #include "Platforms/Posix/PosixFileSystem.h"
@@ -34,7 +34,7 @@ namespace {
 
 constexpr const char* name = "app.quenby.unlock.tests";
 
-/// False when the condition did not come true within a generous time.
+/// False when the condition is still false after 20 s.
 bool runUntil(const std::function<bool()>& condition) {
     NSDate* const deadline = [NSDate dateWithTimeIntervalSinceNow:20];
     while (!condition()) {
@@ -44,7 +44,7 @@ bool runUntil(const std::function<bool()>& condition) {
     return true;
 }
 
-TEST(RunLoopMainThread, runsWhatIsPostedInOrderAndTimersUntilTheyGo) {
+TEST(RunLoopMainThread, runsPostsInOrderAndTimersUntilDestroyed) {
     RunLoopMainThread mainThread;
     const FoundationSystemClock clock;
     std::string order;
@@ -71,7 +71,7 @@ TEST(RunLoopMainThread, runsWhatIsPostedInOrderAndTimersUntilTheyGo) {
     EXPECT_TRUE(order == "abcdd" || order == "bacdd") << order;
 }
 
-TEST(FoundationNotificationCenter, callsNobodyWhoIsGone) {
+TEST(FoundationNotificationCenter, callsNoRemovedHandler) {
     RunLoopMainThread mainThread;
     const auto center = FoundationNotificationCenter::local(mainThread);
     int stayed = 0;
@@ -85,7 +85,7 @@ TEST(FoundationNotificationCenter, callsNobodyWhoIsGone) {
     EXPECT_EQ(gone, 0);
 }
 
-TEST(UserDefaultsStore, givesEveryKindOfValueBack) {
+TEST(UserDefaultsStore, readsBackEveryKindOfValue) {
     UserDefaultsStore store;
     for (const DefaultsValue& value :
          {DefaultsValue(true), DefaultsValue(std::int64_t{7}), DefaultsValue(0.5),
@@ -97,7 +97,7 @@ TEST(UserDefaultsStore, givesEveryKindOfValueBack) {
     EXPECT_EQ(store.value(name), std::nullopt);
 }
 
-TEST(SecurityKeychain, keepsReplacesAndForgetsAKey) {
+TEST(SecurityKeychain, storesReplacesAndDeletesAKey) {
     SecurityKeychain keychain;
     LoginKeychainKeyStore store(keychain, name, name);
     for (const std::uint8_t byte : {std::uint8_t{1}, std::uint8_t{2}}) {
@@ -113,7 +113,7 @@ TEST(SecurityKeychain, keepsReplacesAndForgetsAKey) {
     EXPECT_TRUE(keychain.message(keychainItemNotFound));
 }
 
-TEST(OpenDirectoryAccounts, knowsThisUserAndNobodyElse) {
+TEST(OpenDirectoryAccounts, knowsThisUserOnly) {
     OpenDirectoryAccounts accounts;
     auto node = accounts.openNode(directoryAuthenticationNode);
     ASSERT_TRUE(node) << node.error().message;
@@ -122,7 +122,7 @@ TEST(OpenDirectoryAccounts, knowsThisUserAndNobodyElse) {
     EXPECT_FALSE((*node)->record(directoryUserRecords, "nobody.of.that.name"));
 }
 
-TEST(CoreGraphics, tellsOfInputAndSessionAndMakesEventSources) {
+TEST(CoreGraphics, readsInputAndSessionAndMakesEventSources) {
     const CoreGraphicsInputIdle idle;
     EXPECT_GE(idle.secondsSinceLastInput().count(), 0);
     EXPECT_TRUE(idle.registryIdleNanoseconds());
@@ -135,7 +135,7 @@ TEST(CoreGraphics, tellsOfInputAndSessionAndMakesEventSources) {
     EXPECT_TRUE(std::holds_alternative<bool>(onConsole->second));
 }
 
-TEST(AppKitWindowServer, makesThePanelAsAskedAndFindsTheSpaces) {
+TEST(AppKitWindowServer, makesThePanelAndFindsTheSpaces) {
     [NSApplication sharedApplication];
     AppKitWindowServer server;
     const auto screen = server.mainScreen();

@@ -33,7 +33,7 @@ namespace {
 
 using Window = UnlockOpening::Window;
 
-/// What only a Mac has, or calls so.
+/// Words that only fit a Mac.
 constexpr std::array macWordList{"mac",
                                  "macos",
                                  "apple",
@@ -54,7 +54,7 @@ constexpr std::array macWordList{"mac",
                                  "filevault",
                                  "login window"};
 
-/// The Mac’s words in a text, as words of their own.
+/// The first of those in a text, matched as a whole word.
 std::string macWordIn(std::string text) {
     std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::tolower(c); });
     const auto isLetter = [&](std::size_t i) {
@@ -69,8 +69,8 @@ std::string macWordIn(std::string text) {
     return {};
 }
 
-/// Calls `see` with one value of each kind that `T` has: every enumerator (texts of other numbers
-/// are empty), every alternative of a variant and of those in it.
+/// Calls `see` with one value of each kind of `T`: every enumerator (other numbers give empty
+/// texts), and every alternative of a variant, recursively.
 template <typename T, typename See>
 void forEachKind(const See& see);
 
@@ -108,13 +108,13 @@ class LinuxTexts : public testing::Test, protected FakeComputer {
     void seeStatus();
     void seeSelfCheck(bool isSound);
 
-    /// Whatever a user and the world around may do to the two windows, in a fixed mess, until every
-    /// control was there, and for a while after.
-    void wander();
+    /// Random actions of the user and changes of the system, with a fixed seed, until every control
+    /// was shown, and for a while after.
+    void exerciseWindows();
     [[nodiscard]] bool hasSeenAllControls() const;
     void start();
     void act(const WindowPage& page);
-    void changeTheWorld();
+    void changeTheSystem();
     unsigned random(std::size_t below) { return static_cast<unsigned>(dice_() % below); }
 
     std::set<std::string> seen;
@@ -181,7 +181,7 @@ void LinuxTexts::seeStatus() {
         see(status.detail("Marrowby Unlock", linuxWords));
     });
     forEachKind<UnlockStatusFix>([this](UnlockStatusFix fix) {
-        // Their buttons stand only where a system has settings to open.
+        // These buttons need system settings that can be opened.
         if (fix != UnlockStatusFix::openCameraSettings &&
             fix != UnlockStatusFix::openAccessibilitySettings)
             see(title(fix, linuxWords));
@@ -196,7 +196,7 @@ void LinuxTexts::start() {
                                  .terminate = [] {}});
 }
 
-void LinuxTexts::changeTheWorld() {
+void LinuxTexts::changeTheSystem() {
     const bool coin = random(2) == 0;
     switch (random(16)) {
         case 0:
@@ -246,7 +246,7 @@ void LinuxTexts::changeTheWorld() {
                                          KeychainError(KeychainError::Status{7, {}}));
             break;
         default:
-            // Most of the time all is well, or nothing would ever be set up.
+            // Mostly everything works, or setting up would never finish.
             enrollmentCamera->answer = CaptureAuthorization::authorized;
             enrollmentCamera->cameras = {{.description = {"desk", "Desk camera"}}};
             keyEvents.trusted = true;
@@ -292,7 +292,7 @@ void LinuxTexts::act(const WindowPage& page) {
         addButton(button);
     if (windows.row<windowrow::SecretField>() && random(3) != 0)
         windows.typeSecret(random(4) == 0 ? "a\nb" : "secret");
-    // Mostly what Return would press, or nothing would ever be finished.
+    // Mostly the default button, or setting up would never finish.
     const auto usual = std::ranges::find_if(
         page.buttons, [](const WindowButton& b) { return b.isDefault && b.isEnabled; });
     if (usual != page.buttons.end() && random(5) != 0) {
@@ -304,15 +304,15 @@ void LinuxTexts::act(const WindowPage& page) {
 }
 
 bool LinuxTexts::hasSeenAllControls() const {
-    // The last three open settings that a Linux desktop hasn’t got.
+    // The last three open settings panes, which a Linux desktop lacks.
     for (int i = 0; i < static_cast<int>(WindowControl::openCameraSettings); ++i) {
         if (!controls.contains(static_cast<WindowControl>(i))) return false;
     }
-    // The last page of the welcome window, to which only all the others lead.
+    // The welcome window's last page, which follows all others.
     return seen.contains("That’s it");
 }
 
-void LinuxTexts::wander() {
+void LinuxTexts::exerciseWindows() {
     start();
     for (int left = 500, i = 0; left > 0 && i < 20000; ++i) {
         if (hasSeenAllControls()) --left;
@@ -321,7 +321,7 @@ void LinuxTexts::wander() {
             mainThread.advance(TimeInterval(0.7));
             settle();
         }
-        if (random(4) == 0) changeTheWorld();
+        if (random(4) == 0) changeTheSystem();
         if (!windows.isOpen(windows.front())) continue;
         const WindowPage page = windows.page();
         see(page);
@@ -354,12 +354,12 @@ void LinuxTexts::seeSelfCheck(bool isSound) {
     EXPECT_TRUE(hasEnded);
 }
 
-/// Every text, by its kinds where they can be counted, else by being everywhere.
-TEST_F(LinuxTexts, holdNoneOfTheMacsWords) {
+/// Countable texts by enumeration, the others by exercising the windows.
+TEST_F(LinuxTexts, containNoMacWords) {
     seeErrors();
     seeStatus();
     see(MissingModelsPresenter("prepare", {}).page());
-    wander();
+    exerciseWindows();
     application.reset();
     for (const bool isSound : {true, false})
         seeSelfCheck(isSound);

@@ -19,7 +19,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// Files that exist on disk, empty, and are what the test says.
+/// Empty files on disk, with metadata from the test.
 class FakeModelFiles final : public ModelFiles {
   public:
     std::map<std::string, ModelFileFacts> known;
@@ -54,7 +54,7 @@ class ModelPackTest : public testing::Test {
             std::ofstream(folder.path() / (name + ".onnx")) << "network";
         }
     }
-    /// Empty where the pack is taken.
+    /// Empty if the pack is accepted.
     std::string refusal() {
         std::ofstream(folder.path() / "pack.json") << manifest;
         const auto pack = ModelPack::read(folder.path(), files);
@@ -66,7 +66,7 @@ class ModelPackTest : public testing::Test {
     Json manifest;
 };
 
-TEST_F(ModelPackTest, takesAWholePackAndRefusesByNameAndReason) {
+TEST_F(ModelPackTest, acceptsAWholePackAndNamesTheFaultOfOthers) {
     ASSERT_EQ(refusal(), "");
     const auto pack = ModelPack::read(folder.path(), files);
     EXPECT_EQ(pack->name, "test");
@@ -122,7 +122,7 @@ TEST_F(ModelPackTest, takesAWholePackAndRefusesByNameAndReason) {
               (ModelPackError{"pack.json", "isn’t there"}));
 }
 
-TEST_F(ModelPackTest, knowsThePublishedNetworksWhateverAPackCallsItself) {
+TEST_F(ModelPackTest, recognisesPublishedModelsByTheirSums) {
     std::ifstream source(MARROWBY_SOURCE_DIR "/Tools/modelpack/originals.py");
     const std::string originals{std::istreambuf_iterator<char>(source), {}};
     const auto networks = [&]() -> Json& { return manifest["networks"]; };
@@ -163,7 +163,7 @@ TEST_F(ModelPackTest, knowsThePublishedNetworksWhateverAPackCallsItself) {
     EXPECT_EQ(title(), "mine");
 }
 
-TEST_F(ModelPackTest, knowsRealNetworks) {
+TEST_F(ModelPackTest, acceptsTheRealModels) {
     const auto shared = sharedFolder();
     if (!shared) GTEST_SKIP() << noSharedFolder;
     const auto facts = OnnxModelFiles().facts(*shared / "models" / "MiniFASNet.onnx");

@@ -24,34 +24,34 @@ using testing::ElementsAre;
 using Control = WindowControl;
 using Row = WindowRow;
 
-/// Shows what the test tells it to, and notes what it is told.
-class NotingPresenter final : public WindowPresenter {
+/// Shows the test's page and records the calls.
+class RecordingPresenter final : public WindowPresenter {
   public:
     WindowPage shown;
-    std::vector<std::string> told;
+    std::vector<std::string> calls;
     std::function<void()> onPress = [] {};
     std::optional<SecretBytes> secret;
 
     [[nodiscard]] WindowPage page() const override { return shown; }
     void press(ControlID id) override {
-        note("press", id);
+        record("press", id);
         onPress();
     }
-    void toggle(ControlID id, bool isOn) override { note(isOn ? "on" : "off", id); }
+    void toggle(ControlID id, bool isOn) override { record(isOn ? "on" : "off", id); }
     void choose(ControlID id, std::size_t option) override {
-        note("choose " + std::to_string(option), id);
+        record("choose " + std::to_string(option), id);
     }
-    void enter(ControlID id, std::string text) override { note("enter “" + text + "”", id); }
+    void enter(ControlID id, std::string text) override { record("enter “" + text + "”", id); }
     void enter(ControlID id, SecretBytes bytes) override {
-        note("secret of " + std::to_string(bytes.size()), id);
+        record("secret of " + std::to_string(bytes.size()), id);
         secret = std::move(bytes);
     }
-    void windowClosed() override { told.emplace_back("closed"); }
+    void windowClosed() override { calls.emplace_back("closed"); }
 
   private:
-    void note(const std::string& what, ControlID id) {
-        told.push_back(what + " " + std::to_string(static_cast<int>(id.control)) + "." +
-                       std::to_string(id.item));
+    void record(const std::string& what, ControlID id) {
+        calls.push_back(what + " " + std::to_string(static_cast<int>(id.control)) + "." +
+                        std::to_string(id.item));
     }
 };
 
@@ -86,10 +86,10 @@ struct PageWindowTest : testing::Test {
     char* arguments[4] = {program, option, value, nullptr};
     QApplication application{argumentCount, arguments};
 
-    NotingPresenter presenter;
+    RecordingPresenter presenter;
     QtApplicationWindows windows;
 
-    // Without a loop that runs nobody does.
+    // DeferredDelete events are only processed by a running loop.
     void TearDown() override { QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
 
     QWidget& window() {
@@ -115,12 +115,12 @@ std::string of(Control control) {
     return " " + std::to_string(static_cast<int>(control)) + ".0";
 }
 
-TEST_F(PageWindowTest, tellsThePresenterWhatTheUserDoesAndNothingElse) {
+TEST_F(PageWindowTest, reportsOnlyTheUsersActions) {
     presenter.shown = everything();
     show();
     presenter.shown.rows.front() = Row::Heading{"Another heading"};
     redraw();
-    EXPECT_THAT(presenter.told, ElementsAre());
+    EXPECT_THAT(presenter.calls, ElementsAre());
 
     QTest::mouseClick(&control(Control::enabled), Qt::LeftButton);
     QTest::keyClick(&control(Control::camera), Qt::Key_Down);
@@ -131,31 +131,31 @@ TEST_F(PageWindowTest, tellsThePresenterWhatTheUserDoesAndNothingElse) {
     QTest::keyClick(&control(Control::password), Qt::Key_V, Qt::ControlModifier);
     QTest::keyClick(&control(Control::password), Qt::Key_Return);
     EXPECT_THAT(
-        presenter.told,
+        presenter.calls,
         ElementsAre("off" + of(Control::enabled), "choose 2" + of(Control::camera),
                     "enter “Adae”" + of(Control::lookName), "secret of 0" + of(Control::password),
                     "press" + of(Control::fix), "secret of 1" + of(Control::password),
                     "press" + of(Control::goForward)));
-    // The presenter took none of it over.
+    // The presenter rejected all of it.
     EXPECT_TRUE(control<QCheckBox>(Control::enabled).isChecked());
     EXPECT_EQ(control<QComboBox>(Control::camera).currentIndex(), 1);
     EXPECT_EQ(control<QLineEdit>(Control::lookName).text(), "Ada");
 
-    presenter.told.clear();
+    presenter.calls.clear();
     QTest::keyClick(&window(), Qt::Key_Escape);
-    EXPECT_THAT(presenter.told, ElementsAre("closed"));
+    EXPECT_THAT(presenter.calls, ElementsAre("closed"));
     EXPECT_FALSE(windows.isOpen(ApplicationWindows::Window::welcome));
 
-    // Closed from within, it says nothing any more.
+    // Closed by the program: the presenter is not called.
     show();
-    presenter.told.clear();
+    presenter.calls.clear();
     presenter.onPress = [this] { windows.close(ApplicationWindows::Window::welcome); };
     QTest::mouseClick(&control(Control::goBack), Qt::LeftButton);
-    EXPECT_THAT(presenter.told,
+    EXPECT_THAT(presenter.calls,
                 ElementsAre("secret of 0" + of(Control::password), "press" + of(Control::goBack)));
 }
 
-TEST_F(PageWindowTest, keepsFocusAndWhatWasTypedWhileThePageStays) {
+TEST_F(PageWindowTest, keepsFocusAndTypedTextWhileThePageStays) {
     presenter.shown = everything();
     show();
     auto& name = control<QLineEdit>(Control::lookName);
@@ -178,7 +178,7 @@ TEST_F(PageWindowTest, keepsFocusAndWhatWasTypedWhileThePageStays) {
     EXPECT_TRUE(secret.hasFocus()) << "Tab goes down the page";
 }
 
-TEST_F(PageWindowTest, thePasswordArrivesAndLeavesNoTrace) {
+TEST_F(PageWindowTest, passesThePasswordOnWithoutATrace) {
     presenter.shown = everything();
     show();
     for (std::size_t i = 0; i < passwordSize; ++i)
@@ -186,10 +186,11 @@ TEST_F(PageWindowTest, thePasswordArrivesAndLeavesNoTrace) {
     EXPECT_EQ(countInMemory(thePassword), 1U);
     QTest::keyClick(&control(Control::password), Qt::Key_Return);
     ASSERT_TRUE(presenter.secret);
-    EXPECT_EQ(countInMemory(thePassword), 1U) << "in the presenter’s hands alone";
+    EXPECT_EQ(countInMemory(thePassword), 1U) << "only the presenter’s copy";
     presenter.secret.reset();
 
-    // One that outgrows the field, with characters of every length, and one that is never sent.
+    // One secret longer than the field, with characters of 1 to 4 bytes, and one that is never
+    // submitted.
     std::string expected;
     for (int i = 0; i < 100; ++i) {
         for (const char32_t character : {U'a', U'ä', U'€', U'😀'}) {

@@ -1,7 +1,7 @@
-// The application's windows, worked by somebody in front of them.
+// Operates the application's windows as a user does.
 
 #include "Tests/Unlock/FakeComputer.h"
-#import "Tests/Unlock/macOS/Seat.h"
+#import "Tests/Unlock/macOS/WindowDriver.h"
 #include "Unlock/UnlockApplication.h"
 #include "Unlock/macOS/AppKitApplicationWindows.h"
 
@@ -19,7 +19,7 @@ namespace {
 using testing::ElementsAre;
 using Window = UnlockOpening::Window;
 
-/// A page with one of every kind of row, and what its controls said.
+/// A page with every kind of row; records the calls.
 class EveryRow final : public WindowPresenter {
   public:
     explicit EveryRow(ApplicationWindows& windows) : windows_(windows) {}
@@ -92,11 +92,11 @@ class EveryRow final : public WindowPresenter {
     ApplicationWindows& windows_;
 };
 
-class MacWindows : public testing::Test, protected Seat {
+class MacWindows : public testing::Test, protected WindowDriver {
   protected:
     ~MacWindows() override { settle(); }
 
-    /// The window's memory goes with the last turn of the loop that knew it.
+    /// Windows are freed on the loop's last turn that used them.
     static bool noWindowIsLeft() {
         return waitUntil([] { return windowCount() == 0; });
     }
@@ -104,17 +104,17 @@ class MacWindows : public testing::Test, protected Seat {
     AppKitApplicationWindows windows;
 };
 
-TEST_F(MacWindows, handOnWhatEveryControlSays) {
+TEST_F(MacWindows, reportEveryControlsAction) {
     EveryRow presenter(windows);
     windows.show(Window::settings, presenter);
     settle();
     takePicture(window(), "every-row");
 
-    work(control(NSSwitch.class));
+    operate(control(NSSwitch.class));
     EXPECT_TRUE(presenter.isOn);
-    work(control(NSPopUpButton.class));
+    operate(control(NSPopUpButton.class));
     EXPECT_EQ(presenter.chosen, 2U);
-    work(control(NSTextField.class), @"Ännä");
+    operate(control(NSTextField.class), @"Ännä");
     EXPECT_EQ(presenter.text, "Ännä");
     NSControl* const secret = control(NSSecureTextField.class);
     static_cast<NSTextField*>(secret).stringValue = @"s3crét";
@@ -130,7 +130,7 @@ TEST_F(MacWindows, handOnWhatEveryControlSays) {
     EXPECT_TRUE(noWindowIsLeft());
 }
 
-TEST_F(MacWindows, tellOfBeingClosedOnceAndAreGoneThen) {
+TEST_F(MacWindows, reportClosingOnceAndAreFreed) {
     EveryRow presenter(windows);
     for (int i = 0; i < 3; ++i) {
         windows.show(Window::welcome, presenter);
@@ -142,12 +142,12 @@ TEST_F(MacWindows, tellOfBeingClosedOnceAndAreGoneThen) {
     EXPECT_TRUE(noWindowIsLeft());
 }
 
-/// The whole application on fakes, but for its windows.
+/// The whole application on fakes, except for its windows.
 class MacApplicationWindows : public MacWindows, protected FakeComputer {
   protected:
     void settleAll() {
         FakeComputer::settle();
-        Seat::settle();
+        WindowDriver::settle();
     }
     void reopen() {
         application.shouldHandleReopen();
@@ -161,10 +161,10 @@ class MacApplicationWindows : public MacWindows, protected FakeComputer {
     }
     std::string title() { return window() ? std::string(window().title.UTF8String) : ""; }
     void workAll(NSControl* control, NSString* text = @"Anna") {
-        work(control, text);
+        operate(control, text);
         settleAll();
     }
-    /// From the first page of the welcome window to its end.
+    /// Completes the welcome window from its first page.
     void setUpAll() {
         reopen();
         takePicture(window(), "welcome");
@@ -174,7 +174,7 @@ class MacApplicationWindows : public MacWindows, protected FakeComputer {
         ASSERT_EQ(title(), "Save your face");
         mainThread.advance(TimeInterval(0.1));
         hold(EnrollmentPose::center);
-        Seat::settle();
+        WindowDriver::settle();
         takePicture(window(), "capture");
         holdAllPoses();
         settleAll();
@@ -206,7 +206,7 @@ TEST_F(MacApplicationWindows, leadThroughTheWelcomeToAReadyUnlock) {
     EXPECT_TRUE(noWindowIsLeft());
 }
 
-TEST_F(MacApplicationWindows, takeEveryControlOfTheSettingsInTurn) {
+TEST_F(MacApplicationWindows, operateEveryControlOfTheSettings) {
     @autoreleasepool {
         setUpAll();
         reopen();
@@ -220,7 +220,7 @@ TEST_F(MacApplicationWindows, takeEveryControlOfTheSettingsInTurn) {
             workAll(controls()[worked]);
             titles.insert(title());
             takePicture(window(), "settings-" + std::to_string(worked));
-            // Out of a question or of another window, back to the settings.
+            // Closes a question or another window, back to the settings.
             if (!pressed(@"Cancel") && title() != "Marrowby Unlock") closeWindow();
             settleAll();
             if (!windows.isOpen(Window::settings)) reopen();

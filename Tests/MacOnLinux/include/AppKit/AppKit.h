@@ -1,5 +1,5 @@
-// What the application uses of AppKit, where GNUstep lacks it. Ownership and calls are as on a Mac;
-// the looks and the layout are not.
+// Declares what the application uses of AppKit and GNUstep lacks. Ownership and calls match the
+// Mac, appearance and layout do not.
 #pragma once
 #include_next <AppKit/AppKit.h>
 #import <Foundation/Foundation.h>
@@ -19,8 +19,7 @@ typedef NSInteger NSStackViewGravity;
 enum { NSStackViewGravityTrailing = 3 };
 typedef NSInteger NSWindowAnimationBehavior;
 
-/// Its views one after the other, each as long as it wants to be; one that scrolls takes what is
-/// left.
+/// Stacks its views at their natural sizes; a scroll view takes the rest.
 @interface NSStackView : NSView
 @property(nonatomic) NSUserInterfaceLayoutOrientation orientation;
 @property(nonatomic) NSLayoutAttribute alignment;

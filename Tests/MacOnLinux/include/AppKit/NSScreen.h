@@ -1,6 +1,6 @@
 #pragma once
 
-// GNUstep's has no type of element; declared anew in AppKit.h.
+// GNUstep's declaration has no element type; AppKit.h redeclares it.
 #define screens screensOfAnyType
 #include_next <AppKit/NSScreen.h>
 #undef screens

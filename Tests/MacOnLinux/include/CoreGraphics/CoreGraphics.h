@@ -1,4 +1,4 @@
-// What the adapters call of Core Graphics.
+// Declares what the adapters use of Core Graphics.
 #pragma once
 #import <Foundation/Foundation.h>
 

@@ -1,11 +1,11 @@
-// What the application uses of Foundation and Core Foundation, where GNUstep lacks it.
+// Declares what the application uses of Foundation and Core Foundation and GNUstep lacks.
 #pragma once
 #include_next <Foundation/Foundation.h>
 #import <objc/runtime.h>
 #include <stdint.h>
 #include <time.h>
 
-// Our own names, too.
+// GNUstep's macro clashes with names of ours.
 #undef RELEASE
 
 #define NS_VALID_UNTIL_END_OF_SCOPE __attribute__((objc_precise_lifetime))
@@ -51,5 +51,5 @@ int32_t CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds, Boolean onc
 @property NSTimeInterval tolerance;
 @end
 
-// GNUstep's run loop treats it as a mode of its own.
+// For GNUstep's run loop the common modes are just another mode.
 #define NSRunLoopCommonModes NSDefaultRunLoopMode

@@ -1,4 +1,4 @@
-// What the adapters call of the device registry.
+// Declares what the adapters use of the I/O registry.
 #pragma once
 #import <Foundation/Foundation.h>
 

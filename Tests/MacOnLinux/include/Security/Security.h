@@ -1,4 +1,4 @@
-// What the adapter calls of the keychain.
+// Declares what the adapter uses of the keychain.
 #pragma once
 #import <Foundation/Foundation.h>
 

@@ -1,4 +1,4 @@
-// Queues and timers as the application uses them, all on the main run loop.
+// Declares the used part of dispatch; all queues and timers run on the main run loop.
 #pragma once
 #import <Foundation/Foundation.h>
 

@@ -1,13 +1,13 @@
 #pragma once
 #include_next <objc/objc.h>
 
-// Clang's own; GCC's can't be boxed.
+// Clang's literals; GCC's cannot be boxed.
 #undef YES
 #undef NO
 #define YES __objc_yes
 #define NO __objc_no
 
-// GCC's are typed, and then no selector can be nil.
+// GCC's are typed, so that no selector could be nil.
 #ifdef __cplusplus
 #undef nil
 #undef Nil

@@ -1,4 +1,4 @@
-// GCC's own, as far as it is used: its inline functions are not for clang.
+// Replaces GCC's header, whose inline functions clang rejects; declares the used part.
 #pragma once
 #include <objc/objc.h>
 #include <stddef.h>

@@ -131,7 +131,7 @@ int FakeV4l2::control(File& file, unsigned long request, void* argument) {
             auto& capability = as<v4l2_capability>(argument);
             std::ranges::copy(camera.card, std::begin(capability.card));
             std::ranges::copy(camera.bus, std::begin(capability.bus_info));
-            // All that the hardware can, of which this node does a part.
+            // Capabilities of the whole device; this node has only some of them.
             capability.capabilities = webcam | V4L2_CAP_DEVICE_CAPS | V4L2_CAP_META_CAPTURE;
             capability.device_caps = camera.capabilities == 0 ? webcam : camera.capabilities;
             return 0;
@@ -224,7 +224,7 @@ int FakeV4l2::poll(int file, int /*milliseconds*/) {
     }
     const Camera& camera = *files_.at(file).camera;
     if (camera.pollsError) return POLLERR;
-    // A device that is gone has something to say at once.
+    // A lost device polls readable at once.
     return camera.pictures.empty() && camera.isPlugged ? 0 : POLLIN;
 }
 

@@ -9,21 +9,20 @@
 
 namespace marrowby {
 
-/// Made-up cameras behind the system calls, which keep the kernel's rules: one streaming file per
-/// camera, buffers only between being queued and filled. One thread.
+/// Fake cameras behind the system calls, with the kernel's rules: one streaming file per camera;
+/// buffers are accessible only between DQBUF and QBUF. One thread.
 class FakeV4l2 final : public V4l2Calls {
   public:
     struct Size {
         std::uint32_t width = 0;
         std::uint32_t height = 0;
-        /// Frames per second; none: the driver lists no intervals.
+        /// Frames per second; empty: the driver lists no intervals.
         std::vector<std::uint32_t> rates = {};
     };
     struct Coding {
         std::uint32_t pixelFormat = 0;
         std::vector<Size> sizes;
-        /// The sizes are the least and the largest, with every sixteenth pixel between them, and
-        /// the rates the least and the largest.
+        /// Minimum and maximum size in steps of 16 pixels, and minimum and maximum rate.
         bool isStepwise = false;
     };
     struct Picture {
@@ -41,14 +40,14 @@ class FakeV4l2 final : public V4l2Calls {
         bool isTaken = false;
         bool isPlugged = true;
 
-        /// What has come and was not read.
+        /// Frames delivered but not read.
         std::deque<Picture> pictures = {};
         /// The next calls of a request fail with this errno.
         std::map<unsigned long, int> faults = {};
-        /// Says so in poll(), as drivers do when the device is gone.
+        /// poll() reports an error, as drivers do when the device is gone.
         bool pollsError = false;
 
-        /// What was set.
+        /// Values set by the caller.
         std::uint32_t pixelFormat = 0;
         std::uint32_t width = 0;
         std::uint32_t height = 0;
@@ -63,10 +62,10 @@ class FakeV4l2 final : public V4l2Calls {
     FakeV4l2& operator=(const FakeV4l2&) = delete;
 
     std::deque<Camera> cameras;
-    /// Broken rules.
+    /// Violated rules of the kernel.
     std::vector<std::string> violations;
     int mappedBuffers = 0;
-    /// Without a file.
+    /// Polls without a file.
     int plainWaits = 0;
 
     [[nodiscard]] std::vector<std::string> nodes() override;

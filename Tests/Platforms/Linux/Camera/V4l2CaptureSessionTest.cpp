@@ -38,7 +38,7 @@ FakeV4l2::Camera webcam(std::uint32_t pixelFormat = yuyv) {
 }
 
 Bytes plainJpeg(int pictureWidth = width) {
-    // Stripes, so that a lost piece shows.
+    // Stripes, so that a missing part shows.
     Bytes pixels;
     for (int i = 0; i < pictureWidth * height; ++i) {
         const bool isDark = i / 3 % 2 == 0;
@@ -56,7 +56,7 @@ Bytes plainJpeg(int pictureWidth = width) {
     return jpeg;
 }
 
-/// A picture of one colour, by the definition of BT.601.
+/// A frame of one colour, by BT.601.
 Picture plain(std::uint32_t pixelFormat, std::uint8_t y, std::uint8_t u = 128,
               std::uint8_t v = 128) {
     Bytes bytes;
@@ -93,7 +93,7 @@ class V4l2CaptureSessionTest : public testing::Test {
         }
         return *camera_;
     }
-    /// The middle pixel of a frame's source: blue, green, red.
+    /// The centre pixel of a frame, as BGR.
     static std::array<int, 3> colour(const CameraFrame& frame) {
         const auto& source = dynamic_cast<const PixelBuffer&>(*frame.source);
         const std::size_t offset = height / 2 * source.bytesPerRow() + std::size_t{width} / 2 * 4;
@@ -117,9 +117,9 @@ class V4l2CaptureSessionTest : public testing::Test {
     std::optional<CameraManager> camera_;
 };
 
-TEST_F(V4l2CaptureSessionTest, findsWhatCanBeUsedAsACamera) {
+TEST_F(V4l2CaptureSessionTest, findsUsableCameras) {
     system->cameras = {
-        // One camera has two nodes, one for pictures and one for what is known about them.
+        // One camera has two nodes, one for frames and one for metadata.
         {.node = "/dev/video0", .card = "Inside", .codings = {{mjpeg, {{width, height, {30}}}}}},
         {.node = "/dev/video1",
          .card = "Inside",
@@ -175,13 +175,14 @@ TEST_F(V4l2CaptureSessionTest, listsSizesAndRates) {
         return text;
     };
     EXPECT_EQ(described("usb-1/Webcam"), "640x480 30-30 15-15, 1280x720 10-10, 1280x720 30-30, ")
-        << "what need not be decoded first";
+        << "uncompressed formats first";
     EXPECT_EQ(described("usb-2/Webcam"), "320x240 5-60, 640x480 5-60, 1280x720 5-60, ");
-    EXPECT_EQ(described("scaler/Webcam"), "64x48 24-24, ") << "the largest, at the source's pace";
+    EXPECT_EQ(described("scaler/Webcam"), "64x48 24-24, ")
+        << "the largest size, at the source's rate";
     EXPECT_EQ(described("hdmi/Webcam"), "800x600 24-24, ") << "the source's own size";
 }
 
-TEST_F(V4l2CaptureSessionTest, setsTheFormatThatTheCoreChose) {
+TEST_F(V4l2CaptureSessionTest, setsTheChosenFormat) {
     system->cameras = {{.codings = {{yuyv, {{640, 480, {30}}, {1280, 720, {10}}}},
                                     {mjpeg, {{1280, 720, {60, 30}}, {1920, 1080, {30}}}}}}};
     ASSERT_TRUE(manager().start(std::nullopt));
@@ -192,7 +193,7 @@ TEST_F(V4l2CaptureSessionTest, setsTheFormatThatTheCoreChose) {
     EXPECT_EQ(device().interval, 30U);
 }
 
-TEST_F(V4l2CaptureSessionTest, showsTheColoursOfEveryCoding) {
+TEST_F(V4l2CaptureSessionTest, convertsTheColoursOfEveryFormat) {
     struct Case {
         std::uint32_t pixelFormat;
         Picture picture;
@@ -217,19 +218,19 @@ TEST_F(V4l2CaptureSessionTest, showsTheColoursOfEveryCoding) {
     }
 }
 
-TEST_F(V4l2CaptureSessionTest, deliversOnlyTheNewest) {
+TEST_F(V4l2CaptureSessionTest, deliversOnlyTheNewestFrame) {
     system->cameras = {webcam()};
     ASSERT_TRUE(manager().start(std::nullopt));
     run(3);
-    EXPECT_TRUE(frames.empty()) << "a slow start";
-    // Dark at first, as exposure settles.
+    EXPECT_TRUE(frames.empty()) << "too early for a frame";
+    // Dark at first, while the exposure settles.
     for (const std::uint8_t grey : Bytes{16, 60, 100, 180})
         device().pictures.push_back(plain(yuyv, grey));
     run(2);
     ASSERT_EQ(frames.size(), 1U);
     EXPECT_NEAR(colour(frames[0])[0], (180 - 16) * 255.0 / 219, 2);
 
-    // The picture stays as it was while others come.
+    // A delivered frame stays unchanged while others arrive.
     for (int i = 0; i < 9; ++i) {
         device().pictures = {plain(yuyv, 30)};
         run(1);
@@ -241,10 +242,10 @@ TEST_F(V4l2CaptureSessionTest, deliversOnlyTheNewest) {
     device().pictures = {plain(yuyv, 30)};
     queues.runAll();
     EXPECT_EQ(frames.size(), 10U);
-    EXPECT_EQ(device().openFiles, 0) << "closed while nobody looks";
+    EXPECT_EQ(device().openFiles, 0) << "closed while stopped";
 }
 
-TEST_F(V4l2CaptureSessionTest, dropsDamagedPictures) {
+TEST_F(V4l2CaptureSessionTest, dropsDamagedFrames) {
     const Bytes whole = plainJpeg();
     const auto changed = [&](const std::function<void(Bytes&)>& change) {
         Bytes bytes = whole;
@@ -282,7 +283,7 @@ TEST_F(V4l2CaptureSessionTest, dropsDamagedPictures) {
         device().pictures = {c.picture};
         run(1);
         EXPECT_EQ(frames.size(), c.isShown ? 1U : 0U) << c.what;
-        EXPECT_TRUE(device().isStreaming) << c.what << ": the next may be whole";
+        EXPECT_TRUE(device().isStreaming) << c.what << ": the next frame may be intact";
         TearDown();
     }
 }
@@ -312,7 +313,7 @@ TEST_F(V4l2CaptureSessionTest, saysWhyItCannotStart) {
     }
 }
 
-TEST_F(V4l2CaptureSessionTest, endsWhenTheCameraIsLostAndStartsAgainWhereItIsThen) {
+TEST_F(V4l2CaptureSessionTest, endsWhenTheCameraIsLostAndFindsItAtAnotherNode) {
     const std::vector<std::function<void(FakeV4l2::Camera&)>> losses{
         [](auto& camera) { camera.isPlugged = false; },
         [](auto& camera) { camera.pollsError = true; },
@@ -335,7 +336,7 @@ TEST_F(V4l2CaptureSessionTest, endsWhenTheCameraIsLostAndStartsAgainWhereItIsThe
         EXPECT_FALSE(device().isPlugged && device().isStreaming);
         EXPECT_EQ(device().openFiles, 0);
 
-        // Plugged in again, under another number.
+        // Plugged in again, with another node number.
         FakeV4l2::Camera again = webcam();
         again.node = "/dev/video7";
         system->cameras.push_back(again);
@@ -349,7 +350,7 @@ TEST_F(V4l2CaptureSessionTest, endsWhenTheCameraIsLostAndStartsAgainWhereItIsThe
     }
 }
 
-TEST_F(V4l2CaptureSessionTest, waitsForACameraThatWasTakenMeanwhile) {
+TEST_F(V4l2CaptureSessionTest, waitsForABusyCamera) {
     system->cameras = {webcam()};
     ASSERT_TRUE(manager().start(std::nullopt));
     device().isTaken = true;
@@ -361,7 +362,7 @@ TEST_F(V4l2CaptureSessionTest, waitsForACameraThatWasTakenMeanwhile) {
     run(2);
     EXPECT_EQ(frames.size(), 1U);
 
-    // A lost picture is not a lost camera.
+    // A lost frame is not a lost camera.
     device().pictures = {plain(yuyv, 30)};
     device().faults[VIDIOC_DQBUF] = EIO;
     run(1);
@@ -381,7 +382,7 @@ TEST_F(V4l2CaptureSessionTest, changesCamerasWhileRunning) {
     run(3);
     EXPECT_FALSE(system->cameras[0].isStreaming);
     EXPECT_TRUE(system->cameras[1].isStreaming);
-    // Stopped and started at once: one run, not two.
+    // Stop and start at once: one run, not two.
     manager().stop();
     ASSERT_TRUE(manager().start("usb-2/Webcam"));
     run(6);

@@ -61,11 +61,11 @@ TEST(JsonDefaultsStore, keepsADamagedFileAside) {
     EXPECT_EQ(fileSystem.files().size(), 3U);
 }
 
-TEST(JsonDefaultsStore, neverReplacesWhatItCouldNotRead) {
+TEST(JsonDefaultsStore, neverReplacesAnUnreadableFile) {
     for (const char* content : {R"({"a":1})", "damaged"}) {
         FakeFileSystem fileSystem;
         fileSystem.put(path, bytes(content));
-        // A damaged file is read but can't be put aside.
+        // The damaged file is read but can't be renamed.
         fileSystem.failCall(content == std::string("damaged") ? 1 : 0);
         JsonDefaultsStore store(fileSystem, path);
         EXPECT_TRUE(store.problem());

@@ -17,7 +17,7 @@
 namespace marrowby {
 namespace {
 
-TEST(LinuxSystemSettingsTest, opensAtLoginByAnEntryOfTheDesktop) {
+TEST(LinuxSystemSettingsTest, opensAtLoginByAnAutostartEntry) {
     const TemporaryFolder folder;
     PosixFileSystem files;
     LinuxSystemSettings settings(files, folder.path() / "config", R"(/opt/a "$b" 100%/c\d)");
@@ -30,7 +30,7 @@ TEST(LinuxSystemSettingsTest, opensAtLoginByAnEntryOfTheDesktop) {
     std::ifstream file(entry);
     const std::string content(std::istreambuf_iterator<char>(file), {});
     EXPECT_TRUE(content.starts_with("[Desktop Entry]\nType=Application\n"));
-    // Escaped for the quotes, and once more for the file.
+    // Escaped for the quotes, and again for the file.
     EXPECT_TRUE(content.contains(R"(
 Exec="/opt/a \\"\\$b\\" 100%%/c\\\\d" --at-login
 )")) << content;
@@ -44,14 +44,14 @@ Exec="/opt/a \\"\\$b\\" 100%%/c\\\\d" --at-login
     EXPECT_TRUE(settings.setOpensAtLogin(false));
     EXPECT_FALSE(std::filesystem::exists(entry));
 
-    // Something else is in the way.
+    // A file is in the folder's place.
     std::filesystem::remove(folder.path() / "config/autostart");
     std::ofstream(folder.path() / "config/autostart") << "a file";
     EXPECT_FALSE(settings.setOpensAtLogin(true));
     EXPECT_FALSE(settings.opensAtLogin());
 }
 
-TEST(JournaldLogTest, sendsALineToTheJournalOrElseToTheStandardError) {
+TEST(JournaldLogTest, writesToTheJournalOrElseToStandardError) {
     const TemporaryFolder folder;
     const std::string path = (folder.path() / "socket").string();
     const JournaldLog log("marrowby-test", path);

@@ -50,7 +50,7 @@ TEST_F(QtMainThreadTest, runsPostedWorkLaterInOrderOnItsThread) {
     EXPECT_EQ(inWork, true);
 }
 
-TEST_F(QtMainThreadTest, dropsWhatIsPostedWhenItGoes) {
+TEST_F(QtMainThreadTest, dropsPendingWorkWhenDestroyed) {
     mainThread->post(call(1));
     const auto alarm = mainThread->at(clock.now(), {}, call(2));
     const auto interval = mainThread->every(TimeInterval(0), {}, call(3));
@@ -59,7 +59,7 @@ TEST_F(QtMainThreadTest, dropsWhatIsPostedWhenItGoes) {
     EXPECT_THAT(calls, IsEmpty());
 }
 
-TEST_F(QtMainThreadTest, firesAtDatesInTheirOrderAndNotBefore) {
+TEST_F(QtMainThreadTest, firesInOrderAndNotTooEarly) {
     const Date start = clock.now();
     std::optional<Date> firedAt;
     const auto late = mainThread->at(start + tick * 3, {}, [&] {
@@ -75,7 +75,7 @@ TEST_F(QtMainThreadTest, firesAtDatesInTheirOrderAndNotBefore) {
     EXPECT_GE(*firedAt, start + tick * 3);
 }
 
-TEST_F(QtMainThreadTest, cancelsWithTheTimerEvenWhenDue) {
+TEST_F(QtMainThreadTest, cancelsADueCallWithItsTimer) {
     std::unique_ptr<MainThread::Timer> second;
     const auto first = mainThread->at(clock.now() - tick * 2, {}, [&] { second.reset(); });
     second = mainThread->at(clock.now() - tick, {}, call(2));
@@ -84,7 +84,7 @@ TEST_F(QtMainThreadTest, cancelsWithTheTimerEvenWhenDue) {
     EXPECT_THAT(calls, ElementsAre(3));
 }
 
-TEST_F(QtMainThreadTest, letsTheLoopTurnBetweenTimersThatRenewThemselves) {
+TEST_F(QtMainThreadTest, runsTheLoopBetweenSelfRenewingTimers) {
     std::unique_ptr<MainThread::Timer> timer;
     std::function<void()> renew = [&] {
         calls.push_back(1);
@@ -97,7 +97,7 @@ TEST_F(QtMainThreadTest, letsTheLoopTurnBetweenTimersThatRenewThemselves) {
     EXPECT_THAT(calls, testing::Contains(2).Times(1));
 }
 
-TEST_F(QtMainThreadTest, repeatsUntilDestroyedAlsoFromWithin) {
+TEST_F(QtMainThreadTest, repeatsUntilDestroyedAlsoByItsCallback) {
     std::unique_ptr<MainThread::Timer> timer;
     timer = mainThread->every(tick, tick / 3, [&] {
         calls.push_back(1);

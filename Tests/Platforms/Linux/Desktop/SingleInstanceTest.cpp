@@ -15,7 +15,7 @@ namespace {
 
 using Claim = SingleInstance::Claim;
 
-/// Another process that has the lock, and says a letter for every signal that asks it to reopen.
+/// Another process that holds the lock and writes a byte for every reopen signal.
 class Holder {
   public:
     explicit Holder(const std::filesystem::path& lockFile) {
@@ -24,39 +24,39 @@ class Holder {
         child_ = ::fork();
         if (child_ == 0) hold(lockFile, ends[1]);
         ::close(ends[1]);
-        said_ = ends[0];
-        (void)hears();
+        output_ = ends[0];
+        (void)awaitSignal();
     }
     Holder(const Holder&) = delete;
     Holder& operator=(const Holder&) = delete;
     ~Holder() {
         ::kill(child_, SIGKILL);
         ::waitpid(child_, nullptr, 0);
-        ::close(said_);
+        ::close(output_);
     }
-    [[nodiscard]] bool hears() const {
+    [[nodiscard]] bool awaitSignal() const {
         char letter = 0;
-        return ::read(said_, &letter, 1) == 1;
+        return ::read(output_, &letter, 1) == 1;
     }
 
   private:
-    [[noreturn]] static void hold(const std::filesystem::path& lockFile, int says) {
+    [[noreturn]] static void hold(const std::filesystem::path& lockFile, int output) {
         sigset_t reopen;
         sigemptyset(&reopen);
         sigaddset(&reopen, SIGUSR1);
         ::sigprocmask(SIG_BLOCK, &reopen, nullptr);
         SingleInstance instance({.lockFile = lockFile, .sessionBus = {}});
         if (instance.claim() != Claim::first) ::_exit(1);
-        for (int signal = 0; ::write(says, "x", 1) == 1;)
+        for (int signal = 0; ::write(output, "x", 1) == 1;)
             ::sigwait(&reopen, &signal);
         ::_exit(0);
     }
 
     pid_t child_ = -1;
-    int said_ = -1;
+    int output_ = -1;
 };
 
-TEST(SingleInstanceTest, theSecondOneHasTheFirstOpenItsWindow) {
+TEST(SingleInstanceTest, theSecondInstanceHasTheFirstOpenItsWindow) {
     const TemporaryFolder folder;
     const auto lockFile = folder.path() / "lock";
     auto holder = std::make_unique<Holder>(lockFile);
@@ -73,11 +73,11 @@ TEST(SingleInstanceTest, theSecondOneHasTheFirstOpenItsWindow) {
         return claimed.get();
     };
 
-    // Without a bus, and on one where nobody has the name, by a signal.
+    // By signal: without a bus, and on one where nobody owns the name.
     EXPECT_EQ(claim({}), Claim::handedOver);
-    EXPECT_TRUE(holder->hears());
+    EXPECT_TRUE(holder->awaitSignal());
     EXPECT_EQ(claim(bus->address()), Claim::handedOver);
-    EXPECT_TRUE(holder->hears());
+    EXPECT_TRUE(holder->awaitSignal());
 
     int reopened = 0;
     SingleInstance first({.lockFile = folder.path() / "another", .sessionBus = bus->address()});
@@ -88,7 +88,7 @@ TEST(SingleInstanceTest, theSecondOneHasTheFirstOpenItsWindow) {
     };
     EXPECT_TRUE(loop.runUntil(isServed));
 
-    // The bus goes and comes back.
+    // The bus restarts.
     bus->kill();
     ASSERT_TRUE(bus->startDaemon());
     reopened = 0;

@@ -61,8 +61,8 @@ TEST(ThreadWorkQueues, runsNothingTwiceAndLosesNothingFromManyThreads) {
     EXPECT_EQ(runs, 2000);
 }
 
-TEST(ThreadWorkQueues, theBackgroundQueueGoesOnWhileSomeOfItsWorkWaits) {
-    // Each waits for the others: only several threads get past it.
+TEST(ThreadWorkQueues, theBackgroundQueueRunsOnWhileSomeWorkBlocks) {
+    // Each waits for all others, which needs several threads.
     std::latch meeting(4);
     std::promise<void> met;
     ThreadWorkQueues queues;
@@ -83,8 +83,8 @@ TEST(ThreadWorkQueues, waitsForAQueueThatItsOwnWorkDestroyed) {
         std::promise<void> handedOver;
         auto* const raw = queue.get();
         raw->async([wait = handedOver.get_future().share()] { wait.wait(); });
-        // The work is the last holder and lets go on the queue's thread, where more work is
-        // waiting.
+        // The work holds the last reference and destroys the queue on its own thread, while more
+        // work is pending.
         raw->async([held = std::move(queue)]() mutable { held.reset(); });
         raw->async([&isDone] {
             std::this_thread::yield();

@@ -67,7 +67,7 @@ struct Typist {
     UinputKeyEvents keys;
 };
 
-TEST(UinputKeyEvents, typesWhatTheLayoutHasAndBeginsNothingElse) {
+TEST(UinputKeyEvents, typesWhatTheLayoutHasAndRefusesOtherTexts) {
     const struct {
         const char* layout;
         const char16_t* text;
@@ -109,7 +109,7 @@ TEST(UinputKeyEvents, pressesTheKeysOfAPlan) {
     EXPECT_FALSE(typist.compositor->holdsModifiers());
 }
 
-TEST(UinputKeyEvents, asksBeforeEveryKeyAndPressesNoneOnceItWasRefused) {
+TEST(UinputKeyEvents, checksTheGuardBeforeEveryKeyAndStopsForGoodOnARefusal) {
     const std::vector<std::uint32_t> codes{xkey::returnKey};
     for (std::size_t asked = 0; asked < 4; ++asked) {
         Typist typist("us");
@@ -119,7 +119,7 @@ TEST(UinputKeyEvents, asksBeforeEveryKeyAndPressesNoneOnceItWasRefused) {
         ASSERT_TRUE(source);
         EXPECT_EQ(source->postText(text, true), asked == 3);
         EXPECT_EQ(typist.compositor->typed, std::string("ABC").substr(0, asked));
-        // Locked again, perhaps by another.
+        // Locked again, perhaps by another session: still refused.
         if (asked < 3) typist.questionsUntilUnlocked.reset();
         EXPECT_FALSE(source->post({.code = xkey::returnKey, .down = true}));
         EXPECT_FALSE(source->isUndisturbed());
@@ -127,7 +127,7 @@ TEST(UinputKeyEvents, asksBeforeEveryKeyAndPressesNoneOnceItWasRefused) {
     }
 }
 
-TEST(UinputKeyEvents, saysWhenItsKeyboardIsGoneOrCannotBe) {
+TEST(UinputKeyEvents, reportsALostOrForbiddenKeyboard) {
     Typist typist("us");
     const std::u16string text = u"AB";
     const auto source = typist.keys.makeSource(text, {});
@@ -145,7 +145,7 @@ TEST(UinputKeyEvents, saysWhenItsKeyboardIsGoneOrCannotBe) {
     EXPECT_FALSE(unknown.isTrusted());
 }
 
-TEST(KeyboardLayout, takesItsNamesFromTheSystem) {
+TEST(KeyboardLayout, readsItsNamesFromTheSystemsFile) {
     const TemporaryFolder folder;
     const std::string path = folder.path() / "keyboard";
     std::ofstream(path)

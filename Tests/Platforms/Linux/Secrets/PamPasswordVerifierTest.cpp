@@ -12,14 +12,14 @@
 namespace marrowby {
 namespace {
 
-/// Rules of the test's own: a checker that knows one password.
+/// PAM services of the test: a module that knows one password.
 struct PamPasswordVerifierTest : testing::Test {
     TemporaryFolder folder;
 
     void write(const char* name, const std::string& text) const {
         std::ofstream(folder.path() / name) << text;
     }
-    /// The rule that knows the password, and takes it.
+    /// The rule of the module that accepts the password.
     [[nodiscard]] std::string checker() const {
         return "auth sufficient pam_exec.so expose_authtok quiet /bin/sh [" +
                (folder.path() / "checker").string() + "] [" +
@@ -30,7 +30,7 @@ struct PamPasswordVerifierTest : testing::Test {
         return PamPasswordVerifier(user, {.name = service, .folder = folder.path()})
             .check({reinterpret_cast<const std::uint8_t*>(password.data()), password.size()});
     }
-    /// Why the check could not be made; what else came of it, otherwise.
+    /// The error when the check failed, else its result.
     [[nodiscard]] std::string unavailable(const std::string& service, std::string_view password,
                                           const std::string& user = "anna") const {
         const auto result = check(service, password, user);
@@ -41,7 +41,7 @@ struct PamPasswordVerifierTest : testing::Test {
     }
 };
 
-TEST_F(PamPasswordVerifierTest, tellsRightFromWrongFromNotKnown) {
+TEST_F(PamPasswordVerifierTest, distinguishesRightWrongAndUnavailable) {
     write("password", "é ß 字😀 two  spaces");
     write("checker", "tr -d '\\000' | cmp -s - \"$1\"\n");
     write("desk", checker() + "auth required pam_deny.so\n");
@@ -52,7 +52,7 @@ TEST_F(PamPasswordVerifierTest, tellsRightFromWrongFromNotKnown) {
         EXPECT_EQ(check("desk", wrong), PasswordCheckResult(PasswordCheckResult::Incorrect{}));
 }
 
-TEST_F(PamPasswordVerifierTest, blamesThePasswordOnlyWhereThatWasLookedAt) {
+TEST_F(PamPasswordVerifierTest, callsThePasswordWrongOnlyIfItWasChecked) {
     write("password", "right");
     write("checker", "tr -d '\\000' | cmp -s - \"$1\"\n");
     const struct {
@@ -65,7 +65,7 @@ TEST_F(PamPasswordVerifierTest, blamesThePasswordOnlyWhereThatWasLookedAt) {
          "There were too many tries. The system takes no more for now."},
         {"auth required pam_debug.so auth=acct_expired", "This account has expired."},
         {"auth required pam_debug.so auth=cred_expired", "The password has expired."},
-        // Its own words, which here are these.
+        // PAM's own text, here the module's options.
         {"auth required pam_debug.so auth=authinfo_unavail", "auth=authinfo_unavail"},
         {"auth required pam_nowhere.so", "Module is unknown"},
     };
@@ -76,11 +76,11 @@ TEST_F(PamPasswordVerifierTest, blamesThePasswordOnlyWhereThatWasLookedAt) {
     write("shut", "auth required pam_deny.so\n");
     EXPECT_EQ(unavailable("shut", "right"), "The system refused without asking for the password.");
     for (const char* noPassword : {"", "\xFF"})
-        EXPECT_EQ(unavailable("shut", noPassword), "incorrect") << "nobody is asked";
+        EXPECT_EQ(unavailable("shut", noPassword), "incorrect") << "not passed to PAM";
 }
 
-/// The module that counts on most systems, with its tallies in the test's own folder.
-TEST_F(PamPasswordVerifierTest, saysInTheSystemsWordsThatTheAccountIsShutAfterTooManyTries) {
+/// pam_faillock, which most systems use, with its tallies in the test's folder.
+TEST_F(PamPasswordVerifierTest, passesOnTheMessageOfALockedAccount) {
     const auto account = Account::current();
     ASSERT_TRUE(account);
     write("password", "right");

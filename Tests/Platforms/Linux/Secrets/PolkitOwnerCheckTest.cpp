@@ -22,10 +22,10 @@ namespace {
 
 constexpr const char* busName = "org.freedesktop.PolicyKit1";
 
-/// A polkit that leaves the answer to the test.
+/// A fake polkit whose reply the test chooses.
 class Authority final : public QDBusVirtualObject {
   public:
-    /// What it was asked, newest last.
+    /// Received calls, newest last.
     std::vector<QDBusMessage> calls;
     std::function<void(const QDBusMessage&)> onCall = [](const QDBusMessage&) {};
 
@@ -72,7 +72,7 @@ struct PolkitOwnerCheckTest : testing::Test {
         check->confirmOwner("open it",
                             [this](const auto& outcome) { outcomes.push_back(outcome); });
     }
-    /// The sentence, or "yes".
+    /// The error's sentence, or "yes".
     std::string answer() {
         if (!loop.runUntil([&] { return !outcomes.empty(); })) return "never";
         EXPECT_EQ(outcomes.size(), 1U);
@@ -84,7 +84,7 @@ struct PolkitOwnerCheckTest : testing::Test {
     }
 };
 
-TEST_F(PolkitOwnerCheckTest, asksOnceAndSaysWhatCameOfIt) {
+TEST_F(PolkitOwnerCheckTest, promptsOnceAndReportsTheResult) {
     ASSERT_NO_FATAL_FAILURE(startService());
     const QMap<QString, QString> dismissed{{"polkit.dismissed", "true"}};
     const QString polkitFailed = "org.freedesktop.PolicyKit1.Error.Failed";
@@ -118,10 +118,11 @@ TEST_F(PolkitOwnerCheckTest, asksOnceAndSaysWhatCameOfIt) {
     const QDBusMessage& call = authority.calls.front();
     EXPECT_EQ(call.arguments()[1], "app.quenby.unlock.confirm-owner");
     EXPECT_EQ(call.arguments()[3].toUInt(), 1U);
-    EXPECT_NE(call.service(), authority.calls.back().service()) << "each has its connection";
+    EXPECT_NE(call.service(), authority.calls.back().service())
+        << "each prompt has its own connection";
 }
 
-TEST_F(PolkitOwnerCheckTest, saysWhatIsMissing) {
+TEST_F(PolkitOwnerCheckTest, reportsMissingParts) {
     ask();
     EXPECT_EQ(answer(), "Nothing here can check who you are. Install the package polkitd.");
 
@@ -137,7 +138,7 @@ TEST_F(PolkitOwnerCheckTest, saysWhatIsMissing) {
               "The system can’t check it’s you right now. The system bus can’t be reached.");
 }
 
-TEST_F(PolkitOwnerCheckTest, withdrawsItsPromptWhenItGoes) {
+TEST_F(PolkitOwnerCheckTest, closesItsPromptWhenDestroyed) {
     ASSERT_NO_FATAL_FAILURE(startService());
     const auto isGone = [&] {
         const QString name = authority.calls.back().service();

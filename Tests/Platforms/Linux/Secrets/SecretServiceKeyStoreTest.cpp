@@ -27,7 +27,7 @@ const std::string noKeyring =
     "and Keys (package seahorse).";
 const std::string locked = "Keyring: Your keyring is locked. Unlock it, then try again.";
 
-/// With every kind of byte that text would stumble over.
+/// Contains bytes that are invalid in text.
 Bytes key(std::uint8_t seed) {
     Bytes bytes(32);
     for (std::size_t i = 0; i < bytes.size(); ++i)
@@ -37,7 +37,7 @@ Bytes key(std::uint8_t seed) {
     return bytes;
 }
 
-/// What the store says.
+/// A store whose results are text.
 struct KeyStore {
     SecretServiceKeyStore store;
 
@@ -72,19 +72,19 @@ struct SecretServiceKeyStoreTest : testing::Test {
     }
     void SetUp() override {
         if (!bus) GTEST_SKIP() << noPrivateBus;
-        // The same for all, found out once.
+        // Checked once for all tests.
         static const bool hasDaemon = daemon("") != nullptr;
         if (!hasDaemon) GTEST_SKIP() << noKeyringDaemon;
     }
 };
 
-TEST_F(SecretServiceKeyStoreTest, keepsTheKeyForALaterSession) {
+TEST_F(SecretServiceKeyStoreTest, keepsTheKeyAcrossSessions) {
     KeyStore keys(bus->address());
     auto first = daemon(password);
     ASSERT_TRUE(first);
     EXPECT_FALSE(keys.store.hasKey());
     EXPECT_EQ(keys.load(), "nothing");
-    EXPECT_EQ(keys.erase(), "erased") << "what isn’t there";
+    EXPECT_EQ(keys.erase(), "erased") << "erasing a missing key";
     EXPECT_EQ(keys.save(1), "saved");
     EXPECT_TRUE(keys.store.hasKey());
     EXPECT_EQ(keys.load(), "key 1");
@@ -111,8 +111,8 @@ TEST_F(SecretServiceKeyStoreTest, keepsTheKeyForALaterSession) {
     EXPECT_FALSE(keys.store.hasKey());
 }
 
-TEST_F(SecretServiceKeyStoreTest, tellsMissingLockedAndAbsentApart) {
-    // A key that may well be there is not said to be missing.
+TEST_F(SecretServiceKeyStoreTest, distinguishesMissingLockedAndNoKeyring) {
+    // Without a keyring the key counts as present.
     for (const char* address : {"", "unix:path=/nowhere/at/all", "nonsense"}) {
         KeyStore nowhere(address);
         EXPECT_TRUE(nowhere.store.hasKey());
@@ -156,7 +156,7 @@ TEST_F(SecretServiceKeyStoreTest, tellsMissingLockedAndAbsentApart) {
     EXPECT_EQ(keys.load(), "key 1");
 }
 
-TEST_F(SecretServiceKeyStoreTest, findsABusThatWasRestarted) {
+TEST_F(SecretServiceKeyStoreTest, reconnectsToARestartedBus) {
     KeyStore keys(bus->address());
     auto keyring = daemon(password);
     ASSERT_TRUE(keyring);
@@ -171,8 +171,8 @@ TEST_F(SecretServiceKeyStoreTest, findsABusThatWasRestarted) {
     EXPECT_EQ(keys.load(), "key 1");
 }
 
-/// A service of another make: what it says is passed on, and its prompts are turned away.
-TEST_F(SecretServiceKeyStoreTest, neitherPromptsNorLosesWhatTheServiceSays) {
+/// Another implementation: its errors are passed on and its prompts dismissed.
+TEST_F(SecretServiceKeyStoreTest, neverPromptsAndPassesOnErrors) {
     const char* name = "org.freedesktop.secrets";
     const char* path = "/org/freedesktop/secrets";
     const char* interface = "org.freedesktop.Secret.Service";

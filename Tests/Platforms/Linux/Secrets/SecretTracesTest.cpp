@@ -28,7 +28,7 @@ TEST(SecretTraces, areNeitherInMemoryNorInACoreNorOnDisk) {
         const int output = ::open(log.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         ::dup2(output, STDOUT_FILENO);
         ::dup2(output, STDERR_FILENO);
-        // A sanitizer would otherwise report the end, and forbid the core.
+        // A sanitizer would intercept the abort and disable the core dump.
         ::setenv("ASAN_OPTIONS", "handle_abort=0:disable_coredump=0:detect_leaks=0", 1);
         const rlimit unlimited{.rlim_cur = RLIM_INFINITY, .rlim_max = RLIM_INFINITY};
         ::setrlimit(RLIMIT_CORE, &unlimited);

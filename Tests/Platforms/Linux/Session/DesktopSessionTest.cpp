@@ -27,7 +27,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(DesktopSession, goesOnWhenItsDisplayComesBack) {
+TEST(DesktopSession, resumesWhenItsDisplayComesBack) {
     QtLoop loop;
     QtMainThread mainThread;
     const auto display = PrivateDisplay::start();
@@ -95,14 +95,14 @@ TEST(DesktopSession, sleepsAndWakesWithItsMonitors) {
     EXPECT_THAT(heard, ElementsAre(LockEvent::willSleep, LockEvent::wake, LockEvent::willSleep,
                                    LockEvent::wake));
 
-    // A display that is lost in its sleep keeps nobody asleep.
+    // Losing a display while its monitors sleep ends the sleep.
     display->blank();
     ASSERT_TRUE(loop.runUntil([&] { return session.lockEvents().isSleeping(); }));
     display->kill();
     EXPECT_TRUE(loop.runUntil([&] { return !session.lockEvents().isSleeping(); }));
 }
 
-/// A folder of input devices whose kernel is the test: pipes that real input events come through.
+/// A folder of fake input devices: pipes that carry real input events.
 struct EvdevTest : testing::Test {
     QtLoop loop;
     TemporaryFolder folder;
@@ -153,7 +153,7 @@ struct EvdevTest : testing::Test {
     }
 };
 
-TEST_F(EvdevTest, tellsTheIdleTimeOfWhatUsersTouch) {
+TEST_F(EvdevTest, measuresTheIdleTimeOfUserInput) {
     const EvdevInputIdle idle(folder.path(), describe);
     EXPECT_TRUE(std::isnan(idle.secondsSinceLastInput().count()));
     plug("event-lid");
@@ -177,7 +177,7 @@ TEST_F(EvdevTest, tellsTheIdleTimeOfWhatUsersTouch) {
     EXPECT_TRUE(std::isnan(idle.secondsSinceLastInput().count()));
 }
 
-TEST_F(EvdevTest, hearsSpaceOnEveryKeyboardAlsoOnLaterOnes) {
+TEST_F(EvdevTest, hearsSpaceAlsoOnHotPluggedKeyboards) {
     EvdevSpaceKeys keys(folder.path(), describe);
     plug("event-mouse");
     EXPECT_FALSE(keys.hasListenAccess());
@@ -207,7 +207,7 @@ TEST_F(EvdevTest, hearsSpaceOnEveryKeyboardAlsoOnLaterOnes) {
     loop.runPending();
 }
 
-TEST_F(EvdevTest, mayStopListeningFromItsOwnReport) {
+TEST_F(EvdevTest, mayStopListeningInItsCallback) {
     plug("event-keyboard");
     EvdevSpaceKeys keys(folder.path(), describe);
     std::unique_ptr<SpaceKeys::Listening> brief;

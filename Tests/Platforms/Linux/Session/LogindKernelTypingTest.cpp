@@ -17,7 +17,7 @@ constexpr const char* logind = "org.freedesktop.login1";
 constexpr const char* ownSession = "/org/freedesktop/login1/session/auto";
 constexpr const char* mockInterface = "org.freedesktop.DBus.Mock";
 
-/// A logind whose answer about the asker's own session the test chooses.
+/// A fake logind that answers for the caller's session.
 struct LogindKernelTypingTest : testing::Test {
     QtLoop loop;
     std::unique_ptr<PrivateBus> bus = PrivateBus::start();
@@ -42,7 +42,7 @@ struct LogindKernelTypingTest : testing::Test {
     }
 };
 
-TEST_F(LogindKernelTypingTest, typesOnlyIntoTheLockedSessionThatHasTheScreen) {
+TEST_F(LogindKernelTypingTest, typesOnlyIntoTheActiveLockedSession) {
     const LogindKernelTyping typing(bus->address(), "");
     EXPECT_TRUE(typing.mayType());
     const struct {
@@ -60,9 +60,9 @@ TEST_F(LogindKernelTypingTest, typesOnlyIntoTheLockedSessionThatHasTheScreen) {
         EXPECT_TRUE(typing.mayType()) << property;
     }
     program.reset();
-    EXPECT_FALSE(typing.mayType()) << "nobody answers";
+    EXPECT_FALSE(typing.mayType()) << "no logind";
     begin(getuid() + 1);
-    EXPECT_FALSE(typing.mayType()) << "another's session";
+    EXPECT_FALSE(typing.mayType()) << "another user's session";
     program.reset();
     begin(getuid());
     EXPECT_TRUE(typing.mayType());
@@ -80,7 +80,7 @@ TEST_F(LogindKernelTypingTest, typesNothingWhereAnXServerAnswers) {
     EXPECT_TRUE(withoutEnvironment.mayType());
     set("Display", QString::fromStdString(display->name()));
     EXPECT_FALSE(withoutEnvironment.mayType());
-    // A compositor's own.
+    // The X server of a Wayland compositor.
     set("Type", "wayland");
     EXPECT_TRUE(typing.mayType());
     set("Type", "tty");

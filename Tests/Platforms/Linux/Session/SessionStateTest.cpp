@@ -9,7 +9,7 @@ namespace {
 
 using enum LockReading;
 
-TEST(SessionState, believesTheFirmestSourceThatKnows) {
+TEST(SessionState, ranksTheSources) {
     struct Case {
         SessionSources sources;
         LockReading lock;
@@ -38,14 +38,14 @@ TEST(SessionState, believesTheFirmestSourceThatKnows) {
         EXPECT_EQ(SessionState::of(each.sources).lock, each.lock) << each.why;
 }
 
-TEST(SessionState, asksTheDisplayAboutTheConsoleWhereLogindIsSilent) {
+TEST(SessionState, asksTheDisplayAboutTheConsoleWithoutLogind) {
     EXPECT_EQ(SessionState::of({}).isOnConsole, std::nullopt);
     EXPECT_EQ(SessionState::of({.isDisplayOnConsole = false}).isOnConsole, false);
     EXPECT_EQ(SessionState::of({.isActive = false, .isDisplayOnConsole = true}).isOnConsole, false);
     EXPECT_EQ(SessionState::of({.isActive = true, .isDisplayOnConsole = false}).isOnConsole, true);
 }
 
-TEST(SessionState, tellsWhatTheChangeMeansToTheUser) {
+TEST(SessionState, reportsChangesAsEvents) {
     const SessionChange isLocked{LockEvent::screenLocked, {}};
     const SessionChange isUnlocked{LockEvent::screenUnlocked, {}};
     const SessionChange saverStopped{LockEvent::wake, {}};

@@ -32,7 +32,7 @@ constexpr const char* sessionPath = "/org/freedesktop/login1/session/c1";
 constexpr const char* sessionInterface = "org.freedesktop.login1.Session";
 constexpr const char* mockInterface = "org.freedesktop.DBus.Mock";
 
-/// A mock of logind with the session c1, under test on a bus of its own.
+/// A mock logind with the session c1, on a bus of its own.
 class MockLogind {
   public:
     explicit MockLogind(const PrivateBus& bus)
@@ -61,7 +61,7 @@ class MockLogind {
              {managerInterface, "SessionNew", "so",
               QVariantList{"c1", QVariant::fromValue(QDBusObjectPath(sessionPath))}});
     }
-    /// As python: what the manager's method answers.
+    /// Python code of the manager's method.
     void setAnswer(const char* method, const char* signature, const char* code) const {
         call(managerPath, "AddMethod", {managerInterface, method, signature, "o", code});
     }
@@ -96,27 +96,27 @@ struct SessionWatchingTest : testing::Test {
     std::optional<LogindWatcher> logind;
     std::optional<ScreenSaverWatcher> savers;
     std::optional<LinuxLockMonitor> lock;
-    std::vector<LockEvent> heard;
-    std::vector<bool> sleepiness;
+    std::vector<LockEvent> events;
+    std::vector<bool> sleepStates;
 
     void SetUp() override {
         if (!bus) GTEST_SKIP() << noPrivateBus;
         qputenv("XDG_SESSION_ID", "c1");
     }
 
-    void hear(LockEvent event) {
-        heard.push_back(event);
-        sleepiness.push_back(lock->isSleeping());
-        if (onHeard) onHeard();
+    void record(LockEvent event) {
+        events.push_back(event);
+        sleepStates.push_back(lock->isSleeping());
+        if (onRecord) onRecord();
     }
-    std::function<void()> onHeard;
+    std::function<void()> onRecord;
 
-    /// Both watchers find their services on the one bus.
+    /// Both watchers use the same bus.
     void watch() {
         logind.emplace(bus->address(), mainThread);
         savers.emplace(bus->address());
         lock.emplace(*logind, *savers, nullptr, mainThread);
-        lock->onEvent = [this](LockEvent event) { hear(event); };
+        lock->onEvent = [this](LockEvent event) { record(event); };
         lock->start();
         logind->onChange = savers->onChange = [this] { lock->update(); };
         logind->start();
@@ -127,8 +127,8 @@ struct SessionWatchingTest : testing::Test {
     [[nodiscard]] bool becomes(const LockState& state) {
         return loop.runUntil([&] { return lock->state() == state; });
     }
-    [[nodiscard]] bool hears(std::size_t count) {
-        return loop.runUntil([&] { return heard.size() >= count; });
+    [[nodiscard]] bool awaitEvents(std::size_t count) {
+        return loop.runUntil([&] { return events.size() >= count; });
     }
 };
 
@@ -143,41 +143,41 @@ TEST_F(SessionWatchingTest, followsTheSessionAndSleepThroughLogind) {
     EXPECT_EQ(lock->state(), LockState());
     ASSERT_TRUE(becomes(unlockedHere));
 
-    // A request alone is no lock, and no unlock.
+    // A request alone is neither a lock nor an unlock.
     mock.ofSession("Lock");
     mock.prepareForSleep(true);
-    ASSERT_TRUE(hears(1));
+    ASSERT_TRUE(awaitEvents(1));
     EXPECT_EQ(lock->state(), unlockedHere);
     mock.setSession("LockedHint", true);
-    ASSERT_TRUE(hears(2));
+    ASSERT_TRUE(awaitEvents(2));
     EXPECT_EQ(lock->state(), lockedHere);
     mock.ofSession("Unlock");
     mock.prepareForSleep(false);
-    ASSERT_TRUE(hears(3));
+    ASSERT_TRUE(awaitEvents(3));
     EXPECT_EQ(lock->state(), lockedHere);
 
     mock.setSession("Active", false);
-    ASSERT_TRUE(hears(4));
+    ASSERT_TRUE(awaitEvents(4));
     EXPECT_EQ(lock->state(), lockedAway);
     mock.setSession("Active", true);
     mock.setSession("IdleHint", true);
     mock.setSession("LockedHint", false);
-    ASSERT_TRUE(hears(6));
+    ASSERT_TRUE(awaitEvents(6));
     EXPECT_EQ(lock->state(), unlockedHere);
-    EXPECT_THAT(heard,
+    EXPECT_THAT(events,
                 ElementsAre(LockEvent::willSleep, LockEvent::screenLocked, LockEvent::wake,
                             LockEvent::willSleep, LockEvent::wake, LockEvent::screenUnlocked));
-    EXPECT_THAT(sleepiness, ElementsAre(true, true, false, true, false, false));
+    EXPECT_THAT(sleepStates, ElementsAre(true, true, false, true, false, false));
 }
 
-TEST_F(SessionWatchingTest, holdsSleepUpUntilItsHandlersRan) {
+TEST_F(SessionWatchingTest, delaysSleepUntilItsHandlersRan) {
     const MockLogind mock(*bus);
     ASSERT_TRUE(mock.isRunning());
     watch();
     ASSERT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 1; }));
 
     std::optional<std::size_t> countInHandler;
-    onHeard = [&] {
+    onRecord = [&] {
         if (!countInHandler) countInHandler = mock.inhibitorCount();
     };
     mock.prepareForSleep(true);
@@ -193,7 +193,7 @@ TEST_F(SessionWatchingTest, findsTheSessionByProcessAndByTheUsersDisplay) {
     ASSERT_TRUE(mock.isRunning());
     qunsetenv("XDG_SESSION_ID");
     watch();
-    // Neither is known to this logind so far.
+    // This logind has reported neither yet.
     mock.announceSession();
     ASSERT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 1; }));
     EXPECT_EQ(lock->state(), LockState());
@@ -208,7 +208,7 @@ TEST_F(SessionWatchingTest, findsTheSessionByProcessAndByTheUsersDisplay) {
     logind.emplace(bus->address(), mainThread);
     EXPECT_EQ(lock->state(), LockState());
     mock.setAnswer("GetSessionByPID", "u", "1 / 0");
-    // The mock has no call that sets a pair, but can be taught one.
+    // The mock cannot set a struct property, but can run code.
     const char* show =
         "user = self.props['org.freedesktop.login1.User']\n"
         "path = dbus.ObjectPath('/org/freedesktop/login1/session/c1')\n"
@@ -236,12 +236,12 @@ TEST_F(SessionWatchingTest, followsScreenSaversThatComeAndGo) {
     gnome.reset();
     ASSERT_TRUE(becomes({}));
 
-    ASSERT_TRUE(hears(5));
-    EXPECT_THAT(heard,
+    ASSERT_TRUE(awaitEvents(5));
+    EXPECT_THAT(events,
                 ElementsAre(LockEvent::screenLocked, LockEvent::screenUnlocked, LockEvent::wake,
                             LockEvent::screenLocked, LockEvent::screenUnlocked));
 
-    // Others, which are on already when they are noticed.
+    // Savers that are already active when they are found.
     for (const auto& [service, place] :
          {std::pair("org.freedesktop.ScreenSaver", "/ScreenSaver"),
           std::pair("org.mate.ScreenSaver", "/org/mate/ScreenSaver"),

@@ -15,7 +15,6 @@
 namespace marrowby {
 namespace {
 
-/// A file of that name and these bytes.
 struct TemporaryFile {
     explicit TemporaryFile(const std::string& bytes) {
         std::ofstream(path, std::ios::binary) << bytes;
@@ -36,12 +35,12 @@ TEST(OnnxFile, RefusesForeignFilesInOneSentence) {
               "The network “Missing.onnx” isn’t there.");
     EXPECT_FALSE(OnnxFile::read(testing::TempDir())) << "a folder";
     const TemporaryFile file("");
-    // Sparse: it takes no room.
+    // A sparse file.
     std::filesystem::resize_file(file.path, OnnxFile::largestFile + 1);
     EXPECT_EQ(OnnxFile::read(file.path).error(), "The network “test.onnx” is too large.");
 }
 
-TEST(OnnxFile, takesOnlyTheFileThatWasSummedUp) {
+TEST(OnnxFile, acceptsOnlyTheFileWithTheGivenSum) {
     const std::filesystem::path networks = std::filesystem::path(MARROWBY_SOURCE_DIR) / "Models";
     const auto sumOf = [&](const char* name) { return OnnxFile::read(networks / name)->sha256(); };
     const std::string finder = sumOf("Finder.onnx");
@@ -75,7 +74,7 @@ TEST(OnnxFile, ADamagedNetworkIsAnErrorNeverAnException) {
         EXPECT_FALSE(model.error().empty());
         EXPECT_FALSE(OpenCvFaceVision::load(file.path, file.path));
     }
-    // Parses, and names nodes that nobody can run.
+    // Parses, but names unknown operators.
     std::string renamed = whole;
     for (std::size_t at = 0; (at = renamed.find("Conv", at)) != std::string::npos; at += 4) {
         renamed.replace(at, 4, "Cnov");

@@ -63,7 +63,7 @@ class OpenCvFaceVisionTest : public testing::Test {
         return *imaging.render(**source, {0, 0, size.width, size.height}, 1);
     }
 
-    /// Every frame of a sequence, or every few, recognised as a look would.
+    /// Recognises every `step`th frame of a sequence as a scan would.
     std::vector<Seen> watch(const std::string& sequence, int step = 1) {
         nlohmann::json truth;
         std::ifstream(folder / "media" / sequence / "truth.json") >> truth;
@@ -120,7 +120,7 @@ TEST_F(OpenCvFaceVisionTest, FindsAnglesNearTheTruth) {
 }
 
 TEST_F(OpenCvFaceVisionTest, TellsTheOwnerFromAStranger) {
-    // Two samples of each of the nine poses, as an enrolment takes them.
+    // Two samples of each of the nine poses, as in enrolment.
     std::map<std::string, std::vector<Embedding>> byPose;
     for (Seen& frame : watch("owner-enrol", 4)) {
         byPose[frame.pose].push_back(std::move(frame.recognition.embedding));
@@ -145,7 +145,7 @@ TEST_F(OpenCvFaceVisionTest, TellsTheOwnerFromAStranger) {
 }
 
 TEST_F(OpenCvFaceVisionTest, AFaceAtTheEdgeIsNotTurned) {
-    // The face, cut so that it lies in a corner of a wider, black picture.
+    // The face, moved into a corner of a wider, black picture.
     const Bitmap image = picture("owner-enrol", 10);
     const auto wide = imaging.draw(image, 900, 360, {.tx = 500});
     ASSERT_TRUE(wide);

@@ -25,7 +25,7 @@ namespace {
 struct OpenCvBackend {
     static constexpr double tolerance = 0;
     static std::unique_ptr<Imaging> makeImaging() { return std::make_unique<OpenCvImaging>(); }
-    /// With rows that are longer than their pixels.
+    /// With padding after each row.
     static std::shared_ptr<const SourceImage> makeSource(int width, int height,
                                                          std::vector<std::uint8_t> bytes) {
         const std::ptrdiff_t row = std::ptrdiff_t{width} * 4;

@@ -18,12 +18,12 @@ namespace {
 
 using Order = NeuralModels::ChannelOrder;
 
-/// The computable picture that the reference outputs belong to: channel c of a network's input.
+/// The synthetic input of the reference outputs: channel c.
 int pattern(int c, int y, int x) {
     return (c * 79 + y * 31 + x * 17 + ((x * y) % 29) * 3) % 256;
 }
 
-/// As an image whose first channel, in the network's order, is channel 0 of the pattern.
+/// An image whose first channel, in the model's order, is channel 0 of the pattern.
 Bitmap patternImage(int side, Order order, bool flipped = false) {
     std::vector<std::uint8_t> bytes;
     for (int y = 0; y < side; ++y) {
@@ -55,7 +55,7 @@ struct OpenCvNetworkTest : testing::Test {
     nlohmann::json reference;
 };
 
-TEST_F(OpenCvNetworkTest, NetworksGiveTheirReferences) {
+TEST_F(OpenCvNetworkTest, NetworksGiveTheReferenceOutputs) {
     const nlohmann::json& embedder = reference["Embedder128"];
     const nlohmann::json& landmarks = reference["Landmarks98"];
     const struct {
@@ -103,7 +103,7 @@ TEST_F(OpenCvNetworkTest, NetworksGiveTheirReferences) {
     }
 }
 
-TEST_F(OpenCvNetworkTest, TheDetectorTakesOtherSidesThanItsFileSays) {
+TEST_F(OpenCvNetworkTest, TheDetectorTakesOtherInputSizesThanItsFileDeclares) {
     const auto file = OnnxFile::read(folder / "face_detection_yunet_2023mar.onnx");
     ASSERT_TRUE(file);
     auto network = OpenCvNetwork::load(*file);

@@ -17,7 +17,7 @@ constexpr RectangleRequest request{.minimumConfidence = 0.6,
 
 using Shape = std::vector<Point>;
 
-/// The shape's corners go round clockwise as seen.
+/// Corners are in clockwise order.
 bool isInside(const Shape& shape, double x, double y) {
     for (std::size_t i = 0; i < shape.size(); ++i) {
         const Point& a = shape[i];
@@ -27,7 +27,7 @@ bool isInside(const Shape& shape, double x, double y) {
     return true;
 }
 
-/// A wall with one shape before another.
+/// A wall with one shape in front of another.
 Bitmap scene(const Shape& back, const Shape& front = {}) {
     std::vector<std::uint8_t> bytes;
     for (int y = 0; y < 480; ++y) {
@@ -73,7 +73,7 @@ TEST(RectangleFinder, findsDevicesInPerspective) {
     EXPECT_TRUE(findRectangles(scene(cases[0].shape), none)->empty());
 }
 
-TEST(RectangleFinder, findsWhatHandsHoldAndThePictureCutsOff) {
+TEST(RectangleFinder, findsHandHeldAndCutOffDevices) {
     const Shape whole{{200, 60}, {420, 60}, {420, 420}, {200, 420}};
     const Shape cut{{200, 100}, {440, 100}, {440, 500}, {200, 500}};
     const auto held = findRectangles(scene(whole, oval({420, 330}, 40, 60)), request);
@@ -90,10 +90,10 @@ TEST(RectangleFinder, findsWhatHandsHoldAndThePictureCutsOff) {
     EXPECT_EQ(findRectangles(scene(phone, oval({410, 480}, 30, 50)), request)->size(), 1U)
         << "a thumb at the picture's edge";
     EXPECT_TRUE(findRectangles(scene(sheet, oval({480, 480}, 30, 50)), request)->empty())
-        << "an arm before a door's side, as likely";
+        << "could as well be an arm in front of a door";
 }
 
-TEST(RectangleFinder, leavesOutWhatIsNoDevice) {
+TEST(RectangleFinder, ignoresOtherRectangles) {
     struct Case {
         const char* what;
         Shape shape;
@@ -109,17 +109,17 @@ TEST(RectangleFinder, leavesOutWhatIsNoDevice) {
         EXPECT_TRUE(findRectangles(scene(c.shape), request)->empty()) << c.what;
     const Shape window{{200, 60}, {440, 60}, {440, 400}, {200, 400}};
     EXPECT_TRUE(findRectangles(scene(window, oval({320, 470}, 200, 160)), request)->empty())
-        << "somebody in front of a window";
+        << "a person in front of a window";
     const Shape door{{200, 60}, {440, 60}, {440, 500}, {200, 500}};
     EXPECT_TRUE(findRectangles(scene(door, oval({320, 540}, 200, 110)), request)->empty())
-        << "shoulders that hide no more than a door's foot";
+        << "shoulders that hide only the foot of a door";
     const Shape picture{{220, 60}, {420, 60}, {420, 300}, {220, 300}};
     const Shape body{{275, 140}, {365, 140}, {365, 480}, {275, 480}};
     EXPECT_TRUE(findRectangles(scene(picture, body), request)->empty())
-        << "somebody in front of a picture";
+        << "a person in front of a picture";
 }
 
-TEST(RectangleFinder, prefersWhatItSeesAllRound) {
+TEST(RectangleFinder, prefersFullOutlines) {
     const Shape tablet{{220, 100}, {420, 100}, {420, 400}, {220, 400}};
     const Shape door{{120, 30}, {520, 30}, {520, 500}, {120, 500}};
     const auto found = findRectangles(scene(door, tablet), request);

@@ -7,7 +7,7 @@
 namespace marrowby {
 namespace {
 
-TEST(ClientPrograms, knowsAnEventLoopThatHasBegunFromOneThatIsOnlyPrepared) {
+TEST(ClientPrograms, distinguishesARunningEventLoopFromAPreparedOne) {
     const int queue = ::epoll_create1(EPOLL_CLOEXEC);
     ASSERT_GE(queue, 0);
     EXPECT_FALSE(ClientPrograms::isInEventLoop(::getpid()));

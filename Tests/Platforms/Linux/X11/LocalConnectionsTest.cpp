@@ -26,7 +26,7 @@ sockaddr_un at(const std::string& path) {
     return address;
 }
 
-TEST(LocalConnections, tellsWhoHoldsOneAloneAndWhatWasNotRead) {
+TEST(LocalConnections, findsSoleHoldersAndUnreadBytes) {
     const TemporaryFolder folder;
     const auto address = at((folder.path() / "socket").string());
     const auto* const generic = reinterpret_cast<const sockaddr*>(&address);
@@ -51,13 +51,13 @@ TEST(LocalConnections, tellsWhoHoldsOneAloneAndWhatWasNotRead) {
         ::pause();
         ::_exit(0);
     }
-    EXPECT_THAT(soleHolders(client), Not(Contains(::getpid()))) << "its child has it too";
+    EXPECT_THAT(soleHolders(client), Not(Contains(::getpid()))) << "its child holds it as well";
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
     EXPECT_THAT(soleHolders(client), Contains(::getpid()));
     for (const int socket : {serving, client, server})
         ::close(socket);
-    EXPECT_TRUE(soleHolders(client).empty()) << "no socket any more";
+    EXPECT_TRUE(soleHolders(client).empty()) << "closed";
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ LockerFacts lockedBy(const ClientProgram& receiver) {
             .receiver = receiver};
 }
 
-TEST(LockerIdentity, typesIntoKnownLockersThatHoldTheKeyboardAndCoverTheScreen) {
+TEST(LockerIdentity, acceptsKnownLockersThatHoldTheKeyboardAndCoverTheScreen) {
     const ClientProgram i3lock = program("/usr/bin/i3lock");
     const auto with = [](LockerFacts facts, auto change) {
         change(facts);
@@ -126,7 +126,7 @@ TEST(LockerIdentity, followsALockerIntoTheBackground) {
     }
 }
 
-TEST(LockerIdentity, takesTheOwnersWordForALockerButForNoInterpreterAndNoFileOfTheUsers) {
+TEST(LockerIdentity, acceptsConfirmedLockersExceptInterpretersAndUserFiles) {
     const std::vector<std::string> vouched{"/opt/lock/mylock", "/usr/bin/perl", "/srv/a/lock"};
     EXPECT_TRUE(lockeridentity::judge(lockedBy(program("/opt/lock/mylock")), vouched));
     EXPECT_FALSE(lockeridentity::judge(lockedBy(program("/opt/lock/other")), vouched));
@@ -136,7 +136,7 @@ TEST(LockerIdentity, takesTheOwnersWordForALockerButForNoInterpreterAndNoFileOfT
     EXPECT_FALSE(lockeridentity::judge(lockedBy(users), vouched));
 }
 
-TEST(LockerIdentity, knowsInterpretersByNameAndVersion) {
+TEST(LockerIdentity, recognisesInterpretersByNameAndVersion) {
     for (const char* path :
          {"/usr/bin/python3.11", "/usr/bin/bash", "/bin/sh", "/usr/bin/perl", "/usr/bin/perl5.36.0",
           "/usr/bin/gjs-console", "/usr/bin/node", "/usr/lib/x86_64-linux-gnu/ld-linux-x86-64.so.2",
@@ -147,7 +147,7 @@ TEST(LockerIdentity, knowsInterpretersByNameAndVersion) {
         EXPECT_FALSE(lockeridentity::isInterpreter(path)) << path;
 }
 
-TEST(LockerIdentity, showsNoControlCharactersOfAFilesName) {
+TEST(LockerIdentity, replacesControlCharactersInPaths) {
     const std::string text =
         description({.fact = Fact::programIsUnknown, .path = "/srv/a\n\x1B[2J"});
     EXPECT_EQ(text, "“/srv/a??[2J”, which holds the keyboard, isn’t a known screen locker");

@@ -17,7 +17,7 @@ Window shown(const char* instanceName, const char* className, const Rect& frame 
     return {instanceName, className, true, true, frame};
 }
 
-TEST(LockerWindows, tellsWhoHoldsTheScreen) {
+TEST(LockerWindows, findsTheLockHolder) {
     const Window i3lock = shown("i3lock", "i3lock");
     Window managed = i3lock;
     managed.overrideRedirect = false;

@@ -14,7 +14,7 @@ LockerWindows::Window shown(const char* name, const Rect& frame = whole) {
     return {name, name, true, true, frame};
 }
 
-TEST(PanelPlacement, keepsOffTheOverlayWindowUnlessItIsI3locks) {
+TEST(PanelPlacement, usesTheOverlayWindowOnlyAboveI3lock) {
     using enum PanelPlacement;
     const struct {
         const char* what;

@@ -15,7 +15,7 @@ namespace {
 constexpr LockState unlockedHere{.isScreenLocked = false, .isOnConsole = true};
 constexpr LockState lockedHere{.isScreenLocked = true, .isOnConsole = true};
 
-/// What no real locker does on demand.
+/// Cases that no real locker produces on demand.
 struct X11SessionTest : testing::Test {
     QtLoop loop;
     std::unique_ptr<PrivateDisplay> display = PrivateDisplay::start();
@@ -37,12 +37,12 @@ struct X11SessionTest : testing::Test {
     [[nodiscard]] std::unique_ptr<SpaceKeys::Listening> listen() {
         return keys->listen([this](const auto&) { ++spaces; });
     }
-    [[nodiscard]] bool hears(std::size_t count) {
+    [[nodiscard]] bool awaitChanges(std::size_t count) {
         return loop.runUntil([&] { return changes >= count; });
     }
 };
 
-TEST_F(X11SessionTest, announcesAWindowThatTakesAndLeavesTheScreenAndNoOther) {
+TEST_F(X11SessionTest, reportsOnlyLockersThatCoverOrLeaveTheScreen) {
     const LockerWindow managed(*display, "i3lock", LockerWindow::Management::byWindowManager);
     managed.map();
     const LockerWindow saver(*display, "xscreensaver");
@@ -52,19 +52,19 @@ TEST_F(X11SessionTest, announcesAWindowThatTakesAndLeavesTheScreenAndNoOther) {
     {
         const LockerWindow locker(*display, "i3lock");
         locker.map();
-        ASSERT_TRUE(hears(1));
+        ASSERT_TRUE(awaitChanges(1));
         EXPECT_EQ(lock->state(), lockedHere);
         locker.unmap();
-        ASSERT_TRUE(hears(2));
+        ASSERT_TRUE(awaitChanges(2));
         EXPECT_EQ(lock->state(), unlockedHere);
 
         locker.resize(320, 200);
         locker.map();
         const xcb_screen_t& screen = display->connection().screen();
         locker.resize(screen.width_in_pixels, screen.height_in_pixels);
-        ASSERT_TRUE(hears(3));
+        ASSERT_TRUE(awaitChanges(3));
     }
-    ASSERT_TRUE(hears(4));
+    ASSERT_TRUE(awaitChanges(4));
     EXPECT_EQ(lock->state(), unlockedHere);
     EXPECT_EQ(changes, 4U);
 }
@@ -76,20 +76,20 @@ TEST_F(X11SessionTest, isOffTheConsoleWhileItsTerminalIs) {
     }
 }
 
-TEST_F(X11SessionTest, followsTheLayoutToTheSpaceKey) {
+TEST_F(X11SessionTest, followsTheSpaceKeyThroughLayoutChanges) {
     const auto listening = listen();
     ASSERT_TRUE(listening);
     constexpr std::uint8_t unusedKeycode = 200;
     display->mapKey(unusedKeycode, XKB_KEY_space);
     display->mapKey(65, XKB_KEY_x);
-    // Its first key may come before the new layout is read.
+    // The first key may arrive before the new layout is read.
     ASSERT_TRUE(loop.runUntil([&] {
         display->tap(XKB_KEY_space);
         return spaces > 0;
     }));
 }
 
-TEST_F(X11SessionTest, mayStopListeningFromItsOwnReport) {
+TEST_F(X11SessionTest, mayStopListeningInItsCallback) {
     std::unique_ptr<SpaceKeys::Listening> brief;
     int calls = 0;
     brief = keys->listen([&](const auto&) {

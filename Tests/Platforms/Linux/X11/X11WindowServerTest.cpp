@@ -42,7 +42,7 @@ struct X11WindowServerTest : testing::Test {
     }
 };
 
-TEST_F(X11WindowServerTest, aPanelSurvivesItsDisplayAndIsBackOnTheNext) {
+TEST_F(X11WindowServerTest, aPanelSurvivesItsDisplayAndReturnsOnTheNext) {
     const auto content = std::make_shared<PanelContent>();
     const auto panel = server->makePanel({}, place, content);
     ASSERT_TRUE(panel);
@@ -70,7 +70,7 @@ TEST_F(X11WindowServerTest, aPanelSurvivesItsDisplayAndIsBackOnTheNext) {
     EXPECT_TRUE(becomes(110, 20, 0));
 }
 
-TEST_F(X11WindowServerTest, tellsThePointersPlaceInPoints) {
+TEST_F(X11WindowServerTest, reportsThePointersPositionInPoints) {
     EXPECT_EQ(server->mainScreen()->frame, (Rect{.x = 0, .y = 0, .width = 640, .height = 480}));
     constexpr std::string_view resources = "Xcursor.size:\t24\nXft.dpi:\t192\n";
     const XcbConnection& connection = display->connection();

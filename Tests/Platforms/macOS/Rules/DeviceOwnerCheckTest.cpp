@@ -16,7 +16,7 @@ OwnerCheck::Result confirm(FakeOwnerAuthentication& owner) {
     return outcome.value();
 }
 
-TEST(DeviceOwnerCheck, tellsCancelledFromFailed) {
+TEST(DeviceOwnerCheck, distinguishesCancelledFromFailed) {
     const OwnerCheck::Result cancelled =
         std::unexpected(OwnerCheckError(OwnerCheckError::Cancelled{}));
     const OwnerCheck::Result failed = std::unexpected(OwnerCheckFailure{"as the system says it"});
@@ -40,13 +40,13 @@ TEST(DeviceOwnerCheck, tellsCancelledFromFailed) {
         owner.answer = reply;
         EXPECT_EQ(confirm(owner), expected) << reply.has_value();
     }
-    EXPECT_EQ(owner.contexts, std::size(cases)) << "a fresh one each time";
+    EXPECT_EQ(owner.contexts, std::size(cases)) << "a new context each time";
     EXPECT_EQ(owner.prompts.back().policy, 2);
     owner.answer = true;
     EXPECT_TRUE(confirm(owner));
 }
 
-TEST(DeviceOwnerCheck, saysWhyItCannotAsk) {
+TEST(DeviceOwnerCheck, reportsWhyItCannotAsk) {
     FakeOwnerAuthentication owner;
     owner.answer = true;
     owner.unavailable =

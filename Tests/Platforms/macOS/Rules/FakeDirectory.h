@@ -9,12 +9,12 @@
 
 namespace marrowby {
 
-/// One user's record, whose verdict the test chooses, and faults on the way to it.
+/// A directory with one user's record; the test chooses the result and the faults.
 class FakeDirectory final : public Directory {
   public:
     std::optional<DirectoryError> nodeFault;
     std::optional<DirectoryError> recordFault;
-    /// Nothing where the password is right.
+    /// Empty: the password is right.
     std::optional<DirectoryError> verdict;
     std::vector<std::string> asked;
 
@@ -27,7 +27,7 @@ class FakeDirectory final : public Directory {
     }
 
   private:
-    /// The node and the record in it.
+    /// The node and its record.
     class Entry final : public Node, public Record {
       public:
         explicit Entry(FakeDirectory& owner) : owner_(owner) {}

@@ -9,11 +9,11 @@
 
 namespace marrowby {
 
-/// Keyboards that can be unopenable, and be typed on. One listens at a time.
+/// Keyboards that type what the test says, or cannot be opened. One listener at a time.
 class FakeKeyboardDevices final : public KeyboardDevices {
   public:
     bool opens = true;
-    /// What open() was asked for, refused ones included.
+    /// Arguments of all open() calls, also of refused ones.
     std::vector<Match> attempts;
 
     [[nodiscard]] bool hasListenAccess() const override { return true; }

@@ -12,15 +12,15 @@
 
 namespace marrowby {
 
-/// A keychain of generic passwords that remembers what it was asked. One thread at a time.
+/// A keychain of generic passwords that records its calls. One thread at a time.
 class FakeKeychain final : public Keychain {
   public:
     using Bytes = std::vector<std::uint8_t>;
     enum class Operation { copyMatching, update, add, remove };
 
-    /// Operations that fail, and how.
+    /// Failing operations and their statuses.
     std::map<Operation, KeychainStatus> failing;
-    /// Succeeds without the data that was asked for.
+    /// Succeeds without the requested data.
     bool withholdsData = false;
 
     [[nodiscard]] KeychainMatch copyMatching(const KeychainQuery& query) override {
@@ -84,7 +84,7 @@ class FakeKeychain final : public Keychain {
             std::get<std::span<const std::uint8_t>>(attributes.at(KeychainAttribute::valueData));
         return {data.begin(), data.end()};
     }
-    /// The fault that the test wants, if any.
+    /// Records the call; returns the test's status for it, if any.
     std::optional<KeychainStatus> record(Operation operation) {
         calls_.push_back(operation);
         const auto found = failing.find(operation);

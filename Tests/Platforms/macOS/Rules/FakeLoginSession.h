@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// A login session that says what the test chooses. One thread.
+/// A login session with the test's values. One thread.
 class FakeLoginSession final : public LoginSession {
   public:
     [[nodiscard]] std::optional<SessionDictionary> copyCurrentDictionary() const override {

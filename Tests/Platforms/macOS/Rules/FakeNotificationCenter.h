@@ -14,8 +14,8 @@
 
 namespace marrowby {
 
-/// A notification centre. Without a main thread a post calls the handlers at once, on the poster's
-/// thread; with one it does so on its next turn.
+/// A notification centre. Without a main thread a post calls the handlers at once on the poster's
+/// thread, else on the main thread's next turn.
 class FakeNotificationCenter final : public NotificationCenter {
   public:
     explicit FakeNotificationCenter(MainThread* mainThread = nullptr) : mainThread_(mainThread) {}
@@ -33,7 +33,7 @@ class FakeNotificationCenter final : public NotificationCenter {
         });
     }
 
-    /// The names observed, in alphabetical order, one entry per registration.
+    /// Observed names in alphabetical order, one per registration.
     [[nodiscard]] std::vector<std::string> observedNames() const {
         std::vector<std::string> names;
         for (const auto& [token, observer] : observers_->byToken)
@@ -52,7 +52,7 @@ class FakeNotificationCenter final : public NotificationCenter {
         std::uint64_t lastToken = 0;
 
         void deliver(const std::string& name) const {
-            // Handlers may add and remove observers.
+            // Copy: handlers may add and remove observers.
             const auto now = byToken;
             for (const auto& [token, observer] : now) {
                 if (observer.name == name && byToken.contains(token)) observer.handler();

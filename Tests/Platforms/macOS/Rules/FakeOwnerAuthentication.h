@@ -14,21 +14,21 @@
 
 namespace marrowby {
 
-/// An owner who waits for the test, or answers every prompt at once. Main thread, except for the
-/// replies.
+/// An authentication that waits for the test, or answers every prompt at once. Main thread, except
+/// for the replies.
 class FakeOwnerAuthentication final : public OwnerAuthentication {
   public:
     using Reply = std::expected<bool, OwnerAuthenticationError>;
     struct Prompt {
         std::int64_t policy = 0;
         std::string reason;
-        /// Calls back; may be called again, or on another thread.
+        /// May be called repeatedly, and on another thread.
         std::function<void(Reply)> reply;
     };
 
-    /// Why the owner can't be asked.
+    /// Error of canEvaluate, if any.
     std::optional<OwnerAuthenticationError> unavailable;
-    /// What every prompt gives at once.
+    /// Immediate answer to every prompt.
     std::optional<Reply> answer;
     std::vector<Prompt> prompts;
     std::size_t contexts = 0;
@@ -50,7 +50,7 @@ class FakeOwnerAuthentication final : public OwnerAuthentication {
         void evaluate(std::int64_t policy, const std::string& reason,
                       std::function<void(Reply)> reply) override {
             owner_.prompts.push_back({policy, reason, std::move(reply)});
-            // A copy: the reply may ask again.
+            // Copy: the reply may prompt again.
             const Prompt prompt = owner_.prompts.back();
             if (owner_.answer) prompt.reply(*owner_.answer);
         }

@@ -37,7 +37,7 @@ struct LockMonitorTest : testing::Test {
     }
 };
 
-TEST_F(LockMonitorTest, tellsWhatEachNotificationMeans) {
+TEST_F(LockMonitorTest, mapsEachNotificationToItsEvent) {
     const struct {
         FakeNotificationCenter& center;
         const char* name;
@@ -62,7 +62,7 @@ TEST_F(LockMonitorTest, tellsWhatEachNotificationMeans) {
     }
 }
 
-TEST_F(LockMonitorTest, registersOncePerStartAndLeavesNothingBehind) {
+TEST_F(LockMonitorTest, registersOncePerStartAndUnregistersAll) {
     for (int round = 0; round < 2; ++round) {
         monitor->start();
         monitor->start();
@@ -84,7 +84,7 @@ TEST_F(LockMonitorTest, isSilentOnceDestroyed) {
     EXPECT_THAT(events, IsEmpty());
 }
 
-TEST_F(LockMonitorTest, mayBeDestroyedByItsOwnReport) {
+TEST_F(LockMonitorTest, mayBeDestroyedInItsCallback) {
     monitor->start();
     monitor->onEvent = [this](LockEvent) { monitor.reset(); };
     post(distributed, "com.apple.screenIsLocked");

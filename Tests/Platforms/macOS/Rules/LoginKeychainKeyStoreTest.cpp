@@ -29,7 +29,7 @@ struct Bench {
     LoginKeychainKeyStore store{keychain, "some.service", "vault-key"};
 };
 
-TEST(LoginKeychainKeyStore, keepsOneKeyThatIsReplacedInItsPlace) {
+TEST(LoginKeychainKeyStore, keepsOneKeyAndUpdatesItInPlace) {
     Bench bench;
     EXPECT_FALSE(bench.store.hasKey());
     EXPECT_TRUE(bench.store.saveKey(bytesOf("older")));
@@ -47,7 +47,7 @@ TEST(LoginKeychainKeyStore, keepsOneKeyThatIsReplacedInItsPlace) {
                      Operation::copyMatching, Operation::copyMatching, Operation::remove}));
 }
 
-TEST(LoginKeychainKeyStore, tellsMissingFromFailed) {
+TEST(LoginKeychainKeyStore, distinguishesMissingFromFailed) {
     Bench bench;
     const auto missing = bench.store.loadKey();
     EXPECT_TRUE(missing && !*missing);

@@ -5,7 +5,7 @@
 namespace marrowby {
 namespace {
 
-TEST(LoginWindowKeyboard, isNobodysWhileAnApplicationOfTheUsersIsInFrontOrNoFieldHasTheKeys) {
+TEST(LoginWindowKeyboard, isTheLoginWindowsOnlyWithSecureInputAndNoOtherApplicationInFront) {
     const struct {
         KeyboardFacts facts;
         bool isLoginWindows;

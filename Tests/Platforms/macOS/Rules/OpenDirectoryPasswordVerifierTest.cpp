@@ -15,7 +15,7 @@ std::span<const std::uint8_t> bytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-TEST(OpenDirectoryPasswordVerifier, keepsAWrongPasswordAndAnUnsureDirectoryApart) {
+TEST(OpenDirectoryPasswordVerifier, distinguishesAWrongPasswordFromAFailedCheck) {
     const DirectoryError wrong{"com.apple.OpenDirectory", 5000,
                                "Credentials could not be verified."};
     const DirectoryError away{"com.apple.OpenDirectory", 2100, "The node can’t be reached."};
@@ -48,7 +48,7 @@ TEST(OpenDirectoryPasswordVerifier, keepsAWrongPasswordAndAnUnsureDirectoryApart
     }
 }
 
-TEST(OpenDirectoryPasswordVerifier, asksNobodyAboutWhatIsNoPassword) {
+TEST(OpenDirectoryPasswordVerifier, checksOnlyWellFormedPasswords) {
     FakeDirectory directory;
     OpenDirectoryPasswordVerifier verifier(directory, "anna");
     for (const char* text : {"", "\xFF"}) {

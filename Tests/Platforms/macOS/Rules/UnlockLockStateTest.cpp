@@ -37,7 +37,7 @@ TEST(UnlockLockState, readsTheSessionDictionary) {
     }
 }
 
-TEST(UnlockLockState, saysNeitherNamesNorNumbers) {
+TEST(UnlockLockState, describesBooleansOnly) {
     EXPECT_EQ(UnlockLockState::inWords(std::nullopt), std::nullopt);
     EXPECT_EQ(
         UnlockLockState::inWords(SessionDictionary{{sessionkey::onConsole, true},

@@ -1,4 +1,4 @@
-// What the adapter calls of the HID manager.
+// Declares what the adapter uses of the HID manager.
 #pragma once
 #import <IOKit/IOKitLib.h>
 

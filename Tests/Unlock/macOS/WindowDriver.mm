@@ -1,4 +1,4 @@
-#import "Tests/Unlock/macOS/Seat.h"
+#import "Tests/Unlock/macOS/WindowDriver.h"
 
 #import "Platforms/macOS/FoundationText.h"
 
@@ -10,7 +10,7 @@ namespace marrowby {
 
 namespace {
 
-/// Those of the application are their own delegates.
+/// The application's windows are their own delegates.
 bool isPage(NSWindow* window) {
     return window.delegate == static_cast<id>(window);
 }
@@ -41,33 +41,33 @@ void serve(NSTimeInterval seconds) {
 
 }  // namespace
 
-Seat::Seat() {
+WindowDriver::WindowDriver() {
     @autoreleasepool {
         [NSApplication sharedApplication];
         [NSApp finishLaunching];
     }
 }
 
-bool Seat::waitUntil(const std::function<bool()>& isSo) {
+bool WindowDriver::waitUntil(const std::function<bool()>& condition) {
     NSDate* const deadline = [NSDate dateWithTimeIntervalSinceNow:60];
-    while (!isSo()) {
+    while (!condition()) {
         if (deadline.timeIntervalSinceNow < 0) return false;
         serve(0.01);
     }
     return true;
 }
 
-void Seat::settle() {
-    // What is posted now comes after all that was posted before.
-    const auto isThrough = std::make_shared<bool>(false);
+void WindowDriver::settle() {
+    // Runs after everything posted before.
+    const auto hasRun = std::make_shared<bool>(false);
     dispatch_async(dispatch_get_main_queue(), ^{
-      *isThrough = true;
+      *hasRun = true;
     });
-    (void)waitUntil([&] { return *isThrough; });
+    (void)waitUntil([&] { return *hasRun; });
     serve(0);
 }
 
-NSWindow* Seat::window() {
+NSWindow* WindowDriver::window() {
     @autoreleasepool {
         for (NSWindow* window in NSApp.windows)
             if (isPage(window) && window.isVisible) return window;
@@ -75,7 +75,7 @@ NSWindow* Seat::window() {
     }
 }
 
-std::size_t Seat::windowCount() {
+std::size_t WindowDriver::windowCount() {
     @autoreleasepool {
         std::size_t count = 0;
         for (NSWindow* window in NSApp.windows)
@@ -84,7 +84,7 @@ std::size_t Seat::windowCount() {
     }
 }
 
-NSArray<NSControl*>* Seat::controls() {
+NSArray<NSControl*>* WindowDriver::controls() {
     @autoreleasepool {
         NSMutableArray<NSControl*>* const found = [[NSMutableArray alloc] init];
         if (NSWindow* const front = window()) collect(front.contentView, found);
@@ -92,7 +92,7 @@ NSArray<NSControl*>* Seat::controls() {
     }
 }
 
-NSControl* Seat::control(Class kind, NSString* title) {
+NSControl* WindowDriver::control(Class kind, NSString* title) {
     @autoreleasepool {
         for (NSControl* control in controls()) {
             if (![control isKindOfClass:kind]) continue;
@@ -103,7 +103,7 @@ NSControl* Seat::control(Class kind, NSString* title) {
     }
 }
 
-void Seat::work(NSControl* control, NSString* text) {
+void WindowDriver::operate(NSControl* control, NSString* text) {
     @autoreleasepool {
         if ([control isKindOfClass:NSTextField.class]) {
             NSTextField* const field = static_cast<NSTextField*>(control);
@@ -129,21 +129,21 @@ void Seat::work(NSControl* control, NSString* text) {
     settle();
 }
 
-bool Seat::press(NSString* title) {
+bool WindowDriver::press(NSString* title) {
     NSControl* const button = control(NSButton.class, title);
     if (!button || !button.isEnabled) return false;
-    work(button);
+    operate(button);
     return true;
 }
 
-void Seat::closeWindow() {
+void WindowDriver::closeWindow() {
     @autoreleasepool {
         [window() performClose:nil];
     }
     settle();
 }
 
-void Seat::takePicture(NSWindow* window, const std::string& name) {
+void WindowDriver::takePicture(NSWindow* window, const std::string& name) {
     const char* const folder = std::getenv("MARROWBY_PICTURES");
     if (!folder || !window) return;
     @autoreleasepool {

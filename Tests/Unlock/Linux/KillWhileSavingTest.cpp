@@ -17,9 +17,9 @@ namespace {
 using testing::AnyOf;
 
 /// An application on a real disk, and what it saved last.
-class SuddenDeathTest : public testing::Test, protected FakeComputer {
+class KillWhileSavingTest : public testing::Test, protected FakeComputer {
   protected:
-    SuddenDeathTest() {
+    KillWhileSavingTest() {
         disk = &realFiles;
         store = &realSettings;
     }
@@ -35,7 +35,7 @@ class SuddenDeathTest : public testing::Test, protected FakeComputer {
     [[nodiscard]] static std::int64_t secondsOf(std::int64_t round) {
         return UnlockSettings::scanSecondsChoices[static_cast<std::size_t>(round % 4)];
     }
-    /// As another application with the key would find it.
+    /// Read through another vault with the same key.
     [[nodiscard]] std::string savedPassword() {
         Vault vault(
             keyStore, owner, [] { return true; },
@@ -59,11 +59,11 @@ class SuddenDeathTest : public testing::Test, protected FakeComputer {
         settle();
         ASSERT_TRUE(isSaved);
     }
-    /// Saves one thing after the other, and tells of each; never returns.
-    [[noreturn]] void saveForever(int told) {
+    /// Saves forever, and reports each save.
+    [[noreturn]] void saveForever(int reports) {
         JsonDefaultsStore own(realFiles, folder.path() / "settings.json");
         store = &own;
-        // Secret pages don’t come along into a child.
+        // Secret pages are not inherited by a child process.
         UnlockModel model(platform(), realResources(), UnlockModel::Callbacks{});
         model.openVault([](const auto&) {});
         settle();
@@ -75,7 +75,7 @@ class SuddenDeathTest : public testing::Test, protected FakeComputer {
             UnlockSettings changed = model.settings();
             changed.scanSeconds = secondsOf(round);
             model.apply(changed);
-            if (::write(told, &round, sizeof round) != sizeof round) std::abort();
+            if (::write(reports, &round, sizeof round) != sizeof round) std::abort();
         }
     }
 
@@ -84,7 +84,7 @@ class SuddenDeathTest : public testing::Test, protected FakeComputer {
     JsonDefaultsStore realSettings{realFiles, folder.path() / "settings.json"};
 };
 
-TEST_F(SuddenDeathTest, losesNothingThatWasSaved) {
+TEST_F(KillWhileSavingTest, losesNoSavedData) {
     auto model =
         std::make_unique<UnlockModel>(platform(), realResources(), UnlockModel::Callbacks{});
     model->captureLook([](const auto&) {});
@@ -96,39 +96,39 @@ TEST_F(SuddenDeathTest, losesNothingThatWasSaved) {
     model.reset();
 
     std::mt19937 chance(4711);
-    for (int death = 0; death < 100; ++death) {
-        int told[2];
-        ASSERT_EQ(::pipe(told), 0);
+    for (int kill = 0; kill < 100; ++kill) {
+        int pipe[2]{};
+        ASSERT_EQ(::pipe(pipe), 0);
         const pid_t child = ::fork();
-        if (child == 0) saveForever(told[1]);
-        ::close(told[1]);
+        if (child == 0) saveForever(pipe[1]);
+        ::close(pipe[1]);
         std::int64_t last = -1;
-        for (auto reports = chance() % 4; reports > 0; --reports)
-            ASSERT_EQ(::read(told[0], &last, sizeof last), ssize_t{sizeof last});
-        // Some way into the next round.
+        for (auto rounds = chance() % 4; rounds > 0; --rounds)
+            ASSERT_EQ(::read(pipe[0], &last, sizeof last), ssize_t{sizeof last});
+        // A random time into the next round.
         for (auto turns = chance() % 2000; turns > 0; --turns)
             (void)::getppid();
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
-        while (::read(told[0], &last, sizeof last) == ssize_t{sizeof last}) {
+        while (::read(pipe[0], &last, sizeof last) == ssize_t{sizeof last}) {
         }
-        ::close(told[0]);
+        ::close(pipe[0]);
 
         JsonDefaultsStore found(realFiles, folder.path() / "settings.json");
         store = &found;
-        UnlockModel survivor(platform(), realResources(), UnlockModel::Callbacks{});
+        UnlockModel restarted(platform(), realResources(), UnlockModel::Callbacks{});
         bool isOpen = false;
-        survivor.openVault([&](const auto& outcome) { isOpen = outcome.has_value(); });
+        restarted.openVault([&](const auto& outcome) { isOpen = outcome.has_value(); });
         settle();
-        ASSERT_TRUE(isOpen) << survivor.state().problem.value_or("");
-        ASSERT_EQ(survivor.state().identities.size(), 1U);
-        ASSERT_EQ(survivor.state().identities.front().samples.size(), 18U);
+        ASSERT_TRUE(isOpen) << restarted.state().problem.value_or("");
+        ASSERT_EQ(restarted.state().identities.size(), 1U);
+        ASSERT_EQ(restarted.state().identities.front().samples.size(), 18U);
         ASSERT_THAT(savedPassword(), AnyOf(nameOf(last), nameOf(last + 1)));
         if (last >= 0) {
-            ASSERT_THAT(survivor.settings().scanSeconds,
+            ASSERT_THAT(restarted.settings().scanSeconds,
                         AnyOf(secondsOf(last), secondsOf(last + 1)));
         }
-        save(survivor, "secret");
+        save(restarted, "secret");
     }
 }
 
