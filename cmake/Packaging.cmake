@@ -1,5 +1,5 @@
-# The Debian package. Some files have one place only, whatever the prefix, so everything is installed below a
-# folder of CPack's own (DESTDIR).
+# The Debian package. Some files have a fixed path outside the prefix, so everything is installed below a folder of
+# CPack's (DESTDIR).
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME marrowby-unlock)
 set(CPACK_PACKAGE_CONTACT "Marrowby Unlock developers <unlock@example.invalid>")
@@ -15,7 +15,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Asked over a bus: who confirms the owner, where the key lies. What draws the icon, and what prepares networks.
+# Used over D-Bus: polkit and the keyring. Also: draws the icon, prepares models.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "polkitd, gnome-keyring, libqt6svg6, python3-onnx, python3-numpy")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS qt6-wayland)
 file(WRITE ${PROJECT_BINARY_DIR}/conffiles "/etc/pam.d/marrowby-unlock\n")

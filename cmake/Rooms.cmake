@@ -1,5 +1,5 @@
-# A room is one folder of the house: a static library of all sources in it, which may include only the
-# rooms it names. A test room is one executable, run test by test.
+# A room is one folder: a static library of all its sources, which may include only the rooms it names. A test room is
+# one executable, run test by test.
 
 add_library(marrowby_options INTERFACE)
 target_include_directories(marrowby_options INTERFACE ${PROJECT_SOURCE_DIR})
@@ -7,12 +7,12 @@ target_compile_options(marrowby_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
     -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough -Wswitch-enum
     -fstack-protector-strong
-    # Frames are compared pixel for pixel across compilers: no fused multiply-add behind our back.
+    # Frames are compared pixel for pixel across compilers, so no fused multiply-add.
     -ffp-contract=off
-    # A Mac's compiler and headers are newer than those that were tried: their warnings are read, not obeyed.
+    # A Mac's compiler and headers are newer than the tested ones: warnings are not errors there.
     $<$<NOT:$<PLATFORM_ID:Darwin>>:-Werror>
     $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety>
-    # g++ 12 warns of an overlap in std::string's own operator+ (GCC bug 105651).
+    # g++ 12 warns of an overlap in std::string's operator+ (GCC bug 105651).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 
 set(MARROWBY_SANITIZE "" CACHE STRING "Sanitizers for everything that is built, e.g. address,undefined")
@@ -39,8 +39,8 @@ function(marrowby_room name)
     endif()
 endfunction()
 
-# marrowby_tests(NAME USES rooms... [FOLDERS folders...] [SERIAL]): all tests of the folder and of those named within it.
-# SERIAL tests own a display or a locker and run alone.
+# marrowby_tests(NAME USES rooms... [FOLDERS folders...] [SERIAL]): the tests of this folder and of the named
+# subfolders. SERIAL tests own a display or a locker and run alone.
 function(marrowby_tests name)
     cmake_parse_arguments(ROOM "SERIAL" "" "USES;FOLDERS" ${ARGN})
     set(patterns *.cpp *.mm)

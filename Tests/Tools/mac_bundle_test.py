@@ -1,4 +1,4 @@
-"""What a Mac builds, as far as it is text: property lists, build commands, which sources and tests."""
+"""The Mac's property lists, build commands, sources and tests, checked without a Mac."""
 
 import json
 import pathlib
@@ -12,7 +12,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 RESOURCES = ROOT / "Unlock/macOS/Resources"
 CLANG = "/usr/bin/clang++-19"
-# Stands for Apple's tools, so that CMake believes to be on a Mac.
+# Stand-ins for Apple's tools, so that CMake detects a Mac.
 FAKE_MAC = ["CMAKE_SYSTEM_NAME=Darwin", f"CMAKE_CXX_COMPILER={CLANG}", f"CMAKE_OBJCXX_COMPILER={CLANG}",
             "CMAKE_CXX_COMPILER_WORKS=1", "CMAKE_OBJCXX_COMPILER_WORKS=1", "CMAKE_INSTALL_NAME_TOOL=/bin/true",
             "CMAKE_HAVE_LIBC_PTHREAD=1", "CMAKE_OSX_DEPLOYMENT_TARGET=14.0", "CMAKE_OSX_ARCHITECTURES=arm64",
@@ -71,7 +71,7 @@ class Bundle(unittest.TestCase):
         model = self.folder / "models/SFace.mlmodelc"
         for changes in (model.rmdir, model.mkdir):
             changes()
-            # The build looks again by itself: this is the step that it begins with.
+            # The build reruns this step first by itself.
             output("ninja", "-C", self.folder / "build", "build.ninja")
             commands = output("ninja", "-C", self.folder / "build", "-t", "commands", "MarrowbyUnlock")
             self.assertEqual("Resources/SFace.mlmodelc" in commands, model.is_dir())

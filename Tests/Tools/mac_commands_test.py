@@ -1,4 +1,4 @@
-"""./run and ./test as a Mac calls them, with stand-ins for what it brings and for Homebrew's tools."""
+"""./run and ./test as on a Mac, with stand-ins for its tools and Homebrew's."""
 
 import os
 import pathlib
@@ -10,11 +10,11 @@ import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 COMMANDS = ["run", "test", "bench", "Tools/on-a-mac", "Tools/build", "Tools/ensure-packages", "Tools/packages.txt"]
-# Of what both systems have; no GNU tool that macOS lacks.
+# Tools of both systems, without GNU tools that macOS lacks.
 SHARED = ["bash", "env", "dirname", "mkdir", "cat", "rm", "touch", "awk", "grep"]
 APP = "build/macos/Unlock/macOS/Marrowby Unlock.app"
 ALL = ["cmake", "ninja", "openssl@3", "nlohmann-json", "googletest"]
-# What is newer than the bash 3.2 of macOS.
+# Newer than the bash 3.2 of macOS.
 NEW_BASH = re.compile(r"\b(mapfile|readarray|coproc)\b|declare -A|local -n|wait -n|\[ -v |\|&|&>>|\$\{\w+(,,?|\^\^?|@\w)\}")
 
 CONFIGURE, TEST = "cmake --preset macos", "ctest --preset macos --parallel 2 --progress"
@@ -27,7 +27,7 @@ def build(target):
 
 class MacCommands(unittest.TestCase):
     def play(self, command, state):
-        """The exit status, what was said, and which of the stand-ins were called for their work."""
+        """The exit status, the output, and the stand-ins that were called."""
         with tempfile.TemporaryDirectory() as name:
             folder = pathlib.Path(name)
             for path in COMMANDS:

@@ -1,4 +1,4 @@
-"""Reads networks as the Mac’s are made from them and computes what they answer."""
+"""Translates ONNX models as for the Mac and compares the computed outputs."""
 
 import json
 import os
@@ -26,7 +26,7 @@ from modelpack.steps import run, steps  # noqa: E402
 
 
 def published_embedder(side=4, count=128):
-    """Small, with the operations of the published face model, weights among its inputs."""
+    """A small model with the published face model's operations, and weights among its inputs."""
     random = np.random.default_rng(1)
 
     def weight(*shape):
@@ -94,7 +94,7 @@ class PrepareCoreMLTest(unittest.TestCase):
             steps(model)
 
     def test_names_what_to_install_before_it_begins(self):
-        """On a Mac, with packages of the test's own; None stands for one that isn't there."""
+        """Pretends to be a Mac with the given packages; None is a missing one."""
         packages = ["coremltools", "onnx", "PIL", "numpy"]
         libraries = [f"coremltools.{name}" for name in coreml.NATIVE]
         present = {name: types.ModuleType(name) for name in packages + libraries}

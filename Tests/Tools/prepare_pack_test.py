@@ -1,5 +1,5 @@
-"""Prepares packs from what there is to test with: the published finder, made-up files in the published
-formats, and a server on this machine that breaks off."""
+"""Prepares packs from the published finder, synthetic files in the published formats, and a local server that
+drops connections."""
 
 import http.server
 import importlib.machinery
@@ -40,7 +40,7 @@ from modelpack import minifasnet, originals  # noqa: E402
 
 
 class Server(http.server.ThreadingHTTPServer):
-    """Serves one file's bytes, breaking off after so many, and goes on where it is asked to."""
+    """Serves one file's bytes, with ranges; drops the connection after so many."""
 
     def __init__(self, content: bytes, breaks_after: int | None = None):
         super().__init__(("127.0.0.1", 0), Handler)
@@ -99,7 +99,7 @@ class PreparePackTest(unittest.TestCase):
         self.assertEqual([value["name"] for value in entry["inputs"]], ["input"])
         self.assertEqual(len(entry["outputs"]), 12)
 
-        # Something is missing for a whole pack, and then there is none.
+        # A file is missing, so no pack is made.
         done = run(self.folder, "--from", str(SHARED))
         self.assertEqual(done.returncode, 1)
         self.assertIn("SFace: face_recognition_sface_2021dec.onnx isn’t in", done.stderr)
@@ -113,7 +113,7 @@ class PreparePackTest(unittest.TestCase):
                 ranges = server.ranges
         self.assertEqual(ranges, ["bytes=100000-"])
         self.assertEqual((self.folder / originals.FINDER.file).read_bytes(), self.finder)
-        # What is there is not fetched again: the server is gone.
+        # Cached files are not downloaded again: the server is gone.
         self.assertEqual(run(self.folder, "--mirror", server.url, "--only", "finder").returncode, 0)
 
     def test_refuses_and_deletes_what_is_not_the_published_file(self):
@@ -134,7 +134,7 @@ class PreparePackTest(unittest.TestCase):
         graph = helper.make_graph(
             [helper.make_node("Flatten", ["data"], ["flat"]),
              helper.make_node("Gemm", ["flat", "w"], ["fc1"], transB=1)], "g",
-            # As that network's exporter did, with the weights among the inputs.
+            # Like that model's exporter, with weights among the inputs.
             [value("data", [1, 3, 112, 112]), value("w", [128, 37632])], [value("fc1", [1, 128])], [weight])
         source = self.folder / "sface.onnx"
         onnx.save(helper.make_model(graph), str(source))
@@ -149,7 +149,7 @@ class PreparePackTest(unittest.TestCase):
             prepare_pack.make_embedder(made)  # no input named data
 
     def test_fuses_the_real_face_model(self):
-        """Takes the fused network apart into two files in PyTorch's format and fuses them again."""
+        """Splits the merged model into two files in PyTorch's format and merges them again."""
         known = onnx.load(str(SHARED / "MiniFASNet.onnx"))
         paths = [self.folder / "27.pth", self.folder / "40.pth"]
         for path, branch in zip(paths, ("branch27", "branch40")):
@@ -193,7 +193,7 @@ def convolutions(model):
 
 
 def unfused(model, branch):
-    """The branch's weights under PyTorch's names, each normalisation one that only shifts."""
+    """The branch's weights under PyTorch's names, with normalisations that only shift."""
     known, weights = arrays(model), OrderedDict()
 
     def norm(name, shift):
@@ -223,7 +223,7 @@ def unfused(model, branch):
 
 
 def write_weights(path, weights):
-    """As PyTorch wrote them in 2020."""
+    """In PyTorch's file format of 2020."""
     torch, utils = types.ModuleType("torch"), types.ModuleType("torch._utils")
 
     def rebuild(*_):

@@ -1,4 +1,4 @@
-"""The program's own check of its surroundings on a private desktop that has nothing: no bus, keyring or networks."""
+"""The program's self-check on a private desktop without bus, keyring and models."""
 
 import os
 import pathlib

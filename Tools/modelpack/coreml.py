@@ -1,4 +1,4 @@
-"""What the Mac’s networks must look like, and how Core ML’s own tools make them."""
+"""The models that the application expects on a Mac, and their conversion with coremltools."""
 
 import importlib
 import shutil
@@ -10,15 +10,15 @@ from pathlib import Path
 from .originals import Refusal
 
 IDENTIFIER_KEY = "marrowby.model.identifier"
-# A version of coremltools, a version of Python that it is published for, and its libraries: they write weights,
-# write packages, and ask models.
+# A version of coremltools, a Python version that it is published for, and its native libraries: they write weights,
+# write packages, and run models.
 COREMLTOOLS, PYTHON = "9.0", "3.12"
 NATIVE = ["libmilstoragepython", "libmodelpackage", "libcoremlpython"]
 
 
 @dataclass(frozen=True)
 class Image:
-    """An input: fed with 0…255, in this order of channels."""
+    """An image input of values 0…255 in this channel order."""
     name: str
     width: int
     height: int
@@ -33,11 +33,11 @@ class Image:
 
 @dataclass(frozen=True)
 class Contract:
-    """What the application’s loaders ask of one network."""
+    """What the application requires of one model."""
     name: str
     identifier: str
     inputs: list[Image]
-    #: Names, and how many values each has.
+    #: Number of values by name.
     outputs: dict[str, int]
 
     @property
@@ -65,7 +65,7 @@ CONTRACTS = [
 
 
 def check(contract: Contract, model) -> None:
-    """Refuses a network in ONNX’s format that is not the contract’s."""
+    """Raises Refusal if an ONNX model does not match the contract."""
     found = {entry.key: entry.value for entry in model.metadata_props}.get(IDENTIFIER_KEY, "missing")
     if found != contract.identifier:
         raise Refusal(f"{contract.source} says that it is {found}, not {contract.identifier}.")
@@ -82,7 +82,7 @@ def check(contract: Contract, model) -> None:
 
 
 def tools() -> None:
-    """Refuses a machine on which the models can’t be made, and says what to install."""
+    """Raises Refusal, with what to install, if the models can’t be made on this machine."""
     if sys.platform != "darwin":
         raise Refusal("Core ML’s models can be compiled and tried on a Mac only.")
     install = f"python3 -m pip install coremltools=={COREMLTOOLS} onnx pillow numpy"
@@ -91,7 +91,7 @@ def tools() -> None:
             importlib.import_module(name)
         except ImportError as error:
             raise Refusal(f"{error.name} is missing: {install}") from None
-    # For a Python that it has no library for, it installs and is imported without, and fails at the very end.
+    # With another Python version it can be installed and imported without these libraries, and only fails at the end.
     for name in NATIVE:
         try:
             importlib.import_module(f"coremltools.{name}")
@@ -104,20 +104,20 @@ def tools() -> None:
 
 
 def convert(contract: Contract, network: list):
-    """The network as a model of Core ML’s, from its steps."""
+    """Builds a Core ML model from the steps of an ONNX model."""
     import coremltools
     from coremltools.converters.mil import Builder
 
     def body(*images):
         known = dict(zip((image.name for image in contract.inputs), images))
         for place, step in enumerate(network):
-            # Only names that are seen from outside must be the network’s own.
+            # Only the outputs' names matter.
             name = step.result if step.result in contract.outputs else f"step{place}"
             values = {key: known[value] for key, value in step.values.items()}
             known[step.result] = getattr(Builder, step.operation)(**values, **step.constants, name=name)
         return tuple(known[name] for name in contract.outputs)
 
-    # The builder takes the inputs’ names from the function’s parameters.
+    # The builder takes the input names from the function's parameters.
     functions = {("image",): lambda image: body(image),
                  ("crop27", "crop40"): lambda crop27, crop40: body(crop27, crop40)}
     target = coremltools.target.macOS13
@@ -126,7 +126,7 @@ def convert(contract: Contract, network: list):
         opset_version=target)(functions[tuple(image.name for image in contract.inputs)])
     model = coremltools.convert(
         program, convert_to="mlprogram", minimum_deployment_target=target,
-        # What the neural engine computes with.
+        # The Neural Engine's precision.
         compute_precision=coremltools.precision.FLOAT16, compute_units=coremltools.ComputeUnit.ALL,
         inputs=[coremltools.ImageType(name=image.name, shape=image.shape, scale=image.scale,
                                       bias=list(image.bias), channel_first=True,
@@ -137,7 +137,8 @@ def convert(contract: Contract, network: list):
 
 
 def largest_difference(contract: Contract, model, network: list) -> float:
-    """Between what the model and its steps make of a made-up picture. Needs a Mac."""
+    """Compares the model with its steps on a synthetic picture: the largest difference over the largest value. Needs a
+    Mac."""
     import numpy as np
     from PIL import Image as Picture
 

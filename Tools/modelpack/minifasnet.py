@@ -1,4 +1,4 @@
-"""Fuses the two published weight files of MiniFASNet into one network.
+"""Merges the two published weight files of MiniFASNet into one model.
 
 The weights are PyTorch's of 2020 (a pickle of names, then the numbers); reading them needs no PyTorch.
 The network: https://github.com/minivision-ai/Silent-Face-Anti-Spoofing.
@@ -18,7 +18,7 @@ BATCH_NORM_EPSILON = 1e-5
 
 
 class _Names(pickle.Unpickler):
-    """Reads which tensor lies where, and can make nothing but that."""
+    """An unpickler that only builds tensor descriptions, so that a hostile file can run no code."""
 
     def find_class(self, module, name):
         if (module, name) == ("collections", "OrderedDict"):
@@ -58,7 +58,7 @@ def read_weights(path: Path) -> dict[str, np.ndarray]:
 
 
 class Branch:
-    """One of the two networks, as nodes; every convolution takes the normalisation after it in."""
+    """The nodes of one of the two networks, with batch normalisation folded into the convolutions."""
 
     def __init__(self, prefix: str, weights: dict[str, np.ndarray]):
         self.prefix, self.weights = prefix, weights
@@ -90,7 +90,7 @@ class Branch:
             kernel_shape=list(kernel.shape[2:]), pads=[pad] * 4, strides=[stride] * 2)
 
     def block(self, x: str, name: str, stride: int = 1, pad: int = 0) -> str:
-        """Convolution and, where the network has one, its activation."""
+        """Convolution and its activation, if it has one."""
         x = self.convolve(x, f"{name}.conv", f"{name}.bn", stride, pad)
         if f"{name}.prelu.weight" not in self.weights:
             return x

@@ -1,6 +1,6 @@
-"""The published files that the standard pack is made of, and how they get here."""
+"""The published files of the standard pack, and their download."""
 
-# A Mac’s own Python is 3.9.
+# macOS ships Python 3.9.
 from __future__ import annotations
 
 import hashlib
@@ -57,7 +57,7 @@ def sha256(path: Path) -> str:
 
 
 def gather(original: Original, cache: Path, folder: Path | None, mirror: str | None) -> Path:
-    """The checked file in the cache: already there, copied from a folder or downloaded."""
+    """The verified file in the cache; copied from a folder or downloaded if missing."""
     target = cache / original.file
     if target.exists() and sha256(target) == original.sha256:
         return target
@@ -77,7 +77,7 @@ def gather(original: Original, cache: Path, folder: Path | None, mirror: str | N
 
 
 def download(url: str, part: Path, original: Original) -> None:
-    """Goes on where an earlier download ended."""
+    """Resumes an earlier download."""
     have = part.stat().st_size if part.exists() else 0
     if have >= original.size:
         return
@@ -85,9 +85,9 @@ def download(url: str, part: Path, original: Original) -> None:
     print(f"Downloading {original.file}" + (f" from byte {have}" if have else "") + " …", flush=True)
     try:
         with urllib.request.urlopen(request, timeout=60) as answer:
-            # A server that can’t go on in the middle sends everything again.
+            # A server without range requests sends the whole file.
             with open(part, "ab" if answer.status == 206 else "wb") as out:
-                # Not more than the file has, whatever the server sends.
+                # Never more than the file's size, whatever the server sends.
                 left = original.size + 1 - out.tell()
                 while left > 0 and (piece := answer.read(min(1 << 16, left))):
                     out.write(piece)

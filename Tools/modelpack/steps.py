@@ -1,4 +1,4 @@
-"""A network’s ONNX graph as steps in the operations of Core ML’s programs, and what they compute, by NumPy."""
+"""Translates an ONNX graph into Core ML operations, and evaluates these with NumPy."""
 
 from dataclasses import dataclass
 
@@ -12,8 +12,8 @@ from .originals import Refusal
 
 @dataclass
 class Step:
-    """One operation and the name of its result. Of its arguments `values` are names of inputs or earlier
-    results, `constants` what is known already."""
+    """One operation and the name of its result. `values`: arguments by the names of inputs or earlier
+    results; `constants`: constant arguments."""
     operation: str
     result: str
     values: dict[str, str]
@@ -143,7 +143,7 @@ class _Reader:
 
 
 def run(network: list[Step], inputs: dict[str, np.ndarray]) -> dict[str, np.ndarray]:
-    """All results by name, in 32-bit floats."""
+    """All results by name, as 32-bit floats."""
     known = dict(inputs)
     for step in network:
         values = {key: known[name] for key, name in step.values.items()}
