@@ -32,7 +32,6 @@ class UnlockApplication {
     UnlockApplication& operator=(const UnlockApplication&) = delete;
 
     void didFinishLaunching(const UnlockOpening::Launch& launch);
-    /// The user opened the application again.
     void shouldHandleReopen();
     [[nodiscard]] static bool shouldTerminateAfterLastWindowClosed() { return false; }
     /// Wipes the key and cancels all pending work.

@@ -5,7 +5,6 @@
 
 namespace marrowby {
 
-/// Which window opens.
 struct UnlockOpening {
     enum class Window : std::uint8_t { welcome, settings };
 

@@ -101,7 +101,6 @@ void attempt(const Call& call) {
     });
 }
 
-/// The input's camera; nil if it has none.
 AVCaptureDevice* camera(AVCaptureInput* input) {
     if (![input isKindOfClass:AVCaptureDeviceInput.class]) return nil;
     return static_cast<AVCaptureDeviceInput*>(input).device;

@@ -210,7 +210,6 @@ std::unique_ptr<LockScreenPanel> AppKitWindowServer::makePanel(
 }
 
 std::shared_ptr<SkyLightFunctions> AppKitWindowServer::loadSkyLight() {
-    // Never closed.
     void* const library = ::dlopen(skylight::path, RTLD_NOW);
     if (!library) return nullptr;
     LoadedSkyLight::Addresses addresses{};

@@ -10,7 +10,6 @@
 
 namespace marrowby {
 
-/// Core Graphics' flags for a pixel format.
 [[nodiscard]] CGBitmapInfo bitmapInfo(const PixelFormat& format);
 
 /// An image that shares the bitmap's bytes. Null for a format that Core Graphics does not support.

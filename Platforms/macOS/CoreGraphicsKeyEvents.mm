@@ -83,7 +83,6 @@ class EventSource final : public KeyEventSource {
     }
 
     Source source_;
-    /// The release event of the chunk just pressed.
     Event release_;
 };
 

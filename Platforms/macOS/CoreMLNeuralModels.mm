@@ -63,7 +63,6 @@ std::map<std::string, std::string> metadata(MLModelDescription* description) {
     return result;
 }
 
-/// Pixel buffers for one image size.
 class ImageBuffers {
   public:
     /// Copies the image into a new buffer, or says why not.
@@ -182,7 +181,6 @@ class CoreMLNeuralModel final : public NeuralModel {
   private:
     MLModel* const model_;
     NeuralModelDescription description_;
-    /// Keyed by input name.
     std::map<std::string, ImageBuffers> buffers_;
 };
 

@@ -6,7 +6,6 @@
 
 namespace marrowby {
 
-/// The error's localized description.
 [[nodiscard]] inline std::string sentence(NSError* error) {
     return error ? plainText(error.localizedDescription) : "unknown error";
 }

@@ -12,11 +12,9 @@ namespace marrowby {
 /// main thread outlives it.
 class FoundationNotificationCenter final : public NotificationCenter {
   public:
-    /// Sleep and wake of the computer and of its displays.
     [[nodiscard]] static std::unique_ptr<NotificationCenter> workspace(MainThread& mainThread);
     /// Notifications of other processes, delivered at once even while this application is inactive.
     [[nodiscard]] static std::unique_ptr<NotificationCenter> distributed(MainThread& mainThread);
-    /// This process's notifications.
     [[nodiscard]] static std::unique_ptr<NotificationCenter> local(MainThread& mainThread);
 
     ~FoundationNotificationCenter() override;

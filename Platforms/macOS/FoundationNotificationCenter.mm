@@ -7,7 +7,6 @@
 
 #import <AppKit/AppKit.h>
 
-/// The observer registered with a centre.
 @interface MarrowbyNotificationObserver : NSObject
 - (instancetype)initWithReceived:(void (^)(void))received;
 - (void)received:(NSNotification*)notification;

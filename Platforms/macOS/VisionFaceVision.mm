@@ -17,7 +17,6 @@ namespace {
 
 constexpr const char* unreadable = "The picture couldn’t be searched for faces.";
 
-/// The type behind an observation's handle.
 struct Found {
     VNImageRequestHandler* handler;
     VNFaceObservation* face;
@@ -33,7 +32,6 @@ VNImageRequestHandler* requestHandler(const Bitmap& image) {
     return [[VNImageRequestHandler alloc] initWithCGImage:picture.get() options:@{}];
 }
 
-/// The error of performing the requests, if any.
 std::optional<std::string> perform(VNImageRequestHandler* handler, NSArray<VNRequest*>* requests) {
     if (!handler) return unreadable;
     NSError* error = nil;

@@ -25,7 +25,6 @@ struct FakeWindowSession {
     std::size_t eventsLeft = std::numeric_limits<std::size_t>::max();
     /// Code, then flags and text if any: “down 55 flags 1048576”.
     std::vector<std::string> posted{};
-    /// Nil without a session.
     NSDictionary* facts = @{@"kCGSSessionOnConsoleKey" : @YES};
 };
 

@@ -110,7 +110,6 @@ int32_t CFRunLoopRunInMode(CFStringRef, CFTimeInterval seconds, Boolean) {
 @implementation MacQueue
 @end
 
-/// Runs a block once.
 @interface MacCall : NSObject
 @property(nonatomic, copy) void (^block)(void);
 - (void)run;

@@ -7,9 +7,7 @@
 
 namespace marrowby {
 
-/// Fake accounts.
 struct FakeAccounts {
-    /// Keyed by name.
     NSDictionary<NSString*, NSString*>* passwords = @{NSUserName() : @"right"};
     /// Thrown by every call, if set.
     NSException* exception = nil;

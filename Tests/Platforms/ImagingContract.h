@@ -33,7 +33,6 @@ class ImagingContract : public testing::Test {
         return Backend::makeSource(20, 10, std::move(bytes));
     }
 
-    /// Checks a pixel's first three bytes.
     static void expectColour(const Bitmap& image, int x, int y, const Colour& expected) {
         const auto* p = &image.bytes()[static_cast<std::size_t>(y) * image.bytesPerRow() +
                                        static_cast<std::size_t>(x) * 4];

@@ -128,7 +128,6 @@ class Painter {
         arc(centre, ringRadius, 0, 1, faded(color, 0.3));
     }
 
-    /// The face, turned to the right for a positive `turn`, at most 1.
     void face(const Point& centre, double turn) {
         const double x = centre.x + 4 * turn;
         for (const double side : {-4.0, 4.0}) {

@@ -18,7 +18,6 @@ class MutedLabel final : public QLabel {
     bool isUpdatingColors_ = false;
 };
 
-/// Scales the widget's font, and makes it semi-bold if `isStrong`.
 void scaleFont(QWidget& widget, double scale, bool isStrong = false);
 
 }  // namespace marrowby

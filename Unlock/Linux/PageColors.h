@@ -18,7 +18,6 @@ inline QColor warning(const QPalette& palette) {
 inline QColor danger(const QPalette& palette) {
     return isDark(palette) ? QColor(0xff, 0x8a, 0x7d) : QColor(0xb3, 0x26, 0x1e);
 }
-/// `share` of the first colour, the rest of the second.
 inline QColor mix(const QColor& first, const QColor& second, double share) {
     const auto part = [share](int one, int other) {
         return static_cast<int>(one * share + other * (1 - share));

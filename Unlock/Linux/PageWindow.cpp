@@ -24,7 +24,6 @@ constexpr double corner = 10;
 constexpr QSize firstSize{600, 680};
 constexpr QSize smallestSize{460, 380};
 
-/// A framed message: the last problem.
 class ProblemFrame final : public QWidget {
   public:
     using QWidget::QWidget;

@@ -38,7 +38,6 @@ class PlatformFactory {
     [[nodiscard]] virtual std::unique_ptr<OwnerCheck> makeOwnerCheck(MainThread& mainThread);
     /// Address of the bus with the Secret Service; empty if there is none.
     [[nodiscard]] virtual std::string keyringBus();
-    /// Called when the application has finished launching.
     virtual void didLaunch(UnlockApplication& /*application*/) {}
 };
 

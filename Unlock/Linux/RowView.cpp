@@ -27,7 +27,6 @@ QString text(const std::string& utf8) {
     return QString::fromStdString(utf8);
 }
 
-/// A check mark or an exclamation mark.
 class StatusMark final : public QWidget {
   public:
     explicit StatusMark(QWidget* parent) : QWidget(parent) { setFixedSize(26, 26); }

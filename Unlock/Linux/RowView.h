@@ -18,7 +18,6 @@ struct RowKey {
     [[nodiscard]] static RowKey of(const WindowRow& row);
 };
 
-/// The view of one row of a page.
 class RowView : public QWidget {
   public:
     [[nodiscard]] static RowView* create(const WindowRow& row, ControlSink& sink, QWidget* parent);

@@ -50,14 +50,12 @@ constexpr const char* selfCheckFlag = "--self-check";
 
 using Path = std::filesystem::path;
 
-/// Where the program keeps its files.
 struct ProgramPaths {
     XdgFolders folders;
     std::string userName;
     Path program;
 
     [[nodiscard]] Path userModels() const { return folders.dataHome / programName / "models"; }
-    /// Files installed with the program.
     [[nodiscard]] Path installed() const {
         return program.parent_path().parent_path() / "share" / programName;
     }
@@ -130,7 +128,6 @@ class CompositionRoot {
         if (!launch_.isAtLogin) reopen();
     }
 
-    /// Runs the self-check; returns the exit status.
     [[nodiscard]] int selfCheck() {
         session_.start();
         SecretServiceKeyStore trialKeyStore(

@@ -4,7 +4,6 @@
 
 namespace marrowby {
 
-/// The program marrowby-unlock.
 class UnlockProgram {
   public:
     /// Returns the exit status: 0 also when another instance took over. A reason not to run is one

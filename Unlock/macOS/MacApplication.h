@@ -47,7 +47,6 @@ class MacApplication {
     /// Wipes the key and cancels pending work; the services stay for work that still runs.
     void willTerminate();
     [[nodiscard]] SelfCheck::Services selfCheckServices();
-    /// The user can see windows.
     [[nodiscard]] bool isVisible() const;
 
   private:

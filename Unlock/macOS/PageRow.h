@@ -15,7 +15,6 @@ namespace marrowby {
 
 class PageWindow;
 
-/// The view of one row of a page. Main thread.
 class PageRow {
   public:
     /// The controls call the window while it exists.
@@ -50,7 +49,6 @@ class PageRow {
 
 /// A wrapping label.
 [[nodiscard]] NSTextField* pageLabel(NSFont* font, NSColor* color);
-/// Shows the text; hides the label when it is empty.
 void showText(NSTextField* label, const std::string& text);
 
 /// Buttons from left to right, rebuilt only when they differ.

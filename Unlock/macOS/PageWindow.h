@@ -36,7 +36,6 @@ class PageWindow : public std::enable_shared_from_this<PageWindow> {
     void toggle(ControlID id, bool isOn);
     void choose(ControlID id, std::size_t option);
     void enter(ControlID id, std::string text);
-    /// The user closed it.
     void closed();
 
   private:

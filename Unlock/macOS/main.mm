@@ -10,7 +10,6 @@
 
 namespace {
 
-/// Runs the self-check and exits.
 [[noreturn]] void selfCheck() {
     using namespace marrowby;
     static MacApplication application;

@@ -19,7 +19,6 @@ class PixelBuffer final : public SourceImage {
     [[nodiscard]] static std::shared_ptr<const PixelBuffer> create(int width, int height,
                                                                    std::size_t bytesPerRow,
                                                                    std::vector<std::uint8_t> bytes);
-    /// Shares the bytes.
     [[nodiscard]] static std::shared_ptr<const PixelBuffer> create(
         int width, int height, std::size_t bytesPerRow,
         std::shared_ptr<const std::vector<std::uint8_t>> bytes);

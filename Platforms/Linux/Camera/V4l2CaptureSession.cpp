@@ -91,7 +91,6 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
         queue_ = std::move(queue);
         onSample_ = std::move(onSample);
     }
-    /// `nullopt`: no camera.
     void set(std::optional<Request> request) EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
         request_ = std::move(request);
@@ -155,7 +154,6 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
         continueRun(run);
     }
 
-    /// Opens the requested camera unless it is open already.
     void reopenIfNeeded() EXCLUDES(mutex_) {
         std::optional<Request> request;
         {

@@ -20,7 +20,6 @@ struct V4l2Mode {
     CaptureFormat format;
 };
 
-/// The format of a started camera.
 struct V4l2Layout {
     std::uint32_t pixelFormat = 0;
     int width = 0;

@@ -4,7 +4,6 @@
 
 namespace marrowby {
 
-/// The real system calls.
 class V4l2SystemCalls final : public V4l2Calls {
   public:
     [[nodiscard]] std::vector<std::string> nodes() override;

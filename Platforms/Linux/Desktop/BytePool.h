@@ -11,7 +11,6 @@ namespace marrowby {
 /// buffers may outlive the pool.
 class BytePool {
   public:
-    /// `mostSpare`: unused buffers kept at most.
     explicit BytePool(std::size_t mostSpare);
 
     /// `size` bytes, uninitialised (old content).

@@ -37,7 +37,6 @@ struct DBusLink::Connection {
     const QString name;
     QDBusConnection bus;
     Subscription disconnected;
-    /// Parent of the pending calls.
     QObject calls;
 };
 

@@ -64,7 +64,6 @@ class DBusLink {
     const std::string address_;
     const Handlers handlers_;
     std::unique_ptr<Connection> connection_;
-    /// Parent of the retry timer.
     std::unique_ptr<QObject> attempts_;
     TimeInterval delay_;
 };

@@ -20,7 +20,7 @@ class LinuxSystemSettings final : public SystemSettings {
                         std::filesystem::path program);
 
     bool open(Pane pane) override;
-    /// False also when the desktop has disabled the entry (Hidden and the like).
+    /// False also when the desktop has disabled the entry (Hidden, X-GNOME-Autostart-enabled).
     [[nodiscard]] bool opensAtLogin() const override;
     bool setOpensAtLogin(bool opens) override;
 

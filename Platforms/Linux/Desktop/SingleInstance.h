@@ -23,9 +23,7 @@ class SingleInstance {
     };
     enum class Claim : std::uint8_t {
         first,
-        /// Another instance runs and was asked to open its window.
         handedOver,
-        /// Another instance runs and could not be reached.
         unreachable,
     };
 

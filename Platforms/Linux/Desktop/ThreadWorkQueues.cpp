@@ -48,7 +48,6 @@ class Worklist {
         }
     }
 
-    /// Blocks until all added work is done.
     void waitUntilDone() EXCLUDES(mutex_) {
         const MutexLock lock(mutex_);
         while (!pending_.empty() || running_ > 0)

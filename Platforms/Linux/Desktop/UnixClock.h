@@ -22,7 +22,6 @@ inline constexpr TimeInterval toDateEpoch{978'307'200};
 
 namespace marrowby {
 
-/// The C library's wall clock.
 class UnixSystemClock final : public SystemClock {
   public:
     [[nodiscard]] Date now() const override;

@@ -17,7 +17,6 @@ struct XdgFolders {
     /// `nullopt` when neither the environment nor the account gives an absolute home.
     [[nodiscard]] static std::optional<XdgFolders> of(
         const Environment& environment, const std::optional<std::filesystem::path>& accountHome);
-    /// Of this process.
     [[nodiscard]] static std::optional<XdgFolders> current();
 };
 

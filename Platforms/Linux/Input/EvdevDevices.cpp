@@ -18,7 +18,6 @@ namespace {
 template <std::size_t bitCount>
 class Bits {
   public:
-    /// Empty when the ioctl fails.
     Bits(int descriptor, unsigned type) {
         (void)::ioctl(descriptor, EVIOCGBIT(type, sizeof words_), words_.data());
     }

@@ -38,12 +38,9 @@ class EvdevDevices {
     EvdevDevices& operator=(const EvdevDevices&) = delete;
 
     [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
-    /// Keyed by path.
     [[nodiscard]] const std::map<std::string, Device>& all() const { return devices_; }
 
-    /// Opens new devices.
     void refresh();
-    /// Closes removed devices.
     void prune();
     /// Reads all pending events of a device; closes it and returns false when it is gone.
     bool drain(const std::string& path, const std::function<void(const input_event&)>& onEvent);

@@ -11,7 +11,6 @@
 namespace marrowby {
 namespace {
 
-/// XKB key code = kernel key code + 8.
 constexpr xkb_keycode_t kernelOffset = 8;
 /// The highest XKB key code of a kernel keyboard.
 constexpr xkb_keycode_t lastKey = 255;

@@ -88,7 +88,6 @@ class Conversation {
     [[nodiscard]] bool isPasswordWrong() const {
         return status_ == PAM_AUTH_ERR && dialogue_.hasAnswered;
     }
-    /// The reason of the failure, for the user.
     [[nodiscard]] std::string sentence() const {
         switch (status_) {
             case PAM_USER_UNKNOWN:

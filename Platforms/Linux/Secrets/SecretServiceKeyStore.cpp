@@ -119,7 +119,6 @@ GType secretServiceType() {
     return type;
 }
 
-/// The object path at `index` of a reply.
 std::string pathIn(const Variant& reply, std::size_t index) {
     const Variant child(g_variant_get_child_value(reply.get(), index));
     return g_variant_get_string(child.get(), nullptr);

@@ -12,7 +12,6 @@ namespace marrowby {
 /// is an error.
 class SecretServiceKeyStore final : public VaultKeyStore {
   public:
-    /// The lookup attributes.
     struct Item {
         std::string service = "app.quenby.unlock.vault";
         std::string account = "vault-key";

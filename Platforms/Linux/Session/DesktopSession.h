@@ -18,7 +18,6 @@ namespace marrowby {
 /// Qt's event loop.
 class DesktopSession {
   public:
-    /// Addresses of the sources.
     struct Places {
         /// Empty when there is no such bus.
         std::string systemBus;
@@ -27,7 +26,6 @@ class DesktopSession {
         std::optional<std::string> display;
         std::string inputDevices = "/dev/input";
 
-        /// From the environment.
         [[nodiscard]] static Places ofThisProcess();
     };
 

@@ -240,8 +240,6 @@ class LogindWatcher::Connection {
         });
     }
 
-    // MARK: -
-
     /// Drops replies to an earlier instance of logind.
     void call(const QDBusMessage& message, DBusLink::MessageHandler handler) {
         link_.call(message, [this, generation = generation_,

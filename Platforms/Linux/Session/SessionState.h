@@ -17,7 +17,6 @@ struct SessionSources {
     LockReading hint = LockReading::unknown;
     /// The hint has been seen to change. Desktops need not set it, so it proves nothing before.
     bool hintIsKept = false;
-    /// The session bus's screen savers.
     LockReading saver = LockReading::unknown;
     /// From logind or, if it does not say, from the X display.
     std::optional<bool> isActive{};
@@ -28,7 +27,6 @@ struct SessionSources {
     friend bool operator==(const SessionSources&, const SessionSources&) = default;
 };
 
-/// The session's state, derived from all sources.
 struct SessionState {
     LockReading lock = LockReading::unknown;
     LockReading saver = LockReading::unknown;

@@ -14,7 +14,6 @@ namespace {
 using Alpha = PixelFormat::Alpha;
 using ByteOrder = PixelFormat::ByteOrder;
 
-/// Byte positions within a pixel.
 struct Layout {
     int channels = 4;
     std::array<int, 3> rgb{0, 1, 2};

@@ -38,10 +38,8 @@ struct OnnxFile {
     std::vector<Value> inputs;
     std::vector<Value> outputs;
     std::map<std::string, std::string> metadata;
-    /// The whole file.
     std::string bytes;
 
-    /// Of `bytes`.
     [[nodiscard]] std::string sha256() const;
 
     /// The error is a sentence with the file's name, without its folder.

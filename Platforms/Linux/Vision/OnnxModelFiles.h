@@ -4,7 +4,6 @@
 
 namespace marrowby {
 
-/// Finds model files in the ONNX format.
 class OnnxModelFiles final : public ModelFiles {
   public:
     [[nodiscard]] std::expected<ModelFileFacts, std::string> facts(

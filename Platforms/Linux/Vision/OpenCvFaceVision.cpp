@@ -20,7 +20,6 @@ namespace {
 constexpr std::size_t mostDescribed = 4;
 constexpr const char* unreadable = "The picture couldn’t be searched for faces.";
 
-/// The type behind an observation's handle.
 struct Described {
     Rect box;
     double score = 0;

@@ -4,7 +4,6 @@
 
 namespace marrowby {
 
-/// OpenCV's discrete Fourier transform.
 class OpenCvFourierTransform final : public FourierTransform {
   public:
     [[nodiscard]] bool forward(Plane real, Plane imaginary) const override;

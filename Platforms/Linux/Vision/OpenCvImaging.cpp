@@ -21,7 +21,6 @@ namespace marrowby {
 
 namespace {
 
-/// A new bitmap's bytes and the Mat that writes them.
 struct Canvas {
     std::shared_ptr<std::vector<std::uint8_t>> bytes;
     cv::Mat mat;

@@ -48,7 +48,6 @@ class OpenCvNetwork {
 [[nodiscard]] bool fillInput(OpenCvNetwork::Input& input, const Bitmap& image,
                              NeuralModels::ChannelOrder order);
 
-/// Fills an input from an 8-bit BGR picture.
 void fillPlanes(OpenCvNetwork::Input& input, const cv::Mat& bgr, NeuralModels::ChannelOrder order);
 
 }  // namespace marrowby

@@ -272,7 +272,6 @@ std::vector<Quad> outlinedQuads(const cv::Mat& grey, double leastSide) {
     return quads;
 }
 
-/// Two upright and two level lines.
 struct FourLines {
     Quad quad;
     /// The lower side is the image's edge.

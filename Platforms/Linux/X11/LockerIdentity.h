@@ -29,7 +29,6 @@ struct ClientProgram {
 
 /// What decides who would get a key on the display, in the order of the checks.
 struct LockerFacts {
-    /// The topmost window that covers a monitor.
     struct Cover {
         bool overrideRedirect = false;
         std::optional<ClientProgram> owner;
@@ -43,7 +42,6 @@ struct LockerFacts {
     std::optional<ClientProgram> receiver;
 };
 
-/// The first fact that failed.
 struct LockerDoubt {
     enum class Fact {
         keyboardIsFree,
@@ -65,7 +63,6 @@ struct LockerDoubt {
     friend bool operator==(const LockerDoubt&, const LockerDoubt&) = default;
 };
 
-/// For the log.
 [[nodiscard]] std::string description(const LockerDoubt& doubt);
 
 /// Delays and quirks of a locker's password field.

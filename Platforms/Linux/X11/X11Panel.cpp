@@ -116,7 +116,6 @@ class X11Panel::Shown {
         if (std::exchange(isCovered_, false) && window_) window_->raise();
     }
 
-    /// Moves the window to its current placement.
     void rearrange() {
         const auto lockers = reader_.read();
         const auto screen = X11Screen::main(*connection_);

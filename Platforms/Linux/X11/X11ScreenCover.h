@@ -7,7 +7,6 @@
 
 namespace marrowby {
 
-/// The topmost windows that cover the display's monitors.
 struct X11ScreenCover {
     struct Window {
         xcb_window_t id = XCB_NONE;

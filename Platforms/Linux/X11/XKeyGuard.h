@@ -53,13 +53,11 @@ class XKeyGuard {
     void arm();
     /// Whether an unmodified press of `key` would come to us.
     [[nodiscard]] bool covers(xcb_keycode_t key) const { return covered_[key]; }
-    /// Whether another client has grabbed the keyboard.
     [[nodiscard]] bool isKeyboardHeld() const;
 
     /// Sends the events in order to `holder` only or, if it is null, to whichever client has the
     /// grab.
     [[nodiscard]] Sent send(std::span<const Event> events, const XKeyHolder* holder) const;
-    /// Releases the passive grabs.
     void release();
 
   private:

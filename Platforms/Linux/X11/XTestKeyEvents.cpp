@@ -458,7 +458,6 @@ class XTestKeyEventSource final : public KeyEventSource {
     Bystander bystander_;
     std::unique_ptr<XKeyDeliveries> deliveries_;
     LockerPace pace_;
-    /// Set by admission.
     std::optional<XKeyHolder> holder_;
     std::optional<xcb_keycode_t> heldModifier_;
     bool hasClearedLocks_ = false;

@@ -28,7 +28,6 @@ class XTestKeyEvents final : public KeyEvents {
   public:
     using Pause = std::function<void(TimeInterval)>;
 
-    /// Sleeps in the calling thread.
     static void sleep(TimeInterval duration);
 
     /// `displayName` as in DISPLAY. `pause` performs every wait, also those between events.

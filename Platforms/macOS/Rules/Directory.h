@@ -8,7 +8,6 @@
 
 namespace marrowby {
 
-/// A directory error: domain, code and localized text.
 struct DirectoryError {
     std::string domain;
     std::int64_t code = 0;

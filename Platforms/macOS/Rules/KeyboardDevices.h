@@ -10,7 +10,6 @@ namespace marrowby {
 /// included.
 class KeyboardDevices {
   public:
-    /// HID usage page and usage of the device.
     struct Match {
         std::uint32_t usagePage = 0;
         std::uint32_t usage = 0;

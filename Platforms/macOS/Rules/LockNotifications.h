@@ -1,6 +1,5 @@
 #pragma once
 
-/// Notification names for lock, screen saver and sleep.
 namespace marrowby::locknotification {
 
 // Distributed centre.

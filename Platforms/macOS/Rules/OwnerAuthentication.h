@@ -8,7 +8,6 @@
 
 namespace marrowby {
 
-/// A system error: domain, code and localized text.
 struct OwnerAuthenticationError {
     /// The domain of LAError, whose codes are negative.
     static constexpr const char* authenticationDomain = "com.apple.LocalAuthentication";

@@ -23,7 +23,6 @@ class GuardedTyping {
     /// means they are returned at once. The key events outlive this.
     GuardedTyping(KeyEvents& keyEvents, std::string password,
                   std::function<bool()> isLocked = nullptr);
-    /// Waits for the end.
     ~GuardedTyping();
     GuardedTyping(const GuardedTyping&) = delete;
     GuardedTyping& operator=(const GuardedTyping&) = delete;

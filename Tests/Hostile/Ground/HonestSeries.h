@@ -16,7 +16,6 @@ namespace marrowby {
 /// Results of typing the right password repeatedly.
 struct HonestTally {
     int typed = 0;
-    /// The locker ended.
     int accepted = 0;
     std::size_t leakedCharacters = 0;
     std::vector<double> milliseconds;

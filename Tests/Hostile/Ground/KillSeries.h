@@ -40,7 +40,6 @@ class KillSeries {
     /// One more kill. The error says why there was none.
     [[nodiscard]] std::expected<void, std::string> kill(int signal);
 
-    /// Results for this signal.
     [[nodiscard]] const KillTally& tally(int signal) { return tallies_[signal]; }
 
   private:

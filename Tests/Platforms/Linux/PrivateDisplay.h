@@ -28,7 +28,6 @@ class PrivateDisplay {
     /// Starts another server under the same name; false on failure.
     [[nodiscard]] bool startAgain() { return startServer({QString::fromStdString(name_)}); }
 
-    /// Presses and releases the key with this symbol.
     void tap(std::uint32_t keysym) const;
     void movePointer() const;
     /// Blanks the monitors as after idle time; input unblanks them.

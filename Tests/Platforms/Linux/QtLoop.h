@@ -10,7 +10,6 @@
 
 namespace marrowby {
 
-/// Qt's event loop on the test's thread.
 template <typename Application>
 class QtLoopOf {
   public:
@@ -35,7 +34,6 @@ class QtLoopOf {
         return true;
     }
 
-    /// Processes pending events.
     void runPending() { QCoreApplication::processEvents(); }
 
   private:

@@ -23,7 +23,6 @@ using Bytes = std::vector<std::uint8_t>;
 const Bytes oldContent(1000, 1);
 const Bytes newContent(std::size_t{200} << 10, 2);
 
-/// errno, or 0.
 int save(const std::filesystem::path& file, const Bytes& bytes) {
     PosixFileSystem fileSystem;
     const auto saved = atomicfile::replace(fileSystem, file, bytes);

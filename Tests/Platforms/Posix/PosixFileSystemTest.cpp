@@ -97,7 +97,6 @@ TEST_F(PosixFileSystemTest, reportsErrors) {
     EXPECT_TRUE(fileSystem.makeFolder(file.parent_path()));
     EXPECT_FALSE(fileSystem.flush({-1}));
     EXPECT_FALSE(fileSystem.flushFolder(file));
-    // A device that is always full.
     const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
     ASSERT_GE(full, 0);
     EXPECT_EQ(fileSystem.write({full}, content).error().code, ENOSPC);

@@ -47,7 +47,6 @@ class FakeV4l2 final : public V4l2Calls {
         /// poll() reports an error, as drivers do when the device is gone.
         bool pollsError = false;
 
-        /// Values set by the caller.
         std::uint32_t pixelFormat = 0;
         std::uint32_t width = 0;
         std::uint32_t height = 0;

@@ -25,7 +25,6 @@ constexpr const char* busName = "org.freedesktop.PolicyKit1";
 /// A fake polkit whose reply the test chooses.
 class Authority final : public QDBusVirtualObject {
   public:
-    /// Received calls, newest last.
     std::vector<QDBusMessage> calls;
     std::function<void(const QDBusMessage&)> onCall = [](const QDBusMessage&) {};
 

@@ -111,7 +111,6 @@ struct SessionWatchingTest : testing::Test {
     }
     std::function<void()> onRecord;
 
-    /// Both watchers use the same bus.
     void watch() {
         logind.emplace(bus->address(), mainThread);
         savers.emplace(bus->address());

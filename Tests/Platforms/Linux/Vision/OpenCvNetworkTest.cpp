@@ -62,7 +62,6 @@ TEST_F(OpenCvNetworkTest, NetworksGiveTheReferenceOutputs) {
         const char* file;
         Order order;
         std::vector<NeuralInput> inputs;
-        /// By output.
         nlohmann::json begins;
         nlohmann::json sums;
         double tolerance;

@@ -27,7 +27,6 @@ class FakeDirectory final : public Directory {
     }
 
   private:
-    /// The node and its record.
     class Entry final : public Node, public Record {
       public:
         explicit Entry(FakeDirectory& owner) : owner_(owner) {}
