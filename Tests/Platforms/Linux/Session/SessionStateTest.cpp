@@ -19,13 +19,13 @@ TEST(SessionState, ranksTheSources) {
         {{}, unknown, "nobody was asked yet"},
         {{.display = locked, .hint = unlocked, .hintIsKept = true, .saver = unlocked},
          locked,
-         "a locker that announces nothing holds the screen"},
+         "a locker without a hint covers the screen"},
         {{.display = unlocked, .hint = locked, .saver = unlocked},
          locked,
-         "the locker's window is none of the known ones"},
+         "an unknown locker, with a hint"},
         {{.hint = unlocked, .hintIsKept = true, .saver = locked},
          unlocked,
-         "the saver blanks, and its desktop says that it does not lock"},
+         "the saver blanks without a lock"},
         {{.display = unlocked, .hint = unlocked, .saver = locked},
          locked,
          "the desktop has never set the hint"},
@@ -57,7 +57,7 @@ TEST(SessionState, reportsChangesAsEvents) {
     struct Case {
         SessionState before;
         SessionState now;
-        std::vector<SessionChange> told;
+        std::vector<SessionChange> events;
     };
     const Case cases[] = {
         {{}, {}, {}},
@@ -86,7 +86,7 @@ TEST(SessionState, reportsChangesAsEvents) {
         {{.isOnConsole = false, .isAsleep = true}, away, {}},
     };
     for (const Case& each : cases)
-        EXPECT_EQ(changes(each.before, each.now), each.told) << "case " << &each - cases;
+        EXPECT_EQ(changes(each.before, each.now), each.events) << "case " << &each - cases;
 }
 
 }  // namespace

@@ -44,21 +44,21 @@ TEST(LockerIdentity, acceptsKnownLockersThatHoldTheKeyboardAndCoverTheScreen) {
         std::optional<Fact> failed;
     } cases[] = {
         {"i3lock", lockedBy(i3lock), {}},
-        {"its window under another process of its own",
+        {"its window belongs to a child process",
          with(lockedBy(program("/usr/bin/xscreensaver")),
               [](auto& facts) {
                   facts.covers[0]->owner = program("/usr/libexec/xscreensaver/gfx", 101, 100);
               }),
          {}},
-        {"its window under a child that nothing is told about",
+        {"its window belongs to a child with an unreadable path",
          with(lockedBy(program("/usr/bin/ksmserver")),
               [](auto& facts) { facts.covers[0]->owner = program("", 101, 100); }),
          {}},
-        {"the dialog of the window's process",
+        {"its window belongs to its parent process",
          with(lockedBy(i3lock),
               [](auto& facts) { facts.covers[0]->owner = program("/usr/bin/parent", 1, 0); }),
          {}},
-        {"nobody holds the keyboard",
+        {"no client has grabbed the keyboard",
          with(lockedBy(i3lock), [](auto& facts) { facts.isKeyboardHeld = false; }),
          Fact::keyboardIsFree},
         {"a lost display", with(lockedBy(i3lock), [](auto& facts) { facts.covers.clear(); }),
@@ -66,10 +66,10 @@ TEST(LockerIdentity, acceptsKnownLockersThatHoldTheKeyboardAndCoverTheScreen) {
         {"one of two monitors is free",
          with(lockedBy(i3lock), [](auto& facts) { facts.covers.emplace_back(); }),
          Fact::monitorIsUncovered},
-        {"a window as players and slides have it",
+        {"a managed full-screen window, as of a video player",
          with(lockedBy(i3lock), [](auto& facts) { facts.covers[0]->overrideRedirect = false; }),
          Fact::coverIsManaged},
-        {"the tap is heard of nowhere",
+        {"the test key reaches no client",
          with(lockedBy(i3lock), [](auto& facts) { facts.receiver.reset(); }),
          Fact::keyReachesNobody},
         {"a menu holds the keyboard above a locker's window",
@@ -82,7 +82,7 @@ TEST(LockerIdentity, acceptsKnownLockersThatHoldTheKeyboardAndCoverTheScreen) {
         {"a setuid program", lockedBy(program("")), Fact::programIsHidden},
         {"in a mount namespace of its own", lockedBy(foreignFiles), Fact::programIsElsewhere},
         {"in a file of the user's", lockedBy(writable), Fact::programIsChangeable},
-        {"a program of root's that runs others", lockedBy(program("/usr/bin/python3.11")),
+        {"an interpreter owned by root", lockedBy(program("/usr/bin/python3.11")),
          Fact::programIsInterpreter},
         {"a terminal with a secure keyboard", lockedBy(program("/usr/bin/xterm")),
          Fact::programIsInterpreter},
@@ -110,10 +110,10 @@ TEST(LockerIdentity, followsALockerIntoTheBackground) {
     } cases[] = {
         {"nobody has its connection", {}, {}},
         {"the only one", {i3lock}, i3lock},
-        {"the only one, though it is no locker", {hotkeys}, hotkeys},
+        {"a single successor, though no locker", {hotkeys}, hotkeys},
         {"the locker among others", {hotkeys, i3lock}, i3lock},
-        {"nobody can tell which locker", {i3lock, another}, {}},
-        {"nobody can tell which of two others", {hotkeys, program("/usr/bin/xcape", 103)}, {}},
+        {"two lockers", {i3lock, another}, {}},
+        {"two other programs", {hotkeys, program("/usr/bin/xcape", 103)}, {}},
     };
     for (const auto& one : cases) {
         const auto facts = lockeridentity::inherited(lockedBy(ended), one.heirs, {});

@@ -46,7 +46,7 @@ TEST(LockerWindows, findsTheLockHolder) {
          {}},
         {"a window that a window manager may move", {managed}, {}, {}},
         {"i3lock before it shows itself", {unmapped}, {}, {}},
-        {"another program's whole screen", {shown("game", "Game")}, {}, {}},
+        {"another full-screen program", {shown("game", "Game")}, {}, {}},
         {"only the instance is called i3lock", {shown("i3lock", "Game")}, {}, {}},
         {"xsecurelock under a compositor, a pixel free at each edge",
          {shown("obscurer", "xsecurelock", inset)},
