@@ -3,7 +3,7 @@
 #import "Platforms/macOS/CoreFoundationOwner.h"
 #import "Platforms/macOS/CoreGraphicsBitmap.h"
 #import "Platforms/macOS/PixelBufferImage.h"
-#import "UnlockCore/Platform/RenderPlan.h"
+#import "UnlockCore/Platform/Imaging.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platforms/macOS/CoreFoundationOwner.h"
-#include "UnlockCore/Platform/SourceImage.h"
+#include "UnlockCore/Platform/Imaging.h"
 
 #include <CoreVideo/CVPixelBuffer.h>
 

@@ -1,6 +1,6 @@
 #define __STDC_WANT_LIB_EXT1__ 1
 
-#include "UnlockCore/Foundation/SecretPages.h"
+#include "UnlockCore/Foundation/SecretBytes.h"
 
 #include <mach/vm_inherit.h>
 #include <string.h>

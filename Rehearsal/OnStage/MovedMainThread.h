@@ -1,14 +1,31 @@
 #pragma once
 
-#include "Rehearsal/OnStage/MovedClock.h"
 #include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/SystemClock.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <set>
 #include <utility>
 
 namespace marrowby {
+
+/// A clock that the rehearsal sets forward, so that a week passes in no time. Any thread.
+class MovedClock final : public SystemClock {
+  public:
+    /// `real` outlives this.
+    explicit MovedClock(const SystemClock& real) : real_(real) {}
+
+    [[nodiscard]] Date now() const override { return real_.now() + ahead(); }
+    [[nodiscard]] TimeInterval ahead() const { return TimeInterval(ahead_.load()); }
+    void move(TimeInterval by) { ahead_ = ahead_ + by.count(); }
+
+  private:
+    const SystemClock& real_;
+    /// Seconds; set by one thread only.
+    std::atomic<double> ahead_ = 0;
+};
 
 /// A main thread whose timers follow a clock that is moved, which outlives it; it outlives its
 /// timers.

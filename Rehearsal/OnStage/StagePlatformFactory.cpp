@@ -3,7 +3,7 @@
 #include "Platforms/Linux/Desktop/QtMainThread.h"
 #include "Platforms/Linux/Desktop/UnixClock.h"
 #include "Platforms/Linux/Vision/ImageFiles.h"
-#include "Rehearsal/OnStage/SceneOwner.h"
+#include "Rehearsal/OnStage/SceneServices.h"
 #include "Rehearsal/People/Person.h"
 #include "Rehearsal/Scenes/NetworkFolder.h"
 #include "Rehearsal/Scenes/SceneCatalogue.h"

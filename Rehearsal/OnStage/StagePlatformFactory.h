@@ -1,8 +1,7 @@
 #pragma once
 
-#include "Rehearsal/OnStage/MovedClock.h"
 #include "Rehearsal/OnStage/MovedMainThread.h"
-#include "Rehearsal/OnStage/SceneAccount.h"
+#include "Rehearsal/OnStage/SceneServices.h"
 #include "Rehearsal/Scenes/Cast.h"
 #include "Rehearsal/Scenes/Scene.h"
 #include "Rehearsal/Scenes/SceneUser.h"

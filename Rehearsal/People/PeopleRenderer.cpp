@@ -2,7 +2,7 @@
 
 #include "Rehearsal/People/Fields.h"
 #include "Rehearsal/People/PersonModel.h"
-#include "Rehearsal/People/Rotation.h"
+#include "Rehearsal/People/Vector3.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "Rehearsal/People/PersonPose.h"
 
-#include "Rehearsal/People/Rotation.h"
+#include "Rehearsal/People/Vector3.h"
 
 namespace marrowby {
 

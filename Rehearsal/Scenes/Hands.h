@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Rehearsal/Scenes/Placement.h"
+#include "Rehearsal/Scenes/Movement.h"
 #include "Rehearsal/Scenes/Sheet.h"
 #include "Rehearsal/Scenes/Texture.h"
 

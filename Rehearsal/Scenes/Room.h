@@ -1,13 +1,19 @@
 #pragma once
 
 #include "Rehearsal/People/LinearImage.h"
-#include "Rehearsal/People/PinholeCamera.h"
-#include "Rehearsal/Scenes/Backdrop.h"
+#include "Rehearsal/People/PeopleRenderer.h"
 #include "Rehearsal/Scenes/SceneLight.h"
 
 #include <cstdint>
+#include <string_view>
 
 namespace marrowby {
+
+/// What the room behind somebody is: mostly furniture beside the head, or straight edges behind and
+/// across it, as far as possible at the places where those of a held-up device would be.
+enum class Backdrop { furniture, curtain, window, door, shelf, picture, monitor, desk };
+
+[[nodiscard]] std::string_view name(Backdrop backdrop);
 
 /// An empty room behind everything, a little out of focus, different for every seed.
 [[nodiscard]] LinearImage drawRoom(int width, int height, const PinholeCamera& camera,

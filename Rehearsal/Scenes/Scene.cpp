@@ -1,6 +1,6 @@
 #include "Rehearsal/Scenes/Scene.h"
 
-#include "Rehearsal/Scenes/Blinking.h"
+#include "Rehearsal/Scenes/Performance.h"
 #include "UnlockCore/Foundation/Fatal.h"
 
 #include <utility>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Rehearsal/Scenes/Backdrop.h"
 #include "Rehearsal/Scenes/Movement.h"
+#include "Rehearsal/Scenes/Performance.h"
+#include "Rehearsal/Scenes/Room.h"
 #include "Rehearsal/Scenes/SceneLight.h"
 #include "Rehearsal/Scenes/Sheet.h"
-#include "Rehearsal/Scenes/Stance.h"
 #include "UnlockCore/Foundation/Time.h"
 
 #include <cstdint>

@@ -5,10 +5,12 @@
 #include "Rehearsal/Scenes/Cast.h"
 #include "Rehearsal/Scenes/Optics.h"
 #include "Rehearsal/Scenes/Scene.h"
-#include "Rehearsal/Scenes/SceneTruth.h"
 #include "Rehearsal/Scenes/Sensor.h"
 #include "Rehearsal/Scenes/Texture.h"
+#include "UnlockCore/Foundation/Geometry.h"
+#include "UnlockCore/Foundation/Time.h"
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -16,6 +18,24 @@
 #include <vector>
 
 namespace marrowby {
+
+/// What is true of one picture of a scene. Pixels, origin at the top-left corner.
+struct SceneTruth {
+    struct HeldUp {
+        PropKind kind = PropKind::print;
+        bool isReplay = false;
+        /// Of the whole object: top-left, top-right, bottom-right, bottom-left.
+        std::array<Point, 4> corners = {};
+        /// The face that it shows, where it is in this picture; the angles are those of the
+        /// photographed head.
+        FaceTruth face = {};
+    };
+
+    TimeInterval at{};
+    /// Who is really there, the farthest first.
+    std::vector<FaceTruth> people = {};
+    std::vector<HeldUp> heldUp = {};
+};
 
 /// Films a scene: draws the room, the people and what they hold up, the farthest first, and exposes
 /// a sensor to it. The same moments in the same order give the same pictures in the same build. One

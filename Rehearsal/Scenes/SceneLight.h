@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Rehearsal/People/Lighting.h"
+#include "Rehearsal/People/PeopleRenderer.h"
 
 #include <string_view>
 

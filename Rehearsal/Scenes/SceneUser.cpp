@@ -1,8 +1,8 @@
 #include "Rehearsal/Scenes/SceneUser.h"
 
-#include "Rehearsal/Scenes/Blinking.h"
 #include "Rehearsal/Scenes/Chance.h"
 #include "Rehearsal/Scenes/Movement.h"
+#include "Rehearsal/Scenes/Performance.h"
 #include "UnlockCore/Foundation/Fatal.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Rehearsal/Scenes/Stance.h"
+#include "Rehearsal/Scenes/Performance.h"
 #include "UnlockCore/Enrollment/EnrollmentSession.h"
 #include "UnlockCore/Foundation/Mutex.h"
 

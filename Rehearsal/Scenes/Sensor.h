@@ -2,7 +2,7 @@
 
 #include "Platforms/Linux/Camera/PixelBuffer.h"
 #include "Rehearsal/People/LinearImage.h"
-#include "Rehearsal/Scenes/Shutter.h"
+#include "Rehearsal/Scenes/Optics.h"
 #include "UnlockCore/Foundation/Time.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Rehearsal/People/PinholeCamera.h"
-#include "Rehearsal/Scenes/Placement.h"
+#include "Rehearsal/People/PeopleRenderer.h"
+#include "Rehearsal/Scenes/Movement.h"
 #include "UnlockCore/Foundation/Geometry.h"
 
 #include <array>

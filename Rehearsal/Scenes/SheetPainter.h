@@ -4,7 +4,6 @@
 #include "Rehearsal/Scenes/Optics.h"
 #include "Rehearsal/Scenes/SceneLight.h"
 #include "Rehearsal/Scenes/Sheet.h"
-#include "Rehearsal/Scenes/Shutter.h"
 #include "Rehearsal/Scenes/Texture.h"
 
 namespace marrowby {

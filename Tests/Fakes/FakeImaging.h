@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Foundation/AffineTransform.h"
+#include "UnlockCore/Foundation/Geometry.h"
 #include "UnlockCore/Platform/Imaging.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 #include "Kit/LockScreenWindow.h"
-#include "Tests/Fakes/FakeLockState.h"
+#include "Tests/Fakes/FakeScreenLock.h"
 #include "Tests/Fakes/FakeWindowServer.h"
 
 #include <gmock/gmock.h>

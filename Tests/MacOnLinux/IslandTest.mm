@@ -2,8 +2,8 @@
 
 #include "Kit/LockScreen.h"
 #include "Platforms/macOS/AppKitWindowServer.h"
-#include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
+#include "Tests/Fakes/FakeScreenLock.h"
 #include "Tests/MacOnLinux/SkyLight.h"
 #import "Tests/Unlock/macOS/WindowDriver.h"
 #include "Unlock/Island/LockScreenOverlayController.h"

@@ -7,9 +7,8 @@
 #include "Rehearsal/PrivateDesktop.h"
 #include "Rehearsal/ScreenLocker.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
-#include "UnlockCore/LockWatching/ForeignInputIdle.h"
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
-#include "UnlockCore/LockWatching/NotedKeyEvents.h"
+#include "UnlockCore/LockWatching/OwnKeystrokes.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 

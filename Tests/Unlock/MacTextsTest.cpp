@@ -1,7 +1,7 @@
 #include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Liveness/LivenessMode.h"
-#include "UnlockCore/PasswordEntry/KeystrokeError.h"
-#include "UnlockCore/Recognition/CameraError.h"
+#include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
+#include "UnlockCore/Recognition/CameraManager.h"
 #include "UnlockCore/Status/UnlockStatus.h"
 #include "UnlockCore/Storage/StorageError.h"
 

@@ -2,7 +2,7 @@
 
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/Platform/ModelFiles.h"
-#include "UnlockCore/Recognition/ModelSums.h"
+#include "UnlockCore/Recognition/FaceIdentity.h"
 
 #include <expected>
 #include <filesystem>

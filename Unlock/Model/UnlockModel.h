@@ -8,7 +8,6 @@
 #include "UnlockCore/Engine/UnlockReadiness.h"
 #include "UnlockCore/Engine/UnlockSettings.h"
 #include "UnlockCore/LockScreenServices/VaultAutoLocker.h"
-#include "UnlockCore/Recognition/CameraDevice.h"
 #include "UnlockCore/Recognition/CameraManager.h"
 #include "UnlockCore/Status/UnlockStatus.h"
 #include "UnlockCore/Storage/AppDataFolder.h"

@@ -1,6 +1,6 @@
 #include "Unlock/Pages/WelcomePresenter.h"
 
-#include "UnlockCore/Storage/CredentialError.h"
+#include "UnlockCore/Storage/StorageError.h"
 
 #include <algorithm>
 #include <utility>

@@ -4,9 +4,9 @@
 #include "UnlockCore/Engine/PasswordTyping.h"
 #include "UnlockCore/Engine/UnlockMachine.h"
 #include "UnlockCore/Engine/UnlockReadiness.h"
-#include "UnlockCore/LockWatching/ActivityWatching.h"
-#include "UnlockCore/LockWatching/SpaceKeyListening.h"
-#include "UnlockCore/Platform/LockStateReading.h"
+#include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
+#include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
+#include "UnlockCore/Platform/ScreenLock.h"
 
 #include <deque>
 #include <functional>

@@ -10,10 +10,10 @@
 #include "UnlockCore/Engine/UnlockFailure.h"
 #include "UnlockCore/Engine/UnlockSnapshot.h"
 #include "UnlockCore/Foundation/Time.h"
-#include "UnlockCore/Liveness/LivenessPrompt.h"
-#include "UnlockCore/LockWatching/InputActivity.h"
+#include "UnlockCore/Liveness/LivenessMode.h"
+#include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
 #include "UnlockCore/LockWatching/UnlockTriggerPolicy.h"
-#include "UnlockCore/Platform/LockEvent.h"
+#include "UnlockCore/Platform/ScreenLock.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <span>
+
 namespace marrowby {
 
 struct Point {
@@ -38,5 +41,35 @@ struct Rect {
 [[nodiscard]] Rect intersection(const Rect& a, const Rect& b);
 
 [[nodiscard]] double distance(const Point& a, const Point& b);
+
+/// The map x' = a x + c y + tx, y' = b x + d y + ty. The default is the identity.
+struct AffineTransform {
+    double a = 1;
+    double b = 0;
+    double c = 0;
+    double d = 1;
+    double tx = 0;
+    double ty = 0;
+
+    [[nodiscard]] Point apply(const Point& p) const {
+        return {a * p.x + c * p.y + tx, b * p.x + d * p.y + ty};
+    }
+    /// The map that applies this one first and `next` to its result.
+    [[nodiscard]] AffineTransform then(const AffineTransform& next) const;
+
+    friend bool operator==(const AffineTransform&, const AffineTransform&) = default;
+};
+
+/// Nothing without points.
+[[nodiscard]] inline std::optional<Point> meanPoint(std::span<const Point> points) {
+    if (points.empty()) return std::nullopt;
+    Point sum;
+    for (const Point& point : points) {
+        sum.x += point.x;
+        sum.y += point.y;
+    }
+    const auto count = static_cast<double>(points.size());
+    return Point{sum.x / count, sum.y / count};
+}
 
 }  // namespace marrowby

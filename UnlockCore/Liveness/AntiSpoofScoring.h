@@ -1,14 +1,23 @@
 #pragma once
 
 #include "UnlockCore/Foundation/Geometry.h"
-#include "UnlockCore/Liveness/AntiSpoofScore.h"
 #include "UnlockCore/Liveness/RGBPixels.h"
-#include "UnlockCore/Liveness/RealFaceModelError.h"
+#include "UnlockCore/Recognition/ModelError.h"
 
 #include <expected>
 #include <string_view>
 
 namespace marrowby {
+
+/// The real-face model's probabilities, 0…1, that one face is live: fused, and of the 2.7× and
+/// the 4.0× crop alone.
+struct AntiSpoofScore {
+    float live = 0;
+    float live27 = 0;
+    float live40 = 0;
+
+    friend bool operator==(const AntiSpoofScore&, const AntiSpoofScore&) = default;
+};
 
 /// Judges whether the face in a picture is live or a print or a screen. Any thread.
 class AntiSpoofScoring {

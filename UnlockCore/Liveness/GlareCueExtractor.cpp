@@ -1,6 +1,6 @@
 #include "UnlockCore/Liveness/GlareCueExtractor.h"
 
-#include "UnlockCore/Liveness/DrawnPixels.h"
+#include "UnlockCore/Liveness/ScreenCues.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Liveness/GlareSample.h"
+#include "UnlockCore/Liveness/ScreenCues.h"
 #include "UnlockCore/Platform/Imaging.h"
 
 #include <cstddef>

@@ -2,14 +2,12 @@
 
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Foundation/UUID.h"
-#include "UnlockCore/Liveness/AntiSpoofScore.h"
+#include "UnlockCore/Liveness/AntiSpoofScoring.h"
 #include "UnlockCore/Liveness/LivenessCue.h"
 #include "UnlockCore/Liveness/LivenessEvaluator.h"
 #include "UnlockCore/Liveness/LivenessFrame.h"
-#include "UnlockCore/Liveness/LivenessSnapshot.h"
 #include "UnlockCore/Liveness/LivenessTuning.h"
-#include "UnlockCore/Liveness/PlanarityResult.h"
-#include "UnlockCore/Liveness/PlanarityTuning.h"
+#include "UnlockCore/Liveness/Planarity.h"
 
 #include <optional>
 #include <set>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -25,5 +26,23 @@ inline constexpr std::array allLivenessCues{LivenessCue::realFace,       Livenes
 [[nodiscard]] std::string_view title(LivenessCue cue);
 [[nodiscard]] std::string_view description(LivenessCue cue);
 [[nodiscard]] std::string_view denialMessage(LivenessCue cue);
+
+/// One cue in one frame: how strongly it is present and how far the measurement can be trusted,
+/// both 0…1. Two zeros mean that nothing was measured.
+struct CueReading {
+    float level = 0;
+    float confidence = 0;
+
+    friend bool operator==(const CueReading&, const CueReading&) = default;
+};
+
+/// What a look has gathered about one cue. `hasFired` never goes back.
+struct LivenessCueState {
+    CueReading reading;
+    std::int64_t framesCounted = 0;
+    bool hasFired = false;
+
+    friend bool operator==(const LivenessCueState&, const LivenessCueState&) = default;
+};
 
 }  // namespace marrowby

@@ -1,15 +1,38 @@
 #pragma once
 
-#include "UnlockCore/Liveness/CueReading.h"
+#include "UnlockCore/Liveness/AntiSpoofScoring.h"
 #include "UnlockCore/Liveness/LivenessCue.h"
-#include "UnlockCore/Liveness/LivenessSnapshot.h"
+#include "UnlockCore/Liveness/LivenessDecision.h"
+#include "UnlockCore/Liveness/LivenessMode.h"
 #include "UnlockCore/Liveness/LivenessTuning.h"
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 
 namespace marrowby {
+
+/// The mean `live` probability of a look's newest scores, how many they are, and the newest one.
+/// Without scores there is neither mean nor newest.
+struct RealFaceAverage {
+    std::optional<float> mean;
+    std::int64_t frames = 0;
+    std::optional<AntiSpoofScore> latest;
+
+    friend bool operator==(const RealFaceAverage&, const RealFaceAverage&) = default;
+};
+
+/// A look's liveness after one frame. Any thread.
+struct LivenessSnapshot {
+    LivenessDecision decision;
+    LivenessMode mode = LivenessMode::standard;
+    std::map<LivenessCue, LivenessCueState> cueStates;
+    RealFaceAverage realFace;
+    std::int64_t frameCount = 0;
+
+    friend bool operator==(const LivenessSnapshot&, const LivenessSnapshot&) = default;
+};
 
 /// Turns the readings of a look's frames into one decision. Any one deny cue that has fired denies
 /// for good; confirming takes the model's sustained agreement and, in strict mode, a head turn. A

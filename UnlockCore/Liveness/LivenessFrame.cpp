@@ -1,7 +1,7 @@
 #include "UnlockCore/Liveness/LivenessFrame.h"
 
+#include "UnlockCore/Foundation/Geometry.h"
 #include "UnlockCore/Recognition/FaceAligner.h"
-#include "UnlockCore/Recognition/MeanPoint.h"
 
 #include <cmath>
 #include <cstdint>

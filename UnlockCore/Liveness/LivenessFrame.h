@@ -1,16 +1,27 @@
 #pragma once
 
+#include "UnlockCore/Foundation/Geometry.h"
 #include "UnlockCore/Foundation/Time.h"
-#include "UnlockCore/Liveness/AntiSpoofScore.h"
-#include "UnlockCore/Liveness/GlareSample.h"
-#include "UnlockCore/Liveness/LandmarkPoint.h"
-#include "UnlockCore/Liveness/MoireSample.h"
+#include "UnlockCore/Liveness/AntiSpoofScoring.h"
+#include "UnlockCore/Liveness/ScreenCues.h"
+#include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Recognition/DetectedFace.h"
 
+#include <cstdint>
 #include <optional>
 #include <vector>
 
 namespace marrowby {
+
+/// One landmark of a face in one frame; two frames' points are paired by region and index.
+struct LandmarkPoint {
+    /// Image pixels, origin at the top-left.
+    Point point;
+    LandmarkRegion region = LandmarkRegion::leftEye;
+    std::int64_t indexInRegion = 0;
+
+    friend bool operator==(const LandmarkPoint&, const LandmarkPoint&) = default;
+};
 
 /// What one camera frame tells about its face. What was not measured is absent.
 struct LivenessFrame {

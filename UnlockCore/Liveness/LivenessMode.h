@@ -21,4 +21,15 @@ enum class LivenessMode { standard, strict };
 /// What the mode adds, for the settings; empty where it adds nothing.
 [[nodiscard]] std::string settingsNote(LivenessMode mode, const PlatformWords& words);
 
+/// What a strict look may ask of the person in front of the camera: a small turn of the head.
+enum class LivenessPrompt { turnHead };
+
+[[nodiscard]] constexpr std::string_view rawValue(LivenessPrompt prompt) {
+    switch (prompt) {
+        case LivenessPrompt::turnHead:
+            return "turnHead";
+    }
+    return {};
+}
+
 }  // namespace marrowby

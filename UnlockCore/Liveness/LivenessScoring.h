@@ -1,12 +1,9 @@
 #pragma once
 
-#include "UnlockCore/Liveness/CueReading.h"
-#include "UnlockCore/Liveness/GlareSample.h"
 #include "UnlockCore/Liveness/LivenessCue.h"
 #include "UnlockCore/Liveness/LivenessFrame.h"
-#include "UnlockCore/Liveness/MoireSample.h"
-#include "UnlockCore/Liveness/PlanarityResult.h"
-#include "UnlockCore/Liveness/PlanarityTuning.h"
+#include "UnlockCore/Liveness/Planarity.h"
+#include "UnlockCore/Liveness/ScreenCues.h"
 
 #include <map>
 #include <optional>

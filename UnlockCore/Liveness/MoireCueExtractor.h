@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Liveness/MoireSample.h"
+#include "UnlockCore/Liveness/ScreenCues.h"
 #include "UnlockCore/Platform/FourierTransform.h"
 
 #include <cstdint>

@@ -3,7 +3,6 @@
 #include "Kit/CameraUseRegistry.h"
 #include "UnlockCore/Engine/FaceScanning.h"
 #include "UnlockCore/Liveness/AntiSpoofScoring.h"
-#include "UnlockCore/Liveness/RealFaceModelError.h"
 #include "UnlockCore/Platform/CaptureSession.h"
 #include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Platform/FourierTransform.h"
@@ -14,7 +13,7 @@
 #include "UnlockCore/Platform/WorkQueues.h"
 #include "UnlockCore/Recognition/CameraManager.h"
 #include "UnlockCore/Recognition/FaceEmbedder.h"
-#include "UnlockCore/Recognition/FaceModelError.h"
+#include "UnlockCore/Recognition/ModelError.h"
 
 #include <expected>
 #include <functional>

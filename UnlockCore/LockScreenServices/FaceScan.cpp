@@ -3,10 +3,10 @@
 #include "UnlockCore/Foundation/Fatal.h"
 #include "UnlockCore/Liveness/DeviceBezelDetector.h"
 #include "UnlockCore/Liveness/LivenessTuning.h"
-#include "UnlockCore/Liveness/PlanarityTuning.h"
+#include "UnlockCore/Liveness/Planarity.h"
 #include "UnlockCore/Liveness/RGBPixels.h"
 #include "UnlockCore/Liveness/ScreenCues.h"
-#include "UnlockCore/Platform/RunBeside.h"
+#include "UnlockCore/Platform/WorkQueues.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
 #include "UnlockCore/Recognition/FaceMatcher.h"
 

@@ -6,9 +6,9 @@
 #include "UnlockCore/Liveness/DeviceBezelDetector.h"
 #include "UnlockCore/Liveness/FramePace.h"
 #include "UnlockCore/Liveness/LivenessAnalyzer.h"
+#include "UnlockCore/Liveness/LivenessEvaluator.h"
 #include "UnlockCore/Liveness/LivenessFrame.h"
 #include "UnlockCore/Liveness/LivenessMode.h"
-#include "UnlockCore/Liveness/LivenessSnapshot.h"
 #include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Platform/FourierTransform.h"
 #include "UnlockCore/Platform/Imaging.h"
@@ -16,8 +16,6 @@
 #include "UnlockCore/Platform/WorkQueues.h"
 #include "UnlockCore/Recognition/CameraFrame.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
-#include "UnlockCore/Recognition/FaceRecognition.h"
-#include "UnlockCore/Recognition/FaceRecognitionError.h"
 #include "UnlockCore/Recognition/FaceRecognizer.h"
 
 #include <cstdint>

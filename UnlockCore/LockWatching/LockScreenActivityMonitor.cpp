@@ -5,6 +5,18 @@
 #include <ratio>
 
 namespace marrowby {
+
+std::optional<TimeInterval> IdleResetDetector::see(TimeInterval inputUptime) {
+    if (!lastEventUptime) {
+        lastEventUptime = inputUptime;
+        return std::nullopt;
+    }
+    const TimeInterval gap = inputUptime - *lastEventUptime;
+    if (!(gap > tolerance)) return std::nullopt;
+    lastEventUptime = inputUptime;
+    return gap;
+}
+
 namespace {
 
 /// What the event system says before it has seen any input is beyond every real idle time.

@@ -1,16 +1,44 @@
 #pragma once
 
-#include "UnlockCore/LockWatching/ActivityWatching.h"
-#include "UnlockCore/LockWatching/IdleResetDetector.h"
-#include "UnlockCore/LockWatching/InputActivity.h"
+#include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Platform/InputIdle.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/SystemClock.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace marrowby {
+
+/// Somebody touched the keyboard, the mouse or the trackpad.
+struct InputActivity {
+    Date at;
+    /// How long there had been no input before this one.
+    TimeInterval quietFor{};
+
+    friend bool operator==(const InputActivity&, const InputActivity&) = default;
+};
+
+/// Watches for input of any kind. Main thread. Starting twice and stopping twice are harmless.
+class ActivityWatching {
+  public:
+    virtual ~ActivityWatching() = default;
+    virtual void start() = 0;
+    virtual void stop() = 0;
+};
+
+/// Tells new input from input seen before by the system uptime at which it happened.
+struct IdleResetDetector {
+    /// A change of the last input's time by no more than this is not a new input.
+    TimeInterval tolerance{0.05};
+    /// Nothing until the first input is seen.
+    std::optional<TimeInterval> lastEventUptime;
+
+    /// The gap between the input seen before and this one, when this one is new. The first only
+    /// calibrates.
+    [[nodiscard]] std::optional<TimeInterval> see(TimeInterval inputUptime);
+};
 
 /// Polls the idle time while it is started and reports each fresh input. Main thread. The services
 /// outlive it.

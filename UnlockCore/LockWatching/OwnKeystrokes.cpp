@@ -1,6 +1,11 @@
 #include "UnlockCore/LockWatching/OwnKeystrokes.h"
 
+#include <cmath>
+#include <ratio>
+#include <utility>
+
 namespace marrowby {
+
 namespace {
 
 /// Pauses within one typing are shorter; a user who types in them is not told apart.
@@ -38,6 +43,64 @@ void OwnKeystrokes::end() {
     const TimeInterval now = uptimes_.systemUptime();
     const MutexLock lock(mutex_);
     if (last_) last_->end = now;
+}
+
+TimeInterval ForeignInputIdle::secondsSinceLastInput() const {
+    return withoutOwnKeys(idle_.secondsSinceLastInput());
+}
+
+std::optional<std::uint64_t> ForeignInputIdle::registryIdleNanoseconds() const {
+    using Nanoseconds = std::chrono::duration<double, std::nano>;
+    const auto idle = idle_.registryIdleNanoseconds();
+    if (!idle) return std::nullopt;
+    const Nanoseconds foreign = withoutOwnKeys(Nanoseconds(static_cast<double>(*idle)));
+    return static_cast<std::uint64_t>(foreign.count());
+}
+
+TimeInterval ForeignInputIdle::withoutOwnKeys(TimeInterval idle) const {
+    if (!std::isfinite(idle.count())) return idle;
+    const TimeInterval now = systemUptime();
+    const auto own = own_.burst(now - idle);
+    if (own) return now - lastForeignInput_.value_or(own->begin);
+    lastForeignInput_ = now - idle;
+    return idle;
+}
+
+namespace {
+
+class NotedSource final : public KeyEventSource {
+  public:
+    NotedSource(std::unique_ptr<KeyEventSource> source, OwnKeystrokes& own)
+        : source_(std::move(source)), own_(own) {}
+
+    [[nodiscard]] bool isAdmitted(const std::function<bool()>& stillLocked) override {
+        const OwnKeystrokes::Posting posting(own_);
+        return source_->isAdmitted(stillLocked);
+    }
+    [[nodiscard]] KeyPace pace() const override { return source_->pace(); }
+    [[nodiscard]] bool post(const KeyPress& press) override {
+        const OwnKeystrokes::Posting posting(own_);
+        return source_->post(press);
+    }
+    [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
+        const OwnKeystrokes::Posting posting(own_);
+        return source_->postText(units, down);
+    }
+    [[nodiscard]] bool isUndisturbed() override { return source_->isUndisturbed(); }
+    void settle(const std::function<bool()>& stillLocked) override { source_->settle(stillLocked); }
+
+  private:
+    std::unique_ptr<KeyEventSource> source_;
+    OwnKeystrokes& own_;
+};
+
+}  // namespace
+
+std::unique_ptr<KeyEventSource> NotedKeyEvents::makeSource(std::span<const char16_t> text,
+                                                           std::span<const std::uint32_t> codes) {
+    auto source = keyEvents_.makeSource(text, codes);
+    if (!source) return nullptr;
+    return std::make_unique<NotedSource>(std::move(source), own_);
 }
 
 }  // namespace marrowby

@@ -3,9 +3,13 @@
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Platform/InputIdle.h"
+#include "UnlockCore/Platform/KeyEvents.h"
 
+#include <cstdint>
 #include <limits>
+#include <memory>
 #include <optional>
+#include <span>
 
 namespace marrowby {
 
@@ -45,6 +49,41 @@ class OwnKeystrokes {
     const InputIdle& uptimes_;
     mutable Mutex mutex_;
     std::optional<Burst> last_ GUARDED_BY(mutex_);
+};
+
+/// The idle time of everybody but this process. Main thread. Both outlive it.
+class ForeignInputIdle final : public InputIdle {
+  public:
+    ForeignInputIdle(const InputIdle& idle, const OwnKeystrokes& own) : idle_(idle), own_(own) {}
+
+    [[nodiscard]] TimeInterval secondsSinceLastInput() const override;
+    [[nodiscard]] std::optional<std::uint64_t> registryIdleNanoseconds() const override;
+    [[nodiscard]] TimeInterval systemUptime() const override { return idle_.systemUptime(); }
+
+  private:
+    /// `idle`, or the time since the input before our own keys.
+    [[nodiscard]] TimeInterval withoutOwnKeys(TimeInterval idle) const;
+
+    const InputIdle& idle_;
+    const OwnKeystrokes& own_;
+    mutable std::optional<TimeInterval> lastForeignInput_;
+};
+
+/// A keyboard whose keys are noted as this process's own. Both outlive it and its sources.
+class NotedKeyEvents final : public KeyEvents {
+  public:
+    NotedKeyEvents(KeyEvents& keyEvents, OwnKeystrokes& own) : keyEvents_(keyEvents), own_(own) {}
+
+    [[nodiscard]] bool isTrusted() const override { return keyEvents_.isTrusted(); }
+    [[nodiscard]] bool mayPost() const override { return keyEvents_.mayPost(); }
+    [[nodiscard]] KeyDialect dialect() const override { return keyEvents_.dialect(); }
+    [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
+        std::span<const char16_t> text, std::span<const std::uint32_t> codes) override;
+    void pause(TimeInterval duration) override { keyEvents_.pause(duration); }
+
+  private:
+    KeyEvents& keyEvents_;
+    OwnKeystrokes& own_;
 };
 
 }  // namespace marrowby

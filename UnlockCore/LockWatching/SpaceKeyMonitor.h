@@ -1,13 +1,21 @@
 #pragma once
 
 #include "UnlockCore/LockWatching/OwnKeystrokes.h"
-#include "UnlockCore/LockWatching/SpaceKeyListening.h"
 #include "UnlockCore/Platform/SpaceKeys.h"
 
 #include <functional>
 #include <memory>
 
 namespace marrowby {
+
+/// Listens for presses of the Space key. Main thread. Starting twice and stopping twice are
+/// harmless.
+class SpaceKeyListening {
+  public:
+    virtual ~SpaceKeyListening() = default;
+    virtual void start() = 0;
+    virtual void stop() = 0;
+};
 
 /// Reports presses of the Space key on any keyboard, but not those of this process's own typing,
 /// while it is started. Main thread. The keys and the keystrokes outlive it.

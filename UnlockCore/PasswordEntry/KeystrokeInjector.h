@@ -1,16 +1,23 @@
 #pragma once
 
-#include "UnlockCore/PasswordEntry/KeystrokeError.h"
 #include "UnlockCore/Platform/KeyEvents.h"
+#include "UnlockCore/Platform/PlatformWords.h"
 
 #include <cstdint>
 #include <expected>
 #include <functional>
 #include <memory>
 #include <span>
+#include <string>
 #include <utility>
 
 namespace marrowby {
+
+/// Why the password was not typed, or not to its end.
+enum class KeystrokeError { noAccessibility, notLocked, invalidText, eventFailed, noLocker };
+
+/// The sentence for the user.
+[[nodiscard]] std::string description(KeystrokeError error, const PlatformWords& words);
 
 /// How one typing went, and the keyboard that it still holds, which may be needed for seconds by a
 /// lock screen that is behind: report the outcome, then destroy this (it may block). Holds no text.

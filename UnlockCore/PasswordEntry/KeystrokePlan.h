@@ -1,13 +1,51 @@
 #pragma once
 
-#include "UnlockCore/PasswordEntry/KeystrokeAction.h"
+#include "UnlockCore/Foundation/Time.h"
+#include "UnlockCore/Platform/KeyEvents.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
+#include <string_view>
+#include <variant>
 #include <vector>
 
 namespace marrowby {
+
+namespace keystrokeaction {
+
+struct Post {
+    KeyPress press;
+    friend bool operator==(const Post&, const Post&) = default;
+};
+/// A piece of the text by its place, so that a plan holds no secret.
+struct Text {
+    std::size_t offset = 0;
+    std::size_t count = 0;
+    bool down = false;
+    friend bool operator==(const Text&, const Text&) = default;
+};
+struct Pause {
+    TimeInterval duration{};
+    friend bool operator==(const Pause&, const Pause&) = default;
+};
+/// Give up here unless the screen is still locked, by the same locker, and nobody types.
+struct LockCheck {
+    friend bool operator==(const LockCheck&, const LockCheck&) = default;
+};
+
+}  // namespace keystrokeaction
+
+/// One step of typing a text into the lock screen.
+struct KeystrokeAction : std::variant<keystrokeaction::Post, keystrokeaction::Text,
+                                      keystrokeaction::Pause, keystrokeaction::LockCheck> {
+    using Post = keystrokeaction::Post;
+    using Text = keystrokeaction::Text;
+    using Pause = keystrokeaction::Pause;
+    using LockCheck = keystrokeaction::LockCheck;
+    using variant::variant;
+};
 
 /// Every step of entering a text, in order: the field is cleared first, so that nothing in it can
 /// stand before the password, then the text in chunks, then Return. Before each burst stands a lock
@@ -33,5 +71,13 @@ struct KeystrokePlan {
     /// The code of each key that a plan in this dialect may press beside the text, once.
     [[nodiscard]] static std::vector<std::uint32_t> codes(KeyDialect dialect);
 };
+
+namespace typablepassword {
+
+/// The sentence for the user why this password (UTF-8) can't be typed at a lock screen; nothing
+/// where it can.
+[[nodiscard]] std::optional<std::string_view> objection(std::span<const std::uint8_t> password);
+
+}  // namespace typablepassword
 
 }  // namespace marrowby

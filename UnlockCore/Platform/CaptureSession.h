@@ -1,7 +1,7 @@
 #pragma once
 
-#include "UnlockCore/Foundation/PixelFormat.h"
-#include "UnlockCore/Platform/SourceImage.h"
+#include "UnlockCore/Foundation/Bitmap.h"
+#include "UnlockCore/Platform/Imaging.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
 #include <cstddef>

@@ -2,7 +2,6 @@
 
 #include "UnlockCore/Foundation/Bitmap.h"
 #include "UnlockCore/Foundation/Geometry.h"
-#include "UnlockCore/Platform/LandmarkRegion.h"
 
 #include <expected>
 #include <map>
@@ -13,6 +12,21 @@
 #include <vector>
 
 namespace marrowby {
+
+/// The parts of a face that a landmark finder reports, left and right as the finder names them; the
+/// position in the list is the region's index.
+enum class LandmarkRegion {
+    leftEye,
+    rightEye,
+    leftEyebrow,
+    rightEyebrow,
+    nose,
+    noseCrest,
+    outerLips,
+    innerLips,
+    faceContour,
+    medianLine,
+};
 
 /// A face's rectangle as the finder reports it.
 struct FaceRectangleObservation {

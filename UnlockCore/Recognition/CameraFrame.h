@@ -4,7 +4,6 @@
 #include "UnlockCore/Foundation/Geometry.h"
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Platform/Imaging.h"
-#include "UnlockCore/Platform/SourceImage.h"
 
 #include <cstdint>
 #include <memory>

@@ -4,10 +4,9 @@
 #include "UnlockCore/Platform/CaptureSession.h"
 #include "UnlockCore/Platform/Imaging.h"
 #include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/PlatformWords.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/WorkQueues.h"
-#include "UnlockCore/Recognition/CameraDevice.h"
-#include "UnlockCore/Recognition/CameraError.h"
 #include "UnlockCore/Recognition/CameraFrame.h"
 
 #include <expected>
@@ -16,9 +15,47 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace marrowby {
+
+/// A camera the user can choose.
+struct CameraDevice {
+    /// The system-wide unique ID.
+    std::string id;
+    /// In the user's language.
+    std::string name;
+
+    friend bool operator==(const CameraDevice&, const CameraDevice&) = default;
+};
+
+namespace cameraerror {
+
+struct CannotOpen {
+    std::string reason;
+    friend bool operator==(const CannotOpen&, const CannotOpen&) = default;
+};
+struct NotAllowed {
+    friend bool operator==(const NotAllowed&, const NotAllowed&) = default;
+};
+struct NoCamera {
+    friend bool operator==(const NoCamera&, const NoCamera&) = default;
+};
+
+}  // namespace cameraerror
+
+/// Why a camera could not be started.
+struct CameraError
+    : std::variant<cameraerror::CannotOpen, cameraerror::NotAllowed, cameraerror::NoCamera> {
+    using CannotOpen = cameraerror::CannotOpen;
+    using NotAllowed = cameraerror::NotAllowed;
+    using NoCamera = cameraerror::NoCamera;
+    using variant::variant;
+};
+
+/// The sentence for the user.
+[[nodiscard]] std::string description(const CameraError& error, const PlatformWords& words);
 
 /// One capture session on one camera: starts and stops it, and makes a CameraFrame of every
 /// picture. Main thread, except that frames are made and handed over on its own serial queue. A

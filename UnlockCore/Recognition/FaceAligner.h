@@ -3,15 +3,35 @@
 #include "UnlockCore/Foundation/Bitmap.h"
 #include "UnlockCore/Foundation/Geometry.h"
 #include "UnlockCore/Platform/Imaging.h"
-#include "UnlockCore/Recognition/AlignedFace.h"
 #include "UnlockCore/Recognition/DetectedFace.h"
-#include "UnlockCore/Recognition/FaceLandmarks.h"
 
 #include <array>
 #include <optional>
 #include <span>
+#include <string_view>
 
 namespace marrowby {
+
+/// How many reference points an alignment rests on.
+enum class AlignmentTier { fivePoint, twoPoint };
+
+[[nodiscard]] std::optional<AlignmentTier> alignmentTier(std::string_view rawValue);
+[[nodiscard]] std::string_view rawValue(AlignmentTier tier);
+
+/// A face turned upright, its eyes, nose and mouth corners at fixed positions.
+struct AlignedFace {
+    /// 112 × 112, rgbx8.
+    Bitmap image;
+    AlignmentTier tier = AlignmentTier::fivePoint;
+    /// The similarity from the picture's pixels to the crop's, both with the origin at the
+    /// top-left.
+    AffineTransform transform;
+};
+
+/// The least-squares similarity (rotation, uniform scale, shift: c = -b, d = a) that maps `source`
+/// to `destination`, pair by pair. Nothing where the counts differ or the source points coincide.
+[[nodiscard]] std::optional<AffineTransform> fitSimilarity(std::span<const Point> source,
+                                                           std::span<const Point> destination);
 
 /// Cuts a detected face out of its picture, upright, as the networks expect it. Any thread.
 class FaceAligner {

@@ -1,6 +1,6 @@
 #include "UnlockCore/Recognition/FaceDetector.h"
 
-#include "UnlockCore/Recognition/MeanPoint.h"
+#include "UnlockCore/Foundation/Geometry.h"
 
 #include <cstddef>
 #include <utility>

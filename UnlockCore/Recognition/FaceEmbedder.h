@@ -2,7 +2,7 @@
 
 #include "UnlockCore/Foundation/Bitmap.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
-#include "UnlockCore/Recognition/FaceModelError.h"
+#include "UnlockCore/Recognition/ModelError.h"
 
 #include <cstdint>
 #include <expected>

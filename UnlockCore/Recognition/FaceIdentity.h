@@ -3,14 +3,17 @@
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Foundation/UUID.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
-#include "UnlockCore/Recognition/ModelSums.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace marrowby {
+
+/// Networks that work together: the SHA-256 of each one's file, 64 lower-case digits, by its role.
+using ModelSums = std::map<std::string, std::string>;
 
 /// One captured view of an enrolled face.
 struct FaceSample {

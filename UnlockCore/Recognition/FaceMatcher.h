@@ -1,7 +1,6 @@
 #pragma once
 
 #include "UnlockCore/Recognition/FaceIdentity.h"
-#include "UnlockCore/Recognition/ScoredIdentity.h"
 
 #include <optional>
 #include <span>
@@ -9,6 +8,17 @@
 #include <vector>
 
 namespace marrowby {
+
+/// How alike a face is to an enrolled one, as cosine similarities.
+struct ScoredIdentity {
+    FaceIdentity identity;
+    /// To the mean of the samples.
+    float templateSimilarity = 0;
+    /// To the most alike single sample.
+    float bestSampleSimilarity = 0;
+
+    friend bool operator==(const ScoredIdentity&, const ScoredIdentity&) = default;
+};
 
 /// Compares one embedding with the enrolled faces.
 namespace facematcher {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "UnlockCore/Foundation/Bitmap.h"
 #include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Platform/Imaging.h"
 #include "UnlockCore/Recognition/CameraFrame.h"
@@ -7,14 +8,61 @@
 #include "UnlockCore/Recognition/FaceAligner.h"
 #include "UnlockCore/Recognition/FaceDetector.h"
 #include "UnlockCore/Recognition/FaceEmbedder.h"
-#include "UnlockCore/Recognition/FaceRecognition.h"
-#include "UnlockCore/Recognition/FaceRecognitionError.h"
+#include "UnlockCore/Recognition/FaceEmbedding.h"
+#include "UnlockCore/Recognition/ModelError.h"
 
 #include <expected>
 #include <memory>
 #include <optional>
+#include <string>
+#include <variant>
 
 namespace marrowby {
+
+/// The face of one frame, ready to be compared.
+struct FaceRecognition {
+    /// Normalised.
+    Embedding embedding;
+    /// 112 × 112, rgbx8.
+    Bitmap alignedImage;
+    AlignmentTier alignmentTier = AlignmentTier::fivePoint;
+    DetectedFace face;
+};
+
+namespace facerecognitionerror {
+
+struct NoFace {
+    friend bool operator==(const NoFace&, const NoFace&) = default;
+};
+struct CannotAlign {
+    friend bool operator==(const CannotAlign&, const CannotAlign&) = default;
+};
+/// The search for faces itself failed; the text is the system's own.
+struct DetectionFailed {
+    std::string systemText;
+    friend bool operator==(const DetectionFailed&, const DetectionFailed&) = default;
+};
+
+/// The face reaches so far over the picture's edge that it couldn't be lined up.
+struct CutOff {
+    friend bool operator==(const CutOff&, const CutOff&) = default;
+};
+
+}  // namespace facerecognitionerror
+
+/// Why a frame gave no recognised face.
+struct FaceRecognitionError
+    : std::variant<facerecognitionerror::NoFace, facerecognitionerror::CannotAlign, FaceModelError,
+                   facerecognitionerror::DetectionFailed, facerecognitionerror::CutOff> {
+    using NoFace = facerecognitionerror::NoFace;
+    using CannotAlign = facerecognitionerror::CannotAlign;
+    using DetectionFailed = facerecognitionerror::DetectionFailed;
+    using CutOff = facerecognitionerror::CutOff;
+    using variant::variant;
+};
+
+/// The sentence for the user.
+[[nodiscard]] std::string description(const FaceRecognitionError& error);
 
 /// One camera frame to one recognised face. One thread at a time.
 class FaceRecognizer {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "UnlockCore/Recognition/FaceIdentity.h"
-#include "UnlockCore/Storage/FaceIdentityCodingError.h"
+#include "UnlockCore/Storage/StorageError.h"
 
 #include <cstdint>
 #include <expected>

@@ -2,9 +2,64 @@
 
 namespace marrowby {
 
+std::string description(VaultError error, const PlatformWords& words) {
+    switch (error) {
+        case VaultError::locked:
+            return "Marrowby Unlock needs your " + std::string(words.ownerCheck.yours) + " first.";
+        case VaultError::keyMissingButDataExists:
+            return "The key for your saved face and password is missing, but they’re still saved. "
+                   "Nothing was deleted. Remove them in Settings to start again.";
+        case VaultError::badKey:
+            return "The saved key isn’t a key Marrowby Unlock made.";
+        case VaultError::sealFailed:
+            return "Couldn’t encrypt.";
+        case VaultError::openFailed:
+            return "Couldn’t decrypt: the saved data may be damaged.";
+        case VaultError::unknownFormat:
+            return "The saved data is in a format this version doesn’t know.";
+    }
+    return {};
+}
+
 namespace {
 
-struct Description {
+struct DescribeFaceStore {
+    std::string operator()(const FaceStoreError::Unreadable& error) const {
+        return "Your saved face couldn’t be read, so nothing was changed (writing now would "
+               "replace it). " +
+               error.reason;
+    }
+    std::string operator()(const FaceStoreError::NotLoaded& /*unused*/) const {
+        return "Your saved face hasn’t been opened yet.";
+    }
+    std::string operator()(const FaceStoreError::EmptyEnrolment& /*unused*/) const {
+        return "Nothing was captured.";
+    }
+};
+
+}  // namespace
+
+std::string description(const FaceStoreError& error) {
+    return std::visit(DescribeFaceStore{}, error);
+}
+
+std::string description(const FaceIdentityCodingError& error) {
+    return "The saved face isn’t in the expected format: " + error.reason + ".";
+}
+
+std::string_view description(CredentialError error) {
+    switch (error) {
+        case CredentialError::empty:
+            return "The password is empty.";
+        case CredentialError::none:
+            return "No password is saved.";
+    }
+    return {};
+}
+
+namespace {
+
+struct Describe {
     const PlatformWords& words;
 
     // The system's own errors bring their localized text with them.
@@ -22,7 +77,7 @@ struct Description {
 }  // namespace
 
 std::string description(const StorageError& error, const PlatformWords& words) {
-    return std::visit(Description{.words = words}, error);
+    return std::visit(Describe{.words = words}, error);
 }
 
 }  // namespace marrowby

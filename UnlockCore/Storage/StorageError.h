@@ -1,19 +1,73 @@
 #pragma once
 
-#include "UnlockCore/Foundation/SecretPages.h"
+#include "UnlockCore/Foundation/SecretBytes.h"
 #include "UnlockCore/Platform/FileSystem.h"
-#include "UnlockCore/Platform/KeychainError.h"
 #include "UnlockCore/Platform/OwnerCheck.h"
 #include "UnlockCore/Platform/PlatformWords.h"
-#include "UnlockCore/Storage/CredentialError.h"
-#include "UnlockCore/Storage/FaceIdentityCodingError.h"
-#include "UnlockCore/Storage/FaceStoreError.h"
-#include "UnlockCore/Storage/VaultError.h"
+#include "UnlockCore/Platform/VaultKeyStore.h"
 
 #include <string>
+#include <string_view>
 #include <variant>
 
 namespace marrowby {
+
+/// Why the vault can't give, make or use its key.
+enum class VaultError {
+    locked,
+    keyMissingButDataExists,
+    badKey,
+    sealFailed,
+    openFailed,
+    unknownFormat,
+};
+
+/// The sentence for the user.
+[[nodiscard]] std::string description(VaultError error, const PlatformWords& words);
+
+namespace facestoreerror {
+
+struct Unreadable {
+    /// The sentence of the error that reading met.
+    std::string reason;
+    friend bool operator==(const Unreadable&, const Unreadable&) = default;
+};
+struct NotLoaded {
+    friend bool operator==(const NotLoaded&, const NotLoaded&) = default;
+};
+struct EmptyEnrolment {
+    friend bool operator==(const EmptyEnrolment&, const EmptyEnrolment&) = default;
+};
+
+}  // namespace facestoreerror
+
+/// Why the face store refuses.
+struct FaceStoreError : std::variant<facestoreerror::Unreadable, facestoreerror::NotLoaded,
+                                     facestoreerror::EmptyEnrolment> {
+    using Unreadable = facestoreerror::Unreadable;
+    using NotLoaded = facestoreerror::NotLoaded;
+    using EmptyEnrolment = facestoreerror::EmptyEnrolment;
+    using variant::variant;
+};
+
+/// The sentence for the user.
+[[nodiscard]] std::string description(const FaceStoreError& error);
+
+/// Why text is not a list of enrolled faces, or a list can't be written as text.
+struct FaceIdentityCodingError {
+    std::string reason;
+    friend bool operator==(const FaceIdentityCodingError&,
+                           const FaceIdentityCodingError&) = default;
+};
+
+/// The sentence for the user.
+[[nodiscard]] std::string description(const FaceIdentityCodingError& error);
+
+/// Why there is no password to save or to use.
+enum class CredentialError { empty, none };
+
+/// The fixed sentence for the user.
+[[nodiscard]] std::string_view description(CredentialError error);
 
 /// Whatever opening the vault, or reading and writing what it protects, can meet; passed on
 /// unchanged.

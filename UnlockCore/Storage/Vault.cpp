@@ -9,6 +9,16 @@
 
 namespace marrowby {
 
+std::string_view rawValue(VaultPurpose purpose) {
+    switch (purpose) {
+        case VaultPurpose::faces:
+            return "faces";
+        case VaultPurpose::password:
+            return "password";
+    }
+    return {};
+}
+
 namespace {
 
 constexpr std::uint8_t formatVersion = 0x01;

@@ -9,7 +9,6 @@
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/VaultKeyStore.h"
 #include "UnlockCore/Storage/StorageError.h"
-#include "UnlockCore/Storage/VaultPurpose.h"
 
 #include <cstdint>
 #include <expected>
@@ -18,9 +17,15 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace marrowby {
+
+/// What a sealed blob is for. Bound into the blob, so that one kind never opens as the other.
+enum class VaultPurpose { faces, password };
+
+[[nodiscard]] std::string_view rawValue(VaultPurpose purpose);
 
 /// Holds the one key that protects everything saved, from the owner's confirmation until locked.
 /// Any thread where nothing else is said. What it is made of outlives it.

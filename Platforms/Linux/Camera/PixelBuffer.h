@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Platform/SourceImage.h"
+#include "UnlockCore/Platform/Imaging.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "UnlockCore/Foundation/SecretPages.h"
+#include "UnlockCore/Foundation/SecretBytes.h"
 
 #include <string.h>
 #include <sys/mman.h>

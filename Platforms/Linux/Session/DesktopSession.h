@@ -1,9 +1,8 @@
 #pragma once
 
 #include "UnlockCore/Platform/InputIdle.h"
-#include "UnlockCore/Platform/LockEventWatching.h"
-#include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/ScreenLock.h"
 #include "UnlockCore/Platform/SpaceKeys.h"
 
 #include <functional>

@@ -4,9 +4,8 @@
 #include "Platforms/Linux/Session/ScreenSaverWatcher.h"
 #include "Platforms/Linux/Session/SessionState.h"
 #include "Platforms/Linux/X11/X11Display.h"
-#include "UnlockCore/Platform/LockEventWatching.h"
-#include "UnlockCore/Platform/LockStateReading.h"
 #include "UnlockCore/Platform/MainThread.h"
+#include "UnlockCore/Platform/ScreenLock.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Platform/LockEvent.h"
+#include "UnlockCore/Platform/ScreenLock.h"
 
 #include <optional>
 #include <vector>

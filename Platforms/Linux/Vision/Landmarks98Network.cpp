@@ -1,7 +1,7 @@
 #include "Platforms/Linux/Vision/Landmarks98Network.h"
 
 #include "Platforms/Linux/Vision/OpenCvNetwork.h"
-#include "UnlockCore/Platform/RunBeside.h"
+#include "UnlockCore/Platform/WorkQueues.h"
 
 #include <algorithm>
 #include <cmath>

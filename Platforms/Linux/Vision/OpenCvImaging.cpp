@@ -2,7 +2,7 @@
 
 #include "Platforms/Linux/Camera/PixelBuffer.h"
 #include "Platforms/Linux/Vision/BitmapMat.h"
-#include "UnlockCore/Platform/RenderPlan.h"
+#include "UnlockCore/Platform/Imaging.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/Platform/InputIdle.h"
-#include "UnlockCore/Platform/LockStateReading.h"
+#include "UnlockCore/Platform/ScreenLock.h"
 #include "UnlockCore/Platform/SpaceKeys.h"
 
 #include <atomic>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Platform/LockStateReading.h"
+#include "UnlockCore/Platform/ScreenLock.h"
 
 #include <expected>
 #include <memory>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platforms/macOS/Rules/NotificationCenter.h"
-#include "UnlockCore/Platform/LockEventWatching.h"
+#include "UnlockCore/Platform/ScreenLock.h"
 
 #include <optional>
 #include <vector>

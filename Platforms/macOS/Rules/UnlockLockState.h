@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platforms/macOS/Rules/LoginSession.h"
-#include "UnlockCore/Platform/LockStateReading.h"
+#include "UnlockCore/Platform/ScreenLock.h"
 
 #include <optional>
 #include <string>

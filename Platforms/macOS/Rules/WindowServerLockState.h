@@ -2,7 +2,7 @@
 
 #include "Platforms/macOS/Rules/LoginSession.h"
 #include "Platforms/macOS/Rules/UnlockLockState.h"
-#include "UnlockCore/Platform/LockStateReading.h"
+#include "UnlockCore/Platform/ScreenLock.h"
 
 namespace marrowby {
 

@@ -2,7 +2,7 @@
 
 #include "Platforms/Linux/X11/XTestKeyEvents.h"
 #include "Rehearsal/ChildProcess.h"
-#include "UnlockCore/PasswordEntry/KeystrokeError.h"
+#include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,5 +1,5 @@
-#include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
+#include "Tests/Fakes/FakeScreenLock.h"
 #include "Tests/Fakes/FakeWindowServer.h"
 #include "Unlock/Island/LockScreenOverlayController.h"
 

@@ -7,11 +7,11 @@
 #include "UnlockCore/Engine/UnlockFailure.h"
 #include "UnlockCore/Enrollment/EnrollmentSession.h"
 #include "UnlockCore/Liveness/LivenessCue.h"
-#include "UnlockCore/Liveness/RealFaceModelError.h"
 #include "UnlockCore/LockWatching/UnlockGate.h"
-#include "UnlockCore/PasswordEntry/KeystrokeError.h"
-#include "UnlockCore/PasswordEntry/TypablePassword.h"
-#include "UnlockCore/Recognition/FaceRecognitionError.h"
+#include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
+#include "UnlockCore/PasswordEntry/KeystrokePlan.h"
+#include "UnlockCore/Recognition/FaceRecognizer.h"
+#include "UnlockCore/Recognition/ModelError.h"
 
 #include <algorithm>
 #include <array>

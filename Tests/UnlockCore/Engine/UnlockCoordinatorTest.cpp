@@ -1,6 +1,6 @@
-#include "Tests/Fakes/FakeLockState.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakePresenting.h"
+#include "Tests/Fakes/FakeScreenLock.h"
 #include "UnlockCore/Engine/SystemUnlockClock.h"
 #include "UnlockCore/Engine/UnlockCoordinator.h"
 

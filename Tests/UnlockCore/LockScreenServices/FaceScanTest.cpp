@@ -2,8 +2,7 @@
 #include "Tests/Fakes/FakeFourierTransform.h"
 #include "Tests/Fakes/FakeImaging.h"
 #include "Tests/Fakes/FakeMainThread.h"
-#include "Tests/Fakes/ScriptedEmbedder.h"
-#include "Tests/UnlockCore/LockScreenServices/ScriptedAntiSpoof.h"
+#include "Tests/Fakes/ScriptedModels.h"
 #include "UnlockCore/Liveness/LivenessTuning.h"
 #include "UnlockCore/LockScreenServices/FaceScan.h"
 

@@ -1,6 +1,6 @@
 #include "Tests/Fakes/FakeWorkQueues.h"
 #include "Tests/Platforms/SystemWorkQueues.h"
-#include "UnlockCore/Platform/RunBeside.h"
+#include "UnlockCore/Platform/WorkQueues.h"
 
 #include <latch>
 #include <vector>

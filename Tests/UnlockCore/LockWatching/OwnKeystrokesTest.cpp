@@ -2,9 +2,8 @@
 #include "Tests/Fakes/FakeKeyEvents.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeSpaceKeys.h"
-#include "UnlockCore/LockWatching/ForeignInputIdle.h"
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
-#include "UnlockCore/LockWatching/NotedKeyEvents.h"
+#include "UnlockCore/LockWatching/OwnKeystrokes.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 
 #include <vector>

@@ -1,6 +1,8 @@
 #include "UnlockCore/PasswordEntry/KeystrokePlan.h"
 
 #include <cmath>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -9,6 +11,7 @@
 #include <gtest/gtest.h>
 
 namespace marrowby {
+
 namespace {
 
 using namespace std::string_view_literals;
@@ -102,4 +105,21 @@ TEST(KeystrokePlan, partsTextIntoChunksButNeverASurrogatePair) {
 }
 
 }  // namespace
+
+namespace {
+
+std::span<const std::uint8_t> bytesOf(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+TEST(TypablePassword, objectsToControlCharacters) {
+    using namespace std::string_view_literals;
+    for (const auto text : {"a\nb"sv, "\r"sv, "a\x7F"sv, "a\0b"sv, "\t"sv})
+        EXPECT_TRUE(typablepassword::objection(bytesOf(text)));
+    for (const auto text : {""sv, " "sv, "é ß ž字😀"sv})
+        EXPECT_FALSE(typablepassword::objection(bytesOf(text)));
+}
+
+}  // namespace
+
 }  // namespace marrowby

@@ -1,6 +1,5 @@
 #include "Tests/Fakes/FakeImaging.h"
 #include "UnlockCore/Recognition/FaceAligner.h"
-#include "UnlockCore/Recognition/SimilarityFit.h"
 
 #include <array>
 #include <cmath>

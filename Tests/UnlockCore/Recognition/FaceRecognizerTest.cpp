@@ -1,6 +1,6 @@
 #include "Tests/Fakes/FakeFaceVision.h"
 #include "Tests/Fakes/FakeImaging.h"
-#include "Tests/Fakes/ScriptedEmbedder.h"
+#include "Tests/Fakes/ScriptedModels.h"
 #include "UnlockCore/Recognition/FaceRecognizer.h"
 
 #include <memory>

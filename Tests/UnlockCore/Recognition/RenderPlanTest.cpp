@@ -1,4 +1,4 @@
-#include "UnlockCore/Platform/RenderPlan.h"
+#include "UnlockCore/Platform/Imaging.h"
 
 #include <limits>
 

@@ -1,0 +1,24 @@
+#include "UnlockCore/Platform/OwnerCheck.h"
+
+namespace marrowby {
+
+namespace {
+
+struct Description {
+    const PlatformWords& words;
+
+    std::string operator()(const OwnerCheckError::Unavailable& error) const {
+        return std::string(words.system) + " can’t check it’s you right now. " + error.explanation;
+    }
+    std::string operator()(const OwnerCheckError::Cancelled& /*unused*/) const {
+        return "Cancelled.";
+    }
+};
+
+}  // namespace
+
+std::string description(const OwnerCheckError& error, const PlatformWords& words) {
+    return std::visit(Description{.words = words}, error);
+}
+
+}  // namespace marrowby

@@ -1,0 +1,46 @@
+#include "UnlockCore/Recognition/ModelError.h"
+
+namespace marrowby {
+
+namespace {
+
+struct Describe {
+    /// What the sentences call the model.
+    std::string name;
+    std::string preparedFor;
+
+    std::string operator()(const modelerror::NotFound& error) const {
+        return "The " + name + " isn’t in the app (" + error.fileName +
+               "). Reinstall Marrowby Unlock.";
+    }
+    std::string operator()(const modelerror::LoadFailed& error) const {
+        return "The " + name + " couldn’t be loaded: " + error.reason;
+    }
+    std::string operator()(const modelerror::WrongModel& error) const {
+        return "The " + name + " isn’t the one this version expects: " + error.reason;
+    }
+    std::string operator()(const modelerror::UnexpectedInput& error) const {
+        return "The " + name + " takes the wrong input: " + error.reason;
+    }
+    std::string operator()(const modelerror::UnexpectedOutput& error) const {
+        return "The " + name + " gave something unexpected: " + error.reason;
+    }
+    std::string operator()(const modelerror::PixelBuffer& /*error*/) const {
+        return "The face couldn’t be prepared for the " + preparedFor + ".";
+    }
+    std::string operator()(const modelerror::PredictionFailed& error) const {
+        return error.systemText;
+    }
+};
+
+}  // namespace
+
+std::string description(const FaceModelError& error) {
+    return std::visit(Describe{.name = "face model", .preparedFor = "model"}, error);
+}
+
+std::string description(const RealFaceModelError& error) {
+    return std::visit(Describe{.name = "real-face model", .preparedFor = "real-face model"}, error);
+}
+
+}  // namespace marrowby
