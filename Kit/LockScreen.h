@@ -30,7 +30,7 @@ class LockScreenSpace {
 };
 
 /// What all lock-screen windows of a process share: the shield's level, the private functions and
-/// the one space, each made when it is first needed. Main thread; what it is made of outlives it.
+/// the one space, each made on first use. Main thread; what it is made of outlives it.
 class LockScreen {
   public:
     LockScreen(WindowServer& server, const LockStateReading& lockState)
@@ -51,7 +51,7 @@ class LockScreen {
     WindowServer& server_;
     const LockStateReading& lockState_;
     std::optional<std::int64_t> windowLevel_;
-    /// Once looked for: what was found.
+    /// Set by the first lookup, found or not.
     std::optional<std::shared_ptr<SkyLightFunctions>> functions_;
     std::optional<LockScreenSpace> space_;
 };

@@ -7,8 +7,8 @@
 
 namespace marrowby {
 
-/// A panel that nothing can be clicked through to or away from, above the lock screen where the
-/// system lets it. Main thread; the lock screen outlives it.
+/// A panel above the lock screen where the system allows it. Main thread; the lock screen outlives
+/// it.
 class LockScreenWindow {
   public:
     /// Of every such panel.
@@ -21,7 +21,8 @@ class LockScreenWindow {
 
     /// False where the system has no window to give.
     [[nodiscard]] bool exists() const { return panel_ != nullptr; }
-    /// Whether it is in the lock screen's space. Without one it is shown only where that is wished.
+    /// Whether it is in the lock screen's space; without one it is shown only with
+    /// `showWithoutSpace`.
     [[nodiscard]] bool show(const Rect& frame, bool showWithoutSpace);
     void hide();
 

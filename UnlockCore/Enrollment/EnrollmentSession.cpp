@@ -12,13 +12,13 @@ namespace {
 constexpr TimeInterval warmUp{1.5};
 constexpr TimeInterval hold{0.5};
 constexpr float worstQuality = 0.2F;
-/// A sample takes one good frame more than this many.
+/// A sample needs more good frames in a row than this.
 constexpr int framesBeforeSample = 2;
 constexpr int samplesPerPose = 2;
 
 std::optional<HeadAngles> angles(const EnrollmentFrame::Face& face) {
     if (!face.yaw || !face.pitch) return std::nullopt;
-    // A number that is none is as good as none.
+    // NaN counts as missing.
     if (!std::isfinite(*face.yaw) || !std::isfinite(*face.pitch)) return std::nullopt;
     return HeadAngles{.yaw = *face.yaw, .pitch = *face.pitch};
 }

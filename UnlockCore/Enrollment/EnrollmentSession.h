@@ -71,7 +71,7 @@ struct Done {
 }  // namespace enrollmenthint
 
 /// Guides one person through the enrolment poses and takes two samples of their face in each. A
-/// value: all it knows of cameras and clocks is what observe() is told.
+/// value; no camera, no clock.
 class EnrollmentSession {
   public:
     /// What to tell the user now.

@@ -14,7 +14,7 @@ struct HeadAngles {
     float pitch = 0;
 };
 
-/// By how much a pose's bands are widened once it has been wanted for so long: 1 is not at all.
+/// The factor that widens a pose's bands after it has been asked for that long; 1 at first.
 [[nodiscard]] float toleranceFactor(EnrollmentPose pose, TimeInterval wantedFor);
 
 /// Whether the head is in the pose, its bands widened by `tolerance`.

@@ -40,7 +40,7 @@ inline constexpr PixelFormat rgbx8{.alpha = PixelFormat::Alpha::skipLast};
 /// Bytes blue, green, red and one that is ignored.
 inline constexpr PixelFormat bgrx8{.alpha = PixelFormat::Alpha::skipFirst,
                                    .byteOrder = PixelFormat::ByteOrder::little32};
-/// What camera and network systems call buffers of blue, green, red and alpha: the code “BGRA”.
+/// The four-character code “BGRA” of camera and model buffers.
 inline constexpr std::uint32_t bgra32Code = 0x42475241;
 
 /// An immutable sRGB picture, rows top to bottom. Copies share the bytes; any thread may read it.
@@ -51,7 +51,7 @@ class Bitmap {
     [[nodiscard]] static std::optional<Bitmap> create(int width, int height,
                                                       std::size_t bytesPerRow, PixelFormat format,
                                                       std::vector<std::uint8_t> bytes);
-    /// The same with bytes that their lender gets back after the last copy.
+    /// Shares the bytes, which the last copy releases.
     [[nodiscard]] static std::optional<Bitmap> create(
         int width, int height, std::size_t bytesPerRow, PixelFormat format,
         std::shared_ptr<const std::vector<std::uint8_t>> bytes);
@@ -61,7 +61,7 @@ class Bitmap {
     [[nodiscard]] std::size_t bytesPerRow() const { return bytesPerRow_; }
     [[nodiscard]] const PixelFormat& format() const { return format_; }
     [[nodiscard]] std::span<const std::uint8_t> bytes() const { return *bytes_; }
-    /// The bytes themselves, for a view that must outlive this value.
+    /// Keeps the bytes alive beyond this value.
     [[nodiscard]] std::shared_ptr<const std::vector<std::uint8_t>> sharedBytes() const {
         return bytes_;
     }

@@ -19,8 +19,8 @@ struct Size {
     friend bool operator==(const Size&, const Size&) = default;
 };
 
-/// An axis-parallel rectangle from its corner of smallest x and y. Which way y grows is the owner's
-/// to say.
+/// An axis-parallel rectangle from its corner of smallest x and y. The owner defines which way y
+/// grows.
 struct Rect {
     double x = 0;
     double y = 0;

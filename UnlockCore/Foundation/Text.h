@@ -23,7 +23,7 @@ enum class UTF16Error { malformed, noSecretMemory };
 [[nodiscard]] std::expected<SecretUTF16, UTF16Error> decodeUTF8(
     std::span<const std::uint8_t> bytes);
 
-/// Takes the first character off well-formed UTF-16, which is not empty.
+/// Removes and returns the first character of well-formed, non-empty UTF-16.
 [[nodiscard]] char32_t takeCharacter(std::span<const char16_t>& units);
 
 }  // namespace marrowby

@@ -6,7 +6,7 @@
 namespace marrowby {
 
 /// The wall clock's scale: double seconds since 2001-01-01 00:00 UTC, the epoch that stored dates
-/// use. It has no now(): the time arrives from a SystemClock or in an argument.
+/// use. No now(): time comes from a SystemClock or an argument.
 struct WallClock {
     using rep = double;
     using period = std::ratio<1>;

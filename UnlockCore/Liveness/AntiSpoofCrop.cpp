@@ -8,8 +8,7 @@ namespace marrowby {
 
 namespace {
 
-// Beyond this many pixels no detector's box means anything, and shifting it into the picture would
-// lose the pixels' own places to rounding.
+// Bounds the box's coordinates: beyond, shifting it into the picture loses precision.
 constexpr double farthest = 1e9;
 
 /// Where one output column (or row) comes from: two neighbours, as byte offsets, and the second's

@@ -24,7 +24,7 @@ struct AntiSpoofCrop {
     std::int64_t bottom = 0;
 
     /// The face's box enlarged `scale` times about its centre, or as far as the picture allows, and
-    /// shifted (never cut) into the picture. Nothing for an empty, non-finite or absurdly far box
+    /// shifted (never cut) into the picture. Nothing for an empty, non-finite or absurdly large box
     /// or a picture of less than 2 x 2 pixels.
     [[nodiscard]] static std::optional<AntiSpoofCrop> around(const Rect& faceBox,
                                                              std::int64_t imageWidth,

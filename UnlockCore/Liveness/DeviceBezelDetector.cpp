@@ -21,8 +21,8 @@ Rect head(const Rect& faceBox) {
 }
 
 bool isHeldUp(const Rect& rectangle, const Rect& faceBox, const Size& picture) {
-    // Seen in scenes, in widths of the face: devices 1.2 to 1.8 where the picture cuts them off,
-    // prints 2.1 to 3; doors and curtains that go on below the picture 3 and more.
+    // Measured in scenes, in face widths: devices that the picture cuts off 1.2 to 1.8, prints 2.1
+    // to 3; doors and curtains that go on below the picture 3 and more.
     constexpr double widestWhole = 4;
     constexpr double widestCut = 3;
     constexpr double cutMargin = 0.02;

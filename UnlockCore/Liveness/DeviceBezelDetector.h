@@ -22,8 +22,8 @@ struct Observation {
     friend bool operator==(const Observation&, const Observation&) = default;
 };
 
-/// The box of a face's whole head with its hair. A device shows all of it within its frame, whereas
-/// curtain rods, shelves and the hairline itself cut through the hair of somebody before them.
+/// The box of the whole head with its hair. A device's frame encloses it; curtain rods, shelves and
+/// the hairline cut through it.
 [[nodiscard]] Rect head(const Rect& faceBox);
 
 /// The largest rectangle. `faceBox` is in pixels with the origin at the top-left. Nothing without a
@@ -32,8 +32,8 @@ struct Observation {
                                                                             const Rect& faceBox,
                                                                             FaceVision& vision);
 
-/// Whether the rectangle may be of something held up rather than of furniture behind somebody: it
-/// is not much wider than the face.
+/// Whether the rectangle is narrow enough, compared with the face, to be held up; furniture is
+/// wider.
 [[nodiscard]] bool isHeldUp(const Rect& rectangle, const Rect& faceBox, const Size& picture);
 
 /// area(a ∩ b) / area(a); nothing where `a` has no area.

@@ -11,10 +11,10 @@ namespace {
 
 constexpr std::size_t mostIntervals = 7;
 constexpr std::size_t fewIntervals = 3;
-/// Beyond these, stamps tell of something else than a camera.
+/// Frames per second; other timestamps are implausible.
 constexpr double slowest = 1;
 constexpr double fastest = 60;
-/// Of the time that a picture takes.
+/// Of a frame's duration.
 constexpr double burst = 0.6;
 
 double middle(std::span<const double> intervals) {

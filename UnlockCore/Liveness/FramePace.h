@@ -7,21 +7,20 @@
 
 namespace marrowby {
 
-/// How fast a look's pictures come, by their own stamps: the middle of the newest intervals, so
-/// that neither a lost picture nor two in quick succession change it. A faster pace is believed
-/// after two intervals, because it asks for more pictures, a slower one after four. A value.
+/// A scan's frame rate by the frames' timestamps: the median of the newest intervals, so that
+/// neither a lost frame nor a burst changes it. A faster rate is adopted after two intervals,
+/// because it demands more frames, a slower one after four. A value.
 class FramePace {
   public:
-    /// Pictures a second that the camera is asked for, and what it is taken to give until some
-    /// came.
+    /// Frames per second that the camera is asked for, and that are assumed until measured.
     static constexpr double presumed = 30;
 
-    /// The stamp of the next picture. One before the last tells nothing of the pace.
+    /// The next frame's timestamp. One older than the last does not count.
     void note(Date stamp);
 
     [[nodiscard]] double framesPerSecond() const;
-    /// Whether the time since `last` is far less than a picture takes: the picture belongs to a
-    /// burst, or to another pace that is not known yet.
+    /// Whether `stamp` follows `last` much sooner than a frame takes: a burst, or a rate not yet
+    /// adopted.
     [[nodiscard]] bool isBurst(Date last, Date stamp) const;
 
   private:

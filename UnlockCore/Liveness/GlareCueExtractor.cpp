@@ -12,17 +12,17 @@ namespace {
 constexpr std::size_t cells = 8;
 
 /// Bright and nearly colourless: BT.601 Y of at least 235, Cb and Cr of at most 10 about 0. In
-/// millionths, so that the bars are met exactly.
+/// millionths, so that the limits are exact.
 bool isHighlight(int red, int green, int blue) {
     constexpr int brightness = 235'000'000;
     constexpr int colour = 10'000'000;
-    // No darker green can meet both bars; this turns most pixels away.
+    // No darker green can meet both limits: rejects most pixels early.
     constexpr int leastGreen = 224;
     if (green < leastGreen) return false;
     const int y = 299'000 * red + 587'000 * green + 114'000 * blue;
     const int cb = -168'736 * red - 331'264 * green + 500'000 * blue;
     const int cr = 500'000 * red - 418'688 * green - 81'312 * blue;
-    // One branch: each way would be guessed wrong in a bright picture.
+    // One branch: separate tests would be mispredicted in a bright picture.
     return static_cast<bool>(static_cast<int>(y >= brightness) & static_cast<int>(cb >= -colour) &
                              static_cast<int>(cb <= colour) & static_cast<int>(cr >= -colour) &
                              static_cast<int>(cr <= colour));

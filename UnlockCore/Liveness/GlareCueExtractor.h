@@ -10,7 +10,7 @@
 
 namespace marrowby {
 
-/// Finds the hard, colourless highlights that a screen's glass throws back.
+/// Finds the hard, colourless highlights of a screen's glass.
 namespace glarecueextractor {
 
 /// Nothing where the image cannot be drawn.

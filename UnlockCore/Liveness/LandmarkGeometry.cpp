@@ -126,7 +126,7 @@ Matrix inverse(const Normalisation& n) {
 double median(std::vector<double> values) {
     if (values.empty()) return 0;
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    // Total also where a value is not a number.
+    // A total order even with NaN.
     const auto isLess = [](double a, double b) { return std::is_lt(std::strong_order(a, b)); };
     std::ranges::nth_element(values, middle, isLess);
     if (values.size() % 2 != 0) return *middle;

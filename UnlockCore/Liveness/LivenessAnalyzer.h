@@ -16,8 +16,8 @@
 
 namespace marrowby {
 
-/// Gathers one look's frames and real-face scores and keeps the decision about them. It belongs to
-/// the look and is used on the camera's queue only.
+/// Gathers one scan's frames and real-face scores and keeps the decision about them. Owned by the
+/// scan; camera queue only.
 class LivenessAnalyzer {
   public:
     /// A score and the tracked face it belongs to.
@@ -32,14 +32,13 @@ class LivenessAnalyzer {
                      const PlanarityTuning& planarityTuning, std::set<LivenessCue> enabledCues,
                      TimeInterval windowDuration);
 
-    /// One frame in which a face was found, in frame order; `subject` names the tracked face. What
-    /// spoke for the subject before (its scores, how it moved, that it turned) goes with it; all
-    /// that spoke against it is counted on.
+    /// One frame with a face, in frame order; `subject` names the tracked face. A new subject drops
+    /// the evidence for liveness (scores, motion, head turn) and keeps the evidence against it.
     const LivenessSnapshot& ingest(const LivenessFrame& frame, const UUID& subject);
 
-    /// From the next frame on, the look being the same.
+    /// From the next frame on.
     void retune(const LivenessTuning& tuning);
-    /// Another look.
+    /// Starts another scan.
     void reset();
 
     /// Oldest first.

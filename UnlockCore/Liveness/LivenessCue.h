@@ -36,7 +36,7 @@ struct CueReading {
     friend bool operator==(const CueReading&, const CueReading&) = default;
 };
 
-/// What a look has gathered about one cue. `hasFired` never goes back.
+/// A scan's state of one cue. `hasFired` never goes back.
 struct LivenessCueState {
     CueReading reading;
     std::int64_t framesCounted = 0;

@@ -47,7 +47,7 @@ struct Confirmed {
 
 }  // namespace livenessdecision
 
-/// What is known about a look's face so far: no verdict yet, a photo or a screen, or live.
+/// A scan's verdict so far: no verdict yet, a photo or a screen, or live.
 struct LivenessDecision : std::variant<livenessdecision::Waiting, livenessdecision::Denied,
                                        livenessdecision::Confirmed> {
     using Waiting = livenessdecision::Waiting;

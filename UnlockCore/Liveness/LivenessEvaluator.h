@@ -13,7 +13,7 @@
 
 namespace marrowby {
 
-/// The mean `live` probability of a look's newest scores, how many they are, and the newest one.
+/// The mean `live` probability of a scan's newest scores, how many they are, and the newest one.
 /// Without scores there is neither mean nor newest.
 struct RealFaceAverage {
     std::optional<float> mean;
@@ -23,7 +23,7 @@ struct RealFaceAverage {
     friend bool operator==(const RealFaceAverage&, const RealFaceAverage&) = default;
 };
 
-/// A look's liveness after one frame. Any thread.
+/// A scan's liveness after one frame. Any thread.
 struct LivenessSnapshot {
     LivenessDecision decision;
     LivenessMode mode = LivenessMode::standard;
@@ -34,7 +34,7 @@ struct LivenessSnapshot {
     friend bool operator==(const LivenessSnapshot&, const LivenessSnapshot&) = default;
 };
 
-/// Turns the readings of a look's frames into one decision. Any one deny cue that has fired denies
+/// Turns the readings of a scan's frames into one decision. Any one deny cue that has fired denies
 /// for good; confirming takes the model's sustained agreement and, in strict mode, a head turn. A
 /// value; no clock.
 class LivenessEvaluator {
@@ -47,9 +47,9 @@ class LivenessEvaluator {
     LivenessSnapshot observe(const std::map<LivenessCue, CueReading>& readings,
                              const RealFaceAverage& realFace);
 
-    /// Another camera's pace: the counts so far are kept, and what has fired stays.
+    /// For another frame rate. Counts and fired cues are kept.
     void retune(const LivenessTuning& tuning) { tuning_ = tuning; }
-    /// What confirmed a face does not confirm the next one. What denied stays.
+    /// Drops what confirmed the face so far; denials stay.
     void forgetConfirmation();
 
     [[nodiscard]] LivenessDecision decision() const;

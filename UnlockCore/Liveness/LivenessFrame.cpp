@@ -15,7 +15,7 @@ bool isInside(const Point& point, const Size& size) {
     return point.x >= 0 && point.y >= 0 && point.x <= size.width && point.y <= size.height;
 }
 
-/// No motion is measured by these, and a chin or a forehead may lie beyond the picture's edge.
+/// Not used to measure motion; a chin or a forehead may lie outside the picture.
 bool isOutline(LandmarkRegion region) {
     return region == LandmarkRegion::faceContour || region == LandmarkRegion::medianLine;
 }

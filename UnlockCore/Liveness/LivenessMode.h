@@ -8,7 +8,7 @@
 
 namespace marrowby {
 
-/// How much proof of life a look asks for: the real-face model alone, or a small turn of the head
+/// How much proof of life a scan asks for: the real-face model alone, or a small turn of the head
 /// as well.
 enum class LivenessMode { standard, strict };
 
@@ -21,7 +21,7 @@ enum class LivenessMode { standard, strict };
 /// What the mode adds, for the settings; empty where it adds nothing.
 [[nodiscard]] std::string settingsNote(LivenessMode mode, const PlatformWords& words);
 
-/// What a strict look may ask of the person in front of the camera: a small turn of the head.
+/// What a strict scan may ask of the person in front of the camera: a small turn of the head.
 enum class LivenessPrompt { turnHead };
 
 [[nodiscard]] constexpr std::string_view rawValue(LivenessPrompt prompt) {

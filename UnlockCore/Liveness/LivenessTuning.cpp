@@ -7,15 +7,14 @@ namespace marrowby {
 
 namespace {
 
-// Seen in scenes at 1280 x 720: a look’s mean of people 0.9…1.00, 0.57 to 0.8 of those who shake
-// the head or sit down; of pictures that are held up anything, of cut-outs and monitors as of
-// people. So the network turns away what is clearly no face, and the other cues need time: with
-// half a second of agreement twice as many moved cut-outs came through as with 0.65. Glare:
-// highlights over 7 % of the face reach 0.25, and spread over more than one cell they cannot go
-// beyond 0.3. Moire: people stayed below a contrast of 8.3 (a level of 0.19) but for single frames
-// of 11; monitors reached 10 to 1700 as long as a pixel of theirs covers over 0.55 of the camera’s,
-// and nothing beyond. The head in a turned phone lay in its frame by 0.92 and more. The counts are
-// a camera’s of 30 pictures a second.
+// Measured in scenes at 1280 x 720, as a scan's mean: people 0.9…1.00, or 0.57 to 0.8 while they
+// shake the head or sit down; held-up pictures anything; cut-outs and monitors like people. So the
+// model rejects what is clearly no face, and the other cues need time: with half a second of
+// agreement twice as many moved cut-outs passed as with 0.65. Glare: highlights over 7 % of the
+// face reach 0.25, and spread over more than one cell at most 0.3. Moire: people stayed below a
+// contrast of 8.3 (a level of 0.19) but for single frames of 11; monitors reached 10 to 1700 as
+// long as one of their pixels covers over 0.55 of the camera’s. A turned phone's frame covered the
+// head by 0.92 and more. Counts are for 30 frames per second.
 constexpr LivenessTuning standardTuning{.liveThreshold = 0.62F,
                                         .liveMinimumFrames = 20,
                                         .liveFrameFloor = 0.40F,
@@ -43,10 +42,9 @@ constexpr LivenessTuning strictTuning = [] {
     return tuning;
 }();
 
-/// The fewest that a slow camera's counts fall to. Scores: fewer do not tell a picture that is
-/// taken for a face now and then. Frames that deny: what shows in half of the fewest scores' frames
-/// (a device) or in a quarter (a pattern, flat motion) also denies at a slow pace. More than one,
-/// because people gave single ones.
+/// Lower bounds of a slow camera's counts. Scores: fewer let a picture pass that is now and then
+/// taken for a face. Denying frames: half of those for a device, a quarter for a pattern or flat
+/// motion; more than one, because people gave single ones.
 struct Fewest {
     std::int64_t live;
     std::int64_t device = 4;
@@ -57,7 +55,7 @@ struct Fewest {
 constexpr Fewest standardFewest{.live = 8};
 constexpr Fewest strictFewest{.live = 10};
 
-/// A count stands for the time that so many pictures take.
+/// A count stands for a time and is scaled with the frame rate.
 LivenessTuning paced(LivenessTuning tuning, const Fewest& fewest, double framesPerSecond) {
     const auto scale = [&](std::int64_t& count, std::int64_t least) {
         const double pictures = static_cast<double>(count) * framesPerSecond / FramePace::presumed;
@@ -69,7 +67,7 @@ LivenessTuning paced(LivenessTuning tuning, const Fewest& fewest, double framesP
     scale(tuning.planarFrames, fewest.planar);
     scale(tuning.moireFrames, fewest.moire);
     scale(tuning.glossFrames, fewest.gloss);
-    // The spoof's scores and the head turn's frames stay: evidence is not had for waiting.
+    // Not scaled: spoof scores and head-turn frames, which count evidence, not time.
     return tuning;
 }
 
@@ -85,7 +83,7 @@ LivenessTuning livenessTuning(LivenessMode mode, double framesPerSecond) {
     return paced(strictTuning, strictFewest, framesPerSecond);
 }
 
-// Glare stays out: a lamp beside somebody's face gave highlights as large as a phone's glass did.
+// No glare: a lamp beside a face gave highlights as large as a phone's glass.
 std::set<LivenessCue> enabledLivenessCues(LivenessMode mode) {
     std::set<LivenessCue> cues{LivenessCue::realFace, LivenessCue::planar, LivenessCue::moire,
                                LivenessCue::deviceDetected};

@@ -9,8 +9,7 @@
 
 namespace marrowby {
 
-/// The bars of one look's liveness decision. Levels are reached at their value; a cue fires with
-/// its count of frames.
+/// Thresholds of one scan's liveness decision, inclusive; a cue fires at its count of frames.
 struct LivenessTuning {
     /// The real-face mean must be at least this, over at least so many frames, to confirm…
     float liveThreshold = 0;
@@ -35,10 +34,10 @@ struct LivenessTuning {
     friend bool operator==(const LivenessTuning&, const LivenessTuning&) = default;
 };
 
-/// The tuning that the lock screen uses in a mode, for a camera of this many pictures a second.
+/// The lock screen's tuning in a mode, at this frame rate.
 [[nodiscard]] LivenessTuning livenessTuning(LivenessMode mode,
                                             double framesPerSecond = FramePace::presumed);
-/// The cues that count at the lock screen in a mode.
+/// The lock screen's cues in a mode.
 [[nodiscard]] std::set<LivenessCue> enabledLivenessCues(LivenessMode mode);
 
 }  // namespace marrowby

@@ -27,7 +27,7 @@ constexpr std::array<const char*, 3> outputNames{"probabilities", "probabilities
                                                  "probabilities40"};
 constexpr std::size_t classCount = 3;
 constexpr std::size_t liveClass = 1;
-// Forgives rounding.
+// Tolerates rounding.
 constexpr float lowestProbability = -0.001F;
 constexpr float highestProbability = 1.001F;
 

@@ -13,15 +13,15 @@
 
 namespace marrowby {
 
-/// The real-face network: two square crops of the face, 2.7 and 4 times its box, each 80 x 80
-/// pixels, to probabilities. Any thread; one prediction at a time. Immutable once loaded.
+/// The real-face model: two square crops of the face, 2.7 and 4 times its box, each 80 x 80 pixels,
+/// to probabilities. Any thread; one prediction at a time. Immutable once loaded.
 class MiniFASNet final : public AntiSpoofScoring {
   public:
     static constexpr std::string_view expectedIdentifier = "minifasnet-2020jul-coreml-1";
     static constexpr std::string_view defaultFileName = "MiniFASNet.mlmodelc";
 
     /// From the folder of the application's resources. Fails unless the file says that it is this
-    /// network, or another of the same shape under its own identifier, and has the expected inputs
+    /// model, or another of the same shape under its own identifier, and has the expected inputs
     /// and outputs; and, where that is given, the SHA-256.
     [[nodiscard]] static std::expected<std::unique_ptr<MiniFASNet>, RealFaceModelError> load(
         const std::filesystem::path& resources, NeuralModels& models,

@@ -19,8 +19,7 @@ constexpr int tilesPerSide = 3;
 constexpr int smallestPatch = 96;
 constexpr int largestPatch = 128;
 
-/// The rings looked at: further in lie the face's own shape and light, further out the sensor's
-/// noise.
+/// The rings searched: inside them lies the face's own shape and light, outside the sensor's noise.
 constexpr double innermost = 4;
 constexpr double outermost = 29;
 constexpr std::size_t ringCount = 30;
@@ -65,7 +64,7 @@ struct Bin {
     std::size_t ring;
     std::size_t nearer;
     std::size_t further;
-    /// One of the half-plane in which peaks are sought; the other mirrors it.
+    /// In the half-plane that is searched; the other mirrors it.
     bool isCandidate;
 };
 
@@ -202,7 +201,7 @@ std::optional<MoireSample> sample(std::span<const float> luminance, int width, i
 }
 
 float peakContrast(std::span<const float, FourierTransform::count> power) {
-    // Sorting needs an order, which "not a number" has not.
+    // NaN cannot be sorted.
     if (!std::ranges::all_of(power, [](float value) { return std::isfinite(value); })) return 0;
     std::array<std::vector<float>, ringCount> rings;
     for (const Bin& bin : bins())

@@ -9,7 +9,7 @@
 
 namespace marrowby {
 
-/// Finds the fine periodic pattern in which a screen's pixels beat against a camera's.
+/// Finds moire: the beat between a screen's pixels and the camera's.
 namespace moirecueextractor {
 
 /// Of bytes red, green, blue and one that is ignored per pixel, rows without gaps. Nothing for too

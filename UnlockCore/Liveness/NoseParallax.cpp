@@ -13,8 +13,8 @@ constexpr double radiansPerDegree = std::numbers::pi / 180;
 constexpr double leastTurn = 10 * radiansPerDegree;
 constexpr double mostDisagreement = 15 * radiansPerDegree;
 
-/// How far a nose's tip stands before the eyes, in parts of their distance: less than the 0.65 of
-/// an average adult, so that small noses pass too.
+/// Distance of the nose's tip before the eyes, in distances between the eyes: less than an average
+/// adult's 0.65, so that small noses pass.
 constexpr double noseLength = 0.5;
 
 struct Turn {

@@ -10,8 +10,8 @@
 
 namespace marrowby {
 
-/// The bars of the judgement whether a face moves as one plane. Lengths are in parts of the
-/// distance between the eyes.
+/// Thresholds for judging whether a face moves as one plane. Lengths are in distances between the
+/// eyes.
 struct PlanarityTuning {
     /// The least median motion of the landmarks for a pair of frames to be measured.
     double motionGate = 0;
@@ -25,13 +25,13 @@ struct PlanarityTuning {
     std::int64_t minimumPairs = 0;
     /// The least time between a pair's frames, seconds.
     double minimumSpan = 0;
-    /// How many frames, spread over the look, are paired with each other.
+    /// How many frames, spread over the scan, are paired with each other.
     std::int64_t sampledFrames = 0;
 
     friend bool operator==(const PlanarityTuning&, const PlanarityTuning&) = default;
 };
 
-/// The tuning that the lock screen uses in a mode.
+/// The lock screen's tuning in a mode.
 [[nodiscard]] PlanarityTuning planarityTuning(LivenessMode mode);
 
 /// Whether a face moved as one plane, as a picture does, or as a head with a nose in front. The
@@ -42,9 +42,9 @@ struct PlanarityResult {
     std::int64_t pairs = 0;
     /// The nose's displacement against the plane of the face, relative to the face's motion.
     std::optional<double> ratio;
-    /// The same displacement in parts of the distance between the eyes.
+    /// The same displacement in distances between the eyes.
     std::optional<double> residual;
-    /// The face's motion in parts of the distance between the eyes.
+    /// The face's motion in distances between the eyes.
     std::optional<double> motion;
     Verdict verdict = Verdict::noEvidence;
 
@@ -74,12 +74,11 @@ struct PairMeasurement {
     double motion = 0;
 };
 
-/// Eyes, brows and lips lie nearly in one plane, which a robust homography carries from one frame
-/// to the other; how far it leaves the nose from its place is the residual, and its part of the
-/// face's median motion the ratio. Of a flat picture both are the landmarks' noise; of a head that
-/// turns, the nose goes with a tenth to a third of the motion. Nothing for unreliable landmarks,
-/// less motion than `motionGate` or more than one and a half eyes' distance, a face that grew or
-/// shrank by over a twentieth, or where nothing can be fitted.
+/// Fits a robust homography to eyes, brows and lips, which lie nearly in one plane. The residual is
+/// the nose's distance from where it maps, the ratio that distance over the face's median motion:
+/// landmark noise for a flat picture, a tenth to a third for a turning head. Nothing for unreliable
+/// landmarks, less motion than `motionGate` or more than one and a half eyes' distance, a face that
+/// grew or shrank by over a twentieth, or where nothing can be fitted.
 [[nodiscard]] std::optional<PairMeasurement> measure(const LivenessFrame& from,
                                                      const LivenessFrame& to, double motionGate);
 

@@ -19,11 +19,11 @@ std::optional<TimeInterval> IdleResetDetector::see(TimeInterval inputUptime) {
 
 namespace {
 
-/// What the event system says before it has seen any input is beyond every real idle time.
+/// Before any input the event system reports more than this.
 constexpr TimeInterval idleLimit{100'000'000};
 
 std::optional<TimeInterval> idleTime(const InputIdle& inputIdle) {
-    // Not a number fails both comparisons.
+    // NaN fails both comparisons.
     const TimeInterval idle = inputIdle.secondsSinceLastInput();
     if (idle >= TimeInterval::zero() && idle < idleLimit) return idle;
 
@@ -57,7 +57,7 @@ void LockScreenActivityMonitor::poll() {
     if (!idle) return;
     const auto gap = detector_.see(inputIdle_.systemUptime() - *idle);
     if (!gap) return;
-    // A copy, for the owner may let go of this monitor in it.
+    // Copied: the callback may destroy this monitor.
     if (const auto report = onActivity) report({.at = clock_.now() - *idle, .quietFor = *gap});
 }
 

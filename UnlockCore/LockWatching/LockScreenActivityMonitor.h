@@ -20,7 +20,7 @@ struct InputActivity {
     friend bool operator==(const InputActivity&, const InputActivity&) = default;
 };
 
-/// Watches for input of any kind. Main thread. Starting twice and stopping twice are harmless.
+/// Watches for input of any kind. Main thread. start() and stop() are idempotent.
 class ActivityWatching {
   public:
     virtual ~ActivityWatching() = default;

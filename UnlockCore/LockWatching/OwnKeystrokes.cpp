@@ -8,11 +8,11 @@ namespace marrowby {
 
 namespace {
 
-/// Pauses within one typing are shorter; a user who types in them is not told apart.
+/// Longer than any pause within one typing. User input in such a pause counts as our own.
 constexpr TimeInterval pauseWithinBurst{0.6};
-/// How far the event system's times and ours may be apart.
+/// Tolerance between the event system's times and ours.
 constexpr TimeInterval clockTolerance{0.1};
-/// How late a busy main thread may hear of a key.
+/// How late a busy main thread may receive a key.
 constexpr TimeInterval deliveryLimit{1};
 
 }  // namespace

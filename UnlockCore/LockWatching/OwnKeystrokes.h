@@ -13,11 +13,11 @@
 
 namespace marrowby {
 
-/// When this process posted keys last, so that its own typing is not taken for the user. Any
+/// When this process posted keys last, so that its own typing is not taken for the user's. Any
 /// thread. Times are system uptimes; their source outlives it.
 class OwnKeystrokes {
   public:
-    /// Keys posted without a pause for the user between them; endless while they are being posted.
+    /// Keys posted in close succession; endless while posting.
     struct Burst {
         TimeInterval begin{};
         TimeInterval end{std::numeric_limits<double>::infinity()};
@@ -51,7 +51,7 @@ class OwnKeystrokes {
     std::optional<Burst> last_ GUARDED_BY(mutex_);
 };
 
-/// The idle time of everybody but this process. Main thread. Both outlive it.
+/// The idle time without this process's own keystrokes. Main thread. Both outlive it.
 class ForeignInputIdle final : public InputIdle {
   public:
     ForeignInputIdle(const InputIdle& idle, const OwnKeystrokes& own) : idle_(idle), own_(own) {}
@@ -69,7 +69,7 @@ class ForeignInputIdle final : public InputIdle {
     mutable std::optional<TimeInterval> lastForeignInput_;
 };
 
-/// A keyboard whose keys are noted as this process's own. Both outlive it and its sources.
+/// Key events that are recorded as this process's own. Both outlive it and its sources.
 class NotedKeyEvents final : public KeyEvents {
   public:
     NotedKeyEvents(KeyEvents& keyEvents, OwnKeystrokes& own) : keyEvents_(keyEvents), own_(own) {}

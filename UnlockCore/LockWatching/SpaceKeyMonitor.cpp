@@ -9,7 +9,7 @@ void SpaceKeyMonitor::start() {
 
 void SpaceKeyMonitor::handle(SpaceKeys::Press press) const {
     if (press.isSynthetic && own_.mayArriveNow()) return;
-    // A copy, for the owner may let go of this monitor in it.
+    // Copied: the callback may destroy this monitor.
     if (const auto report = onSpace) report();
 }
 

@@ -8,8 +8,7 @@
 
 namespace marrowby {
 
-/// Listens for presses of the Space key. Main thread. Starting twice and stopping twice are
-/// harmless.
+/// Listens for presses of the Space key. Main thread. start() and stop() are idempotent.
 class SpaceKeyListening {
   public:
     virtual ~SpaceKeyListening() = default;

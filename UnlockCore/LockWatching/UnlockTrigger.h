@@ -8,7 +8,7 @@
 
 namespace marrowby {
 
-/// A way in which the user lets a look start.
+/// A way in which the user lets a scan start.
 enum class UnlockTrigger : std::uint8_t { onReturn, onSpace };
 
 inline constexpr std::array allUnlockTriggers{UnlockTrigger::onReturn, UnlockTrigger::onSpace};

@@ -8,8 +8,8 @@
 
 namespace marrowby {
 
-/// Remembers one lock, so that neither the key press that locked the screen nor the jostle right
-/// after a look turns the camera on again.
+/// The state of one lock, so that neither the key press that locked the screen nor input right
+/// after a scan starts the camera again.
 struct UnlockTriggerPolicy {
     UnlockTriggers triggers;
     /// A wake sooner than this after the last accepted one is ignored.
@@ -21,13 +21,13 @@ struct UnlockTriggerPolicy {
     TimeInterval quietMinimum{1.0};
     /// When the screen locked or, failing that, the first accepted wake.
     std::optional<Date> lockedAt{};
-    /// The lock, the last accepted wake or the end of the last look, whichever was latest.
+    /// The lock, the last accepted wake or the end of the last scan, whichever was latest.
     std::optional<Date> fence{};
     /// Went to sleep, or was asleep already.
     bool sleptSinceLock = false;
     std::optional<Date> lastWakeAt{};
 
-    /// Why this activity may not start a look; nothing when it may. The text is static.
+    /// Why this activity may not start a scan; nothing when it may. The text is static.
     [[nodiscard]] std::optional<std::string_view> activityRefusal(Date at,
                                                                   TimeInterval quietFor) const;
 

@@ -19,8 +19,8 @@ enum class KeystrokeError { noAccessibility, notLocked, invalidText, eventFailed
 /// The sentence for the user.
 [[nodiscard]] std::string description(KeystrokeError error, const PlatformWords& words);
 
-/// How one typing went, and the keyboard that it still holds, which may be needed for seconds by a
-/// lock screen that is behind: report the outcome, then destroy this (it may block). Holds no text.
+/// The outcome of one typing, and the borrowed keys that a slow lock screen may need for seconds:
+/// report the outcome, then destroy this, which may block. Holds no text.
 class KeystrokeTyping {
   public:
     KeystrokeTyping(std::expected<void, KeystrokeError> outcome,

@@ -24,7 +24,7 @@ void addTap(Actions& actions, std::uint32_t code, std::uint64_t flags, TimeInter
     addPress(actions, {.code = code, .down = false, .flags = flags}, pause);
 }
 
-/// `code` under Command, which only the shortcut's own key carries on.
+/// `code` with Command held; the flag is set on the shortcut's keys only.
 void addCommandShortcut(Actions& actions, std::uint32_t code) {
     constexpr TimeInterval pause = KeystrokePlan::editingPause;
     addPress(actions, {.code = mackey::command, .down = true, .flags = mackey::commandFlag}, pause);
@@ -32,14 +32,14 @@ void addCommandShortcut(Actions& actions, std::uint32_t code) {
     addPress(actions, {.code = mackey::command, .down = false, .flags = mackey::noFlags}, pause);
 }
 
-/// A key that types nothing, for what swallows the first one.
+/// A key that types nothing, for lockers that swallow the first one.
 void addWaking(Actions& actions, std::uint32_t code, TimeInterval pause, TimeInterval wake) {
     addTap(actions, code, 0, pause);
     actions.emplace_back(KeystrokeAction::Pause{wake});
     actions.emplace_back(KeystrokeAction::LockCheck{});
 }
 
-/// Caret to the end, then all before it away.
+/// Moves the caret to the end and deletes what is before it.
 void addMacClearing(Actions& actions) {
     if constexpr (KeystrokePlan::wakesLoginWindow) {
         addWaking(actions, mackey::leftShift, KeystrokePlan::editingPause,

@@ -19,7 +19,7 @@ struct Post {
     KeyPress press;
     friend bool operator==(const Post&, const Post&) = default;
 };
-/// A piece of the text by its place, so that a plan holds no secret.
+/// A piece of the text by its offset, so that a plan holds no secret.
 struct Text {
     std::size_t offset = 0;
     std::size_t count = 0;
@@ -30,7 +30,7 @@ struct Pause {
     TimeInterval duration{};
     friend bool operator==(const Pause&, const Pause&) = default;
 };
-/// Give up here unless the screen is still locked, by the same locker, and nobody types.
+/// Abort unless the screen is still locked by the same locker and nobody else types.
 struct LockCheck {
     friend bool operator==(const LockCheck&, const LockCheck&) = default;
 };
@@ -58,10 +58,10 @@ struct KeystrokePlan {
     /// After each event of an editing key, and of a chunk, at the Mac's login window.
     static constexpr TimeInterval editingPause{0.012};
     static constexpr TimeInterval chunkPause{0.004};
-    /// A dialog that a first key brings up takes no input before it stands.
+    /// A dialog raised by the first key takes no input until it is up.
     static constexpr TimeInterval wakePause{0.300};
-    /// Whether the Mac's login window is woken as X11's lockers are. The first keys after its
-    /// display wakes may be swallowed, which nobody has seen yet; it costs the pause.
+    /// Whether the Mac's login window gets a waking key, as X11's lockers do. Off: lost first keys
+    /// were never observed, and it costs the pause.
     static constexpr bool wakesLoginWindow = false;
 
     /// `pace` is that of an X11 locker.

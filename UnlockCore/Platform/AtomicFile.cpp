@@ -21,7 +21,7 @@ Result makeFolders(FileSystem& fileSystem, const std::filesystem::path& folder) 
 std::expected<FileSystem::File, FileError> createTemporary(FileSystem& fileSystem,
                                                            const std::filesystem::path& path) {
     auto file = fileSystem.createExclusively(path);
-    // A crash may have left one.
+    // Left by a crash.
     if (!file && fileSystem.exists(path) && fileSystem.remove(path)) {
         file = fileSystem.createExclusively(path);
     }
@@ -55,7 +55,7 @@ Result replace(FileSystem& fileSystem, const std::filesystem::path& path,
     if (result) result = fileSystem.setPrivateMode(temporary);
     if (result) result = fileSystem.rename(temporary, path);
     if (!result) {
-        // NOLINTNEXTLINE(bugprone-unused-return-value): the first error is the one to tell.
+        // NOLINTNEXTLINE(bugprone-unused-return-value): the first error is reported.
         (void)fileSystem.remove(temporary);
         return result;
     }

@@ -9,7 +9,7 @@
 
 namespace marrowby::atomicfile {
 
-/// The name under which the new content is written before it takes the file's place.
+/// Where the new content is written before the rename.
 [[nodiscard]] std::filesystem::path temporaryPath(const std::filesystem::path& path);
 
 /// Replaces or creates a file of mode 0600 in one step, durably; missing folders are made with mode

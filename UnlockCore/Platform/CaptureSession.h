@@ -26,7 +26,7 @@ enum class CapturePixelFormat : std::uint32_t { bgra32 = bgra32Code };
 struct CaptureDeviceDescription {
     std::string uniqueID;
     std::string localizedName;
-    /// It delivers nothing for now, such as the camera in a closed lid.
+    /// Delivers nothing for now, such as a camera in a closed lid.
     bool isSuspended = false;
     friend bool operator==(const CaptureDeviceDescription&,
                            const CaptureDeviceDescription&) = default;
@@ -67,12 +67,12 @@ struct CaptureOutputSettings {
 class CaptureInput {
   public:
     virtual ~CaptureInput() = default;
-    /// Empty where the input is of no more use, such as after the camera was unplugged.
+    /// Empty once the input is unusable, such as after the camera was unplugged.
     [[nodiscard]] virtual std::string deviceID() const = 0;
     /// In the device's order.
     [[nodiscard]] virtual std::vector<CaptureFormat> formats() const = 0;
-    /// False when another process holds the configuration. Each lock
-    /// that holds is followed by an unlock; others of the same device may lie between.
+    /// False when another process holds the configuration. Each success needs an unlock; locks of
+    /// one device may overlap.
     [[nodiscard]] virtual bool lockForConfiguration() = 0;
     virtual void setActiveFormat(std::size_t index) = 0;
     /// Both the shortest and the longest time between frames.

@@ -7,7 +7,7 @@ namespace marrowby {
 
 namespace {
 
-/// No picture here is larger; keeps a wild request from asking for all memory.
+/// Bounds the memory of one picture.
 constexpr int longestSide = 16384;
 
 int rounded(double value) {

@@ -7,8 +7,8 @@
 
 namespace marrowby {
 
-/// A camera's picture at full resolution, still in the camera's own buffer. What it is made of is
-/// the platform's; only that platform's Imaging can draw it. Any thread may read it.
+/// A camera's picture at full resolution, still in the camera's own buffer. Only the same
+/// platform's Imaging can draw it. Any thread may read it.
 class SourceImage {
   public:
     virtual ~SourceImage() = default;
@@ -37,7 +37,7 @@ class Imaging {
                                                         PixelFormat format) const = 0;
 };
 
-/// Which pixels of a source a rendering takes, and how large it is.
+/// The pixels of a source that a rendering reads, and the size of its result.
 struct RenderPlan {
     /// Whole pixels inside the source, at least one; origin at the bottom-left.
     Rect part;
@@ -53,9 +53,9 @@ struct RenderPlan {
     friend bool operator==(const RenderPlan&, const RenderPlan&) = default;
 };
 
-/// Whether a picture of this size is one that may be asked for.
+/// Whether both sides are 1…16384 pixels.
 [[nodiscard]] bool isDrawable(int width, int height);
-/// Whether all of it are finite numbers.
+/// Whether all coefficients are finite.
 [[nodiscard]] bool isDrawable(const AffineTransform& transform);
 
 }  // namespace marrowby

@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// What macOS is asked for.
+/// Constants of macOS.
 namespace inputidle {
 
 /// The state of the event source and the type of event.
@@ -19,11 +19,11 @@ inline constexpr const char* registryProperty = "HIDIdleTime";
 
 }  // namespace inputidle
 
-/// How long no key, button or pointer was used. Main thread.
+/// Time since the last key, button or pointer input. Main thread.
 class InputIdle {
   public:
     virtual ~InputIdle() = default;
-    /// As the event system says it: not necessarily finite, positive or sensible.
+    /// As the event system reports it; may be negative, absurd or not finite.
     [[nodiscard]] virtual TimeInterval secondsSinceLastInput() const = 0;
     /// The same from the device registry; nothing where it has no such entry.
     [[nodiscard]] virtual std::optional<std::uint64_t> registryIdleNanoseconds() const = 0;

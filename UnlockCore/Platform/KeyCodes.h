@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// Virtual key codes of the ANSI layout, and what else a synthetic key of macOS needs.
+/// Virtual key codes of the ANSI layout; flags, source and tap of macOS key events.
 namespace mackey {
 
 inline constexpr std::uint32_t command = 55;
@@ -21,7 +21,7 @@ inline constexpr std::uint32_t textCarrier = 0;
 inline constexpr std::uint64_t noFlags = 0;
 inline constexpr std::uint64_t commandFlag = 0x100000;
 
-/// The state that the event source is made with, and the tap that it posts at.
+/// The state of the event source, and the tap events are posted at.
 inline constexpr std::int32_t hidSystemState = 1;
 inline constexpr std::uint32_t hidEventTap = 0;
 
@@ -36,24 +36,23 @@ inline constexpr std::uint32_t escape = 0xFF1B;
 inline constexpr std::uint32_t leftShift = 0xFFE1;
 inline constexpr std::uint32_t leftControl = 0xFFE3;
 
-/// Between two events. Lockers that follow the raw events need some time for each.
+/// Between two events; lockers that read raw events need it.
 inline constexpr TimeInterval eventGap{0.001};
-/// How long a slow reader may still look up what a lent key gives after the last press: beside
-/// three busy processes a core, xscreensaver was 1.2 s late.
+/// How long after the last press a borrowed key keeps its mapping for slow readers: with three busy
+/// processes per core, xscreensaver was 1.2 s late.
 inline constexpr TimeInterval returningLimit{4.0};
-/// How often the lock state is asked meanwhile.
+/// How often the lock state is polled meanwhile.
 inline constexpr TimeInterval returningStep{0.020};
-/// For the display to tell whom a key went to.
+/// Until the display reports which client received a key.
 inline constexpr std::chrono::milliseconds deliveryLimit{2000};
-/// For the window of a locker that comes up.
+/// Until a starting locker's window appears.
 inline constexpr TimeInterval coverLimit{1.0};
-/// For the dialog of a locker that starts a program for it, to come or to go.
+/// Until a locker's dialog program appears or ends.
 inline constexpr TimeInterval dialogLimit{5.0};
-/// For a busy locker to begin its event loop, or to take in what it was sent; how often it is
-/// asked.
+/// Until a busy locker starts its event loop or processes its events, and how often it is polled.
 inline constexpr TimeInterval busyLimit{2.0};
 inline constexpr TimeInterval busyStep{0.002};
-/// How often it is looked for, and how often the key for that is pressed again.
+/// How often the dialog is polled, and how often the waking key is pressed again.
 inline constexpr TimeInterval dialogStep{0.010};
 inline constexpr TimeInterval dialogTapStep{0.100};
 

@@ -24,39 +24,38 @@ struct KeyPress {
 
 /// What the field of an X11 locker needs before it takes keys.
 struct KeyPace {
-    /// A first key to wake it with, and how long after that it takes the next.
+    /// Press a key first to wake it, and how long until it takes the next.
     bool tapsFirst = true;
     TimeInterval wake{0.300};
-    /// Something may be in it.
+    /// The field may hold text.
     bool clearsField = true;
-    /// Between the keys of a shortcut: some lockers look that late at which modifiers are held.
+    /// Between a shortcut's keys: some lockers read the held modifiers late.
     TimeInterval shortcut{0.030};
 };
 
-/// Posts the keys of one typing; destroying it gives back whatever it borrowed from the keyboard.
-/// One thread.
+/// Posts the keys of one typing. Destroying it returns keys borrowed from the keyboard layout. One
+/// thread.
 class KeyEventSource {
   public:
     virtual ~KeyEventSource() = default;
-    /// Whether the keys would go to a screen locker, as far as the system can tell. To be asked
-    /// once, before the first key. May wake it with a key that carries nothing, and blocks until
-    /// it takes keys, at most while `stillLocked`.
+    /// Whether keys would reach a screen locker, as far as the system can tell. Call once, before
+    /// the first key. May wake the locker with a key that types nothing; blocks until it takes
+    /// keys, at most while `stillLocked`.
     [[nodiscard]] virtual bool isAdmitted(const std::function<bool()>& /*stillLocked*/) {
         return true;
     }
-    /// Known once admitted.
+    /// Valid after isAdmitted().
     [[nodiscard]] virtual KeyPace pace() const { return {}; }
-    /// False when the event could not be made or the system is gone, or when it could not be told
-    /// that it goes to the locker, which isUndisturbed() denies from then on.
+    /// False when the event could not be made, the system is gone, or the key may not have reached
+    /// the locker; in the last case isUndisturbed() stays false.
     [[nodiscard]] virtual bool post(const KeyPress& press) = 0;
     /// A key event that carries UTF-16 text. Systems without such events type on `down` and do
     /// nothing on up.
     [[nodiscard]] virtual bool postText(std::span<const char16_t> units, bool down) = 0;
-    /// Whether, as far as can be told, nobody else has pressed a key and the same lock screen
-    /// stands since this was made.
+    /// Whether, as far as the system can tell, nobody else pressed a key and the same locker is up
+    /// since this was made.
     [[nodiscard]] virtual bool isUndisturbed() = 0;
-    /// Waits as long as borrowed keys are still needed by a reader that is behind. Nothing is
-    /// posted after.
+    /// Blocks while a slow reader still needs the borrowed keys. Nothing is posted afterwards.
     virtual void settle(const std::function<bool()>& stillLocked) = 0;
 };
 
@@ -66,19 +65,18 @@ class KeyEvents {
     virtual ~KeyEvents() = default;
     /// Whether the user lets this process post keys.
     [[nodiscard]] virtual bool isTrusted() const = 0;
-    /// Whether the system then takes them; some refuse for a while what the user has allowed.
+    /// Whether the system accepts them now; some refuse temporarily.
     [[nodiscard]] virtual bool mayPost() const { return true; }
     [[nodiscard]] bool canType() const { return isTrusted() && mayPost(); }
     [[nodiscard]] virtual KeyDialect dialect() const = 0;
-    /// A source able to type all of `text` and to press each of `codes`, in any number and order;
-    /// nothing where it cannot be had. No key is pressed yet. It may outlive this, but not what
-    /// this was made of.
+    /// A source that can type `text` and press each of `codes`; null where none can be had. Presses
+    /// nothing yet. May outlive this object, but not the services it was made of.
     [[nodiscard]] virtual std::unique_ptr<KeyEventSource> makeSource(
         std::span<const char16_t> text, std::span<const std::uint32_t> codes) = 0;
-    /// Screen lockers that the owner vouches for, by the paths of their executables.
+    /// Executable paths of the screen lockers that the owner trusts.
     virtual void vouchFor(const std::vector<std::string>& /*paths*/) {}
-    /// Told, on the typing thread, of each screen locker that nobody vouches for. Main thread; no
-    /// source is being admitted meanwhile. Empty for nobody.
+    /// Called on the typing thread for each screen locker that is not trusted; may be empty. Set on
+    /// the main thread while no source is being admitted.
     virtual void setUnknownLockerHandler(const std::function<void(std::string path)>& /*handler*/) {
     }
     /// Blocks the calling thread.

@@ -39,7 +39,7 @@ struct PasswordCheckResult
 class MacPasswordVerifying {
   public:
     virtual ~MacPasswordVerifying() = default;
-    /// What is empty or not UTF-8 is incorrect, and nobody is asked.
+    /// An empty or invalid UTF-8 password is incorrect without asking the system.
     [[nodiscard]] virtual PasswordCheckResult check(std::span<const std::uint8_t> password) = 0;
 };
 

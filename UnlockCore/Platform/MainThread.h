@@ -29,8 +29,7 @@ class MainThread {
     [[nodiscard]] virtual std::unique_ptr<Timer> at(Date fireDate, TimeInterval tolerance,
                                                     std::function<void()> work) = 0;
 
-    /// Calls every `interval`, first after one interval. Main thread. Missed calls are not made up
-    /// for.
+    /// Calls every `interval`, first after one interval. Main thread. Missed calls are skipped.
     [[nodiscard]] virtual std::unique_ptr<Timer> every(TimeInterval interval,
                                                        TimeInterval tolerance,
                                                        std::function<void()> work) = 0;

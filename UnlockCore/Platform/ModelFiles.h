@@ -9,7 +9,7 @@
 
 namespace marrowby {
 
-/// What a network's file is and says about itself.
+/// A model file's checksum and declarations.
 struct ModelFileFacts {
     struct Value {
         std::string name;
@@ -25,7 +25,7 @@ struct ModelFileFacts {
     std::map<std::string, std::string> metadata;
 };
 
-/// Looks into the files of networks. Any thread.
+/// Reads model files. Any thread.
 class ModelFiles {
   public:
     virtual ~ModelFiles() = default;

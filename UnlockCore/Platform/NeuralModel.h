@@ -49,7 +49,7 @@ struct NeuralOutput {
     std::vector<float> values;
 };
 
-/// A loaded network. Its owner serialises predictions. Errors are the system's localized texts.
+/// A loaded model. Its owner serialises predictions. Errors are the system's localized texts.
 class NeuralModel {
   public:
     virtual ~NeuralModel() = default;
@@ -58,23 +58,22 @@ class NeuralModel {
         std::span<const NeuralInput> inputs) = 0;
 };
 
-/// Loads networks from files. Any thread.
+/// Loads models from files. Any thread.
 class NeuralModels {
   public:
     enum class ComputeUnits { all, processorOnly };
-    /// The order in which a network takes an image's channels. A system whose model files say so
-    /// themselves ignores it.
+    /// The channel order of image inputs. Ignored where model files declare it.
     enum class ChannelOrder { rgb, bgr };
     struct Options {
         ComputeUnits computeUnits = ComputeUnits::all;
         ChannelOrder channelOrder = ChannelOrder::rgb;
-        /// Of the file, where only that one will do: what is run is then what was summed up. A
-        /// system whose models are folders, guarded by the application's signature, ignores it.
+        /// Of the file; empty accepts any. Exactly the bytes that were summed are loaded. Ignored
+        /// where models are folders that the application's signature covers.
         std::string sha256 = {};
     };
 
     virtual ~NeuralModels() = default;
-    /// The error is the system's localized text; a missing file is the caller's to look for.
+    /// The error is the system's localized text; the caller looks for a missing file.
     [[nodiscard]] virtual std::expected<std::unique_ptr<NeuralModel>, std::string> load(
         const std::filesystem::path& file, const Options& options) = 0;
 };

@@ -32,7 +32,7 @@ struct OwnerCheckError : std::variant<ownercheckerror::Unavailable, ownerchecker
 /// The sentence for the user.
 [[nodiscard]] std::string description(const OwnerCheckError& error, const PlatformWords& words);
 
-/// What else the system says of asking the owner, in its own words.
+/// Any other failure, in the system's words.
 struct OwnerCheckFailure {
     std::string message;
     friend bool operator==(const OwnerCheckFailure&, const OwnerCheckFailure&) = default;

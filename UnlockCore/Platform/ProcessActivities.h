@@ -6,8 +6,8 @@
 
 namespace marrowby {
 
-/// What this process does on the user's behalf though it has no window in front. While there is an
-/// activity the system does not put off its timers or its work. Main thread.
+/// Work for the user without a window in front. While an activity exists, the system does not defer
+/// this process's timers or work. Main thread.
 class ProcessActivities {
   public:
     /// Destroying it ends the activity.
@@ -17,11 +17,11 @@ class ProcessActivities {
     };
 
     virtual ~ProcessActivities() = default;
-    /// `reason` is for those who look at the system's list.
+    /// `reason` is shown in the system's list.
     [[nodiscard]] virtual std::unique_ptr<Activity> begin(const std::string& reason) = 0;
 };
 
-/// What a Mac is asked for: user-initiated work, during which the computer may still sleep.
+/// NSActivityOptions of macOS.
 namespace macactivity {
 
 inline constexpr std::uint64_t userInitiatedAllowingIdleSystemSleep = 0x00EFFFFF;

@@ -22,10 +22,10 @@ class SpaceKeys {
     virtual ~SpaceKeys() = default;
     /// Whether the user lets this process watch keys, as far as can be told without asking them.
     [[nodiscard]] virtual bool hasListenAccess() const = 0;
-    /// Has the system ask the user, where it does so; the answer shows in the former. Returns at
-    /// once.
+    /// Has the system prompt the user, where it does so; hasListenAccess() shows the answer.
+    /// Returns at once.
     virtual void requestListenAccess() {}
-    /// A key held down may press again and again. Nothing when no keyboard can be opened.
+    /// A held key may repeat. Null when no keyboard can be opened.
     [[nodiscard]] virtual std::unique_ptr<Listening> listen(std::function<void(Press)> onPress) = 0;
 };
 

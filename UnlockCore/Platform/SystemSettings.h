@@ -18,7 +18,7 @@ class SystemSettings {
     virtual bool setOpensAtLogin(bool opens) = 0;
 };
 
-/// Where a Mac has them.
+/// The panes' addresses on macOS.
 namespace macsettings {
 
 inline constexpr const char* openAtAddress =
@@ -27,7 +27,7 @@ inline constexpr const char* openAtAddress =
 struct Place {
     /// The end of the address.
     const char* anchor;
-    /// The system puts the application into its list when it is asked for trust.
+    /// Asking for trust adds the application to the pane's list.
     bool asksForTrust;
 };
 

@@ -15,7 +15,7 @@ namespace marrowby {
 namespace keychainerror {
 
 struct Status {
-    /// The system's; 0 where it counts none.
+    /// The system's; 0 where it has none.
     std::int32_t code = 0;
     /// The system's text; nothing where it has none.
     std::optional<std::string> message;
@@ -27,7 +27,7 @@ struct UnexpectedData {
 
 }  // namespace keychainerror
 
-/// Why the store of keys didn't do what was asked.
+/// Why an operation of the key store failed.
 struct KeychainError : std::variant<keychainerror::Status, keychainerror::UnexpectedData> {
     using Status = keychainerror::Status;
     using UnexpectedData = keychainerror::UnexpectedData;
@@ -41,7 +41,7 @@ struct KeychainError : std::variant<keychainerror::Status, keychainerror::Unexpe
 class VaultKeyStore {
   public:
     virtual ~VaultKeyStore() = default;
-    /// Where that can’t be found out, either may be said: loading says why.
+    /// Either answer where it cannot be determined; loadKey() then fails.
     [[nodiscard]] virtual bool hasKey() = 0;
     /// Nothing where there is no key.
     [[nodiscard]] virtual std::expected<std::optional<SecretBytes>, KeychainError> loadKey() = 0;

@@ -14,7 +14,7 @@
 
 namespace marrowby {
 
-/// What the application draws into a panel; made by who shows it, replaced as a whole. Main thread.
+/// A panel's drawing, replaced as a whole. Main thread.
 class PanelContent {
   public:
     [[nodiscard]] const PanelDrawing& drawing() const { return drawing_; }
@@ -22,7 +22,7 @@ class PanelContent {
         drawing_ = std::move(drawing);
         if (onChange_) onChange_();
     }
-    /// For the one panel that shows it, which takes it back when it goes.
+    /// Set by the one panel that shows it, which clears it when destroyed.
     void onChange(std::function<void()> callback) { onChange_ = std::move(callback); }
 
   private:
@@ -38,7 +38,7 @@ struct ScreenGeometry {
     friend bool operator==(const ScreenGeometry&, const ScreenGeometry&) = default;
 };
 
-/// How a panel is made, as the system's own numbers.
+/// How a panel is made, in the system's own numbers.
 struct PanelConfiguration {
     std::uint64_t styleMask = 0;
     std::uint64_t backing = 0;
@@ -58,7 +58,8 @@ struct PanelConfiguration {
     friend bool operator==(const PanelConfiguration&, const PanelConfiguration&) = default;
 };
 
-/// A window of the application that can lie above the lock screen. Main thread; gone with this.
+/// A window of the application that can lie above the lock screen. Main thread; closed when this is
+/// destroyed.
 class LockScreenPanel {
   public:
     virtual ~LockScreenPanel() = default;
@@ -71,7 +72,7 @@ class LockScreenPanel {
     virtual void orderOut() = 0;
 };
 
-/// Where the private entry points are looked up, and their names, in SkyLightFunctions' order.
+/// The library of the private entry points, and their names in SkyLightFunctions' order.
 namespace skylight {
 inline constexpr const char* path =
     "/System/Library/PrivateFrameworks/SkyLight.framework/Versions/A/SkyLight";
@@ -83,12 +84,12 @@ inline constexpr std::array symbols{"SLSMainConnectionID",
                                     "SLSRemoveWindowsFromSpaces"};
 }  // namespace skylight
 
-/// Private entry points of the window server, which not every system has. Their results are not
-/// looked at. Main thread.
+/// Private entry points of the window server, which not every system has. Results are ignored. Main
+/// thread.
 class SkyLightFunctions {
   public:
     using Connection = std::uint32_t;
-    /// The window server's own width: fewer bits would leave the rest of a register to chance.
+    /// As wide as the window server's; a narrower argument would leave half a register undefined.
     using Space = std::uint64_t;
 
     virtual ~SkyLightFunctions() = default;
@@ -105,32 +106,32 @@ class SkyLightFunctions {
                                          std::span<const Space> spaces) = 0;
 };
 
-/// How often the pointer is asked for its place where nobody tells of it.
+/// How often the pointer is polled where the system reports no movement.
 inline constexpr TimeInterval pointerInterval{0.2};
 
 /// The windows of the system, its screens and the pointer. Main thread.
 class WindowServer {
   public:
-    /// Ends with this.
+    /// Destroying it ends the watch.
     class PointerWatch {
       public:
         virtual ~PointerWatch() = default;
     };
 
     virtual ~WindowServer() = default;
-    /// The one that the user logs in at; nothing where there is none.
+    /// The screen the user logs in at; nothing without one.
     [[nodiscard]] virtual std::optional<ScreenGeometry> mainScreen() = 0;
-    /// Calls with the pointer's place, as a ScreenGeometry has it: soon after the watch begins, and
-    /// after every movement, whoever grabs the pointer. Nothing where that isn't told.
+    /// Reports the pointer's position in ScreenGeometry's coordinates: soon after the start and
+    /// after every movement, grabbed or not. Null where that is unknown.
     [[nodiscard]] virtual std::unique_ptr<PointerWatch> watchPointer(
         std::function<void(const Point&)> onPlace) = 0;
     /// Of the shield that covers the screen.
     [[nodiscard]] virtual std::int64_t shieldingWindowLevel() = 0;
-    /// Nothing where no window can be had.
+    /// Null where no window can be had.
     [[nodiscard]] virtual std::unique_ptr<LockScreenPanel> makePanel(
         const PanelConfiguration& configuration, const Rect& frame,
         std::shared_ptr<PanelContent> content) = 0;
-    /// Looks them up anew: all six, or nothing.
+    /// Looks the functions up anew: all six, or null.
     [[nodiscard]] virtual std::shared_ptr<SkyLightFunctions> loadSkyLight() = 0;
 };
 

@@ -8,7 +8,7 @@ namespace marrowby {
 
 namespace {
 
-/// Work that whoever comes first does once.
+/// Work that the first claimant runs, once.
 class Claimable {
   public:
     explicit Claimable(std::function<void()> work) : work_(std::move(work)) {}

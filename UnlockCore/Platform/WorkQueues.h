@@ -25,8 +25,8 @@ class WorkQueues {
 };
 
 /// Runs `beside` on the queue while `here` runs on this thread, and returns when both are done.
-/// What the queue has not begun by the end of `here` runs here too, so a busy queue costs no more
-/// than no queue. Neither may throw.
+/// What the queue has not begun by the end of `here` runs here too, so a busy queue delays nothing.
+/// Neither may throw.
 void runBeside(WorkQueue& queue, std::function<void()> beside, const std::function<void()>& here);
 
 }  // namespace marrowby

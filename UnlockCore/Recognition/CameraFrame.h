@@ -24,7 +24,7 @@ struct CameraFrame {
     Date timestamp;
 };
 
-/// The room that `faceCrop` leaves on every side, in parts of the face's.
+/// The margin of `faceCrop` on every side, as a share of the face's side.
 inline constexpr double faceCropMargin = 0.15;
 
 /// A face with some room around it, cut from the frame's full-resolution picture and no longer than

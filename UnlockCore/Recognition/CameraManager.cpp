@@ -105,8 +105,8 @@ class CameraManager::Delivery {
     std::int64_t nextID_ GUARDED_BY(mutex_) = 0;
 };
 
-/// Holds the device's configuration while it lives, where the system lets it: a session that starts
-/// or stops meanwhile leaves the format as it is.
+/// Holds the device's configuration, where the system allows it, so that a session that starts or
+/// stops meanwhile keeps the format.
 class CameraManager::DeviceLock {
   public:
     explicit DeviceLock(std::shared_ptr<CaptureInput> input)
@@ -212,8 +212,7 @@ std::expected<void, CameraError> CameraManager::start(const std::optional<std::s
     session_->beginConfiguration();
     if (!configured_) {
         session_->setPreset(CapturePreset::high);
-        // Weak: the session may outlive this manager, and the delivery lives as long as the
-        // manager.
+        // Weak: the session may outlive this manager.
         session_->addOutput({.pixelFormat = CapturePixelFormat::bgra32, .discardsLateFrames = true},
                             queue_, [weak = std::weak_ptr(delivery_)](const SampleBuffer& sample) {
                                 if (const auto delivery = weak.lock()) delivery->deliver(sample);
@@ -273,7 +272,7 @@ std::optional<CaptureDeviceDescription> CameraManager::chooseDevice(
     if (cameraID) {
         if (auto device = session_->device(*cameraID); isUsable(device)) return device;
     }
-    // The default of any kind comes last: it may be somebody's phone.
+    // Last: the default of any kind may be a phone.
     for (const CapturePosition position : {CapturePosition::front, CapturePosition::unspecified}) {
         auto device = session_->defaultDevice(CaptureDeviceType::builtInWideAngleCamera, position);
         if (isUsable(device)) return device;

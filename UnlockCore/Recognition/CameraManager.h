@@ -59,7 +59,7 @@ struct CameraError
 
 /// One capture session on one camera: starts and stops it, and makes a CameraFrame of every
 /// picture. Main thread, except that frames are made and handed over on its own serial queue. A
-/// frame that is being made while the manager stops or goes away is dropped; a call of `onFrame`
+/// frame that is being made while the manager stops or is destroyed is dropped; a call of `onFrame`
 /// that has begun runs to its end.
 class CameraManager {
   public:
@@ -113,8 +113,7 @@ class CameraManager {
     /// No frame is kept or handed over after this. Returns before the camera has stopped.
     void stop();
 
-    /// Called on the queue for every frame. It must not take long: pictures that come meanwhile are
-    /// lost.
+    /// Called on the queue for every frame; pictures that come meanwhile are dropped.
     void setOnFrame(std::function<void(const CameraFrame&)> onFrame);
 
     /// The newest frame since the last start. Any thread, as is isRunning().
@@ -138,7 +137,7 @@ class CameraManager {
     std::shared_ptr<CaptureSession> session_;
     Services services_;
     std::shared_ptr<WorkQueue> queue_;
-    /// What the queue's work shares with this manager, and may outlive it.
+    /// Shared with the queue's work; may outlive this.
     std::shared_ptr<Delivery> delivery_;
     std::shared_ptr<Claim> claim_;
     /// The queue's work may keep it longer.

@@ -33,12 +33,12 @@ struct AlignedFace {
 [[nodiscard]] std::optional<AffineTransform> fitSimilarity(std::span<const Point> source,
                                                            std::span<const Point> destination);
 
-/// Cuts a detected face out of its picture, upright, as the networks expect it. Any thread.
+/// Cuts a detected face out of its picture, upright, as the models expect it. Any thread.
 class FaceAligner {
   public:
     static constexpr int side = 112;
     /// Where the eyes, the nose and the mouth corners of a crop lie, in its pixels, the smaller x
-    /// first: the positions published with the ArcFace networks (https://arxiv.org/abs/1801.07698).
+    /// first: the positions published with ArcFace (https://arxiv.org/abs/1801.07698).
     static constexpr std::array<Point, 5> reference{
         Point{38.2946, 51.6963}, Point{73.5318, 51.5014}, Point{56.0252, 71.7366},
         Point{41.5493, 92.3655}, Point{70.7299, 92.2041}};

@@ -9,7 +9,7 @@ namespace marrowby::faceembedding {
 
 namespace {
 
-/// In four lanes, which the compiler can add at once.
+/// Four lanes, so that the compiler vectorises.
 float dot(std::span<const float> a, std::span<const float> b) {
     std::array<float, 4> lanes{};
     const std::size_t count = a.size();
@@ -61,7 +61,7 @@ float cosine(std::span<const float> a, std::span<const float> b) {
     const float norms = std::sqrt(dot(a, a)) * std::sqrt(dot(b, b));
     if (!(norms > 0)) return 0;
     const float similarity = dot(a, b) / norms;
-    // A stored vector that overflows is like no other.
+    // An overflow in a stored vector matches nothing.
     return std::isfinite(similarity) ? similarity : 0;
 }
 

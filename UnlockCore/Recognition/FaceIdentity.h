@@ -12,7 +12,7 @@
 
 namespace marrowby {
 
-/// Networks that work together: the SHA-256 of each one's file, 64 lower-case digits, by its role.
+/// The SHA-256 of each model's file, 64 lower-case digits, by the model's role.
 using ModelSums = std::map<std::string, std::string>;
 
 /// One captured view of an enrolled face.
@@ -28,7 +28,7 @@ struct FaceSample {
     friend bool operator==(const FaceSample&, const FaceSample&) = default;
 };
 
-/// An enrolled person (or one look of a person). A disabled one is kept but never matched.
+/// An enrolled face; a person may have several. A disabled one is kept but never matched.
 struct FaceIdentity {
     UUID id;
     std::string name;
@@ -38,7 +38,7 @@ struct FaceIdentity {
     std::int64_t dimension = 0;
     Date createdAt;
     bool isEnabled = true;
-    /// The networks that found, chose and described the samples; empty where nobody kept that.
+    /// The models that made the samples; empty where unknown.
     ModelSums models = {};
 
     friend bool operator==(const FaceIdentity&, const FaceIdentity&) = default;

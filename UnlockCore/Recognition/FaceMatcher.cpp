@@ -29,7 +29,7 @@ Similarity compare(std::span<const float> probe, const FaceIdentity& identity) {
     }
     if (const auto mean = faceembedding::meanTemplate(embeddings)) {
         const float similarity = faceembedding::cosine(probe, *mean);
-        // A damaged sample has no similarity, and a NaN no place in an order.
+        // A damaged sample gives NaN, which cannot be sorted.
         if (std::isfinite(similarity)) result.toTemplate = similarity;
     }
     return result;
@@ -48,7 +48,7 @@ std::vector<Similarity> ranked(std::span<const float> probe,
         }
         results.push_back(compare(probe, identity));
     }
-    // Equal ones keep their order: the identities lie in one array.
+    // By address: equal ones keep their order in the array.
     std::ranges::sort(results, [](const Similarity& a, const Similarity& b) {
         if (a.toTemplate != b.toTemplate) return a.toTemplate > b.toTemplate;
         return a.identity < b.identity;

@@ -14,7 +14,7 @@ struct ScoredIdentity {
     FaceIdentity identity;
     /// To the mean of the samples.
     float templateSimilarity = 0;
-    /// To the most alike single sample.
+    /// To the most similar single sample.
     float bestSampleSimilarity = 0;
 
     friend bool operator==(const ScoredIdentity&, const ScoredIdentity&) = default;
@@ -26,13 +26,13 @@ namespace facematcher {
 inline constexpr float lowestThreshold = 0.43F;
 inline constexpr float highestThreshold = 0.8F;
 
-/// The identities of this model, the most alike template first and equal ones in the given order.
+/// The identities of this model by descending template similarity, equal ones in the given order.
 /// Empty for an unusable probe.
 [[nodiscard]] std::vector<ScoredIdentity> score(std::span<const float> probe,
                                                 std::span<const FaceIdentity> identities,
                                                 std::string_view modelIdentifier);
 
-/// The enabled identity with the most alike template, if that and its best sample both reach the
+/// The enabled identity with the most similar template, if that and its best sample both reach the
 /// clamped threshold. A runner-up is never tried.
 [[nodiscard]] std::optional<ScoredIdentity> bestMatch(std::span<const float> probe,
                                                       std::span<const FaceIdentity> identities,

@@ -49,8 +49,7 @@ const DetectedFace& choose(const std::vector<DetectedFace>& faces,
         faces, {}, [](const DetectedFace& face) { return face.boundingBox.area(); });
 }
 
-/// Where a landmark lies outside the picture it is a guess, and by the eyes every face is aligned.
-/// True where there are none.
+/// A landmark outside the picture is a guess, and alignment needs the eyes. True without landmarks.
 bool showsEyes(const DetectedFace& face) {
     const auto eyes = face.landmarks ? FaceAligner::eyePoints(*face.landmarks) : std::nullopt;
     if (!eyes) return true;

@@ -76,10 +76,10 @@ class FaceRecognizer {
     [[nodiscard]] std::expected<FaceRecognition, FaceRecognitionError> recognise(
         const CameraFrame& frame, const std::optional<DetectedFace>& previousFace) const;
 
-    /// The first half of it: which face.
+    /// First half: selects the face.
     [[nodiscard]] std::expected<DetectedFace, FaceRecognitionError> find(
         const CameraFrame& frame, const std::optional<DetectedFace>& previousFace) const;
-    /// The second half: what it looks like.
+    /// Second half: aligns and embeds it.
     [[nodiscard]] std::expected<FaceRecognition, FaceRecognitionError> recogniseFound(
         const CameraFrame& frame, const DetectedFace& face) const;
 

@@ -6,7 +6,7 @@
 
 namespace marrowby {
 
-/// How alike a face must be to the enrolled one.
+/// How similar a face must be to an enrolled one.
 enum class MatchStrictness { relaxed, standard, strict };
 
 inline constexpr std::array allMatchStrictnesses{

@@ -34,7 +34,7 @@ const NeuralFeature* find(const std::vector<NeuralFeature>& features, std::strin
     return found != features.end() && found->kind == kind ? &*found : nullptr;
 }
 
-/// The largest number where the product is larger than that.
+/// Saturates.
 std::int64_t product(std::span<const std::int64_t> factors) {
     std::int64_t result = 1;
     for (const std::int64_t factor : factors) {

@@ -11,12 +11,12 @@
 
 namespace marrowby {
 
-/// The SFace network (https://arxiv.org/abs/2205.12010), or another of the same shape under its own
+/// The SFace model (https://arxiv.org/abs/2205.12010), or another of the same shape under its own
 /// identifier: input "image", 112 × 112, output "embedding", 128 values. It is checked once, when
 /// loaded.
 class SFaceEmbedder final : public FaceEmbedder {
   public:
-    /// Which network an application carries.
+    /// The application's model file.
     struct Resource {
         std::string fileName = "SFace.mlmodelc";
         std::string modelIdentifier = "sface-2021dec-coreml-1";
@@ -25,8 +25,8 @@ class SFaceEmbedder final : public FaceEmbedder {
     };
     static constexpr std::int64_t embeddingLength = 128;
 
-    /// From the folder of the application's resources, for all of the computer's processors.
-    /// `imaging` outlives the embedder.
+    /// From the folder of the application's resources, on all compute units. `imaging` outlives the
+    /// embedder.
     [[nodiscard]] static std::expected<std::unique_ptr<SFaceEmbedder>, FaceModelError> load(
         const std::filesystem::path& resources, const Resource& resource, NeuralModels& models,
         const Imaging& imaging);

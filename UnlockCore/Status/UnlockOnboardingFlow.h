@@ -9,7 +9,7 @@
 
 namespace marrowby {
 
-/// In the order that every comparison uses.
+/// In order.
 enum class UnlockOnboardingStep : std::uint8_t {
     welcome,
     security,
@@ -22,7 +22,7 @@ enum class UnlockOnboardingStep : std::uint8_t {
     done,
 };
 
-/// The first run, another look of the face, or a new login password.
+/// The first run, another enrolled face, or a new login password.
 enum class UnlockOnboardingMode : std::uint8_t { setUp, addLook, updatePassword };
 
 struct UnlockOnboardingFacts {
@@ -44,7 +44,7 @@ class UnlockOnboardingFlow {
 
     [[nodiscard]] UnlockOnboardingMode mode() const { return mode_; }
     [[nodiscard]] UnlockOnboardingStep step() const { return step_; }
-    /// Never false again.
+    /// Once true, stays true.
     [[nodiscard]] bool isFinished() const { return isFinished_; }
     /// Whether the last move went forward.
     [[nodiscard]] bool forward() const { return forward_; }
@@ -61,8 +61,7 @@ class UnlockOnboardingFlow {
     bool goForward(const UnlockOnboardingFacts& facts);
     [[nodiscard]] bool canGoBack() const;
     void goBack();
-    /// To be called when a permission may have changed: goes forward from the step that waited for
-    /// it. Whether it did.
+    /// Call when a permission may have changed; leaves the step that waited for it. Whether it did.
     bool permissionChanged(const UnlockOnboardingFacts& facts);
 
   private:

@@ -84,7 +84,7 @@ struct Fix {
     Answer operator()(UnlockStatus::PasswordNeedsUpdate /*unused*/) const {
         return UnlockStatusFix::updatePassword;
     }
-    // The switch itself is the fix.
+    // Fixed by the switch beside it.
     Answer operator()(UnlockStatus::Off /*unused*/) const { return std::nullopt; }
     Answer operator()(UnlockStatus::CameraNotAllowed camera) const {
         return camera.wasAsked ? UnlockStatusFix::openCameraSettings : UnlockStatusFix::allowCamera;

@@ -22,7 +22,7 @@ struct UnlockStatusFacts {
     bool accessibilityAllowed = false;
     /// The owner check was passed in this session.
     bool touchIDDone = false;
-    /// Faces are enrolled, none of them by the networks that are here now.
+    /// Faces are enrolled, but none by the installed models.
     bool modelsChanged = false;
     friend bool operator==(const UnlockStatusFacts&, const UnlockStatusFacts&) = default;
 };

@@ -18,10 +18,10 @@ class CredentialStore {
   public:
     CredentialStore(SealedFile file, Vault& vault) : file_(std::move(file)), vault_(vault) {}
 
-    /// Asks only for the file.
+    /// Whether the file exists.
     [[nodiscard]] bool hasPassword() const { return file_.exists(); }
 
-    /// Whether its vault is; any thread.
+    /// Whether its vault is unlocked. Any thread.
     [[nodiscard]] bool isOpen() const { return vault_.isUnlocked(); }
 
     /// Overwrites the caller's password with zeros, saved or not.

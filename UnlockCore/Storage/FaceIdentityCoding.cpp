@@ -21,7 +21,7 @@ using Error = FaceIdentityCodingError;
 template <typename Value>
 using Result = std::expected<Value, Error>;
 
-// Far above what enrolment makes.
+// Bounds, far above what enrolment makes.
 constexpr std::size_t mostIdentities = 1000;
 constexpr std::size_t mostSamples = 1000;
 constexpr std::size_t longestEmbedding = 4096;
@@ -35,8 +35,6 @@ std::unexpected<Error> refusal(std::string reason) {
 std::string quoted(const char* key) {
     return "“" + std::string(key) + "”";
 }
-
-// --- Writing
 
 bool isWritable(std::string_view text) {
     return text.size() <= longestText &&
@@ -99,10 +97,7 @@ Json encoded(const FaceIdentity& identity) {
     return json;
 }
 
-// --- Reading
-
-/// Reads the values of one JSON object. Keeps the first reason to refuse; what is read after it is
-/// empty.
+/// Reads the values of one JSON object. Keeps the first error; values read after it are empty.
 class ObjectReader {
   public:
     ObjectReader(const Json& json, std::optional<Error>& problem) : json_(json), problem_(problem) {
@@ -115,7 +110,7 @@ class ObjectReader {
         return value;
     }
 
-    /// Null is as good as missing.
+    /// Null counts as missing.
     [[nodiscard]] const Json* optional(const char* key) const {
         const Json* value = find(key);
         return value != nullptr && !value->is_null() ? value : nullptr;
@@ -179,7 +174,6 @@ class ObjectReader {
         return value->is_boolean() && value->get<bool>();
     }
 
-    /// Texts by their names.
     [[nodiscard]] std::map<std::string, std::string> texts(const char* key, const Json* value,
                                                            std::size_t most) {
         std::map<std::string, std::string> result;

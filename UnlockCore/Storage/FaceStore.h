@@ -40,7 +40,7 @@ class FaceStore {
         std::vector<FaceSample> samples, std::string_view name, std::string modelIdentifier,
         std::int64_t dimension, std::optional<UUID> replacing = std::nullopt,
         ModelSums models = {});
-    /// Says which networks made the faces that nobody kept it of.
+    /// Sets the models of the faces that have none recorded.
     [[nodiscard]] std::expected<void, StorageError> adoptModels(const ModelSums& models);
     /// An unknown id changes nothing, here and below.
     [[nodiscard]] std::expected<void, StorageError> setEnabled(bool enabled, UUID id);

@@ -9,7 +9,7 @@ namespace marrowby {
 
 namespace {
 
-// What is opened is held in locked memory, which an ordinary user has 8 MiB of.
+// Opened content is held in locked memory, of which an ordinary user has 8 MiB.
 constexpr std::size_t largestFacesFile = std::size_t{4} << 20;
 constexpr std::size_t largestPasswordFile = std::size_t{64} << 10;
 
@@ -49,7 +49,7 @@ std::expected<void, StorageError> SealedFile::write(std::span<const std::uint8_t
                                                     Vault& vault) const {
     const auto blob = vault.seal(plaintext, purpose_);
     if (!blob) return std::unexpected(blob.error());
-    // What is written can be read again.
+    // Never writes what read() would refuse.
     if (blob->size() > largestFile(purpose_)) return std::unexpected(tooLarge());
     if (auto written = atomicfile::replace(*fileSystem_, path_, *blob); !written) {
         return std::unexpected(std::move(written.error()));
@@ -62,7 +62,7 @@ std::expected<void, StorageError> SealedFile::remove() const {
     if (auto removed = fileSystem_->remove(path_); !removed) {
         return std::unexpected(std::move(removed.error()));
     }
-    // The file is gone; whether also after a power failure changes nothing for the caller.
+    // Best effort: the file is gone already.
     // NOLINTNEXTLINE(bugprone-unused-return-value)
     (void)fileSystem_->flushFolder(path_.parent_path());
     return {};

@@ -18,7 +18,7 @@ class SealedFile {
 
     [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
-    /// Also when the system will not say.
+    /// Also true where the system cannot tell.
     [[nodiscard]] bool exists() const;
     [[nodiscard]] std::expected<SecretBytes, StorageError> read(Vault& vault) const;
     /// Seals, then replaces the file in one step, in folders of mode 0700 that it makes where

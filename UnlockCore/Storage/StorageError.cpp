@@ -62,7 +62,7 @@ namespace {
 struct Describe {
     const PlatformWords& words;
 
-    // The system's own errors bring their localized text with them.
+    // The system's errors carry their localized text.
     std::string operator()(const OwnerCheckFailure& error) const { return error.message; }
     std::string operator()(const FileError& error) const { return error.message; }
     std::string operator()(VaultError error) const { return description(error, words); }

@@ -69,8 +69,7 @@ enum class CredentialError { empty, none };
 /// The fixed sentence for the user.
 [[nodiscard]] std::string_view description(CredentialError error);
 
-/// Whatever opening the vault, or reading and writing what it protects, can meet; passed on
-/// unchanged.
+/// Any error of opening the vault or of reading and writing what it protects.
 struct StorageError
     : std::variant<VaultError, KeychainError, OwnerCheckError, OwnerCheckFailure, FileError,
                    FaceStoreError, FaceIdentityCodingError, CredentialError, SecretMemoryError> {

@@ -16,7 +16,7 @@ UnlockDataEraser::Report UnlockDataEraser::erase(FaceStore& faces, CredentialSto
         report.problems.push_back("Password: " + description(removed.error(), words));
     }
     if (!report.removedFaces || !report.removedPassword) {
-        // What remains could not be opened without the key.
+        // The key stays: without it, what remains could not be opened.
         vault.lock();
         return report;
     }

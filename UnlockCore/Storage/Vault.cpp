@@ -107,7 +107,7 @@ void Vault::ownerReplied(Anchor& anchor, const std::expected<void, StorageError>
         services.emplace(anchor.vault->services_);
         finished = anchor.vault->finishUnlocking(reply);
     }
-    // From here on the vault may be gone.
+    // The vault may be destroyed from here on.
     if (finished.hasChanged && services->didChange) services->didChange();
     services->mainThread.post(
         [result = std::move(finished.result), waiting = std::move(finished.waiting)] {

@@ -47,16 +47,16 @@ class Vault {
           Services services);
     Vault(const Vault&) = delete;
     Vault& operator=(const Vault&) = delete;
-    /// Main thread. Waits for a key store at work; an owner prompt still open is forgotten, and
-    /// with it the completions that wait for it.
+    /// Main thread. Waits for a running operation of the key store; drops an open prompt with its
+    /// completions.
     ~Vault();
 
     [[nodiscard]] bool isUnlocked() const EXCLUDES(mutex_);
     /// When the key was last installed or used; nothing while locked.
     [[nodiscard]] std::optional<Date> lastActivityAt() const EXCLUDES(mutex_);
 
-    /// Main thread. Asks the owner unless open already; who comes while the prompt is open shares
-    /// it, and its reason. The completion comes on the main thread after this has returned.
+    /// Main thread. Asks the owner unless unlocked; calls during an open prompt share it and its
+    /// reason. The completion comes on the main thread after this has returned.
     void unlock(const std::string& reason, Completion completion) EXCLUDES(mutex_);
     void lock() EXCLUDES(mutex_);
     /// The key was used now; nothing while locked.
@@ -72,11 +72,11 @@ class Vault {
     [[nodiscard]] VaultKeyStore& keyStore() { return keyStore_; }
 
   private:
-    /// What the owner check's reply holds instead of the vault.
+    /// Weak handle that the owner check's reply holds.
     struct Anchor;
     using Key = std::shared_ptr<const SecretBytes>;
 
-    /// What remains to be said once no lock is held.
+    /// What is reported once no lock is held.
     struct Finished {
         std::expected<void, StorageError> result;
         bool hasChanged = false;
@@ -89,7 +89,7 @@ class Vault {
     [[nodiscard]] std::expected<SecretBytes, StorageError> obtainKey();
     [[nodiscard]] std::expected<SecretBytes, StorageError> makeKey();
     [[nodiscard]] Key openKey() const EXCLUDES(mutex_);
-    /// Whether that is another key than before.
+    /// Whether the key changed.
     [[nodiscard]] bool install(Key key, Date now) REQUIRES(mutex_);
 
     VaultKeyStore& keyStore_;
@@ -102,7 +102,7 @@ class Vault {
     mutable Mutex mutex_;
     Key key_ GUARDED_BY(mutex_);
     std::optional<Date> lastActivityAt_ GUARDED_BY(mutex_);
-    // Who waits for the one prompt that is open.
+    // Completions of the open prompt; nothing without a prompt.
     std::optional<std::vector<Completion>> unlocking_ GUARDED_BY(mutex_);
 };
 
