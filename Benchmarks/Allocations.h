@@ -4,8 +4,8 @@
 
 namespace marrowby {
 
-/// What operator new gave out in the whole program so far; what OpenCV takes for its own pictures
-/// does not come from there.
+/// Bytes that operator new has returned in the whole program so far; OpenCV's pictures are not
+/// among them.
 struct Allocations {
     std::int64_t count = 0;
     std::int64_t bytes = 0;

@@ -8,8 +8,7 @@
 
 namespace marrowby {
 
-/// A camera that shows one picture whenever it is told to. Main thread, except for what the capture
-/// queue calls.
+/// A camera that delivers one picture on demand. Main thread; delivers on the capture queue.
 class HandCamera final : public CaptureSession {
   public:
     /// Delivered on the capture queue.

@@ -31,7 +31,7 @@
 namespace marrowby {
 namespace {
 
-/// Two pictures of the same that differ in a corner: one that a camera repeats is not looked at.
+/// Two pictures that differ in a corner: repeated ones are skipped.
 using Pictures = std::array<std::shared_ptr<const PixelBuffer>, 2>;
 
 Pictures pictures(int width, int height) {
@@ -45,11 +45,11 @@ Pictures pictures(int width, int height) {
     return {first, PixelBuffer::create(width, height, first->bytesPerRow(), std::move(bytes))};
 }
 
-/// An application that looks, as it is after its start.
+/// An application during a scan.
 class Bench {
   public:
     explicit Bench(const benchmark::State& state) {
-        // Threads that are begun from here on stay on as many processors.
+        // Threads started from here on stay on that many processors.
         cpu_set_t processors;
         CPU_ZERO(&processors);
         for (int i = 0; i < state.range(0); ++i)
@@ -74,7 +74,7 @@ class Bench {
                 isLoaded_ = true;
                 return material_.loadRealFace();
             });
-        // A picture that comes before the networks are there is lost.
+        // Frames before the models are loaded are dropped.
         QObject::connect(&again_, &QTimer::timeout, [this] {
             if (!seen_ && picture_) camera_->show(picture_);
         });
@@ -89,7 +89,7 @@ class Bench {
                          .onCameraFailed = {}});
     }
 
-    /// Whether a face was seen.
+    /// Whether a face was found.
     bool see(const Pictures& pictures) {
         seen_.reset();
         isSecond_ = !isSecond_;
@@ -140,7 +140,7 @@ BENCHMARK(wholeFrame)
     ->MeasureProcessCPUTime()
     ->UseRealTime();
 
-/// The first frame of the first look after the start, or (1) the tenth.
+/// The first frame of the first scan after the start, or (1) the tenth.
 void firstFrame(benchmark::State& state) {
     const auto shown = pictures(640, 480);
     for (auto _ : state) {

@@ -1,4 +1,4 @@
-// One event of the machine's that is handled most often, and one that changes most.
+// The machine's most frequent event, and the one with most effects.
 
 #include "Benchmarks/Allocations.h"
 #include "UnlockCore/Engine/UnlockMachine.h"
@@ -12,18 +12,18 @@ namespace {
 
 using Event = UnlockMachine::Event;
 
-UnlockSnapshot lockedWorld() {
-    UnlockSnapshot world;
-    world.now = Date(TimeInterval(1000));
+UnlockSnapshot lockedSnapshot() {
+    UnlockSnapshot snapshot;
+    snapshot.now = Date(TimeInterval(1000));
     for (bool UnlockSnapshot::* const flag :
          {&UnlockSnapshot::isLocked, &UnlockSnapshot::isEnabled, &UnlockSnapshot::showsUI,
           &UnlockSnapshot::vaultUnlocked, &UnlockSnapshot::passwordSaved, &UnlockSnapshot::hasFace,
           &UnlockSnapshot::accessibilityTrusted, &UnlockSnapshot::spaceKeyAccess}) {
-        world.*flag = true;
+        snapshot.*flag = true;
     }
-    world.scanDuration = TimeInterval(5);
-    world.triggers = {UnlockTrigger::onReturn, UnlockTrigger::onSpace};
-    return world;
+    snapshot.scanDuration = TimeInterval(5);
+    snapshot.triggers = {UnlockTrigger::onReturn, UnlockTrigger::onSpace};
+    return snapshot;
 }
 
 void count(benchmark::State& state, const Allocations& before) {
@@ -32,13 +32,13 @@ void count(benchmark::State& state, const Allocations& before) {
                            benchmark::Counter::kAvgIterations);
 }
 
-/// A face that is still looked at.
+/// A frame during a scan.
 void machineFrame(benchmark::State& state) {
-    UnlockSnapshot world = lockedWorld();
-    UnlockMachine machine({}, world.triggers);
-    (void)machine.handle(Event::Lock{LockEvent::screenLocked}, world);
-    world.now += TimeInterval(10);
-    (void)machine.handle(Event::SpaceKey{}, world);
+    UnlockSnapshot snapshot = lockedSnapshot();
+    UnlockMachine machine({}, snapshot.triggers);
+    (void)machine.handle(Event::Lock{LockEvent::screenLocked}, snapshot);
+    snapshot.now += TimeInterval(10);
+    (void)machine.handle(Event::SpaceKey{}, snapshot);
     const auto* scanning = std::get_if<UnlockMachine::Phase::Scanning>(&machine.phase());
     if (!scanning) {
         state.SkipWithError("the machine does not look");
@@ -48,17 +48,17 @@ void machineFrame(benchmark::State& state) {
                              ScanObservation::Face{.match = std::nullopt, .decision = {}}};
     const auto before = Allocations::now();
     for (auto _ : state)
-        benchmark::DoNotOptimize(machine.handle(frame, world));
+        benchmark::DoNotOptimize(machine.handle(frame, snapshot));
     count(state, before);
 }
 BENCHMARK(machineFrame)->Unit(benchmark::kNanosecond);
 
 void machineLock(benchmark::State& state) {
-    const UnlockSnapshot world = lockedWorld();
-    UnlockMachine machine({}, world.triggers);
+    const UnlockSnapshot snapshot = lockedSnapshot();
+    UnlockMachine machine({}, snapshot.triggers);
     const auto before = Allocations::now();
     for (auto _ : state)
-        benchmark::DoNotOptimize(machine.handle(Event::Lock{LockEvent::screenLocked}, world));
+        benchmark::DoNotOptimize(machine.handle(Event::Lock{LockEvent::screenLocked}, snapshot));
     count(state, before);
 }
 BENCHMARK(machineLock)->Unit(benchmark::kNanosecond);

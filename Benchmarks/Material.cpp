@@ -52,12 +52,12 @@ std::unique_ptr<OpenCvFaceVision> Material::loadVision(std::shared_ptr<WorkQueue
 std::unique_ptr<SFaceEmbedder> Material::loadEmbedder() {
     return orEnd(SFaceEmbedder::load(
         models, {.fileName = "Embedder128.onnx", .modelIdentifier = "mobilefacenet-128-test-1"},
-        networks, imaging));
+        neuralModels, imaging));
 }
 
 std::unique_ptr<MiniFASNet> Material::loadRealFace() {
     return orEnd(
-        MiniFASNet::load(models, networks, NeuralModels::ComputeUnits::all, "MiniFASNet.onnx"));
+        MiniFASNet::load(models, neuralModels, NeuralModels::ComputeUnits::all, "MiniFASNet.onnx"));
 }
 
 std::shared_ptr<const PixelBuffer> Material::picture(int width, int height) const {

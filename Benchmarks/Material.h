@@ -17,15 +17,15 @@
 
 namespace marrowby {
 
-/// The standard pack and one rendered person in front of the camera, for all benchmarks. Ends the
-/// program with a sentence where they are missing.
+/// The standard pack and one rendered person in front of the camera, for all benchmarks. Exits with
+/// a sentence where they are missing.
 class Material {
   public:
     [[nodiscard]] static Material& shared();
 
     std::filesystem::path models;
     OpenCvImaging imaging;
-    OpenCvNeuralModels networks;
+    OpenCvNeuralModels neuralModels;
 
     [[nodiscard]] std::unique_ptr<OpenCvFaceVision> loadVision(
         std::shared_ptr<WorkQueue> helper = nullptr) const;
@@ -38,7 +38,7 @@ class Material {
     [[nodiscard]] CameraFrame frame() const;
     /// The one face of `frame()`.
     [[nodiscard]] DetectedFace face() const;
-    /// So many people of 18 samples each, all unlike each other.
+    /// That many people of 18 dissimilar samples each.
     [[nodiscard]] std::vector<FaceIdentity> identities(std::size_t count) const;
 
   private:

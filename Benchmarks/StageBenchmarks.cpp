@@ -89,10 +89,10 @@ BENCHMARK(workingImage)->Apply(sizes);
 
 void finder(State& state) {
     const Material& material = Material::shared();
-    auto network = YuNetFaceFinder::load(material.models / "face_detection_yunet_2023mar.onnx");
+    auto model = YuNetFaceFinder::load(material.models / "face_detection_yunet_2023mar.onnx");
     const auto bgr = bgrMat(material.frame().image);
     for (auto _ : state) {
-        if (network->find(*bgr)->size() != 1) state.SkipWithError("not one face");
+        if (model->find(*bgr)->size() != 1) state.SkipWithError("not one face");
     }
 }
 BENCHMARK(finder)->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -102,11 +102,11 @@ void landmarks(State& state) {
     const Material& material = Material::shared();
     ThreadWorkQueues queues;
     const auto helper = state.range(0) > 1 ? queues.background() : nullptr;
-    auto network = Landmarks98Network::load(material.models / "Landmarks98.onnx");
+    auto model = Landmarks98Network::load(material.models / "Landmarks98.onnx");
     const auto bgr = bgrMat(material.frame().image);
     const Rect box = material.face().boundingBox;
     for (auto _ : state)
-        benchmark::DoNotOptimize(network->find(*bgr, box, helper.get()));
+        benchmark::DoNotOptimize(model->find(*bgr, box, helper.get()));
 }
 BENCHMARK(landmarks)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
@@ -145,12 +145,12 @@ BENCHMARK(embed)->Unit(benchmark::kMillisecond)->UseRealTime();
 /// With its crops.
 void realFace(State& state) {
     Material& material = Material::shared();
-    const auto network = material.loadRealFace();
+    const auto model = material.loadRealFace();
     const CameraFrame frame = material.frame();
     const auto pixels = RGBPixels::view(frame.image);
     const Rect box = material.face().boundingBox;
     for (auto _ : state) {
-        if (!network->score(*pixels, box)) state.SkipWithError("no score");
+        if (!model->score(*pixels, box)) state.SkipWithError("no score");
     }
 }
 BENCHMARK(realFace)->Unit(benchmark::kMillisecond)->UseRealTime();

@@ -1,4 +1,4 @@
-// From the decision to Return: what of a typing is our own time, and what is its plan's pauses.
+// From the decision to Return: our own time, and the plan's pauses.
 
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 
@@ -9,7 +9,7 @@
 namespace marrowby {
 namespace {
 
-/// Takes every key at once, and counts the pauses instead of waiting.
+/// Takes every key at once and counts pauses instead of waiting.
 class QuickKeyboard final : public KeyEvents {
   public:
     explicit QuickKeyboard(KeyDialect dialect) : dialect_(dialect) {}

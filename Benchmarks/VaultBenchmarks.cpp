@@ -1,4 +1,4 @@
-// What the vault takes to seal and to open: a password with room to spare, and many enrolled faces.
+// Sealing and opening by the vault: a long password, and many enrolled faces.
 
 #include "Platforms/Linux/Desktop/QtMainThread.h"
 #include "Platforms/Linux/Desktop/UnixClock.h"
@@ -15,7 +15,7 @@ namespace {
 constexpr std::int64_t kilobyte = 1000;
 constexpr std::int64_t megabyte = 1000 * kilobyte;
 
-/// Some key, always the same.
+/// A fixed key.
 class OneKey final : public VaultKeyStore {
   public:
     [[nodiscard]] bool hasKey() override { return true; }
@@ -68,7 +68,7 @@ void vaultSeal(benchmark::State& state) {
 }
 BENCHMARK(vaultSeal)->Arg(kilobyte)->Arg(megabyte)->Unit(benchmark::kMicrosecond);
 
-/// With the locked pages that the plaintext is put into, wiped and given back.
+/// Including the allocation and wiping of locked pages for the plaintext.
 void vaultOpen(benchmark::State& state) {
     OpenVault open;
     const auto blob = open.vault.seal(plaintextOf(state), VaultPurpose::faces);

@@ -41,7 +41,7 @@ class Desktop:
                             if not name.startswith(("XDG_", "DBUS_", "QT_")) and name != "WAYLAND_DISPLAY"}
         self.environment |= {"HOME": str(folder / "home"), "XDG_RUNTIME_DIR": str(folder / "run"),
                              "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={folder}/no-such-bus",
-                             "MARROWBY_NETWORKS": str(NETWORKS), "LC_ALL": "C.UTF-8"}
+                             "MARROWBY_MODELS": str(NETWORKS), "LC_ALL": "C.UTF-8"}
         reading, writing = os.pipe()
         self.start(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1024x800x24", "-nolisten", "tcp",
                     "-noreset"], pass_fds=[writing])

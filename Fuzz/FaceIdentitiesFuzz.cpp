@@ -1,4 +1,4 @@
-// The input as the identities' JSON, under a genuine seal: what somebody with the key could write.
+// The input as the identities' JSON, correctly sealed: what a holder of the key could write.
 
 #include "Fuzz/FuzzVault.h"
 #include "Unlock/macOS/MacWords.h"
@@ -22,7 +22,7 @@ struct Fuzz : FuzzVault {
             require(!store.rename(UUID(), "Ann"), "an unreadable file was written over");
             return;
         }
-        // What was read can be written, and is the same when read again.
+        // What was read can be written and reads back the same.
         require(store.remove(UUID()).has_value(), "it can’t be written");
         FaceStore again(facesFile, *vault, cipher, mainThread, macWords);
         require(again.load().has_value(), "it can’t be read again");

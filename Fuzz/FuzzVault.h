@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tests/Fakes/VaultBench.h"
+#include "Tests/Fakes/VaultFixture.h"
 #include "UnlockCore/Foundation/Fatal.h"
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 namespace marrowby {
 
 /// An open vault whose key is always 0, 1, 2, … 31, as the seeds were sealed.
-struct FuzzVault : VaultBench {
+struct FuzzVault : VaultFixture {
     FuzzVault() {
         std::vector<std::uint8_t> key(AuthenticatedCipher::keySize);
         for (std::size_t i = 0; i < key.size(); ++i)

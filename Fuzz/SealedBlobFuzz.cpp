@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t overhead = 1 + AuthenticatedCipher::nonceSize + AuthenticatedCipher::tagSize;
 
 struct Fuzz : FuzzVault {
-    /// A blob opens for one purpose at most, and says rightly why not.
+    /// A blob opens for at most one purpose, and fails with the right error.
     void open(std::span<const std::uint8_t> blob) {
         int opened = 0;
         for (const auto purpose : {VaultPurpose::faces, VaultPurpose::password}) {
@@ -31,13 +31,13 @@ struct Fuzz : FuzzVault {
         require(opened <= 1, "it opened for both purposes");
     }
 
-    /// What is sealed opens again, and not once a bit of it is another.
+    /// A sealed blob opens again, and not after one bit was flipped.
     void seal(std::span<const std::uint8_t> plaintext) {
         auto blob = vault->seal(plaintext, VaultPurpose::faces);
         require(blob && blob->size() == plaintext.size() + overhead, "it wasn’t sealed");
         const auto opened = vault->open(*blob, VaultPurpose::faces);
         require(opened && std::ranges::equal(opened->values(), plaintext), "it didn’t open");
-        // A bit that the input chooses.
+        // Chosen by the input.
         std::size_t bit = 0;
         for (const std::uint8_t byte : plaintext.first(std::min<std::size_t>(4, plaintext.size())))
             bit = bit * 256 + byte;

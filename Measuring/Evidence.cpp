@@ -16,7 +16,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Of the layout below: evidence of another one is not read.
+/// The version of the layout below; others are not read.
 constexpr int version = 2;
 
 json packed(const Rect& r) {
@@ -49,7 +49,7 @@ json packed(const DetectedFace& face) {
     if (!face.landmarks) return j;
     json& regions = j["landmarks"] = json::array();
     for (const auto& [region, points] : face.landmarks->regions) {
-        // Hundredths of a pixel: far below the landmarks' own noise.
+        // Hundredths of a pixel, far below landmark noise.
         json numbers = json::array();
         for (const Point& point : points) {
             numbers.push_back(std::lround(point.x * 100));
@@ -152,7 +152,7 @@ std::expected<void, std::string> writeEvidence(const std::filesystem::path& file
     json& frames = j["frames"] = json::array();
     for (const FrameEvidence& frame : evidence.frames)
         frames.push_back(packed(frame));
-    // Under its own name only when it is whole: recording may be interrupted.
+    // Renamed only when complete: recording may be interrupted.
     const std::filesystem::path begun = file.string() + ".part";
     const auto bytes = json::to_cbor(j);
     std::error_code error;

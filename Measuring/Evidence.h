@@ -18,7 +18,7 @@ struct FrameEvidence {
     FaceScan::Findings findings;
 };
 
-/// All that a pack of networks found in a look: enough to judge it again, in another way.
+/// All that a model pack found in a look: enough to judge it again in another way.
 struct LookEvidence {
     Look::Label label;
     std::vector<FrameEvidence> frames;

@@ -4,7 +4,7 @@
 #include "Platforms/Linux/Vision/OpenCvFourierTransform.h"
 #include "Platforms/Linux/Vision/OpenCvImaging.h"
 #include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
-#include "Rehearsal/Scenes/NetworkFolder.h"
+#include "Rehearsal/Scenes/ModelFolder.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 #include "UnlockCore/LockScreenServices/FaceScan.h"
@@ -21,7 +21,7 @@ namespace {
 /// As many as an enrolment takes: two for each of nine poses.
 constexpr std::size_t mostSamples = 18;
 
-/// A look's own time.
+/// The time within a look.
 class LookClock final : public SystemClock {
   public:
     [[nodiscard]] Date now() const override { return time; }
@@ -44,7 +44,7 @@ std::optional<CameraFrame> cameraFrame(std::shared_ptr<const PixelBuffer> pictur
 
 }  // namespace
 
-struct LookMeter::Networks {
+struct LookMeter::Pipeline {
     OpenCvImaging imaging;
     OpenCvNeuralModels models;
     OpenCvFourierTransform fourier;
@@ -54,56 +54,56 @@ struct LookMeter::Networks {
     EnrolledPeople people;
 };
 
-LookMeter::LookMeter(std::unique_ptr<Networks> networks) : networks_(std::move(networks)) {}
+LookMeter::LookMeter(std::unique_ptr<Pipeline> pipeline) : pipeline_(std::move(pipeline)) {}
 LookMeter::~LookMeter() = default;
 
 std::expected<std::unique_ptr<LookMeter>, std::string> LookMeter::create(
     const std::filesystem::path& models, float threshold) {
-    auto networks = std::make_unique<Networks>();
-    const auto pack = networksIn(models);
+    auto pipeline = std::make_unique<Pipeline>();
+    const auto pack = modelsIn(models);
     if (!pack) return std::unexpected(pack.error());
     auto vision =
         OpenCvFaceVision::load(pack->folder / pack->finderFile, pack->folder / pack->landmarksFile);
     if (!vision) return std::unexpected(vision.error());
-    networks->vision = *std::move(vision);
+    pipeline->vision = *std::move(vision);
     auto embedder = SFaceEmbedder::load(
         pack->folder, {.fileName = pack->embedderFile, .modelIdentifier = pack->embedderIdentifier},
-        networks->models, networks->imaging);
+        pipeline->models, pipeline->imaging);
     if (!embedder) return std::unexpected(description(embedder.error()));
-    networks->recognizer =
-        std::make_unique<FaceRecognizer>(*networks->vision, networks->imaging, *std::move(embedder),
+    pipeline->recognizer =
+        std::make_unique<FaceRecognizer>(*pipeline->vision, pipeline->imaging, *std::move(embedder),
                                          CameraFaceScanner::minimumFaceWidth);
-    networks->people.modelIdentifier = pack->embedderIdentifier;
-    networks->people.threshold = threshold;
+    pipeline->people.modelIdentifier = pack->embedderIdentifier;
+    pipeline->people.threshold = threshold;
     auto antiSpoof =
-        MiniFASNet::load(pack->folder, networks->models, NeuralModels::ComputeUnits::all,
+        MiniFASNet::load(pack->folder, pipeline->models, NeuralModels::ComputeUnits::all,
                          pack->realFaceFile, pack->realFaceIdentifier);
     if (!antiSpoof) return std::unexpected(description(antiSpoof.error()));
-    networks->antiSpoof = *std::move(antiSpoof);
-    return std::unique_ptr<LookMeter>(new LookMeter(std::move(networks)));
+    pipeline->antiSpoof = *std::move(antiSpoof);
+    return std::unique_ptr<LookMeter>(new LookMeter(std::move(pipeline)));
 }
 
 std::string LookMeter::name() const {
-    return std::string(networks_->antiSpoof->modelIdentifier());
+    return std::string(pipeline_->antiSpoof->modelIdentifier());
 }
 
 const EnrolledPeople& LookMeter::people() const {
-    return networks_->people;
+    return pipeline_->people;
 }
 
 std::expected<void, std::string> LookMeter::enroll(const Look& look) {
-    FaceIdentity& identity = networks_->people.identities[look.label.person];
+    FaceIdentity& identity = pipeline_->people.identities[look.label.person];
     identity.name = look.label.person;
-    identity.modelIdentifier = networks_->people.modelIdentifier;
+    identity.modelIdentifier = pipeline_->people.modelIdentifier;
     identity.dimension = SFaceEmbedder::embeddingLength;
     const std::size_t wanted = std::min(mostSamples, look.pictureCount);
     for (std::size_t i = 0; i < wanted; ++i) {
         const std::size_t index = i * look.pictureCount / wanted;
         auto picture = look.picture(index);
         if (!picture) return std::unexpected(picture.error());
-        const auto frame = cameraFrame(*std::move(picture), index, {}, networks_->imaging);
+        const auto frame = cameraFrame(*std::move(picture), index, {}, pipeline_->imaging);
         if (!frame) continue;
-        if (auto seen = networks_->recognizer->recognise(*frame, std::nullopt)) {
+        if (auto seen = pipeline_->recognizer->recognise(*frame, std::nullopt)) {
             identity.samples.push_back({.embedding = std::move(seen->embedding),
                                         .pose = std::nullopt,
                                         .capturedAt = {},
@@ -122,14 +122,14 @@ std::expected<FrameEvidence, std::string> LookMeter::study(
     const TimeInterval at(static_cast<double>(index) / look.framesPerSecond);
     LookClock clock;
     clock.time = Date(at);
-    const auto frame = cameraFrame(std::move(picture), index, clock.time, networks_->imaging);
+    const auto frame = cameraFrame(std::move(picture), index, clock.time, pipeline_->imaging);
     if (!frame) return std::unexpected("A picture of “" + look.label.name + "” can’t be drawn.");
     return FrameEvidence{.at = at,
-                         .findings = scan.study(*frame, {.recognizer = *networks_->recognizer,
-                                                         .antiSpoof = *networks_->antiSpoof,
-                                                         .vision = *networks_->vision,
-                                                         .imaging = networks_->imaging,
-                                                         .fourier = networks_->fourier,
+                         .findings = scan.study(*frame, {.recognizer = *pipeline_->recognizer,
+                                                         .antiSpoof = *pipeline_->antiSpoof,
+                                                         .vision = *pipeline_->vision,
+                                                         .imaging = pipeline_->imaging,
+                                                         .fourier = pipeline_->fourier,
                                                          .clock = clock})};
 }
 

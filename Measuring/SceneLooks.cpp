@@ -15,7 +15,7 @@ namespace marrowby {
 
 namespace {
 
-/// What all looks share: only one is filmed at a time.
+/// Shared by all looks: only one is filmed at a time.
 struct Studio {
     Cast cast = {};
     std::unique_ptr<SceneFilm> film = nullptr;
@@ -54,7 +54,7 @@ std::vector<Look> looksOf(const SceneLooks& wanted) {
     const auto studio = std::make_shared<Studio>();
     std::vector<Look> looks;
     for (std::uint64_t take = wanted.first; take < wanted.first + wanted.count; ++take) {
-        // Somebody else in every scene of a take.
+        // A different person in every scene of a take.
         std::size_t next = take * 7;
         for (const Scene& listed : sceneCatalogue(people.front())) {
             next += 31;

@@ -11,7 +11,7 @@ namespace marrowby {
 
 /// Which looks of the rehearsal's scenes.
 struct SceneLooks {
-    /// Beginnings of scenes' names; scenes with nobody to confirm or to imitate are left out.
+    /// Beginnings of scenes' names; scenes without a face are left out.
     std::vector<std::string> scenes;
     /// Takes of each scene, with other people, and the first one's number.
     std::size_t count = 1;

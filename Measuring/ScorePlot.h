@@ -10,7 +10,7 @@
 namespace marrowby {
 
 /// Writes a PNG of how the looks' scores are spread: the real-face model's, of people and attacks,
-/// and the likeness to the own and to other enrolled persons. The error is one sentence.
+/// and the similarity to the own and to other enrolled faces. The error is one sentence.
 [[nodiscard]] std::expected<void, std::string> writeScorePlot(const std::filesystem::path& file,
                                                               std::span<const LookResult> results);
 

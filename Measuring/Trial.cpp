@@ -21,20 +21,20 @@ std::vector<Trial> trials(LivenessMode mode, const std::optional<std::set<Livene
         without.name += " without " + std::string(rawValue(cue));
         without.isWhole = false;
         without.cues.erase(cue);
-        without.ignoresNetwork = role(cue) == LivenessCueRole::model;
+        without.ignoresModel = role(cue) == LivenessCueRole::model;
     }
     return all;
 }
 
 TrialRun::TrialRun(const Trial& trial, Look::Label label, const EnrolledPeople& people)
-    : ignoresNetwork_(trial.ignoresNetwork), people_(people), scan_(trial.mode, trial.cues) {
+    : ignoresModel_(trial.ignoresModel), people_(people), scan_(trial.mode, trial.cues) {
     result_.label = std::move(label);
 }
 
 void TrialRun::take(const FrameEvidence& frame) {
     if (hasEnded()) return;
     FaceScan::Findings findings = frame.findings;
-    if (ignoresNetwork_ && findings.liveness.antiSpoof) {
+    if (ignoresModel_ && findings.liveness.antiSpoof) {
         findings.liveness.antiSpoof = AntiSpoofScore{.live = 1, .live27 = 1, .live40 = 1};
     }
     const FaceScan::Step& step = scan_.judge(std::move(findings), Date(frame.at));

@@ -20,9 +20,9 @@ struct Trial {
     std::string name;
     LivenessMode mode = LivenessMode::standard;
     std::set<LivenessCue> cues;
-    /// The real-face network calls every face live.
-    bool ignoresNetwork = false;
-    /// Of the lock screen itself, with nothing left out.
+    /// Takes every face for live, whatever the model says.
+    bool ignoresModel = false;
+    /// The lock screen's own way, no cue left out.
     bool isWhole = true;
 };
 
@@ -31,7 +31,7 @@ struct Trial {
 [[nodiscard]] std::vector<Trial> trials(LivenessMode mode,
                                         const std::optional<std::set<LivenessCue>>& cues);
 
-/// Who is enrolled, with a pack of networks.
+/// The faces enrolled with one model pack.
 struct EnrolledPeople {
     std::map<std::string, FaceIdentity> identities;
     std::string modelIdentifier;
@@ -39,7 +39,7 @@ struct EnrolledPeople {
     float threshold = 0.5F;
 };
 
-/// What the lock screen would have made of one look.
+/// What the lock screen would have decided about one look.
 struct LookResult {
     Look::Label label;
     /// Until the look ended: with its last picture, a denial, or opened.
@@ -55,7 +55,7 @@ struct LookResult {
     /// The highest level of each cue with any confidence.
     std::map<LivenessCue, float> levels;
     struct Likeness {
-        /// Of the look's most alike frame.
+        /// Of the look's most similar frame.
         float similarity = -1;
         /// Some frame matched.
         bool matches = false;
@@ -79,7 +79,7 @@ class TrialRun {
   private:
     [[nodiscard]] bool matches(const Embedding& embedding);
 
-    const bool ignoresNetwork_;
+    const bool ignoresModel_;
     const EnrolledPeople& people_;
     FaceScan scan_;
     LookResult result_;

@@ -86,7 +86,7 @@ struct Launch {
         ::prctl(PR_SET_PDEATHSIG, launch.endSignal);
         if (::getppid() != launch.parent) ::_exit(127);
     }
-    // Out of the way first, so that no target overwrites a source.
+    // Duplicated first, so that no target overwrites a source.
     std::array<int, 4> sources{};
     for (std::size_t i = 0; i < sources.size(); ++i) {
         sources[i] = launch.descriptors[i] < 0 ? -1 : ::fcntl(launch.descriptors[i], F_DUPFD, 16);
@@ -145,7 +145,7 @@ std::expected<ChildProcess, std::string> ChildProcess::start(const Program& prog
     if (child < 0)
         return std::unexpected(name + " could not be started: " + systemText(errno) + ".");
 
-    // No thread of ours reaps this child before, so its number cannot have passed to another.
+    // Not reaped yet, so the id cannot have passed to another process.
     OwnedFile end(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
     const int endError = end.get() < 0 ? errno : 0;
     ChildProcess process(child, std::move(end), program.endSignal);

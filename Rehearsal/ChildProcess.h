@@ -38,9 +38,8 @@ struct Pipe {
     [[nodiscard]] static std::expected<Pipe, std::string> create();
 };
 
-/// A running program in a session of its own, deaf to the terminal's interrupt. Destroying it ends
-/// and reaps it. Moving and ending it is for one thread; isRunning() may be asked by others
-/// meanwhile.
+/// A running program in its own session, which the terminal's interrupt does not reach. Destroying
+/// it ends and reaps it. One thread moves and ends it; isRunning() is for any.
 class ChildProcess {
   public:
     struct Program {
@@ -53,8 +52,8 @@ class ChildProcess {
         int standardOutput = -1;
         int standardError = -1;
         int third = -1;
-        /// Sent when the thread that started it ends, and to end it. 0: it outlives us and ends by
-        /// itself.
+        /// Sent when the starting thread ends, and to end the program. 0: it outlives us and ends
+        /// by itself.
         int endSignal = 0;
     };
 

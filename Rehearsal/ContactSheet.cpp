@@ -10,7 +10,7 @@ namespace {
 constexpr int columns = 6;
 constexpr int gap = 8;
 constexpr QSize cameraSize{232, 174};
-/// Of the screen, around the island.
+/// The part of the screen around the island.
 constexpr QSize islandSize{464, 104};
 constexpr int islandHeight = islandSize.height() * cameraSize.width() / islandSize.width();
 constexpr int captionHeight = 34;

@@ -92,7 +92,7 @@ bool DesktopUser::write(std::u16string_view text) const {
         if (!key || !send(*connection_, *key, true) || !send(*connection_, *key, false))
             return false;
     }
-    // A slow reader looks up late what they give.
+    // Kept mapped for slow readers.
     if (!lent.empty()) XTestKeyEvents::sleep(returningTime);
     return true;
 }

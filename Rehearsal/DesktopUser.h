@@ -13,7 +13,7 @@ namespace marrowby {
 
 class XcbConnection;
 
-/// Somebody at a private desktop: looks at its screen, moves the pointer, presses keys. One thread.
+/// A user at a private desktop: sees its screen, moves the pointer, presses keys. One thread.
 class DesktopUser {
   public:
     /// The error is a sentence for the user.
@@ -26,8 +26,8 @@ class DesktopUser {
     [[nodiscard]] QImage screen() const;
     /// In pixels from the upper left corner.
     void pointAt(const Point& place) const;
-    /// Keys as a hand presses them, whatever window gets them. False when the display takes none,
-    /// or has none for that keysym.
+    /// Presses a real key, whichever window has the keyboard. False when the display takes none or
+    /// has none for that keysym.
     bool press(std::uint32_t keysym, bool down) const;
     bool tap(std::uint32_t keysym) const { return press(keysym, true) && press(keysym, false); }
     /// Any characters; blocks for a second where the layout has no key for one.

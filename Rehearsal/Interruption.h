@@ -6,8 +6,8 @@
 
 namespace marrowby {
 
-/// Notes SIGINT, SIGTERM, SIGHUP and SIGPIPE instead of dying of them, so that what runs can end in
-/// order. One at a time.
+/// Catches SIGINT, SIGTERM, SIGHUP and SIGPIPE, so that the program can end in order. One at a
+/// time.
 class Interruption {
   public:
     Interruption();

@@ -12,7 +12,7 @@ namespace {
 
 constexpr TimeInterval startLimit{10.0};
 
-/// What the server writes up to its first newline; empty when it ends or stays silent before.
+/// The server's output up to the first newline; empty when it ends or is silent before.
 std::string readLine(int descriptor) {
     const auto limit = static_cast<int>(startLimit.count() * 1000);
     std::string line;
@@ -30,7 +30,7 @@ std::string readLine(int descriptor) {
 std::expected<PrivateDesktop, std::string> PrivateDesktop::create() {
     auto number = Pipe::create();
     if (!number) return std::unexpected(number.error());
-    // Asked to terminate, the server takes its socket and its lock file with it.
+    // On SIGTERM the server removes its socket and lock file.
     auto server = ChildProcess::start({.arguments = {"Xvfb", "-displayfd", "3", "-screen", "0",
                                                      "1024x640x24", "-nolisten", "tcp", "-noreset"},
                                        .environment = {},

@@ -9,8 +9,7 @@
 namespace marrowby {
 
 /// An X server of its own without a screen (1024 x 640, true colour), as the current user. It and
-/// its files are gone when this is destroyed, and also when the thread that made it ends. One
-/// thread.
+/// its files are removed when this is destroyed, and when the creating thread ends. One thread.
 class PrivateDesktop {
   public:
     /// Blocks until the server answers, at most ten seconds. The error is a sentence for the user.

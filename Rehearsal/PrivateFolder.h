@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// A new folder of mode 0700 that goes, with all in it, when this is destroyed.
+/// A new folder of mode 0700, removed with its content when this is destroyed.
 class PrivateFolder {
   public:
     /// The error is a sentence.

@@ -35,13 +35,12 @@ constexpr std::chrono::seconds startLimit{10};
 constexpr std::chrono::milliseconds askStep{10};
 constexpr TimeInterval endLimit{2.0};
 
-/// What the PAM wrapper says where another one, starting at the same moment, took the name of its
-/// folder first.
+/// The PAM wrapper's error when another one, starting at the same time, took its folder's name.
 constexpr const char* takenPlace = "Failed to create pam_wrapper config dir";
 constexpr int startTries = 5;
 
-// Called with the folder. At the end of its input, which comes with our own end at the latest, it
-// removes the folder and what the PAM wrapper of a killed locker has left behind.
+// Called with the folder. When its input ends, at the latest with this process, removes the folder
+// and what the PAM wrapper of a killed locker left behind.
 constexpr const char* keeperScript = R"sh(
 cat >/dev/null
 rm -rf -- "$0"
@@ -53,15 +52,15 @@ for copy in pam.?; do
 done
 )sh";
 
-// A login's own checker takes a while too, so that whoever typed knows of it before the locker
+// Slow like a login's checker, so that the typing process learns of the result before the locker
 // ends. Versions of pam_exec differ in whether a NUL ends what they write.
 constexpr const char* checkerScript = R"sh(#!/bin/sh
 sleep 0.2
 tr -d '\000' | cmp -s - "$(dirname "$0")/password"
 )sh";
 
-// Before a script: it and all that it started end together. Lockers now and then are deaf to being
-// asked to.
+// Prepended to a script, so that it ends together with its children. Killed after a while: lockers
+// sometimes ignore SIGTERM.
 constexpr std::string_view endingTogether = R"sh(
 end() {
     trap "" TERM
@@ -75,7 +74,7 @@ end() {
 trap end EXIT
 )sh";
 
-// Locks once, and ends when it is unlocked. The program of that name stays otherwise.
+// Locks once, and ends when unlocked; xscreensaver itself would stay.
 constexpr const char* xscreensaverScript = R"sh(
 trap 'exit 1' TERM
 xscreensaver --no-splash >&2 & saver=$!
@@ -110,7 +109,7 @@ mate-screensaver-command --lock >/dev/null
 wait
 )sh";
 
-// Whoever holds the pipe is the locker, once the program that was started has ended.
+// The process that holds the pipe is the locker, once the started program has ended.
 constexpr const char* i3lockScript = R"sh(
 trap 'exit 1' TERM
 i3lock -c 204060 | cat & saver=$!
@@ -120,7 +119,7 @@ wait
 constexpr const char* xscreensaverSettings =
     "mode: blank\nlock: True\nfade: False\nunfade: False\ndpmsEnabled: False\n";
 
-/// What the lockers ask PAM for.
+/// The lockers' PAM service names.
 constexpr std::array pamServices{"i3lock",           "xsecurelock", "xscreensaver",
                                  "mate-screensaver", "common-auth", "other"};
 
@@ -142,7 +141,7 @@ const char* name(ScreenLocker::Kind kind) {
     return "";
 }
 
-/// Whether a script runs it, as an ordinary user.
+/// Whether it runs from a script as an ordinary user.
 bool isScripted(ScreenLocker::Kind kind) {
     return kind != ScreenLocker::Kind::i3lock && kind != ScreenLocker::Kind::xsecurelock;
 }
@@ -173,7 +172,7 @@ std::vector<std::string> command(ScreenLocker::Kind kind) {
         case ScreenLocker::Kind::mateScreensaver:
             break;
     }
-    // Without new privileges its checker is no setuid program, which would refuse the wrapper.
+    // No new privileges: a setuid checker would refuse the wrapper.
     std::vector<std::string> words{"setpriv", "--no-new-privs"};
     if (::geteuid() == 0) {
         const std::string user = ordinaryUser;
@@ -185,7 +184,7 @@ std::vector<std::string> command(ScreenLocker::Kind kind) {
     return words;
 }
 
-/// Gives what is in a folder to who runs the locker.
+/// Gives the folder's files to the locker's user.
 bool giveAway(const std::filesystem::path& folder, ScreenLocker::Kind kind) {
     if (!isScripted(kind) || ::geteuid() != 0) return true;
     const passwd* user = ::getpwnam(ordinaryUser);
@@ -210,7 +209,7 @@ std::string readFile(const std::filesystem::path& path) {
 }
 
 /// A private folder with the checker, and the service files in a folder of their own, which the PAM
-/// wrapper copies elsewhere. Gone when destroyed, and when this process dies.
+/// wrapper copies elsewhere. Removed when this is destroyed and when this process dies.
 class CheckerFolder {
   public:
     [[nodiscard]] static std::expected<CheckerFolder, std::string> create(std::string_view password,
@@ -249,7 +248,7 @@ class CheckerFolder {
 
     CheckerFolder(CheckerFolder&&) noexcept = default;
     CheckerFolder& operator=(CheckerFolder&&) noexcept = default;
-    // Members go in reverse order: the end of the keeper's input, then the wait for the keeper.
+    // Destroyed in reverse order: first the keeper's input ends, then the keeper is awaited.
 
     [[nodiscard]] const std::filesystem::path& path() const { return path_; }
     [[nodiscard]] std::filesystem::path services() const { return path_ / "services"; }
@@ -279,7 +278,7 @@ class RootWatch {
     [[nodiscard]] bool isAlive() const { return connection_ && !connection_->hasError(); }
     [[nodiscard]] int descriptor() const { return connection_->fd(); }
 
-    /// Takes in what has arrived; true when its window is there and it holds the keyboard.
+    /// Handles pending events; true when the locker's window is up and holds the keyboard.
     [[nodiscard]] bool lockerIsUp() {
         while (const XcbConnection::Owned<xcb_generic_event_t> event{
             xcb_poll_for_event(connection_->get())}) {
@@ -289,8 +288,7 @@ class RootWatch {
         }
         return isMapped_ && XKeyGuard(*connection_).isKeyboardHeld();
     }
-    /// Nobody tells when the keyboard is grabbed: mate-screensaver's last grab changes nothing for
-    /// the root window.
+    /// Polled, because no event reports a keyboard grab.
     [[nodiscard]] bool isToBeAskedAgain() const { return isMapped_; }
 
   private:
@@ -332,7 +330,7 @@ bool runs(pid_t process, std::string_view program) {
     return std::filesystem::read_symlink(file, error).filename() == program;
 }
 
-/// The leader with all others, also those that left its group, as xscreensaver's do.
+/// Ends all processes of the session, also those that left its group, as xscreensaver's do.
 void endSession(const ChildProcess& leader) {
     leader.send(SIGTERM);
     leader.waitEnded(endLimit);
@@ -383,7 +381,7 @@ struct ScreenLocker::State {
         if (!session) return false;
         const pid_t leader = session->locker.id();
         if (!isScripted(kind)) return ::kill(leader, signal) == 0;
-        // i3lock has a second one that keeps its window on top.
+        // i3lock's second process keeps its window on top.
         bool isSent = false;
         for (const pid_t process : processesInSession(leader))
             isSent |= runs(process, name(kind)) && ::kill(process, signal) == 0;
@@ -440,7 +438,7 @@ std::expected<void, std::string> ScreenLocker::tryToLock(std::string_view passwo
                          "LD_PRELOAD=libpam_wrapper.so", "PAM_WRAPPER=1",
                          "PAM_WRAPPER_SERVICE_DIR=" + folder->services().string()},
          .standardError = messages.get(),
-         // What it runs must end with it.
+         // The signal lets a script end its children.
          .endSignal = isScripted(state_->kind) ? SIGTERM : SIGKILL});
     if (!locker) return std::unexpected(locker.error());
     const Start start = waitForLocker(watch, *locker);
@@ -465,7 +463,7 @@ std::expected<void, std::string> ScreenLocker::tryToLock(std::string_view passwo
     QObject::connect(state_->notifier.get(), &QSocketNotifier::activated,
                      [state = state_.get()](QSocketDescriptor, QSocketNotifier::Type) {
                          state->notifier->setEnabled(false);
-                         // It may destroy this locker.
+                         // The callback may destroy this locker.
                          if (const auto callback = state->ended) callback();
                      });
     return {};

@@ -8,14 +8,14 @@
 
 namespace marrowby {
 
-/// A real screen locker on a private desktop, whose password is the rehearsal's own: PAM asks a
-/// checker in a private folder instead of the system's accounts. Nothing of it stays when this is
-/// destroyed or the process dies. Main thread, but for isRunning().
+/// A real screen locker on a private desktop with a password of its own: PAM asks a checker in a
+/// private folder instead of the system's accounts. All of it is removed when this is destroyed or
+/// the process dies. Main thread, but for isRunning().
 class ScreenLocker {
   public:
-    /// xscreensaver and mate-screensaver, which lock for nobody but ordinary users, run as one
-    /// where we are root. i3lock by itself goes into the background, so that the process that
-    /// connected to the display ends; session managers ask it to stay.
+    /// xscreensaver and mate-screensaver lock for ordinary users only: run as one where we are
+    /// root. i3lock forks into the background, so that the process that connected to the display
+    /// ends; session managers keep it in the foreground.
     enum class Kind { i3lock, i3lockInBackground, xsecurelock, xscreensaver, mateScreensaver };
 
     explicit ScreenLocker(std::string displayName, Kind kind = Kind::i3lock);
@@ -28,7 +28,7 @@ class ScreenLocker {
     /// for the user.
     [[nodiscard]] std::expected<void, std::string> lock(std::string_view password);
 
-    /// Whether the screen is locked. Any thread, and without the main loop's help.
+    /// Whether the screen is locked. Any thread; needs no main loop.
     [[nodiscard]] bool isRunning() const;
 
     /// Called from the main loop (Qt's) when a locker ends by itself: unlocked, or crashed.

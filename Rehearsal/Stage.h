@@ -84,7 +84,7 @@ class Stage {
     /// Somebody touches a key that types nothing.
     [[nodiscard]] Result<void> touchKeyboard();
     [[nodiscard]] Result<void> pressSpace();
-    /// The pointer comes to the island from elsewhere.
+    /// Moves the pointer to the island from elsewhere.
     [[nodiscard]] Result<void> pointAtIsland();
     /// Sets the program's clock forward, and with it all that waits for a time.
     [[nodiscard]] Result<void> moveClock(TimeInterval by);
@@ -100,11 +100,11 @@ class Stage {
                                          const std::function<bool()>& holds);
     /// Runs the main loop for a while.
     [[nodiscard]] Result<void> letPass(TimeInterval time);
-    /// Until it is so long ago that the displays were last woken.
+    /// Until the last wake of the displays is that long ago.
     [[nodiscard]] Result<void> letPassSinceWake(TimeInterval time);
     /// Waits for a line of the journal that begins with `text`, after those already waited for.
     [[nodiscard]] Result<void> waitForLog(std::string_view text, TimeInterval limit);
-    /// Keeps this moment for the contact sheet.
+    /// Adds this moment to the contact sheet.
     void photograph(std::string caption);
     [[nodiscard]] const ContactSheet& contactSheet() const;
     /// Lines of the journal since the last call of this.
@@ -116,7 +116,7 @@ class Stage {
         TimeInterval fromWake{};
         TimeInterval fromFirstPicture{};
     };
-    [[nodiscard]] std::optional<RoadTimes> roadTimes() const;
+    [[nodiscard]] std::optional<UnlockTimes> unlockTimes() const;
 
   private:
     struct Parts;

@@ -68,7 +68,8 @@ Step check(bool holds, std::string_view sentence) {
 }
 
 constexpr TimeInterval aWeekAndADay{8 * 86400.0};
-/// After it a wake counts again, and a key touched after a lock; a Space after our own keys sooner.
+/// Longer than the application ignores wakes, or keys after a lock; the next, longer than it takes
+/// Space for its own.
 constexpr TimeInterval quietWindow{2.1};
 constexpr TimeInterval afterTyping{1.1};
 constexpr TimeInterval asleep{0.3};
@@ -110,7 +111,7 @@ Step comeBack(Stage& stage) {
     return stage.waitForLog("Looking (wake)", shortly);
 }
 
-/// Nobody was let in: nothing was typed, and the locker still asks.
+/// Nothing was typed and the locker is still up.
 Step stayedLocked(Stage& stage, const std::vector<std::string>& log) {
     return Steps()
         .then([&] {
@@ -138,7 +139,7 @@ std::string milliseconds(TimeInterval interval) {
 /// From being recognised on.
 Step getsIn(Stage& stage, std::string caption) {
     return Steps()
-        // The island takes its time to say so.
+        // For the island's animation.
         .then([&] { return stage.letPass(TimeInterval(0.35)); })
         .then([&] { stage.photograph(std::move(caption)); })
         .then([&] { return stage.waitForLog("Typed the password and Return", aLook); })
@@ -147,7 +148,7 @@ Step getsIn(Stage& stage, std::string caption) {
         .result();
 }
 
-/// The owner is there and does something that makes it look, to the unlocked screen.
+/// From the owner's return and `act`, which starts a scan, to the unlocked screen.
 Step ownerReturns(Stage& stage, std::string_view scene, std::string_view reason,
                   const std::function<Step()>& act) {
     const std::string looking = "Looking (" + std::string(reason) + ")";
@@ -170,7 +171,7 @@ Ending ownerWakesTheScreen(Stage& stage) {
             .result();
     });
     if (!unlocked) return std::unexpected(unlocked.error());
-    const auto times = stage.roadTimes();
+    const auto times = stage.unlockTimes();
     if (!times) return std::unexpected("The time of the unlock is not known.");
     return "unlocked: Return " + milliseconds(times->fromWake) + " after the wake, " +
            milliseconds(times->fromFirstPicture) + " after the camera’s first picture";
@@ -273,7 +274,7 @@ Ending ownerPointsAtTheIsland(Stage& stage) {
         "unlocked, with the light behind");
 }
 
-/// Once, and again where that was not enough.
+/// Repeats the turn if it was not recognised.
 Step turnHeadUntilRecognised(Stage& stage) {
     constexpr int mostTurns = 4;
     constexpr TimeInterval aTurn{2};
@@ -293,7 +294,7 @@ Ending strictModeAsksForATurn(Stage& stage) {
         .then([&] { return stage.seatUser(owner); })
         .then([&] { return comeBack(stage); })
         .then([&] { return stage.waitForLog("Asked: Turn your head", aLook); })
-        // The island has grown to the size of the question.
+        // For the island to grow.
         .then([&] { return stage.letPass(TimeInterval(0.5)); })
         .then([&] {
             stage.photograph("Strict: it asks for a turn of the head");
@@ -305,7 +306,7 @@ Ending strictModeAsksForATurn(Stage& stage) {
         .end("waited for the turn, then unlocked");
 }
 
-/// The cue that ended a look; empty where none did.
+/// The cue that ended a scan; empty where none did.
 std::string denial(const std::vector<std::string>& log) {
     constexpr std::string_view beginning = "Turned away: ";
     for (const std::string& line : log)
@@ -313,7 +314,7 @@ std::string denial(const std::vector<std::string>& log) {
     return {};
 }
 
-/// Several looks at one lock; each must end without the screen's being unlocked.
+/// Several scans at one lock; each must leave the screen locked.
 struct Visitor {
     const char* scene;
     std::size_t person;
@@ -328,7 +329,7 @@ Ending noneGetsIn(Stage& stage, const std::vector<Visitor>& visitors,
         if (!gone) break;
         const bool isFirst = told.empty();
         gone = Steps()
-                   // A wake right after another counts for none.
+                   // The application ignores a wake right after another.
                    .then([&] {
                        return isFirst ? Step() : stage.letPassSinceWake(quietWindow - asleep);
                    })
@@ -403,7 +404,7 @@ Ending passwordIsOutOfDate(Stage& stage) {
         .end("turned down twice, typing suspended; the owner was asked for the new password");
 }
 
-/// Without the key nothing is looked at; the owner confirms once, and comes back.
+/// Without the key no scan starts; the owner confirms once and comes back.
 Step ownerConfirms(Stage& stage, std::string_view caption) {
     return Steps()
         .then([&] { return lockScreen(stage); })

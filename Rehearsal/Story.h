@@ -9,7 +9,7 @@
 
 namespace marrowby {
 
-/// One act of the rehearsal: what must happen, or the sentence about what did not.
+/// One act of the rehearsal. The error is the sentence about what did not happen.
 struct Act {
     std::string title;
     std::expected<std::string, std::string> (*play)(Stage& stage);

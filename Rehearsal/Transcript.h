@@ -7,16 +7,15 @@
 
 namespace marrowby {
 
-/// What the rehearsal says while it runs: headings, and lines with the seconds since it began. Main
-/// thread.
+/// The rehearsal's output: headings, and lines with the seconds since its start. Main thread.
 class Transcript {
   public:
     explicit Transcript(const SystemClock& clock) : clock_(clock), begin_(clock.now()) {}
 
     void heading(std::string_view text);
-    /// A line of the scene: what happens to the computer or in front of it.
+    /// An event at the computer or in front of it.
     void scene(std::string_view text);
-    /// A log line of the engine, as it comes.
+    /// A log line of the engine.
     void engine(std::string_view text);
 
   private:

@@ -7,7 +7,7 @@
 #include "Platforms/Linux/Vision/OpenCvImaging.h"
 #include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
 #include "Platforms/Linux/Vision/YuNetFaceFinder.h"
-#include "Rehearsal/Scenes/NetworkFolder.h"
+#include "Rehearsal/Scenes/ModelFolder.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
@@ -66,7 +66,7 @@ struct PackFigures::Seen {
     const SceneTruth& truth;
 };
 
-struct PackFigures::Networks {
+struct PackFigures::Pipeline {
     OpenCvImaging imaging;
     OpenCvNeuralModels models;
     std::unique_ptr<YuNetFaceFinder> finder;
@@ -76,35 +76,35 @@ struct PackFigures::Networks {
     std::unique_ptr<MiniFASNet> antiSpoof;
 };
 
-PackFigures::PackFigures(std::unique_ptr<Networks> networks) : networks_(std::move(networks)) {}
+PackFigures::PackFigures(std::unique_ptr<Pipeline> pipeline) : pipeline_(std::move(pipeline)) {}
 PackFigures::~PackFigures() = default;
 
 std::expected<std::unique_ptr<PackFigures>, std::string> PackFigures::load(
     const std::filesystem::path& folder) {
-    const auto pack = networksIn(folder);
+    const auto pack = modelsIn(folder);
     if (!pack) return std::unexpected(pack.error());
-    auto networks = std::make_unique<Networks>();
+    auto pipeline = std::make_unique<Pipeline>();
     auto finder = YuNetFaceFinder::load(folder / pack->finderFile);
     if (!finder) return std::unexpected(finder.error());
-    networks->finder = std::make_unique<YuNetFaceFinder>(*std::move(finder));
+    pipeline->finder = std::make_unique<YuNetFaceFinder>(*std::move(finder));
     auto landmarks = Landmarks98Network::load(folder / pack->landmarksFile);
     if (!landmarks) return std::unexpected(landmarks.error());
-    networks->landmarks = std::make_unique<Landmarks98Network>(*std::move(landmarks));
+    pipeline->landmarks = std::make_unique<Landmarks98Network>(*std::move(landmarks));
     auto vision = OpenCvFaceVision::load(folder / pack->finderFile, folder / pack->landmarksFile);
     if (!vision) return std::unexpected(vision.error());
-    networks->vision = *std::move(vision);
+    pipeline->vision = *std::move(vision);
     auto embedder = SFaceEmbedder::load(
         folder, {.fileName = pack->embedderFile, .modelIdentifier = pack->embedderIdentifier},
-        networks->models, networks->imaging);
+        pipeline->models, pipeline->imaging);
     if (!embedder) return std::unexpected(description(embedder.error()));
-    networks->recognizer =
-        std::make_unique<FaceRecognizer>(*networks->vision, networks->imaging, *std::move(embedder),
+    pipeline->recognizer =
+        std::make_unique<FaceRecognizer>(*pipeline->vision, pipeline->imaging, *std::move(embedder),
                                          CameraFaceScanner::minimumFaceWidth);
-    auto antiSpoof = MiniFASNet::load(folder, networks->models, NeuralModels::ComputeUnits::all,
+    auto antiSpoof = MiniFASNet::load(folder, pipeline->models, NeuralModels::ComputeUnits::all,
                                       pack->realFaceFile, pack->realFaceIdentifier);
     if (!antiSpoof) return std::unexpected(description(antiSpoof.error()));
-    networks->antiSpoof = *std::move(antiSpoof);
-    return std::unique_ptr<PackFigures>(new PackFigures(std::move(networks)));
+    pipeline->antiSpoof = *std::move(antiSpoof);
+    return std::unique_ptr<PackFigures>(new PackFigures(std::move(pipeline)));
 }
 
 void PackFigures::enroll(std::uint64_t person, Cast& cast) {
@@ -114,9 +114,9 @@ void PackFigures::enroll(std::uint64_t person, Cast& cast) {
         const TimeInterval at(pose + 0.5);
         const auto picture = film.shoot({.at = at, .running = at + TimeInterval(0.5)}).picture;
         const Size size = picture->extent();
-        const auto image = networks_->imaging.render(*picture, {0, 0, size.width, size.height}, 1);
+        const auto image = pipeline_->imaging.render(*picture, {0, 0, size.width, size.height}, 1);
         if (!image || pose < 0) continue;
-        const auto seen = networks_->recognizer->recognise(
+        const auto seen = pipeline_->recognizer->recognise(
             {.image = *image, .source = picture, .sourceSize = size, .timestamp = Date(at)},
             std::nullopt);
         if (seen) samples.push_back(seen->embedding);
@@ -132,7 +132,7 @@ void PackFigures::measure(const Scene& scene, std::uint64_t person, Cast& cast) 
         if (moment < 0) continue;
         const Size size = shot.picture->extent();
         const auto image =
-            networks_->imaging.render(*shot.picture, {0, 0, size.width, size.height}, 1);
+            pipeline_->imaging.render(*shot.picture, {0, 0, size.width, size.height}, 1);
         if (!image) continue;
         look({.camera = {.image = *image,
                          .source = shot.picture,
@@ -148,7 +148,7 @@ void PackFigures::look(const Seen& frame, const Scene& scene, std::uint64_t pers
     const Size& size = frame.camera.sourceSize;
     const auto bgr = bgrMat(image);
     if (!bgr) return;
-    const auto faces = networks_->finder->find(*bgr);
+    const auto faces = pipeline_->finder->find(*bgr);
     if (!faces) return;
     const bool isAttack = !scene.props.empty();
     bool isFalse = false;
@@ -160,7 +160,7 @@ void PackFigures::look(const Seen& frame, const Scene& scene, std::uint64_t pers
             isFalse || (std::ranges::none_of(frame.truth.people, fits) &&
                         std::ranges::none_of(frame.truth.heldUp, fits, &SceneTruth::HeldUp::face));
     }
-    seen_.haunted.add(isFalse);
+    seen_.falseDetections.add(isFalse);
     for (const FaceTruth& truth : frame.truth.people) {
         if (isAttack || !isClear(truth, size)) continue;
         const auto face = std::ranges::max_element(
@@ -168,7 +168,7 @@ void PackFigures::look(const Seen& frame, const Scene& scene, std::uint64_t pers
         const bool isFound = face != faces->end() && overlap(face->box, truth.box) > 0.4;
         seen_.found.add(isFound);
         if (!isFound) continue;
-        const auto points = networks_->landmarks->find(*bgr, face->box);
+        const auto points = pipeline_->landmarks->find(*bgr, face->box);
         if (!points) continue;
         const double eyes = distance(truth.points[60], truth.points[72]);
         double sum = 0;
@@ -181,17 +181,16 @@ void PackFigures::look(const Seen& frame, const Scene& scene, std::uint64_t pers
         }
     }
 
-    const auto seen = networks_->recognizer->recognise(frame.camera, std::nullopt);
+    const auto seen = pipeline_->recognizer->recognise(frame.camera, std::nullopt);
     if (!seen) return;
     const Rect& box = seen->face.boundingBox;
     const auto isSeen = [&](const FaceTruth& truth) { return overlap(box, truth.box) > 0.4; };
-    // Nobody else is alone in a scene.
     const auto whom = std::ranges::find_if(frame.truth.people, isSeen);
     if (!isAttack && whom != frame.truth.people.end() && whom->person == person) {
         probes_.push_back({person, seen->embedding});
     }
     if (const auto pixels = RGBPixels::view(image)) {
-        if (const auto score = networks_->antiSpoof->score(*pixels, box)) {
+        if (const auto score = pipeline_->antiSpoof->score(*pixels, box)) {
             seen_.live[isAttack ? std::string(name(scene.props.front().kind)) : "living"].push_back(
                 double{score->live});
         }

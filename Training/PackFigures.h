@@ -14,17 +14,17 @@
 
 namespace marrowby {
 
-/// Measures the four networks of a pack, through the application's own classes, on people and
-/// scenes that no network of ours learned from. One thread.
+/// Measures the four models of a pack, through the application's own classes, on people and scenes
+/// that were not trained on. One thread.
 class PackFigures {
   public:
-    /// A folder with a manifest, or one with the published networks under their own names. The
-    /// error is a sentence for the user.
+    /// A folder with a manifest, or one with the published models under their own names. The error
+    /// is a sentence for the user.
     [[nodiscard]] static std::expected<std::unique_ptr<PackFigures>, std::string> load(
         const std::filesystem::path& folder);
     ~PackFigures();
 
-    /// Films the person's nine poses: later likenesses are to these too.
+    /// Films the person's nine poses: later similarities are to these too.
     void enroll(std::uint64_t person, Cast& cast);
     /// Films a scene that has this person in its main part.
     void measure(const Scene& scene, std::uint64_t person, Cast& cast);
@@ -40,8 +40,8 @@ class PackFigures {
     struct Figures {
         /// Of faces that are whole, near enough and not turned far away.
         Counted found;
-        /// Of pictures those with a face found where none is.
-        Counted haunted;
+        /// Pictures with a face found where none is.
+        Counted falseDetections;
         /// Mean over the 98 points, in parts of the distance of the eyes' outer corners.
         std::vector<double> pointErrors;
         /// Radians.
@@ -50,14 +50,14 @@ class PackFigures {
         /// Cosines of a picture to the mean of somebody's nine.
         std::vector<double> same;
         std::vector<double> different;
-        /// The real-face network's probability, by what is before the camera: "living" or the
+        /// The real-face model's probability, by what is in front of the camera: "living" or the
         /// attack's name.
         std::map<std::string, std::vector<double>> live;
     };
     [[nodiscard]] Figures figures() const;
 
   private:
-    struct Networks;
+    struct Pipeline;
     struct Seen;
     /// An embedding of somebody's picture.
     struct Probe {
@@ -65,10 +65,10 @@ class PackFigures {
         Embedding embedding;
     };
 
-    explicit PackFigures(std::unique_ptr<Networks> networks);
+    explicit PackFigures(std::unique_ptr<Pipeline> pipeline);
     void look(const Seen& seen, const Scene& scene, std::uint64_t person);
 
-    std::unique_ptr<Networks> networks_;
+    std::unique_ptr<Pipeline> pipeline_;
     Figures seen_;
     std::map<std::uint64_t, Embedding> enrolled_;
     std::vector<Probe> probes_;

@@ -13,7 +13,7 @@
 
 namespace marrowby {
 
-/// Draws pictures to learn from: faces as a camera shows them, in all poses, lights and sizes, and
+/// Draws training pictures: faces as a camera shows them, in all poses, lights and sizes, and
 /// scenes, of which every second one is an attack. The same seed gives the same pictures in the
 /// same build. One thread at a time.
 class PictureMaker {

@@ -8,8 +8,8 @@
 
 namespace marrowby {
 
-/// What may happen before a camera: nobody, one or two living people, or something held up, with
-/// this person in the main part and the other one beside or behind.
+/// A random scene: nobody, one or two living people, or something held up, with this person in the
+/// main part and the other one beside or behind.
 [[nodiscard]] Scene randomScene(std::uint64_t person, std::uint64_t other, Chance& chance);
 
 /// Light on people, about that of a kind of room.

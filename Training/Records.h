@@ -10,8 +10,8 @@
 
 namespace marrowby {
 
-/// Pictures to learn from, as `pictures.py` reads them: records of one size after another, each
-/// some 32-bit floats and then bytes.
+/// Training pictures, as `pictures.py` reads them: records of one size after another, each some
+/// 32-bit floats and then bytes.
 namespace records {
 
 /// Somebody's face, upright or not, in the middle of a square.
@@ -26,7 +26,7 @@ struct Face {
     std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(byteCount);
 };
 
-/// A whole picture and, of its largest face, what the real-face network gets.
+/// A whole picture and, of its largest face, the real-face model's input.
 struct Scene {
     static constexpr int width = 320;
     static constexpr int height = 240;
@@ -48,7 +48,7 @@ struct Scene {
 
 }  // namespace records
 
-/// Writes records into a file that appears when it is whole.
+/// Writes records into a file that appears when complete.
 template <typename Record>
 class RecordFile {
   public:

@@ -54,7 +54,7 @@ constexpr const char* usage =
 constexpr int smallestSide = 64;
 constexpr std::size_t largestSide = 4096;
 
-/// What leaves a cue out is waited for no longer.
+/// Limit of the wait for trials that leave a cue out.
 constexpr TimeInterval patience{1.5};
 
 struct Options {
@@ -78,7 +78,7 @@ std::vector<std::string> parts(const std::string& text, char separator) {
     return found;
 }
 
-/// 0 for what is no number.
+/// 0 for NaN.
 std::size_t number(const std::string& text) {
     return std::strtoull(text.c_str(), nullptr, 10);
 }
@@ -177,10 +177,10 @@ std::expected<std::vector<Look>, std::string> looksAsked(const Options& options)
     return looks;
 }
 
-/// A pack of networks and what it found.
+/// A model pack and its evidence.
 struct Pack {
     std::unique_ptr<LookMeter> meter;
-    /// Where it is kept, if it is.
+    /// The folder of kept evidence, if any.
     std::filesystem::path kept;
     std::vector<LookEvidence> evidence;
 

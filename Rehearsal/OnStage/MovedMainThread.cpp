@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// A timer that hears of a moved clock.
+/// A timer that follows the moved clock.
 class MovedMainThread::Moved : public Timer {
   public:
     explicit Moved(MovedMainThread& owner) : owner_(owner) { owner_.timers_.insert(this); }
@@ -36,7 +36,7 @@ class MovedMainThread::Once final : public Moved {
     void arm() {
         timer_ = real().at(fireDate_ - ahead(), tolerance_, [this] {
             hasFired_ = true;
-            // It may destroy this.
+            // The callback may destroy this.
             const auto work = std::move(work_);
             work();
         });

@@ -11,7 +11,7 @@
 
 namespace marrowby {
 
-/// A clock that the rehearsal sets forward, so that a week passes in no time. Any thread.
+/// A clock that can be set forward. Any thread.
 class MovedClock final : public SystemClock {
   public:
     /// `real` outlives this.
@@ -34,7 +34,7 @@ class MovedMainThread final : public MainThread {
     MovedMainThread(std::unique_ptr<MainThread> real, const MovedClock& clock)
         : real_(std::move(real)), clock_(clock) {}
 
-    /// After the clock was moved: what is due by now comes soon, what repeats comes once.
+    /// Call after moving the clock: due timers fire soon, repeating ones once.
     void clockMoved();
 
     [[nodiscard]] bool isCurrent() const override { return real_->isCurrent(); }

@@ -11,7 +11,7 @@
 
 namespace marrowby {
 
-/// The rehearsal's one account, whose made-up login password is whatever was set last. Any thread.
+/// The rehearsal's account, with the made-up login password set last. Any thread.
 class SceneAccount final : public MacPasswordVerifying {
   public:
     void setPassword(std::string password);

@@ -28,7 +28,7 @@ namespace marrowby {
 
 namespace {
 
-/// While a window is open, as often as the camera gives a picture.
+/// The frame rate of the camera, while a window is open.
 constexpr int observingMilliseconds = 66;
 constexpr int idleMilliseconds = 500;
 
@@ -59,14 +59,14 @@ std::string focused() {
 
 }  // namespace
 
-StagePlatformFactory::StagePlatformFactory(std::filesystem::path networks)
-    : networks_(std::move(networks)) {}
+StagePlatformFactory::StagePlatformFactory(std::filesystem::path models)
+    : models_(std::move(models)) {}
 
 StagePlatformFactory::~StagePlatformFactory() = default;
 
 std::expected<ModelPack, std::string> StagePlatformFactory::models(
     std::span<const std::filesystem::path> /*folders*/) {
-    return networksIn(networks_);
+    return modelsIn(models_);
 }
 
 std::unique_ptr<SystemClock> StagePlatformFactory::makeClock() {
@@ -109,7 +109,7 @@ void StagePlatformFactory::didLaunch(UnlockApplication& application) {
     observing_ = std::make_unique<QTimer>();
     QObject::connect(observing_.get(), &QTimer::timeout, observing_.get(), [this] { observe(); });
     observing_->start(observingMilliseconds);
-    // Nothing of the stage outlives the program’s loop.
+    // Everything here ends with the program’s loop.
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, observing_.get(), [this] {
         observe();
         observing_->stop();

@@ -31,8 +31,8 @@ namespace marrowby {
 /// gives its first picture.
 class StagePlatformFactory final : public PlatformFactory {
   public:
-    /// `networks`: the folder of those it plays on.
-    explicit StagePlatformFactory(std::filesystem::path networks);
+    /// `models`: the folder of the model pack.
+    explicit StagePlatformFactory(std::filesystem::path models);
     ~StagePlatformFactory() override;
 
     [[nodiscard]] std::expected<ModelPack, std::string> models(
@@ -51,7 +51,7 @@ class StagePlatformFactory final : public PlatformFactory {
     void follow(const std::string& order);
     void film(const Scene& scene);
     void seat(std::uint64_t person);
-    /// What is seen and said since the last time.
+    /// New output since the last call.
     void observe();
     [[nodiscard]] bool savePicture(const std::string& file) const;
     /// Any thread.

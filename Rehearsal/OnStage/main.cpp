@@ -3,9 +3,9 @@
 
 #include <cstdlib>
 
-/// On the networks in the folder that MARROWBY_NETWORKS names, else in Models.
+/// Uses the models in the folder that MARROWBY_MODELS names, else in Models.
 int main(int argumentCount, char** arguments) {
-    const char* networks = std::getenv("MARROWBY_NETWORKS");
-    marrowby::StagePlatformFactory stage(networks != nullptr ? networks : "Models");
+    const char* models = std::getenv("MARROWBY_MODELS");
+    marrowby::StagePlatformFactory stage(models != nullptr ? models : "Models");
     return marrowby::UnlockProgram::run(argumentCount, arguments, stage);
 }

@@ -8,8 +8,8 @@
 
 namespace marrowby {
 
-/// Small pieces that shapes and colours are put together from: signed distances (negative inside;
-/// https://iquilezles.org/articles/distfunctions/), soft steps and noise.
+/// Building blocks of shapes and colours: signed distances (negative inside;
+/// https://iquilezles.org/articles/distfunctions/), smooth steps and noise.
 namespace fields {
 
 inline float smoothstep(float from, float to, float x) {

@@ -10,7 +10,7 @@ namespace marrowby {
 /// A picture in linear light with the primaries of sRGB, rows top to bottom. 1 is full scale; light
 /// may go beyond.
 struct LinearImage {
-    /// All of one colour, covered by nobody.
+    /// One colour, no coverage.
     LinearImage(int imageWidth, int imageHeight, const Vector3& colour = {});
 
     [[nodiscard]] std::size_t index(int x, int y) const {
@@ -22,7 +22,7 @@ struct LinearImage {
 
     int width;
     int height;
-    /// Red, green, blue of pixel after pixel.
+    /// Red, green, blue per pixel.
     std::vector<float> rgb;
     /// How much of each pixel people cover, 0…1.
     std::vector<float> coverage;

@@ -65,7 +65,7 @@ class Placement {
           head_(Rotation::fromAngles({pose.yaw, pose.pitch, pose.roll})),
           body_(Rotation::fromAngles({0.3F * pose.yaw, 0, 0.1F * pose.roll})),
           position_{pose.position.x, -pose.position.y, -pose.position.z},
-          // The closed mouth presses out what the model leaves open.
+          // Closes the gap of the model's mouth.
           jaw_(expression.mouthOpening * 0.26F - HeadShape::mouthGap / 98),
           // The lids follow the eyes down.
           lid_(std::clamp(expression.blink + 0.6F * std::max(0.F, expression.gazePitch), 0.F, 1.F)),
@@ -143,7 +143,7 @@ void light(Channels& out, const PersonModel::Vertex& v, const Vector3& p, const 
     const float open =
         std::clamp(v.openness * 1.12F + dot(openTo, lights.towardsKey) * 1.3F, 0.F, 1.F);
     const float shadow = smoothstep(0.12F, 0.75F, open);
-    // Light wanders in skin before it comes out, red the farthest.
+    // Subsurface scattering, strongest in red.
     const auto key = [&](float wrap) {
         const float wrapped = std::max(0.F, (facing + wrap) / (1 + wrap));
         return wrapped * (shadow + wrap * 0.5F * (1 - shadow));

@@ -41,7 +41,7 @@ struct Lighting {
     Vector3 backlightColour{.x = 1, .y = 1, .z = 1};
 };
 
-/// What is true of a drawn face. Pixels, origin at the top-left corner of the picture; may lie
+/// Ground truth of a drawn face. Pixels, origin at the top-left corner of the picture; may lie
 /// outside of it.
 struct FaceTruth {
     /// The person's seed.

@@ -12,10 +12,10 @@ Person::Person(std::uint64_t seed)
 namespace {
 
 /// Chosen from the seeds 1 to 620 by measuring pictures of 640 x 480, seen through a mild camera
-/// (blur of 0.6 pixels, noise, JPEG), with the networks of the standard pack: Embedder128 gives the
+/// (blur of 0.6 pixels, noise, JPEG), with the models of the standard pack: Embedder128 gives the
 /// fronts of any two a cosine below 0.55, and each of the nine enrolment poses (0.34 rad to the
-/// sides, 0.26 up and down) at least 0.74 with the mean of its nine; the real-face network finds
-/// every pose live with at least 0.8. A change of any shape, colour or trait asks for a new choice.
+/// sides, 0.26 up and down) at least 0.74 with the mean of its nine; the real-face model finds
+/// every pose live with at least 0.8. Any change of shape, colour or traits needs a new choice.
 constexpr std::array<std::uint64_t, 200> seeds{
     3,   12,  16,  18,  19,  20,  21,  23,  25,  26,  28,  30,  32,  33,  36,  39,  41,  42,  43,
     44,  45,  50,  53,  57,  58,  61,  68,  69,  72,  75,  77,  86,  93,  95,  100, 104, 105, 112,

@@ -8,9 +8,8 @@ namespace marrowby {
 
 struct PersonModel;
 
-/// Somebody who does not exist, made from a number: the same number gives the same person, another
-/// one somebody else. Immutable; any thread may use it. Copies share the model of a few MB, which
-/// takes some tenths of a second to make.
+/// A made-up person, determined by a seed. Immutable; any thread may use it. Copies share the model
+/// of a few MB, which takes some tenths of a second to make.
 class Person {
   public:
     explicit Person(std::uint64_t seed);
@@ -23,7 +22,7 @@ class Person {
     std::shared_ptr<const PersonModel> model_;
 };
 
-/// Seeds of 200 people whom the embedder tells apart (any two fronts below 0.55) and knows again.
+/// Seeds of 200 people whom the embedder distinguishes (any two fronts below 0.55) and recognises.
 [[nodiscard]] std::span<const std::uint64_t> distinctPeople();
 
 }  // namespace marrowby

@@ -156,7 +156,7 @@ PersonModel::Motion PersonModel::motion(const Vector3& p) const {
 void PersonModel::addBody() {
     SurfaceMesh mesh = SurfaceMesh::extracted(
         grid(traits), [this](const Vector3& p) { return shape.distance(p); });
-    // The grid is as fine behind the face as on it, which nobody sees.
+    // Coarsened behind the face, which is not visible.
     mesh.coarsen([this](const Vector3& p) {
         if (p.y < traits.chinY - 60) return p.y < -240 ? 16.F : 6.F;
         const bool isBehind = p.z < -66 && std::abs(p.x) < traits.skullWidth - 9;

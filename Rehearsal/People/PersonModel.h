@@ -29,7 +29,7 @@ struct PersonModel {
         HeadShape::Surface surface;
         /// How much of the light from all around arrives, 0…1.
         float openness = 1;
-        /// How that changes with the light's direction.
+        /// Its change with the light's direction.
         Vector3 openTo{};
         /// 1 on the head, 0 on the body.
         float headWeight = 1;

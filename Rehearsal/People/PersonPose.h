@@ -19,11 +19,11 @@ struct PersonPose {
 };
 
 /// The pose of somebody at `position` who turns the head by these angles from the line to the
-/// camera, as `FaceTruth` tells them.
+/// camera, as in `FaceTruth`.
 [[nodiscard]] PersonPose facingCamera(const Vector3& position, float yaw = 0, float pitch = 0,
                                       float roll = 0);
 
-/// What a face does.
+/// The state of eyes and mouth.
 struct Expression {
     /// 0 open … 1 shut.
     float blink = 0;

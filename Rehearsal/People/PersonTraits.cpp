@@ -11,7 +11,7 @@ namespace marrowby {
 
 namespace {
 
-/// Numbers from a seed. The same on every system: of the library only the engine is used, whose
+/// Random numbers from a seed, the same on every system: only the engine is the library's, whose
 /// numbers the standard fixes.
 class Dice {
   public:
@@ -23,7 +23,7 @@ class Dice {
     }
     /// Evenly up to three times `step` to either side.
     float around(float mean, float step) { return mean + 3 * step * uniform(-1, 1); }
-    /// The same up to four times.
+    /// Evenly up to four times `step` to either side.
     float widely(float mean, float step) { return mean + 4 * step * uniform(-1, 1); }
     bool chance(float probability) { return uniform(0, 1) < probability; }
     /// 0 … count - 1.

@@ -7,9 +7,9 @@
 
 namespace marrowby {
 
-/// What tells a person from others. Lengths in millimetres about the middle between the eyes: x to
-/// the person's left, y up, z to the front; widths are half widths. Proportions vary about those of
-/// an average adult by more than people's do, so that small pictures tell them apart.
+/// What distinguishes people. Lengths in millimetres about the middle between the eyes: x to the
+/// person's left, y up, z to the front; widths are half widths. Proportions vary about those of an
+/// average adult by more than people's do, so that small pictures can be told apart.
 struct PersonTraits {
     enum class HairStyle { bald, crown, buzzed, shortCut, sidePart, curly, fringe, bob, longHair };
     enum class BeardStyle { none, stubble, moustache, goatee, full };

@@ -23,11 +23,10 @@ struct SurfaceMesh {
     using Distance = std::function<float(const Vector3&)>;
 
     /// The surface where `distance` is 0, one point for each cell that it crosses: surface nets
-    /// (https://doi.org/10.1007/BFb0056916). Blocks of cells that the distance shows to be far from
-    /// the surface are left out unseen.
+    /// (https://doi.org/10.1007/BFb0056916). Blocks of cells far from the surface are skipped.
     [[nodiscard]] static SurfaceMesh extracted(const Grid& grid, const Distance& distance);
 
-    /// Melts the points within each cube of `size` to one where that is above 0.
+    /// Merges the points within each cube of `size`, where that is above 0.
     void coarsen(const std::function<float(const Vector3&)>& size);
 
     std::vector<Vector3> points;

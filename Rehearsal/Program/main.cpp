@@ -1,6 +1,6 @@
 #include "Platforms/Linux/Desktop/ProcessHardening.h"
 #include "Platforms/Linux/Desktop/XdgFolders.h"
-#include "Rehearsal/Scenes/NetworkFolder.h"
+#include "Rehearsal/Scenes/ModelFolder.h"
 #include "Rehearsal/Stage.h"
 #include "Rehearsal/Story.h"
 
@@ -26,29 +26,29 @@ constexpr const char* usage =
     "Plays a whole story of the unlock on the networks in FOLDER; else on the standard pack, "
     "where\n"
     "the user has prepared it; else on the rehearsal’s own, in Models.\n";
-constexpr const char* ownNetworks = "Models";
+constexpr const char* ownModels = "Models";
 constexpr const char* contactSheet = "build/rehearsal.png";
 
-/// Where the application looks for the standard pack.
-std::filesystem::path preparedNetworks() {
+/// The application's folder of the standard pack.
+std::filesystem::path preparedModels() {
     const auto folders = XdgFolders::current();
     return folders ? folders->dataHome / "marrowby-unlock" / "models" : std::filesystem::path();
 }
 
-std::filesystem::path chosenNetworks(int argc, char* argv[]) {
+std::filesystem::path chosenModels(int argc, char* argv[]) {
     if (argc > 1) return argv[1];
     std::error_code error;
-    const auto prepared = preparedNetworks();
+    const auto prepared = preparedModels();
     const bool isPrepared = std::filesystem::exists(prepared / ModelPack::manifestFile, error);
-    return isPrepared ? prepared : std::filesystem::path(ownNetworks);
+    return isPrepared ? prepared : std::filesystem::path(ownModels);
 }
 
-void tellOf(const ModelPack& networks) {
-    std::cout << "Networks: " << networks.name << " (" << networks.folder.string() << ")\n";
-    if (networks.knowsRealFaces()) return;
+void tellOf(const ModelPack& models) {
+    std::cout << "Networks: " << models.name << " (" << models.folder.string() << ")\n";
+    if (models.knowsRealFaces()) return;
     std::cout << "They know made-up people only. For real faces, prepare the standard pack:\n"
                  "  Tools/prepare-pack "
-              << preparedNetworks() << '\n';
+              << preparedModels() << '\n';
 }
 
 struct Ended {
@@ -65,7 +65,7 @@ std::vector<Ended> playAll(Stage& stage) {
         auto how = act.play(stage);
         stage.killLocker();
         ended.push_back({act.title, std::chrono::steady_clock::now() - began, std::move(how)});
-        // Each act stands on those before it.
+        // Each act needs those before it.
         if (!ended.back().how) break;
     }
     return ended;
@@ -115,9 +115,9 @@ int main(int argc, char* argv[]) {
         std::cerr << usage;
         return EXIT_FAILURE;
     }
-    const auto networks = networksIn(chosenNetworks(argc, argv));
-    if (!networks) {
-        std::cerr << networks.error() << '\n';
+    const auto models = modelsIn(chosenModels(argc, argv));
+    if (!models) {
+        std::cerr << models.error() << '\n';
         return EXIT_FAILURE;
     }
     tellOf(*networks);
@@ -136,7 +136,7 @@ int main(int argc, char* argv[]) {
     std::cout << (saved ? "What the camera saw and the island showed: " + std::string(contactSheet)
                         : saved.error())
               << '\n';
-    tellOf(*networks);
+    tellOf(*models);
     std::cout << std::flush;
     return allWell && saved ? EXIT_SUCCESS : EXIT_FAILURE;
 }

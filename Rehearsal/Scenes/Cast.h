@@ -8,10 +8,10 @@
 
 namespace marrowby {
 
-/// Everybody who has been asked for, made once. Any thread.
+/// Caches people. Any thread.
 class Cast {
   public:
-    /// The first time takes as long as making a Person.
+    /// The first call for a seed makes the Person.
     [[nodiscard]] Person person(std::uint64_t seed) {
         const MutexLock lock(mutex_);
         return people_.try_emplace(seed, seed).first->second;

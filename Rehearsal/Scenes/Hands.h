@@ -9,7 +9,7 @@
 
 namespace marrowby {
 
-/// What is seen of hands that hold a sheet: round-ended strips of shaded skin.
+/// The visible parts of hands that hold a sheet: round-ended strips of shaded skin.
 struct HandPart {
     Sheet sheet = {};
     Placement place = {};
@@ -20,7 +20,7 @@ struct HandPart {
 /// Thumbs before it, and the tips of the fingers of one hand.
 [[nodiscard]] std::vector<HandPart> fingersBefore(const PlacedSheet& placed,
                                                   const Placement& place);
-/// Somebody's.
+/// The skin of one person.
 [[nodiscard]] Texture skin(std::uint64_t seed);
 
 }  // namespace marrowby

@@ -32,7 +32,7 @@ struct Placement {
 /// The thing's own axes in the camera's: its right, its down, and away from the side that is seen.
 [[nodiscard]] std::array<Vector3, 3> axes(const Placement& placement);
 
-/// How something moves: from place to place along smooth ways, swaying all the while. A value.
+/// A path from place to place along smooth curves, with swaying. A value.
 class Movement {
   public:
     explicit Movement(const Placement& start) : keys_{{.at = {}, .place = start}} {}
@@ -42,11 +42,11 @@ class Movement {
     Movement& moveTo(const Placement& place, TimeInterval time);
     /// On top of all else, `reach` to either side and back in every `period`.
     Movement& sway(const Placement& reach, TimeInterval period);
-    /// What a hand or a head does that is held still: a few millimetres and hundredths of a radian
-    /// times `amount`.
+    /// The tremor of a hand or head held still: a few millimetres and hundredths of a radian times
+    /// `amount`.
     Movement& tremble(std::uint64_t seed, float amount = 1);
 
-    /// Before its start it is at the start, after its end at the end.
+    /// Clamped to the start and the end.
     [[nodiscard]] Placement at(TimeInterval time) const;
 
   private:

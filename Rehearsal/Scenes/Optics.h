@@ -8,19 +8,20 @@ namespace marrowby {
 struct Optics {
     /// Standard deviation of the lens's blur.
     float blur = 0.17F;
-    /// How wide the part of each pixel is that sees light: less than 1 where rows are skipped.
+    /// The width of a pixel's light-sensitive part: less than 1 where rows are skipped.
     float aperture = 0.45F;
 };
 
-/// When the camera's sensor looks: its first row from `opens` for `open`, each further row so much
-/// later.
+/// A rolling shutter: the first row is exposed from `opens` for `open`, each further row later by
+/// `perRow`.
 struct Shutter {
     TimeInterval opens{};
     TimeInterval open{0.01};
     TimeInterval perRow{};
 };
 
-/// How strong a light of mean 1 looks in this row that swings by `depth` `rate` times a second.
+/// The mean brightness in this row of a light of mean 1 that swings by `depth`, `rate` times a
+/// second.
 [[nodiscard]] float swing(const Shutter& shutter, int row, float depth, float rate);
 
 }  // namespace marrowby

@@ -7,19 +7,18 @@
 
 namespace marrowby {
 
-/// Calls a step over and over, each call as long after the one before as that one returned.
-/// Destroying it waits for a step in progress; none comes after that. Not to be destroyed by its
-/// own step.
+/// Calls a step repeatedly; each call returns the delay until the next. Destroying it waits for a
+/// running step, and no step follows. Must not be destroyed by its own step.
 class Pacing {
   public:
     virtual ~Pacing() = default;
 };
 
-/// Begins a pacing; the step is never called from within.
+/// Starts a pacing; does not call the step itself.
 using StartPacing = std::function<std::unique_ptr<Pacing>(std::function<TimeInterval()> step)>;
 
-/// Paces by the steady clock, on a thread of its own. The first step comes at once; a step that
-/// comes late moves those after it.
+/// Paces by the steady clock on its own thread. The first step runs at once; a late step delays the
+/// following ones.
 [[nodiscard]] std::unique_ptr<Pacing> startThreadPacing(std::function<TimeInterval()> step);
 
 }  // namespace marrowby

@@ -9,7 +9,7 @@
 
 namespace marrowby {
 
-/// How somebody is at one moment.
+/// A person's state at one moment.
 struct Stance {
     /// The angles are those from the line to the camera, as FaceTruth has them.
     Placement head = {};
@@ -17,11 +17,11 @@ struct Stance {
     bool isThere = true;
 };
 
-/// What somebody does, by the time since the scene began. Any thread.
+/// What a person does, by the time since the scene began. Any thread.
 using Performance = std::function<Stance(TimeInterval)>;
 
-/// How far the eyes of somebody who blinks now and then are shut: 0 open … 1 shut. Once in about
-/// four seconds, for a third of one.
+/// How far blinking eyes are shut at this time: 0 open … 1 shut. A blink every four seconds or so
+/// takes a third of one.
 [[nodiscard]] float blinkAt(TimeInterval time, std::uint64_t seed);
 
 }  // namespace marrowby

@@ -51,7 +51,7 @@ std::vector<Patch> furniture(std::uint64_t seed, const SceneLight& light) {
     Chance chance(seed);
     const auto shift = static_cast<float>(chance.between(-0.08, 0.08));
     std::vector<Patch> patches;
-    // Spares g++ 12 a warning about the first one.
+    // Avoids a warning of g++ 12 about the first one.
     patches.reserve(64);
     patches.push_back({-0.85F, -0.36F, -0.44F, 1, {0.50F, 0.47F, 0.42F}});
     patches.push_back({-0.83F, -0.34F, -0.46F, 1, {0.62F, 0.60F, 0.56F}});

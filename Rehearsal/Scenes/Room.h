@@ -9,13 +9,13 @@
 
 namespace marrowby {
 
-/// What the room behind somebody is: mostly furniture beside the head, or straight edges behind and
-/// across it, as far as possible at the places where those of a held-up device would be.
+/// The room behind a person: furniture beside the head, or straight edges behind and across it,
+/// where a held-up device would have them.
 enum class Backdrop { furniture, curtain, window, door, shelf, picture, monitor, desk };
 
 [[nodiscard]] std::string_view name(Backdrop backdrop);
 
-/// An empty room behind everything, a little out of focus, different for every seed.
+/// An empty room, a little out of focus, different for every seed.
 [[nodiscard]] LinearImage drawRoom(int width, int height, const PinholeCamera& camera,
                                    const SceneLight& light, std::uint64_t seed, Backdrop backdrop);
 

@@ -18,24 +18,24 @@ enum class PropKind { print, bentPrint, poster, cutOut, phone, tablet, monitor }
 
 [[nodiscard]] std::string_view name(PropKind kind);
 
-/// Somebody who is really there.
+/// A living person.
 struct Actor {
     std::uint64_t person = 0;
     Performance plays = {};
 };
 
-/// Something held up that shows a person's face.
+/// A held-up thing that shows a person's face.
 struct Prop {
     PropKind kind = PropKind::print;
     Sheet sheet = {};
     Movement moves{Placement{}};
     std::uint64_t person = 0;
-    /// What the shown person does. A photo is how that begins; a replay goes on.
+    /// What the shown person does; a photo shows its beginning, a replay all of it.
     Performance plays = {};
     bool isReplay = false;
     /// A cut-out's eyes are cut out too.
     bool hasEyeHoles = false;
-    /// Hands are seen that hold it.
+    /// The holding hands are visible.
     bool isHandHeld = false;
     /// Of the picture that it shows, which is a third higher than wide.
     int pixelsWide = 450;
@@ -52,15 +52,15 @@ struct Scene {
     Backdrop backdrop = Backdrop::furniture;
     /// A desk's far edge lies before the chest.
     bool hasDesk = false;
-    /// A camera that is turned on at any moment starts in so much of the scene's beginning.
+    /// A camera may start at any moment of the first seconds.
     TimeInterval beginning{9};
     /// Of the room, the noise and the exposure's start.
     std::uint64_t seed = 1;
 };
 
-/// Somebody who moves like that, blinks, and looks into the camera.
+/// A person who moves like that, blinks, and looks into the camera.
 [[nodiscard]] Performance acting(Movement movement, std::uint64_t seed);
-/// Somebody who holds still, a little away from the camera, and turns the head by `yaw` to either
+/// A person who holds still, a little away from the camera, and turns the head by `yaw` to either
 /// side now and then.
 [[nodiscard]] Performance lookingAround(std::uint64_t seed, float distance = 0.55F,
                                         float yaw = 0.12F);

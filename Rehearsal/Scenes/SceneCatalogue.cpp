@@ -44,7 +44,7 @@ struct Take {
     [[nodiscard]] Movement held(float metres) const {
         return Movement(at(0, 0.01F, metres * distance)).tremble(seed);
     }
-    /// Turned to and fro, and moved about, as somebody does who hopes to look alive.
+    /// Turned and moved to appear alive.
     [[nodiscard]] Movement turned(float metres) const {
         return held(metres).sway(at(0.02F, 0.01F, 0.01F, 0.45F, 0.12F), TimeInterval(3.2));
     }
@@ -175,8 +175,8 @@ std::vector<Scene> attacks(const Take& take) {
     return scenes;
 }
 
-/// Where a wrong denial is near: straight edges about the head, and places and movements that a
-/// camera seldom sees at a desk.
+/// Likely to be denied wrongly: straight edges about the head, places and movements that are rare
+/// at a desk.
 std::vector<Scene> difficult(const Take& take) {
     std::vector<Scene> scenes;
     Chance chance(take.seed + 3);

@@ -10,10 +10,9 @@
 namespace marrowby {
 
 /// Scenes of one person: living, in all lights and movements, and shown by everything that shows
-/// faces. All are made of the same few lines; each has a name of its own. Another take is the same
-/// once more, somewhat nearer or farther, by other hands, on another sensor.
+/// faces. Names are unique. Another take varies distance, hands and sensor.
 [[nodiscard]] std::vector<Scene> sceneCatalogue(std::uint64_t person, std::uint64_t take = 0);
-/// One of them.
+/// The scene of that name.
 [[nodiscard]] std::optional<Scene> sceneNamed(std::string_view name, std::uint64_t person,
                                               std::uint64_t take = 0);
 

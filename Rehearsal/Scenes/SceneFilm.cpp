@@ -16,7 +16,7 @@ namespace {
 
 /// From the first row's reading to the last one's.
 constexpr TimeInterval readout{0.018};
-/// What moves less than this is sharp enough.
+/// Pixels; less movement is not blurred.
 constexpr double visibleMotion = 0.4;
 
 /// Of the camera that took what a prop shows, in widths of its pictures.
@@ -65,7 +65,7 @@ double part(std::span<const Point> outline, int x, int y) {
     return hits;
 }
 
-/// An outline half as large again, as scissors leave it.
+/// The outline enlarged by half, as scissors leave it.
 std::vector<Point> widened(std::span<const Point> outline) {
     Point middle;
     for (const Point& point : outline) {
@@ -80,7 +80,7 @@ std::vector<Point> widened(std::span<const Point> outline) {
     return wide;
 }
 
-/// Leaves of the picture what a pair of scissors would: the face, forehead included.
+/// Cuts the face out, forehead included.
 void cutOut(LinearImage& image, const FaceTruth& face, bool hasEyeHoles) {
     const auto points = std::span(face.points);
     std::vector<Point> outline(points.begin(), points.begin() + 33);
@@ -166,7 +166,7 @@ void drawMoving(LinearImage& image, const Point& motion, Draw&& draw) {
     blurInto(image, layer, motion);
 }
 
-/// The truth about a face on a picture, moved to where the sheet shows it.
+/// The ground truth of a shown face, moved to where the sheet shows it.
 FaceTruth onSheet(const FaceTruth& face, const PlacedSheet& placed, const TextureFit& fit,
                   const PinholeCamera& camera) {
     const auto moved = [&](const Point& point) {

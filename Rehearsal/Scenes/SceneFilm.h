@@ -19,7 +19,7 @@
 
 namespace marrowby {
 
-/// What is true of one picture of a scene. Pixels, origin at the top-left corner.
+/// Ground truth of one picture of a scene. Pixels, origin at the top-left corner.
 struct SceneTruth {
     struct HeldUp {
         PropKind kind = PropKind::print;
@@ -32,15 +32,15 @@ struct SceneTruth {
     };
 
     TimeInterval at{};
-    /// Who is really there, the farthest first.
+    /// Living people, the farthest first.
     std::vector<FaceTruth> people = {};
     std::vector<HeldUp> heldUp = {};
 };
 
 /// Films a scene: draws the room, the people and what they hold up, the farthest first, and exposes
 /// a sensor to it. The same moments in the same order give the same pictures in the same build. One
-/// thread at a time. Making one takes some tenths of a second for every person whom the cast does
-/// not know yet.
+/// thread at a time. Making one takes some tenths of a second for every person who is not yet in
+/// the cast.
 class SceneFilm {
   public:
     struct Moment {

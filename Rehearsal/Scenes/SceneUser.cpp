@@ -17,8 +17,7 @@ namespace {
 constexpr TimeInterval understanding{0.25};
 constexpr TimeInterval turning{0.55};
 constexpr TimeInterval walking{0.9};
-/// How long he waits before he tries harder, how many pictures must have been taken meanwhile, and
-/// how much harder.
+/// The wait before trying harder, the frames that must have passed meanwhile, and the increase.
 constexpr TimeInterval patience{2.0};
 constexpr int patientPictures = 15;
 constexpr float harder = 1.1F;
@@ -89,7 +88,7 @@ void SceneUser::heed(const EnrollmentSession::Hint& hint, TimeInterval now) {
     const MutexLock lock(mutex_);
     if (hint.index() == heard_.index() && hint == heard_) {
         if (++heardAgain_ < patientPictures || now - heardAt_ < patience) return;
-        // Still not taken: a little more of it.
+        // Not taken yet: exaggerate.
         effort_ = std::min(effort_ * harder, 1.5F);
     } else if (const auto* pose = std::get_if<Hint::Pose>(&hint); pose && pose->pose != asked_) {
         asked_ = pose->pose;
@@ -98,7 +97,7 @@ void SceneUser::heed(const EnrollmentSession::Hint& hint, TimeInterval now) {
         effort_ *= 0.85F;
     } else if (std::holds_alternative<Hint::Pose>(hint) &&
                !std::holds_alternative<Hint::NoFace>(heard_)) {
-        // He went back from too far; that he stays.
+        // Came back from too far: keep that.
         heard_ = hint;
         heardAt_ = now;
         heardAgain_ = 0;

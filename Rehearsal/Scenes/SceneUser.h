@@ -9,21 +9,20 @@
 
 namespace marrowby {
 
-/// What somebody takes from the sentence that the guide shows.
+/// What a user understands from the guide's sentence.
 [[nodiscard]] EnrollmentSession::Hint hintSaying(std::string_view sentence);
 
-/// Somebody in front of the camera who does what he is asked to: after a short time to understand
-/// it he turns the head there, sometimes a little too far at first, holds it, and tries harder when
-/// it is still not taken. Blinks and is never quite still. Times are since the scene began and
-/// never go back. Any thread.
+/// A simulated user who follows the guide: after a reaction time turns the head, sometimes too far
+/// at first, holds it, and exaggerates when it is not taken. Blinks and trembles. Times are since
+/// the scene began and never go back. Any thread.
 class SceneUser {
   public:
     /// `home` is where he sits, looking straight ahead.
     explicit SceneUser(std::uint64_t seed, const Placement& home = {.position = {.z = 0.55F}});
 
-    /// An enrolment tells this now; to be called with every frame, also where nothing changes.
+    /// The guide's current sentence; call with every frame, also where nothing changes.
     void heed(const EnrollmentSession::Hint& hint, TimeInterval now);
-    /// Turns the head to one side and back, as a strict look asks for.
+    /// Turns the head to one side and back, as a strict scan asks for.
     void turnHead(TimeInterval now);
     /// Into the picture, from beside it.
     void comeBack(TimeInterval now);
@@ -58,7 +57,7 @@ class SceneUser {
     /// How often since.
     int heardAgain_ GUARDED_BY(mutex_) = 0;
     EnrollmentPose asked_ GUARDED_BY(mutex_) = EnrollmentPose::center;
-    /// 1 is what he takes for enough.
+    /// 1 is the first attempt's.
     float effort_ GUARDED_BY(mutex_) = 1;
     std::uint64_t movements_ GUARDED_BY(mutex_) = 0;
 };

@@ -27,7 +27,7 @@ std::shared_ptr<const PixelBuffer> plainGray(int width, int height) {
 
 }  // namespace
 
-/// The way of a picture to the capture queue. Deliveries share it, as they may outlive the camera.
+/// Delivers pictures to the capture queue. Shared by deliveries, which may outlive the camera.
 class ScriptedCamera::Outlet : public std::enable_shared_from_this<Outlet> {
   public:
     void connect(std::function<void(const SampleBuffer&)> onSample) {
@@ -239,7 +239,7 @@ bool ScriptedCamera::isRunning() const {
     return pacing_ != nullptr;
 }
 
-// A step takes the lock, so the pacing must end outside of it.
+// The pacing ends outside the lock, which its step takes.
 std::unique_ptr<Pacing> ScriptedCamera::takePacing() {
     const MutexLock lock(mutex_);
     return std::move(pacing_);

@@ -19,11 +19,10 @@
 
 namespace marrowby {
 
-/// The cameras of a rehearsal and one session on them. The picture of each moment is drawn one
-/// ahead on the pacing's thread and delivered on the capture queue; of deliveries that the queue
-/// has not come to, only one waits, the others are discarded, and not even drawn. What is not said
-/// by CaptureSession may be called from any thread. Destroying it waits for a delivery in progress,
-/// so not from within one.
+/// Scripted cameras and one session on them. Each picture is drawn one ahead on the pacing's thread
+/// and delivered on the capture queue; while one delivery waits, further pictures are discarded
+/// undrawn. Members beyond CaptureSession's are for any thread. Destroying it waits for a running
+/// delivery, so not from within one.
 class ScriptedCamera final : public CaptureSession {
   public:
     /// One picture to be drawn.
@@ -35,8 +34,7 @@ class ScriptedCamera final : public CaptureSession {
         int width = 0;
         int height = 0;
     };
-    /// Draws what is in front of the camera, on the pacing's thread. Null is a picture that gets
-    /// lost.
+    /// Draws what is in front of the camera, on the pacing's thread. Null loses the picture.
     using View = std::function<std::shared_ptr<const PixelBuffer>(const Shot&)>;
 
     struct Device {
@@ -122,14 +120,14 @@ class ScriptedCamera final : public CaptureSession {
     const StartPacing startPacing_;
     const std::shared_ptr<Outlet> outlet_;
 
-    // Of the pacing's steps alone.
+    // Used by the pacing's steps only.
     std::optional<Ahead> ahead_;
     std::optional<Date> firstPictureAt_;
 
     mutable Mutex mutex_;
     std::vector<Slot> slots_ GUARDED_BY(mutex_);
     View view_ GUARDED_BY(mutex_);
-    /// Counts what makes a picture drawn ahead worthless.
+    /// Counts changes that invalidate the picture drawn ahead.
     std::uint64_t change_ GUARDED_BY(mutex_) = 0;
     bool isNewRun_ GUARDED_BY(mutex_) = true;
     const CaptureInput* input_ GUARDED_BY(mutex_) = nullptr;

@@ -51,7 +51,7 @@ void Exposure::follow(float meanBrightness, TimeInterval passed, TimeInterval fr
         const auto part = static_cast<float>(1 - std::exp(-(passed / settling)));
         factor_ *= std::pow(wanted / factor_, part);
     }
-    // Longer before louder.
+    // Exposure time first, then gain.
     open_ = std::clamp(usualOpening * factor_, TimeInterval(1.0 / 4000), longest_);
 }
 
@@ -68,7 +68,7 @@ float meteredBrightness(const LinearImage& image) {
             const double across = std::abs(2.0 * x / image.width - 1);
             const double weight = 1.3 - std::max(across, down);
             const float* p = image.pixel(x, y);
-            // What clips counts no more than that.
+            // Clipped light counts as full scale.
             const double light = std::min(0.21 * p[0] + 0.72 * p[1] + 0.07 * p[2], 4.0);
             sum += weight * light;
             weights += weight;

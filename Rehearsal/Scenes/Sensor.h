@@ -14,15 +14,15 @@ namespace marrowby {
 /// How a camera sets its exposure: from brightness to shutter and gain. A value.
 class Exposure {
   public:
-    /// At the start it is wrong by a factor that differs from start to start.
+    /// Starts wrong by a factor that depends on the seed.
     void begin(std::uint64_t seed);
     /// Moves towards what a picture of this mean brightness needs.
     void follow(float meanBrightness, TimeInterval passed, TimeInterval frameTime);
 
-    /// What light is multiplied by, all in all.
+    /// The total amplification of light.
     [[nodiscard]] float factor() const { return factor_; }
     [[nodiscard]] TimeInterval open() const { return open_; }
-    /// The amplifier's part, which strengthens the noise too.
+    /// The amplifier's part, which also amplifies noise.
     [[nodiscard]] float gain() const;
 
   private:

@@ -18,7 +18,7 @@ struct TextureFit {
     TextureFit(const Sheet& sheet, int textureWidth, int textureHeight);
 };
 
-/// Under what circumstances a sheet is looked at.
+/// The conditions under which a sheet is seen.
 struct SheetView {
     PinholeCamera camera = {};
     Optics optics = {};
@@ -30,7 +30,7 @@ struct SheetView {
 
 /// Draws a sheet over what the image shows. The grid of a screen's sub-pixels is a sum of waves;
 /// each is weakened by the lens and by the size of a camera pixel, and then sampled: where it is
-/// finer than the camera's pixels, moire is what remains.
+/// finer than the camera's pixels, moire remains.
 void paintSheet(LinearImage& image, const SheetView& view, const PlacedSheet& placed,
                 const Texture& texture);
 

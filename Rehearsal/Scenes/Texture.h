@@ -7,8 +7,8 @@
 
 namespace marrowby {
 
-/// A picture to be put on something, in ever smaller versions so that it can be looked at from afar
-/// without flicker. Its coverage says where it is not cut away. Immutable.
+/// A picture to be put on something, with smaller versions (mipmaps) against aliasing. Its coverage
+/// says where it is not cut away. Immutable.
 class Texture {
   public:
     /// Red, green, blue and coverage.
@@ -21,7 +21,7 @@ class Texture {
 
     [[nodiscard]] int width() const { return levels_.front().width; }
     [[nodiscard]] int height() const { return levels_.front().height; }
-    /// How fine it must be for an eye that sees `footprint` of its pixels at once.
+    /// The level of detail for a pixel that covers `footprint` of the texture's pixels.
     struct Detail {
         std::size_t level = 0;
         /// 0…1: of the next coarser one.

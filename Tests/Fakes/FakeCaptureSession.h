@@ -16,8 +16,8 @@ namespace marrowby {
 
 /// Made-up cameras and one session that keeps its rules: changes only between begin and commit, at
 /// most one input, and the preset in place of the camera's format when it starts or stops while
-/// nobody holds the configuration. Breaking one is noted in `faults`. One thread, except that
-/// samples that are under way may be delivered on another.
+/// nobody holds the configuration. Violations are recorded in `faults`. One thread, except that
+/// samples may be delivered on another.
 class FakeCaptureSession final : public CaptureSession {
   public:
     struct Camera {
@@ -28,15 +28,15 @@ class FakeCaptureSession final : public CaptureSession {
         /// Another process holds its configuration.
         bool isBusy = false;
         int locks = 0;
-        /// How often it was unplugged and came back, which ends the use of the inputs it had.
+        /// How often it was unplugged and returned; earlier inputs stay unusable.
         int plugs = 0;
-        /// What the test finds set.
+        /// As configured.
         std::optional<std::size_t> activeFormat = std::nullopt;
         std::optional<FrameDuration> frameDuration = std::nullopt;
     };
 
     CaptureAuthorization answer = CaptureAuthorization::authorized;
-    /// What the user says when asked.
+    /// The user's answer.
     bool grantsAccess = true;
     /// In the discovery's order; the first is the default of any kind.
     std::vector<Camera> cameras;

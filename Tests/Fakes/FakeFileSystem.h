@@ -15,8 +15,8 @@
 
 namespace marrowby {
 
-/// A file system in memory that knows what has reached the device. A call that fails does nothing,
-/// but for a write, which gets half way. One thread at a time.
+/// A file system in memory that knows what has reached the device. A failing call does nothing,
+/// except that a write writes half. One thread at a time.
 class FakeFileSystem final : public FileSystem {
   public:
     using Path = std::filesystem::path;
@@ -109,8 +109,8 @@ class FakeFileSystem final : public FileSystem {
     /// How many calls since the last failCall(), failFrom() or heal().
     [[nodiscard]] std::size_t calls() const { return calls_; }
 
-    /// The power goes: content that wasn't flushed is lost; so are names, unless the device wrote
-    /// them by chance.
+    /// Power loss: unflushed content is lost, and so are names, unless the device happened to write
+    /// them.
     enum class Names { lost, kept };
     void losePower(Names names) {
         open_.clear();

@@ -10,7 +10,7 @@
 namespace marrowby {
 
 /// A computer that was started 1000 s before the fake was made and has had no input since 500 s
-/// ago, until somebody touches it. Its time is the given clock's.
+/// ago, until the test makes some. Its time is the given clock's.
 class FakeInputIdle final : public InputIdle {
   public:
     explicit FakeInputIdle(const SystemClock& clock) : clock_(clock) {}
@@ -27,7 +27,7 @@ class FakeInputIdle final : public InputIdle {
 
     /// A key, a button or the pointer, now or a moment ago.
     void touch(TimeInterval ago = {}) { lastInput_ = clock_.now() - ago; }
-    /// What the event system says instead of the truth; nothing for the truth.
+    /// Overrides what the event system reports.
     void setUnusable(std::optional<TimeInterval> answer) { unusable_ = answer; }
     void setHasRegistry(bool has) { hasRegistry_ = has; }
 

@@ -14,8 +14,7 @@
 
 namespace marrowby {
 
-/// A keyboard that records what is done to it, and a lock screen that can go away. One thread at a
-/// time.
+/// A keyboard that records its keys, and a lock screen that can end. One thread at a time.
 class FakeKeyEvents final : public KeyEvents {
   public:
     struct Text {
@@ -28,7 +27,7 @@ class FakeKeyEvents final : public KeyEvents {
     using Event = std::variant<KeyPress, Text, TimeInterval, Note>;
 
     bool trusted = true;
-    bool lets = true;
+    bool accepts = true;
     /// No source can be had.
     bool hasNoSource = false;
     /// No screen locker has the keyboard.
@@ -45,16 +44,16 @@ class FakeKeyEvents final : public KeyEvents {
 
     std::vector<Event> events;
     std::vector<std::uint32_t> codesAskedFor;
-    /// Where the text lay that the source was asked for.
+    /// The memory of the text that the source was asked for.
     const char16_t* textPlace = nullptr;
 
-    /// What a typing asks.
+    /// The lock check of a typing.
     [[nodiscard]] std::function<bool()> stillLocked() {
         return [this] { return !checksUntilUnlocked || takeOne(*checksUntilUnlocked); };
     }
 
     [[nodiscard]] bool isTrusted() const override { return trusted; }
-    [[nodiscard]] bool mayPost() const override { return lets; }
+    [[nodiscard]] bool mayPost() const override { return accepts; }
     [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::macLoginWindow; }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
         std::span<const char16_t> text, std::span<const std::uint32_t> codes) override {

@@ -17,9 +17,9 @@ class FakeKeyStore final : public VaultKeyStore {
 
     /// Operations that fail, and how.
     std::map<Operation, KeychainError> failing;
-    /// Says that the key is there, then that it isn't.
+    /// hasKey() holds, but loadKey() finds none.
     bool losesKey = false;
-    /// Keeps something else than it was given.
+    /// Stores something else than it was given.
     bool corruptsKey = false;
     std::optional<Bytes> key;
     std::vector<Operation> calls;

@@ -40,7 +40,7 @@ class FakeMainThread final : public MainThread, public SystemClock {
         while (const auto work = nextPosted())
             work();
     }
-    /// Moves the time on, firing timers in the order of their dates, each followed by what was
+    /// Advances the time, firing timers in the order of their dates, each followed by what was
     /// posted.
     void advance(TimeInterval interval) {
         const Date end = now() + interval;

@@ -13,17 +13,17 @@
 
 namespace marrowby {
 
-/// Networks that answer what the test says. Used by one thread at a time; the fake outlives its
+/// Models that answer what the test says. Used by one thread at a time; the fake outlives its
 /// models.
 class FakeNeuralModels final : public NeuralModels {
   public:
     using Outputs = std::expected<std::vector<NeuralOutput>, std::string>;
 
-    /// What every loaded network says it is.
+    /// The description of every loaded model.
     NeuralModelDescription description;
     /// Makes load() fail with this text.
     std::optional<std::string> loadFault;
-    /// Answers every prediction, also of networks loaded before it was set.
+    /// Answers every prediction, also of models loaded before it was set.
     std::function<Outputs(std::span<const NeuralInput>)> answer;
 
     struct Loaded {

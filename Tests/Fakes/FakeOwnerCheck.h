@@ -10,7 +10,7 @@
 
 namespace marrowby {
 
-/// An owner who waits for the test, or answers every prompt at once. Main thread, except for the
+/// An owner check that the test answers, or that answers at once. Main thread, except for the
 /// replies.
 class FakeOwnerCheck final : public OwnerCheck {
   public:

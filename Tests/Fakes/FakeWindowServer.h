@@ -12,8 +12,8 @@
 
 namespace marrowby {
 
-/// A window server that writes down what is asked of it. Its connection is 7, its space 2^32 + 9.
-/// The pointer is where it was moved to last.
+/// A window server that records its calls. Its connection is 7, its space 2^32 + 9. The pointer is
+/// where it was moved to last.
 class FakeWindowServer final : public WindowServer {
   public:
     bool hasSkyLight = true;
@@ -23,10 +23,10 @@ class FakeWindowServer final : public WindowServer {
     std::optional<ScreenGeometry> screen =
         ScreenGeometry{.frame = {.x = 0, .y = 0, .width = 1440, .height = 900}, .notch = {}};
 
-    /// Those who watch it hear of it.
+    /// Notifies the watches.
     void movePointer(const Point& place) {
         pointer_ = place;
-        // A copy, for its receiver may end the watch.
+        // Copied: the callback may end the watch.
         const auto watcher = watcher_;
         if (watcher) watcher(place);
     }

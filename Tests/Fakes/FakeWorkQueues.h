@@ -10,7 +10,7 @@
 
 namespace marrowby {
 
-/// Queues that do nothing until the test runs them, on its own thread. One thread.
+/// Queues whose work the test runs, on its own thread. One thread.
 class FakeWorkQueues final : public WorkQueues {
   public:
     [[nodiscard]] std::shared_ptr<WorkQueue> serial(std::string /*label*/) override {

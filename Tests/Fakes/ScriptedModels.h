@@ -15,7 +15,7 @@ class ScriptedEmbedder final : public FaceEmbedder {
   public:
     Embedding embedding{1, 0};
     std::optional<FaceModelError> fault;
-    /// What happens meanwhile.
+    /// Called by embed().
     std::function<void()> duringEmbedding;
 
     [[nodiscard]] const std::string& modelIdentifier() const override { return name_; }

@@ -7,7 +7,7 @@
 
 namespace marrowby {
 
-/// The folder of networks and media that the tests with real data read: MARROWBY_SHARED, else
+/// The folder of models and media that the tests with real data read: MARROWBY_SHARED, else
 /// ../shared beside the source tree. Nothing where it is missing; such tests then skip:
 ///     const auto shared = sharedFolder();
 ///     if (!shared) GTEST_SKIP() << noSharedFolder;
@@ -22,6 +22,6 @@ namespace marrowby {
 }
 
 inline constexpr const char* noSharedFolder =
-    "Skipped: needs the folder of networks and media (MARROWBY_SHARED).";
+    "Skipped: needs the folder of models and media (MARROWBY_SHARED).";
 
 }  // namespace marrowby

@@ -54,7 +54,7 @@ TEST_F(LockScreenWindowTest, makesNoSpaceWhileUnlocked) {
     EXPECT_EQ(server.calls.back(), "3 out");
 }
 
-TEST_F(LockScreenWindowTest, livesWithoutTheFunctionsAndAsksForThemOnce) {
+TEST_F(LockScreenWindowTest, worksWithoutTheFunctionsAndLooksThemUpOnce) {
     server.hasSkyLight = false;
     setLocked(true);
     EXPECT_FALSE(lockScreen.isSpaceAvailable());

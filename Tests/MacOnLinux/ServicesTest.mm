@@ -12,7 +12,7 @@
 #include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
 #include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
 #include "Platforms/macOS/SecurityKeychain.h"
-#include "Tests/Fakes/VaultBench.h"
+#include "Tests/Fakes/VaultFixture.h"
 #include "Tests/MacOnLinux/CoreGraphics.h"
 #include "Tests/MacOnLinux/Counted.h"
 #include "Tests/MacOnLinux/HidManager.h"

@@ -59,7 +59,7 @@ LookEvidence evidence(const Frame& frame, std::size_t frames) {
     return look;
 }
 
-TEST(Evidence, isJudgedTheSameAfterItWasKept) {
+TEST(Evidence, isJudgedTheSameAfterReadingItBack) {
     const TemporaryFolder folder;
     const auto file = folder.path() / "pack" / "look.cbor";
     const LookEvidence look = evidence({.live = 0.9F, .device = 0.5}, 30);

@@ -8,7 +8,7 @@
 namespace marrowby {
 namespace {
 
-TEST(PaceTest, opensForPeopleAndNotForPicturesAtTheCamerasEveryPace) {
+TEST(PaceTest, opensForPeopleAndNotForPicturesAtEveryFrameRate) {
     auto meter = LookMeter::create(std::filesystem::path(MARROWBY_SOURCE_DIR) / "Models", 0.5F);
     ASSERT_TRUE(meter) << meter.error();
     LookMeter* const meters[] = {meter->get()};

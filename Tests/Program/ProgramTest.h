@@ -47,7 +47,7 @@ class ProgramTest : public testing::Test {
         environment.insert("DISPLAY", QString::fromStdString(desktop->displayName()));
         environment.insert("QT_QPA_PLATFORM", "xcb");
         environment.insert("DBUS_SESSION_BUS_ADDRESS", QString::fromStdString(bus->address()));
-        environment.insert("MARROWBY_NETWORKS", MARROWBY_SOURCE_DIR "/Models");
+        environment.insert("MARROWBY_MODELS", MARROWBY_SOURCE_DIR "/Models");
         environment.remove("WAYLAND_DISPLAY");
         for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
             environment.insert(name, QString::fromStdString(home.path().string()));

@@ -29,7 +29,7 @@ class UnlockProgramTest : public ProgramTest {
         ASSERT_NE(at, std::string::npos);
         std::ofstream(others / "pack.json")
             << manifest.replace(at, before.size(), changed->sha256());
-        environment.insert("MARROWBY_NETWORKS", QString::fromStdString(others.string()));
+        environment.insert("MARROWBY_MODELS", QString::fromStdString(others.string()));
     }
 };
 

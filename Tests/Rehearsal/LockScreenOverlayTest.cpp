@@ -89,7 +89,7 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
                 xcb_get_selection_owner(connection->get(), connection->atom("_NET_WM_CM_S0")));
             return owner && owner->owner != XCB_NONE;
         }));
-        // It paints the root window itself soon after.
+        // The locker paints the root window soon after.
         letPass(TimeInterval(0.5));
     }
 
@@ -102,7 +102,7 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
 
     [[nodiscard]] Rect panelFrame() const { return Island::frame(*server->mainScreen()); }
 
-    /// How much of the island that rests in this phase is to be seen, of all its opaque pixels.
+    /// The visible share of the island's opaque pixels at rest in this phase.
     [[nodiscard]] double visiblePart(const OverlayPhase& phase) const {
         const Rect frame = panelFrame();
         const QImage island = panelpainter::paint(
@@ -160,16 +160,16 @@ struct LockScreenOverlay : testing::TestWithParam<Scene> {
     }
 };
 
-TEST_P(LockScreenOverlay, liesAboveTheLockerAndLeavesItAlone) {
+TEST_P(LockScreenOverlay, liesAboveTheLockerWithoutDisturbingIt) {
     if (GetParam().hasCompositor) startCompositor();
     if (IsSkipped() || HasFatalFailure()) return;
-    // Before the lock, for lockers show themselves when it moves.
+    // Before the lock: lockers react to the pointer.
     pointAt(20);
     const QImage before = screen();
     locker = std::make_unique<ScreenLocker>(desktop->displayName(), GetParam().locker);
     if (const auto locked = locker->lock(password); !locked)
         GTEST_SKIP() << "Skipped: " << locked.error();
-    // xscreensaver hears nothing in its first seconds.
+    // xscreensaver ignores input in its first seconds.
     letPass(TimeInterval(GetParam().locker == Kind::xscreensaver ? 3 : 0.5));
     const QImage lockedScreen = screen();
     const xcb_window_t lockerWindow = pointedAt();

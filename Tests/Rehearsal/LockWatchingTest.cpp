@@ -30,7 +30,7 @@ using testing::ElementsAre;
 
 constexpr std::string_view password = "opens a door";
 
-/// The application's lock watching on a real display, a real locker, and a user in front of it.
+/// The application's lock watching with a real display, locker and user.
 struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
     QtLoop loop;
     QtMainThread mainThread;
@@ -41,7 +41,7 @@ struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
     std::optional<DesktopUser> somebody;
     std::unique_ptr<XTestKeyEvents> user;
     std::unique_ptr<OwnKeystrokes> own;
-    std::unique_ptr<NotedKeyEvents> keyEvents;
+    std::unique_ptr<TrackedKeyEvents> keyEvents;
     std::unique_ptr<ForeignInputIdle> foreignIdle;
     std::unique_ptr<LockScreenActivityMonitor> activity;
     std::unique_ptr<SpaceKeyMonitor> spaceKeys;
@@ -65,7 +65,7 @@ struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
         somebody.emplace(std::move(*DesktopUser::create(desktop->displayName())));
         user = std::make_unique<XTestKeyEvents>(desktop->displayName());
         own = std::make_unique<OwnKeystrokes>(session->inputIdle());
-        keyEvents = std::make_unique<NotedKeyEvents>(*user, *own);
+        keyEvents = std::make_unique<TrackedKeyEvents>(*user, *own);
         foreignIdle = std::make_unique<ForeignInputIdle>(session->inputIdle(), *own);
         activity = std::make_unique<LockScreenActivityMonitor>(*foreignIdle, mainThread, clock);
         activity->onActivity = [this](const InputActivity&) { ++activities; };
@@ -78,7 +78,7 @@ struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
     /// A key that somebody else presses.
     void tap(std::uint32_t keysym) const { ASSERT_TRUE(somebody->tap(keysym)); }
 
-    /// As the application does, beside the main thread.
+    /// As the application does, off the main thread.
     void type(std::string_view text) {
         std::atomic<bool> isDone = false;
         queues.background()->async([&] {
@@ -96,7 +96,7 @@ struct LockWatching : testing::TestWithParam<ScreenLocker::Kind> {
     }
 };
 
-TEST_P(LockWatching, hearsOfTheLockTheUserAndTheUnlock) {
+TEST_P(LockWatching, reportsTheLockTheInputAndTheUnlock) {
     EXPECT_FALSE(isLocked());
     if (const auto locked = locker->lock(password); !locked)
         GTEST_SKIP() << "Skipped: " << locked.error();
@@ -104,7 +104,7 @@ TEST_P(LockWatching, hearsOfTheLockTheUserAndTheUnlock) {
     EXPECT_THAT(lockEvents, ElementsAre(LockEvent::screenLocked));
     EXPECT_TRUE(isLocked());
 
-    // xscreensaver hears nothing in its first seconds.
+    // xscreensaver ignores input in its first seconds.
     letPass(TimeInterval(GetParam() == ScreenLocker::Kind::xscreensaver ? 3 : 0.2));
     activity->start();
     spaceKeys->start();
@@ -115,7 +115,7 @@ TEST_P(LockWatching, hearsOfTheLockTheUserAndTheUnlock) {
     tap(XKB_KEY_space);
     ASSERT_TRUE(loop.runUntil([this] { return spaces > 0 && activities > 1; }));
 
-    // What we type is nobody's activity.
+    // Our own typing is no activity.
     activities = 0;
     spaces = 0;
     type(password);
@@ -126,7 +126,7 @@ TEST_P(LockWatching, hearsOfTheLockTheUserAndTheUnlock) {
     EXPECT_EQ(spaces, 0);
 }
 
-TEST_P(LockWatching, takesACrashedLockerForAnUnlock) {
+TEST_P(LockWatching, treatsACrashedLockerAsAnUnlock) {
     if (const auto locked = locker->lock(password); !locked)
         GTEST_SKIP() << "Skipped: " << locked.error();
     ASSERT_TRUE(loop.runUntil([this] { return !lockEvents.empty(); }));

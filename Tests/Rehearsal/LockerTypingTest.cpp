@@ -37,7 +37,7 @@ std::span<const std::uint8_t> bytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-/// Another pair of hands: a keyboard of its own, made for one test.
+/// Another user's keyboard, made for one test.
 class SecondKeyboard {
   public:
     explicit SecondKeyboard(const XcbConnection& connection) : connection_(connection) {
@@ -97,7 +97,7 @@ class RecordingWindow {
                             XCB_CURRENT_TIME);
         (void)connection_.atom("done");
     }
-    /// Above all others and out of the window manager's hands, with the keyboard.
+    /// Above all windows, unmanaged, with the keyboard.
     void cover() const {
         const auto& screen = connection_.screen();
         const std::uint32_t unmanaged = 1;
@@ -217,7 +217,7 @@ struct Case {
 
 class LockerTypingOf : public LockerTyping, public testing::WithParamInterface<Case> {};
 
-TEST_P(LockerTypingOf, unlocksAndGivesTheKeyboardBack) {
+TEST_P(LockerTypingOf, unlocksAndRestoresTheKeyboard) {
     const Case& one = GetParam();
     useLocker(one.locker);
     ASSERT_NO_FATAL_FAILURE(setLayout(one.layout));
@@ -281,7 +281,7 @@ TEST_F(LockerTyping, stopsWhenTheLockerIsAnother) {
     EXPECT_TRUE(locker_->isRunning());
 }
 
-TEST_F(LockerTyping, leavesNotOneKeyToAWindowThatTakesTheFocusAfterAnUnlock) {
+TEST_F(LockerTyping, sendsNoKeyToAWindowFocusedAfterAnUnlock) {
     ASSERT_NO_FATAL_FAILURE(lock("right"));
     if (IsSkipped()) return;
     const RecordingWindow window(*connection_);
@@ -308,7 +308,7 @@ TEST_F(LockerTyping, keepsTheLockAfterAWrongPasswordAndClearsWhatTheFieldHolds) 
     EXPECT_TRUE(type("Wrong 1"));
     EXPECT_TRUE(locker_->isRunning());
 
-    // Left over from somebody who began to type.
+    // Left in the field by an aborted typing.
     ASSERT_TRUE(somebody_->write(u"leftover"));
     EXPECT_TRUE(type("Right 1"));
     EXPECT_TRUE(isUnlockedInTime());
@@ -333,7 +333,7 @@ TEST_F(LockerTyping, typesThroughCapsLockAndAHeldShift) {
 }
 
 /// Another client that has grabbed these keys of the root window: a window manager, a hotkey
-/// program, or somebody who lies in wait.
+/// program, or an attacker.
 class HotKeys {
   public:
     HotKeys(const std::string& displayName, std::span<const xcb_keycode_t> keys,
@@ -350,7 +350,7 @@ class HotKeys {
     std::unique_ptr<XcbConnection> connection_;
 };
 
-TEST_F(LockerTyping, typesBesideHotkeysAndLendsWhatOthersHaveReserved) {
+TEST_F(LockerTyping, typesDespiteKeysThatOthersHaveGrabbed) {
     const auto layout = XKeyLayout::read(*connection_);
     ASSERT_TRUE(layout);
     const std::array letters{*layout->key('a'), *layout->key('b'), *layout->key(XKB_KEY_Return)};
@@ -364,7 +364,7 @@ TEST_F(LockerTyping, typesBesideHotkeysAndLendsWhatOthersHaveReserved) {
     EXPECT_EQ(keyboard(), before);
 }
 
-TEST_F(LockerTyping, typesNothingWhereAnotherHasReservedEveryKey) {
+TEST_F(LockerTyping, typesNothingWhereAnotherHasGrabbedEveryKey) {
     const std::array any{xcb_keycode_t{XCB_GRAB_ANY}};
     const HotKeys everything(desktop_->displayName(), any, XCB_MOD_MASK_ANY);
     std::optional<LockerDoubt> doubt;
@@ -388,7 +388,8 @@ TEST_F(LockerTyping, typesNothingForAWindowThatOnlyLooksLocked) {
     EXPECT_EQ(typeIntoNothing(), std::unexpected(KeystrokeError::noLocker));
     EXPECT_EQ(doubt, LockerDoubt{.fact = LockerDoubt::Fact::keyboardIsFree});
 
-    // The whole screen, unmanaged, and the keyboard: all but the executable.
+    // Covers the screen unmanaged and holds the keyboard: everything of a locker but the
+    // executable.
     window.cover();
     EXPECT_EQ(typeIntoNothing(), std::unexpected(KeystrokeError::noLocker));
     EXPECT_EQ(window.keyCount(), 2) << "the tapped Shift";
@@ -397,7 +398,7 @@ TEST_F(LockerTyping, typesNothingForAWindowThatOnlyLooksLocked) {
     EXPECT_TRUE(doubt->path.ends_with("RehearsalTests")) << doubt->path;
 }
 
-TEST_F(LockerTyping, takesBackAtTheNextStartWhatAKilledOneHasLent) {
+TEST_F(LockerTyping, restoresAtTheNextStartTheKeysThatAKilledProcessBorrowed) {
     const auto before = keyboard();
     const auto layout = XKeyLayout::read(*connection_);
     ASSERT_TRUE(layout);
@@ -408,7 +409,7 @@ TEST_F(LockerTyping, takesBackAtTheNextStartWhatAKilledOneHasLent) {
     lent->note({key});
     lent->lend(key, XKB_KEY_Greek_pi);
     (void)killed->atom("done");
-    // While the other still types, it is left alone.
+    // Not restored while the other process still types.
     EXPECT_TRUE(XTestKeyEvents(desktop_->displayName()).isTrusted());
     EXPECT_TRUE(hasCharacter());
     // As the end of the process closes its connection.

@@ -28,7 +28,7 @@ ROOT = Path(__file__).resolve().parents[2]
 SHARED = Path(os.environ.get("MARROWBY_SHARED", ROOT.parent / "shared")) / "models"
 SCRIPT = ROOT / "Tools" / "prepare-pack"
 if not SHARED.is_dir():
-    print("Skipped: needs the folder of networks and media (MARROWBY_SHARED).")
+    print("Skipped: needs the folder of models and media (MARROWBY_SHARED).")
     sys.exit(0)
 
 sys.dont_write_bytecode = True

@@ -9,9 +9,9 @@
 namespace marrowby {
 namespace {
 
-// The pack that is committed plays the road on people whom it did not learn from, by the bars that
-// the application sets: threshold 0.50, real face 0.70.
-TEST(RehearsalPackTest, findsKnowsAndTellsApartPeopleAndWhatIsHeldUp) {
+// The committed pack on people that it was not trained on, by the application's thresholds: 0.50
+// for a match, 0.70 for a real face.
+TEST(RehearsalPackTest, recognisesPeopleAndRejectsPictures) {
     const auto pack = PackFigures::load(std::filesystem::path(MARROWBY_SOURCE_DIR) / "Models");
     ASSERT_TRUE(pack) << pack.error();
     Cast cast;
@@ -23,7 +23,7 @@ TEST(RehearsalPackTest, findsKnowsAndTellsApartPeopleAndWhatIsHeldUp) {
     const PackFigures::Figures figures = (*pack)->figures();
     EXPECT_EQ(figures.found.of, 6);
     EXPECT_EQ(figures.found.hits, figures.found.of);
-    EXPECT_EQ(figures.haunted.hits, 0);
+    EXPECT_EQ(figures.falseDetections.hits, 0);
     EXPECT_LT(std::ranges::max(figures.pointErrors), 0.12);
     EXPECT_GT(std::ranges::min(figures.same), 0.58);
     EXPECT_LT(std::ranges::max(figures.different), 0.45);

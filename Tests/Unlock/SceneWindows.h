@@ -12,11 +12,10 @@
 
 namespace marrowby {
 
-/// Windows without a screen, and a user who finds their controls by what is written on them. Main
-/// thread.
+/// Windows without a screen, whose controls are pressed by their labels. Main thread.
 class SceneWindows final : public ApplicationWindows {
   public:
-    /// What the guide on a page tells the user, at every drawing of it.
+    /// Called with the guide's sentence at every drawing of it.
     std::function<void(const std::string& hint)> onGuide;
 
     void show(Window window, WindowPresenter& presenter) override;
@@ -24,13 +23,13 @@ class SceneWindows final : public ApplicationWindows {
     void close(Window window) override;
     [[nodiscard]] bool isOpen(Window window) const override;
 
-    /// Of the window in front, which must be open, as in all below.
+    /// The window in front, which must be open, as for all below.
     [[nodiscard]] WindowPresenter& presenter();
     [[nodiscard]] WindowPage page();
     [[nodiscard]] Window front() const { return front_; }
     void closeByUser();
 
-    /// False where there is no such control, or it is off.
+    /// False where there is no such control or it is disabled.
     bool press(std::string_view title);
     bool toggle(std::string_view title, bool isOn);
     bool choose(std::string_view title, std::string_view option);

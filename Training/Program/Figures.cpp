@@ -70,7 +70,8 @@ std::vector<Line> lines(const PackFigures::Figures& figures) {
     constexpr double liveEnough = 0.7;
     std::vector<Line> result{
         {"faces found", percent(figures.found.hits, figures.found.of)},
-        {"pictures with a face where none is", percent(figures.haunted.hits, figures.haunted.of)},
+        {"pictures with a face where none is",
+         percent(figures.falseDetections.hits, figures.falseDetections.of)},
         {"landmarks, error in % of the eyes’ outer distance: median, 95 %",
          quantiles(figures.pointErrors, {0.5, 0.95}, 100, 1)},
         {"yaw, error in degrees: median, 95 %",

@@ -81,7 +81,7 @@ struct UnlockModel::Engine {
     Engine(UnlockModel& model, UnlockPlatform& platform);
 
     OwnKeystrokes ownKeystrokes;
-    NotedKeyEvents keyEvents;
+    TrackedKeyEvents keyEvents;
     ForeignInputIdle inputIdle;
     CameraFaceScanner scanner;
     StoredPasswordTyper typer;

@@ -10,8 +10,8 @@
 
 namespace marrowby {
 
-/// The part of a picture that the real-face model looks at: pixels `left`…`right` by
-/// `top`…`bottom`, all inclusive, origin at the top-left.
+/// The part of a picture that the real-face model gets: pixels `left`…`right` by `top`…`bottom`,
+/// all inclusive, origin at the top-left.
 struct AntiSpoofCrop {
     /// The resampled picture is a square of this many pixels, four bytes each.
     static constexpr int side = 80;

@@ -23,7 +23,7 @@ struct LandmarkPoint {
     friend bool operator==(const LandmarkPoint&, const LandmarkPoint&) = default;
 };
 
-/// What one camera frame tells about its face. What was not measured is absent.
+/// One camera frame's measurements of its face; absent where not measured.
 struct LivenessFrame {
     Date timestamp;
     /// Ordered by region and index.
@@ -43,7 +43,7 @@ struct LivenessFrame {
     std::optional<AntiSpoofScore> antiSpoof;
 };
 
-/// What the detector itself tells about a face; everything else is absent. Landmarks are reliable
+/// The measurements that the detector provides; everything else is absent. Landmarks are reliable
 /// when they show two eyes and a nose and all but the face's outline lie within the picture.
 [[nodiscard]] LivenessFrame livenessFrame(const DetectedFace& face, Date timestamp);
 

@@ -45,28 +45,30 @@ constexpr LivenessTuning strictTuning = [] {
 /// Lower bounds of a slow camera's counts. Scores: fewer let a picture pass that is now and then
 /// taken for a face. Denying frames: half of those for a device, a quarter for a pattern or flat
 /// motion; more than one, because people gave single ones.
-struct Fewest {
+struct MinimumCounts {
     std::int64_t live;
     std::int64_t device = 4;
     std::int64_t planar = 2;
     std::int64_t moire = 2;
     std::int64_t gloss = 3;
 };
-constexpr Fewest standardFewest{.live = 8};
-constexpr Fewest strictFewest{.live = 10};
+constexpr MinimumCounts standardMinimums{.live = 8};
+constexpr MinimumCounts strictMinimums{.live = 10};
 
 /// A count stands for a time and is scaled with the frame rate.
-LivenessTuning paced(LivenessTuning tuning, const Fewest& fewest, double framesPerSecond) {
+LivenessTuning scaled(LivenessTuning tuning, const MinimumCounts& minimums,
+                      double framesPerSecond) {
     const auto scale = [&](std::int64_t& count, std::int64_t least) {
-        const double pictures = static_cast<double>(count) * framesPerSecond / FramePace::presumed;
+        const double pictures =
+            static_cast<double>(count) * framesPerSecond / FrameRateEstimate::assumed;
         count = std::max(least, static_cast<std::int64_t>(std::lround(pictures)));
     };
-    scale(tuning.liveMinimumFrames, fewest.live);
-    scale(tuning.averagedFrames, fewest.live);
-    scale(tuning.deviceFrames, fewest.device);
-    scale(tuning.planarFrames, fewest.planar);
-    scale(tuning.moireFrames, fewest.moire);
-    scale(tuning.glossFrames, fewest.gloss);
+    scale(tuning.liveMinimumFrames, minimums.live);
+    scale(tuning.averagedFrames, minimums.live);
+    scale(tuning.deviceFrames, minimums.device);
+    scale(tuning.planarFrames, minimums.planar);
+    scale(tuning.moireFrames, minimums.moire);
+    scale(tuning.glossFrames, minimums.gloss);
     // Not scaled: spoof scores and head-turn frames, which count evidence, not time.
     return tuning;
 }
@@ -76,11 +78,11 @@ LivenessTuning paced(LivenessTuning tuning, const Fewest& fewest, double framesP
 LivenessTuning livenessTuning(LivenessMode mode, double framesPerSecond) {
     switch (mode) {
         case LivenessMode::standard:
-            return paced(standardTuning, standardFewest, framesPerSecond);
+            return scaled(standardTuning, standardMinimums, framesPerSecond);
         case LivenessMode::strict:
             break;
     }
-    return paced(strictTuning, strictFewest, framesPerSecond);
+    return scaled(strictTuning, strictMinimums, framesPerSecond);
 }
 
 // No glare: a lamp beside a face gave highlights as large as a phone's glass.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UnlockCore/Liveness/FramePace.h"
+#include "UnlockCore/Liveness/FrameRateEstimate.h"
 #include "UnlockCore/Liveness/LivenessCue.h"
 #include "UnlockCore/Liveness/LivenessMode.h"
 
@@ -36,7 +36,7 @@ struct LivenessTuning {
 
 /// The lock screen's tuning in a mode, at this frame rate.
 [[nodiscard]] LivenessTuning livenessTuning(LivenessMode mode,
-                                            double framesPerSecond = FramePace::presumed);
+                                            double framesPerSecond = FrameRateEstimate::assumed);
 /// The lock screen's cues in a mode.
 [[nodiscard]] std::set<LivenessCue> enabledLivenessCues(LivenessMode mode);
 

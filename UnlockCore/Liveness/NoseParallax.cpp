@@ -19,7 +19,7 @@ constexpr double noseLength = 0.5;
 
 struct Turn {
     double reported;
-    double told;
+    double byNose;
 };
 
 }  // namespace
@@ -36,12 +36,12 @@ NoseParallax NoseParallax::measure(std::span<const LivenessFrame> frames) {
     for (std::size_t i = 0; i < turns.size(); ++i) {
         for (std::size_t j = 0; j < i; ++j) {
             const double reported = turns[i].reported - turns[j].reported;
-            const double told = turns[i].told - turns[j].told;
+            const double byNose = turns[i].byNose - turns[j].byNose;
             if (!(std::abs(reported) >= leastTurn)) continue;
             ++pairs;
-            signedSum += told / reported;
-            if (std::abs(std::abs(told) - std::abs(reported)) > mostDisagreement) continue;
-            followed += std::min(1.0, std::abs(told / reported));
+            signedSum += byNose / reported;
+            if (std::abs(std::abs(byNose) - std::abs(reported)) > mostDisagreement) continue;
+            followed += std::min(1.0, std::abs(byNose / reported));
         }
     }
     if (pairs == 0) return {};

@@ -41,8 +41,7 @@ struct MoireSample {
     friend bool operator==(const MoireSample&, const MoireSample&) = default;
 };
 
-/// What one picture of a face tells about a screen in front of the camera; absent where it could
-/// not be measured.
+/// The signs of a screen in one picture of a face; absent where they could not be measured.
 struct ScreenCues {
     std::optional<GlareSample> glare;
     std::optional<MoireSample> moire;

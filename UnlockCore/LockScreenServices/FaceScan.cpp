@@ -78,7 +78,7 @@ FaceScan::FaceScan(LivenessMode mode, std::set<LivenessCue> enabledCues)
 const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const Services& services) {
     if (last_ && isRepeated(frame)) return *last_;
     const Date began = services.clock.now();
-    pace_.note(frame.timestamp);
+    pace_.add(frame.timestamp);
     Findings findings = study(frame, services);
     lastFrame_ = Taken{frame.image, frame.timestamp};
     return judge(std::move(findings), frame.timestamp, services.clock.now() - began);
@@ -86,7 +86,7 @@ const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const Services& s
 
 const FaceScan::Step& FaceScan::judge(Findings findings, Date at, TimeInterval duration) {
     // Of a frame that has just been taken, known already.
-    pace_.note(at);
+    pace_.add(at);
     auto& [measured, fault, recognition, rectangle] = findings;
     if (recognition) {
         follow(*recognition, at);
@@ -130,7 +130,7 @@ FaceScan::Findings FaceScan::study(const CameraFrame& frame, const Services& ser
         };
         const auto measureLiveness = [&] { findings = measure(frame, *face, services); };
         if (services.helper) {
-            runBeside(*services.helper, measureLiveness, recognise);
+            runInParallel(*services.helper, measureLiveness, recognise);
         } else {
             recognise();
             if (recognition) measureLiveness();

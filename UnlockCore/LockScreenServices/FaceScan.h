@@ -4,7 +4,7 @@
 #include "UnlockCore/Foundation/UUID.h"
 #include "UnlockCore/Liveness/AntiSpoofScoring.h"
 #include "UnlockCore/Liveness/DeviceBezelDetector.h"
-#include "UnlockCore/Liveness/FramePace.h"
+#include "UnlockCore/Liveness/FrameRateEstimate.h"
 #include "UnlockCore/Liveness/LivenessAnalyzer.h"
 #include "UnlockCore/Liveness/LivenessEvaluator.h"
 #include "UnlockCore/Liveness/LivenessFrame.h"
@@ -96,7 +96,7 @@ class FaceScan {
 
     LivenessMode mode_;
     LivenessAnalyzer analyzer_;
-    FramePace pace_;
+    FrameRateEstimate pace_;
     /// Without its source, which the camera wants back.
     struct Taken {
         Bitmap image;

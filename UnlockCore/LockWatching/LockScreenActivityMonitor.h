@@ -28,7 +28,7 @@ class ActivityWatching {
     virtual void stop() = 0;
 };
 
-/// Tells new input from input seen before by the system uptime at which it happened.
+/// Detects new input by the system uptime at which it happened.
 struct IdleResetDetector {
     /// A change of the last input's time by no more than this is not a new input.
     TimeInterval tolerance{0.05};

@@ -68,9 +68,9 @@ TimeInterval ForeignInputIdle::withoutOwnKeys(TimeInterval idle) const {
 
 namespace {
 
-class NotedSource final : public KeyEventSource {
+class TrackedSource final : public KeyEventSource {
   public:
-    NotedSource(std::unique_ptr<KeyEventSource> source, OwnKeystrokes& own)
+    TrackedSource(std::unique_ptr<KeyEventSource> source, OwnKeystrokes& own)
         : source_(std::move(source)), own_(own) {}
 
     [[nodiscard]] bool isAdmitted(const std::function<bool()>& stillLocked) override {
@@ -96,11 +96,11 @@ class NotedSource final : public KeyEventSource {
 
 }  // namespace
 
-std::unique_ptr<KeyEventSource> NotedKeyEvents::makeSource(std::span<const char16_t> text,
-                                                           std::span<const std::uint32_t> codes) {
+std::unique_ptr<KeyEventSource> TrackedKeyEvents::makeSource(std::span<const char16_t> text,
+                                                             std::span<const std::uint32_t> codes) {
     auto source = keyEvents_.makeSource(text, codes);
     if (!source) return nullptr;
-    return std::make_unique<NotedSource>(std::move(source), own_);
+    return std::make_unique<TrackedSource>(std::move(source), own_);
 }
 
 }  // namespace marrowby

@@ -70,9 +70,9 @@ class ForeignInputIdle final : public InputIdle {
 };
 
 /// Key events that are recorded as this process's own. Both outlive it and its sources.
-class NotedKeyEvents final : public KeyEvents {
+class TrackedKeyEvents final : public KeyEvents {
   public:
-    NotedKeyEvents(KeyEvents& keyEvents, OwnKeystrokes& own) : keyEvents_(keyEvents), own_(own) {}
+    TrackedKeyEvents(KeyEvents& keyEvents, OwnKeystrokes& own) : keyEvents_(keyEvents), own_(own) {}
 
     [[nodiscard]] bool isTrusted() const override { return keyEvents_.isTrusted(); }
     [[nodiscard]] bool mayPost() const override { return keyEvents_.mayPost(); }

@@ -12,7 +12,7 @@ namespace marrowby {
 /// after a scan starts the camera again.
 struct UnlockTriggerPolicy {
     UnlockTriggers triggers;
-    /// A wake sooner than this after the last accepted one is ignored.
+    /// A wake within this time of the last accepted one is ignored.
     TimeInterval rearmDebounce{2.0};
     /// A wake sooner than this after the lock is ignored unless the computer slept in between;
     /// activity sooner than this after the fence is refused.

@@ -20,7 +20,7 @@ class SpaceKeys {
     };
 
     virtual ~SpaceKeys() = default;
-    /// Whether the user lets this process watch keys, as far as can be told without asking them.
+    /// Whether the user lets this process watch keys, as far as known without prompting them.
     [[nodiscard]] virtual bool hasListenAccess() const = 0;
     /// Has the system prompt the user, where it does so; hasListenAccess() shows the answer.
     /// Returns at once.

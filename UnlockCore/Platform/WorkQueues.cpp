@@ -31,7 +31,8 @@ class Claimable {
 
 }  // namespace
 
-void runBeside(WorkQueue& queue, std::function<void()> beside, const std::function<void()>& here) {
+void runInParallel(WorkQueue& queue, std::function<void()> beside,
+                   const std::function<void()>& here) {
     const auto work = std::make_shared<Claimable>(std::move(beside));
     queue.async([work] { work->runUnlessClaimed(); });
     here();

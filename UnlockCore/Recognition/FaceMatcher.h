@@ -9,7 +9,7 @@
 
 namespace marrowby {
 
-/// How alike a face is to an enrolled one, as cosine similarities.
+/// How similar a face is to an enrolled one, as cosine similarities.
 struct ScoredIdentity {
     FaceIdentity identity;
     /// To the mean of the samples.

@@ -75,8 +75,7 @@ struct Ready {
 
 }  // namespace unlockstatus
 
-/// The one line that tells where face unlock stands: the first of the conditions, in this order,
-/// that is not met.
+/// The state of face unlock in one line: the first condition, in this order, that is not met.
 struct UnlockStatus
     : std::variant<unlockstatus::NotSetUp, unlockstatus::PasswordNotSaved,
                    unlockstatus::PasswordNeedsUpdate, unlockstatus::Off,

@@ -42,7 +42,7 @@ class Vault {
         std::function<void()> didChange;
     };
 
-    /// Starts locked. `hasEncryptedData` tells whether any sealed file exists; any thread.
+    /// Starts locked. `hasEncryptedData`: whether any sealed file exists; called on any thread.
     Vault(VaultKeyStore& keyStore, OwnerCheck& ownerCheck, std::function<bool()> hasEncryptedData,
           Services services);
     Vault(const Vault&) = delete;

@@ -101,7 +101,7 @@ std::expected<Landmarks98, std::string> Landmarks98Network::find(const cv::Mat& 
     const auto lookStraight = [&] { seen = straight_.run(crop); };
     const auto lookMirrored = [&] { seenMirrored = mirrored_.run(mirrored); };
     if (helper) {
-        runBeside(*helper, lookMirrored, lookStraight);
+        runInParallel(*helper, lookMirrored, lookStraight);
     } else {
         lookStraight();
         lookMirrored();

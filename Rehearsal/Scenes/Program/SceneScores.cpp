@@ -6,7 +6,7 @@
 #include "Platforms/Linux/Vision/OpenCvImaging.h"
 #include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
 #include "Platforms/Linux/Vision/YuNetFaceFinder.h"
-#include "Rehearsal/Scenes/NetworkFolder.h"
+#include "Rehearsal/Scenes/ModelFolder.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
 #include "UnlockCore/Liveness/LivenessCue.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
@@ -30,14 +30,14 @@ namespace {
 constexpr TimeInterval lasts{3};
 constexpr TimeInterval step{0.1};
 
-/// The scene's own time.
+/// The time in the scene.
 class SceneClock final : public SystemClock {
   public:
     [[nodiscard]] Date now() const override { return time; }
     Date time;
 };
 
-/// Remembers what the network says.
+/// Records the model's scores.
 class Noting final : public AntiSpoofScoring {
   public:
     explicit Noting(AntiSpoofScoring& real) : real_(real) {}
@@ -65,7 +65,7 @@ std::string text(const LivenessDecision& decision) {
 
 }  // namespace
 
-struct SceneScores::Networks {
+struct SceneScores::Pipeline {
     OpenCvImaging imaging;
     OpenCvFourierTransform fourier;
     OpenCvNeuralModels models;
@@ -77,58 +77,58 @@ struct SceneScores::Networks {
     Cast cast;
 };
 
-SceneScores::SceneScores(std::unique_ptr<Networks> networks) : networks_(std::move(networks)) {}
+SceneScores::SceneScores(std::unique_ptr<Pipeline> pipeline) : pipeline_(std::move(pipeline)) {}
 SceneScores::~SceneScores() = default;
 
 std::expected<std::unique_ptr<SceneScores>, std::string> SceneScores::load(
     const std::filesystem::path& models) {
-    const auto pack = networksIn(models);
+    const auto pack = modelsIn(models);
     if (!pack) return std::unexpected(pack.error());
-    auto networks = std::make_unique<Networks>();
+    auto pipeline = std::make_unique<Pipeline>();
     auto vision = OpenCvFaceVision::load(models / pack->finderFile, models / pack->landmarksFile);
     if (!vision) return std::unexpected(vision.error());
-    networks->vision = *std::move(vision);
+    pipeline->vision = *std::move(vision);
     auto finder = YuNetFaceFinder::load(models / pack->finderFile);
     if (!finder) return std::unexpected(finder.error());
-    networks->finder = *std::move(finder);
+    pipeline->finder = *std::move(finder);
     auto embedder = SFaceEmbedder::load(
         models, {.fileName = pack->embedderFile, .modelIdentifier = pack->embedderIdentifier},
-        networks->models, networks->imaging);
+        pipeline->models, pipeline->imaging);
     if (!embedder) return std::unexpected(description(embedder.error()));
-    networks->recognizer =
-        std::make_unique<FaceRecognizer>(*networks->vision, networks->imaging, *std::move(embedder),
+    pipeline->recognizer =
+        std::make_unique<FaceRecognizer>(*pipeline->vision, pipeline->imaging, *std::move(embedder),
                                          CameraFaceScanner::minimumFaceWidth);
-    auto antiSpoof = MiniFASNet::load(models, networks->models, NeuralModels::ComputeUnits::all,
+    auto antiSpoof = MiniFASNet::load(models, pipeline->models, NeuralModels::ComputeUnits::all,
                                       pack->realFaceFile, pack->realFaceIdentifier);
     if (!antiSpoof) return std::unexpected(description(antiSpoof.error()));
-    networks->antiSpoof = *std::move(antiSpoof);
-    return std::unique_ptr<SceneScores>(new SceneScores(std::move(networks)));
+    pipeline->antiSpoof = *std::move(antiSpoof);
+    return std::unique_ptr<SceneScores>(new SceneScores(std::move(pipeline)));
 }
 
 void SceneScores::enroll(const Scene& scene) {
-    networks_->person.reset();
-    SceneFilm film(scene, networks_->cast);
+    pipeline_->person.reset();
+    SceneFilm film(scene, pipeline_->cast);
     std::vector<Embedding> samples;
     for (TimeInterval at{}; at < lasts - step / 2; at += step) {
         const auto picture = film.shoot({.at = at, .running = at, .frameTime = step}).picture;
         const Size size = picture->extent();
-        const auto image = networks_->imaging.render(*picture, {0, 0, size.width, size.height}, 1);
+        const auto image = pipeline_->imaging.render(*picture, {0, 0, size.width, size.height}, 1);
         if (!image) continue;
         const CameraFrame frame{
             .image = *image, .source = picture, .sourceSize = size, .timestamp = Date(at)};
-        auto seen = networks_->recognizer->recognise(frame, std::nullopt);
+        auto seen = pipeline_->recognizer->recognise(frame, std::nullopt);
         if (seen && at > TimeInterval(1)) samples.push_back(seen->embedding);
     }
-    networks_->person = faceembedding::meanTemplate(samples);
+    pipeline_->person = faceembedding::meanTemplate(samples);
 }
 
 SceneScores::Score SceneScores::score(const Scene& scene, int width, int height) {
-    SceneFilm film(scene, networks_->cast);
+    SceneFilm film(scene, pipeline_->cast);
     FaceScan scan(LivenessMode::standard);
-    Noting antiSpoof(*networks_->antiSpoof);
+    Noting antiSpoof(*pipeline_->antiSpoof);
     SceneClock clock;
     Score score;
-    // The exposure settles before anybody looks.
+    // The exposure settles first.
     for (TimeInterval at{-0.6}; at < lasts - step / 2; at += step) {
         const auto picture = film.shoot({.at = at,
                                          .running = at + TimeInterval(0.6),
@@ -142,7 +142,7 @@ SceneScores::Score SceneScores::score(const Scene& scene, int width, int height)
         const double scale =
             std::min(CameraFaceScanner::workingLongEdge / std::max(size.width, size.height), 1.0);
         const auto image =
-            networks_->imaging.render(*picture, {0, 0, size.width, size.height}, scale);
+            pipeline_->imaging.render(*picture, {0, 0, size.width, size.height}, scale);
         if (!image) continue;
         ++score.pictures;
         const CameraFrame frame{.id = score.pictures,
@@ -150,23 +150,23 @@ SceneScores::Score SceneScores::score(const Scene& scene, int width, int height)
                                 .source = picture,
                                 .sourceSize = size,
                                 .timestamp = clock.time};
-        const FaceScan::Step& seen = scan.take(frame, {.recognizer = *networks_->recognizer,
+        const FaceScan::Step& seen = scan.take(frame, {.recognizer = *pipeline_->recognizer,
                                                        .antiSpoof = antiSpoof,
-                                                       .vision = *networks_->vision,
-                                                       .imaging = networks_->imaging,
-                                                       .fourier = networks_->fourier,
+                                                       .vision = *pipeline_->vision,
+                                                       .imaging = pipeline_->imaging,
+                                                       .fourier = pipeline_->fourier,
                                                        .clock = clock});
         score.decision = text(seen.liveness.decision);
         if (seen.recognition) {
             ++score.withFace;
-            const auto& person = networks_->person;
+            const auto& person = pipeline_->person;
             if (person) {
                 score.likeness.push_back(
                     faceembedding::cosine(seen.recognition->embedding, *person));
             }
         }
         const auto bgr = bgrMat(*image);
-        auto& finder = networks_->finder;
+        auto& finder = pipeline_->finder;
         const auto faces =
             bgr && finder ? finder->find(*bgr) : std::unexpected<std::string>(std::string());
         float best = 0;

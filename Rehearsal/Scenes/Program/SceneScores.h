@@ -11,19 +11,19 @@
 
 namespace marrowby {
 
-/// What the application's own classes and the networks in a folder make of scenes. One thread.
+/// Scores of scenes by the application's classes and the models in a folder. One thread.
 class SceneScores {
   public:
     struct Score {
         int pictures = 0;
         int withFace = 0;
-        /// The real-face network's probability, per picture with a face.
+        /// The real-face model's probability, per picture with a face.
         std::vector<float> live;
-        /// The face's likeness to the person, per picture with a face.
+        /// The face's similarity to the person, per picture with a face.
         std::vector<float> likeness;
         /// The finder's certainty about its best face, per picture.
         std::vector<float> finder;
-        /// What a usual look decides in the end.
+        /// The decision of a standard scan.
         std::string decision;
     };
 
@@ -31,15 +31,15 @@ class SceneScores {
         const std::filesystem::path& models);
     ~SceneScores();
 
-    /// Later likeness is to the person of this scene.
+    /// Later similarities are to the person of this scene.
     void enroll(const Scene& scene);
     [[nodiscard]] Score score(const Scene& scene, int width, int height);
 
   private:
-    struct Networks;
-    explicit SceneScores(std::unique_ptr<Networks> networks);
+    struct Pipeline;
+    explicit SceneScores(std::unique_ptr<Pipeline> pipeline);
 
-    std::unique_ptr<Networks> networks_;
+    std::unique_ptr<Pipeline> pipeline_;
 };
 
 }  // namespace marrowby

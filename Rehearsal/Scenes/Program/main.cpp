@@ -243,7 +243,7 @@ int measureScores(const std::filesystem::path& models, const std::vector<Scene>&
     return EXIT_SUCCESS;
 }
 
-/// Nought for what is no number.
+/// 0 for NaN.
 int integer(std::string_view text) {
     int value = 0;
     (void)std::from_chars(text.begin(), text.end(), value);

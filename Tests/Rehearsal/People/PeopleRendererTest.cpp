@@ -10,13 +10,13 @@ namespace {
 constexpr Vector3 place{.x = 0, .y = 0.02F, .z = 0.6F};
 
 FaceTruth draw(const PersonPose& pose) {
-    // Making somebody is the slow part.
+    // Made once: slow.
     static const Person somebody(distinctPeople().front());
     LinearImage image(320, 240, Vector3{});
     return PeopleRenderer().draw(image, PinholeCamera::webcam(320, 240), somebody, pose);
 }
 
-TEST(PeopleRenderer, tellsHowTheHeadIsTurned) {
+TEST(PeopleRenderer, reportsTheHeadsAngles) {
     for (const Vector3& position : {place, Vector3{.x = -0.25F, .y = 0.1F, .z = 0.8F}}) {
         for (const auto& [yaw, pitch, roll] :
              {std::array{0.F, 0.F, 0.F}, std::array{0.4F, -0.2F, 0.F},

@@ -37,7 +37,7 @@ TEST(SceneFilm, givesTheSamePicturesForTheSameSeedOnly) {
     }
 }
 
-TEST(SceneFilm, tellsWhoIsThereAndWhatIsHeldUp) {
+TEST(SceneFilm, reportsPeopleAndHeldUpThings) {
     struct Case {
         const char* scene;
         std::size_t people;
@@ -58,7 +58,7 @@ TEST(SceneFilm, tellsWhoIsThereAndWhatIsHeldUp) {
     }
 }
 
-TEST(SceneFilm, movesARepliedHeadButNotAPhotographedOne) {
+TEST(SceneFilm, movesAReplayedHeadButNotAPhotographedOne) {
     for (const auto& [name, moves] :
          {std::pair("tablet-photo", false), std::pair("tablet-replay", true)}) {
         SceneFilm film(sceneNamed(name, somebody).value(), cast());

@@ -23,7 +23,7 @@ double enrol(SceneUser& user, float yawScale, float pitchScale) {
     return 0;
 }
 
-TEST(SceneUser, takesAllPosesAlsoBeforeAFinderThatSeesTurnsTooSmallOrTooLarge) {
+TEST(SceneUser, takesAllPosesThoughTheFinderUnderOrOverstatesTurns) {
     for (const auto& [yawScale, pitchScale] :
          {std::pair(1.0F, 1.0F), std::pair(0.7F, 0.65F), std::pair(1.35F, 1.3F)}) {
         SceneUser user(5);

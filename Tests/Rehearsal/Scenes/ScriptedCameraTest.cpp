@@ -26,7 +26,7 @@ class ManualQueue final : public WorkQueue {
     }
 };
 
-/// The test is the clock: it takes the steps of the one pacing that is running.
+/// Lets the test take the steps of the one running pacing.
 struct ManualTime final : SystemClock {
     class Running final : public Pacing {
       public:
@@ -141,7 +141,7 @@ TEST_F(ScriptedCameraTest, discardsWhatTheQueueIsTooBusyForAndWhatComesAfterTheE
     time_.step();
     time_.step();
     EXPECT_EQ(queue_->waiting.size(), 1U);
-    // A delivery in progress is not over.
+    // A delivery in progress counts.
     whileDelivering_ = [this] { time_.step(); };
     queue_->run();
     EXPECT_EQ(camera_->counts(), (ScriptedCamera::Counts{.sent = 1, .discarded = 2}));
@@ -219,7 +219,7 @@ class ThreadQueue final : public WorkQueue {
     std::thread thread_{[this] { run(); }};
 };
 
-TEST(ScriptedCamera, runsOnItsOwnThreadUntilItIsGone) {
+TEST(ScriptedCamera, runsOnItsOwnThreadUntilDestroyed) {
     const auto queue = std::make_shared<ThreadQueue>();
     const ManualTime clock;
     std::mutex mutex;
@@ -242,7 +242,7 @@ TEST(ScriptedCamera, runsOnItsOwnThreadUntilItIsGone) {
         ASSERT_TRUE(changed.wait_for(lock, std::chrono::minutes(1), [&] { return seen >= 5; }));
         lock.unlock();
     }
-    // Nothing touches the locals from here on; the sanitizers would tell.
+    // Destroyed: a sanitizer reports later access to the locals.
 }
 
 }  // namespace

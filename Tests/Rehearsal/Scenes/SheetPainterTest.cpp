@@ -50,7 +50,7 @@ double wave(const LinearImage& image, double turns) {
     return 2 * std::hypot(cosine, sine);
 }
 
-TEST(SheetPainter, beatsWhereAScreensPixelsAreAlmostAsFineAsTheCameras) {
+TEST(SheetPainter, showsMoireWhereAScreensPixelsAreAlmostAsFineAsTheCameras) {
     // 1.9 pixels of the screen in one of the camera's: what is left of the grid looks ten times as
     // coarse.
     const LinearImage coarse = screen(1 / 1.9F);

@@ -28,7 +28,7 @@ TEST(DeviceBezelDetector, takesTheLargestRectangle) {
     EXPECT_EQ(devicebezeldetector::detect(image, face, vision).error(), "busy");
 }
 
-TEST(DeviceBezelDetector, holdsTheWholeHeadAndIsNoFurniture) {
+TEST(DeviceBezelDetector, requiresTheWholeHeadAndRejectsFurniture) {
     const Rect face{100, 100, 80, 100};
     const Rect head = devicebezeldetector::head(face);
     EXPECT_EQ(head, (Rect{92, 70, 96, 130}));

@@ -34,7 +34,7 @@ double worst(const Homography& homography, const std::vector<Point>& points) {
     return result;
 }
 
-TEST(LandmarkGeometry, setsOutliersAside) {
+TEST(LandmarkGeometry, ignoresOutliers) {
     const auto points = face(30);
     auto seen = moved(points);
     seen[11].x += 500;
@@ -42,7 +42,7 @@ TEST(LandmarkGeometry, setsOutliersAside) {
     EXPECT_LT(worst(*robustFit(points, seen), points), 0.05);
 }
 
-TEST(LandmarkGeometry, findsNothingWithoutEnoughToGoBy) {
+TEST(LandmarkGeometry, refusesTooFewOrDegeneratePoints) {
     const auto points = face(12);
     const std::vector<Point> three(points.begin(), points.begin() + 3);
     const std::vector<Point> spot(12, Point{5, 5});

@@ -83,7 +83,7 @@ TEST(LivenessAnalyzer, forgetsWhatIsOutsideItsWindow) {
     }
 }
 
-TEST(LivenessAnalyzer, keepsADenialWhateverFaceFollowsUntilReset) {
+TEST(LivenessAnalyzer, keepsADenialForLaterFacesUntilReset) {
     auto analyzer = makeAnalyzer();
     for (int i = 0; i < 3; ++i)
         analyzer.ingest(frame(0.1 * i, 0.0F), face(1));
@@ -100,7 +100,7 @@ TEST(LivenessAnalyzer, keepsADenialWhateverFaceFollowsUntilReset) {
     EXPECT_EQ(analyzer.lastSnapshot().decision, LivenessDecision(Confirmed{}));
 }
 
-TEST(LivenessAnalyzer, countsOnWhateverFaceFollows) {
+TEST(LivenessAnalyzer, keepsCountingForTheNextFace) {
     auto analyzer = makeAnalyzer();
     LivenessFrame screen = frame(0, 1.0F);
     screen.glare = GlareSample{200, 0.2F, 1};
@@ -113,7 +113,7 @@ TEST(LivenessAnalyzer, countsOnWhateverFaceFollows) {
 }
 
 /// One face's turn does not confirm the next face.
-TEST(LivenessAnalyzer, asksEveryFaceForItsOwnTurn) {
+TEST(LivenessAnalyzer, requiresAHeadTurnOfEveryFace) {
     LivenessAnalyzer analyzer(LivenessMode::strict, tuning, planarityTuning(LivenessMode::strict),
                               {LivenessCue::headTurn}, TimeInterval(3));
     double seconds = 0;

@@ -74,7 +74,7 @@ TEST(LivenessEvaluator, decidesByTheModelsAverage) {
     }
 }
 
-TEST(LivenessEvaluator, countsEveryCueAtItsOwnBar) {
+TEST(LivenessEvaluator, countsEveryCueAtItsOwnThreshold) {
     struct Case {
         Cue cue;
         float level;

@@ -8,7 +8,7 @@
 namespace marrowby {
 namespace {
 
-TEST(LivenessFrame, takesWhatTheDetectorTells) {
+TEST(LivenessFrame, copiesTheDetectorsFindings) {
     DetectedFace face;
     face.yaw = 0.25F;
     face.imageSize = {30, 30};

@@ -53,7 +53,7 @@ class MiniFASNetTest : public testing::Test {
     FakeNeuralModels models_;
 };
 
-TEST_F(MiniFASNetTest, refusesAnotherNetwork) {
+TEST_F(MiniFASNetTest, refusesAnotherModel) {
     const std::string wrongModel = "The real-face model isn’t the one this version expects: ";
     const std::string wrongInput = "The real-face model takes the wrong input: ";
     const std::string wrongOutput = "The real-face model gave something unexpected: ";

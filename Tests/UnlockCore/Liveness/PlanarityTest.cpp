@@ -72,7 +72,7 @@ struct Model {
     }
 };
 
-TEST(Planarity, tellsAHeadFromAPicture) {
+TEST(Planarity, distinguishesAHeadFromAPicture) {
     const PlanarityTuning tuning = planarityTuning(LivenessMode::standard);
     struct Case {
         const char* what;
@@ -102,7 +102,7 @@ TEST(Planarity, tellsAHeadFromAPicture) {
     }
 }
 
-TEST(Planarity, decidesAStrictLook) {
+TEST(Planarity, decidesAStrictScan) {
     const auto decision = [](double noseLength, double turn, double shift) {
         const auto mode = LivenessMode::strict;
         LivenessAnalyzer analyzer(mode, livenessTuning(mode), planarityTuning(mode),
@@ -122,7 +122,7 @@ TEST(Planarity, decidesAStrictLook) {
               LivenessDecision(LivenessDecision::Denied{LivenessCue::planar}));
 }
 
-TEST(Planarity, measuresOnlyWhatCanBeCompared) {
+TEST(Planarity, measuresOnlyComparableFrames) {
     Model model;
     const auto first = model.seen(0, 0, 0);
     const auto second = model.seen(1, 0.2, 5);
@@ -137,7 +137,7 @@ TEST(Planarity, measuresOnlyWhatCanBeCompared) {
     EXPECT_TRUE(refuses([](auto& frame) { frame.interocularDistance = std::nan(""); }));
 }
 
-TEST(Planarity, judgesByBothBars) {
+TEST(Planarity, judgesByBothThresholds) {
     const PlanarityTuning tuning{.motionGate = 0,
                                  .planarRatio = 0.1,
                                  .planarResidual = 0.02,

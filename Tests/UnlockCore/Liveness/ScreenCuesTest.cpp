@@ -44,7 +44,7 @@ TEST(GlareCueExtractor, countsBrightColourlessPixels) {
     EXPECT_FALSE(isHighlight({255, 235, 234})) << "Cr is 10.08";
 }
 
-TEST(GlareCueExtractor, tellsAPatchFromScatteredShine) {
+TEST(GlareCueExtractor, distinguishesAPatchFromScatteredShine) {
     const auto level = [](const std::function<bool(int, int)>& isBright) {
         const auto bytes = picture(160, 160, [&](int x, int y) {
             return isBright(x, y) ? Colour{250, 250, 250} : Colour{90, 70, 60};
@@ -76,7 +76,7 @@ std::vector<float> skin(int width, int height, std::optional<double> period) {
     return values;
 }
 
-TEST(MoireCueExtractor, seesAGridInASmoothFace) {
+TEST(MoireCueExtractor, detectsAGridInASmoothFace) {
     const FakeFourierTransform fourier;
     const auto contrast = [&](std::optional<double> period) {
         return moirecueextractor::sample(skin(200, 180, period), 200, 180, fourier)->peakContrast;
@@ -108,7 +108,7 @@ TEST(MoireCueExtractor, analysesASquareOfTheMiddle) {
     EXPECT_FALSE(moirecueextractor::sample(bytes, 160, 170, fourier));
 }
 
-TEST(MoireCueExtractor, wantsAPeakAboveRingAndNeighbours) {
+TEST(MoireCueExtractor, requiresAPeakAboveRingAndNeighbours) {
     std::vector<float> power(FourierTransform::count, 1);
     const auto at = [&](int kx, int ky) -> float& {
         return power[static_cast<std::size_t>((ky + 64) % 64 * 64 + (kx + 64) % 64)];

@@ -1,7 +1,7 @@
 #include "Platforms/Linux/Desktop/ThreadWorkQueues.h"
 #include "Tests/Fakes/FakeKeyEvents.h"
 #include "Tests/Fakes/FakeWorkQueues.h"
-#include "Tests/Fakes/VaultBench.h"
+#include "Tests/Fakes/VaultFixture.h"
 #include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/LockScreenServices/StoredPasswordTyper.h"
 #include "UnlockCore/Platform/KeyCodes.h"
@@ -47,7 +47,7 @@ class StoredPasswordTyperTest : public testing::Test {
         return outcomes;
     }
 
-    VaultBench bench_;
+    VaultFixture bench_;
     CredentialStore credentials_{bench_.passwordFile, *bench_.vault};
     FakeKeyEvents keyEvents_;
     FakeWorkQueues queues_;

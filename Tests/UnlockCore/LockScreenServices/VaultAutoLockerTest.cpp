@@ -1,4 +1,4 @@
-#include "Tests/Fakes/VaultBench.h"
+#include "Tests/Fakes/VaultFixture.h"
 #include "UnlockCore/LockScreenServices/VaultAutoLocker.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ namespace {
 constexpr TimeInterval week(604'800);
 constexpr TimeInterval tick(300);
 
-struct Bench : VaultBench {
+struct Bench : VaultFixture {
     std::optional<TimeInterval> limit = week;
     VaultAutoLocker locker{*vault, [this] { return limit; }, mainThread, mainThread};
 

@@ -70,7 +70,7 @@ TEST_F(LockScreenActivityMonitorTest, fallsBackToTheRegistryWhenTheEventSystemMa
         ASSERT_THAT(activities, SizeIs(1)) << unusable;
         EXPECT_NEAR(activities[0].quietFor.count(), 5, rounding) << unusable;
 
-        // Without a registry such polls are skipped, and what happened meanwhile is seen later.
+        // Without a registry such polls are skipped, and the input is reported later.
         inputIdle.setHasRegistry(false);
         mainThread.advance(TimeInterval(1));
         inputIdle.touch();

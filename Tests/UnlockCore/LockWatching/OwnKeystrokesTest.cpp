@@ -24,7 +24,7 @@ struct OwnKeystrokesTest : testing::Test {
     FakeKeyEvents keyboard;
     FakeSpaceKeys keys;
     OwnKeystrokes own{idle};
-    NotedKeyEvents keyEvents{keyboard, own};
+    TrackedKeyEvents keyEvents{keyboard, own};
     ForeignInputIdle foreignIdle{idle, own};
     LockScreenActivityMonitor activity{foreignIdle, mainThread, mainThread};
     SpaceKeyMonitor spaceKeys{keys, own};
@@ -57,7 +57,7 @@ TEST_F(OwnKeystrokesTest, areNeitherActivityNorSpace) {
     EXPECT_EQ(spaces, 0);
 }
 
-TEST_F(OwnKeystrokesTest, hideNoUserBeforeOrAfter) {
+TEST_F(OwnKeystrokesTest, hideNoUserInputBeforeOrAfter) {
     mainThread.advance(TimeInterval(10));
     idle.touch();
     mainThread.advance(TimeInterval(1));
@@ -69,7 +69,7 @@ TEST_F(OwnKeystrokesTest, hideNoUserBeforeOrAfter) {
     // Since the user's own input, not since ours.
     EXPECT_NEAR(activities[1].quietFor.count(), 8, 0.01);
 
-    // Somebody at a distance sends synthetic keys too.
+    // A remote user sends synthetic keys too.
     keys.press({.isSynthetic = true});
     EXPECT_EQ(spaces, 1);
     type();
@@ -77,7 +77,7 @@ TEST_F(OwnKeystrokesTest, hideNoUserBeforeOrAfter) {
     EXPECT_EQ(spaces, 2);
 }
 
-TEST_F(OwnKeystrokesTest, areKnownWhileTheyAreStillBeingPosted) {
+TEST_F(OwnKeystrokesTest, areRecognisedWhileBeingPosted) {
     const OwnKeystrokes::Posting posting(own);
     mainThread.advance(TimeInterval(4));
     idle.touch();

@@ -23,7 +23,7 @@ struct SpaceKeyMonitorTest : testing::Test {
     }
 };
 
-TEST_F(SpaceKeyMonitorTest, opensKeyboardsOnceAndLetsThemGo) {
+TEST_F(SpaceKeyMonitorTest, opensKeyboardsOnceAndReleasesThem) {
     keys.opens = false;
     monitor->start();
     EXPECT_FALSE(monitor->isListening());

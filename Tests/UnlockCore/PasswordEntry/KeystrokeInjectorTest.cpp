@@ -48,9 +48,9 @@ TEST_F(KeystrokeInjector, doesNothingWithoutTrustValidTextAndEveryKey) {
     keyEvents_.trusted = false;
     EXPECT_EQ(type("secret").outcome(), std::unexpected(KeystrokeError::noAccessibility));
     keyEvents_.trusted = true;
-    keyEvents_.lets = false;
+    keyEvents_.accepts = false;
     EXPECT_EQ(type("secret").outcome(), std::unexpected(KeystrokeError::noAccessibility));
-    keyEvents_.lets = true;
+    keyEvents_.accepts = true;
     EXPECT_EQ(type("a\xC3").outcome(), std::unexpected(KeystrokeError::invalidText));
     keyEvents_.hasNoSource = true;
     EXPECT_EQ(type("secret").outcome(), std::unexpected(KeystrokeError::eventFailed));
@@ -80,7 +80,7 @@ TEST_F(KeystrokeInjector, stopsAtTheCheckThatFindsTheScreenUnlocked) {
     EXPECT_TRUE(keyEvents_.all<KeyPress>().empty());
 }
 
-TEST_F(KeystrokeInjector, givesTheKeyboardBackOnceOnEveryPathAndOnlyAfterTheOutcome) {
+TEST_F(KeystrokeInjector, returnsTheKeyboardOnceOnEveryPathAndOnlyAfterTheOutcome) {
     // Eight keys of the clearing, a chunk down and up, Return down and up.
     const std::size_t posts = 12;
     for (std::size_t succeeding = 0; succeeding <= posts; ++succeeding) {

@@ -64,7 +64,7 @@ class CameraManagerTest : public testing::Test {
     std::vector<std::int64_t> ids;
 };
 
-TEST_F(CameraManagerTest, TellsPermissionAndCameras) {
+TEST_F(CameraManagerTest, ReportsPermissionAndCameras) {
     using Permission = CameraManager::Permission;
     const std::vector<std::pair<CaptureAuthorization, Permission>> cases{
         {CaptureAuthorization::notDetermined, Permission::notDetermined},
@@ -147,14 +147,14 @@ TEST_F(CameraManagerTest, ConfiguresOnceAndKeepsTheSameCamera) {
     start("phone");
     EXPECT_THAT(session->calls,
                 ElementsAre("begin", "commit", "begin", "remove desk", "add phone", "commit"));
-    // What was unplugged is another camera.
+    // A camera that was unplugged and returned is a new one.
     session->camera("phone").plugs = 1;
     session->calls.clear();
     start("phone");
     EXPECT_THAT(session->calls, ElementsAre("begin", "remove ", "add phone", "commit"));
 }
 
-TEST_F(CameraManagerTest, AppliesAFormatWhereTheCameraLetsItAndTells) {
+TEST_F(CameraManagerTest, AppliesAndReportsAFormatWhereTheCameraAllowsIt) {
     using Format = CameraManager::Format;
     const auto format = [this] {
         EXPECT_EQ(manager->opened()->device.id, session->attached());
@@ -210,7 +210,7 @@ TEST_F(CameraManagerTest, FramesAreScaledDownAndNumbered) {
     EXPECT_THAT(ids, ElementsAre(1, 2)) << "a frame that fails takes no number";
 }
 
-TEST_F(CameraManagerTest, AStopDropsWhatIsUnderWay) {
+TEST_F(CameraManagerTest, AStopDropsFramesInProgress) {
     start();
     deliver();
     manager->stop();
@@ -245,7 +245,7 @@ TEST_F(CameraManagerTest, TheClaimLastsUntilTheLastStopIsDone) {
     EXPECT_TRUE(session->isRunning());
 }
 
-TEST_F(CameraManagerTest, NothingReachesAManagerThatIsGone) {
+TEST_F(CameraManagerTest, NothingReachesADestroyedManager) {
     start();
     manager->stop();
     ASSERT_TRUE(manager->start({}));

@@ -101,7 +101,7 @@ TEST(FaceEmbedding, TheTemplateIsTheMeanDirection) {
     EXPECT_EQ(faceembedding::meanTemplate(std::vector<Embedding>{{}, {1}}), std::nullopt);
 }
 
-TEST(FaceEmbedding, CosineIsTheAngleAlone) {
+TEST(FaceEmbedding, CosineIgnoresLength) {
     using faceembedding::cosine;
     constexpr float huge = std::numeric_limits<float>::max();
     Embedding a(130);

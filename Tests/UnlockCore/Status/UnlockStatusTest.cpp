@@ -19,7 +19,7 @@ constexpr UnlockStatusFacts good{.faceSaved = true,
                                  .touchIDDone = true};
 
 /// Everything that comes after a fact in priority is bad as well.
-TEST(UnlockStatus, tellsTheFirstConditionThatIsNotMet) {
+TEST(UnlockStatus, namesTheFirstUnmetCondition) {
     UnlockStatusFacts facts{.passwordNeedsUpdate = true,
                             .camera = CameraManager::Permission::denied,
                             .modelsChanged = true};

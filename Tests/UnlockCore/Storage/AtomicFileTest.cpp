@@ -66,7 +66,7 @@ TEST(AtomicFile, aCrashAtAnyPointLeavesOldOrNewContent) {
                 EXPECT_TRUE(fileSystem.content(path) == newContent ||
                             fileSystem.content(path) == start);
 
-                // The next save does not stumble over what the crash left.
+                // A file left by the crash does not stop the next save.
                 EXPECT_TRUE(atomicfile::replace(fileSystem, path, newContent));
                 EXPECT_EQ(fileSystem.content(path), newContent);
                 EXPECT_EQ(fileSystem.files().size(), 2U);

@@ -1,4 +1,4 @@
-#include "Tests/Fakes/VaultBench.h"
+#include "Tests/Fakes/VaultFixture.h"
 #include "UnlockCore/Storage/CredentialStore.h"
 
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 namespace marrowby {
 namespace {
 
-struct Bench : VaultBench {
+struct Bench : VaultFixture {
     CredentialStore store{passwordFile, *vault};
 
     Bench() { (void)unlock(); }
@@ -49,12 +49,12 @@ TEST(CredentialStore, keepsThePasswordAndWipesTheCallersCopy) {
     EXPECT_FALSE(bench.store.hasPassword());
 }
 
-TEST(CredentialStore, countsAsUseOfTheVaultWhereItOpens) {
+TEST(CredentialStore, readingCountsAsUseOfTheVault) {
     Bench bench;
     ASSERT_EQ(bench.save("p"), std::nullopt);
     const Date opened = bench.mainThread.now();
     bench.mainThread.advance(TimeInterval(60));
-    // Already while the password is in use.
+    // Recorded before the password is used.
     EXPECT_TRUE(bench.store.withPassword([&](std::span<const std::uint8_t>) {
         EXPECT_EQ(bench.vault->lastActivityAt(), opened + TimeInterval(60));
     }));

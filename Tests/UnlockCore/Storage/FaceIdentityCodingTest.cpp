@@ -1,4 +1,4 @@
-#include "Tests/Fakes/VaultBench.h"
+#include "Tests/Fakes/VaultFixture.h"
 #include "UnlockCore/Storage/FaceIdentityCoding.h"
 
 #include <bit>

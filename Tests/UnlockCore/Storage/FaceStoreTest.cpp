@@ -1,4 +1,4 @@
-#include "Tests/Fakes/VaultBench.h"
+#include "Tests/Fakes/VaultFixture.h"
 #include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Storage/FaceStore.h"
 
@@ -11,7 +11,7 @@ const std::vector<FaceSample> oneSample{
     {.embedding = {1.0F}, .pose = "center", .capturedAt = Date(), .quality = {}}};
 const std::vector<FaceSample> twoSamples(2, oneSample[0]);
 
-struct Bench : VaultBench {
+struct Bench : VaultFixture {
     FaceStore store = makeStore();
 
     Bench() { (void)unlock(); }

@@ -1,4 +1,4 @@
-#include "Tests/Fakes/VaultBench.h"
+#include "Tests/Fakes/VaultFixture.h"
 #include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Storage/UnlockDataEraser.h"
 
@@ -9,7 +9,7 @@ namespace {
 
 using Report = UnlockDataEraser::Report;
 
-struct Bench : VaultBench {
+struct Bench : VaultFixture {
     FaceStore faces{facesFile, *vault, cipher, mainThread, macWords};
     CredentialStore credentials{passwordFile, *vault};
 
@@ -26,7 +26,7 @@ struct Bench : VaultBench {
 const Report everything{
     .removedFaces = true, .removedPassword = true, .removedKey = true, .problems = {}};
 
-TEST(UnlockDataEraser, keepsTheKeyOfWhatRemains) {
+TEST(UnlockDataEraser, keepsTheKeyWhileAFileRemains) {
     Bench bench;
     bench.fill();
     bench.fileSystem.deny(bench.folder.facesFile());

@@ -1,4 +1,4 @@
-#include "Tests/Fakes/VaultBench.h"
+#include "Tests/Fakes/VaultFixture.h"
 #include "UnlockCore/Storage/Vault.h"
 
 #include <atomic>
@@ -16,18 +16,18 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using Result = std::expected<void, StorageError>;
 
-Bytes sealed(VaultBench& bench, std::string_view text, VaultPurpose purpose) {
+Bytes sealed(VaultFixture& bench, std::string_view text, VaultPurpose purpose) {
     return bench.vault->seal(bytesOf(text), purpose).value();
 }
 
-std::optional<std::string> opened(VaultBench& bench, const Bytes& blob, VaultPurpose purpose) {
+std::optional<std::string> opened(VaultFixture& bench, const Bytes& blob, VaultPurpose purpose) {
     const auto plaintext = bench.vault->open(blob, purpose);
     if (!plaintext) return std::nullopt;
     return std::string(plaintext->values().begin(), plaintext->values().end());
 }
 
-TEST(Vault, makesAKeyOnceAndOpensWithItEverAfter) {
-    VaultBench bench;
+TEST(Vault, makesAKeyOnceAndReusesIt) {
+    VaultFixture bench;
     EXPECT_EQ(bench.unlock(), Result());
     ASSERT_TRUE(bench.keyStore.key);
     const Bytes key = *bench.keyStore.key;
@@ -48,7 +48,7 @@ TEST(Vault, makesAKeyOnceAndOpensWithItEverAfter) {
 
 TEST(Vault, callersShareOnePromptAndItsOutcome) {
     for (const bool confirms : {true, false}) {
-        VaultBench bench;
+        VaultFixture bench;
         bench.owner.answer.reset();
         std::vector<bool> outcomes;
         const auto note = [&](const Result& result) {
@@ -79,8 +79,8 @@ TEST(Vault, callersShareOnePromptAndItsOutcome) {
     }
 }
 
-TEST(Vault, mayGoWhileThePromptIsOpen) {
-    VaultBench bench;
+TEST(Vault, mayBeDestroyedWhileThePromptIsOpen) {
+    VaultFixture bench;
     bench.owner.answer.reset();
     bool isCalled = false;
     bench.vault->unlock("open it", [&](const Result&) { isCalled = true; });
@@ -94,55 +94,57 @@ TEST(Vault, mayGoWhileThePromptIsOpen) {
 TEST(Vault, staysLockedWhateverFails) {
     struct Case {
         const char* name;
-        std::function<void(VaultBench&)> arrange;
+        std::function<void(VaultFixture&)> arrange;
         StorageError expected;
         bool keepsKey;
     };
-    const auto putKey = [](VaultBench& bench, std::size_t size) {
+    const auto putKey = [](VaultFixture& bench, std::size_t size) {
         bench.keyStore.key = Bytes(size);
     };
     const KeychainError refused(KeychainError::Status{.code = -128, .message = {}});
     const Case cases[] = {
-        {"short key", [&](VaultBench& b) { putKey(b, 16); }, VaultError::badKey, true},
-        {"long key", [&](VaultBench& b) { putKey(b, 33); }, VaultError::badKey, true},
+        {"short key", [&](VaultFixture& b) { putKey(b, 16); }, VaultError::badKey, true},
+        {"long key", [&](VaultFixture& b) { putKey(b, 33); }, VaultError::badKey, true},
         {"key lost on reading",
-         [&](VaultBench& b) {
+         [&](VaultFixture& b) {
              putKey(b, 32);
              b.keyStore.losesKey = true;
          },
          VaultError::keyMissingButDataExists, true},
         {"key not read",
-         [&](VaultBench& b) {
+         [&](VaultFixture& b) {
              putKey(b, 32);
              b.keyStore.failing.emplace(FakeKeyStore::Operation::load, refused);
          },
          refused, true},
         {"no key for saved faces",
-         [](VaultBench& b) { b.fileSystem.put(b.folder.facesFile(), {1}); },
+         [](VaultFixture& b) { b.fileSystem.put(b.folder.facesFile(), {1}); },
          VaultError::keyMissingButDataExists, false},
         {"no key for a saved password",
-         [](VaultBench& b) { b.fileSystem.put(b.folder.passwordFile(), {1}); },
+         [](VaultFixture& b) { b.fileSystem.put(b.folder.passwordFile(), {1}); },
          VaultError::keyMissingButDataExists, false},
         {"key store unreadable while data is saved",
-         [&](VaultBench& b) {
+         [&](VaultFixture& b) {
              putKey(b, 32);
              b.fileSystem.put(b.folder.facesFile(), {1});
              b.keyStore.failing.emplace(FakeKeyStore::Operation::has, refused);
          },
          VaultError::keyMissingButDataExists, true},
         {"key not saved",
-         [&](VaultBench& b) { b.keyStore.failing.emplace(FakeKeyStore::Operation::save, refused); },
+         [&](VaultFixture& b) {
+             b.keyStore.failing.emplace(FakeKeyStore::Operation::save, refused);
+         },
          refused, false},
-        {"key reads back differently", [](VaultBench& b) { b.keyStore.corruptsKey = true; },
+        {"key reads back differently", [](VaultFixture& b) { b.keyStore.corruptsKey = true; },
          VaultError::badKey, true},
-        {"key doesn’t read back", [](VaultBench& b) { b.keyStore.losesKey = true; },
+        {"key doesn’t read back", [](VaultFixture& b) { b.keyStore.losesKey = true; },
          VaultError::badKey, true},
-        {"owner cancels", [](VaultBench& b) { b.owner.answer = false; },
+        {"owner cancels", [](VaultFixture& b) { b.owner.answer = false; },
          OwnerCheckError(OwnerCheckError::Cancelled{}), false},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
-        VaultBench bench;
+        VaultFixture bench;
         test.arrange(bench);
         const auto result = bench.unlock();
         ASSERT_TRUE(result && !*result);
@@ -153,8 +155,8 @@ TEST(Vault, staysLockedWhateverFails) {
     }
 }
 
-TEST(Vault, announcesEachChangeOnceWithoutHoldingItsLock) {
-    VaultBench bench;
+TEST(Vault, reportsEachChangeOnceWithoutHoldingItsLock) {
+    VaultFixture bench;
     std::vector<bool> states;
     bench.onChange = [&] {
         states.push_back(bench.vault->isUnlocked());
@@ -171,7 +173,7 @@ TEST(Vault, announcesEachChangeOnceWithoutHoldingItsLock) {
 }
 
 TEST(Vault, sealsInItsOwnFormat) {
-    VaultBench bench;
+    VaultFixture bench;
     (void)bench.unlock();
     const Bytes blob = sealed(bench, "x", VaultPurpose::faces);
     ASSERT_EQ(blob.size(), 30U);
@@ -187,8 +189,8 @@ TEST(Vault, sealsInItsOwnFormat) {
     EXPECT_EQ(plaintext->values()[0], 'x');
 }
 
-TEST(Vault, opensNothingThatWasTouched) {
-    VaultBench bench;
+TEST(Vault, refusesTamperedBlobs) {
+    VaultFixture bench;
     (void)bench.unlock();
     const Bytes blob = sealed(bench, "secret", VaultPurpose::password);
     for (std::size_t bit = 0; bit < blob.size() * 8; ++bit) {
@@ -210,7 +212,7 @@ TEST(Vault, opensNothingThatWasTouched) {
 }
 
 TEST(Vault, servesManyThreadsWhileItOpensAndLocks) {
-    VaultBench bench;
+    VaultFixture bench;
     (void)bench.unlock();
     const Bytes blob = sealed(bench, "secret", VaultPurpose::password);
     std::atomic<bool> isOver = false;
@@ -247,7 +249,7 @@ TEST(Vault, servesManyThreadsWhileItOpensAndLocks) {
         user.join();
     EXPECT_EQ(unlocks, 50);
 
-    // The reply races with the vault's end.
+    // The reply races with the vault's destruction.
     bench.vault->lock();
     bench.vault->unlock("open it", [](const Result&) {});
     std::thread reply([prompt = bench.owner.prompts.back()] { prompt.reply(true); });

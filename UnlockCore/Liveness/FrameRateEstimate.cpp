@@ -1,4 +1,4 @@
-#include "UnlockCore/Liveness/FramePace.h"
+#include "UnlockCore/Liveness/FrameRateEstimate.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -26,7 +26,7 @@ double middle(std::span<const double> intervals) {
 
 }  // namespace
 
-void FramePace::note(Date stamp) {
+void FrameRateEstimate::add(Date stamp) {
     const auto last = std::exchange(newest_, stamp);
     if (!last) return;
     const double interval = (stamp - *last).count();
@@ -35,14 +35,14 @@ void FramePace::note(Date stamp) {
     intervals_.push_back(interval);
 }
 
-double FramePace::framesPerSecond() const {
-    if (intervals_.size() < fewIntervals) return presumed;
+double FrameRateEstimate::framesPerSecond() const {
+    if (intervals_.size() < fewIntervals) return assumed;
     const std::span all(intervals_);
     const double interval = std::min(middle(all), middle(all.last(fewIntervals)));
     return std::clamp(1 / interval, slowest, fastest);
 }
 
-bool FramePace::isBurst(Date last, Date stamp) const {
+bool FrameRateEstimate::isBurst(Date last, Date stamp) const {
     const double passed = (stamp - last).count();
     return passed >= 0 && passed < burst / framesPerSecond();
 }

@@ -10,13 +10,13 @@ namespace marrowby {
 /// A scan's frame rate by the frames' timestamps: the median of the newest intervals, so that
 /// neither a lost frame nor a burst changes it. A faster rate is adopted after two intervals,
 /// because it demands more frames, a slower one after four. A value.
-class FramePace {
+class FrameRateEstimate {
   public:
     /// Frames per second that the camera is asked for, and that are assumed until measured.
-    static constexpr double presumed = 30;
+    static constexpr double assumed = 30;
 
     /// The next frame's timestamp. One older than the last does not count.
-    void note(Date stamp);
+    void add(Date stamp);
 
     [[nodiscard]] double framesPerSecond() const;
     /// Whether `stamp` follows `last` much sooner than a frame takes: a burst, or a rate not yet

@@ -18,7 +18,7 @@
 namespace marrowby {
 
 /// A vault over fakes with a real cipher, and the files it protects. The owner answers yes at once.
-struct VaultBench {
+struct VaultFixture {
     FakeMainThread mainThread;
     std::function<void()> onChange;
     FakeKeyStore keyStore;
@@ -30,9 +30,9 @@ struct VaultBench {
     SealedFile passwordFile{fileSystem, folder.passwordFile(), VaultPurpose::password};
     std::unique_ptr<Vault> vault = makeVault();
 
-    VaultBench() { owner.answer = true; }
+    VaultFixture() { owner.answer = true; }
 
-    /// Another one over the same key store, as after a restart.
+    /// Another vault over the same key store, as after a restart.
     [[nodiscard]] std::unique_ptr<Vault> makeVault() {
         return std::make_unique<Vault>(
             keyStore, owner, [this] { return facesFile.exists() || passwordFile.exists(); },
@@ -41,7 +41,7 @@ struct VaultBench {
                             }});
     }
 
-    /// What unlock()'s completion gave; nothing while the owner is being asked.
+    /// The result of unlock()'s completion; nothing while the owner is being asked.
     std::optional<std::expected<void, StorageError>> unlock() {
         auto result = std::make_shared<std::optional<std::expected<void, StorageError>>>();
         vault->unlock("open it", [result](const auto& outcome) { result->emplace(outcome); });
@@ -50,7 +50,7 @@ struct VaultBench {
     }
 };
 
-/// What an operation met.
+/// The error of an operation.
 template <typename Value, typename Error>
 [[nodiscard]] std::optional<StorageError> problemOf(const std::expected<Value, Error>& result) {
     return result ? std::nullopt : std::optional<StorageError>(result.error());

@@ -1,4 +1,4 @@
-#include "Rehearsal/Scenes/NetworkFolder.h"
+#include "Rehearsal/Scenes/ModelFolder.h"
 
 #include "Platforms/Linux/Vision/OnnxModelFiles.h"
 
@@ -6,7 +6,7 @@
 
 namespace marrowby {
 
-std::expected<ModelPack, std::string> networksIn(const std::filesystem::path& folder) {
+std::expected<ModelPack, std::string> modelsIn(const std::filesystem::path& folder) {
     std::error_code error;
     if (std::filesystem::exists(folder / ModelPack::manifestFile, error)) {
         auto pack = ModelPack::read(folder, OnnxModelFiles());

@@ -17,7 +17,7 @@ TEST(RunBesideTest, runsBothAtOnce) {
         std::latch both(2);
         int beside = 0;
         int here = 0;
-        runBeside(
+        runInParallel(
             *queues->background(),
             [&] {
                 both.arrive_and_wait();
@@ -34,7 +34,7 @@ TEST(RunBesideTest, runsBothAtOnce) {
 TEST(RunBesideTest, doesItAllHereOnceWhereTheQueueIsBusy) {
     FakeWorkQueues queues;
     std::vector<int> order;
-    runBeside(*queues.background(), [&] { order.push_back(2); }, [&] { order.push_back(1); });
+    runInParallel(*queues.background(), [&] { order.push_back(2); }, [&] { order.push_back(1); });
     EXPECT_EQ(order, (std::vector{1, 2}));
     queues.runAll();
     EXPECT_EQ(order.size(), 2U);
