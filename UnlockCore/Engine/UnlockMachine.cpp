@@ -205,7 +205,7 @@ void UnlockMachine::on(Event::Typed& event, Turn& turn) {
             turn.log("Typed the password and Return");
         }
         void operator()(TypingOutcome::Stopped&) {
-            machine.policy_.lookEnded(turn.world.now);
+            machine.policy_.scanEnded(turn.world.now);
             machine.rearm(turn);
         }
     };
@@ -299,7 +299,7 @@ void UnlockMachine::fail(UnlockFailure failure, Turn& turn) {
         emptyActivityLooks_ = 0;
     }
     phase_ = Phase::Failed{failure, turn.world.now + failureHold};
-    policy_.lookEnded(turn.world.now);
+    policy_.scanEnded(turn.world.now);
     const std::string_view words = title(failure);
     setOverlay(OverlayPhase::Failure{std::move(failure)}, turn);
     turn.log(words);
@@ -350,7 +350,7 @@ void UnlockMachine::giveUp(Turn& turn) {
     } else if (scan.reason == LookReason::activity) {
         emptyActivityLooks_ = incremented(emptyActivityLooks_);
     }
-    policy_.lookEnded(turn.world.now);
+    policy_.scanEnded(turn.world.now);
     rearm(turn);
 }
 

@@ -14,7 +14,6 @@ namespace marrowby {
 
 enum class SecretMemoryError { outOfMemory, pageLockRefused };
 
-/// The fixed sentence for the user.
 [[nodiscard]] std::string_view description(SecretMemoryError error);
 
 /// Memory pages that are never swapped out and left out of core dumps. One implementation per

@@ -18,7 +18,6 @@ inline constexpr std::array allLivenessCues{LivenessCue::realFace,       Livenes
                                             LivenessCue::moire,          LivenessCue::glossGlare,
                                             LivenessCue::deviceDetected, LivenessCue::headTurn};
 
-/// An unknown raw value is no cue.
 [[nodiscard]] std::optional<LivenessCue> livenessCue(std::string_view rawValue);
 
 [[nodiscard]] std::string_view rawValue(LivenessCue cue);

@@ -73,7 +73,6 @@ std::size_t indexOf(int kx, int ky) {
     return wrapped(ky) * FourierTransform::side + wrapped(kx);
 }
 
-/// All bins of the rings, made once.
 const std::vector<Bin>& bins() {
     static const auto table = [] {
         std::vector<Bin> result;

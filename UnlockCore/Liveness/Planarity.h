@@ -86,7 +86,6 @@ struct PairMeasurement {
 [[nodiscard]] PlanarityResult evaluate(std::span<const LivenessFrame> frames,
                                        const PlanarityTuning& tuning);
 
-/// The verdict about measured pairs.
 [[nodiscard]] PlanarityResult judge(std::span<const PairMeasurement> pairs,
                                     const PlanarityTuning& tuning);
 

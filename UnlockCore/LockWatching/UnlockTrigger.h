@@ -20,7 +20,6 @@ inline constexpr std::array allUnlockTriggers{UnlockTrigger::onReturn, UnlockTri
 /// texts.
 [[nodiscard]] std::optional<UnlockTrigger> unlockTrigger(std::string_view stored);
 
-/// A set of triggers.
 class UnlockTriggers {
   public:
     constexpr UnlockTriggers() = default;

@@ -35,7 +35,7 @@ bool UnlockTriggerPolicy::acceptWake(Date now) {
     return true;
 }
 
-void UnlockTriggerPolicy::lookEnded(Date now) {
+void UnlockTriggerPolicy::scanEnded(Date now) {
     if (lockedAt) pushFence(now);
 }
 

@@ -36,7 +36,7 @@ struct UnlockTriggerPolicy {
     void willSleep() { sleptSinceLock = true; }
     /// False when the wake is to be ignored.
     [[nodiscard]] bool acceptWake(Date now);
-    void lookEnded(Date now);
+    void scanEnded(Date now);
 
   private:
     void pushFence(Date now);

@@ -16,7 +16,6 @@ namespace marrowby {
 /// Why the password was not typed, or not to its end.
 enum class KeystrokeError { noAccessibility, notLocked, invalidText, eventFailed, noLocker };
 
-/// The sentence for the user.
 [[nodiscard]] std::string description(KeystrokeError error, const PlatformWords& words);
 
 /// The outcome of one typing, and the borrowed keys that a slow lock screen may need for seconds:

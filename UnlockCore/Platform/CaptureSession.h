@@ -96,7 +96,6 @@ class CaptureSession {
         std::span<const CaptureDeviceType> types) const = 0;
     [[nodiscard]] virtual std::optional<CaptureDeviceDescription> device(
         const std::string& uniqueID) const = 0;
-    /// The default camera of this type and position.
     [[nodiscard]] virtual std::optional<CaptureDeviceDescription> defaultDevice(
         CaptureDeviceType type, CapturePosition position) const = 0;
     /// The default camera of any kind.

@@ -28,7 +28,6 @@ enum class LandmarkRegion {
     medianLine,
 };
 
-/// A face's rectangle as the finder reports it.
 struct FaceRectangleObservation {
     /// 0…1 of the image, origin at the top-left.
     Rect normalizedBox;

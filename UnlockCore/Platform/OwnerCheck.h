@@ -22,14 +22,12 @@ struct Cancelled {
 
 }  // namespace ownercheckerror
 
-/// Why the device's owner wasn't confirmed.
 struct OwnerCheckError : std::variant<ownercheckerror::Unavailable, ownercheckerror::Cancelled> {
     using Unavailable = ownercheckerror::Unavailable;
     using Cancelled = ownercheckerror::Cancelled;
     using variant::variant;
 };
 
-/// The sentence for the user.
 [[nodiscard]] std::string description(const OwnerCheckError& error, const PlatformWords& words);
 
 /// Any other failure, in the system's words.

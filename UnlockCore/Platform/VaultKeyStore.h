@@ -27,14 +27,12 @@ struct UnexpectedData {
 
 }  // namespace keychainerror
 
-/// Why an operation of the key store failed.
 struct KeychainError : std::variant<keychainerror::Status, keychainerror::UnexpectedData> {
     using Status = keychainerror::Status;
     using UnexpectedData = keychainerror::UnexpectedData;
     using variant::variant;
 };
 
-/// The sentence for the user.
 [[nodiscard]] std::string description(const KeychainError& error, const PlatformWords& words);
 
 /// Where the vault's raw key persists. Any thread; may block.

@@ -63,7 +63,6 @@ struct PanelConfiguration {
 class LockScreenPanel {
   public:
     virtual ~LockScreenPanel() = default;
-    /// The window server's number of it.
     [[nodiscard]] virtual std::int64_t windowNumber() const = 0;
     /// In points, as a ScreenGeometry has them; not drawn at once.
     virtual void setFrame(const Rect& frame) = 0;
@@ -125,7 +124,6 @@ class WindowServer {
     /// after every movement, grabbed or not. Null where that is unknown.
     [[nodiscard]] virtual std::unique_ptr<PointerWatch> watchPointer(
         std::function<void(const Point&)> onPlace) = 0;
-    /// Of the shield that covers the screen.
     [[nodiscard]] virtual std::int64_t shieldingWindowLevel() = 0;
     /// Null where no window can be had.
     [[nodiscard]] virtual std::unique_ptr<LockScreenPanel> makePanel(

@@ -7,7 +7,6 @@
 
 namespace marrowby {
 
-/// Chooses among a camera's formats.
 namespace cameraformatpicker {
 
 struct Candidate {

@@ -45,7 +45,6 @@ struct NoCamera {
 
 }  // namespace cameraerror
 
-/// Why a camera could not be started.
 struct CameraError
     : std::variant<cameraerror::CannotOpen, cameraerror::NotAllowed, cameraerror::NoCamera> {
     using CannotOpen = cameraerror::CannotOpen;
@@ -54,7 +53,6 @@ struct CameraError
     using variant::variant;
 };
 
-/// The sentence for the user.
 [[nodiscard]] std::string description(const CameraError& error, const PlatformWords& words);
 
 /// One capture session on one camera: starts and stops it, and makes a CameraFrame of every

@@ -19,7 +19,6 @@ struct FaceLandmarks {
     friend bool operator==(const FaceLandmarks&, const FaceLandmarks&) = default;
 };
 
-/// One face in an image.
 struct DetectedFace {
     /// Pixels, origin at the top-left.
     Rect boundingBox = {};

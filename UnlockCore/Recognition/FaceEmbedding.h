@@ -9,7 +9,6 @@ namespace marrowby {
 /// A face as a vector of 32-bit floats; 128 long and of unit length once stored or compared.
 using Embedding = std::vector<float>;
 
-/// Vector arithmetic on embeddings.
 namespace faceembedding {
 
 /// Not empty, all finite, not all zero.

@@ -50,7 +50,6 @@ struct CutOff {
 
 }  // namespace facerecognitionerror
 
-/// Why a frame gave no recognised face.
 struct FaceRecognitionError
     : std::variant<facerecognitionerror::NoFace, facerecognitionerror::CannotAlign, FaceModelError,
                    facerecognitionerror::DetectionFailed, facerecognitionerror::CutOff> {
@@ -61,7 +60,6 @@ struct FaceRecognitionError
     using variant::variant;
 };
 
-/// The sentence for the user.
 [[nodiscard]] std::string description(const FaceRecognitionError& error);
 
 /// One camera frame to one recognised face. One thread at a time.

@@ -5,7 +5,6 @@ namespace marrowby {
 namespace {
 
 struct Describe {
-    /// What the sentences call the model.
     std::string name;
     std::string preparedFor;
 

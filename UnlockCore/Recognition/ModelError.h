@@ -59,7 +59,6 @@ struct Error : std::variant<NotFound, LoadFailed, WrongModel, UnexpectedInput, U
 using FaceModelError = modelerror::Error<modelerror::Model::face>;
 using RealFaceModelError = modelerror::Error<modelerror::Model::realFace>;
 
-/// The sentence for the user.
 [[nodiscard]] std::string description(const FaceModelError& error);
 [[nodiscard]] std::string description(const RealFaceModelError& error);
 

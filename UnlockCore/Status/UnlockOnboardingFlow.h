@@ -9,7 +9,6 @@
 
 namespace marrowby {
 
-/// In order.
 enum class UnlockOnboardingStep : std::uint8_t {
     welcome,
     security,

@@ -22,7 +22,6 @@ enum class VaultError {
     unknownFormat,
 };
 
-/// The sentence for the user.
 [[nodiscard]] std::string description(VaultError error, const PlatformWords& words);
 
 namespace facestoreerror {
@@ -41,7 +40,6 @@ struct EmptyEnrolment {
 
 }  // namespace facestoreerror
 
-/// Why the face store refuses.
 struct FaceStoreError : std::variant<facestoreerror::Unreadable, facestoreerror::NotLoaded,
                                      facestoreerror::EmptyEnrolment> {
     using Unreadable = facestoreerror::Unreadable;
@@ -50,7 +48,6 @@ struct FaceStoreError : std::variant<facestoreerror::Unreadable, facestoreerror:
     using variant::variant;
 };
 
-/// The sentence for the user.
 [[nodiscard]] std::string description(const FaceStoreError& error);
 
 /// Why text is not a list of enrolled faces, or a list can't be written as text.
@@ -60,13 +57,11 @@ struct FaceIdentityCodingError {
                            const FaceIdentityCodingError&) = default;
 };
 
-/// The sentence for the user.
 [[nodiscard]] std::string description(const FaceIdentityCodingError& error);
 
 /// Why there is no password to save or to use.
 enum class CredentialError { empty, none };
 
-/// The fixed sentence for the user.
 [[nodiscard]] std::string_view description(CredentialError error);
 
 /// Any error of opening the vault or of reading and writing what it protects.
@@ -77,7 +72,6 @@ struct StorageError
     friend bool operator==(const StorageError&, const StorageError&) = default;
 };
 
-/// The sentence for the user.
 [[nodiscard]] std::string description(const StorageError& error, const PlatformWords& words);
 
 }  // namespace marrowby

@@ -39,11 +39,11 @@ TEST(UnlockTriggerPolicy, theFenceNeverGoesBack) {
     const Date noon(TimeInterval(43'200));
     const TimeInterval second(1);
     UnlockTriggerPolicy policy;
-    policy.lookEnded(noon);
+    policy.scanEnded(noon);
     EXPECT_FALSE(policy.fence) << "not locked";
     policy.screenLocked(noon, true);
-    policy.lookEnded(noon + 5 * second);
-    policy.lookEnded(noon + 3 * second);
+    policy.scanEnded(noon + 5 * second);
+    policy.scanEnded(noon + 3 * second);
     EXPECT_EQ(policy.fence, noon + 5 * second);
     EXPECT_TRUE(policy.acceptWake(noon + 4 * second));
     EXPECT_EQ(policy.fence, noon + 5 * second);
