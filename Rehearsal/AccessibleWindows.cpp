@@ -26,14 +26,14 @@ constexpr unsigned enabledState = 8;
 constexpr unsigned expandedState = 10;
 constexpr unsigned focusedState = 12;
 constexpr unsigned showingState = 25;
-/// Also where it is scrolled out of sight.
+/// Also set where it is scrolled out of view.
 constexpr unsigned visibleState = 30;
 /// AtspiRelationType.
 constexpr std::uint32_t labelledBy = 2;
-/// Deeper trees than any of ours are taken for damaged.
+/// Bounds the tree's depth.
 constexpr int deepest = 30;
 
-/// An object of some program.
+/// A reference to an accessible object.
 struct Node {
     QString program;
     QString path;
@@ -87,7 +87,7 @@ class AccessibleWindows::Bus {
         return reply[0].value<QDBusVariant>().variant().toString().toStdString();
     }
 
-    /// The name of what labels it; its own where nothing does.
+    /// Its label's name, else its own.
     [[nodiscard]] std::string label(const Node& node) {
         const QVariantList reply = ask(node, accessible, "GetRelationSet");
         if (reply.isEmpty()) return name(node);
@@ -132,7 +132,7 @@ class AccessibleWindows::Bus {
         return std::nullopt;
     }
 
-    /// Depth first; nothing where `is` holds for none that is shown.
+    /// Depth first; nothing where `is` holds for no visible object.
     [[nodiscard]] std::optional<Node> find(const Node& from,
                                            const std::function<bool(const Node&)>& is,
                                            int depth = 0) {

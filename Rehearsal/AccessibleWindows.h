@@ -8,9 +8,9 @@
 
 namespace marrowby {
 
-/// The program’s windows as assistive technology sees and works them: over AT-SPI
-/// (https://gitlab.gnome.org/GNOME/at-spi2-core/-/tree/main/xml). Main thread; each call asks the
-/// program anew and blocks until it has answered.
+/// The program’s windows through AT-SPI
+/// (https://gitlab.gnome.org/GNOME/at-spi2-core/-/tree/main/xml), as assistive technology uses
+/// them. Main thread; each call asks the program and blocks for the answer.
 class AccessibleWindows {
   public:
     /// `sessionBus`: its address. Connects with the first call.
@@ -19,16 +19,16 @@ class AccessibleWindows {
     AccessibleWindows(const AccessibleWindows&) = delete;
     AccessibleWindows& operator=(const AccessibleWindows&) = delete;
 
-    /// Of the window that is shown; nothing where none is.
+    /// The shown window's; nothing where none is shown.
     [[nodiscard]] std::optional<std::string> title() const;
-    /// All that is written in it.
+    /// All its texts.
     [[nodiscard]] std::vector<std::string> texts() const;
 
-    /// A button or switch of this name; false where none can be pressed.
+    /// Presses the button or switch of this name; false where none can be pressed.
     [[nodiscard]] bool press(std::string_view name) const;
-    /// Gives the keyboard to the first text field; false as long as it hasn’t it.
+    /// Focuses the first text field; false until it has the focus.
     [[nodiscard]] bool focusText() const;
-    /// Opens the list of the choice with this label; false as long as it isn’t open.
+    /// Opens the list of the choice with this label; false until it is open.
     [[nodiscard]] bool open(std::string_view label) const;
 
   private:

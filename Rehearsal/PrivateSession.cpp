@@ -51,7 +51,7 @@ std::vector<std::string> PrivateSession::environment() const {
     std::vector<std::string> environment{
         "DISPLAY=" + displayName(), "WAYLAND_DISPLAY=", "XDG_SESSION_TYPE=x11",
         "DBUS_SESSION_BUS_ADDRESS=" + busAddress_,
-        // The machine’s own session is none of ours.
+        // Not the machine’s own session.
         "DBUS_SYSTEM_BUS_ADDRESS=unix:path=" + (home() / "no-system-bus").string(),
         "LC_ALL=C.UTF-8", "QT_QPA_PLATFORM=xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1"};
     for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})

@@ -11,9 +11,9 @@
 
 namespace marrowby {
 
-/// What a desktop gives a program: a display with a window manager, a session bus with an unlocked
-/// keyring and assistive technology, and the user’s folders, all private. Its processes and files
-/// are gone when this is destroyed, or when the thread that made it ends. One thread.
+/// A private desktop session: a display with a window manager, a session bus with an unlocked
+/// keyring and assistive technology, and the user’s folders. Its processes and files are removed
+/// when this is destroyed or the creating thread ends. One thread.
 class PrivateSession {
   public:
     /// Blocks until all answer, at most ten seconds each. The error is a sentence for the user.
@@ -39,7 +39,7 @@ class PrivateSession {
     PrivateFolder home_;
     PrivateDesktop desktop_;
     std::string busAddress_;
-    /// In the order of their start; they end in reverse.
+    /// In start order; ended in reverse.
     std::vector<ChildProcess> programs_;
 };
 

@@ -11,8 +11,8 @@
 
 namespace marrowby {
 
-/// Listens where a program writes for journald, and tells of each message as it comes. Main thread,
-/// under Qt’s event loop.
+/// Receives what a program writes to journald and reports each message. Main thread, under Qt’s
+/// event loop.
 class ProgramJournal {
   public:
     /// Makes the socket, which must not exist. The error is a sentence for the user.

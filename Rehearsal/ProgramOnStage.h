@@ -12,8 +12,8 @@
 
 namespace marrowby {
 
-/// The program marrowby-unlock-on-stage, running: takes orders and answers in lines, as
-/// StagePlatformFactory has them. Destroying it ends it. Main thread, under Qt’s event loop.
+/// The program marrowby-unlock-on-stage, running: commands and answers are lines, as
+/// StagePlatformFactory defines them. Destroying it ends it. Main thread, under Qt’s event loop.
 class ProgramOnStage {
   public:
     /// The error is a sentence for the user.
@@ -21,7 +21,7 @@ class ProgramOnStage {
         const std::filesystem::path& program, std::vector<std::string> arguments,
         std::vector<std::string> environment, std::function<void(const std::string& line)> onLine);
 
-    /// False where the program takes none any more.
+    /// False when the program takes no more commands.
     [[nodiscard]] bool order(const std::string& line) const;
     [[nodiscard]] bool isRunning() const { return process_.isRunning(); }
 

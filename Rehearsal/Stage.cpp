@@ -28,15 +28,15 @@ namespace marrowby {
 namespace {
 
 constexpr TimeInterval aStep{5};
-/// For the program to start, on a machine under load, too.
+/// For the program's start, also on a machine under load.
 constexpr TimeInterval aStart{30};
 
-/// How often a wait looks again when nothing happens, and how often it asks the windows.
+/// Polling interval of a wait.
 constexpr int heartbeatMilliseconds = 20;
 constexpr TimeInterval askingInterval{0.1};
 constexpr TimeInterval closingInterval{0.5};
 
-/// Of the pill, below the upper edge of the screen.
+/// Middle of the pill, below the upper edge of the screen.
 constexpr double islandMiddle = 20;
 
 std::string seconds(TimeInterval interval) {
@@ -51,7 +51,7 @@ std::u16string utf16(std::string_view text) {
 
 }  // namespace
 
-/// In the order in which it may be built; it goes in reverse.
+/// In construction order.
 struct Stage::Parts {
     Parts(PrivateSession privateSession, DesktopUser somebody,
           std::unique_ptr<XcbConnection> display, std::filesystem::path modelFolder,
@@ -77,7 +77,7 @@ struct Stage::Parts {
     std::unique_ptr<ProgramOnStage> program;
 
     std::string loginPassword;
-    /// To the last order.
+    /// The answer to the last command.
     std::string answer;
     bool isLaunched = false;
     std::vector<std::string> log;
@@ -106,7 +106,7 @@ void Stage::Parts::hear(const std::string& line) {
 
 std::vector<std::string> Stage::Parts::environment() const {
     std::vector<std::string> environment = session.environment();
-    environment.push_back("MARROWBY_NETWORKS=" + models.string());
+    environment.push_back("MARROWBY_MODELS=" + models.string());
     environment.push_back("MARROWBY_JOURNAL=" + journalSocket().string());
     return environment;
 }
@@ -123,7 +123,7 @@ Stage::Result<std::unique_ptr<Stage>> Stage::create(const Places& places) {
     auto connection = XcbConnection::create(session->displayName());
     if (!connection) return std::unexpected(connection.error());
     if (places.home.empty()) {
-        // Patient also with a slow machine.
+        // Long enough for a slow machine.
         std::filesystem::create_directory(session->home() / "marrowby-unlock");
         std::ofstream(session->home() / "marrowby-unlock/settings.json")
             << R"({"unlock.scanSeconds": 10})";
@@ -176,7 +176,7 @@ Stage::Result<void> Stage::openApplication() {
 }
 
 Stage::Result<void> Stage::closeWindow() {
-    // Again while the window hasn't the keyboard yet: the window manager then closes none.
+    // Repeated while the window lacks the keyboard: the window manager then closes none.
     std::optional<Date> askedAt;
     return waitUntil("the window to close", aStep, [&] {
         if (!page()) return true;
@@ -209,7 +209,7 @@ Stage::Result<void> Stage::waitForNoWindow() {
 }
 
 Stage::Result<void> Stage::press(std::string_view name) {
-    // A page that has just come up may be building its controls yet.
+    // A new page may still be building its controls.
     return waitUntil("a control “" + std::string(name) + "”", aStep,
                      [&] { return parts_->windows.press(name); });
 }
@@ -343,7 +343,7 @@ Stage::Result<void> Stage::pointAtIsland() {
     const xcb_screen_t& screen = parts_->connection->screen();
     const double middle = screen.width_in_pixels / 2.0;
     parts_->atDesk.pointAt({.x = middle, .y = screen.height_in_pixels / 2.0});
-    // Until it was seen elsewhere.
+    // Until the application has seen it there.
     if (auto seen = letPass(TimeInterval(0.75)); !seen) return seen;
     parts_->atDesk.pointAt({.x = middle, .y = islandMiddle});
     return {};
@@ -428,12 +428,12 @@ std::vector<std::string> Stage::takeLog() {
     return std::exchange(parts_->log, {});
 }
 
-std::optional<Stage::RoadTimes> Stage::roadTimes() const {
+std::optional<Stage::UnlockTimes> Stage::unlockTimes() const {
     const auto woken = parts_->wokenAt;
     const auto seen = parts_->firstPictureAt;
     const auto typed = parts_->typedAt;
     if (!woken || !seen || !typed) return std::nullopt;
-    return RoadTimes{.fromWake = *typed - *woken, .fromFirstPicture = *typed - *seen};
+    return UnlockTimes{.fromWake = *typed - *woken, .fromFirstPicture = *typed - *seen};
 }
 
 }  // namespace marrowby

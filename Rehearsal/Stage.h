@@ -17,11 +17,10 @@
 
 namespace marrowby {
 
-/// A private session with a real screen locker, and the program in it as a user’s session starts
-/// it, in front of scripted cameras. It is worked by keys, the pointer and assistive technology,
-/// and known by what its windows show and what it writes to the journal. Main thread, under Qt's
-/// event loop. Whatever fails does so with one sentence; when this is destroyed nothing of it is
-/// left running.
+/// A private session with a real screen locker, and in it the program with scripted cameras. The
+/// program is operated by keys, the pointer and assistive technology, and observed by its windows
+/// and its journal. Main thread, under Qt's event loop. Errors are one sentence; destroying this
+/// ends every process.
 class Stage {
   public:
     template <typename T>
@@ -32,7 +31,7 @@ class Stage {
         std::filesystem::path models;
         /// marrowby-unlock-on-stage.
         std::filesystem::path program;
-        /// What a user had saved, as keepHome() left it; nobody's where it is empty.
+        /// A user's saved data, as keepHome() left it; a new user's where it is empty.
         std::filesystem::path home{};
     };
 
@@ -46,7 +45,7 @@ class Stage {
     /// The user starts the program again, which opens its window; returns when that is there.
     [[nodiscard]] Result<void> openApplication();
     [[nodiscard]] Result<void> closeWindow();
-    /// Ends the program and starts it anew, on what it saved.
+    /// Restarts the program on its saved data.
     [[nodiscard]] Result<void> restartApplication();
     /// The title of the window that is shown.
     [[nodiscard]] std::optional<std::string> page() const;
@@ -56,22 +55,21 @@ class Stage {
     [[nodiscard]] Result<void> press(std::string_view name);
     /// Gives the keyboard to the window's first text field and types into it.
     [[nodiscard]] Result<void> write(std::string_view text);
-    /// Moves a choice of the window by so many options.
+    /// Moves a choice of the window by that many options.
     [[nodiscard]] Result<void> choose(std::string_view name, int step);
     [[nodiscard]] bool shows(std::string_view text) const;
     /// A file that the program saves.
     [[nodiscard]] bool isSaved(std::string_view name) const;
-    /// Copies what the user has saved, the keyring too, to a folder that is made.
+    /// Copies the user's saved data, the keyring too, to a new folder.
     [[nodiscard]] Result<void> keepHome(const std::filesystem::path& folder) const;
 
-    /// What is in front of the camera from now on: a scene of the catalogue with one of
-    /// distinctPeople().
+    /// Shows the camera a scene of the catalogue with one of distinctPeople().
     [[nodiscard]] Result<void> putInFront(std::string_view scene, std::size_t person);
-    /// Somebody who does what an enrolment asks for.
+    /// Shows a person who follows the enrolment's guide.
     [[nodiscard]] Result<void> seatUser(std::size_t person);
-    /// Who was seated turns the head to one side and back.
+    /// The seated person turns the head to one side and back.
     [[nodiscard]] Result<void> turnUsersHead();
-    /// Which password the account has from now on.
+    /// Sets the account's password.
     [[nodiscard]] Result<void> setLoginPassword(std::string_view password);
     [[nodiscard]] const std::string& loginPassword() const;
     /// Starts the locker, which asks the login password.
@@ -79,16 +77,16 @@ class Stage {
     /// Until the locker has ended.
     [[nodiscard]] Result<void> waitForUnlock(TimeInterval limit);
     void sleepDisplays();
-    /// By a key.
+    /// Wakes them with a key.
     [[nodiscard]] Result<void> wakeDisplays();
-    /// Somebody touches a key that types nothing.
+    /// Presses a key that types nothing.
     [[nodiscard]] Result<void> touchKeyboard();
     [[nodiscard]] Result<void> pressSpace();
     /// Moves the pointer to the island from elsewhere.
     [[nodiscard]] Result<void> pointAtIsland();
-    /// Sets the program's clock forward, and with it all that waits for a time.
+    /// Sets the program's clock and timers forward.
     [[nodiscard]] Result<void> moveClock(TimeInterval by);
-    /// Somebody types at the lock screen and presses Return.
+    /// Types at the lock screen and presses Return.
     [[nodiscard]] Result<void> typeByHand(std::string_view text);
     /// Ends the locker by force; for tidying up after an act.
     void killLocker();
@@ -112,7 +110,7 @@ class Stage {
 
     /// From the last wake, and from the first picture after it, to the end of typing; nothing
     /// before.
-    struct RoadTimes {
+    struct UnlockTimes {
         TimeInterval fromWake{};
         TimeInterval fromFirstPicture{};
     };

@@ -30,7 +30,7 @@ constexpr TimeInterval aLook{15};
 constexpr TimeInterval passwordCheck{8};
 constexpr TimeInterval anEnrolment{240};
 
-/// Of distinctPeople(): somebody of a quite usual face; others are longer in finding the poses.
+/// Of distinctPeople(): a usual face, which finds the poses fast.
 constexpr std::size_t owner = 4;
 constexpr std::size_t stranger = 0;
 constexpr std::size_t otherStranger = 1;
@@ -82,7 +82,7 @@ Step pressTo(Stage& stage, std::string_view button, std::string_view next) {
         .result();
 }
 
-/// Works the settings window, from its opening to its closing.
+/// Opens the settings window, changes it and closes it.
 Step inSettings(Stage& stage, const std::function<Step()>& work) {
     return Steps()
         .then([&] { return stage.openApplication(); })
@@ -136,7 +136,7 @@ std::string milliseconds(TimeInterval interval) {
     return text.str();
 }
 
-/// From being recognised on.
+/// From the recognition to the unlocked screen.
 Step getsIn(Stage& stage, std::string caption) {
     return Steps()
         // For the island's animation.
@@ -223,7 +223,7 @@ Ending setUp(Stage& stage) {
         .end("led through the welcome window: the face from nine poses, and the password");
 }
 
-/// A look is started by what `wanted` names from now on, and no more by `former`.
+/// From now on `wanted` starts a scan and `former` does not.
 Step lookOnlyOn(Stage& stage, UnlockTrigger wanted, UnlockTrigger former) {
     return inSettings(stage, [&] {
         return Steps()
@@ -239,7 +239,7 @@ Step chooseProof(Stage& stage, int step) {
                       [&] { return stage.choose("Proof that it’s you, and not a picture", step); });
 }
 
-/// The owner returns with a trigger chosen that is not the usual one.
+/// The owner returns with another trigger than the default.
 Ending returnsWith(Stage& stage, UnlockTrigger trigger, const std::function<Step()>& returns,
                    std::string ending) {
     return Steps()
@@ -264,7 +264,7 @@ Ending ownerPressesSpace(Stage& stage) {
 }
 
 Ending ownerPointsAtTheIsland(Stage& stage) {
-    // The pointer's way there starts no look then.
+    // Moving the pointer there then starts no scan.
     return returnsWith(
         stage, UnlockTrigger::onSpace,
         [&] {

@@ -15,14 +15,14 @@ struct Act {
     std::expected<std::string, std::string> (*play)(Stage& stage);
 };
 
-/// What the first act has the account’s password be.
+/// The password that the first act gives the account.
 inline constexpr std::string_view firstPassword = "Corr3ct-HoRse_b@ttery!";
 
 /// The owner confirms once, as after each start; the password and the key are there afterwards.
 [[nodiscard]] std::expected<void, std::string> confirmOwner(Stage& stage);
 
-/// The acts in their order. The first sets up; each other one begins and ends set up, with the key
-/// and the screen unlocked, but for the last, which erases. What they return is how they ended.
+/// The acts in order. The first sets up; each other one begins and ends set up, with the key and
+/// the screen unlocked, except the last, which erases. They return their outcome.
 [[nodiscard]] std::vector<Act> acts();
 
 }  // namespace marrowby

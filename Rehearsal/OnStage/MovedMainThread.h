@@ -27,8 +27,7 @@ class MovedClock final : public SystemClock {
     std::atomic<double> ahead_ = 0;
 };
 
-/// A main thread whose timers follow a clock that is moved, which outlives it; it outlives its
-/// timers.
+/// A main thread whose timers follow a MovedClock. Both outlive this, and this outlives its timers.
 class MovedMainThread final : public MainThread {
   public:
     MovedMainThread(std::unique_ptr<MainThread> real, const MovedClock& clock)

@@ -23,8 +23,7 @@ class SceneAccount final : public MacPasswordVerifying {
     std::string password_ GUARDED_BY(mutex_);
 };
 
-/// The rehearsal's owner, who confirms every owner prompt, or cancels it, on the next turn of the
-/// main loop.
+/// The rehearsal's owner check, confirmed or cancelled on the next turn of the main loop.
 class SceneOwner final : public OwnerCheck {
   public:
     explicit SceneOwner(MainThread& mainThread,

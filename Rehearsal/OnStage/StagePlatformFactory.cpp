@@ -5,7 +5,7 @@
 #include "Platforms/Linux/Vision/ImageFiles.h"
 #include "Rehearsal/OnStage/SceneServices.h"
 #include "Rehearsal/People/Person.h"
-#include "Rehearsal/Scenes/NetworkFolder.h"
+#include "Rehearsal/Scenes/ModelFolder.h"
 #include "Rehearsal/Scenes/SceneCatalogue.h"
 #include "Rehearsal/Scenes/SceneFilm.h"
 #include "Unlock/UnlockApplication.h"
@@ -39,7 +39,7 @@ void eachVisibleWindow(const Visit& visit) {
             visit(*window);
 }
 
-/// The real clock, set forward when told to.
+/// The real clock, which can be set forward.
 class OwnMovedClock final : public SystemClock {
   public:
     [[nodiscard]] Date now() const override { return moved.now(); }
@@ -47,7 +47,7 @@ class OwnMovedClock final : public SystemClock {
     MovedClock moved{real};
 };
 
-/// What assistive technology would say.
+/// The text that assistive technology reads.
 std::string focused() {
     const QWidget* widget = QApplication::focusWidget();
     if (widget == nullptr) return {};

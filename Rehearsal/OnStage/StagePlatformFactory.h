@@ -19,16 +19,16 @@ class QTimer;
 
 namespace marrowby {
 
-/// What a rehearsal makes up for the program: cameras that film made-up people, the account’s
-/// password, an owner who confirms or cancels, and a clock that can be set forward. All else is the
-/// program’s own, the keyring too.
+/// The program's platform in a rehearsal: cameras that film made-up people, a made-up login
+/// password, an owner who confirms or cancels, and a clock that can be set forward. Everything
+/// else, the keyring too, is the program's own.
 ///
-/// Takes orders on the standard input, a line each, and answers “done: VERB”: “seat N” (the Nth
+/// Reads commands from the standard input, one a line, and answers “done: VERB”: “seat N” (the Nth
 /// person, who follows the ring of the window), “turn” (that person’s head), “scene NAME N”,
 /// “nobody”, “password TEXT”, “owner yes”, “owner no”, “clock SECONDS” (forward) and “picture FILE”
-/// (the cameras’ newest, as PNG). Says on the standard output what a window shows first
-/// (“page: TITLE”), what has the focus, what the engine logs, and when a camera that was started
-/// gives its first picture.
+/// (the cameras’ newest, as PNG). Writes to the standard output what a window shows first (“page:
+/// TITLE”), what has the focus, what the engine logs, and when a camera that was started gives its
+/// first picture.
 class StagePlatformFactory final : public PlatformFactory {
   public:
     /// `models`: the folder of the model pack.
@@ -57,7 +57,7 @@ class StagePlatformFactory final : public PlatformFactory {
     /// Any thread.
     static void say(const std::string& line);
 
-    const std::filesystem::path networks_;
+    const std::filesystem::path models_;
     /// The program's own; null before it asks for them.
     MovedClock* clock_ = nullptr;
     MovedMainThread* mainThread_ = nullptr;

@@ -120,10 +120,10 @@ int main(int argc, char* argv[]) {
         std::cerr << models.error() << '\n';
         return EXIT_FAILURE;
     }
-    tellOf(*networks);
+    tellOf(*models);
     const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
     auto stage =
-        Stage::create({.models = networks->folder, .program = here / "marrowby-unlock-on-stage"});
+        Stage::create({.models = models->folder, .program = here / "marrowby-unlock-on-stage"});
     if (!stage) {
         std::cerr << stage.error() << '\n';
         return EXIT_FAILURE;

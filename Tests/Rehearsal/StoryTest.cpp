@@ -18,7 +18,7 @@ namespace {
 
 const std::filesystem::path models = std::filesystem::path(MARROWBY_SOURCE_DIR) / "Models";
 const std::filesystem::path program = MARROWBY_PROGRAM;
-/// What the first act saved, for the others to start from.
+/// The data that the first act saved, from which the others start.
 const std::filesystem::path prepared = MARROWBY_PREPARED;
 
 bool isInPath(const std::string& name) {
