@@ -83,9 +83,11 @@ class Bench {
         while (!isLoaded_)
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        scanner_->start(LookID{},
-                        {.cameraID = std::nullopt, .identities = material_.identities(10)},
-                        {.onFrame = [this](LookID, const ScanObservation& seen) { seen_ = seen; },
+        scanner_->start(ScanID{},
+                        {.cameraID = std::nullopt,
+                         .identities = std::make_shared<const std::vector<FaceIdentity>>(
+                             material_.identities(10))},
+                        {.onFrame = [this](ScanID, const ScanObservation& seen) { seen_ = seen; },
                          .onCameraFailed = {}});
     }
 

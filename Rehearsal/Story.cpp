@@ -26,7 +26,7 @@ using Step = std::expected<void, std::string>;
 constexpr std::string_view changedPassword = "staple No. 4711";
 
 constexpr TimeInterval shortly{5};
-constexpr TimeInterval aLook{15};
+constexpr TimeInterval aScan{15};
 constexpr TimeInterval passwordCheck{8};
 constexpr TimeInterval anEnrolment{240};
 
@@ -142,7 +142,7 @@ Step getsIn(Stage& stage, std::string caption) {
         // For the island's animation.
         .then([&] { return stage.letPass(TimeInterval(0.35)); })
         .then([&] { stage.photograph(std::move(caption)); })
-        .then([&] { return stage.waitForLog("Typed the password and Return", aLook); })
+        .then([&] { return stage.waitForLog("Typed the password and Return", aScan); })
         .then([&] { return stage.waitForLog("Unlocked", passwordCheck); })
         .then([&] { return stage.waitForUnlock(shortly); })
         .result();
@@ -157,7 +157,7 @@ Step ownerReturns(Stage& stage, std::string_view scene, std::string_view reason,
         .then([&] { return stage.putInFront(scene, owner); })
         .then(act)
         .then([&] { return stage.waitForLog(looking, shortly); })
-        .then([&] { return stage.waitForLog("Recognised", aLook); })
+        .then([&] { return stage.waitForLog("Recognised", aScan); })
         .then([&] { return getsIn(stage, "Recognised (" + std::string(reason) + ")"); })
         .result();
 }
@@ -293,7 +293,7 @@ Ending strictModeAsksForATurn(Stage& stage) {
         .then([&] { return lockScreen(stage); })
         .then([&] { return stage.seatUser(owner); })
         .then([&] { return comeBack(stage); })
-        .then([&] { return stage.waitForLog("Asked: Turn your head", aLook); })
+        .then([&] { return stage.waitForLog("Asked: Turn your head", aScan); })
         // For the island to grow.
         .then([&] { return stage.letPass(TimeInterval(0.5)); })
         .then([&] {
@@ -335,7 +335,7 @@ Ending noneGetsIn(Stage& stage, const std::vector<Visitor>& visitors,
                    })
                    .then([&] { return stage.putInFront(visitor.scene, visitor.person); })
                    .then([&] { return comeBack(stage); })
-                   .then([&] { return stage.waitForLog("Not recognised", aLook); })
+                   .then([&] { return stage.waitForLog("Not recognised", aScan); })
                    .then([&] { return stage.letPass(TimeInterval(0.5)); })
                    .then([&] { stage.photograph(visitor.caption); })
                    .then([&] {
@@ -377,7 +377,7 @@ Ending ownersFaceIsHeldUp(Stage& stage) {
 Step typeWrongPassword(Stage& stage, std::string_view verdict) {
     return Steps()
         .then([&] { return comeBack(stage); })
-        .then([&] { return stage.waitForLog("Typed the password and Return", aLook); })
+        .then([&] { return stage.waitForLog("Typed the password and Return", aScan); })
         .then([&] { return stage.waitForLog(verdict, passwordCheck); })
         .then([&] { return stage.waitForLog("Password not accepted", shortly); })
         .then([&] { return check(stage.isLockerRunning(), "The locker has ended."); })

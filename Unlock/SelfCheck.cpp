@@ -189,11 +189,9 @@ void SelfCheck::checkWindowSpace() {
 
 void SelfCheck::startCamera() {
     cameraBegan_ = services_.clock.now();
-    const std::weak_ptr<const bool> weak = alive_;
-    camera_.setOnFrame([this, weak, &mainThread = services_.mainThread](const CameraFrame& frame) {
-        mainThread.post([this, weak, size = frame.sourceSize] {
-            if (weak.lock()) cameraEnds(size);
-        });
+    camera_.setOnFrame([ends = weakSelf_.guarded(&SelfCheck::cameraEnds),
+                        &mainThread = services_.mainThread](const CameraFrame& frame) {
+        mainThread.post([ends, size = frame.sourceSize] { ends(size); });
     });
     // Starting without permission would prompt the user.
     const bool isAllowed = camera_.permission() == CameraManager::Permission::granted;

@@ -2,6 +2,7 @@
 
 #include "Kit/CameraUseRegistry.h"
 #include "Unlock/Model/ModelPack.h"
+#include "UnlockCore/Foundation/WeakSelf.h"
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/KeyEvents.h"
 #include "UnlockCore/Platform/NeuralModel.h"
@@ -83,7 +84,7 @@ class SelfCheck {
     CameraManager camera_;
     Date cameraBegan_;
     std::unique_ptr<MainThread::Timer> timeout_;
-    std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
+    WeakSelf<SelfCheck> weakSelf_{this};
 };
 
 }  // namespace marrowby

@@ -29,7 +29,13 @@ class FakeLockState final : public LockStateReading {
   public:
     [[nodiscard]] LockState state() const override {
         const MutexLock lock(mutex_);
+        ++reads_;
         return state_;
+    }
+    /// How often it was asked.
+    [[nodiscard]] int reads() const {
+        const MutexLock lock(mutex_);
+        return reads_;
     }
     void set(LockState state) {
         const MutexLock lock(mutex_);
@@ -39,6 +45,7 @@ class FakeLockState final : public LockStateReading {
 
   private:
     mutable Mutex mutex_;
+    mutable int reads_ GUARDED_BY(mutex_) = 0;
     LockState state_ GUARDED_BY(mutex_) = {.isScreenLocked = false, .isOnConsole = true};
 };
 

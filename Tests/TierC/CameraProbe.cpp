@@ -182,17 +182,20 @@ int look(const fs::path& shared, const fs::path& folder, int frames) {
         scanner.stop();
         QCoreApplication::exit(status);
     };
-    scanner.start(LookID{}, {.cameraID = std::nullopt, .identities = {owner(folder)}},
-                  {.onFrame =
-                       [&](LookID, const ScanObservation& observation) {
-                           std::cout << text(observation) << '\n' << std::flush;
-                           if (--left == 0) end(0);
-                       },
-                   .onCameraFailed =
-                       [&](const std::string& message) {
-                           std::cout << message << '\n' << std::flush;
-                           end(1);
-                       }});
+    scanner.start(
+        ScanID{},
+        {.cameraID = std::nullopt,
+         .identities = std::make_shared<const std::vector<FaceIdentity>>(1, owner(folder))},
+        {.onFrame =
+             [&](ScanID, const ScanObservation& observation) {
+                 std::cout << text(observation) << '\n' << std::flush;
+                 if (--left == 0) end(0);
+             },
+         .onCameraFailed =
+             [&](const std::string& message) {
+                 std::cout << message << '\n' << std::flush;
+                 end(1);
+             }});
     const auto timer = mainThread.at(clock.now() + longestLook, TimeInterval(1), [&] { end(1); });
     return QCoreApplication::exec();
 }

@@ -63,9 +63,9 @@ struct FakeComputer {
                 .lockState = lockState,
                 .inputIdle = inputIdle,
                 .spaceKeys = spaceKeys,
-                .lookCamera = lookCamera,
+                .scanCamera = scanCamera,
                 .enrollmentCamera = enrollmentCamera,
-                .lookVision = vision,
+                .scanVision = vision,
                 .enrollmentVision = vision,
                 .models = models,
                 .imaging = imaging,
@@ -155,7 +155,7 @@ struct FakeComputer {
     FakeLockState lockState;
     FakeInputIdle inputIdle{mainThread};
     FakeSpaceKeys spaceKeys;
-    std::shared_ptr<FakeCaptureSession> lookCamera = std::make_shared<FakeCaptureSession>();
+    std::shared_ptr<FakeCaptureSession> scanCamera = std::make_shared<FakeCaptureSession>();
     std::shared_ptr<FakeCaptureSession> enrollmentCamera = std::make_shared<FakeCaptureSession>();
     FakeFaceVision vision;
     FakeNeuralModels models;

@@ -139,7 +139,7 @@ TEST_F(UnlockApplicationTest, waitsForTheOwnerAfterARestart) {
 }
 
 TEST_F(UnlockApplicationTest, startsALookWhenThePointerComesToTheIsland) {
-    lookCamera->cameras = enrollmentCamera->cameras;
+    scanCamera->cameras = enrollmentCamera->cameras;
     setUpAll();
     lockScreen();
     const std::size_t lines = log.size();
@@ -149,7 +149,48 @@ TEST_F(UnlockApplicationTest, startsALookWhenThePointerComesToTheIsland) {
     ASSERT_GT(log.size(), lines);
     EXPECT_EQ(log[lines], "Looking (hover)");
     settle();
-    EXPECT_TRUE(lookCamera->isRunning());
+    EXPECT_TRUE(scanCamera->isRunning());
+}
+
+TEST_F(UnlockApplicationTest, endsTheScanWhenWhatItNeedsIsGone) {
+    struct Case {
+        const char* name;
+        std::function<void(UnlockModel&)> change;
+    };
+    const auto ignored = [](const auto& /*outcome*/) {};
+    const Case cases[] = {
+        {"the face is switched off",
+         [&](UnlockModel& model) {
+             model.setFaceEnabled(model.state().identities.at(0).id, false, ignored);
+         }},
+        {"the face is removed",
+         [&](UnlockModel& model) { model.removeFace(model.state().identities.at(0).id, ignored); }},
+        {"it is switched off",
+         [](UnlockModel& model) {
+             UnlockSettings settings = model.settings();
+             settings.isEnabled = false;
+             model.apply(std::move(settings));
+         }},
+        {"everything is erased", [](UnlockModel& model) { model.eraseEverything(); }},
+    };
+    scanCamera->cameras = enrollmentCamera->cameras;
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.name);
+        application->model().eraseEverything();
+        settle();
+        start();
+        setUpAll();
+        lockScreen();
+        windowServer.movePointer({.x = 720, .y = 500});
+        windowServer.movePointer({.x = 720, .y = 0});
+        ASSERT_EQ(log.back(), "Looking (hover)");
+        each.change(application->model());
+        mainThread.runPosted();
+        EXPECT_EQ(log.back(), "Stood down (can’t unlock now)");
+        lockState.setLocked(false);
+        lockEvents.send(LockEvent::screenUnlocked);
+        settle();
+    }
 }
 
 TEST_F(UnlockApplicationTest, asksForTheKeyboardWhenSpaceIsSwitchedOnAndSaysWhereItIsAllowed) {

@@ -142,7 +142,7 @@ class CompositionRoot {
              .sessionInWords = [this] { return inWords(session_.lockState().state()); },
              .spaceKeys = session_.spaceKeys(),
              .keyEvents = *keyEvents_,
-             .camera = lookCamera_,
+             .camera = scanCamera_,
              .imaging = imaging_,
              .models = models_,
              .pack = factory_.models(paths_.modelFolders()),
@@ -202,7 +202,7 @@ class CompositionRoot {
     OpenCvImaging imaging_;
     OpenCvFourierTransform fourier_;
     OpenCvNeuralModels models_;
-    std::unique_ptr<FaceVision> lookVision_;
+    std::unique_ptr<FaceVision> scanVision_;
     std::unique_ptr<FaceVision> enrollmentVision_;
     OpenSslCipher cipher_;
     PosixFileSystem files_;
@@ -216,7 +216,7 @@ class CompositionRoot {
     const DesktopSession::Places sessionPlaces_ = DesktopSession::Places::ofThisProcess();
     DesktopSession session_{sessionPlaces_, mainThread_};
     const std::unique_ptr<KeyEvents> keyEvents_ = makeKeyEvents(sessionPlaces_, mainThread_, log_);
-    const std::shared_ptr<CaptureSession> lookCamera_ = factory_.makeCamera(clock_);
+    const std::shared_ptr<CaptureSession> scanCamera_ = factory_.makeCamera(clock_);
     const std::shared_ptr<CaptureSession> enrollmentCamera_ = factory_.makeCamera(clock_);
 
     X11WindowServer windowServer_{sessionPlaces_.display};
@@ -231,7 +231,7 @@ class CompositionRoot {
 std::expected<void, std::string> CompositionRoot::start() {
     auto pack = factory_.models(paths_.modelFolders());
     if (!pack) return std::unexpected(std::move(pack.error()));
-    for (auto* vision : {&lookVision_, &enrollmentVision_}) {
+    for (auto* vision : {&scanVision_, &enrollmentVision_}) {
         auto finder = OpenCvFaceVision::load(
             {pack->folder / pack->finderFile, pack->sumOf("finder")},
             {pack->folder / pack->landmarksFile, pack->sumOf("landmarks")}, queues_.background());
@@ -247,9 +247,9 @@ std::expected<void, std::string> CompositionRoot::start() {
                        .lockState = session_.lockState(),
                        .inputIdle = session_.inputIdle(),
                        .spaceKeys = session_.spaceKeys(),
-                       .lookCamera = lookCamera_,
+                       .scanCamera = scanCamera_,
                        .enrollmentCamera = enrollmentCamera_,
-                       .lookVision = *lookVision_,
+                       .scanVision = *scanVision_,
                        .enrollmentVision = *enrollmentVision_,
                        .models = models_,
                        .imaging = imaging_,

@@ -12,10 +12,8 @@ namespace {
 /// built-in camera is 150 to 250 wide; below this the 112-pixel crop would be enlarged.
 constexpr double nearestFaceWidth = 80;
 
-/// A slow camera takes three seconds to its first picture.
+/// A slow camera needs three seconds for its first frame.
 constexpr TimeInterval longestSilence{5};
-
-using Seen = std::expected<EnrollmentFrame, FaceRecognitionError>;
 
 EnrollmentFrame seenFace(FaceRecognition recognition) {
     if (recognition.face.boundingBox.width < nearestFaceWidth) return EnrollmentFrame::TooFar{};
@@ -29,7 +27,7 @@ EnrollmentFrame seenFace(FaceRecognition recognition) {
 
 }  // namespace
 
-/// The camera queue's half.
+/// Camera queue only.
 class EnrollmentCapture::Recognition {
   public:
     explicit Recognition(const Services& services)
@@ -57,9 +55,7 @@ class EnrollmentCapture::Recognition {
 };
 
 EnrollmentCapture::EnrollmentCapture(Services services, Callbacks callbacks)
-    : services_(std::move(services)),
-      callbacks_(std::move(callbacks)),
-      self_(std::make_shared<EnrollmentCapture*>(this)) {}
+    : services_(std::move(services)), callbacks_(std::move(callbacks)) {}
 
 EnrollmentCapture::~EnrollmentCapture() {
     services_.camera.setOnFrame({});
@@ -69,17 +65,10 @@ EnrollmentCapture::~EnrollmentCapture() {
 std::expected<void, CameraError> EnrollmentCapture::start(
     const std::optional<std::string>& cameraID) {
     services_.camera.setOnFrame([recognition = std::make_shared<Recognition>(services_),
-                                 weak = std::weak_ptr(self_),
+                                 take = weakSelf_.guarded(&EnrollmentCapture::take),
                                  &mainThread = services_.mainThread](const CameraFrame& frame) {
-        mainThread.post([weak, seen = recognition->see(frame), time = frame.timestamp] {
-            const auto self = weak.lock();
-            if (!self) return;
-            if (seen) {
-                (*self)->observe(*seen, time);
-            } else {
-                (*self)->fail(description(seen.error()));
-            }
-        });
+        mainThread.post(
+            [take, seen = recognition->see(frame), time = frame.timestamp] { take(seen, time); });
     });
     auto started = services_.camera.start(cameraID);
     if (started) {
@@ -90,17 +79,28 @@ std::expected<void, CameraError> EnrollmentCapture::start(
     return started;
 }
 
+void EnrollmentCapture::take(const Seen& seen, Date time) {
+    if (seen) {
+        observe(*seen, time);
+    } else {
+        fail(description(seen.error()));
+    }
+}
+
 void EnrollmentCapture::observe(const EnrollmentFrame& frame, Date time) {
     if (isOver_) return;
     hasSeenFrame_ = true;
     if (!session_) session_.emplace(time);
     session_->observe(frame, time);
-    const std::weak_ptr alive(self_);
+    const auto weak = weakSelf_.handle();
     if (callbacks_.onProgress) callbacks_.onProgress(*session_);
-    if (alive.expired() || isOver_ || !session_->isDone()) return;
+    if (!weak.get() || isOver_ || !session_->isDone()) return;
     isOver_ = true;
     services_.camera.stop();
-    if (callbacks_.onDone) callbacks_.onDone(session_->samples());
+    if (callbacks_.onDone)
+        callbacks_.onDone({.samples = session_->samples(),
+                           .modelIdentifier = services_.embedder->modelIdentifier(),
+                           .dimension = services_.embedder->dimension()});
 }
 
 void EnrollmentCapture::fail(std::string sentence) {

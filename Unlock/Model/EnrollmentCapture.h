@@ -1,13 +1,16 @@
 #pragma once
 
 #include "UnlockCore/Enrollment/EnrollmentSession.h"
+#include "UnlockCore/Foundation/WeakSelf.h"
 #include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Platform/Imaging.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Recognition/CameraManager.h"
 #include "UnlockCore/Recognition/FaceEmbedder.h"
 #include "UnlockCore/Recognition/FaceIdentity.h"
+#include "UnlockCore/Recognition/FaceRecognizer.h"
 
+#include <cstdint>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -17,15 +20,22 @@
 
 namespace marrowby {
 
-/// One enrolment in front of the camera: recognises every frame on the camera's queue and guides
-/// the session on the main thread. Main thread; destroying it ends the enrolment.
+/// The samples of one enrolment and the model that made them.
+struct CapturedFace {
+    /// In the order of the poses.
+    std::vector<FaceSample> samples;
+    std::string modelIdentifier;
+    std::int64_t dimension = 0;
+};
+
+/// One enrolment: recognises every frame on the camera's queue and advances the session on the main
+/// thread. Main thread; destroying it ends the enrolment.
 class EnrollmentCapture {
   public:
     /// All on the main thread. After `onDone` or `onFailed` nothing more comes.
     struct Callbacks {
         std::function<void(const EnrollmentSession&)> onProgress;
-        /// All samples, in the order of the poses.
-        std::function<void(std::vector<FaceSample>)> onDone;
+        std::function<void(CapturedFace)> onDone;
         /// The sentence for the user.
         std::function<void(std::string)> onFailed;
     };
@@ -47,7 +57,9 @@ class EnrollmentCapture {
 
   private:
     class Recognition;
+    using Seen = std::expected<EnrollmentFrame, FaceRecognitionError>;
 
+    void take(const Seen& seen, Date time);
     void observe(const EnrollmentFrame& frame, Date time);
     void fail(std::string sentence);
 
@@ -57,10 +69,9 @@ class EnrollmentCapture {
     bool isOver_ = false;
     /// Since the heartbeat's last beat.
     bool hasSeenFrame_ = false;
-    /// A camera that vanishes only stops sending.
+    /// A vanished camera gives no error, only no frames.
     std::unique_ptr<MainThread::Timer> heartbeat_;
-    /// Ends the callbacks that are still on their way when this goes.
-    std::shared_ptr<EnrollmentCapture*> self_;
+    WeakSelf<EnrollmentCapture> weakSelf_{this};
 };
 
 }  // namespace marrowby

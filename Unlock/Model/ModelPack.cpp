@@ -1,6 +1,6 @@
 #include "Unlock/Model/ModelPack.h"
 
-#include "Unlock/Model/PublishedNetworks.h"
+#include "Unlock/Model/PublishedModels.h"
 
 #include <array>
 #include <cstdint>
@@ -29,13 +29,13 @@ constexpr std::array roles{
     Role{"finder", "the face finder"}, Role{"landmarks", "the finder of face landmarks"},
     Role{"embedder", "the face model"}, Role{"realFace", "the real-face model"}};
 
-/// What the manifest says of one network.
+/// A manifest entry.
 struct Entry {
     std::string name;
     std::string file;
     std::string identifier;
     std::string sha256;
-    /// Of the files that it was made from, where they are told.
+    /// SHA-256 of the files it was made from, where given.
     std::vector<std::string> origins;
     Values inputs;
     Values outputs;
@@ -50,7 +50,7 @@ Values values(const Json& list) {
     return result;
 }
 
-/// The rehearsal's networks come from no file, which they say in words.
+/// The rehearsal's models come from no file: words stand there instead.
 std::vector<std::string> origins(const Json& network) {
     std::vector<std::string> result;
     const auto list = network.find("origin");
@@ -66,7 +66,7 @@ struct Manifest {
     std::map<std::string, Entry> networks;
 };
 
-/// Throws what the JSON library throws for anything that is not as it should be.
+/// Throws what the JSON library throws on any malformed entry.
 Manifest read(const Json& manifest) {
     Manifest result{.name = manifest.at("name"), .networks = {}};
     for (const Json& network : manifest.at("networks")) {
@@ -109,7 +109,7 @@ bool isAsPublished(const Manifest& manifest) {
 /// Why the file is not what its entry says; empty when it is.
 std::string fault(const Entry& entry, const std::filesystem::path& folder,
                   const ModelFiles& files) {
-    // A name, not a way out of the folder.
+    // A plain name: no path out of the folder.
     if (std::filesystem::path(entry.file).filename() != entry.file)
         return "lies outside of the pack";
     const auto facts = files.facts(folder / entry.file);

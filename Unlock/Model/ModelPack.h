@@ -10,9 +10,9 @@
 
 namespace marrowby {
 
-/// Why a pack of networks cannot be used.
+/// Why a pack of models cannot be used.
 struct ModelPackError {
-    /// The network's name, or the pack's own file.
+    /// The model's name, or the manifest.
     std::string name;
     std::string reason;
     friend bool operator==(const ModelPackError&, const ModelPackError&) = default;
@@ -21,10 +21,10 @@ struct ModelPackError {
 /// The sentence for the user.
 [[nodiscard]] std::string description(const ModelPackError& error);
 
-/// The networks of an application: one folder, a file each, and which embedder it is.
+/// The models that the application uses: files in one folder.
 struct ModelPack {
     std::filesystem::path folder;
-    /// As in “standard”, which its manifest gives it.
+    /// As its manifest says.
     std::string name = {};
     std::string embedderFile;
     std::string embedderIdentifier;
@@ -32,19 +32,19 @@ struct ModelPack {
     std::string finderFile = {};
     std::string landmarksFile = {};
     std::string realFaceIdentifier = std::string(MiniFASNet::expectedIdentifier);
-    /// Of the files as they were read; empty where nobody looked.
+    /// Of the files as read; empty where none was computed.
     ModelSums sums = {};
-    /// The manifest names as its origins what the publishers gave out, and the finder, the one
-    /// network that is used as it was published, is theirs.
+    /// The manifest names the publishers' files as its origins, and the finder, which is used as
+    /// published, is theirs.
     bool isPublished = false;
 
-    /// Of the network in this role; empty where nobody looked.
+    /// Of the model in this role; empty where none was computed.
     [[nodiscard]] std::string sumOf(const std::string& role) const;
-    /// The name, and whether it is rightly borne.
+    /// The name, and whether the files are the published ones.
     [[nodiscard]] std::string title() const;
 
     static constexpr const char* manifestFile = "pack.json";
-    /// Of the networks that learned from drawn people, and protect nobody’s computer.
+    /// Trained on drawn people; protects nobody.
     static constexpr const char* rehearsalName = "rehearsal";
     static constexpr const char* standardName = "standard";
     [[nodiscard]] bool knowsRealFaces() const { return name != rehearsalName; }

@@ -9,7 +9,7 @@
 
 namespace marrowby {
 
-/// What the engine did last, in memory only and without names. Main thread.
+/// The engine's last log lines, in memory only and without names. Main thread.
 class UnlockJournal {
   public:
     static constexpr std::size_t capacity = 200;

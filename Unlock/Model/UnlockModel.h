@@ -1,21 +1,19 @@
 #pragma once
 
 #include "Kit/CameraUseRegistry.h"
-#include "Unlock/Model/EnrollmentCapture.h"
+#include "Unlock/Model/FaceEnrollment.h"
 #include "Unlock/Model/ModelPack.h"
+#include "Unlock/Model/Outcome.h"
+#include "Unlock/Model/PasswordCheck.h"
+#include "Unlock/Model/ProtectedData.h"
 #include "Unlock/Model/UnlockPlatform.h"
 #include "UnlockCore/Engine/LogLine.h"
 #include "UnlockCore/Engine/UnlockReadiness.h"
 #include "UnlockCore/Engine/UnlockSettings.h"
-#include "UnlockCore/LockScreenServices/VaultAutoLocker.h"
+#include "UnlockCore/Foundation/WeakSelf.h"
 #include "UnlockCore/Recognition/CameraManager.h"
 #include "UnlockCore/Status/UnlockStatus.h"
-#include "UnlockCore/Storage/AppDataFolder.h"
-#include "UnlockCore/Storage/CredentialStore.h"
-#include "UnlockCore/Storage/FaceStore.h"
-#include "UnlockCore/Storage/Vault.h"
 
-#include <expected>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -25,8 +23,10 @@
 
 namespace marrowby {
 
-/// The application's one long-lived model: owns the protected stores, follows the lock, and owns
-/// once wired the engine with all its collaborators. Main thread.
+class EngineHost;
+
+/// The application's long-lived model: keeps the settings, joins the protected data, the enrolment
+/// and the engine, and publishes their state. Main thread.
 class UnlockModel {
   public:
     struct Resources {
@@ -38,35 +38,32 @@ class UnlockModel {
 
     /// What is shown to the user.
     struct State {
-        /// At least one face is saved; before the vault was open, that there is a file of them.
+        /// As ProtectedData::isEnrolled().
         bool isEnrolled = false;
         bool hasPassword = false;
         bool vaultUnlocked = false;
-        /// Empty until the vault was open.
+        /// Empty until the vault was opened.
         std::vector<FaceIdentity> identities;
         CameraManager::Permission cameraPermission = CameraManager::Permission::notDetermined;
         bool accessibilityTrusted = false;
         bool maySpaceKeyBeHeard = false;
-        /// Faces are in use, none of them saved by the networks that are here now.
+        /// As ProtectedData::haveModelsChanged().
         bool modelsChanged = false;
-        /// The last sentence for the user about something that failed.
+        /// The last failure, for the user.
         std::optional<std::string> problem;
         UnlockSettings settings;
         friend bool operator==(const State&, const State&) = default;
     };
 
     struct Callbacks {
-        /// The state is another than before.
+        /// The state has changed.
         std::function<void()> onChange;
-        /// The engine's log, a short sentence at a time.
+        /// The engine's log.
         std::function<void(const LogLine&)> onLog;
         std::function<void()> onAskToUpdatePassword;
         /// After every frame of an enrolment.
         std::function<void(const EnrollmentSession&)> onEnrollmentProgress;
     };
-
-    /// Nothing, or the sentence for the user, which is then the state's problem, too.
-    using Completion = std::function<void(std::expected<void, std::string>)>;
 
     UnlockModel(UnlockPlatform platform, Resources resources, Callbacks callbacks);
     ~UnlockModel();
@@ -80,112 +77,85 @@ class UnlockModel {
     /// Face, password and permissions are in place.
     [[nodiscard]] bool isReady() const;
     [[nodiscard]] std::vector<CameraDevice> cameras() const;
-    [[nodiscard]] const ModelPack& networks() const { return resources_.models; }
-    /// Only what these very networks saved can be compared with what they see.
-    [[nodiscard]] bool canLookFor(const FaceIdentity& face) const {
-        return face.models == networks().sums;
+    [[nodiscard]] const ModelPack& models() const { return resources_.models; }
+    /// As ProtectedData::isComparable().
+    [[nodiscard]] bool isComparable(const FaceIdentity& face) const {
+        return data_.isComparable(face);
     }
 
-    /// Reads anew what nobody tells of: the permissions.
-    void refresh();
+    /// Reads the permissions anew: their change is not notified.
+    void refresh() { publish(); }
     void requestCameraAccess();
-    /// Has the system list this application among those that may watch keys, and ask the user.
+    /// Has the system ask the user, where it does so.
     void requestSpaceKeyAccess();
     void forgetProblem();
 
-    /// Stores the settings and lets a running engine know. A user who switches Space on is asked
-    /// for what that needs. Switching off locks the vault.
+    /// Stores the settings. Switching Space on asks for its permission; switching off locks the
+    /// vault.
     void apply(UnlockSettings settings);
 
-    /// Asks the owner if need be. Faces are loaded whenever the vault opens.
-    void openVault(const std::string& reason, Completion completion);
-    /// To show what is saved.
+    // Completions come on the main thread; a failure also becomes State::problem.
+
+    /// Asks the owner if need be, as does every change of what is saved.
     void openVault(Completion completion);
 
-    /// Guides the person in front of the camera through the poses; what was captured is kept until
-    /// it is saved or dropped: all samples or nothing. One capture at a time; not while the screen
-    /// is locked.
-    void captureLook(Completion completion);
-    /// Ends a capture, whose completion does not come, and drops what was captured.
-    void dropCapturedLook();
-    [[nodiscard]] bool hasCapturedLook() const { return capturedLook_.has_value(); }
+    /// One capture at a time. A lock of the screen ends it.
+    void captureFace(Completion completion);
+    /// Also ends a capture under way; its completion is not called.
+    void dropCapturedFace() { enrollment_.drop(); }
+    [[nodiscard]] bool hasCapturedFace() const { return enrollment_.captured() != nullptr; }
 
-    /// Saves what was captured as a new identity.
-    void saveCapturedLook(const std::string& name, Completion completion);
-    void setLookEnabled(UUID id, bool enabled, Completion completion);
-    void removeLook(UUID id, Completion completion);
+    void saveCapturedFace(const std::string& name, Completion completion);
+    void setFaceEnabled(UUID id, bool enabled, Completion completion);
+    void removeFace(UUID id, Completion completion);
 
-    /// Only what the account accepts and can be typed is saved. The caller's bytes are overwritten
-    /// when the completion comes at the latest. Makes the standing of the password good again.
+    /// Saves only what the account accepts and can be typed. The password is wiped before the
+    /// completion. Resets the password's health.
     void savePassword(SecretBytes password, Completion completion);
-    /// Both at once, for one confirmation of the owner.
-    void saveCapturedLookAndPassword(const std::string& name, SecretBytes password,
+    /// Both, with one question to the owner.
+    void saveCapturedFaceAndPassword(const std::string& name, SecretBytes password,
                                      Completion completion);
 
-    /// Removes faces, password and key; the settings fall back to a fresh start's. What could not
-    /// be removed is the problem.
+    /// Removes faces, password and key, and resets the settings. What could not be removed becomes
+    /// State::problem.
     void eraseEverything();
 
-    /// Builds the engine, once and only where a face and a password are saved, and lets it follow
-    /// the lock screen.
+    /// Builds the engine, once, as soon as a face and a password are saved.
     void wireEngine();
 
   private:
-    struct Engine;
-    struct Enrollment;
-    struct CapturedLook {
-        std::vector<FaceSample> samples;
-        std::string modelIdentifier;
-        std::int64_t dimension = 0;
-    };
-    using Saved = std::expected<void, std::string>;
-    using CheckedPassword = std::expected<std::shared_ptr<SecretBytes>, std::string>;
-
     [[nodiscard]] UnlockReadiness readiness() const;
-    void onVaultChanged();
-    [[nodiscard]] std::expected<void, StorageError> loadFaces();
-    [[nodiscard]] std::vector<FaceIdentity> facesToLookFor() const;
-    [[nodiscard]] bool haveModelsChanged() const;
-    /// An open vault is locked on time, whoever opened it and whatever it was opened for.
-    void watchVault();
-    void onLockEvent(LockEvent event);
-    void finishCapture(std::expected<std::vector<FaceSample>, std::string> samples);
-    void check(SecretBytes password, std::function<void(CheckedPassword)> then);
-    /// Checks, opens the vault, seals the password and then does the rest.
-    void saveChecked(SecretBytes password, const std::string& reason, std::function<Saved()> rest,
-                     Completion completion);
-    [[nodiscard]] Saved seal(SecretBytes& password);
-    [[nodiscard]] Saved sealCapturedLook(const std::string& name);
-    /// Notes the outcome as the state's problem on its way to `completion`.
-    [[nodiscard]] Completion noting(Completion completion);
+    void vaultChanged(const Outcome& loaded);
+    void lockChanged(LockEvent event);
+    /// Opens the vault, then does `work`.
+    void change(std::function<Outcome()> work, Completion completion);
+    /// Checks the password, opens the vault, saves the password, then does `rest`.
+    void saveChecked(SecretBytes password, ProtectedData::Purpose purpose,
+                     std::function<Outcome()> rest, Completion completion);
+    [[nodiscard]] Outcome saveCaptured(const std::string& name);
+    /// Calls show(), then `completion`.
+    [[nodiscard]] Completion showing(Completion completion);
+    /// Makes a failure State::problem, or clears it.
+    void show(const Outcome& outcome);
     void offerLocker(const std::string& path);
     void store(UnlockSettings settings);
     [[nodiscard]] State currentState() const;
+    /// Tells the engine and the windows if the state has changed.
     void publish();
 
     UnlockPlatform platform_;
     Resources resources_;
     Callbacks callbacks_;
-    /// Null as soon as this goes.
-    std::shared_ptr<UnlockModel*> self_;
-
-    AppDataFolder dataFolder_;
-    Vault vault_;
-    FaceStore faceStore_;
-    CredentialStore credentialStore_;
-    CameraUseRegistry cameraUse_;
-    CameraManager enrollmentCamera_;
     UnlockSettings settings_;
-    VaultAutoLocker autoLocker_;
     std::optional<std::string> problem_;
-    /// As of the last change that was told of.
+    CameraUseRegistry cameraUse_;
+    ProtectedData data_;
+    PasswordCheck passwordCheck_;
+    FaceEnrollment enrollment_;
+    /// As of the last publish().
     State state_;
-
-    std::unique_ptr<Enrollment> enrollment_;
-    std::optional<CapturedLook> capturedLook_;
-    std::unique_ptr<Engine> engine_;
-    /// From a lock to its unlock.
-    std::unique_ptr<ProcessActivities::Activity> lockedActivity_;
+    std::unique_ptr<EngineHost> engine_;
+    WeakSelf<UnlockModel> weakSelf_{this};
 };
 
 }  // namespace marrowby

@@ -28,7 +28,7 @@
 
 namespace marrowby {
 
-/// Everything that the application asks of its platform. The services outlive the application.
+/// The services of the platform, which outlive the application.
 struct UnlockPlatform {
     const PlatformWords& words;
     MainThread& mainThread;
@@ -40,11 +40,11 @@ struct UnlockPlatform {
     InputIdle& inputIdle;
     SpaceKeys& spaceKeys;
 
-    /// One session for the looks and one for enrolment.
-    std::shared_ptr<CaptureSession> lookCamera;
+    /// One session for scans and one for enrolment.
+    std::shared_ptr<CaptureSession> scanCamera;
     std::shared_ptr<CaptureSession> enrollmentCamera;
-    /// One finder for each camera queue.
-    FaceVision& lookVision;
+    /// One for each camera queue.
+    FaceVision& scanVision;
     FaceVision& enrollmentVision;
     NeuralModels& models;
     Imaging& imaging;
@@ -61,10 +61,9 @@ struct UnlockPlatform {
     SystemSettings& systemSettings;
     /// Shows the island above the lock screen.
     WindowServer& windowServer;
-    /// Null where the system slows no process down.
+    /// Null where the system does not throttle processes.
     ProcessActivities* activities = nullptr;
-    /// Told of every change of the vault between open and locked, on the thread that made it. May
-    /// be empty.
+    /// Called after the vault was opened or locked, on that thread. May be empty.
     std::function<void()> vaultDidChange{};
 };
 

@@ -64,7 +64,7 @@ const PlatformWords::Right& rightOf(SystemSettings::Pane pane, const PlatformWor
     return words.inputMonitoring;
 }
 
-/// Nothing where the system has no settings to open for it.
+/// None where the system has no settings to open for it.
 std::optional<WindowButton> fixFor(const UnlockStatus& status, const PlatformWords& words) {
     const auto fix = status.fix();
     if (!fix || (fix == UnlockStatusFix::openCameraSettings && !words.camera.hasPlace()) ||
@@ -74,11 +74,10 @@ std::optional<WindowButton> fixFor(const UnlockStatus& status, const PlatformWor
     return button({Control::fix}, std::string(title(*fix, words)));
 }
 
-/// Which ones recognise, and whom.
 std::string networksOf(const UnlockModel& model) {
-    const ModelPack& networks = model.networks();
-    return networks.knowsRealFaces() ? networks.title() + "."
-                                     : "the rehearsal’s, which know made-up people only.";
+    const ModelPack& models = model.models();
+    return models.knowsRealFaces() ? models.title() + "."
+                                   : "the rehearsal’s, which know made-up people only.";
 }
 
 }  // namespace
@@ -200,23 +199,23 @@ void SettingsPresenter::addSaved(std::vector<WindowRow>& rows) const {
                                        .buttons = {button({Control::openVault}, "Show…")}});
     }
     for (std::size_t i = 0; i < state.identities.size(); ++i) {
-        const FaceIdentity& look = state.identities[i];
+        const FaceIdentity& face = state.identities[i];
         rows.emplace_back(Row::Toggle{
-            .id = {Control::useLook, i},
-            .title = look.name,
-            .detail = "Saved " + age(clock_.now() - look.createdAt) +
-                      (model_.canLookFor(look) ? "" : ", by other models: not looked for"),
-            .isOn = look.isEnabled});
+            .id = {Control::useFace, i},
+            .title = face.name,
+            .detail = "Saved " + age(clock_.now() - face.createdAt) +
+                      (model_.isComparable(face) ? "" : ", by other models: not looked for"),
+            .isOn = face.isEnabled});
         rows.emplace_back(Row::Actions{
             .title = {},
             .detail = {},
             .buttons = {
-                {.id = {Control::removeLook, i}, .title = "Remove…", .isDestructive = true}}});
+                {.id = {Control::removeFace, i}, .title = "Remove…", .isDestructive = true}}});
     }
     rows.emplace_back(
         Row::Actions{.title = {},
                      .detail = {},
-                     .buttons = {button({Control::addLook}, "Add a Look…"),
+                     .buttons = {button({Control::addFace}, "Add a Look…"),
                                  button({Control::updatePassword},
                                         (state.hasPassword ? "Update " : "Save ") +
                                             std::string(model_.words().password.onButton) + "…")}});
@@ -262,7 +261,7 @@ WindowPage SettingsPresenter::questionPage() const {
                         std::string(platform.applications) + ".",
                     "Quit"};
         }
-        Words operator()(const RemovingLook& removing) const {
+        Words operator()(const RemovingFace& removing) const {
             return {
                 "Remove “" + removing.name + "”?",
                 "This look doesn’t unlock your " + std::string(platform.computer) + " any more.",
@@ -270,7 +269,7 @@ WindowPage SettingsPresenter::questionPage() const {
         }
     };
     const Words words = std::visit(WordsOf{.platform = model_.words()}, question_);
-    // Return never does what can't be undone.
+    // Return must not confirm what cannot be undone.
     const bool isDestructive = !std::holds_alternative<Quitting>(question_);
     return {.title = words.title,
             .detail = words.detail,
@@ -285,20 +284,20 @@ WindowPage SettingsPresenter::questionPage() const {
 
 void SettingsPresenter::press(ControlID id) {
     advice_.clear();
-    const auto& looks = model_.state().identities;
-    if (id.control == Control::fix) mend();
+    const auto& faces = model_.state().identities;
+    if (id.control == Control::fix) applyFix();
     if (id.control == Control::openVault) openVault();
     if (id.control == Control::openInputMonitoringSettings) {
         model_.requestSpaceKeyAccess();
         open(SystemSettings::Pane::inputMonitoring);
     }
-    if (id.control == Control::addLook)
+    if (id.control == Control::addFace)
         hooks_.onOnboarding(model_.state().isEnrolled ? UnlockOnboardingMode::addLook
                                                       : UnlockOnboardingMode::setUp);
     if (id.control == Control::updatePassword)
         hooks_.onOnboarding(UnlockOnboardingMode::updatePassword);
-    if (id.control == Control::removeLook && id.item < looks.size())
-        question_ = RemovingLook{looks[id.item].id, looks[id.item].name};
+    if (id.control == Control::removeFace && id.item < faces.size())
+        question_ = RemovingFace{faces[id.item].id, faces[id.item].name};
     if (id.control == Control::erase) question_ = Erasing{};
     if (id.control == Control::quit) question_ = Quitting{};
     if (id.control == Control::cancel) question_ = Nothing{};
@@ -310,7 +309,7 @@ void SettingsPresenter::press(ControlID id) {
     hooks_.onChange();
 }
 
-void SettingsPresenter::mend() {
+void SettingsPresenter::applyFix() {
     const auto fix = model_.status().fix();
     if (!fix) return;
     switch (*fix) {
@@ -336,8 +335,8 @@ void SettingsPresenter::confirm() {
     const Question question = std::exchange(question_, Nothing{});
     if (std::holds_alternative<Erasing>(question)) model_.eraseEverything();
     if (std::holds_alternative<Quitting>(question)) hooks_.onQuit();
-    if (const auto* removing = std::get_if<RemovingLook>(&question))
-        model_.removeLook(removing->id, [](const auto& /*the model's problem*/) {});
+    if (const auto* removing = std::get_if<RemovingFace>(&question))
+        model_.removeFace(removing->id, [](const auto& /*the model's problem*/) {});
 }
 
 void SettingsPresenter::open(SystemSettings::Pane pane) {
@@ -346,9 +345,9 @@ void SettingsPresenter::open(SystemSettings::Pane pane) {
 
 void SettingsPresenter::toggle(ControlID id, bool isOn) {
     advice_.clear();
-    const auto& looks = model_.state().identities;
-    if (id.control == Control::useLook && id.item < looks.size())
-        model_.setLookEnabled(looks[id.item].id, isOn, [](const auto& /*the model's problem*/) {});
+    const auto& faces = model_.state().identities;
+    if (id.control == Control::useFace && id.item < faces.size())
+        model_.setFaceEnabled(faces[id.item].id, isOn, [](const auto& /*the model's problem*/) {});
     if (id.control == Control::openAtLogin && !systemSettings_.setOpensAtLogin(isOn))
         advice_ = "The system didn’t take the change.";
     change([&](UnlockSettings& settings) {

@@ -14,8 +14,7 @@
 
 namespace marrowby {
 
-/// The settings window: where face unlock stands, what can be set, and what is saved. Main thread;
-/// what it is made of outlives it.
+/// The settings window. Main thread; the references outlive it.
 class SettingsPresenter final : public WindowPresenter {
   public:
     struct Hooks {
@@ -39,18 +38,18 @@ class SettingsPresenter final : public WindowPresenter {
     struct Nothing {};
     struct Erasing {};
     struct Quitting {};
-    struct RemovingLook {
+    struct RemovingFace {
         UUID id;
         std::string name;
     };
     /// What the user is asked to confirm.
-    using Question = std::variant<Nothing, Erasing, Quitting, RemovingLook>;
+    using Question = std::variant<Nothing, Erasing, Quitting, RemovingFace>;
 
     [[nodiscard]] WindowPage questionPage() const;
     void addLooking(std::vector<WindowRow>& rows) const;
     void addSaved(std::vector<WindowRow>& rows) const;
     void addActivity(std::vector<WindowRow>& rows) const;
-    void mend();
+    void applyFix();
     void openVault();
     void confirm();
     void open(SystemSettings::Pane pane);
@@ -62,7 +61,7 @@ class SettingsPresenter final : public WindowPresenter {
     const SystemClock& clock_;
     Hooks hooks_;
     Question question_;
-    /// Where the system's settings could not be opened.
+    /// Set when the system's settings could not be opened.
     std::string advice_;
 };
 

@@ -24,21 +24,20 @@ WelcomePresenter::WelcomePresenter(UnlockOnboardingMode mode, UnlockModel& model
       systemSettings_(settings),
       hooks_(std::move(hooks)),
       flow_(mode),
-      triggers_(model.settings().triggers),
-      self_(std::make_shared<WelcomePresenter*>(this)) {
-    const auto& looks = model.state().identities;
-    if (mode == UnlockOnboardingMode::setUp && !looks.empty()) name_ = looks.front().name;
+      triggers_(model.settings().triggers) {
+    const auto& faces = model.state().identities;
+    if (mode == UnlockOnboardingMode::setUp && !faces.empty()) name_ = faces.front().name;
 }
 
 UnlockOnboardingFacts WelcomePresenter::facts() const {
     const UnlockModel::State& state = model_.state();
-    // A face that was saved before has its name, too.
+    // A face saved earlier has its name already.
     const bool isSaved = flow_.mode() == UnlockOnboardingMode::setUp && state.isEnrolled;
     return {.understood = understood_,
             .cameraAllowed = state.cameraPermission == CameraManager::Permission::granted,
             .accessibilityAllowed = state.accessibilityTrusted,
-            .enrolmentComplete = model_.hasCapturedLook() || isSaved,
-            .name = isSaved && !model_.hasCapturedLook() ? "saved" : name_,
+            .enrolmentComplete = model_.hasCapturedFace() || isSaved,
+            .name = isSaved && !model_.hasCapturedFace() ? "saved" : name_,
             .passwordSaved = passwordSaved_,
             .triggers = triggers_};
 }
@@ -53,7 +52,7 @@ WindowPage WelcomePresenter::page() const {
     }
     WindowButton forward = button(Control::goForward, "Continue");
     forward.isDefault = true;
-    // What is typed is checked when it is handed over.
+    // The password is checked on Continue, not while it is typed.
     forward.isEnabled = !isBusy_ && (flow_.step() == Step::password || flow_.canGoForward(facts()));
     if (flow_.isLastStep()) forward.title = flow_.step() == Step::done ? "Done" : "Save";
     page.buttons.push_back(std::move(forward));
@@ -147,8 +146,8 @@ WindowPage WelcomePresenter::body() const {
             page.detail =
                 "With glasses, without: every look has a name, so that you can tell them "
                 "apart in the settings.";
-            if (model_.hasCapturedLook()) {
-                page.rows = {Row::TextField{{Control::lookName}, "Name", name_}};
+            if (model_.hasCapturedFace()) {
+                page.rows = {Row::TextField{{Control::faceName}, "Name", name_}};
             } else {
                 page.rows = {Row::Text{"Your face is saved already."}};
             }
@@ -184,7 +183,7 @@ void WelcomePresenter::describeCapture(WindowPage& page) const {
     Row::Actions again{.title = {}, .detail = {}, .buttons = {}};
     if (guide_) {
         page.rows.push_back(*guide_);
-    } else if (model_.hasCapturedLook()) {
+    } else if (model_.hasCapturedFace()) {
         page.rows.push_back(Row::Status{true, "Got it", "Your face is captured.", {}});
         again.buttons = {button(Control::captureAgain, "Capture Again")};
     } else if (facts().enrolmentComplete) {
@@ -231,7 +230,7 @@ void WelcomePresenter::toggle(ControlID id, bool isOn) {
 }
 
 void WelcomePresenter::enter(ControlID id, std::string text) {
-    if (id.control != Control::lookName) return;
+    if (id.control != Control::faceName) return;
     name_ = std::move(text);
     hooks_.onChange();
 }
@@ -243,7 +242,7 @@ void WelcomePresenter::enter(ControlID id, SecretBytes secret) {
 void WelcomePresenter::windowClosed() {
     secret_.reset();
     guide_.reset();
-    model_.dropCapturedLook();
+    model_.dropCapturedFace();
 }
 
 void WelcomePresenter::windowShown() {
@@ -268,7 +267,7 @@ void WelcomePresenter::goBack() {
     problem_.clear();
     if (flow_.step() == Step::enrol) {
         guide_.reset();
-        model_.dropCapturedLook();
+        model_.dropCapturedFace();
     }
     flow_.goBack();
 }
@@ -279,7 +278,7 @@ void WelcomePresenter::goForward() {
         savePassword();
     } else if (flow_.step() == Step::name && flow_.mode() == UnlockOnboardingMode::addLook &&
                flow_.canGoForward(facts())) {
-        save([this](auto then) { model_.saveCapturedLook(name_, std::move(then)); });
+        save([this](auto then) { model_.saveCapturedFace(name_, std::move(then)); });
     } else {
         moveOn();
     }
@@ -290,8 +289,8 @@ void WelcomePresenter::savePassword() {
     const bool isTyped = secret && !secret->empty();
     const bool isSetUp = flow_.mode() == UnlockOnboardingMode::setUp;
     if (isSetUp && !isTyped && model_.state().hasPassword) {
-        if (model_.hasCapturedLook()) {
-            save([this](auto then) { model_.saveCapturedLook(name_, std::move(then)); });
+        if (model_.hasCapturedFace()) {
+            save([this](auto then) { model_.saveCapturedFace(name_, std::move(then)); });
         } else {
             passwordSaved_ = true;
             moveOn();
@@ -303,20 +302,17 @@ void WelcomePresenter::savePassword() {
         return;
     }
     save([this, isSetUp, &secret](auto then) {
-        if (isSetUp && model_.hasCapturedLook()) {
-            model_.saveCapturedLookAndPassword(name_, *std::move(secret), std::move(then));
+        if (isSetUp && model_.hasCapturedFace()) {
+            model_.saveCapturedFaceAndPassword(name_, *std::move(secret), std::move(then));
         } else {
             model_.savePassword(*std::move(secret), std::move(then));
         }
     });
 }
 
-void WelcomePresenter::save(const std::function<void(UnlockModel::Completion)>& work) {
+void WelcomePresenter::save(const std::function<void(Completion)>& work) {
     isBusy_ = true;
-    work([weak = std::weak_ptr(self_)](const std::expected<void, std::string>& outcome) {
-        const auto self = weak.lock();
-        if (!self) return;
-        WelcomePresenter& presenter = **self;
+    work(weakSelf_.guarded([](WelcomePresenter& presenter, const Outcome& outcome) {
         presenter.isBusy_ = false;
         if (outcome) {
             presenter.passwordSaved_ = presenter.flow_.step() == Step::password;
@@ -325,7 +321,7 @@ void WelcomePresenter::save(const std::function<void(UnlockModel::Completion)>& 
             presenter.problem_ = outcome.error();
         }
         presenter.hooks_.onChange();
-    });
+    }));
 }
 
 void WelcomePresenter::moveOn() {
@@ -343,19 +339,15 @@ void WelcomePresenter::capture() {
         .progress = 0,
         .direction = {},
         .hint = std::string(text(EnrollmentSession::Hint(EnrollmentSession::Hint::NoFace{})))};
-    model_.captureLook(
-        [weak = std::weak_ptr(self_)](const std::expected<void, std::string>& outcome) {
-            const auto self = weak.lock();
-            if (!self) return;
-            WelcomePresenter& presenter = **self;
-            presenter.guide_.reset();
-            if (outcome) {
-                if (presenter.flow_.step() == Step::enrol) presenter.moveOn();
-            } else {
-                presenter.problem_ = outcome.error();
-            }
-            presenter.hooks_.onChange();
-        });
+    model_.captureFace(weakSelf_.guarded([](WelcomePresenter& presenter, const Outcome& outcome) {
+        presenter.guide_.reset();
+        if (outcome) {
+            if (presenter.flow_.step() == Step::enrol) presenter.moveOn();
+        } else {
+            presenter.problem_ = outcome.error();
+        }
+        presenter.hooks_.onChange();
+    }));
 }
 
 void WelcomePresenter::finish() {

@@ -1,34 +1,33 @@
 #pragma once
 
+#include "Unlock/Model/Outcome.h"
 #include "Unlock/Model/UnlockModel.h"
 #include "Unlock/Pages/WindowPresenter.h"
 #include "UnlockCore/Enrollment/EnrollmentSession.h"
 #include "UnlockCore/Foundation/SecretBytes.h"
+#include "UnlockCore/Foundation/WeakSelf.h"
 #include "UnlockCore/Status/UnlockOnboardingFlow.h"
 
-#include <expected>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 
 namespace marrowby {
 
-/// The welcome window: leads through one onboarding flow. Main thread; what it is made of outlives
-/// it.
+/// The welcome window: one onboarding flow. Main thread; the references outlive it.
 class WelcomePresenter final : public WindowPresenter {
   public:
     struct Hooks {
-        /// The page is another than before.
+        /// The page has changed.
         std::function<void()> onChange;
-        /// The last step was confirmed: the window is to go.
+        /// The last step was confirmed: close the window.
         std::function<void()> onFinish;
     };
 
     WelcomePresenter(UnlockOnboardingMode mode, UnlockModel& model, SystemSettings& settings,
                      Hooks hooks);
 
-    /// Begins what the step shown needs.
+    /// Starts the capture if the step needs one.
     void windowShown();
     void modelChanged();
     void captureProgressed(const EnrollmentSession& session);
@@ -45,7 +44,7 @@ class WelcomePresenter final : public WindowPresenter {
     using Step = UnlockOnboardingStep;
 
     [[nodiscard]] UnlockOnboardingFacts facts() const;
-    /// The step's own title, words and rows.
+    /// Without the buttons.
     [[nodiscard]] WindowPage body() const;
     void describeCapture(WindowPage& page) const;
     void describePassword(WindowPage& page) const;
@@ -54,8 +53,8 @@ class WelcomePresenter final : public WindowPresenter {
     void goForward();
     void savePassword();
     void moveOn();
-    /// Waits for `work`; moves on when it succeeded.
-    void save(const std::function<void(UnlockModel::Completion)>& work);
+    /// Moves on when `work` has succeeded.
+    void save(const std::function<void(Completion)>& work);
     void capture();
     void finish();
 
@@ -72,8 +71,7 @@ class WelcomePresenter final : public WindowPresenter {
     /// While something is being saved.
     bool isBusy_ = false;
     std::string problem_;
-    /// What completions hold weakly.
-    std::shared_ptr<WelcomePresenter*> self_;
+    WeakSelf<WelcomePresenter> weakSelf_{this};
 };
 
 }  // namespace marrowby

@@ -9,14 +9,14 @@
 
 namespace marrowby {
 
-/// A control of a window: what it is for.
+/// What a control does.
 enum class WindowControl : std::uint8_t {
     // Of the welcome window.
     goBack,
     goForward,
     understood,
     captureAgain,
-    lookName,
+    faceName,
     password,
     // Of the settings window.
     fix,
@@ -31,9 +31,9 @@ enum class WindowControl : std::uint8_t {
     camera,
     autoLock,
     openVault,
-    addLook,
-    useLook,
-    removeLook,
+    addFace,
+    useFace,
+    removeFace,
     updatePassword,
     vouchForLocker,
     declineLocker,
@@ -48,7 +48,7 @@ enum class WindowControl : std::uint8_t {
     openInputMonitoringSettings,
 };
 
-/// One control on one page; `item` tells those of a list apart.
+/// One control of a page; `item` is its index in a list.
 struct ControlID {
     WindowControl control = WindowControl::goForward;
     std::size_t item = 0;
@@ -61,7 +61,7 @@ struct WindowButton {
     bool isEnabled = true;
     /// Return presses it.
     bool isDefault = false;
-    /// What it does cannot be undone.
+    /// Cannot be undone.
     bool isDestructive = false;
     friend bool operator==(const WindowButton&, const WindowButton&) = default;
 };
@@ -76,7 +76,7 @@ struct Text {
     std::string text;
     friend bool operator==(const Text&, const Text&) = default;
 };
-/// Where something stands, and the button that mends it.
+/// A state, and the button that fixes it.
 struct Status {
     bool isGood = false;
     std::string title;
@@ -117,7 +117,7 @@ struct SecretField {
     std::string title;
     friend bool operator==(const SecretField&, const SecretField&) = default;
 };
-/// The ring around the user's face while it is captured.
+/// The ring around the user's face during a capture.
 struct Guide {
     /// 0…1.
     double progress = 0;
@@ -126,7 +126,7 @@ struct Guide {
     std::string hint;
     friend bool operator==(const Guide&, const Guide&) = default;
 };
-/// The newest last; shown from its end.
+/// Newest last; scrolled to the end.
 struct Log {
     std::vector<std::string> lines;
     friend bool operator==(const Log&, const Log&) = default;
@@ -134,7 +134,7 @@ struct Log {
 
 }  // namespace windowrow
 
-/// One thing in a window, under the one before it.
+/// Rows are laid out from top to bottom.
 struct WindowRow
     : std::variant<windowrow::Heading, windowrow::Text, windowrow::Status, windowrow::Toggle,
                    windowrow::Choice, windowrow::Actions, windowrow::TextField,
@@ -152,18 +152,16 @@ struct WindowRow
     using variant::variant;
 };
 
-/// By which a row is known again on the next page: its control, or its first button; nothing where
-/// it has none.
+/// Identifies a row across pages: its control, or its first button; none where it has neither.
 [[nodiscard]] std::optional<ControlID> controlOf(const WindowRow& row);
 
-/// All that a window shows. Whoever draws it decides nothing: two equal pages look alike, and a
-/// control keeps its focus while its id stays.
+/// All that a window shows. Equal pages look alike; a control keeps the focus while its id stays.
 struct WindowPage {
     std::string title;
     /// Under the title.
     std::string detail;
     std::vector<WindowRow> rows;
-    /// What went wrong last; empty where nothing did.
+    /// The last failure; may be empty.
     std::string problem;
     /// At the foot, from left to right.
     std::vector<WindowButton> buttons;

@@ -67,7 +67,7 @@ class MacApplication {
     CoreGraphicsInputIdle inputIdle_;
     IOKitKeyboardDevices keyboards_;
     HidSpaceKeys spaceKeys_{keyboards_};
-    VisionFaceVision lookVision_;
+    VisionFaceVision scanVision_;
     VisionFaceVision enrollmentVision_;
     CoreMLNeuralModels models_;
     CoreImageImaging imaging_;

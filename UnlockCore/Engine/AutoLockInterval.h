@@ -14,14 +14,14 @@ enum class AutoLockInterval { week, twoWeeks, month, never };
 inline constexpr std::array allAutoLockIntervals{AutoLockInterval::week, AutoLockInterval::twoWeeks,
                                                  AutoLockInterval::month, AutoLockInterval::never};
 
-/// The settings' word on the choice.
+/// Shown with the choice in the settings.
 inline constexpr std::string_view autoLockExplanation =
     "The key is in memory until you restart or the time below passes.";
 
 [[nodiscard]] std::optional<AutoLockInterval> autoLockInterval(std::string_view rawValue);
 [[nodiscard]] std::string_view rawValue(AutoLockInterval interval);
 [[nodiscard]] std::string_view title(AutoLockInterval interval);
-/// Nothing for never.
+/// None: never.
 [[nodiscard]] std::optional<TimeInterval> length(AutoLockInterval interval);
 
 }  // namespace marrowby

@@ -27,7 +27,7 @@ struct Prompt {
 struct Success {
     friend bool operator==(const Success&, const Success&) = default;
 };
-/// Animate away; hidden from then on.
+/// Animates away; hidden afterwards.
 struct Leaving {
     friend bool operator==(const Leaving&, const Leaving&) = default;
 };

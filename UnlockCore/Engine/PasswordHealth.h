@@ -4,7 +4,7 @@
 
 namespace marrowby {
 
-/// How the lock screen has received the stored password.
+/// How often the lock screen turned the stored password down, and what follows.
 struct PasswordHealth {
     /// How many typed passwords in a row were turned down.
     std::int64_t failures = 0;

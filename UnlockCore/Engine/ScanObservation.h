@@ -20,7 +20,7 @@ struct NoFace {
     friend bool operator==(const NoFace&, const NoFace&) = default;
 };
 
-/// No usable one either: it reaches too far over the picture's edge.
+/// A face that reaches too far over the picture's edge to be used.
 struct CutOff {
     friend bool operator==(const CutOff&, const CutOff&) = default;
 };

@@ -15,7 +15,7 @@ struct Failed {
 struct Typed {
     friend bool operator==(const Typed&, const Typed&) = default;
 };
-/// Given up before the end, for example because the lock screen went away.
+/// Abandoned before the end, for example because the lock screen went away.
 struct Stopped {
     friend bool operator==(const Stopped&, const Stopped&) = default;
 };

@@ -12,12 +12,11 @@ using Effect = UnlockMachine::Effect;
 /// Carries out the effects of one event.
 struct UnlockCoordinator::Performer {
     UnlockCoordinator& owner;
-    const UnlockReadiness& readiness;
 
     void operator()(const Effect::Overlay& overlay) {
         if (auto* const presenter = owner.collaborators_.presenter) presenter->show(overlay.phase);
     }
-    void operator()(const Effect::StartCamera& start) { owner.startLook(start.id, readiness.scan); }
+    void operator()(const Effect::StartCamera& start) { owner.startScan(start.id); }
     void operator()(const Effect::ListenForSpace& listen) {
         listen.on ? owner.collaborators_.spaceKeys.start() : owner.collaborators_.spaceKeys.stop();
     }
@@ -39,7 +38,8 @@ struct UnlockCoordinator::Performer {
 
 UnlockCoordinator::UnlockCoordinator(PasswordHealth health, Collaborators collaborators)
     : machine_(health, collaborators.readiness().triggers),
-      collaborators_(std::move(collaborators)) {}
+      collaborators_(std::move(collaborators)),
+      reading_(read(collaborators_.clock.now())) {}
 
 void UnlockCoordinator::replacePasswordHealth(PasswordHealth health) {
     machine_.replaceHealth(health);
@@ -60,20 +60,38 @@ void UnlockCoordinator::send(Event event) {
 }
 
 void UnlockCoordinator::handle(Event event) {
-    const UnlockReadiness readiness = collaborators_.readiness();
-    for (const Effect& effect : machine_.handle(std::move(event), snapshot(readiness))) {
-        std::visit(Performer{*this, readiness}, effect);
+    const Date now = collaborators_.clock.now();
+    if (!std::holds_alternative<Event::Frame>(event) || !isReadingRecent(now) ||
+        machine_.hasEffects(event, snapshot(now))) {
+        reading_ = read(now);
     }
+    for (const Effect& effect : machine_.handle(std::move(event), snapshot(now)))
+        std::visit(Performer{*this}, effect);
     rescheduleTimer();
     if (callbacks_.onChange) callbacks_.onChange();
 }
 
-UnlockSnapshot UnlockCoordinator::snapshot(const UnlockReadiness& readiness) const {
-    const bool hasFace = std::ranges::any_of(
-        readiness.scan.identities,
+UnlockCoordinator::Reading UnlockCoordinator::read(Date now) const {
+    Reading reading{.readiness = collaborators_.readiness(),
+                    .hasFace = false,
+                    .isLocked = collaborators_.lockState.isLocked(),
+                    .at = now};
+    reading.hasFace = std::ranges::any_of(
+        *reading.readiness.scan.identities,
         [](const FaceIdentity& face) { return face.isEnabled && !face.samples.empty(); });
-    return {.now = collaborators_.clock.now(),
-            .isLocked = collaborators_.lockState.isLocked(),
+    return reading;
+}
+
+bool UnlockCoordinator::isReadingRecent(Date now) const {
+    // The clock may have been set back.
+    const TimeInterval age = now - reading_.at;
+    return age >= TimeInterval(0) && age < longestReadingAge;
+}
+
+UnlockSnapshot UnlockCoordinator::snapshot(Date now) const {
+    const UnlockReadiness& readiness = reading_.readiness;
+    return {.now = now,
+            .isLocked = reading_.isLocked,
             .isSleeping = isSleeping_,
             .isEnabled = readiness.isEnabled,
             .triggers = readiness.triggers,
@@ -81,44 +99,41 @@ UnlockSnapshot UnlockCoordinator::snapshot(const UnlockReadiness& readiness) con
             .scanDuration = readiness.scanDuration,
             .vaultUnlocked = readiness.vaultUnlocked,
             .passwordSaved = readiness.passwordSaved,
-            .hasFace = hasFace,
+            .hasFace = reading_.hasFace,
             .accessibilityTrusted = readiness.accessibilityTrusted,
             .spaceKeyAccess = readiness.spaceKeyAccess};
 }
 
 void UnlockCoordinator::rescheduleTimer() {
-    if (timer_) timer_->cancel();
-    timer_.reset();
-    if (const auto deadline = machine_.nextDeadline()) {
-        timer_ = collaborators_.clock.schedule(*deadline, [weak = std::weak_ptr(self_)] {
-            if (const auto self = weak.lock()) self->send(Event::Tick{});
-        });
-    }
+    const auto next = machine_.nextDeadline();
+    if (next && deadline_ && deadline_->at == *next) return;
+    deadline_.reset();
+    if (!next) return;
+    deadline_ = Deadline{
+        *next, collaborators_.clock.schedule(*next, weakSelf_.guarded([](UnlockCoordinator& self) {
+            self.deadline_.reset();
+            self.send(Event::Tick{});
+        }))};
 }
 
-void UnlockCoordinator::startLook(LookID look, const ScanConfiguration& configuration) {
-    const std::weak_ptr weak(self_);
-    collaborators_.scanner.start(look, configuration,
-                                 {.onFrame =
-                                      [weak](LookID id, ScanObservation observation) {
-                                          if (const auto self = weak.lock()) {
-                                              self->send(Event::Frame{id, std::move(observation)});
-                                          }
-                                      },
-                                  .onCameraFailed =
-                                      [weak](std::string message) {
-                                          if (const auto self = weak.lock()) {
-                                              self->send(Event::CameraFailed{std::move(message)});
-                                          }
-                                      }});
+void UnlockCoordinator::startScan(ScanID scan) {
+    collaborators_.scanner.start(
+        scan, reading_.readiness.scan,
+        {.onFrame =
+             weakSelf_.guarded([](UnlockCoordinator& self, ScanID id, ScanObservation observation) {
+                 self.send(Event::Frame{id, std::move(observation)});
+             }),
+         .onCameraFailed = weakSelf_.guarded([](UnlockCoordinator& self, std::string message) {
+             self.send(Event::CameraFailed{std::move(message)});
+         })});
 }
 
 void UnlockCoordinator::typePassword() {
     collaborators_.typer.typeStoredPassword(
         [&lockState = collaborators_.lockState] { return lockState.isLocked(); },
-        [weak = std::weak_ptr(self_)](TypingOutcome outcome) {
-            if (const auto self = weak.lock()) self->send(Event::Typed{std::move(outcome)});
-        });
+        weakSelf_.guarded([](UnlockCoordinator& self, TypingOutcome outcome) {
+            self.send(Event::Typed{std::move(outcome)});
+        }));
 }
 
 }  // namespace marrowby

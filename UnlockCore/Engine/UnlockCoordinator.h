@@ -4,6 +4,7 @@
 #include "UnlockCore/Engine/PasswordTyping.h"
 #include "UnlockCore/Engine/UnlockMachine.h"
 #include "UnlockCore/Engine/UnlockReadiness.h"
+#include "UnlockCore/Foundation/WeakSelf.h"
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 #include "UnlockCore/Platform/ScreenLock.h"
@@ -11,6 +12,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -44,9 +46,12 @@ class Clock {
 
 }  // namespace unlockcoordinator
 
-/// Owns the machine and is its only door to the world: takes each event with a snapshot, carries
-/// out the effects in order and keeps the one timer for the next deadline. Main thread; events that
-/// an effect causes are handled after the current one.
+/// Owns the machine: gives it each event with a snapshot, carries out the effects in order and
+/// keeps the timer for the next deadline. Main thread; events that an effect causes are handled
+/// after the current one.
+///
+/// The lock and the readiness are read anew for every event that has effects and for every event
+/// but camera frames. A frame without effects uses the last reading, up to `longestReadingAge` old.
 class UnlockCoordinator {
   public:
     using Presenting = unlockcoordinator::Presenting;
@@ -54,9 +59,12 @@ class UnlockCoordinator {
     using Clock = unlockcoordinator::Clock;
     using Event = UnlockMachine::Event;
 
+    /// So late at most a scan notices an unlock for which no lock event came.
+    static constexpr TimeInterval longestReadingAge{0.5};
+
     /// The references must outlive the coordinator.
     struct Collaborators {
-        /// Outlives what is typed, too: a typing under way still asks it on its own thread.
+        /// Also asked by a typing under way, on its own thread.
         const LockStateReading& lockState;
         FaceScanning& scanner;
         PasswordTyping& typer;
@@ -65,6 +73,7 @@ class UnlockCoordinator {
         SpaceKeyListening& spaceKeys;
         ActivityWatching& activity;
         Clock& clock;
+        /// Must be cheap. Send Event::SettingsChanged after a change.
         std::function<UnlockReadiness()> readiness;
     };
 
@@ -83,9 +92,9 @@ class UnlockCoordinator {
     ~UnlockCoordinator() = default;
 
     void setCallbacks(Callbacks callbacks) { callbacks_ = std::move(callbacks); }
-    /// Whether the displays sleep; counts from the next event on.
+    /// Whether the displays sleep; used from the next event on.
     void setSleeping(bool isSleeping) { isSleeping_ = isSleeping; }
-    /// For a password saved anew: typing is trusted as far as `health` says from now on.
+    /// After the password was saved anew.
     void replacePasswordHealth(PasswordHealth health);
 
     void send(Event event);
@@ -95,10 +104,24 @@ class UnlockCoordinator {
   private:
     struct Performer;
 
+    /// The facts of a snapshot that had to be asked for.
+    struct Reading {
+        UnlockReadiness readiness;
+        bool hasFace = false;
+        bool isLocked = false;
+        Date at;
+    };
+    struct Deadline {
+        Date at;
+        std::unique_ptr<TimerToken> timer;
+    };
+
     void handle(Event event);
     void rescheduleTimer();
-    [[nodiscard]] UnlockSnapshot snapshot(const UnlockReadiness& readiness) const;
-    void startLook(LookID look, const ScanConfiguration& configuration);
+    [[nodiscard]] Reading read(Date now) const;
+    [[nodiscard]] bool isReadingRecent(Date now) const;
+    [[nodiscard]] UnlockSnapshot snapshot(Date now) const;
+    void startScan(ScanID scan);
     void typePassword();
     [[nodiscard]] bool isOnOwnThread() const { return std::this_thread::get_id() == thread_; }
 
@@ -106,12 +129,13 @@ class UnlockCoordinator {
     Collaborators collaborators_;
     Callbacks callbacks_;
     bool isSleeping_ = false;
-    std::unique_ptr<TimerToken> timer_;
+    Reading reading_;
+    /// None once the timer has fired.
+    std::optional<Deadline> deadline_;
     std::deque<Event> queue_;
     bool isHandling_ = false;
     std::thread::id thread_ = std::this_thread::get_id();
-    /// What callbacks hold weakly. Goes first.
-    std::shared_ptr<UnlockCoordinator> self_{this, [](UnlockCoordinator*) {}};
+    WeakSelf<UnlockCoordinator> weakSelf_{this};
 };
 
 }  // namespace marrowby

@@ -30,14 +30,14 @@ struct NeedsAccessibility {
     friend bool operator==(const NeedsAccessibility&, const NeedsAccessibility&) = default;
 };
 
-/// All that was seen of a face reached too far over the picture's edge.
+/// Every face seen reached too far over the picture's edge.
 struct FaceCutOff {
     friend bool operator==(const FaceCutOff&, const FaceCutOff&) = default;
 };
 
 }  // namespace unlockfailure
 
-/// Why a look, or the typing after it, did not unlock. The messages are for the user.
+/// Why a scan, or the typing after it, failed. The messages are for the user.
 struct UnlockFailure : std::variant<unlockfailure::CameraUnavailable, unlockfailure::TypingFailed,
                                     unlockfailure::NotRecognised, unlockfailure::NotLive,
                                     unlockfailure::PasswordRejected,
@@ -52,8 +52,8 @@ struct UnlockFailure : std::variant<unlockfailure::CameraUnavailable, unlockfail
     using variant::variant;
 };
 
-/// For the log and the island; static. A face that is not real reads like an unknown one, so that
-/// nobody learns which check it failed.
+/// For the log and the island; static. A face that is not live reads like an unknown one: an
+/// attacker is not told which check failed.
 [[nodiscard]] std::string_view title(const UnlockFailure& failure);
 
 }  // namespace marrowby

@@ -24,10 +24,9 @@ std::string_view unlockmachine::rawValue(LookReason reason) {
     return {};
 }
 
-/// One call of handle(): the world, and the effects so far.
+/// One call of handle(): the snapshot, and the effects so far.
 struct UnlockMachine::Turn {
-    // No event has more effects than this, so that the list is allocated once, and for most frames
-    // never.
+    // No event has more: one allocation, and none for most frames.
     static constexpr std::size_t maxEffects = 8;
 
     const UnlockSnapshot& world;
@@ -48,7 +47,7 @@ std::vector<UnlockMachine::Effect> UnlockMachine::handle(Event event,
                                                          const UnlockSnapshot& snapshot) {
     Turn turn{snapshot, {}};
     policy_.triggers = snapshot.triggers;
-    // The other handlers are left with a locked screen or a machine at rest.
+    // Below this every handler but Lock sees a locked screen, or a machine at rest.
     if (!snapshot.isLocked && !isAtRest() && !std::holds_alternative<Event::Lock>(event)) {
         returnToIdle(turn);
     } else {
@@ -56,6 +55,11 @@ std::vector<UnlockMachine::Effect> UnlockMachine::handle(Event event,
     }
     syncListeners(turn);
     return std::move(turn.effects);
+}
+
+bool UnlockMachine::hasEffects(const Event& event, const UnlockSnapshot& snapshot) const {
+    UnlockMachine copy = *this;
+    return !copy.handle(event, snapshot).empty();
 }
 
 std::optional<Date> UnlockMachine::nextDeadline() const {
@@ -117,7 +121,7 @@ void UnlockMachine::onWake(Turn& turn) {
     if (world.isSleeping || !isAble(world) || !policy_.acceptWake(world.now)) return;
     if (!world.triggers.contains(UnlockTrigger::onReturn) || !isWaiting()) return;
     rearm(turn);
-    startLook(LookReason::wake, turn);
+    startScan(LookReason::wake, turn);
 }
 
 void UnlockMachine::on(const Event::Activity& event, Turn& turn) {
@@ -128,7 +132,7 @@ void UnlockMachine::on(const Event::Activity& event, Turn& turn) {
     if (const auto refusal = policy_.activityRefusal(activity.at, activity.quietFor)) {
         logActivityIgnored({.start = "Activity ignored: ", .middle = *refusal}, turn);
     } else if (emptyActivityLooks_ < maxEmptyActivityLooks) {
-        startLook(LookReason::activity, turn);
+        startScan(LookReason::activity, turn);
     } else {
         logActivityIgnored({.start = "Activity ignored: ",
                             .detail = std::to_string(emptyActivityLooks_),
@@ -161,7 +165,7 @@ void UnlockMachine::on(Event::Frame& event, Turn& turn) {
     if (scan->match && scan->livenessConfirmed) conclude(turn);
 }
 
-/// Takes in a frame with a face; false when it ended the look.
+/// False when the frame ended the scan.
 bool UnlockMachine::goesOn(Scan& scan, ScanObservation::Face& face, Turn& turn) {
     scan.sawFace = true;
     if (const auto* denied = std::get_if<LivenessDecision::Denied>(&face.decision)) {
@@ -216,13 +220,13 @@ void UnlockMachine::on(const Event::SpaceKey&, Turn& turn) {
     const UnlockSnapshot& world = turn.world;
     if (!world.isLocked || !isAble(world) || !isWaiting()) return;
     if (!world.triggers.contains(UnlockTrigger::onSpace)) return;
-    startLook(LookReason::space, turn);
+    startScan(LookReason::space, turn);
 }
 
 void UnlockMachine::on(const Event::Activate&, Turn& turn) {
     if (!turn.world.isLocked || !isAble(turn.world)) return;
     if (!isWaiting() || std::holds_alternative<Phase::Idle>(phase_)) return;
-    startLook(LookReason::hover, turn);
+    startScan(LookReason::hover, turn);
 }
 
 void UnlockMachine::on(const Event::SettingsChanged&, Turn& turn) {
@@ -280,11 +284,11 @@ void UnlockMachine::setOverlay(OverlayPhase phase, Turn& turn) {
     turn.add(Effect::Overlay{std::move(phase)});
 }
 
-void UnlockMachine::startLook(LookReason reason, Turn& turn) {
+void UnlockMachine::startScan(LookReason reason, Turn& turn) {
     if (reason != LookReason::activity) emptyActivityLooks_ = 0;
     scanCount_ = incremented(scanCount_);
     const Date now = turn.world.now;
-    const LookID id{scanCount_};
+    const ScanID id{scanCount_};
     phase_ = Phase::Scanning{{.id = id,
                               .startedAt = now,
                               .deadline = now + std::max(minScanDuration, turn.world.scanDuration),
@@ -425,7 +429,7 @@ bool UnlockMachine::isAtRest() const {
     return std::holds_alternative<Phase::Idle>(phase_) && isHidden();
 }
 
-/// Whether a look may start.
+/// Whether a scan may start.
 bool UnlockMachine::isWaiting() const {
     return std::holds_alternative<Phase::Idle>(phase_) ||
            std::holds_alternative<Phase::Armed>(phase_) ||

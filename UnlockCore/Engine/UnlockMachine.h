@@ -28,12 +28,12 @@ namespace unlockmachine {
 
 enum class LookReason { wake, activity, space, hover };
 
-/// As it stands in log lines.
+/// For log lines.
 [[nodiscard]] std::string_view rawValue(LookReason reason);
 
-/// One look in progress.
+/// One scan in progress.
 struct Scan {
-    LookID id{};
+    ScanID id{};
     Date startedAt;
     Date deadline;
     LookReason reason = LookReason::wake;
@@ -44,7 +44,7 @@ struct Scan {
     bool sawMatch = false;
     /// Of the latest matched frame.
     bool livenessConfirmed = false;
-    /// What was already asked.
+    /// Already asked in this scan.
     std::optional<LivenessPrompt> prompt{};
     /// Some frame showed a face that reaches too far over the picture's edge.
     bool sawCutOff = false;
@@ -54,17 +54,17 @@ struct Scan {
 
 namespace phase {
 
-/// A look is running; the camera is on.
+/// A scan is running; the camera is on.
 struct Scanning {
     Scan scan;
     friend bool operator==(const Scanning&, const Scanning&) = default;
 };
-/// The password is typed; will the screen unlock?
+/// The password was typed; the screen has not unlocked yet.
 struct Verifying {
     Date since;
     friend bool operator==(const Verifying&, const Verifying&) = default;
 };
-/// The failure is shown until then; a new look may start at any time.
+/// The failure is shown until then; a scan may start meanwhile.
 struct Failed {
     UnlockFailure failure;
     Date until;
@@ -74,7 +74,7 @@ struct Failed {
 struct Idle {
     friend bool operator==(const Idle&, const Idle&) = default;
 };
-/// The screen is locked; waiting for a reason to look.
+/// The screen is locked; waiting for a reason to start a scan.
 struct Armed {
     friend bool operator==(const Armed&, const Armed&) = default;
 };
@@ -110,7 +110,7 @@ struct CameraFailed {
     friend bool operator==(const CameraFailed&, const CameraFailed&) = default;
 };
 struct Frame {
-    LookID id{};
+    ScanID id{};
     ScanObservation observation;
     friend bool operator==(const Frame&, const Frame&) = default;
 };
@@ -128,7 +128,7 @@ struct Activate {
 struct SettingsChanged {
     friend bool operator==(const SettingsChanged&, const SettingsChanged&) = default;
 };
-/// The deadline has come.
+/// The deadline has passed.
 struct Tick {
     friend bool operator==(const Tick&, const Tick&) = default;
 };
@@ -157,7 +157,7 @@ struct Overlay {
     friend bool operator==(const Overlay&, const Overlay&) = default;
 };
 struct StartCamera {
-    LookID id{};
+    ScanID id{};
     friend bool operator==(const StartCamera&, const StartCamera&) = default;
 };
 struct ListenForSpace {
@@ -207,9 +207,9 @@ struct Effect
 
 }  // namespace unlockmachine
 
-/// Decides everything from the lock of the screen to its unlock: when to look, whom to believe,
-/// when to type, what to show. It does nothing itself: each event, with the world at that instant,
-/// yields the effects to carry out, in order. A value for one thread.
+/// Decides everything from the lock of the screen to its unlock: when to scan, when to type, what
+/// to show. Pure: each event, with a snapshot, gives the effects to carry out, in order. A value
+/// for one thread.
 class UnlockMachine {
   public:
     using LookReason = unlockmachine::LookReason;
@@ -218,28 +218,30 @@ class UnlockMachine {
     using Event = unlockmachine::Event;
     using Effect = unlockmachine::Effect;
 
-    /// How long a face that matches nobody may stay before the look fails.
+    /// How long a face that matches nobody may stay before the scan fails.
     static constexpr TimeInterval wrongFaceGrace{2.0};
     /// How long a failure stays shown.
     static constexpr TimeInterval failureHold{5.0};
     /// How long after typing the screen may take to unlock.
     static constexpr TimeInterval passwordCheckDelay{4.0};
-    /// After so many activity-started looks in a row without a face, activity starts no more.
+    /// After so many scans without a face in a row, all started by activity, activity starts none.
     static constexpr std::int64_t maxEmptyActivityLooks = 3;
     static constexpr TimeInterval minScanDuration{1.0};
 
     UnlockMachine(PasswordHealth health, UnlockTriggers triggers);
 
     [[nodiscard]] std::vector<Effect> handle(Event event, const UnlockSnapshot& snapshot);
+    /// Whether handle() would return any effect.
+    [[nodiscard]] bool hasEffects(const Event& event, const UnlockSnapshot& snapshot) const;
 
     [[nodiscard]] const Phase& phase() const { return phase_; }
     [[nodiscard]] const PasswordHealth& health() const { return health_; }
     [[nodiscard]] const OverlayPhase& overlay() const { return overlay_; }
 
-    /// When it next needs a tick; nothing while only events can change anything.
+    /// When a tick is due; none while only other events matter.
     [[nodiscard]] std::optional<Date> nextDeadline() const;
 
-    /// The stored password was saved anew, or its standing was changed elsewhere.
+    /// The password was saved anew, or its health was changed elsewhere.
     void replaceHealth(PasswordHealth health) { health_ = health; }
 
   private:
@@ -261,7 +263,7 @@ class UnlockMachine {
 
     void syncListeners(Turn& turn);
     void setOverlay(OverlayPhase phase, Turn& turn);
-    void startLook(LookReason reason, Turn& turn);
+    void startScan(LookReason reason, Turn& turn);
     void fail(UnlockFailure failure, Turn& turn);
     void standDown(LogLine line, Turn& turn);
     void standDownUnable(Turn& turn);
@@ -282,12 +284,12 @@ class UnlockMachine {
     Phase phase_ = Phase::Idle{};
     UnlockTriggerPolicy policy_;
     PasswordHealth health_;
-    /// Never leaving, which is said but not stayed in.
+    /// As shown last; `Leaving` is kept as `Hidden`.
     OverlayPhase overlay_ = OverlayPhase::Hidden{};
     bool listeningForSpace_ = false;
     bool watchingActivity_ = false;
     std::int64_t emptyActivityLooks_ = 0;
-    /// The id of the last look.
+    /// The id of the last scan.
     std::int64_t scanCount_ = 0;
     /// The fence for which an ignored activity was logged.
     std::optional<Date> loggedRefusalFor_;

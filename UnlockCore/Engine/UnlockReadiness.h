@@ -6,7 +6,7 @@
 
 namespace marrowby {
 
-/// What the application reports about itself before every event.
+/// What the application tells the engine about itself.
 struct UnlockReadiness {
     bool isEnabled = false;
     UnlockTriggers triggers;
@@ -16,7 +16,7 @@ struct UnlockReadiness {
     bool passwordSaved = false;
     bool accessibilityTrusted = false;
     bool spaceKeyAccess = false;
-    /// For the next look.
+    /// For the next scan.
     ScanConfiguration scan;
 };
 

@@ -15,8 +15,7 @@
 
 namespace marrowby {
 
-/// What the user set for face unlock, and the standing of the stored password. The members' own
-/// values are those of a fresh store.
+/// What the user set, and the health of the stored password. The initialisers are the defaults.
 struct UnlockSettings {
     bool isEnabled = false;
     UnlockTriggers triggers{UnlockTrigger::onReturn};
@@ -31,16 +30,15 @@ struct UnlockSettings {
     std::optional<std::string> externalDisplayCameraID;
     bool hasFinishedWelcome = false;
     PasswordHealth passwordHealth;
-    /// Screen lockers beyond those that are known, by the paths of their executables: the owner
-    /// vouches for them, or does not. The last one that was met and not asked about before is on
-    /// offer.
+    /// Unknown screen lockers, by the paths of their executables: those that the user vouched for,
+    /// those that the user declined, and the one to ask about.
     std::vector<std::string> vouchedLockers{};
     std::vector<std::string> declinedLockers{};
     std::optional<std::string> offeredLocker{};
 
-    /// A locker that was met. False where it was asked about before.
+    /// An unknown locker was met. False where the user has answered about it before.
     bool offerLocker(const std::string& path);
-    /// The owner's answer about the one on offer.
+    /// The user's answer about the offered locker.
     void answerOffer(bool vouches);
 
     static constexpr std::array<std::int64_t, 4> scanSecondsChoices{3, 5, 8, 10};

@@ -15,7 +15,7 @@ struct UnlockSnapshot {
     UnlockTriggers triggers;
     /// The island's animation is wanted.
     bool showsUI = false;
-    /// How long one look may last.
+    /// How long one scan may last.
     TimeInterval scanDuration{};
     bool vaultUnlocked = false;
     bool passwordSaved = false;

@@ -11,7 +11,7 @@
 
 namespace marrowby {
 
-/// The networks once they are loaded. Any thread.
+/// The loaded models. Any thread.
 class CameraFaceScanner::Models {
   public:
     struct Loaded {
@@ -25,8 +25,7 @@ class CameraFaceScanner::Models {
           loadEmbedder_(std::move(loadEmbedder)),
           loadAntiSpoof_(std::move(loadAntiSpoof)) {}
 
-    /// Loads what is still missing and tells the fault, if any, in the user's words. One call at a
-    /// time.
+    /// Loads what is missing; the error is for the user. One call at a time.
     std::optional<std::string> load() {
         const Loaded before = loaded();
         if (!before.recognizer) {
@@ -65,20 +64,20 @@ class CameraFaceScanner::Models {
     Loaded loaded_ GUARDED_BY(mutex_);
 };
 
-/// The current look, as the main thread sees it. It is never held on another thread.
-struct CameraFaceScanner::Look {
-    LookID id;
+/// The current scan. Owned and locked on the main thread only.
+struct CameraFaceScanner::Scan {
+    ScanID id;
     Callbacks callbacks;
     std::shared_ptr<std::atomic<bool>> isOver = std::make_shared<std::atomic<bool>>(false);
 };
 
 namespace {
 
-/// Counts a look's frames that failed. The look cannot go on when several in a row, over some time,
-/// did; a frame with nobody in it neither counts nor ends the row.
+/// Ends a scan after several failed frames in a row over some time. A frame without a face neither
+/// counts nor ends the row.
 class FaultRow {
   public:
-    /// The frame's fault when the look cannot go on.
+    /// The frame's fault when the scan is to end.
     std::optional<std::string> take(const FaceScan::Step& step, Date at) {
         if (!step.fault) {
             if (step.recognition) count_ = 0;
@@ -103,40 +102,40 @@ class FaultRow {
 
 }  // namespace
 
-/// The current look's work on the camera's queue.
+/// The current scan's work on the camera's queue.
 class CameraFaceScanner::Loop {
   public:
     Loop(const Services& services, ScanConfiguration configuration,
-         std::shared_ptr<const Models> models, const std::shared_ptr<Look>& look,
+         std::shared_ptr<const Models> models, const std::shared_ptr<Scan>& scan,
          std::function<void(std::string)> onFault)
         : services_(services),
           helper_(services.queues.background()),
           configuration_(std::move(configuration)),
           models_(std::move(models)),
-          look_(look),
-          isOver_(look->isOver),
+          scan_(scan),
+          isOver_(scan->isOver),
           onFault_(std::move(onFault)),
-          scan_(configuration_.livenessMode) {}
+          faceScan_(configuration_.livenessMode) {}
 
     void process(const CameraFrame& frame) {
         const auto [recognizer, antiSpoof] = models_->loaded();
         if (!recognizer || !antiSpoof || *isOver_) return;
-        const FaceScan::Step& step = scan_.take(frame, {.recognizer = *recognizer,
-                                                        .antiSpoof = *antiSpoof,
-                                                        .vision = services_.vision,
-                                                        .imaging = services_.imaging,
-                                                        .fourier = services_.fourier,
-                                                        .clock = services_.clock,
-                                                        .helper = helper_.get()});
+        const FaceScan::Step& step = faceScan_.take(frame, {.recognizer = *recognizer,
+                                                            .antiSpoof = *antiSpoof,
+                                                            .vision = services_.vision,
+                                                            .imaging = services_.imaging,
+                                                            .fourier = services_.fourier,
+                                                            .clock = services_.clock,
+                                                            .helper = helper_.get()});
         if (*isOver_) return;
         if (auto fault = faults_.take(step, frame.timestamp)) {
             services_.mainThread.post(
                 [fail = onFault_, fault = *std::move(fault)] { fail(fault); });
             return;
         }
-        services_.mainThread.post([weak = look_, observation = observation(step, *recognizer)] {
-            const auto look = weak.lock();
-            if (look && !*look->isOver) look->callbacks.onFrame(look->id, observation);
+        services_.mainThread.post([weak = scan_, observation = observation(step, *recognizer)] {
+            const auto scan = weak.lock();
+            if (scan && !*scan->isOver) scan->callbacks.onFrame(scan->id, observation);
         });
     }
 
@@ -149,7 +148,7 @@ class CameraFaceScanner::Loop {
             return ScanObservation::NoFace{};
         }
         const auto best = facematcher::bestMatch(
-            step.recognition->embedding, configuration_.identities,
+            step.recognition->embedding, *configuration_.identities,
             recognizer.embedder().modelIdentifier(), configuration_.threshold);
         ScanObservation::Face face{.match = std::nullopt, .decision = step.liveness.decision};
         if (best) {
@@ -164,10 +163,10 @@ class CameraFaceScanner::Loop {
     const std::shared_ptr<WorkQueue> helper_;
     const ScanConfiguration configuration_;
     const std::shared_ptr<const Models> models_;
-    const std::weak_ptr<Look> look_;
+    const std::weak_ptr<Scan> scan_;
     const std::shared_ptr<const std::atomic<bool>> isOver_;
     const std::function<void(std::string)> onFault_;
-    FaceScan scan_;
+    FaceScan faceScan_;
     FaultRow faults_;
 };
 
@@ -183,8 +182,7 @@ CameraFaceScanner::CameraFaceScanner(std::shared_ptr<CaptureSession> session,
                .registry = services.registry},
               workingLongEdge),
       models_(
-          std::make_shared<Models>(services, std::move(loadEmbedder), std::move(loadAntiSpoof))),
-      lifetime_(std::make_shared<const bool>(true)) {}
+          std::make_shared<Models>(services, std::move(loadEmbedder), std::move(loadAntiSpoof))) {}
 
 CameraFaceScanner::~CameraFaceScanner() {
     stop();
@@ -194,29 +192,28 @@ void CameraFaceScanner::preload() {
     assert(services_.mainThread.isCurrent());
     if (isLoading_ || models_->areComplete()) return;
     isLoading_ = true;
-    services_.queues.background()->async([this, weak = std::weak_ptr(lifetime_), models = models_,
-                                          &mainThread = services_.mainThread] {
-        mainThread.post([this, weak, fault = models->load()] {
-            if (!weak.expired()) finishLoading(fault);
+    const auto finish = weakSelf_.guarded(&CameraFaceScanner::finishLoading);
+    services_.queues.background()->async(
+        [finish, models = models_, &mainThread = services_.mainThread] {
+            mainThread.post([finish, fault = models->load()] { finish(fault); });
         });
-    });
 }
 
 void CameraFaceScanner::finishLoading(const std::optional<std::string>& fault) {
     isLoading_ = false;
-    if (fault && look_) fail(*fault);
+    if (fault && scan_) fail(*fault);
 }
 
-void CameraFaceScanner::start(LookID look, const ScanConfiguration& configuration,
+void CameraFaceScanner::start(ScanID scan, const ScanConfiguration& configuration,
                               Callbacks callbacks) {
     assert(services_.mainThread.isCurrent());
-    if (look_) *look_->isOver = true;
-    look_ = std::make_shared<Look>(look, std::move(callbacks));
+    if (scan_) *scan_->isOver = true;
+    scan_ = std::make_shared<Scan>(scan, std::move(callbacks));
     auto loop = std::make_shared<Loop>(
-        services_, configuration, models_, look_,
-        [this, alive = std::weak_ptr(lifetime_), isOver = look_->isOver](std::string message) {
-            if (!alive.expired() && !*isOver) fail(std::move(message));
-        });
+        services_, configuration, models_, scan_,
+        weakSelf_.guarded([isOver = scan_->isOver](CameraFaceScanner& self, std::string message) {
+            if (!*isOver) self.fail(std::move(message));
+        }));
     camera_.setOnFrame([loop](const CameraFrame& frame) { loop->process(frame); });
     preload();
     if (const auto started = camera_.start(configuration.cameraID); !started) {
@@ -226,15 +223,15 @@ void CameraFaceScanner::start(LookID look, const ScanConfiguration& configuratio
 
 void CameraFaceScanner::stop() {
     assert(services_.mainThread.isCurrent());
-    if (!look_) return;
-    *look_->isOver = true;
-    look_.reset();
+    if (!scan_) return;
+    *scan_->isOver = true;
+    scan_.reset();
     camera_.setOnFrame({});
     camera_.stop();
 }
 
 void CameraFaceScanner::fail(std::string message) {
-    const auto callbacks = look_->callbacks;
+    const auto callbacks = scan_->callbacks;
     stop();
     callbacks.onCameraFailed(std::move(message));
 }

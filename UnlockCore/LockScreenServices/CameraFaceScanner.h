@@ -2,6 +2,7 @@
 
 #include "Kit/CameraUseRegistry.h"
 #include "UnlockCore/Engine/FaceScanning.h"
+#include "UnlockCore/Foundation/WeakSelf.h"
 #include "UnlockCore/Liveness/AntiSpoofScoring.h"
 #include "UnlockCore/Platform/CaptureSession.h"
 #include "UnlockCore/Platform/FaceVision.h"
@@ -23,11 +24,10 @@
 
 namespace marrowby {
 
-/// Looks for enrolled, live faces through the lock screen's camera. Main thread; the frames are
-/// worked on on the camera's queue, one at a time, and those that come meanwhile are lost. Both
-/// networks are loaded once and kept; a look during which one fails to load, or fails on every
-/// frame, ends with its error, and the next look tries again. A camera that starts but never
-/// delivers gives no callback at all.
+/// Scans the camera's frames for an enrolled, live face. Main thread; frames are processed on the
+/// camera's queue, one at a time, and dropped while it is busy. Both models are loaded once and
+/// kept. A model that fails to load or fails on every frame ends the scan with its error; the next
+/// scan tries again. A camera that starts but never delivers gives no callback at all.
 class CameraFaceScanner final : public FaceScanning {
   public:
     using LoadEmbedder =
@@ -35,10 +35,9 @@ class CameraFaceScanner final : public FaceScanning {
     using LoadAntiSpoof =
         std::function<std::expected<std::shared_ptr<AntiSpoofScoring>, RealFaceModelError>()>;
 
-    /// Longest side of the image that is worked on, pixels.
+    /// Longest side of the working image, pixels.
     static constexpr double workingLongEdge = 640;
-    /// Pixels of that image. A smaller face is a person further away than about 1.6 m from a
-    /// laptop's camera: not somebody who has come back to type.
+    /// Pixels of that image; about 1.6 m from a laptop's camera.
     static constexpr double minimumFaceWidth = 44;
 
     /// Everything here outlives the scanner and its queues' last work.
@@ -60,16 +59,16 @@ class CameraFaceScanner final : public FaceScanning {
     CameraFaceScanner(const CameraFaceScanner&) = delete;
     CameraFaceScanner& operator=(const CameraFaceScanner&) = delete;
 
-    /// Loads the networks ahead of the first look. A failure shows at a look.
+    /// Loads the models ahead of the first scan. A failure is reported by the next scan.
     void preload();
 
-    void start(LookID look, const ScanConfiguration& configuration, Callbacks callbacks) override;
+    void start(ScanID scan, const ScanConfiguration& configuration, Callbacks callbacks) override;
     void stop() override;
 
   private:
     class Models;
     class Loop;
-    struct Look;
+    struct Scan;
 
     void finishLoading(const std::optional<std::string>& fault);
     void fail(std::string message);
@@ -78,9 +77,8 @@ class CameraFaceScanner final : public FaceScanning {
     CameraManager camera_;
     std::shared_ptr<Models> models_;
     bool isLoading_ = false;
-    std::shared_ptr<Look> look_;
-    /// Expires with the scanner.
-    std::shared_ptr<const bool> lifetime_;
+    std::shared_ptr<Scan> scan_;
+    WeakSelf<CameraFaceScanner> weakSelf_{this};
 };
 
 }  // namespace marrowby

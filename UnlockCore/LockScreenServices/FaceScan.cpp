@@ -20,21 +20,20 @@ namespace marrowby {
 
 namespace {
 
-/// Room for a slow head turn, and for the scores of a camera of 5 pictures a second although every
-/// third were lost.
+/// Long enough for a slow head turn, and for the scores of a camera of 5 frames a second that loses
+/// every third.
 constexpr TimeInterval livenessWindow{3};
 
-/// For so long the detector may miss a face that is still there: two frames of a slow camera.
-/// Whoever is gone for longer comes back as somebody else.
+/// Two frames of a slow camera. A face that was missing for longer counts as another one.
 constexpr TimeInterval longestMiss{0.7};
 
-/// Glare and moire are sought in the middle of the face, so that their cost ends at a size: source
-/// pixels, to which some room is added.
+/// Glare and moire are measured on at most so many source pixels of the face, plus a margin: bounds
+/// their cost.
 constexpr double screenCuesFace = 344;
-/// How large that is drawn, in turn: a screen's pixels beat within reach of the spectrum at one
-/// size and not at another. Of 24 monitors 16 showed at full size, 19 at one of these.
+/// Scales used in turn: a screen's pixel grid gives moire at some sizes only. Of 24 monitors 16
+/// were detected at full size, 19 at one of these.
 constexpr std::array screenCuesScales{1.0, 0.8, 0.64};
-/// Moire needs as much of the shorter side.
+/// Pixels of the shorter side that moire needs.
 constexpr double leastForMoire = 160;
 
 /// The picture for glare and moire.
@@ -52,7 +51,7 @@ std::optional<Bitmap> middleOfFace(const CameraFrame& frame, const Rect& box,
                     std::max(width, height) * sourcePixels * scale, imaging);
 }
 
-/// Nobody there, or nobody who could be lined up, is no fault.
+/// No face, or none that could be aligned, is no fault.
 bool isFault(const FaceRecognitionError& error) {
     return std::holds_alternative<FaceModelError>(error) ||
            std::holds_alternative<FaceRecognitionError::DetectionFailed>(error);
@@ -85,7 +84,7 @@ const FaceScan::Step& FaceScan::take(const CameraFrame& frame, const Services& s
 }
 
 const FaceScan::Step& FaceScan::judge(Findings findings, Date at, TimeInterval duration) {
-    // Of a frame that has just been taken, known already.
+    // A frame that has just been taken.
     pace_.add(at);
     auto& [measured, fault, recognition, rectangle] = findings;
     if (recognition) {
@@ -173,8 +172,7 @@ FaceScan::Findings FaceScan::measure(const CameraFrame& frame, const DetectedFac
     return findings;
 }
 
-/// A face stays where its box still meets the last one, and goes on looking like itself: the lowest
-/// similarity that counts as a match at all.
+/// The same face: its box meets the last one, and it is as similar as the loosest match.
 bool FaceScan::isFollowed(const FaceRecognition& recognition, Date at) const {
     if (!followed_) return false;
     const TimeInterval gone = at - followed_->at;

@@ -26,8 +26,7 @@
 
 namespace marrowby {
 
-/// One look: the face it follows from frame to frame, and what is known of that face's liveness.
-/// Used on the camera's queue only.
+/// One scan: the face followed from frame to frame, and its liveness. Camera queue only.
 class FaceScan {
   public:
     /// What one frame gave.
@@ -35,8 +34,7 @@ class FaceScan {
         std::expected<FaceRecognition, FaceRecognitionError> recognition;
         /// After the frame.
         LivenessSnapshot liveness;
-        /// What did not work although a face, or the search for one, was there; for the user. Such
-        /// a frame does not confirm.
+        /// An error, for the user. Such a frame never confirms.
         std::optional<std::string> fault;
         /// How long the frame took.
         TimeInterval duration{};
@@ -50,18 +48,18 @@ class FaceScan {
         const Imaging& imaging;
         const FourierTransform& fourier;
         const SystemClock& clock;
-        /// Measures while the face is recognised; without it that comes afterwards.
+        /// Measures liveness beside the recognition; null: after it.
         WorkQueue* helper = nullptr;
     };
 
     /// What one frame shows by itself.
     struct Findings {
         LivenessFrame liveness;
-        /// As a step has it.
+        /// As in a step.
         std::optional<std::string> fault;
         std::expected<FaceRecognition, FaceRecognitionError> recognition =
             std::unexpected<FaceRecognitionError>(FaceRecognitionError::NoFace{});
-        /// Around the head, held up or not.
+        /// A rectangle around the head, held up or not.
         std::optional<devicebezeldetector::Observation> rectangle = std::nullopt;
     };
 
@@ -70,21 +68,21 @@ class FaceScan {
     /// With other cues.
     FaceScan(LivenessMode mode, std::set<LivenessCue> enabledCues);
 
-    /// Takes the next frame. One with the stamp or the picture of the frame before is that frame
-    /// once more and changes nothing. A frame within a burst, or one that not all could be measured
-    /// in, adds no score. The counts that decide follow the camera's pace.
+    /// Takes the next frame. One with the timestamp or the picture of the previous frame changes
+    /// nothing. A frame of a burst, or with a fault, adds no score. The counts that decide follow
+    /// the camera's pace.
     const Step& take(const CameraFrame& frame, const Services& services);
-    /// The two halves of it, for who keeps what frames showed to judge it again.
+    /// The two halves of take(), for keeping findings and judging them again.
     [[nodiscard]] Findings study(const CameraFrame& frame, const Services& services) const;
     const Step& judge(Findings findings, Date at, TimeInterval duration = {});
 
   private:
-    /// The face that is followed, when it was last seen.
+    /// The followed face as last seen.
     struct Followed {
         Rect box;
         Embedding embedding;
         Date at;
-        /// There were frames without it since.
+        /// Missing from a frame since.
         bool wasMissed = false;
     };
 
@@ -97,7 +95,7 @@ class FaceScan {
     LivenessMode mode_;
     LivenessAnalyzer analyzer_;
     FrameRateEstimate pace_;
-    /// Without its source, which the camera wants back.
+    /// Without its source: the camera needs the buffer back.
     struct Taken {
         Bitmap image;
         Date at;
@@ -105,7 +103,7 @@ class FaceScan {
     std::optional<Taken> lastFrame_;
     std::optional<Date> lastScoredAt_;
     std::optional<Followed> followed_;
-    /// Names the followed face: the number of faces that this look has followed.
+    /// Identifies the followed face: how many this scan has followed.
     UUID subject_;
     std::uint32_t subjectCount_ = 0;
     std::optional<Step> last_;

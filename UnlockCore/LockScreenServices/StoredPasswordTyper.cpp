@@ -42,7 +42,7 @@ void StoredPasswordTyper::typeStoredPassword(std::function<bool()> stillLocked,
             return keystrokeinjector::typePassword(keyEvents, password, mayGoOn);
         });
         mainThread.post([outcome = outcomeOf(typing, words), completion] { completion(outcome); });
-        // The keyboard goes back only now, which may take seconds.
+        // `typing` gives the keyboard back as it goes, which may take seconds.
     });
 }
 

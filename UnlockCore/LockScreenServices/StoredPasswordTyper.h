@@ -13,8 +13,8 @@
 
 namespace marrowby {
 
-/// Types the saved password on the background queue. A typing stops where the vault is locked, and
-/// when this is destroyed, which waits for it: only the main thread outlives the queue's work.
+/// Types the saved password on the background queue. A typing stops when the vault is locked. The
+/// destructor stops it and waits; of the references only the main thread is used after that.
 class StoredPasswordTyper final : public PasswordTyping {
   public:
     StoredPasswordTyper(const CredentialStore& credentials, KeyEvents& keyEvents,
@@ -30,7 +30,7 @@ class StoredPasswordTyper final : public PasswordTyping {
 
     void typeStoredPassword(std::function<bool()> stillLocked,
                             std::function<void(TypingOutcome)> completion) override;
-    /// Whatever is under way ends as stopped. Any thread.
+    /// A typing under way ends as stopped. Any thread.
     void stop() { typings_->stop(); }
 
   private:

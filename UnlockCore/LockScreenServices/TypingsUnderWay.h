@@ -7,11 +7,10 @@
 
 namespace marrowby {
 
-/// Lets whoever orders typings on another thread stop them, and go only once the last has ended.
-/// Shared by both; any thread.
+/// Stops typings on another thread, and waits for the last. Shared by both threads; any thread.
 class TypingsUnderWay {
   public:
-    /// An order for one typing: void once anything was stopped after it was given.
+    /// One typing; void once stop() or end() was called after it was given.
     using Order = std::uint64_t;
 
     [[nodiscard]] Order order() const EXCLUDES(mutex_);
@@ -28,7 +27,7 @@ class TypingsUnderWay {
         Turn(const Turn&) = delete;
         Turn& operator=(const Turn&) = delete;
 
-        /// Where it is not, what the typing was to use may be gone.
+        /// False: what the typing would use may be gone.
         [[nodiscard]] bool isTaken() const { return isTaken_; }
 
       private:
@@ -36,9 +35,9 @@ class TypingsUnderWay {
         const bool isTaken_;
     };
 
-    /// Makes all orders void that were given.
+    /// Voids all orders given.
     void stop() EXCLUDES(mutex_);
-    /// Stops, and waits for those under way. Nobody orders after this.
+    /// Stops, and waits for those under way. The last call.
     void end() EXCLUDES(mutex_);
 
   private:

@@ -11,15 +11,15 @@
 
 namespace marrowby {
 
-/// Locks the vault once it has gone unused for the limit, looking every five minutes while started.
+/// Locks the vault once it has gone unused for the limit; checks every five minutes while started.
 /// Main thread.
 class VaultAutoLocker {
   public:
-    /// `limit` is asked at every look; nothing means never.
+    /// `limit` is asked at every check; nothing means never.
     VaultAutoLocker(Vault& vault, std::function<std::optional<TimeInterval>()> limit,
                     MainThread& mainThread, SystemClock& clock);
 
-    /// Looks at once, too; nothing while started.
+    /// Checks at once, too; nothing while started.
     void start();
     void stop();
     void check(Date now);

@@ -11,10 +11,18 @@ namespace marrowby {
 /// System calls for a V4L2 camera. A result below 0 is a negative errno, never EINTR. Any thread.
 class V4l2Calls {
   public:
+    struct Node {
+        std::string path;
+        std::uint64_t inode = 0;
+        /// When it was made or its permissions changed, nanoseconds.
+        std::int64_t changedAt = 0;
+        friend bool operator==(const Node&, const Node&) = default;
+    };
+
     virtual ~V4l2Calls() = default;
 
-    /// All video nodes in ascending order of their numbers.
-    [[nodiscard]] virtual std::vector<std::string> nodes() = 0;
+    /// All video nodes in ascending order of their numbers. Opens none.
+    [[nodiscard]] virtual std::vector<Node> nodes() = 0;
     /// Whether this user may read and write the node, without opening it.
     [[nodiscard]] virtual bool mayOpen(const std::string& node) = 0;
     /// Opens for non-blocking use.

@@ -23,6 +23,12 @@ struct Camera {
     std::string node;
 };
 
+struct Search {
+    std::vector<Camera> found;
+    /// No node failed to answer, as it may while it wakes.
+    bool isWhole = true;
+};
+
 std::string sentence(int error) {
     switch (error) {
         case EBUSY:
@@ -38,12 +44,16 @@ std::string sentence(int error) {
 
 /// All cameras, or those up to the wanted one. Identified by bus position and name: one device may
 /// hold several cameras, and of the nodes of one camera only the first is kept.
-std::vector<Camera> cameras(const std::shared_ptr<V4l2Calls>& calls,
-                            const std::optional<std::string>& wantedID = std::nullopt) {
-    std::vector<Camera> found;
-    for (const std::string& node : calls->nodes()) {
-        const auto device = V4l2Device::open(calls, node);
-        if (!device) continue;
+Search cameras(const std::shared_ptr<V4l2Calls>& calls,
+               const std::optional<std::string>& wantedID = std::nullopt) {
+    Search search;
+    auto& found = search.found;
+    for (const V4l2Calls::Node& node : calls->nodes()) {
+        const auto device = V4l2Device::open(calls, node.path);
+        if (!device) {
+            if (device.error() != ENOTTY && device.error() != EACCES) search.isWhole = false;
+            continue;
+        }
         const std::string& card = (*device)->card();
         const std::string& bus = (*device)->bus();
         const CaptureDeviceDescription description{.uniqueID = std::string(bus).append("/" + card),
@@ -52,14 +62,14 @@ std::vector<Camera> cameras(const std::shared_ptr<V4l2Calls>& calls,
             std::ranges::find(found, description, &Camera::description) != found.end();
         // No convertible mode, as with an infrared camera.
         if (isKnown || (*device)->modes().empty()) continue;
-        found.push_back({description, node});
+        found.push_back({description, node.path});
         if (description.uniqueID == wantedID) break;
     }
-    return found;
+    return search;
 }
 
 std::optional<Camera> cameraNamed(const std::shared_ptr<V4l2Calls>& calls, const std::string& id) {
-    auto found = cameras(calls, id);
+    auto found = cameras(calls, id).found;
     if (found.empty() || found.back().description.uniqueID != id) return std::nullopt;
     return std::move(found.back());
 }
@@ -258,9 +268,10 @@ V4l2CaptureSession::~V4l2CaptureSession() {
 
 CaptureAuthorization V4l2CaptureSession::authorization() const {
     const auto nodes = calls_->nodes();
-    const bool isOpen = nodes.empty() || std::ranges::any_of(nodes, [&](const std::string& node) {
-                            return calls_->mayOpen(node);
-                        });
+    const bool isOpen =
+        nodes.empty() || std::ranges::any_of(nodes, [&](const V4l2Calls::Node& node) {
+            return calls_->mayOpen(node.path);
+        });
     return isOpen ? CaptureAuthorization::authorized : CaptureAuthorization::denied;
 }
 
@@ -270,13 +281,21 @@ void V4l2CaptureSession::requestAccess(std::function<void(bool)> reply) {
 
 std::vector<CaptureDeviceDescription> V4l2CaptureSession::discover(
     std::span<const CaptureDeviceType> types) const {
-    std::vector<CaptureDeviceDescription> result;
     const bool isAsked = std::ranges::any_of(
         types, [](CaptureDeviceType type) { return type != CaptureDeviceType::continuityCamera; });
-    if (!isAsked) return result;
-    for (Camera& camera : cameras(calls_))
-        result.push_back(std::move(camera.description));
-    return result;
+    if (!isAsked) return {};
+    auto nodes = calls_->nodes();
+    if (!listing_ || listing_->nodes != nodes) {
+        Search search = cameras(calls_);
+        std::vector<CaptureDeviceDescription> result;
+        result.reserve(search.found.size());
+        for (Camera& camera : search.found)
+            result.push_back(std::move(camera.description));
+        listing_.reset();
+        if (!search.isWhole) return result;
+        listing_ = Listing{.nodes = std::move(nodes), .cameras = std::move(result)};
+    }
+    return listing_->cameras;
 }
 
 std::optional<CaptureDeviceDescription> V4l2CaptureSession::device(
@@ -291,7 +310,7 @@ std::optional<CaptureDeviceDescription> V4l2CaptureSession::defaultDevice(
 }
 
 std::optional<CaptureDeviceDescription> V4l2CaptureSession::defaultDevice() const {
-    auto all = cameras(calls_);
+    auto all = cameras(calls_).found;
     return all.empty() ? std::nullopt : std::optional(std::move(all.front().description));
 }
 

@@ -4,6 +4,8 @@
 #include "UnlockCore/Platform/CaptureSession.h"
 
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace marrowby {
 
@@ -25,7 +27,7 @@ class V4l2CaptureSession final : public CaptureSession {
     void requestAccess(std::function<void(bool)> reply) override;
 
     /// V4L2 does not tell built-in from external cameras: each is returned for either type, with no
-    /// known position.
+    /// known position. Devices are opened only when the nodes have changed.
     [[nodiscard]] std::vector<CaptureDeviceDescription> discover(
         std::span<const CaptureDeviceType> types) const override;
     [[nodiscard]] std::optional<CaptureDeviceDescription> device(
@@ -53,7 +55,14 @@ class V4l2CaptureSession final : public CaptureSession {
     class Input;
     class Stream;
 
+    /// What discover() found, and among which nodes.
+    struct Listing {
+        std::vector<V4l2Calls::Node> nodes;
+        std::vector<CaptureDeviceDescription> cameras;
+    };
+
     const std::shared_ptr<V4l2Calls> calls_;
+    mutable std::optional<Listing> listing_;
     const std::shared_ptr<Stream> stream_;
     Input* input_ = nullptr;
 };

@@ -11,6 +11,7 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace marrowby {
@@ -30,7 +31,7 @@ int retried(const Call& call) {
 
 }  // namespace
 
-std::vector<std::string> V4l2SystemCalls::nodes() {
+std::vector<V4l2Calls::Node> V4l2SystemCalls::nodes() {
     std::vector<std::pair<int, std::string>> found;
     std::error_code error;
     for (std::filesystem::directory_iterator entry("/dev", error), end; !error && entry != end;
@@ -44,10 +45,17 @@ std::vector<std::string> V4l2SystemCalls::nodes() {
             found.emplace_back(number, entry->path().string());
     }
     std::ranges::sort(found);
-    std::vector<std::string> nodes;
+    constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
+    std::vector<Node> nodes;
     nodes.reserve(found.size());
-    for (auto& [number, path] : found)
-        nodes.push_back(std::move(path));
+    for (auto& [number, path] : found) {
+        struct stat status{};
+        if (::stat(path.c_str(), &status) != 0) continue;
+        nodes.push_back(
+            {.path = std::move(path),
+             .inode = status.st_ino,
+             .changedAt = status.st_ctim.tv_sec * nanosecondsPerSecond + status.st_ctim.tv_nsec});
+    }
     return nodes;
 }
 

@@ -6,7 +6,7 @@ namespace marrowby {
 
 class V4l2SystemCalls final : public V4l2Calls {
   public:
-    [[nodiscard]] std::vector<std::string> nodes() override;
+    [[nodiscard]] std::vector<Node> nodes() override;
     [[nodiscard]] bool mayOpen(const std::string& node) override;
     [[nodiscard]] int open(const std::string& node) override;
     void close(int file) override;

@@ -69,7 +69,7 @@ class KillWhileSavingTest : public testing::Test, protected FakeComputer {
         settle();
         for (std::int64_t round = 0;; ++round) {
             save(model, nameOf(round));
-            model.setLookEnabled(model.state().identities.front().id, round % 2 == 0,
+            model.setFaceEnabled(model.state().identities.front().id, round % 2 == 0,
                                  [](const auto&) {});
             settle();
             UnlockSettings changed = model.settings();
@@ -87,9 +87,9 @@ class KillWhileSavingTest : public testing::Test, protected FakeComputer {
 TEST_F(KillWhileSavingTest, losesNoSavedData) {
     auto model =
         std::make_unique<UnlockModel>(platform(), realResources(), UnlockModel::Callbacks{});
-    model->captureLook([](const auto&) {});
+    model->captureFace([](const auto&) {});
     holdAllPoses();
-    model->saveCapturedLook("Anna", [](const auto&) {});
+    model->saveCapturedFace("Anna", [](const auto&) {});
     settle();
     save(*model, "secret");
     ASSERT_TRUE(model->state().isEnrolled && model->state().hasPassword);

@@ -2,7 +2,7 @@
 #include "Tests/Fakes/SharedFolder.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "Unlock/Model/ModelPack.h"
-#include "Unlock/Model/PublishedNetworks.h"
+#include "Unlock/Model/PublishedModels.h"
 
 #include <fstream>
 #include <functional>

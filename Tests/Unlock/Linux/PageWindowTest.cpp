@@ -69,8 +69,8 @@ WindowPage everything() {
                                  .fix = button(Control::fix, "Fix…")},
                      Row::Toggle{{Control::enabled}, "Toggle", "What it does.", true},
                      Row::Choice{{Control::camera}, "Choice", "", {"one", "two", "three"}, 1},
-                     Row::Actions{"Actions", "", {button(Control::addLook, "Add")}},
-                     Row::TextField{{Control::lookName}, "Name", "Ada"},
+                     Row::Actions{"Actions", "", {button(Control::addFace, "Add")}},
+                     Row::TextField{{Control::faceName}, "Name", "Ada"},
                      Row::SecretField{{Control::password}, "Password"},
                      Row::Guide{0.5, 90.0, "Turn right"}, Row::Log{{"a line"}}},
             .problem = "Something went wrong.",
@@ -124,8 +124,8 @@ TEST_F(PageWindowTest, reportsOnlyTheUsersActions) {
 
     QTest::mouseClick(&control(Control::enabled), Qt::LeftButton);
     QTest::keyClick(&control(Control::camera), Qt::Key_Down);
-    QTest::keyClick(&control(Control::lookName), Qt::Key_End);
-    QTest::keyClick(&control(Control::lookName), 'e');
+    QTest::keyClick(&control(Control::faceName), Qt::Key_End);
+    QTest::keyClick(&control(Control::faceName), 'e');
     QTest::mouseClick(&control(Control::fix), Qt::LeftButton);
     QTest::keyClick(&control(Control::password), 'x');
     QTest::keyClick(&control(Control::password), Qt::Key_V, Qt::ControlModifier);
@@ -133,13 +133,13 @@ TEST_F(PageWindowTest, reportsOnlyTheUsersActions) {
     EXPECT_THAT(
         presenter.calls,
         ElementsAre("off" + of(Control::enabled), "choose 2" + of(Control::camera),
-                    "enter “Adae”" + of(Control::lookName), "secret of 0" + of(Control::password),
+                    "enter “Adae”" + of(Control::faceName), "secret of 0" + of(Control::password),
                     "press" + of(Control::fix), "secret of 1" + of(Control::password),
                     "press" + of(Control::goForward)));
     // The presenter rejected all of it.
     EXPECT_TRUE(control<QCheckBox>(Control::enabled).isChecked());
     EXPECT_EQ(control<QComboBox>(Control::camera).currentIndex(), 1);
-    EXPECT_EQ(control<QLineEdit>(Control::lookName).text(), "Ada");
+    EXPECT_EQ(control<QLineEdit>(Control::faceName).text(), "Ada");
 
     presenter.calls.clear();
     QTest::keyClick(&window(), Qt::Key_Escape);
@@ -158,7 +158,7 @@ TEST_F(PageWindowTest, reportsOnlyTheUsersActions) {
 TEST_F(PageWindowTest, keepsFocusAndTypedTextWhileThePageStays) {
     presenter.shown = everything();
     show();
-    auto& name = control<QLineEdit>(Control::lookName);
+    auto& name = control<QLineEdit>(Control::faceName);
     EXPECT_TRUE(name.hasFocus()) << "the first field of a new page";
     name.setCursorPosition(1);
     auto& secret = control<SecretField>(Control::password);
@@ -170,7 +170,7 @@ TEST_F(PageWindowTest, keepsFocusAndTypedTextWhileThePageStays) {
     presenter.shown.rows.erase(presenter.shown.rows.begin() + 3);
     presenter.shown.buttons.erase(presenter.shown.buttons.begin());
     redraw();
-    EXPECT_EQ(&control<QLineEdit>(Control::lookName), &name);
+    EXPECT_EQ(&control<QLineEdit>(Control::faceName), &name);
     EXPECT_TRUE(name.hasFocus());
     EXPECT_EQ(name.cursorPosition(), 1);
     EXPECT_EQ(control<SecretField>(Control::password).characterCount(), 2U);

@@ -5,8 +5,6 @@
 namespace marrowby {
 namespace {
 
-using Outcome = std::expected<void, std::string>;
-
 class UnlockModelTest : public testing::Test, protected FakeComputer {
   protected:
     UnlockModelTest() { start(); }
@@ -28,7 +26,7 @@ class UnlockModelTest : public testing::Test, protected FakeComputer {
 
     Outcome openVault() {
         std::optional<Outcome> outcome;
-        model->openVault("look", [&](const Outcome& result) { outcome = result; });
+        model->openVault([&](const Outcome& result) { outcome = result; });
         settle();
         return outcome.value_or(std::unexpected("never completed"));
     }
@@ -94,7 +92,7 @@ TEST_F(UnlockModelTest, saysWhyAnEnrolmentCannotBegin) {
     for (const Case& one : cases) {
         one.breakIt();
         std::optional<Outcome> outcome;
-        model->captureLook([&](const Outcome& result) { outcome = result; });
+        model->captureFace([&](const Outcome& result) { outcome = result; });
         settle();
         EXPECT_EQ(outcome, std::optional<Outcome>(std::unexpected(one.sentence)));
         EXPECT_TRUE(owner.prompts.empty());

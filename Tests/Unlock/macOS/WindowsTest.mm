@@ -26,7 +26,7 @@ class EveryRow final : public WindowPresenter {
 
     [[nodiscard]] WindowPage page() const override {
         const auto id = [](std::size_t item) {
-            return ControlID{.control = WindowControl::useLook, .item = item};
+            return ControlID{.control = WindowControl::useFace, .item = item};
         };
         std::vector<WindowRow> rows{
             WindowRow::Heading{"Heading"},

@@ -43,11 +43,11 @@ class NotingScanner final : public FaceScanning {
   public:
     explicit NotingScanner(Calls& calls) : calls_(calls) {}
     std::optional<std::string> failsAtOnceWith;
-    LookID look{};
+    ScanID look{};
     ScanConfiguration configuration;
     Callbacks callbacks;
 
-    void start(LookID id, const ScanConfiguration& scan, Callbacks told) override {
+    void start(ScanID id, const ScanConfiguration& scan, Callbacks told) override {
         calls_.push_back("startCamera " + std::to_string(static_cast<std::int64_t>(id)));
         look = id;
         configuration = scan;
@@ -86,11 +86,10 @@ class UnlockCoordinatorTest : public testing::Test {
         readiness.passwordSaved = readiness.accessibilityTrusted = readiness.spaceKeyAccess = true;
         readiness.triggers = {UnlockTrigger::onReturn, UnlockTrigger::onSpace};
         readiness.scanDuration = TimeInterval(5);
-        FaceIdentity robin;
         robin.name = "Robin";
         robin.samples.resize(1);
         readiness.scan = {.cameraID = "desk",
-                          .identities = {robin},
+                          .identities = facesOf({robin}),
                           .threshold = 0.58F,
                           .livenessMode = LivenessMode::strict};
         lockState.setLocked(true);
@@ -99,9 +98,11 @@ class UnlockCoordinatorTest : public testing::Test {
 
     std::unique_ptr<UnlockCoordinator> makeCoordinator(UnlockCoordinator::Presenting* island) {
         auto made = std::make_unique<UnlockCoordinator>(
-            PasswordHealth(),
-            UnlockCoordinator::Collaborators{lockState, scanner, typer, island, spaceKeys, activity,
-                                             clock, [this] { return readiness; }});
+            PasswordHealth(), UnlockCoordinator::Collaborators{lockState, scanner, typer, island,
+                                                               spaceKeys, activity, clock, [this] {
+                                                                   ++readinessAsked;
+                                                                   return readiness;
+                                                               }});
         made->setCallbacks({.onHealthChange = [this](const PasswordHealth& h) { health = h; },
                             .onAskToUpdatePassword = [this] { ++asked; },
                             .onLog = [this](const LogLine& line) { calls.push_back(line.text()); },
@@ -109,6 +110,9 @@ class UnlockCoordinatorTest : public testing::Test {
         return made;
     }
 
+    static EnrolledFaces facesOf(std::vector<FaceIdentity> faces) {
+        return std::make_shared<const std::vector<FaceIdentity>>(std::move(faces));
+    }
     Calls takeCalls() { return std::exchange(calls, {}); }
     Calls callsOf(Event event) {
         calls.clear();
@@ -119,6 +123,17 @@ class UnlockCoordinatorTest : public testing::Test {
         scanner.callbacks.onFrame(scanner.look,
                                   ScanObservation::Face{MatchedFace{UUID(), "Robin", 0.7F},
                                                         LivenessDecision::Confirmed{}});
+    }
+    /// A face that is not known to be alive yet.
+    void seesSomebody() {
+        scanner.callbacks.onFrame(
+            scanner.look,
+            ScanObservation::Face{MatchedFace{UUID(), "Robin", 0.7F}, LivenessDecision::Waiting{}});
+    }
+    void startScan() {
+        coordinator->send(Event::Lock{LockEvent::screenLocked});
+        coordinator->send(Event::Activate{});
+        calls.clear();
     }
     void typePassword() {
         coordinator->send(Event::Lock{LockEvent::screenLocked});
@@ -133,6 +148,9 @@ class UnlockCoordinatorTest : public testing::Test {
 
     Calls calls;
     UnlockReadiness readiness;
+    /// How often that was asked for.
+    int readinessAsked = 0;
+    FaceIdentity robin;
     PasswordHealth health;
     int asked = 0;
     FakeMainThread main;
@@ -198,6 +216,87 @@ TEST_F(UnlockCoordinatorTest, wakesTheMachineAtEachDeadlineWithoutPolling) {
     EXPECT_THAT(main.timers(), IsEmpty());
 }
 
+TEST_F(UnlockCoordinatorTest, aFrameWithoutEffectsReadsNothingAndSharesTheFaces) {
+    startScan();
+    EXPECT_EQ(scanner.configuration.identities.get(), readiness.scan.identities.get());
+    const int reads = lockState.reads();
+    const int askedBefore = readinessAsked;
+    for (int frame = 0; frame < 10; ++frame)
+        seesSomebody();
+    EXPECT_EQ(lockState.reads(), reads);
+    EXPECT_EQ(readinessAsked, askedBefore);
+    EXPECT_EQ(main.timers().size(), 1U);
+    seesRobin();
+    EXPECT_EQ(lockState.reads(), reads + 1) << "typing is decided on a lock read for it";
+    EXPECT_EQ(readinessAsked, askedBefore + 1);
+}
+
+/// Between two frames of a scan something changes that nobody tells the coordinator of.
+TEST_F(UnlockCoordinatorTest, typesOnlyOnWhatHoldsWhenItIsDecided) {
+    struct Case {
+        const char* name;
+        std::function<void()> change;
+        Calls calls;
+    };
+    const std::string off = "listenForSpace off";
+    const std::string unwatched = "watchActivity off";
+    const Case cases[] = {
+        {"the lock is gone",
+         [this] { lockState.setLocked(false); },
+         {"stopCamera", "overlay leaving", off, unwatched, "changed"}},
+        {"the vault is locked",
+         [this] { readiness.vaultUnlocked = false; },
+         {"stopCamera", "stopCamera", "overlay hidden", "Stood down (refused: vaultLocked)", off,
+          unwatched, "changed"}},
+        {"the password is erased",
+         [this] { readiness.passwordSaved = false; },
+         {"stopCamera", "stopCamera", "overlay hidden", "Stood down (refused: noPassword)", off,
+          unwatched, "changed"}},
+        {"it is switched off",
+         [this] { readiness.isEnabled = false; },
+         {"stopCamera", "stopCamera", "overlay hidden", "Stood down (refused: off)", off, unwatched,
+          "changed"}},
+        {"it may not type any more",
+         [this] { readiness.accessibilityTrusted = false; },
+         {"stopCamera", "overlay failure: Needs permission", "Needs permission", "changed"}},
+    };
+    const UnlockReadiness allThere = readiness;
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.name);
+        readiness = allThere;
+        lockState.setLocked(true);
+        coordinator = makeCoordinator(&presenter);
+        startScan();
+        seesSomebody();
+        calls.clear();
+        each.change();
+        seesRobin();
+        EXPECT_EQ(takeCalls(), each.calls);
+    }
+}
+
+TEST_F(UnlockCoordinatorTest, followsWhatChangesDuringAScan) {
+    startScan();
+    seesSomebody();
+    robin.isEnabled = false;
+    readiness.scan.identities = facesOf({robin});
+    EXPECT_THAT(callsOf(Event::SettingsChanged{}),
+                ElementsAre("stopCamera", "overlay hidden", "Stood down (can’t unlock now)",
+                            "listenForSpace off", "watchActivity off", "changed"));
+
+    robin.isEnabled = true;
+    readiness.scan.identities = facesOf({robin});
+    coordinator = makeCoordinator(&presenter);
+    startScan();
+    lockState.setLocked(false);
+    seesSomebody();
+    EXPECT_THAT(takeCalls(), ElementsAre("changed")) << "nobody told of the unlock";
+    main.jump(UnlockCoordinator::longestReadingAge);
+    seesSomebody();
+    EXPECT_THAT(takeCalls(), ElementsAre("stopCamera", "overlay leaving", "listenForSpace off",
+                                         "watchActivity off", "changed"));
+}
+
 TEST_F(UnlockCoordinatorTest, suspendsTypingAndAsksAtTheNextUnlock) {
     for (int attempt = 0; attempt < 2; ++attempt) {
         typePassword();
@@ -219,15 +318,18 @@ TEST_F(UnlockCoordinatorTest, suspendsTypingAndAsksAtTheNextUnlock) {
 }
 
 TEST_F(UnlockCoordinatorTest, onlyAnEnabledFaceWithSamplesCounts) {
-    FaceIdentity& robin = readiness.scan.identities.front();
     robin.isEnabled = false;
+    readiness.scan.identities = facesOf({robin});
     coordinator->send(Event::Lock{LockEvent::screenLocked});
     EXPECT_FALSE(activity.isOn);
     robin.isEnabled = true;
     robin.samples.clear();
+    readiness.scan.identities = facesOf({robin});
     coordinator->send(Event::SettingsChanged{});
     EXPECT_FALSE(activity.isOn);
-    readiness.scan.identities.emplace_back().samples.resize(1);
+    FaceIdentity sam;
+    sam.samples.resize(1);
+    readiness.scan.identities = facesOf({robin, sam});
     coordinator->send(Event::SettingsChanged{});
     EXPECT_TRUE(activity.isOn);
 }
@@ -239,7 +341,7 @@ TEST_F(UnlockCoordinatorTest, lateCallbacksFindItGone) {
     calls.clear();
     coordinator.reset();
     EXPECT_THAT(main.timers(), IsEmpty());
-    scannerCallbacks.onFrame(LookID{1}, ScanObservation::NoFace{});
+    scannerCallbacks.onFrame(ScanID{1}, ScanObservation::NoFace{});
     scannerCallbacks.onCameraFailed("Gone.");
     typer.complete(TypingOutcome::Typed{});
     EXPECT_TRUE(typer.stillLocked());

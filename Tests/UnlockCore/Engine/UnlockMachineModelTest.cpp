@@ -115,7 +115,7 @@ class Fate {
             case 2:
                 return Event::CameraFailed{"The camera went away."};
             case 3:
-                return frame(LookID{below(9)});
+                return frame(ScanID{below(9)});
             case 4:
                 return outcome(below(3));
             case 5:
@@ -135,7 +135,7 @@ class Fate {
         return Event::Typed{TypingOutcome::Typed{}};
     }
 
-    Event frame(LookID id) {
+    Event frame(ScanID id) {
         if (happens(5)) return Event::Frame{id, ScanObservation::NoFace{}};
         if (happens(9)) return Event::Frame{id, ScanObservation::CutOff{}};
         ScanObservation::Face face;
@@ -292,7 +292,7 @@ class Witness {
     bool listening_ = false;
     bool watching_ = false;
     bool noticeGoes_ = false;
-    LookID lastLook_{};
+    ScanID lastLook_{};
     int looksStarted_ = 0;
     int typings_ = 0;
     int stops_ = 0;

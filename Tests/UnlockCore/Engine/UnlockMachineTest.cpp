@@ -80,23 +80,23 @@ class UnlockMachineTest : public testing::Test {
     [[nodiscard]] Event activity(double quietFor = 60) const {
         return Event::Activity{{world.now, TimeInterval(quietFor)}};
     }
-    [[nodiscard]] LookID currentLook() const {
+    [[nodiscard]] ScanID currentScan() const {
         const auto* scanning = std::get_if<UnlockMachine::Phase::Scanning>(&machine.phase());
-        return scanning != nullptr ? scanning->scan.id : LookID{};
+        return scanning != nullptr ? scanning->scan.id : ScanID{};
     }
     [[nodiscard]] Event sees(LivenessDecision decision, const char* name = "Robin") const {
-        return Event::Frame{currentLook(),
+        return Event::Frame{currentScan(),
                             ScanObservation::Face{MatchedFace{UUID(), name, 0.7F}, decision}};
     }
     [[nodiscard]] Event seesStranger(LivenessDecision decision = undecided) const {
-        return Event::Frame{currentLook(), ScanObservation::Face{std::nullopt, decision}};
+        return Event::Frame{currentScan(), ScanObservation::Face{std::nullopt, decision}};
     }
     [[nodiscard]] Event seesNobody() const {
-        return Event::Frame{currentLook(), ScanObservation::NoFace{}};
+        return Event::Frame{currentScan(), ScanObservation::NoFace{}};
     }
 
     [[nodiscard]] Event seesCutOff() const {
-        return Event::Frame{currentLook(), ScanObservation::CutOff{}};
+        return Event::Frame{currentScan(), ScanObservation::CutOff{}};
     }
 
     UnlockSnapshot world;
@@ -310,7 +310,7 @@ TEST_F(UnlockMachineTest, onlyAMatchConfirmedInTheSameFrameConcludes) {
     expect(seesNobody(), {});
     expect(sees(wantsBoth), {});
     const Event stale =
-        Event::Frame{LookID{99}, ScanObservation::Face{MatchedFace{UUID(), "Kim", 0.9F}, live}};
+        Event::Frame{ScanID{99}, ScanObservation::Face{MatchedFace{UUID(), "Kim", 0.9F}, live}};
     expect(stale, {});
     expect(sees(live, ""), {"stopCamera", "overlay success", "typePassword", "log: Recognised "});
     expect(sees(live), {});

@@ -24,7 +24,7 @@
 namespace marrowby {
 namespace {
 
-constexpr LookID look{7};
+constexpr ScanID look{7};
 
 FaceIdentity identity(std::string name, Embedding embedding) {
     FaceIdentity identity;
@@ -41,7 +41,7 @@ class CameraFaceScannerTest : public testing::Test {
         session->cameras = {{.description = {"desk", "Desk camera"}, .formats = {}},
                             {.description = {"phone", "Phone"}, .formats = {}}};
         vision.addFace({0.4, 0.4, 0.3, 0.3}, {320, 240});
-        configuration.identities = {identity("Owner", {1, 0})};
+        enroll({identity("Owner", {1, 0})});
         configuration.threshold = 0.5F;
         make(queues);
     }
@@ -72,7 +72,7 @@ class CameraFaceScannerTest : public testing::Test {
 
     FaceScanning::Callbacks callbacks() {
         return {.onFrame =
-                    [this](LookID id, const ScanObservation& observation) {
+                    [this](ScanID id, const ScanObservation& observation) {
                         frames.emplace_back(id, observation);
                         if (onFrame) onFrame();
                     },
@@ -82,7 +82,11 @@ class CameraFaceScannerTest : public testing::Test {
                         if (onFailure) onFailure();
                     }};
     }
-    void start(LookID id = look) { scanner->start(id, configuration, callbacks()); }
+    void enroll(std::vector<FaceIdentity> faces) {
+        configuration.identities =
+            std::make_shared<const std::vector<FaceIdentity>>(std::move(faces));
+    }
+    void start(ScanID id = look) { scanner->start(id, configuration, callbacks()); }
     /// Everything that waits on any thread.
     void settle() {
         for (int turn = 0; turn < 2; ++turn) {
@@ -91,7 +95,7 @@ class CameraFaceScannerTest : public testing::Test {
         }
     }
     /// A look whose camera and networks are running.
-    void startFully(LookID id = look) {
+    void startFully(ScanID id = look) {
         start(id);
         settle();
     }
@@ -127,7 +131,7 @@ class CameraFaceScannerTest : public testing::Test {
     int antiSpoofLoads = 0;
 
     ScanConfiguration configuration;
-    std::vector<std::pair<LookID, ScanObservation>> frames;
+    std::vector<std::pair<ScanID, ScanObservation>> frames;
     std::vector<std::string> failures;
     double height = 240;
     std::function<void()> onFrame;
@@ -165,11 +169,14 @@ TEST_F(CameraFaceScannerTest, MatchesOnlyTheMostAlikeEnabledFaceAtTheThreshold) 
         EXPECT_EQ(match().has_value(), similarity > configuration.threshold) << similarity;
     }
     embedder->embedding = {1, 0};
-    configuration.identities.front().isEnabled = false;
-    configuration.identities.push_back(identity("Friend", {0.8F, 0.6F}));
+    std::vector<FaceIdentity> faces = *configuration.identities;
+    faces.front().isEnabled = false;
+    faces.push_back(identity("Friend", {0.8F, 0.6F}));
+    enroll(faces);
     startFully();
     EXPECT_EQ(match().value().name, "Friend");
-    configuration.identities.back().modelIdentifier = "another";
+    faces.back().modelIdentifier = "another";
+    enroll(faces);
     startFully();
     EXPECT_FALSE(match());
 }
@@ -222,14 +229,14 @@ TEST_F(CameraFaceScannerTest, FailsAtOnceWithoutACameraAndWorksAtTheNextLook) {
     EXPECT_FALSE(session->isRunning());
 
     session->cameras = cameras;
-    startFully(LookID{8});
+    startFully(ScanID{8});
     observe();
     ASSERT_EQ(frames.size(), 1U);
-    EXPECT_EQ(frames.front().first, LookID{8});
+    EXPECT_EQ(frames.front().first, ScanID{8});
 
     // A running camera does not stay on when the next look cannot open it.
     session->answer = CaptureAuthorization::denied;
-    startFully(LookID{9});
+    startFully(ScanID{9});
     EXPECT_EQ(failures.size(), 2U);
     EXPECT_FALSE(session->isRunning());
 }
@@ -244,7 +251,7 @@ TEST_F(CameraFaceScannerTest, LoadsBothNetworksOnceOffTheMainThread) {
     EXPECT_EQ(vision.rectangleRequests, 0) << "frames that come before the networks are skipped";
     settle();
     scanner->preload();
-    for (const LookID id : {LookID{1}, LookID{2}}) {
+    for (const ScanID id : {ScanID{1}, ScanID{2}}) {
         startFully(id);
         observe();
         scanner->stop();
@@ -268,12 +275,12 @@ TEST_F(CameraFaceScannerTest, EndsTheLookThatWaitsWhenANetworkFailsToLoadAndTrie
 
     embedderFault.reset();
     antiSpoofFault = RealFaceModelError::LoadFailed{"broken"};
-    startFully(LookID{8});
+    startFully(ScanID{8});
     EXPECT_EQ(failures.back(), description(*antiSpoofFault));
     EXPECT_FALSE(session->isRunning());
 
     antiSpoofFault.reset();
-    startFully(LookID{9});
+    startFully(ScanID{9});
     observe();
     EXPECT_EQ(failures.size(), 2U);
     EXPECT_EQ(frames.size(), 1U);
@@ -300,22 +307,22 @@ TEST_F(CameraFaceScannerTest, TellsNothingAfterStop) {
 }
 
 TEST_F(CameraFaceScannerTest, TellsNothingOfAnOlderLook) {
-    startFully(LookID{1});
+    startFully(ScanID{1});
     deliver();
     configuration.cameraID = "phone";
-    start(LookID{2});
+    start(ScanID{2});
     settle();
     EXPECT_TRUE(frames.empty());
     EXPECT_EQ(session->attached(), "phone");
     observe();
     ASSERT_EQ(frames.size(), 1U);
-    EXPECT_EQ(frames.front().first, LookID{2});
+    EXPECT_EQ(frames.front().first, ScanID{2});
     const auto& face = std::get<ScanObservation::Face>(frames.front().second);
     EXPECT_EQ(face.decision, LivenessDecision(LivenessDecision::Waiting{LivenessNeeds::realFace}));
 }
 
 TEST_F(CameraFaceScannerTest, LetsItsCallbacksStopAndStartIt) {
-    startFully(LookID{1});
+    startFully(ScanID{1});
     deliver();
     deliver();
     onFrame = [&] { scanner->stop(); };
@@ -327,13 +334,13 @@ TEST_F(CameraFaceScannerTest, LetsItsCallbacksStopAndStartIt) {
     configuration.cameraID = "phone";
     onFailure = [&] {
         session->inputFault.reset();
-        start(LookID{2});
+        start(ScanID{2});
     };
-    startFully(LookID{1});
+    startFully(ScanID{1});
     EXPECT_EQ(failures, std::vector<std::string>{"The camera couldn’t be opened: in use"});
     observe();
     ASSERT_EQ(frames.size(), 2U);
-    EXPECT_EQ(frames.back().first, LookID{2});
+    EXPECT_EQ(frames.back().first, ScanID{2});
 }
 
 TEST_F(CameraFaceScannerTest, GoesAwayWhileNetworksLoad) {

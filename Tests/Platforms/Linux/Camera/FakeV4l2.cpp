@@ -82,10 +82,11 @@ FakeV4l2::Camera* FakeV4l2::find(const std::string& node) {
     return found == cameras.end() ? nullptr : &*found;
 }
 
-std::vector<std::string> FakeV4l2::nodes() {
-    std::vector<std::string> nodes;
+std::vector<V4l2Calls::Node> FakeV4l2::nodes() {
+    std::vector<Node> nodes;
     for (const Camera& camera : cameras) {
-        if (camera.isPlugged) nodes.push_back(camera.node);
+        if (camera.isPlugged)
+            nodes.push_back({.path = camera.node, .inode = 1, .changedAt = camera.changes});
     }
     return nodes;
 }
@@ -100,6 +101,7 @@ int FakeV4l2::open(const std::string& node) {
     if (!camera) return -ENOENT;
     if (!camera->isAllowed) return -EACCES;
     ++camera->openFiles;
+    ++camera->openings;
     files_[++lastFile_].camera = camera;
     return lastFile_;
 }

@@ -53,6 +53,10 @@ class FakeV4l2 final : public V4l2Calls {
         std::uint32_t interval = 0;  // seconds are 1 / interval
         bool isStreaming = false;
         int openFiles = 0;
+        /// How often it was opened.
+        int openings = 0;
+        /// How often it was plugged in anew or its permissions changed.
+        int changes = 0;
     };
 
     FakeV4l2() = default;
@@ -67,7 +71,7 @@ class FakeV4l2 final : public V4l2Calls {
     /// Polls without a file.
     int plainWaits = 0;
 
-    [[nodiscard]] std::vector<std::string> nodes() override;
+    [[nodiscard]] std::vector<Node> nodes() override;
     [[nodiscard]] bool mayOpen(const std::string& node) override;
     [[nodiscard]] int open(const std::string& node) override;
     void close(int file) override;

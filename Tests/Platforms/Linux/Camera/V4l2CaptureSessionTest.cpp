@@ -148,6 +148,36 @@ TEST_F(V4l2CaptureSessionTest, findsUsableCameras) {
     EXPECT_TRUE(session.discover(std::array{CaptureDeviceType::continuityCamera}).empty());
 }
 
+TEST_F(V4l2CaptureSessionTest, opensNoCameraToListTheSameNodesAgain) {
+    system->cameras = {webcam(), webcam()};
+    system->cameras[1].node = "/dev/video1";
+    system->cameras[1].card = "Second";
+    const auto listed = [&] { return CameraManager::availableCameras(session).size(); };
+    const auto openings = [&] { return system->cameras[0].openings + system->cameras[1].openings; };
+    EXPECT_EQ(listed(), 2U);
+    const int atFirst = openings();
+    EXPECT_EQ(listed(), 2U);
+    EXPECT_EQ(openings(), atFirst);
+
+    system->cameras[1].isPlugged = false;
+    EXPECT_EQ(listed(), 1U);
+    system->cameras[1].isPlugged = true;
+    EXPECT_EQ(listed(), 2U);
+    device().isAllowed = false;
+    ++device().changes;
+    EXPECT_EQ(listed(), 1U);
+    device().isAllowed = true;
+    ++device().changes;
+    device().card = "Another";
+    EXPECT_EQ(CameraManager::availableCameras(session).front().name, "Another");
+
+    ++device().changes;
+    device().faults[VIDIOC_QUERYCAP] = EIO;
+    EXPECT_EQ(listed(), 1U);
+    device().faults.clear();
+    EXPECT_EQ(listed(), 2U) << "a camera that did not answer is asked again";
+}
+
 TEST_F(V4l2CaptureSessionTest, listsSizesAndRates) {
     system->cameras = {
         {.codings = {{mjpeg, {{1280, 720, {30}}}},

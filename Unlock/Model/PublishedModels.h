@@ -5,8 +5,8 @@
 
 namespace marrowby {
 
-/// What the standard pack is made of: the SHA-256 of the files as their publishers give them out,
-/// by the network's role. Tools/modelpack has the same, and where they come from.
+/// The SHA-256 of the standard pack's files as published, by the model's role. Tools/modelpack has
+/// the same sums, and the origins.
 struct PublishedFile {
     std::string_view role;
     std::string_view sha256;

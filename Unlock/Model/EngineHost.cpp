@@ -1,0 +1,62 @@
+#include "Unlock/Model/EngineHost.h"
+
+#include "Unlock/Model/ModelLoaders.h"
+
+#include <utility>
+
+namespace marrowby {
+
+using Event = UnlockCoordinator::Event;
+
+EngineHost::EngineHost(const Services& services, PasswordHealth health,
+                       UnlockCoordinator::Callbacks callbacks)
+    : platform_(services.platform),
+      ownKeystrokes_(platform_.inputIdle),
+      keyEvents_(platform_.keyEvents, ownKeystrokes_),
+      inputIdle_(platform_.inputIdle, ownKeystrokes_),
+      scanner_(platform_.scanCamera,
+               {.queues = platform_.queues,
+                .mainThread = platform_.mainThread,
+                .clock = platform_.clock,
+                .imaging = platform_.imaging,
+                .vision = platform_.scanVision,
+                .fourier = platform_.fourier,
+                .registry = services.cameraUse,
+                .words = platform_.words},
+               embedderLoader(services.models, platform_),
+               antiSpoofLoader(services.models, platform_)),
+      typer_(services.credentials, keyEvents_, platform_.queues, platform_.mainThread,
+             platform_.words),
+      spaceKeys_(platform_.spaceKeys, ownKeystrokes_),
+      activity_(inputIdle_, platform_.mainThread, platform_.clock),
+      clock_(platform_.clock, platform_.mainThread),
+      lockScreen_(platform_.windowServer, platform_.lockState),
+      island_({.lockScreen = lockScreen_,
+               .mainThread = platform_.mainThread,
+               .clock = platform_.clock}),
+      coordinator_(health, {.lockState = platform_.lockState,
+                            .scanner = scanner_,
+                            .typer = typer_,
+                            .presenter = &island_,
+                            .spaceKeys = spaceKeys_,
+                            .activity = activity_,
+                            .clock = clock_,
+                            .readiness = services.readiness}) {
+    coordinator_.setCallbacks(std::move(callbacks));
+    island_.onHover = [this] { coordinator_.send(Event::Activate{}); };
+    spaceKeys_.onSpace = [this] { coordinator_.send(Event::SpaceKey{}); };
+    activity_.onActivity = [this](const InputActivity& input) {
+        coordinator_.send(Event::Activity{input});
+    };
+    scanner_.preload();
+}
+
+void EngineHost::follow(LockEvent event) {
+    if (event == LockEvent::screenLocked && platform_.activities != nullptr)
+        lockedActivity_ = platform_.activities->begin("Waiting for you at the lock screen");
+    if (event == LockEvent::screenUnlocked) lockedActivity_.reset();
+    coordinator_.setSleeping(platform_.lockEvents.isSleeping());
+    coordinator_.send(Event::Lock{event});
+}
+
+}  // namespace marrowby

@@ -1,0 +1,148 @@
+#include "Unlock/Model/ProtectedData.h"
+
+#include "UnlockCore/Status/UnlockStatus.h"
+#include "UnlockCore/Storage/UnlockDataEraser.h"
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+#include <variant>
+
+namespace marrowby {
+
+namespace {
+
+std::string reason(ProtectedData::Purpose purpose, const PlatformWords& words) {
+    const std::string password(words.password.inSentence);
+    switch (purpose) {
+        case ProtectedData::Purpose::showOrChange:
+            return "open your saved face and " + password;
+        case ProtectedData::Purpose::savePassword:
+            return "save your " + password;
+        case ProtectedData::Purpose::saveFaceAndPassword:
+            return "save your face and " + password;
+    }
+    return {};
+}
+
+Outcome outcomeOf(const std::expected<void, StorageError>& result, const PlatformWords& words) {
+    if (result) return {};
+    const auto* refused = std::get_if<OwnerCheckError>(&result.error());
+    if (refused != nullptr && std::holds_alternative<OwnerCheckError::Cancelled>(*refused)) {
+        return std::unexpected(std::string(words.ownerCheck.prompt) +
+                               " was cancelled, so nothing was saved.");
+    }
+    return std::unexpected(description(result.error(), words));
+}
+
+}  // namespace
+
+ProtectedData::ProtectedData(const UnlockPlatform& platform, AppDataFolder folder,
+                             const ModelPack& models, Callbacks callbacks)
+    : platform_(platform),
+      folder_(std::move(folder)),
+      models_(models),
+      callbacks_(std::move(callbacks)),
+      vault_(platform_.keyStore, platform_.ownerCheck,
+             [&files = platform_.files, folder = folder_] {
+                 return files.exists(folder.facesFile()) || files.exists(folder.passwordFile());
+             },
+             {.cipher = platform_.cipher,
+              .mainThread = platform_.mainThread,
+              .clock = platform_.clock,
+              .didChange =
+                  [changed = weakSelf_.guarded(&ProtectedData::vaultChanged),
+                   &mainThread = platform_.mainThread, announce = platform_.vaultDidChange] {
+                      if (announce) announce();
+                      mainThread.post(changed);
+                  }}),
+      faces_({platform_.files, folder_.facesFile(), VaultPurpose::faces}, vault_, platform_.cipher,
+             platform_.clock, platform_.words),
+      credentials_({platform_.files, folder_.passwordFile(), VaultPurpose::password}, vault_),
+      autoLocker_(vault_, callbacks_.autoLockLimit, platform_.mainThread, platform_.clock) {}
+
+bool ProtectedData::isEnrolled() const {
+    if (faces_.isLoaded()) return !faces_.identities().empty();
+    return !faces_.loadFailure() && platform_.files.exists(folder_.facesFile());
+}
+
+bool ProtectedData::haveModelsChanged() const {
+    const std::vector<FaceIdentity> enabled = faces_.enabledIdentities();
+    return !enabled.empty() && std::ranges::none_of(enabled, [this](const FaceIdentity& face) {
+        return isComparable(face);
+    });
+}
+
+void ProtectedData::open(Purpose purpose, Completion completion) {
+    vault_.unlock(
+        reason(purpose, platform_.words),
+        weakSelf_.guarded([completion = std::move(completion)](
+                              ProtectedData& self, std::expected<void, StorageError> result) {
+            // vaultChanged() may still be posted.
+            if (result && !self.faces_.isLoaded()) result = self.load();
+            completion(outcomeOf(result, self.platform_.words));
+        }));
+}
+
+Outcome ProtectedData::saveFace(const CapturedFace& face, const std::string& name) {
+    return facesChanged(faces_.saveIdentity(face.samples, name, face.modelIdentifier,
+                                            face.dimension, std::nullopt, models_.sums));
+}
+
+Outcome ProtectedData::setFaceEnabled(UUID id, bool enabled) {
+    return facesChanged(faces_.setEnabled(enabled, id));
+}
+
+Outcome ProtectedData::removeFace(UUID id) {
+    // No faces, no file: isEnrolled() must tell before the vault is opened.
+    const bool isLast = faces().size() == 1 && faces().front().id == id;
+    return facesChanged(isLast ? faces_.removeAll() : faces_.remove(id));
+}
+
+Outcome ProtectedData::savePassword(SecretBytes& password) {
+    return outcomeOf(credentials_.save(password), platform_.words);
+}
+
+Outcome ProtectedData::eraseEverything() {
+    const auto report = UnlockDataEraser::erase(faces_, credentials_, vault_, platform_.words);
+    (void)facesChanged({});
+    if (report.problems.empty()) return {};
+    std::string problems;
+    for (const std::string& problem : report.problems)
+        problems += (problems.empty() ? "" : " ") + problem;
+    return std::unexpected(std::move(problems));
+}
+
+void ProtectedData::vaultChanged() {
+    Outcome loaded;
+    if (vault_.isUnlocked()) {
+        autoLocker_.start();
+        loaded = outcomeOf(load(), platform_.words);
+    } else {
+        autoLocker_.stop();
+    }
+    callbacks_.onVaultChange(loaded);
+}
+
+std::expected<void, StorageError> ProtectedData::load() {
+    auto loaded = faces_.load();
+    // Files of versions that kept no sums were made with the published models. A failure to write
+    // is tried again at the next load.
+    if (loaded && models_.isPublished) std::ignore = faces_.adoptModels(models_.sums);
+    (void)facesChanged({});
+    if (loaded && haveModelsChanged()) {
+        callbacks_.onLog(
+            {.detail = UnlockStatus(UnlockStatus::ModelsChanged{}).title(platform_.words)});
+    }
+    return loaded;
+}
+
+Outcome ProtectedData::facesChanged(const std::expected<void, StorageError>& result) {
+    std::vector<FaceIdentity> comparable;
+    std::ranges::copy_if(faces(), std::back_inserter(comparable),
+                         [this](const FaceIdentity& face) { return isComparable(face); });
+    comparableFaces_ = std::make_shared<const std::vector<FaceIdentity>>(std::move(comparable));
+    return outcomeOf(result, platform_.words);
+}
+
+}  // namespace marrowby
