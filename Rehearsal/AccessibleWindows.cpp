@@ -59,7 +59,7 @@ std::vector<Node> readNodes(const QDBusArgument& list) {
 
 class AccessibleWindows::Bus {
   public:
-    explicit Bus(std::string sessionBus) : session_(QString::fromStdString(sessionBus)) {}
+    explicit Bus(const std::string& sessionBus) : session_(QString::fromStdString(sessionBus)) {}
     Bus(const Bus&) = delete;
     Bus& operator=(const Bus&) = delete;
     ~Bus() { QDBusConnection::disconnectFromBus(connectionName); }
@@ -160,8 +160,8 @@ class AccessibleWindows::Bus {
     const QString session_;
 };
 
-AccessibleWindows::AccessibleWindows(std::string sessionBus)
-    : bus_(std::make_unique<Bus>(std::move(sessionBus))) {}
+AccessibleWindows::AccessibleWindows(const std::string& sessionBus)
+    : bus_(std::make_unique<Bus>(sessionBus)) {}
 
 AccessibleWindows::~AccessibleWindows() = default;
 

@@ -14,7 +14,7 @@ namespace marrowby {
 class AccessibleWindows {
   public:
     /// `sessionBus`: its address. Connects with the first call.
-    explicit AccessibleWindows(std::string sessionBus);
+    explicit AccessibleWindows(const std::string& sessionBus);
     ~AccessibleWindows();
     AccessibleWindows(const AccessibleWindows&) = delete;
     AccessibleWindows& operator=(const AccessibleWindows&) = delete;

@@ -18,8 +18,9 @@ std::expected<std::unique_ptr<ProgramJournal>, std::string> ProgramJournal::crea
     OwnedFile descriptor(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const bool fits = path.size() < sizeof address.sun_path;
     if (fits) std::ranges::copy(path, std::begin(address.sun_path));
-    if (!fits || ::bind(descriptor.get(), reinterpret_cast<const sockaddr*>(&address),
-                        sizeof address) != 0) {
+    if (!fits || descriptor.get() < 0 ||
+        ::bind(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) !=
+            0) {
         return std::unexpected("No journal could be made at “" + path + "”.");
     }
     return std::unique_ptr<ProgramJournal>(

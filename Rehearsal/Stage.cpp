@@ -397,8 +397,9 @@ Stage::Result<void> Stage::letPass(TimeInterval time) {
 }
 
 Stage::Result<void> Stage::letPassSinceWake(TimeInterval time) {
-    if (!parts_->wokenAt) return {};
-    return letPass(time - (parts_->clock.now() - *parts_->wokenAt));
+    const std::optional<Date> wokenAt = parts_->wokenAt;
+    if (!wokenAt) return {};
+    return letPass(time - (parts_->clock.now() - *wokenAt));
 }
 
 Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit) {

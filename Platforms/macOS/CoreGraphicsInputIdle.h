@@ -1,14 +1,14 @@
 #pragma once
 
-#include "UnlockCore/Platform/InputIdle.h"
+#include "Platforms/macOS/Rules/HidInputIdle.h"
 
 namespace marrowby {
 
 /// Idle time of the event system, and of the HID system from the I/O registry. Both count all keys,
 /// buttons and pointers of the computer and need no permission.
-class CoreGraphicsInputIdle final : public InputIdle {
+class CoreGraphicsInputIdle final : public IdleCounters {
   public:
-    [[nodiscard]] TimeInterval secondsSinceLastInput() const override;
+    [[nodiscard]] TimeInterval secondsSinceLastEvent() const override;
     [[nodiscard]] std::optional<std::uint64_t> registryIdleNanoseconds() const override;
     [[nodiscard]] TimeInterval systemUptime() const override;
 };

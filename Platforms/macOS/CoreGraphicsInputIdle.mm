@@ -9,7 +9,7 @@ namespace marrowby {
 static_assert(inputidle::hidSystemState == kCGEventSourceStateHIDSystemState);
 static_assert(inputidle::anyInputEvent == kCGAnyInputEventType);
 
-TimeInterval CoreGraphicsInputIdle::secondsSinceLastInput() const {
+TimeInterval CoreGraphicsInputIdle::secondsSinceLastEvent() const {
     return TimeInterval(CGEventSourceSecondsSinceLastEventType(
         static_cast<CGEventSourceStateID>(inputidle::hidSystemState),
         static_cast<CGEventType>(inputidle::anyInputEvent)));

@@ -156,7 +156,8 @@ class MacSpaceKey : public MacServices {
     ~MacSpaceKey() override { EXPECT_EQ(fakeKeyboards().leftInUse, 0); }
 
     IOKitKeyboardDevices devices;
-    CoreGraphicsInputIdle idle;
+    CoreGraphicsInputIdle counters;
+    HidInputIdle idle{counters};
     OwnKeystrokes own{idle};
     HidSpaceKeys keys{devices};
     std::unique_ptr<SpaceKeyMonitor> monitor = std::make_unique<SpaceKeyMonitor>(keys, own);

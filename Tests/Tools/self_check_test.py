@@ -1,4 +1,4 @@
-"""The program's self-check on a private desktop without bus, keyring and models."""
+"""The program's command line, and its self-check on a private desktop without bus, keyring and models."""
 
 import os
 import pathlib
@@ -11,6 +11,10 @@ if not shutil.which("Xvfb"):
     print("Skipped: needs Xvfb.")
     sys.exit(0)
 
+for flag, beginning in (("--help", "marrowby-unlock ["), ("--version", "marrowby-unlock 0.")):
+    answer = subprocess.run([sys.argv[1], flag], env={}, capture_output=True, text=True, timeout=60)
+    assert answer.returncode == 0 and answer.stdout.startswith(beginning), answer
+
 with tempfile.TemporaryDirectory() as home:
     read, write = os.pipe()
     server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "640x480x24", "-nolisten", "tcp"],
@@ -20,10 +24,13 @@ with tempfile.TemporaryDirectory() as home:
         with os.fdopen(read) as number:
             display = ":" + number.readline().strip()
         nowhere = "unix:path=" + home + "/nowhere"
-        program = subprocess.Popen(
-            [sys.argv[1], "--self-check"], stdout=subprocess.PIPE, text=True, start_new_session=True,
-            env={"DISPLAY": display, "HOME": home, "XDG_RUNTIME_DIR": home, "PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8",
-                 "QT_QPA_PLATFORM": "xcb", "DBUS_SESSION_BUS_ADDRESS": nowhere, "DBUS_SYSTEM_BUS_ADDRESS": nowhere})
+        environment = {"DISPLAY": display, "HOME": home, "XDG_RUNTIME_DIR": home, "PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8",
+                 "QT_QPA_PLATFORM": "xcb", "DBUS_SESSION_BUS_ADDRESS": nowhere, "DBUS_SYSTEM_BUS_ADDRESS": nowhere}
+        unknown = subprocess.run([sys.argv[1], "--no-such-thing"], env=environment, capture_output=True, text=True,
+                                 timeout=60)
+        assert unknown.returncode == 1 and "knows no “--no-such-thing”" in unknown.stderr, unknown
+        program = subprocess.Popen([sys.argv[1], "--self-check"], stdout=subprocess.PIPE, text=True,
+                                   start_new_session=True, env=environment)
         output, _ = program.communicate(timeout=240)
         print(output, end="")
         lines = output.splitlines()

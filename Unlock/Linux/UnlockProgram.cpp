@@ -37,6 +37,8 @@
 #include <filesystem>
 #include <iostream>
 #include <optional>
+#include <span>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -285,6 +287,25 @@ void endWithoutDisplay() {
     std::_Exit(EXIT_FAILURE);
 }
 
+constexpr const char* usage =
+    "marrowby-unlock [--at-login | --self-check | --help | --version]\n"
+    "Unlocks the screen with your face. Started once more, it opens the window of the one that\n"
+    "runs.\n\n"
+    "  --at-login    the session starts it: opens no window once it is set up\n"
+    "  --self-check  says in a line each what an unlock would find here, and ends; status 0 when\n"
+    "                all that is needed is there\n"
+    "  --help        this\n"
+    "  --version     its version\n";
+
+/// Answered without a display.
+std::optional<std::string> answerTo(std::span<char* const> arguments) {
+    for (const std::string_view argument : arguments) {
+        if (argument == "--help") return usage;
+        if (argument == "--version") return "marrowby-unlock " MARROWBY_VERSION "\n";
+    }
+    return std::nullopt;
+}
+
 int refuse(const std::string& sentence) {
     std::cerr << sentence << '\n';
     return EXIT_FAILURE;
@@ -293,6 +314,11 @@ int refuse(const std::string& sentence) {
 }  // namespace
 
 int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& factory) {
+    if (const auto answer =
+            answerTo(std::span(arguments, static_cast<std::size_t>(argumentCount)))) {
+        std::cout << *answer;
+        return EXIT_SUCCESS;
+    }
     const JournaldLog log(programName, factory.journalSocket());
     if (!makeProcessUndumpable()) {
         return refuse("This process’s memory can’t be kept private, so nothing was started.");
@@ -319,7 +345,15 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
     ProgramPaths paths{.folders = *folders,
                        .userName = account->name,
                        .program = QApplication::applicationFilePath().toStdString()};
+    // Without those that Qt knows.
     const auto all = QApplication::arguments();
+    for (const QString& argument : all.mid(1)) {
+        if (argument == QLatin1String(selfCheckFlag) ||
+            argument == QLatin1String(LinuxSystemSettings::atLoginFlag))
+            continue;
+        return refuse("Marrowby Unlock knows no “" + argument.toStdString() +
+                      "”; --help says what it knows.");
+    }
     if (all.contains(QLatin1String(selfCheckFlag))) {
         CompositionRoot root(std::move(paths), factory, log);
         signals.start(&CompositionRoot::abandonCheck, [] {});

@@ -105,7 +105,7 @@ Outcome ProtectedData::savePassword(SecretBytes& password) {
 
 Outcome ProtectedData::eraseEverything() {
     const auto report = UnlockDataEraser::erase(faces_, credentials_, vault_, platform_.words);
-    (void)facesChanged({});
+    std::ignore = facesChanged({});
     if (report.problems.empty()) return {};
     std::string problems;
     for (const std::string& problem : report.problems)
@@ -129,7 +129,7 @@ std::expected<void, StorageError> ProtectedData::load() {
     // Files of versions that kept no sums were made with the published models. A failure to write
     // is tried again at the next load.
     if (loaded && models_.isPublished) std::ignore = faces_.adoptModels(models_.sums);
-    (void)facesChanged({});
+    std::ignore = facesChanged({});
     if (loaded && haveModelsChanged()) {
         callbacks_.onLog(
             {.detail = UnlockStatus(UnlockStatus::ModelsChanged{}).title(platform_.words)});

@@ -64,7 +64,8 @@ class MacApplication {
     LockMonitor lockMonitor_{*workspaceCenter_, *distributedCenter_};
     CoreGraphicsLoginSession loginSession_;
     const WindowServerLockState lockState_{loginSession_};
-    CoreGraphicsInputIdle inputIdle_;
+    CoreGraphicsInputIdle idleCounters_;
+    HidInputIdle inputIdle_{idleCounters_};
     IOKitKeyboardDevices keyboards_;
     HidSpaceKeys spaceKeys_{keyboards_};
     VisionFaceVision scanVision_;

@@ -1,8 +1,6 @@
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
 
-#include <cstdint>
 #include <optional>
-#include <ratio>
 
 namespace marrowby {
 
@@ -16,23 +14,6 @@ std::optional<TimeInterval> IdleResetDetector::see(TimeInterval inputUptime) {
     lastEventUptime = inputUptime;
     return gap;
 }
-
-namespace {
-
-/// Before any input the event system reports more than this.
-constexpr TimeInterval idleLimit{100'000'000};
-
-std::optional<TimeInterval> idleTime(const InputIdle& inputIdle) {
-    // NaN fails both comparisons.
-    const TimeInterval idle = inputIdle.secondsSinceLastInput();
-    if (idle >= TimeInterval::zero() && idle < idleLimit) return idle;
-
-    const std::optional<std::uint64_t> registered = inputIdle.registryIdleNanoseconds();
-    if (!registered) return std::nullopt;
-    return std::chrono::duration<double, std::nano>(static_cast<double>(*registered));
-}
-
-}  // namespace
 
 LockScreenActivityMonitor::LockScreenActivityMonitor(const InputIdle& inputIdle,
                                                      MainThread& mainThread,
@@ -53,7 +34,7 @@ void LockScreenActivityMonitor::stop() {
 }
 
 void LockScreenActivityMonitor::poll() {
-    const std::optional<TimeInterval> idle = idleTime(inputIdle_);
+    const std::optional<TimeInterval> idle = inputIdle_.sinceLastInput();
     if (!idle) return;
     const auto gap = detector_.see(inputIdle_.systemUptime() - *idle);
     if (!gap) return;

@@ -3,7 +3,6 @@
 #include "Platforms/Linux/Desktop/UnixClock.h"
 
 #include <algorithm>
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,7 +12,7 @@ namespace marrowby {
 EvdevInputIdle::EvdevInputIdle(std::filesystem::path folder, EvdevDevices::Describe describe)
     : devices_(std::move(folder), std::move(describe)) {}
 
-TimeInterval EvdevInputIdle::secondsSinceLastInput() const {
+std::optional<TimeInterval> EvdevInputIdle::sinceLastInput() const {
     devices_.refresh();
     const TimeInterval now = systemUptime();
     if (!lastInput_) lastInput_ = now;
@@ -27,7 +26,7 @@ TimeInterval EvdevInputIdle::secondsSinceLastInput() const {
             lastInput_ = std::max(*lastInput_, time);
         });
     }
-    if (devices_.all().empty()) return TimeInterval(std::numeric_limits<double>::quiet_NaN());
+    if (devices_.all().empty()) return std::nullopt;
     // An event may be newer than `now`.
     return std::max(now - *lastInput_, TimeInterval::zero());
 }

@@ -8,16 +8,13 @@
 namespace marrowby {
 
 /// Idle time of all readable input devices, from the kernel's event timestamps, read only when
-/// asked. NaN while none is readable.
+/// asked. Nothing while none is readable.
 class EvdevInputIdle final : public InputIdle {
   public:
     explicit EvdevInputIdle(std::filesystem::path folder,
                             EvdevDevices::Describe describe = EvdevDevices::describe);
 
-    [[nodiscard]] TimeInterval secondsSinceLastInput() const override;
-    [[nodiscard]] std::optional<std::uint64_t> registryIdleNanoseconds() const override {
-        return std::nullopt;
-    }
+    [[nodiscard]] std::optional<TimeInterval> sinceLastInput() const override;
     [[nodiscard]] TimeInterval systemUptime() const override;
 
   private:

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <chrono>
 #include <expected>
-#include <limits>
 #include <utility>
 
 namespace marrowby {
@@ -149,13 +148,9 @@ LockState X11Display::state() const {
     return reading ? reading->state() : LockState{};
 }
 
-TimeInterval X11Display::secondsSinceLastInput() const {
-    if (!parts_) return TimeInterval(std::numeric_limits<double>::quiet_NaN());
-    return parts_->idle->secondsSinceLastInput();
-}
-
-std::optional<std::uint64_t> X11Display::registryIdleNanoseconds() const {
-    return std::nullopt;
+std::optional<TimeInterval> X11Display::sinceLastInput() const {
+    if (!parts_) return std::nullopt;
+    return parts_->idle->sinceLastInput();
 }
 
 TimeInterval X11Display::systemUptime() const {

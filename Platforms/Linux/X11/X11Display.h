@@ -6,7 +6,6 @@
 #include "UnlockCore/Platform/SpaceKeys.h"
 
 #include <atomic>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -39,8 +38,7 @@ class X11Display final : public LockStateReading, public InputIdle, public Space
     [[nodiscard]] LockState state() const override;
     /// False on a lost display.
     [[nodiscard]] bool areMonitorsAsleep() const { return areMonitorsAsleep_; }
-    [[nodiscard]] TimeInterval secondsSinceLastInput() const override;
-    [[nodiscard]] std::optional<std::uint64_t> registryIdleNanoseconds() const override;
+    [[nodiscard]] std::optional<TimeInterval> sinceLastInput() const override;
     [[nodiscard]] TimeInterval systemUptime() const override;
     [[nodiscard]] bool hasListenAccess() const override;
     [[nodiscard]] std::unique_ptr<Listening> listen(std::function<void(Press)> onPress) override;

@@ -3,7 +3,6 @@
 #include "Platforms/Linux/Desktop/UnixClock.h"
 #include "Platforms/Linux/X11/XcbConnection.h"
 
-#include <limits>
 #include <ratio>
 #include <utility>
 
@@ -31,12 +30,12 @@ X11InputIdle::X11InputIdle(std::unique_ptr<const Display> display) : display_(st
 
 X11InputIdle::~X11InputIdle() = default;
 
-TimeInterval X11InputIdle::secondsSinceLastInput() const {
+std::optional<TimeInterval> X11InputIdle::sinceLastInput() const {
     const XcbConnection& connection = *display_->connection;
     connection.discardEvents();
     const auto info = connection.reply<xcb_screensaver_query_info_reply>(
         xcb_screensaver_query_info(connection.get(), connection.root()));
-    if (!info) return TimeInterval(std::numeric_limits<double>::quiet_NaN());
+    if (!info) return std::nullopt;
     return std::chrono::duration<double, std::milli>(info->ms_since_user_input);
 }
 

@@ -4,12 +4,13 @@
 
 #include <expected>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace marrowby {
 
-/// Idle time of an X display, synthetic input included. Blocks for a round trip. There is no
-/// registry; NaN on a lost display.
+/// Idle time of an X display, synthetic input included. Blocks for a round trip.
+/// Nothing on a lost display.
 class X11InputIdle final : public InputIdle {
   public:
     /// The error is a sentence for the user.
@@ -17,10 +18,7 @@ class X11InputIdle final : public InputIdle {
         const std::string& displayName);
     ~X11InputIdle() override;
 
-    [[nodiscard]] TimeInterval secondsSinceLastInput() const override;
-    [[nodiscard]] std::optional<std::uint64_t> registryIdleNanoseconds() const override {
-        return std::nullopt;
-    }
+    [[nodiscard]] std::optional<TimeInterval> sinceLastInput() const override;
     [[nodiscard]] TimeInterval systemUptime() const override;
 
   private:

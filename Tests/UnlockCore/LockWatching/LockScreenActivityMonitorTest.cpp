@@ -57,30 +57,17 @@ TEST_F(LockScreenActivityMonitorTest, reportsOnceWhenTheInputWasAndTheQuietBefor
     EXPECT_NEAR(activities[0].quietFor.count(), 6.875, rounding);
 }
 
-TEST_F(LockScreenActivityMonitorTest, fallsBackToTheRegistryWhenTheEventSystemMakesNoSense) {
-    for (const double unusable : {std::nan(""), -HUGE_VAL, -0.001, 1e8}) {
-        activities.clear();
-        inputIdle.setUnusable(TimeInterval(unusable));
-        inputIdle.setHasRegistry(true);
-        inputIdle.touch(TimeInterval(4));
-        monitor->start();
-        mainThread.advance(TimeInterval(1));
-        inputIdle.touch();
-        mainThread.advance(TimeInterval(1));
-        ASSERT_THAT(activities, SizeIs(1)) << unusable;
-        EXPECT_NEAR(activities[0].quietFor.count(), 5, rounding) << unusable;
-
-        // Without a registry such polls are skipped, and the input is reported later.
-        inputIdle.setHasRegistry(false);
-        mainThread.advance(TimeInterval(1));
-        inputIdle.touch();
-        mainThread.advance(TimeInterval(1));
-        EXPECT_THAT(activities, SizeIs(1)) << unusable;
-        inputIdle.setUnusable(std::nullopt);
-        mainThread.advance(TimeInterval(1));
-        EXPECT_THAT(activities, SizeIs(2)) << unusable;
-        monitor->stop();
-    }
+TEST_F(LockScreenActivityMonitorTest, reportsLaterWhatCameWhileNothingWasKnown) {
+    inputIdle.touch(TimeInterval(4));
+    monitor->start();
+    mainThread.advance(TimeInterval(1));
+    inputIdle.setKnown(false);
+    inputIdle.touch();
+    mainThread.advance(TimeInterval(1));
+    EXPECT_THAT(activities, IsEmpty());
+    inputIdle.setKnown(true);
+    mainThread.advance(TimeInterval(1));
+    EXPECT_THAT(activities, SizeIs(1));
 }
 
 TEST_F(LockScreenActivityMonitorTest, mayBeDestroyedByItsOwnReport) {
