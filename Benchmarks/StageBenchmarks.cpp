@@ -4,7 +4,7 @@
 #include "Platforms/Linux/Camera/V4l2Converter.h"
 #include "Platforms/Linux/Desktop/ThreadWorkQueues.h"
 #include "Platforms/Linux/Vision/BitmapMat.h"
-#include "Platforms/Linux/Vision/Landmarks98Network.h"
+#include "Platforms/Linux/Vision/Landmarks98Model.h"
 #include "Platforms/Linux/Vision/OpenCvFourierTransform.h"
 #include "Platforms/Linux/Vision/YuNetFaceFinder.h"
 #include "UnlockCore/Liveness/AntiSpoofCrop.h"
@@ -102,7 +102,7 @@ void landmarks(State& state) {
     const Material& material = Material::shared();
     ThreadWorkQueues queues;
     const auto helper = state.range(0) > 1 ? queues.background() : nullptr;
-    auto model = Landmarks98Network::load(material.models / "Landmarks98.onnx");
+    auto model = Landmarks98Model::load(material.models / "Landmarks98.onnx");
     const auto bgr = bgrMat(material.frame().image);
     const Rect box = material.face().boundingBox;
     for (auto _ : state)

@@ -2,7 +2,7 @@
 
 #include "Platforms/Linux/Vision/BitmapMat.h"
 #include "Platforms/Linux/Vision/HeadPose.h"
-#include "Platforms/Linux/Vision/Landmarks98Network.h"
+#include "Platforms/Linux/Vision/Landmarks98Model.h"
 #include "Platforms/Linux/Vision/OpenCvFaceVision.h"
 #include "Platforms/Linux/Vision/OpenCvImaging.h"
 #include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
@@ -70,7 +70,7 @@ struct PackFigures::Pipeline {
     OpenCvImaging imaging;
     OpenCvNeuralModels models;
     std::unique_ptr<YuNetFaceFinder> finder;
-    std::unique_ptr<Landmarks98Network> landmarks;
+    std::unique_ptr<Landmarks98Model> landmarks;
     std::unique_ptr<OpenCvFaceVision> vision;
     std::unique_ptr<FaceRecognizer> recognizer;
     std::unique_ptr<MiniFASNet> antiSpoof;
@@ -87,9 +87,9 @@ std::expected<std::unique_ptr<PackFigures>, std::string> PackFigures::load(
     auto finder = YuNetFaceFinder::load(folder / pack->finderFile);
     if (!finder) return std::unexpected(finder.error());
     pipeline->finder = std::make_unique<YuNetFaceFinder>(*std::move(finder));
-    auto landmarks = Landmarks98Network::load(folder / pack->landmarksFile);
+    auto landmarks = Landmarks98Model::load(folder / pack->landmarksFile);
     if (!landmarks) return std::unexpected(landmarks.error());
-    pipeline->landmarks = std::make_unique<Landmarks98Network>(*std::move(landmarks));
+    pipeline->landmarks = std::make_unique<Landmarks98Model>(*std::move(landmarks));
     auto vision = OpenCvFaceVision::load(folder / pack->finderFile, folder / pack->landmarksFile);
     if (!vision) return std::unexpected(vision.error());
     pipeline->vision = *std::move(vision);

@@ -118,7 +118,7 @@ void SelfCheck::checkSession() {
 
 void SelfCheck::checkModels() {
     if (!services_.pack) {
-        say("Networks", false, sentence(services_.pack.error()));
+        say("Models", false, sentence(services_.pack.error()));
         return;
     }
     const ModelPack& pack = *services_.pack;
@@ -127,17 +127,17 @@ void SelfCheck::checkModels() {
         pack.folder, {.fileName = pack.embedderFile, .modelIdentifier = pack.embedderIdentifier},
         services_.models, services_.imaging);
     if (!embedder) {
-        say("Networks", false, sentence(description(embedder.error())));
+        say("Models", false, sentence(description(embedder.error())));
         return;
     }
     const auto realFace =
         MiniFASNet::load(pack.folder, services_.models, NeuralModels::ComputeUnits::all,
                          pack.realFaceFile, pack.realFaceIdentifier);
     if (!realFace) {
-        say("Networks", false, sentence(description(realFace.error())));
+        say("Models", false, sentence(description(realFace.error())));
         return;
     }
-    say("Networks", true,
+    say("Models", true,
         pack.name + ", loaded in " + seconds(services_.clock.now() - began) + ".");
 }
 

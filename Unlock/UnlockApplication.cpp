@@ -57,7 +57,7 @@ UnlockApplication::~UnlockApplication() {
 }
 
 void UnlockApplication::didFinishLaunching(const UnlockOpening::Launch& launch) {
-    if (hooks_.log) hooks_.log("Networks: " + model_->models().title());
+    if (hooks_.log) hooks_.log("Models: " + model_->models().title());
     if (const auto window = UnlockOpening::onLaunch(openingState(), launch)) open(*window);
 }
 

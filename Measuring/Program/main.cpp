@@ -33,7 +33,7 @@ constexpr const char* usage =
     "the\n"
     "rehearsal’s, filmed as they are needed (marrowby-scenes --list); names may be beginnings.\n"
     "\n"
-    "  --models FOLDER            the networks, of several packs if given again; else models in "
+    "  --models FOLDER            the models, of several packs if given again; else models in "
     "the\n"
     "                             folder of MARROWBY_SHARED, else the rehearsal’s own in Models\n"
     "  --mode standard|strict     how much proof of life is asked, else both\n"
@@ -304,7 +304,7 @@ int main(int argc, char* argv[]) {
     if (!packs) return fail(packs.error());
     for (const Pack& pack : *packs) {
         const auto results = judgedAll(pack, all);
-        std::cout << "Networks: " << pack.meter->name() << "\n\n";
+        std::cout << "Models: " << pack.meter->name() << "\n\n";
         writeReport(std::cout, results);
         std::cout << '\n';
         if (!options->csv.empty()) {

@@ -23,7 +23,7 @@ using namespace marrowby;
 
 constexpr const char* usage =
     "marrowby-rehearsal [FOLDER]\n"
-    "Plays a whole story of the unlock on the networks in FOLDER; else on the standard pack, "
+    "Plays a whole story of the unlock on the models in FOLDER; else on the standard pack, "
     "where\n"
     "the user has prepared it; else on the rehearsal’s own, in Models.\n";
 constexpr const char* ownModels = "Models";
@@ -44,7 +44,7 @@ std::filesystem::path chosenModels(int argc, char* argv[]) {
 }
 
 void tellOf(const ModelPack& models) {
-    std::cout << "Networks: " << models.name << " (" << models.folder.string() << ")\n";
+    std::cout << "Models: " << models.name << " (" << models.folder.string() << ")\n";
     if (models.knowsRealFaces()) return;
     std::cout << "They know made-up people only. For real faces, prepare the standard pack:\n"
                  "  Tools/prepare-pack "

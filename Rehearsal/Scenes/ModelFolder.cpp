@@ -23,7 +23,7 @@ std::expected<ModelPack, std::string> modelsIn(const std::filesystem::path& fold
     for (const std::string& file : {published.embedderFile, published.realFaceFile,
                                     published.finderFile, published.landmarksFile}) {
         if (std::filesystem::is_regular_file(folder / file, error)) continue;
-        return std::unexpected("The network " + file + " is missing from the folder “" +
+        return std::unexpected("The model " + file + " is missing from the folder “" +
                                folder.string() + "”.");
     }
     return published;

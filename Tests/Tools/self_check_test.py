@@ -34,7 +34,7 @@ with tempfile.TemporaryDirectory() as home:
         output, _ = program.communicate(timeout=240)
         print(output, end="")
         lines = output.splitlines()
-        for subject in ("Camera permission", "Permission to type", "Watching keys", "Session", "Networks", "Key store",
+        for subject in ("Camera permission", "Permission to type", "Watching keys", "Session", "Models", "Key store",
                         "Owner’s check", "Typing", "Space above the lock screen", "Camera"):
             found = [line for line in lines if line[4:].startswith(subject + ": ")]
             assert len(found) == 1 and found[0].endswith("."), subject

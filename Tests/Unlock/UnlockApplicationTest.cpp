@@ -129,7 +129,7 @@ TEST_F(UnlockApplicationTest, waitsForTheOwnerAfterARestart) {
     EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Needs Touch ID once this session");
     EXPECT_TRUE(application->model().state().identities.empty());
     lockScreen();
-    EXPECT_THAT(log, ElementsAre("Networks: test", "Locked: waiting for you to come back"));
+    EXPECT_THAT(log, ElementsAre("Models: test", "Locked: waiting for you to come back"));
 
     owner.prompts.clear();
     EXPECT_TRUE(press("Use Touch ID…"));

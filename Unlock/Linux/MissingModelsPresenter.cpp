@@ -5,7 +5,7 @@ namespace marrowby {
 WindowPage MissingModelsPresenter::page() const {
     using Row = WindowRow;
     return {
-        .title = "Marrowby Unlock needs its networks",
+        .title = "Marrowby Unlock needs its models",
         .detail =
             "It recognises faces with published neural networks, which it doesn’t bring "
             "along.",

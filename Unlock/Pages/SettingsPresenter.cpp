@@ -166,7 +166,7 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
                                   .detail = settingsNote(settings.livenessMode, model_.words()),
                                   .options = titlesOf(livenessModes, title),
                                   .selected = indexOf(livenessModes, settings.livenessMode)});
-    rows.emplace_back(Row::Text{"Its networks: " + networksOf(model_)});
+    rows.emplace_back(Row::Text{"Its models: " + networksOf(model_)});
     Row::Choice camera{.id = {Control::camera},
                        .title = "Camera",
                        .detail = {},

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/Vision/Landmarks98Network.h"
+#include "Platforms/Linux/Vision/Landmarks98Model.h"
 #include "UnlockCore/Foundation/Geometry.h"
 
 #include <optional>

@@ -15,7 +15,7 @@ namespace marrowby {
 namespace {
 
 std::unexpected<std::string> refused(const std::filesystem::path& path, const char* why) {
-    return std::unexpected("The network “" + path.filename().string() + "” " + why);
+    return std::unexpected("The model “" + path.filename().string() + "” " + why);
 }
 
 OnnxFile::Value value(const onnx::ValueInfoProto& info) {
@@ -46,7 +46,7 @@ std::string OnnxFile::sha256() const {
     return text;
 }
 
-std::expected<OnnxFile, std::string> OnnxFile::read(const NetworkFile& from) {
+std::expected<OnnxFile, std::string> OnnxFile::read(const OnnxSource& from) {
     const std::filesystem::path& path = from.path;
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error)) return refused(path, "isn’t there.");

@@ -13,11 +13,11 @@
 namespace marrowby {
 
 /// Path of a model file and, if it is pinned, its SHA-256.
-struct NetworkFile {
+struct OnnxSource {
     /// Implicit, so that a path can be passed.
     template <std::convertible_to<std::filesystem::path> Path>
     // NOLINTNEXTLINE(google-explicit-constructor)
-    NetworkFile(const Path& at, std::string sum = {}) : path(at), sha256(std::move(sum)) {}
+    OnnxSource(const Path& at, std::string sum = {}) : path(at), sha256(std::move(sum)) {}
 
     std::filesystem::path path;
     std::string sha256;
@@ -43,7 +43,7 @@ struct OnnxFile {
     [[nodiscard]] std::string sha256() const;
 
     /// The error is a sentence with the file's name, without its folder.
-    [[nodiscard]] static std::expected<OnnxFile, std::string> read(const NetworkFile& from);
+    [[nodiscard]] static std::expected<OnnxFile, std::string> read(const OnnxSource& from);
 };
 
 }  // namespace marrowby

@@ -3,7 +3,7 @@
 #include "Platforms/Linux/Vision/BitmapMat.h"
 #include "Platforms/Linux/Vision/FaceQuality.h"
 #include "Platforms/Linux/Vision/HeadPose.h"
-#include "Platforms/Linux/Vision/Landmarks98Network.h"
+#include "Platforms/Linux/Vision/Landmarks98Model.h"
 #include "Platforms/Linux/Vision/RectangleFinder.h"
 #include "Platforms/Linux/Vision/YuNetFaceFinder.h"
 
@@ -62,24 +62,24 @@ Rect normalized(const Rect& box, const Size& size) {
 
 }  // namespace
 
-struct OpenCvFaceVision::Networks {
+struct OpenCvFaceVision::Models {
     YuNetFaceFinder faces;
-    Landmarks98Network landmarks;
+    Landmarks98Model landmarks;
 };
 
-OpenCvFaceVision::OpenCvFaceVision(std::unique_ptr<Networks> networks,
+OpenCvFaceVision::OpenCvFaceVision(std::unique_ptr<Models> models,
                                    std::shared_ptr<WorkQueue> helper)
-    : networks_(std::move(networks)), helper_(std::move(helper)) {}
+    : models_(std::move(models)), helper_(std::move(helper)) {}
 OpenCvFaceVision::~OpenCvFaceVision() = default;
 
 std::expected<std::unique_ptr<OpenCvFaceVision>, std::string> OpenCvFaceVision::load(
-    const NetworkFile& detector, const NetworkFile& landmarks, std::shared_ptr<WorkQueue> helper) {
+    const OnnxSource& detector, const OnnxSource& landmarks, std::shared_ptr<WorkQueue> helper) {
     auto faces = YuNetFaceFinder::load(detector);
     if (!faces) return std::unexpected(faces.error());
-    auto points = Landmarks98Network::load(landmarks);
+    auto points = Landmarks98Model::load(landmarks);
     if (!points) return std::unexpected(points.error());
     return std::unique_ptr<OpenCvFaceVision>(new OpenCvFaceVision(
-        std::make_unique<Networks>(*std::move(faces), *std::move(points)), std::move(helper)));
+        std::make_unique<Models>(*std::move(faces), *std::move(points)), std::move(helper)));
 }
 
 std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVision::faceRectangles(
@@ -88,7 +88,7 @@ std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVisi
     try {
         const auto bgr = bgrMat(image);
         if (!bgr) return std::unexpected(unreadable);
-        auto faces = networks_->faces.find(*bgr);
+        auto faces = models_->faces.find(*bgr);
         if (!faces) return std::unexpected(faces.error());
 
         std::ranges::sort(*faces, std::ranges::greater{},
@@ -102,7 +102,7 @@ std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVisi
                                                  .handle = nullptr};
             if (observation.normalizedBox.isEmpty()) continue;
             if (observations.size() < mostDescribed) {
-                const auto landmarks = networks_->landmarks.find(*bgr, face.box, helper_.get());
+                const auto landmarks = models_->landmarks.find(*bgr, face.box, helper_.get());
                 if (!landmarks) return std::unexpected(landmarks.error());
                 const auto pose = headPose(*landmarks, size);
                 if (pose) {

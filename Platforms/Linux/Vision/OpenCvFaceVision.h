@@ -17,7 +17,7 @@ class OpenCvFaceVision final : public FaceVision {
   public:
     /// The error is a sentence for the user. `helper` takes half of the landmark work.
     [[nodiscard]] static std::expected<std::unique_ptr<OpenCvFaceVision>, std::string> load(
-        const NetworkFile& detector, const NetworkFile& landmarks,
+        const OnnxSource& detector, const OnnxSource& landmarks,
         std::shared_ptr<WorkQueue> helper = nullptr);
     ~OpenCvFaceVision() override;
 
@@ -29,10 +29,10 @@ class OpenCvFaceVision final : public FaceVision {
         const Bitmap& image, const RectangleRequest& request) override;
 
   private:
-    struct Networks;
-    OpenCvFaceVision(std::unique_ptr<Networks> networks, std::shared_ptr<WorkQueue> helper);
+    struct Models;
+    OpenCvFaceVision(std::unique_ptr<Models> models, std::shared_ptr<WorkQueue> helper);
 
-    std::unique_ptr<Networks> networks_;
+    std::unique_ptr<Models> models_;
     std::shared_ptr<WorkQueue> helper_;
 };
 

@@ -1,7 +1,7 @@
 #include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
 
 #include "Platforms/Linux/Vision/OnnxFile.h"
-#include "Platforms/Linux/Vision/OpenCvNetwork.h"
+#include "Platforms/Linux/Vision/OpenCvModel.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -44,7 +44,7 @@ NeuralFeature outputFeature(const OnnxFile::Value& value) {
 
 class OpenCvNeuralModel final : public NeuralModel {
   public:
-    OpenCvNeuralModel(NeuralModelDescription description, OpenCvNetwork network,
+    OpenCvNeuralModel(NeuralModelDescription description, OpenCvModel network,
                       NeuralModels::ChannelOrder order)
         : description_(std::move(description)), network_(std::move(network)), order_(order) {}
 
@@ -59,17 +59,16 @@ class OpenCvNeuralModel final : public NeuralModel {
             const NeuralFeature& feature = description_.inputs[i];
             const auto input = std::ranges::find(inputs, feature.name, &NeuralInput::name);
             if (input == inputs.end()) {
-                return std::unexpected("The network got no “" + feature.name + "”.");
+                return std::unexpected("The model got no “" + feature.name + "”.");
             }
             const auto& size = feature.imageConstraint;
             if (size &&
                 (input->image.width() != size->width || input->image.height() != size->height)) {
-                return std::unexpected("The network got a “" + feature.name +
-                                       "” of the wrong size.");
+                return std::unexpected("The model got a “" + feature.name + "” of the wrong size.");
             }
             planes_[i].name = feature.name;
             if (!fillInput(planes_[i], input->image, order_)) {
-                return std::unexpected("The network can’t read its “" + feature.name + "”.");
+                return std::unexpected("The model can’t read its “" + feature.name + "”.");
             }
         }
         const auto outputs = network_.run(planes_);
@@ -94,9 +93,9 @@ class OpenCvNeuralModel final : public NeuralModel {
 
   private:
     NeuralModelDescription description_;
-    OpenCvNetwork network_;
+    OpenCvModel network_;
     NeuralModels::ChannelOrder order_;
-    std::vector<OpenCvNetwork::Input> planes_;
+    std::vector<OpenCvModel::Input> planes_;
 };
 
 }  // namespace
@@ -105,7 +104,7 @@ std::expected<std::unique_ptr<NeuralModel>, std::string> OpenCvNeuralModels::loa
     const std::filesystem::path& path, const Options& options) {
     const auto file = OnnxFile::read({path, options.sha256});
     if (!file) return std::unexpected(file.error());
-    auto network = OpenCvNetwork::load(*file);
+    auto network = OpenCvModel::load(*file);
     if (!network) return std::unexpected(network.error());
 
     NeuralModelDescription description;

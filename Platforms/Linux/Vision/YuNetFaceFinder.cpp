@@ -1,6 +1,6 @@
 #include "Platforms/Linux/Vision/YuNetFaceFinder.h"
 
-#include "Platforms/Linux/Vision/OpenCvNetwork.h"
+#include "Platforms/Linux/Vision/OpenCvModel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -84,19 +84,19 @@ void scale(Face& face, double x, double y) {
 
 }  // namespace
 
-std::expected<YuNetFaceFinder, std::string> YuNetFaceFinder::load(const NetworkFile& from) {
+std::expected<YuNetFaceFinder, std::string> YuNetFaceFinder::load(const OnnxSource& from) {
     const auto file = OnnxFile::read(from);
     if (!file) return std::unexpected(file.error());
     for (const char* name : {"cls_8", "obj_8", "bbox_8", "kps_8", "cls_16", "obj_16", "bbox_16",
                              "kps_16", "cls_32", "obj_32", "bbox_32", "kps_32"}) {
         if (std::ranges::find(file->outputs, name, &OnnxFile::Value::name) == file->outputs.end()) {
-            return std::unexpected("The network “" + from.path.filename().string() +
+            return std::unexpected("The model “" + from.path.filename().string() +
                                    "” is no YuNet face detector.");
         }
     }
-    auto network = OpenCvNetwork::load(*file);
-    if (!network) return std::unexpected(network.error());
-    YuNetFaceFinder finder(*std::move(network));
+    auto model = OpenCvModel::load(*file);
+    if (!model) return std::unexpected(model.error());
+    YuNetFaceFinder finder(*std::move(model));
     // Warm-up at a usual size: the first run takes several times as long.
     try {
         if (auto found = finder.find(cv::Mat::zeros(240, longestSearched, CV_8UC3)); !found) {
@@ -127,7 +127,7 @@ std::expected<std::vector<Face>, std::string> YuNetFaceFinder::find(const cv::Ma
                        cv::BORDER_CONSTANT, cv::Scalar());
 
     fillPlanes(input_, padded, NeuralModels::ChannelOrder::bgr);
-    const auto outputs = network_.run(std::span(&input_, 1));
+    const auto outputs = model_.run(std::span(&input_, 1));
     if (!outputs) return std::unexpected(outputs.error());
     const auto values = [&](const char* name, int stride) -> const Values& {
         const auto found =

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/Vision/OpenCvNetwork.h"
+#include "Platforms/Linux/Vision/OpenCvModel.h"
 #include "UnlockCore/Foundation/Geometry.h"
 
 #include <array>
@@ -28,17 +28,17 @@ class YuNetFaceFinder {
         double score = 0;
     };
 
-    [[nodiscard]] static std::expected<YuNetFaceFinder, std::string> load(const NetworkFile& from);
+    [[nodiscard]] static std::expected<YuNetFaceFinder, std::string> load(const OnnxSource& from);
 
     /// Sorted by descending score. Pictures are reduced to 320 pixels on the long side, where a
     /// face of about 20 pixels is still found.
     [[nodiscard]] std::expected<std::vector<Face>, std::string> find(const cv::Mat& bgr);
 
   private:
-    explicit YuNetFaceFinder(OpenCvNetwork network) : network_(std::move(network)) {}
+    explicit YuNetFaceFinder(OpenCvModel model) : model_(std::move(model)) {}
 
-    OpenCvNetwork network_;
-    OpenCvNetwork::Input input_{.name = "input", .planes = {}};
+    OpenCvModel model_;
+    OpenCvModel::Input input_{.name = "input", .planes = {}};
 };
 
 }  // namespace marrowby

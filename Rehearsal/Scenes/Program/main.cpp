@@ -30,7 +30,7 @@ constexpr const char* usage =
     "marrowby-scenes SCENE FOLDER [SECONDS]             numbered pictures and a truth.json\n"
     "marrowby-scenes --contact FILE SCENE...            one picture of moments of scenes\n"
     "marrowby-scenes --speed SCENE...                   pictures per second of one processor\n"
-    "marrowby-scenes --scores MODELS SCENE...           what the networks in a folder make of "
+    "marrowby-scenes --scores MODELS SCENE...           what the models in a folder make of "
     "them\n"
     "Names of scenes may be beginnings; “all” is all. Before all else: --person SEED, --people "
     "COUNT\n"

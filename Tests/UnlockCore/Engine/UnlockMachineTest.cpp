@@ -334,7 +334,7 @@ TEST_F(UnlockMachineTest, aFaceCutOffIsToldToMoveBackIfNothingElseCameOfIt) {
     expect(tick, {"stopCamera", "log: Stopped looking: the face reached over the picture’s edge",
                   "overlay failure: Move back a little", "log: Move back a little"});
     // It was no empty chair, but a camera that fails is not one either.
-    for (const Event& end : {seesCutOff(), Event(Event::CameraFailed{"The network failed."})}) {
+    for (const Event& end : {seesCutOff(), Event(Event::CameraFailed{"The model failed."})}) {
         for (int i = 0; i < 5; ++i) {
             after(10);
             happens(tick);

@@ -29,15 +29,15 @@ TEST(OnnxFile, RefusesForeignFilesInOneSentence) {
         const TemporaryFile file(bytes);
         const auto read = OnnxFile::read(file.path);
         ASSERT_FALSE(read);
-        EXPECT_EQ(read.error(), "The network “test.onnx” is damaged or not an ONNX file.");
+        EXPECT_EQ(read.error(), "The model “test.onnx” is damaged or not an ONNX file.");
     }
     EXPECT_EQ(OnnxFile::read("nowhere/Missing.onnx").error(),
-              "The network “Missing.onnx” isn’t there.");
+              "The model “Missing.onnx” isn’t there.");
     EXPECT_FALSE(OnnxFile::read(testing::TempDir())) << "a folder";
     const TemporaryFile file("");
     // A sparse file.
     std::filesystem::resize_file(file.path, OnnxFile::largestFile + 1);
-    EXPECT_EQ(OnnxFile::read(file.path).error(), "The network “test.onnx” is too large.");
+    EXPECT_EQ(OnnxFile::read(file.path).error(), "The model “test.onnx” is too large.");
 }
 
 TEST(OnnxFile, acceptsOnlyTheFileWithTheGivenSum) {
@@ -49,14 +49,14 @@ TEST(OnnxFile, acceptsOnlyTheFileWithTheGivenSum) {
     const auto embedder = networks / "Embedder.onnx";
     EXPECT_TRUE(models.load(embedder, {.sha256 = sumOf("Embedder.onnx")}));
     EXPECT_EQ(models.load(embedder, {.sha256 = finder}).error(),
-              "The network “Embedder.onnx” was changed.");
+              "The model “Embedder.onnx” was changed.");
     const auto load = [&](const std::string& finderSum, const std::string& landmarksSum) {
         return OpenCvFaceVision::load({networks / "Finder.onnx", finderSum},
                                       {networks / "Landmarks.onnx", landmarksSum});
     };
     EXPECT_TRUE(load(finder, landmarks));
-    EXPECT_EQ(load(landmarks, landmarks).error(), "The network “Finder.onnx” was changed.");
-    EXPECT_EQ(load(finder, finder).error(), "The network “Landmarks.onnx” was changed.");
+    EXPECT_EQ(load(landmarks, landmarks).error(), "The model “Finder.onnx” was changed.");
+    EXPECT_EQ(load(finder, finder).error(), "The model “Landmarks.onnx” was changed.");
 }
 
 TEST(OnnxFile, ADamagedNetworkIsAnErrorNeverAnException) {
@@ -83,7 +83,7 @@ TEST(OnnxFile, ADamagedNetworkIsAnErrorNeverAnException) {
     ASSERT_TRUE(OnnxFile::read(file.path));
     const auto model = models.load(file.path, {});
     ASSERT_FALSE(model);
-    EXPECT_EQ(model.error(), "OpenCV can’t run this network.");
+    EXPECT_EQ(model.error(), "OpenCV can’t run this model.");
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/Vision/OpenCvNetwork.h"
+#include "Platforms/Linux/Vision/OpenCvModel.h"
 #include "UnlockCore/Foundation/Geometry.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
@@ -21,10 +21,9 @@ namespace marrowby {
 using Landmarks98 = std::array<Point, 98>;
 
 /// Finds the 98 landmarks of a detected face. One thread at a time.
-class Landmarks98Network {
+class Landmarks98Model {
   public:
-    [[nodiscard]] static std::expected<Landmarks98Network, std::string> load(
-        const NetworkFile& from);
+    [[nodiscard]] static std::expected<Landmarks98Model, std::string> load(const OnnxSource& from);
 
     /// `box` and landmarks in pixels, origin at the top-left. Averages the face and its mirror
     /// image, in parallel with a helper: the model is asymmetric, and the mean takes about 0.05 rad
@@ -35,14 +34,14 @@ class Landmarks98Network {
   private:
     /// A model instance for the face or for its mirror image.
     struct View {
-        OpenCvNetwork network;
-        OpenCvNetwork::Input input{.name = "image", .planes = {}};
+        OpenCvModel model;
+        OpenCvModel::Input input{.name = "image", .planes = {}};
 
         /// Landmarks in 0…1 of the crop.
         [[nodiscard]] std::expected<Landmarks98, std::string> run(const cv::Mat& crop);
     };
 
-    Landmarks98Network(OpenCvNetwork straight, OpenCvNetwork mirrored)
+    Landmarks98Model(OpenCvModel straight, OpenCvModel mirrored)
         : straight_{std::move(straight)}, mirrored_{std::move(mirrored)} {}
 
     View straight_;

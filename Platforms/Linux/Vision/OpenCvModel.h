@@ -18,7 +18,7 @@ namespace marrowby {
 /// A model that runs on the calling thread, one at a time. Errors are sentences for the user.
 /// Switches off OpenCV's threads for the whole process: with models this small they take twice the
 /// CPU time and finish no sooner.
-class OpenCvNetwork {
+class OpenCvModel {
   public:
     /// A reusable input: three planes of `width` × `height` values, one after the other.
     struct Input {
@@ -28,10 +28,10 @@ class OpenCvNetwork {
         std::vector<float> planes;
     };
 
-    [[nodiscard]] static std::expected<OpenCvNetwork, std::string> load(const OnnxFile& file);
-    OpenCvNetwork(OpenCvNetwork&&) noexcept;
-    OpenCvNetwork& operator=(OpenCvNetwork&&) noexcept;
-    ~OpenCvNetwork();
+    [[nodiscard]] static std::expected<OpenCvModel, std::string> load(const OnnxFile& file);
+    OpenCvModel(OpenCvModel&&) noexcept;
+    OpenCvModel& operator=(OpenCvModel&&) noexcept;
+    ~OpenCvModel();
 
     /// All outputs in the file's order; valid until the next run.
     [[nodiscard]] std::expected<std::span<const NeuralOutput>, std::string> run(
@@ -39,15 +39,15 @@ class OpenCvNetwork {
 
   private:
     struct Net;
-    explicit OpenCvNetwork(std::unique_ptr<Net> net);
+    explicit OpenCvModel(std::unique_ptr<Net> net);
 
     std::unique_ptr<Net> net_;
 };
 
 /// Fills an input from a bitmap, as BGR or RGB; false for an unreadable format.
-[[nodiscard]] bool fillInput(OpenCvNetwork::Input& input, const Bitmap& image,
+[[nodiscard]] bool fillInput(OpenCvModel::Input& input, const Bitmap& image,
                              NeuralModels::ChannelOrder order);
 
-void fillPlanes(OpenCvNetwork::Input& input, const cv::Mat& bgr, NeuralModels::ChannelOrder order);
+void fillPlanes(OpenCvModel::Input& input, const cv::Mat& bgr, NeuralModels::ChannelOrder order);
 
 }  // namespace marrowby

@@ -1,4 +1,4 @@
-#include "Platforms/Linux/Vision/OpenCvNetwork.h"
+#include "Platforms/Linux/Vision/OpenCvModel.h"
 
 #include "Platforms/Linux/Vision/BitmapMat.h"
 
@@ -15,24 +15,24 @@ namespace marrowby {
 
 namespace {
 
-constexpr const char* cannotLoad = "OpenCV can’t run this network.";
-constexpr const char* cannotRun = "The network couldn’t be run.";
+constexpr const char* cannotLoad = "OpenCV can’t run this model.";
+constexpr const char* cannotRun = "The model couldn’t be run.";
 
 }  // namespace
 
-struct OpenCvNetwork::Net {
+struct OpenCvModel::Net {
     cv::dnn::Net net;
     std::vector<std::string> outputNames;
     std::vector<cv::Mat> mats;
     std::vector<NeuralOutput> outputs;
 };
 
-OpenCvNetwork::OpenCvNetwork(std::unique_ptr<Net> net) : net_(std::move(net)) {}
-OpenCvNetwork::OpenCvNetwork(OpenCvNetwork&&) noexcept = default;
-OpenCvNetwork& OpenCvNetwork::operator=(OpenCvNetwork&&) noexcept = default;
-OpenCvNetwork::~OpenCvNetwork() = default;
+OpenCvModel::OpenCvModel(std::unique_ptr<Net> net) : net_(std::move(net)) {}
+OpenCvModel::OpenCvModel(OpenCvModel&&) noexcept = default;
+OpenCvModel& OpenCvModel::operator=(OpenCvModel&&) noexcept = default;
+OpenCvModel::~OpenCvModel() = default;
 
-std::expected<OpenCvNetwork, std::string> OpenCvNetwork::load(const OnnxFile& file) {
+std::expected<OpenCvModel, std::string> OpenCvModel::load(const OnnxFile& file) {
     auto net = std::make_unique<Net>();
     for (const OnnxFile::Value& output : file.outputs) {
         net->outputNames.push_back(output.name);
@@ -50,10 +50,10 @@ std::expected<OpenCvNetwork, std::string> OpenCvNetwork::load(const OnnxFile& fi
         // OpenCV's text names a source line, which tells the user nothing.
         return std::unexpected(cannotLoad);
     }
-    return OpenCvNetwork(std::move(net));
+    return OpenCvModel(std::move(net));
 }
 
-std::expected<std::span<const NeuralOutput>, std::string> OpenCvNetwork::run(
+std::expected<std::span<const NeuralOutput>, std::string> OpenCvModel::run(
     std::span<const Input> inputs) {
     try {
         for (const Input& input : inputs) {
@@ -81,7 +81,7 @@ std::expected<std::span<const NeuralOutput>, std::string> OpenCvNetwork::run(
     }
 }
 
-void fillPlanes(OpenCvNetwork::Input& input, const cv::Mat& bgr, NeuralModels::ChannelOrder order) {
+void fillPlanes(OpenCvModel::Input& input, const cv::Mat& bgr, NeuralModels::ChannelOrder order) {
     const std::size_t plane = bgr.total();
     input.width = bgr.cols;
     input.height = bgr.rows;
@@ -98,7 +98,7 @@ void fillPlanes(OpenCvNetwork::Input& input, const cv::Mat& bgr, NeuralModels::C
     }
 }
 
-bool fillInput(OpenCvNetwork::Input& input, const Bitmap& image, NeuralModels::ChannelOrder order) {
+bool fillInput(OpenCvModel::Input& input, const Bitmap& image, NeuralModels::ChannelOrder order) {
     try {
         const auto bgr = bgrMat(image);
         if (bgr) fillPlanes(input, *bgr, order);

@@ -1,6 +1,6 @@
-#include "Platforms/Linux/Vision/Landmarks98Network.h"
+#include "Platforms/Linux/Vision/Landmarks98Model.h"
 
-#include "Platforms/Linux/Vision/OpenCvNetwork.h"
+#include "Platforms/Linux/Vision/OpenCvModel.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
 #include <algorithm>
@@ -63,33 +63,32 @@ std::size_t mirrorImage(std::size_t index) {
 
 }  // namespace
 
-std::expected<Landmarks98Network, std::string> Landmarks98Network::load(const NetworkFile& from) {
+std::expected<Landmarks98Model, std::string> Landmarks98Model::load(const OnnxSource& from) {
     const auto file = OnnxFile::read(from);
     if (!file) return std::unexpected(file.error());
     if (file->inputs.size() != 1 || file->inputs[0].name != "image" ||
         std::ranges::find(file->outputs, "landmarks", &OnnxFile::Value::name) ==
             file->outputs.end()) {
-        return std::unexpected("The network “" + from.path.filename().string() +
+        return std::unexpected("The model “" + from.path.filename().string() +
                                "” is no finder of face landmarks.");
     }
-    auto straight = OpenCvNetwork::load(*file);
-    auto mirrored = OpenCvNetwork::load(*file);
+    auto straight = OpenCvModel::load(*file);
+    auto mirrored = OpenCvModel::load(*file);
     if (!straight) return std::unexpected(straight.error());
     if (!mirrored) return std::unexpected(mirrored.error());
-    Landmarks98Network network(*std::move(straight), *std::move(mirrored));
+    Landmarks98Model model(*std::move(straight), *std::move(mirrored));
     // Warm-up: the first run takes several times as long.
     try {
-        const auto found = network.find(cv::Mat::zeros(side, side, CV_8UC3), {0, 0, side, side});
+        const auto found = model.find(cv::Mat::zeros(side, side, CV_8UC3), {0, 0, side, side});
         if (!found) return std::unexpected(found.error());
     } catch (const cv::Exception&) {
         return std::unexpected("The finder of face landmarks can’t be run.");
     }
-    return network;
+    return model;
 }
 
-std::expected<Landmarks98, std::string> Landmarks98Network::find(const cv::Mat& bgr,
-                                                                 const Rect& box,
-                                                                 WorkQueue* helper) {
+std::expected<Landmarks98, std::string> Landmarks98Model::find(const cv::Mat& bgr, const Rect& box,
+                                                               WorkQueue* helper) {
     const double length = std::max(box.width, box.height);
     const Point centre = box.centre();
     const Rect square{centre.x - length / 2, centre.y - length / 2, length, length};
@@ -119,9 +118,9 @@ std::expected<Landmarks98, std::string> Landmarks98Network::find(const cv::Mat& 
     return points;
 }
 
-std::expected<Landmarks98, std::string> Landmarks98Network::View::run(const cv::Mat& crop) {
+std::expected<Landmarks98, std::string> Landmarks98Model::View::run(const cv::Mat& crop) {
     fillPlanes(input, crop, NeuralModels::ChannelOrder::bgr);
-    const auto outputs = network.run(std::span(&input, 1));
+    const auto outputs = model.run(std::span(&input, 1));
     if (!outputs) return std::unexpected(outputs.error());
     Landmarks98 points;
     const auto found = std::ranges::find(*outputs, "landmarks", &NeuralOutput::name);

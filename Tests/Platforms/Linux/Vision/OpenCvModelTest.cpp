@@ -1,4 +1,4 @@
-#include "Platforms/Linux/Vision/OpenCvNetwork.h"
+#include "Platforms/Linux/Vision/OpenCvModel.h"
 #include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
 #include "Tests/Fakes/SharedFolder.h"
 
@@ -43,7 +43,7 @@ double sum(const std::vector<float>& values) {
     return std::accumulate(values.begin(), values.end(), 0.0);
 }
 
-struct OpenCvNetworkTest : testing::Test {
+struct OpenCvModelTest : testing::Test {
     void SetUp() override {
         const auto shared = sharedFolder();
         if (!shared) GTEST_SKIP() << noSharedFolder;
@@ -55,7 +55,7 @@ struct OpenCvNetworkTest : testing::Test {
     nlohmann::json reference;
 };
 
-TEST_F(OpenCvNetworkTest, NetworksGiveTheReferenceOutputs) {
+TEST_F(OpenCvModelTest, NetworksGiveTheReferenceOutputs) {
     const nlohmann::json& embedder = reference["Embedder128"];
     const nlohmann::json& landmarks = reference["Landmarks98"];
     const struct {
@@ -102,12 +102,12 @@ TEST_F(OpenCvNetworkTest, NetworksGiveTheReferenceOutputs) {
     }
 }
 
-TEST_F(OpenCvNetworkTest, TheDetectorTakesOtherInputSizesThanItsFileDeclares) {
+TEST_F(OpenCvModelTest, TheDetectorTakesOtherInputSizesThanItsFileDeclares) {
     const auto file = OnnxFile::read(folder / "face_detection_yunet_2023mar.onnx");
     ASSERT_TRUE(file);
-    auto network = OpenCvNetwork::load(*file);
+    auto network = OpenCvModel::load(*file);
     ASSERT_TRUE(network);
-    OpenCvNetwork::Input input{"input", 320, 256, {}};
+    OpenCvModel::Input input{"input", 320, 256, {}};
     for (int c = 0; c < 3; ++c) {
         for (int y = 0; y < input.height; ++y) {
             for (int x = 0; x < input.width; ++x) {
