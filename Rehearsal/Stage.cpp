@@ -412,12 +412,13 @@ Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit)
 }
 
 void Stage::photograph(std::string caption) {
+    // First: the locker ends a tenth of a second after the recognition.
+    QImage screen = parts_->atDesk.screen();
     const auto file = parts_->session.home() / "picture.png";
     QImage camera;
     if (order("picture " + file.string())) camera.load(QString::fromStdString(file.string()));
-    parts_->sheet.add({.caption = std::move(caption),
-                       .camera = std::move(camera),
-                       .screen = parts_->atDesk.screen()});
+    parts_->sheet.add(
+        {.caption = std::move(caption), .camera = std::move(camera), .screen = std::move(screen)});
 }
 
 const ContactSheet& Stage::contactSheet() const {

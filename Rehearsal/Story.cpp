@@ -139,8 +139,6 @@ std::string milliseconds(TimeInterval interval) {
 /// From the recognition to the unlocked screen.
 Step getsIn(Stage& stage, std::string caption) {
     return Steps()
-        // For the island's animation.
-        .then([&] { return stage.letPass(TimeInterval(0.35)); })
         .then([&] { stage.photograph(std::move(caption)); })
         .then([&] { return stage.waitForLog("Typed the password and Return", aScan); })
         .then([&] { return stage.waitForLog("Unlocked", passwordCheck); })

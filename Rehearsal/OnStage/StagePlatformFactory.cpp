@@ -167,6 +167,10 @@ void StagePlatformFactory::follow(const std::string& order) {
 
 void StagePlatformFactory::film(const Scene& scene) {
     sceneBegan_ = clock_->now();
+    {
+        const MutexLock lock(pictureMutex_);
+        picture_.reset();
+    }
     for (const auto& camera : cameras_) {
         camera->setView([this, film = std::make_shared<SceneFilm>(scene, cast_),
                          began = sceneBegan_](const ScriptedCamera::Shot& shot) {
