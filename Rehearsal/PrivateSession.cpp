@@ -18,6 +18,18 @@ namespace {
 constexpr int startMilliseconds = 10'000;
 constexpr std::string_view keyringPassword = "rehearsal";
 
+/// Has the bus start the service; false where it can't.
+bool canStart(const std::string& busAddress, const QString& service) {
+    const QString name = QStringLiteral("private-session-start");
+    auto bus = QDBusConnection::connectToBus(QString::fromStdString(busAddress), name);
+    auto message = QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                  "org.freedesktop.DBus", "StartServiceByName");
+    message.setArguments({service, 0U});
+    const auto reply = bus.call(message, QDBus::Block, startMilliseconds);
+    QDBusConnection::disconnectFromBus(name);
+    return reply.type() == QDBusMessage::ReplyMessage;
+}
+
 bool hasOwner(QDBusConnection& bus, const std::string& service) {
     auto message = QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
                                                   "org.freedesktop.DBus", "NameHasOwner");
@@ -67,7 +79,9 @@ std::expected<void, std::string> PrivateSession::startBus() {
                                     .endSignal = SIGTERM});
     if (!bus) return std::unexpected(bus.error());
     programs_.push_back(*std::move(bus));
-    return awaitOwner("org.freedesktop.DBus");
+    if (auto isUp = awaitOwner("org.freedesktop.DBus"); !isUp) return isUp;
+    if (canStart(busAddress_, QStringLiteral("org.a11y.Bus"))) return {};
+    return std::unexpected("Assistive technology can’t be started: at-spi2-core is not installed.");
 }
 
 std::expected<void, std::string> PrivateSession::startKeyring() {
