@@ -137,8 +137,7 @@ void SelfCheck::checkModels() {
         say("Models", false, sentence(description(realFace.error())));
         return;
     }
-    say("Models", true,
-        pack.name + ", loaded in " + seconds(services_.clock.now() - began) + ".");
+    say("Models", true, pack.name + ", loaded in " + seconds(services_.clock.now() - began) + ".");
 }
 
 void SelfCheck::checkKeyStore() {
