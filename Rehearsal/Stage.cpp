@@ -2,6 +2,7 @@
 
 #include "Platforms/Linux/Desktop/LinuxSystemSettings.h"
 #include "Platforms/Linux/Desktop/UnixClock.h"
+#include "Platforms/Linux/Secrets/SecretServiceKeyStore.h"
 #include "Platforms/Linux/X11/XcbConnection.h"
 #include "Rehearsal/AccessibleWindows.h"
 #include "Rehearsal/DesktopUser.h"
@@ -259,6 +260,10 @@ Stage::Result<void> Stage::keepHome(const std::filesystem::path& folder) const {
     }
     if (error) return std::unexpected("“" + folder.string() + "” can’t be written.");
     return {};
+}
+
+bool Stage::hasKey() const {
+    return SecretServiceKeyStore(parts_->session.busAddress()).hasKey();
 }
 
 Stage::Result<void> Stage::order(const std::string& line) {

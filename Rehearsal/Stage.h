@@ -60,6 +60,8 @@ class Stage {
     [[nodiscard]] bool shows(std::string_view text) const;
     /// A file that the program saves.
     [[nodiscard]] bool isSaved(std::string_view name) const;
+    /// Whether the vault's key is in the session's keyring.
+    [[nodiscard]] bool hasKey() const;
     /// Copies the user's saved data, the keyring too, to a new folder.
     [[nodiscard]] Result<void> keepHome(const std::filesystem::path& folder) const;
 

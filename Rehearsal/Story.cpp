@@ -442,14 +442,16 @@ Ending computerRestarts(Stage& stage) {
 Ending everythingIsErased(Stage& stage) {
     return Steps()
         .then([&] {
-            return check(stage.isSaved("Faces.sealed") && stage.isSaved("Password.sealed"),
-                         "Face and password aren’t saved.");
+            return check(
+                stage.isSaved("Faces.sealed") && stage.isSaved("Password.sealed") && stage.hasKey(),
+                "Face, password and key aren’t saved.");
         })
         .then([&] { return stage.openApplication(); })
         .then([&] { return pressTo(stage, "Erase Everything…", "Erase everything?"); })
         .then([&] { return pressTo(stage, "Erase", "Marrowby Unlock"); })
         .then([&] {
-            return check(!stage.isSaved("Faces.sealed") && !stage.isSaved("Password.sealed"),
+            return check(!stage.isSaved("Faces.sealed") && !stage.isSaved("Password.sealed") &&
+                             !stage.hasKey(),
                          "Something is still saved.");
         })
         .then([&] {

@@ -137,8 +137,8 @@ class CompositionRoot {
             {.service = "app.quenby.unlock.vault.self-check", .account = "self-check"});
         SelfCheck check(
             {.words = linuxWords,
-             .mainThread = mainThread_,
-             .clock = clock_,
+             .mainThread = *mainThread_,
+             .clock = *clock_,
              .queues = queues_,
              .lockState = session_.lockState(),
              .sessionInWords = [this] { return inWords(session_.lockState().state()); },
@@ -157,7 +157,7 @@ class CompositionRoot {
             [](bool isAllThere) {
                 QCoreApplication::exit(isAllThere ? EXIT_SUCCESS : EXIT_FAILURE);
             });
-        mainThread_.post([&check] { check.start(); });
+        mainThread_->post([&check] { check.start(); });
         return QCoreApplication::exec();
     }
 
@@ -197,10 +197,8 @@ class CompositionRoot {
     PlatformFactory& factory_;
     const JournaldLog& log_;
 
-    const std::unique_ptr<SystemClock> clockMade_ = factory_.makeClock();
-    const std::unique_ptr<MainThread> mainThreadMade_ = factory_.makeMainThread();
-    SystemClock& clock_ = *clockMade_;
-    MainThread& mainThread_ = *mainThreadMade_;
+    const std::unique_ptr<SystemClock> clock_ = factory_.makeClock();
+    const std::unique_ptr<MainThread> mainThread_ = factory_.makeMainThread();
     OpenCvImaging imaging_;
     OpenCvFourierTransform fourier_;
     OpenCvNeuralModels models_;
@@ -211,15 +209,15 @@ class CompositionRoot {
     JsonDefaultsStore defaults_{files_, paths_.folders.configHome / programName / "settings.json"};
     LinuxSystemSettings systemSettings_{files_, paths_.folders.configHome, paths_.program};
     SecretServiceKeyStore keyStore_{factory_.keyringBus()};
-    const std::unique_ptr<OwnerCheck> ownerCheck_ = factory_.makeOwnerCheck(mainThread_);
+    const std::unique_ptr<OwnerCheck> ownerCheck_ = factory_.makeOwnerCheck(*mainThread_);
     const std::shared_ptr<MacPasswordVerifying> passwordVerifier_ =
         factory_.makePasswordVerifier(paths_.userName);
 
     const DesktopSession::Places sessionPlaces_ = DesktopSession::Places::ofThisProcess();
-    DesktopSession session_{sessionPlaces_, mainThread_};
-    const std::unique_ptr<KeyEvents> keyEvents_ = makeKeyEvents(sessionPlaces_, mainThread_, log_);
-    const std::shared_ptr<CaptureSession> scanCamera_ = factory_.makeCamera(clock_);
-    const std::shared_ptr<CaptureSession> enrollmentCamera_ = factory_.makeCamera(clock_);
+    DesktopSession session_{sessionPlaces_, *mainThread_};
+    const std::unique_ptr<KeyEvents> keyEvents_ = makeKeyEvents(sessionPlaces_, *mainThread_, log_);
+    const std::shared_ptr<CaptureSession> scanCamera_ = factory_.makeCamera(*clock_);
+    const std::shared_ptr<CaptureSession> enrollmentCamera_ = factory_.makeCamera(*clock_);
 
     X11WindowServer windowServer_{sessionPlaces_.display};
     QtApplicationWindows windows_;
@@ -242,8 +240,8 @@ std::expected<void, std::string> CompositionRoot::start() {
     }
     application_ = std::make_unique<UnlockApplication>(
         UnlockPlatform{.words = linuxWords,
-                       .mainThread = mainThread_,
-                       .clock = clock_,
+                       .mainThread = *mainThread_,
+                       .clock = *clock_,
                        .queues = queues_,
                        .lockEvents = session_.lockEvents(),
                        .lockState = session_.lockState(),

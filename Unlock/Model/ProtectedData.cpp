@@ -85,18 +85,18 @@ void ProtectedData::open(Purpose purpose, Completion completion) {
 }
 
 Outcome ProtectedData::saveFace(const CapturedFace& face, const std::string& name) {
-    return facesChanged(faces_.saveIdentity(face.samples, name, face.modelIdentifier,
-                                            face.dimension, std::nullopt, models_.sums));
+    return afterChange(faces_.saveIdentity(face.samples, name, face.modelIdentifier, face.dimension,
+                                           std::nullopt, models_.sums));
 }
 
 Outcome ProtectedData::setFaceEnabled(UUID id, bool enabled) {
-    return facesChanged(faces_.setEnabled(enabled, id));
+    return afterChange(faces_.setEnabled(enabled, id));
 }
 
 Outcome ProtectedData::removeFace(UUID id) {
     // No faces, no file: isEnrolled() must tell before the vault is opened.
     const bool isLast = faces().size() == 1 && faces().front().id == id;
-    return facesChanged(isLast ? faces_.removeAll() : faces_.remove(id));
+    return afterChange(isLast ? faces_.removeAll() : faces_.remove(id));
 }
 
 Outcome ProtectedData::savePassword(SecretBytes& password) {
@@ -105,7 +105,7 @@ Outcome ProtectedData::savePassword(SecretBytes& password) {
 
 Outcome ProtectedData::eraseEverything() {
     const auto report = UnlockDataEraser::erase(faces_, credentials_, vault_, platform_.words);
-    std::ignore = facesChanged({});
+    updateComparableFaces();
     if (report.problems.empty()) return {};
     std::string problems;
     for (const std::string& problem : report.problems)
@@ -129,7 +129,7 @@ std::expected<void, StorageError> ProtectedData::load() {
     // Files of versions that kept no sums were made with the published models. A failure to write
     // is tried again at the next load.
     if (loaded && models_.isPublished) std::ignore = faces_.adoptModels(models_.sums);
-    std::ignore = facesChanged({});
+    updateComparableFaces();
     if (loaded && haveModelsChanged()) {
         callbacks_.onLog(
             {.detail = UnlockStatus(UnlockStatus::ModelsChanged{}).title(platform_.words)});
@@ -137,11 +137,15 @@ std::expected<void, StorageError> ProtectedData::load() {
     return loaded;
 }
 
-Outcome ProtectedData::facesChanged(const std::expected<void, StorageError>& result) {
+void ProtectedData::updateComparableFaces() {
     std::vector<FaceIdentity> comparable;
     std::ranges::copy_if(faces(), std::back_inserter(comparable),
                          [this](const FaceIdentity& face) { return isComparable(face); });
     comparableFaces_ = std::make_shared<const std::vector<FaceIdentity>>(std::move(comparable));
+}
+
+Outcome ProtectedData::afterChange(const std::expected<void, StorageError>& result) {
+    updateComparableFaces();
     return outcomeOf(result, platform_.words);
 }
 

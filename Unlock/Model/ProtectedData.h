@@ -79,7 +79,8 @@ class ProtectedData {
   private:
     void vaultChanged();
     [[nodiscard]] std::expected<void, StorageError> load();
-    [[nodiscard]] Outcome facesChanged(const std::expected<void, StorageError>& result);
+    void updateComparableFaces();
+    [[nodiscard]] Outcome afterChange(const std::expected<void, StorageError>& result);
 
     const UnlockPlatform& platform_;
     const AppDataFolder folder_;
