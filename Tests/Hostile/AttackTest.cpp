@@ -1,4 +1,4 @@
-#include "Rehearsal/ScreenLocker.h"
+#include "Simulation/Desktop/ScreenLocker.h"
 #include "Tests/Hostile/Ground/GuardedTyping.h"
 #include "Tests/Hostile/Ground/Impostor.h"
 #include "Tests/Hostile/Ground/WorkingDesktop.h"

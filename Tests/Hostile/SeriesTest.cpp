@@ -1,4 +1,4 @@
-#include "Rehearsal/ChildProcess.h"
+#include "Simulation/Desktop/ChildProcess.h"
 
 #include <array>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Rehearsal/DesktopUser.h"
-#include "Rehearsal/ScreenLocker.h"
+#include "Simulation/Desktop/DesktopUser.h"
+#include "Simulation/Desktop/ScreenLocker.h"
 #include "Tests/Hostile/Ground/WorkingDesktop.h"
 #include "Tests/Platforms/Linux/KeyringDaemon.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"

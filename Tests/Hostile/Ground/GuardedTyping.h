@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platforms/Linux/X11/XTestKeyEvents.h"
-#include "Rehearsal/ChildProcess.h"
+#include "Simulation/Desktop/ChildProcess.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 
 #include <atomic>

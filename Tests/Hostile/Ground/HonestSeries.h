@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Rehearsal/ScreenLocker.h"
+#include "Simulation/Desktop/ScreenLocker.h"
 #include "Tests/Hostile/Ground/GuardedTyping.h"
 #include "Tests/Hostile/Ground/WorkingDesktop.h"
 

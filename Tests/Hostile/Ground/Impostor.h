@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Rehearsal/ChildProcess.h"
+#include "Simulation/Desktop/ChildProcess.h"
 
 #include <cstddef>
 #include <expected>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Rehearsal/Scenes/Chance.h"
-#include "Rehearsal/ScreenLocker.h"
+#include "Simulation/Desktop/ScreenLocker.h"
+#include "Simulation/Scenes/Chance.h"
 #include "Tests/Hostile/Ground/GuardedTyping.h"
 #include "Tests/Hostile/Ground/WorkingDesktop.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Platforms/Linux/X11/XcbConnection.h"
-#include "Rehearsal/ChildProcess.h"
-#include "Rehearsal/PrivateDesktop.h"
-#include "Rehearsal/PrivateFolder.h"
+#include "Simulation/Desktop/ChildProcess.h"
+#include "Simulation/Desktop/PrivateDesktop.h"
+#include "Simulation/Desktop/PrivateFolder.h"
 
 #include <chrono>
 #include <cstddef>

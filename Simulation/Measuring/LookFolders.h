@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Simulation/Measuring/Look.h"
+
+#include <expected>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace marrowby {
+
+/// The looks below a folder, sorted by name. Every folder that holds pictures is one look, its
+/// pictures in the order of their names, labelled by the path to it:
+///
+///     enrol/PERSON/…            genuine/PERSON/…            attack/KIND/PERSON/…
+///
+/// A `truth.json` beside the pictures may give their rate ("fps"). The error is one sentence.
+[[nodiscard]] std::expected<std::vector<Look>, std::string> looksBelow(
+    const std::filesystem::path& folder, double usualFramesPerSecond);
+
+}  // namespace marrowby

@@ -1,0 +1,142 @@
+#include "Platforms/Linux/Desktop/ProcessHardening.h"
+#include "Platforms/Linux/Desktop/XdgFolders.h"
+#include "Simulation/Rehearsal/Stage.h"
+#include "Simulation/Rehearsal/Story.h"
+#include "Simulation/Scenes/ModelFolder.h"
+
+#include <QGuiApplication>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace marrowby;
+
+constexpr const char* usage =
+    "marrowby-rehearsal [FOLDER]\n"
+    "Plays a whole story of the unlock on the models in FOLDER; else on the standard pack, "
+    "where\n"
+    "the user has prepared it; else on the rehearsal’s own, in Models.\n";
+constexpr const char* ownModels = "Models";
+constexpr const char* contactSheet = "build/rehearsal.png";
+
+/// The application's folder of the standard pack.
+std::filesystem::path preparedModels() {
+    const auto folders = XdgFolders::current();
+    return folders ? folders->dataHome / "marrowby-unlock" / "models" : std::filesystem::path();
+}
+
+std::filesystem::path chosenModels(int argc, char* argv[]) {
+    if (argc > 1) return argv[1];
+    std::error_code error;
+    const auto prepared = preparedModels();
+    const bool isPrepared = std::filesystem::exists(prepared / ModelPack::manifestFile, error);
+    return isPrepared ? prepared : std::filesystem::path(ownModels);
+}
+
+void tellOf(const ModelPack& models) {
+    std::cout << "Models: " << models.name << " (" << models.folder.string() << ")\n";
+    if (models.knowsRealFaces()) return;
+    std::cout << "They know made-up people only. For real faces, prepare the standard pack:\n"
+                 "  Tools/prepare-pack "
+              << preparedModels() << '\n';
+}
+
+struct Ended {
+    std::string title;
+    std::chrono::duration<double> lasted;
+    std::expected<std::string, std::string> how;
+};
+
+std::vector<Ended> playAll(Stage& stage) {
+    std::vector<Ended> ended;
+    for (const Act& act : acts()) {
+        stage.transcript().heading("Act " + std::to_string(ended.size() + 1) + ": " + act.title);
+        const auto began = std::chrono::steady_clock::now();
+        auto how = act.play(stage);
+        stage.killLocker();
+        ended.push_back({act.title, std::chrono::steady_clock::now() - began, std::move(how)});
+        // Each act needs those before it.
+        if (!ended.back().how) break;
+    }
+    return ended;
+}
+
+void line(std::string_view verdict, std::string_view seconds, std::string_view title) {
+    std::cout << "  " << std::left << std::setw(13) << verdict << std::right << std::setw(6)
+              << seconds << "  " << title;
+}
+
+std::string inSeconds(std::chrono::duration<double> time) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(1) << time.count();
+    return text.str();
+}
+
+bool report(const std::vector<Ended>& ended) {
+    std::cout << "\nHow the acts ended, and their seconds\n";
+    bool allWell = ended.size() == acts().size();
+    std::chrono::duration<double> all{};
+    for (const Ended& act : ended) {
+        line(act.how ? "as it should" : "NOT", inSeconds(act.lasted), act.title);
+        std::cout << ": " << (act.how ? *act.how : act.how.error()) << '\n';
+        allWell = allWell && act.how;
+        all += act.lasted;
+    }
+    for (std::size_t i = ended.size(); i < acts().size(); ++i) {
+        line("not played", "", acts()[i].title);
+        std::cout << '\n';
+    }
+    line("", inSeconds(all), "together\n");
+    return allWell;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    if (!makeProcessUndumpable()) {
+        std::cerr << "This process’s memory can’t be kept private, so nothing was started.\n";
+        return EXIT_FAILURE;
+    }
+    // The contact sheet is painted, and shown nowhere.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(argc, argv);
+
+    if (argc > 2 || (argc == 2 && std::string_view(argv[1]).starts_with("-"))) {
+        std::cerr << usage;
+        return EXIT_FAILURE;
+    }
+    const auto models = modelsIn(chosenModels(argc, argv));
+    if (!models) {
+        std::cerr << models.error() << '\n';
+        return EXIT_FAILURE;
+    }
+    tellOf(*models);
+    const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    auto stage =
+        Stage::create({.models = models->folder, .program = here / "marrowby-unlock-on-stage"});
+    if (!stage) {
+        std::cerr << stage.error() << '\n';
+        return EXIT_FAILURE;
+    }
+    const std::vector<Ended> ended = playAll(**stage);
+    const ContactSheet sheet = (*stage)->contactSheet();
+    stage->reset();
+    const bool allWell = report(ended);
+    const auto saved = sheet.save(contactSheet);
+    std::cout << (saved ? "What the camera saw and the island showed: " + std::string(contactSheet)
+                        : saved.error())
+              << '\n';
+    tellOf(*models);
+    std::cout << std::flush;
+    return allWell && saved ? EXIT_SUCCESS : EXIT_FAILURE;
+}
