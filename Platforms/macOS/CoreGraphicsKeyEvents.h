@@ -15,9 +15,11 @@ class CoreGraphicsKeyEvents final : public KeyEvents {
     /// The system's answer about posting; may differ from isTrusted() until the application
     /// restarts.
     [[nodiscard]] bool mayPost() const override;
-    [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::macLoginWindow; }
+    [[nodiscard]] FieldClearing clearing() const override {
+        return FieldClearing::toTheEndThenBack;
+    }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
-        std::span<const char16_t> text, std::span<const std::uint32_t> codes) override;
+        std::span<const char16_t> text, std::span<const EditingKey> keys) override;
     void pause(TimeInterval duration) override;
 };
 

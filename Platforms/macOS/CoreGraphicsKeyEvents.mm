@@ -2,8 +2,8 @@
 
 #include "Platforms/macOS/CoreFoundationOwner.h"
 #include "Platforms/macOS/FoundationText.h"
+#include "Platforms/macOS/Rules/KeyCodes.h"
 #include "Platforms/macOS/Rules/LoginWindowKeyboard.h"
-#include "UnlockCore/Platform/KeyCodes.h"
 
 #include <thread>
 #include <utility>
@@ -16,7 +16,8 @@ namespace marrowby {
 
 static_assert(mackey::command == kVK_Command && mackey::rightArrow == kVK_RightArrow &&
               mackey::backspace == kVK_Delete && mackey::returnKey == kVK_Return &&
-              mackey::leftShift == kVK_Shift);
+              mackey::leftShift == kVK_Shift && mackey::leftControl == kVK_Control &&
+              mackey::letterU == kVK_ANSI_U);
 static_assert(mackey::commandFlag == kCGEventFlagMaskCommand);
 static_assert(mackey::hidSystemState == kCGEventSourceStateHIDSystemState &&
               mackey::hidEventTap == kCGHIDEventTap);
@@ -37,10 +38,11 @@ class EventSource final : public KeyEventSource {
   public:
     explicit EventSource(Source source) : source_(std::move(source)) {}
 
+    [[nodiscard]] KeyPace pace() const override { return loginWindowPace; }
     [[nodiscard]] bool post(const KeyPress& press) override {
-        const Event event = make(press.code, press.down);
+        const Event event = make(mackey::code(press.key), press.down);
         if (!event) return false;
-        CGEventSetFlags(event.get(), press.flags);
+        CGEventSetFlags(event.get(), mackey::flags(press));
         post(event);
         return true;
     }
@@ -65,8 +67,8 @@ class EventSource final : public KeyEventSource {
     void settle(const std::function<bool()>& /*stillLocked*/) override {}
 
   private:
-    [[nodiscard]] Event make(std::uint32_t code, bool down) const {
-        return Event(CGEventCreateKeyboardEvent(source_.get(), static_cast<CGKeyCode>(code), down));
+    [[nodiscard]] Event make(std::uint16_t code, bool down) const {
+        return Event(CGEventCreateKeyboardEvent(source_.get(), code, down));
     }
     [[nodiscard]] Event makeText(std::span<const char16_t> units, bool down) const {
         Event event = make(mackey::textCarrier, down);
@@ -97,7 +99,7 @@ bool CoreGraphicsKeyEvents::mayPost() const {
 }
 
 std::unique_ptr<KeyEventSource> CoreGraphicsKeyEvents::makeSource(
-    std::span<const char16_t> /*text*/, std::span<const std::uint32_t> /*codes*/) {
+    std::span<const char16_t> /*text*/, std::span<const EditingKey> /*keys*/) {
     Source source(CGEventSourceCreate(static_cast<CGEventSourceStateID>(mackey::hidSystemState)));
     if (!source) return nullptr;
     return std::make_unique<EventSource>(std::move(source));

@@ -32,6 +32,7 @@ class FakeKeyEvents final : public KeyEvents {
     bool hasNoSource = false;
     /// No screen locker has the keyboard.
     bool isAdmitted = true;
+    KeyPace pace{.tapsFirst = false};
     /// The posts, text or not, that succeed.
     std::optional<std::size_t> postsUntilFailure;
     /// The lock checks that still find the screen locked.
@@ -43,7 +44,7 @@ class FakeKeyEvents final : public KeyEvents {
     std::function<void()> onSettle;
 
     std::vector<Event> events;
-    std::vector<std::uint32_t> codesAskedFor;
+    std::vector<EditingKey> keysAskedFor;
     /// The memory of the text that the source was asked for.
     const char16_t* textPlace = nullptr;
 
@@ -54,11 +55,13 @@ class FakeKeyEvents final : public KeyEvents {
 
     [[nodiscard]] bool isTrusted() const override { return trusted; }
     [[nodiscard]] bool mayPost() const override { return accepts; }
-    [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::macLoginWindow; }
+    [[nodiscard]] FieldClearing clearing() const override {
+        return FieldClearing::toTheEndThenBack;
+    }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
-        std::span<const char16_t> text, std::span<const std::uint32_t> codes) override {
+        std::span<const char16_t> text, std::span<const EditingKey> keys) override {
         textPlace = text.data();
-        codesAskedFor.assign(codes.begin(), codes.end());
+        keysAskedFor.assign(keys.begin(), keys.end());
         if (hasNoSource) return nullptr;
         return std::make_unique<Source>(*this);
     }
@@ -84,6 +87,7 @@ class FakeKeyEvents final : public KeyEvents {
         [[nodiscard]] bool isAdmitted(const std::function<bool()>& /*stillLocked*/) override {
             return owner_.isAdmitted;
         }
+        [[nodiscard]] KeyPace pace() const override { return owner_.pace; }
         [[nodiscard]] bool post(const KeyPress& press) override { return record(press); }
         [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
             return record(Text{.units = {units.begin(), units.end()}, .down = down});

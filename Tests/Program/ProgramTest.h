@@ -1,12 +1,12 @@
 #pragma once
 
+#include "Platforms/Linux/Desktop/Keysyms.h"
 #include "Simulation/Desktop/DesktopUser.h"
 #include "Simulation/Desktop/ScreenLocker.h"
 #include "Tests/Hostile/Ground/WorkingDesktop.h"
 #include "Tests/Platforms/Linux/KeyringDaemon.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "Tests/Program/StagedProgram.h"
-#include "UnlockCore/Platform/KeyCodes.h"
 
 #include <QTimer>
 #include <cstdint>

@@ -37,9 +37,9 @@ class SilentKeyEvents final : public KeyEvents {
     std::function<void()> onPause = [] {};
 
     [[nodiscard]] bool isTrusted() const override { return true; }
-    [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::x11Locker; }
+    [[nodiscard]] FieldClearing clearing() const override { return FieldClearing::controlU; }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
-        std::span<const char16_t> /*text*/, std::span<const std::uint32_t> /*codes*/) override {
+        std::span<const char16_t> /*text*/, std::span<const EditingKey> /*keys*/) override {
         return std::make_unique<Source>();
     }
     void pause(TimeInterval /*duration*/) override { onPause(); }

@@ -87,8 +87,8 @@ class TrackedSource final : public KeyEventSource {
 }  // namespace
 
 std::unique_ptr<KeyEventSource> TrackedKeyEvents::makeSource(std::span<const char16_t> text,
-                                                             std::span<const std::uint32_t> codes) {
-    auto source = keyEvents_.makeSource(text, codes);
+                                                             std::span<const EditingKey> keys) {
+    auto source = keyEvents_.makeSource(text, keys);
     if (!source) return nullptr;
     return std::make_unique<TrackedSource>(std::move(source), own_);
 }

@@ -72,9 +72,9 @@ class TrackedKeyEvents final : public KeyEvents {
 
     [[nodiscard]] bool isTrusted() const override { return keyEvents_.isTrusted(); }
     [[nodiscard]] bool mayPost() const override { return keyEvents_.mayPost(); }
-    [[nodiscard]] KeyDialect dialect() const override { return keyEvents_.dialect(); }
+    [[nodiscard]] FieldClearing clearing() const override { return keyEvents_.clearing(); }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
-        std::span<const char16_t> text, std::span<const std::uint32_t> codes) override;
+        std::span<const char16_t> text, std::span<const EditingKey> keys) override;
     void pause(TimeInterval duration) override { keyEvents_.pause(duration); }
 
   private:

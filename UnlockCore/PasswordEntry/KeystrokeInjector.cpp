@@ -83,12 +83,12 @@ KeystrokeTyping keystrokeinjector::typePassword(KeyEvents& keyEvents,
     const auto units = decodeUTF8(password);
     if (!units) return failed(errorOf(units.error()));
 
-    const KeyDialect dialect = keyEvents.dialect();
-    auto source = keyEvents.makeSource(units->values(), KeystrokePlan::codes(dialect));
+    const FieldClearing clearing = keyEvents.clearing();
+    auto source = keyEvents.makeSource(units->values(), KeystrokePlan::keys(clearing));
     if (!source) return failed(KeystrokeError::eventFailed);
     if (!source->isAdmitted(stillLocked))
         return failed(stillLocked() ? KeystrokeError::noLocker : KeystrokeError::notLocked);
-    const KeystrokePlan plan = KeystrokePlan::make(units->values(), dialect, source->pace());
+    const KeystrokePlan plan = KeystrokePlan::make(units->values(), clearing, source->pace());
     Step outcome;
     const Perform perform{.keyEvents = keyEvents,
                           .source = *source,

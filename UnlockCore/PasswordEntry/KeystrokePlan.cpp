@@ -1,7 +1,5 @@
 #include "UnlockCore/PasswordEntry/KeystrokePlan.h"
 
-#include "UnlockCore/Platform/KeyCodes.h"
-
 #include <algorithm>
 
 namespace marrowby {
@@ -19,44 +17,37 @@ void addPress(Actions& actions, const KeyPress& press, TimeInterval pause) {
     actions.emplace_back(KeystrokeAction::Pause{pause});
 }
 
-void addTap(Actions& actions, std::uint32_t code, std::uint64_t flags, TimeInterval pause) {
-    addPress(actions, {.code = code, .down = true, .flags = flags}, pause);
-    addPress(actions, {.code = code, .down = false, .flags = flags}, pause);
+void addTap(Actions& actions, EditingKey key, bool withCommand, TimeInterval pause) {
+    addPress(actions, {.key = key, .down = true, .withCommand = withCommand}, pause);
+    addPress(actions, {.key = key, .down = false, .withCommand = withCommand}, pause);
 }
 
-/// `code` with Command held; the flag is set on the shortcut's keys only.
-void addCommandShortcut(Actions& actions, std::uint32_t code) {
-    constexpr TimeInterval pause = KeystrokePlan::editingPause;
-    addPress(actions, {.code = mackey::command, .down = true, .flags = mackey::commandFlag}, pause);
-    addTap(actions, code, mackey::commandFlag, pause);
-    addPress(actions, {.code = mackey::command, .down = false, .flags = mackey::noFlags}, pause);
+/// `key` with `modifier` held. Command is told by the events until it is released.
+void addShortcut(Actions& actions, EditingKey modifier, EditingKey key, TimeInterval pause) {
+    const bool withCommand = modifier == EditingKey::command;
+    addPress(actions, {.key = modifier, .down = true, .withCommand = withCommand}, pause);
+    addTap(actions, key, withCommand, pause);
+    addPress(actions, {.key = modifier, .down = false, .withCommand = false}, pause);
 }
 
 /// A key that types nothing, for lockers that swallow the first one.
-void addWaking(Actions& actions, std::uint32_t code, TimeInterval pause, TimeInterval wake) {
-    addTap(actions, code, 0, pause);
-    actions.emplace_back(KeystrokeAction::Pause{wake});
+void addWaking(Actions& actions, const KeyPace& pace) {
+    addTap(actions, EditingKey::shift, false, pace.shortcut);
+    actions.emplace_back(KeystrokeAction::Pause{pace.wake});
     actions.emplace_back(KeystrokeAction::LockCheck{});
 }
 
-/// Moves the caret to the end and deletes what is before it.
-void addMacClearing(Actions& actions) {
-    if constexpr (KeystrokePlan::wakesLoginWindow) {
-        addWaking(actions, mackey::leftShift, KeystrokePlan::editingPause,
-                  KeystrokePlan::wakePause);
+void addClearing(Actions& actions, FieldClearing clearing, TimeInterval pause) {
+    switch (clearing) {
+        case FieldClearing::toTheEndThenBack:
+            addShortcut(actions, EditingKey::command, EditingKey::rightArrow, pause);
+            addShortcut(actions, EditingKey::command, EditingKey::backspace, pause);
+            break;
+        // The one shortcut that clears the field of every X11 locker.
+        case FieldClearing::controlU:
+            addShortcut(actions, EditingKey::control, EditingKey::letterU, pause);
+            break;
     }
-    addCommandShortcut(actions, mackey::rightArrow);
-    addCommandShortcut(actions, mackey::backspace);
-}
-
-/// Shift wakes the dialogs of lockers that swallow their first key, and Ctrl+U is the one shortcut
-/// that clears the field of all of them.
-void addX11Clearing(Actions& actions, const KeyPace& pace) {
-    if (pace.tapsFirst) addWaking(actions, xkey::leftShift, pace.shortcut, pace.wake);
-    if (!pace.clearsField) return;
-    addPress(actions, {.code = xkey::leftControl, .down = true}, pace.shortcut);
-    addTap(actions, xkey::letterU, 0, pace.shortcut);
-    addPress(actions, {.code = xkey::leftControl, .down = false}, pace.shortcut);
 }
 
 void addText(Actions& actions, std::span<const char16_t> units) {
@@ -78,36 +69,27 @@ void addText(Actions& actions, std::span<const char16_t> units) {
 
 }  // namespace
 
-KeystrokePlan KeystrokePlan::make(std::span<const char16_t> units, KeyDialect dialect,
+KeystrokePlan KeystrokePlan::make(std::span<const char16_t> units, FieldClearing clearing,
                                   const KeyPace& pace) {
     KeystrokePlan plan;
     plan.actions.emplace_back(KeystrokeAction::LockCheck{});
-    std::uint32_t returnKey = 0;
-    switch (dialect) {
-        case KeyDialect::macLoginWindow:
-            addMacClearing(plan.actions);
-            returnKey = mackey::returnKey;
-            break;
-        case KeyDialect::x11Locker:
-            addX11Clearing(plan.actions, pace);
-            returnKey = xkey::returnKey;
-            break;
-    }
+    if (pace.tapsFirst) addWaking(plan.actions, pace);
+    if (pace.clearsField) addClearing(plan.actions, clearing, pace.shortcut);
     addText(plan.actions, units);
     plan.actions.emplace_back(KeystrokeAction::LockCheck{});
-    addTap(plan.actions, returnKey, 0, editingPause);
+    addTap(plan.actions, EditingKey::enter, false, returnPause);
     return plan;
 }
 
-std::vector<std::uint32_t> KeystrokePlan::codes(KeyDialect dialect) {
-    std::vector<std::uint32_t> codes;
-    for (const auto& action : make({}, dialect, {}).actions) {
+std::vector<EditingKey> KeystrokePlan::keys(FieldClearing clearing) {
+    std::vector<EditingKey> keys;
+    for (const auto& action : make({}, clearing, {}).actions) {
         const auto* post = std::get_if<KeystrokeAction::Post>(&action);
-        if (post != nullptr && std::ranges::find(codes, post->press.code) == codes.end()) {
-            codes.push_back(post->press.code);
+        if (post != nullptr && std::ranges::find(keys, post->press.key) == keys.end()) {
+            keys.push_back(post->press.key);
         }
     }
-    return codes;
+    return keys;
 }
 
 std::optional<std::string_view> typablepassword::objection(std::span<const std::uint8_t> password) {

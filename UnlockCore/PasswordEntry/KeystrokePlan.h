@@ -55,21 +55,15 @@ struct KeystrokePlan {
 
     /// The most UTF-16 units in one event; a surrogate pair is never parted.
     static constexpr std::size_t chunkLength = 20;
-    /// After each event of an editing key, and of a chunk, at the Mac's login window.
-    static constexpr TimeInterval editingPause{0.012};
+    /// After each event of Return, and of a chunk.
+    static constexpr TimeInterval returnPause{0.012};
     static constexpr TimeInterval chunkPause{0.004};
-    /// A dialog raised by the first key takes no input until it is up.
-    static constexpr TimeInterval wakePause{0.300};
-    /// Whether the Mac's login window gets a waking key, as X11's lockers do. Off: lost first keys
-    /// were never observed, and it costs the pause.
-    static constexpr bool wakesLoginWindow = false;
 
-    /// `pace` is that of an X11 locker.
-    [[nodiscard]] static KeystrokePlan make(std::span<const char16_t> units, KeyDialect dialect,
+    [[nodiscard]] static KeystrokePlan make(std::span<const char16_t> units, FieldClearing clearing,
                                             const KeyPace& pace);
 
-    /// The code of each key that a plan in this dialect may press beside the text, once.
-    [[nodiscard]] static std::vector<std::uint32_t> codes(KeyDialect dialect);
+    /// Each key that such a plan may press beside the text, once.
+    [[nodiscard]] static std::vector<EditingKey> keys(FieldClearing clearing);
 };
 
 namespace typablepassword {

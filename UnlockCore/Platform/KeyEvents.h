@@ -2,7 +2,6 @@
 
 #include "UnlockCore/Foundation/Time.h"
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <span>
@@ -11,25 +10,32 @@
 
 namespace marrowby {
 
-/// Which keys clear a lock screen's field, and what a key code means: macOS virtual key codes with
-/// modifier flags, or X keysyms with modifiers as keys of their own.
-enum class KeyDialect { macLoginWindow, x11Locker };
+/// The keys that wake a lock screen, clear its field and enter it. Text is typed without them.
+enum class EditingKey { shift, control, command, letterU, rightArrow, backspace, enter };
+
+/// The shortcuts that clear a lock screen's field.
+enum class FieldClearing {
+    /// Command with Right Arrow, Command with Backspace.
+    toTheEndThenBack,
+    controlU,
+};
 
 struct KeyPress {
-    std::uint32_t code = 0;
+    EditingKey key = EditingKey::shift;
     bool down = false;
-    std::uint64_t flags = 0;
+    /// The event says that Command is held.
+    bool withCommand = false;
     friend bool operator==(const KeyPress&, const KeyPress&) = default;
 };
 
-/// What the field of an X11 locker needs before it takes keys.
+/// What a lock screen's field needs before it takes keys.
 struct KeyPace {
     /// Press a key first to wake it, and how long until it takes the next.
     bool tapsFirst = true;
     TimeInterval wake{0.300};
     /// The field may hold text.
     bool clearsField = true;
-    /// Between a shortcut's keys: some lockers read the held modifiers late.
+    /// After each of a shortcut's keys: some lockers read the held modifiers late.
     TimeInterval shortcut{0.030};
 };
 
@@ -68,11 +74,11 @@ class KeyEvents {
     /// Whether the system accepts them now; some refuse temporarily.
     [[nodiscard]] virtual bool mayPost() const { return true; }
     [[nodiscard]] bool canType() const { return isTrusted() && mayPost(); }
-    [[nodiscard]] virtual KeyDialect dialect() const = 0;
-    /// A source that can type `text` and press each of `codes`; null where none can be had. Presses
+    [[nodiscard]] virtual FieldClearing clearing() const = 0;
+    /// A source that can type `text` and press each of `keys`; null where none can be had. Presses
     /// nothing yet. May outlive this object, but not the services it was made of.
     [[nodiscard]] virtual std::unique_ptr<KeyEventSource> makeSource(
-        std::span<const char16_t> text, std::span<const std::uint32_t> codes) = 0;
+        std::span<const char16_t> text, std::span<const EditingKey> keys) = 0;
     /// Executable paths of the screen lockers that the owner trusts.
     virtual void vouchFor(const std::vector<std::string>& /*paths*/) {}
     /// Called on the typing thread for each screen locker that is not trusted; may be empty. Set on

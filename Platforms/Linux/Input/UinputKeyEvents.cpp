@@ -1,7 +1,8 @@
 #include "Platforms/Linux/Input/UinputKeyEvents.h"
 
+#include "Platforms/Linux/Desktop/Keysyms.h"
 #include "UnlockCore/Foundation/Text.h"
-#include "UnlockCore/Platform/KeyCodes.h"
+#include "UnlockCore/Platform/LockerTiming.h"
 
 #include <algorithm>
 #include <array>
@@ -69,7 +70,7 @@ class UinputSource final : public KeyEventSource {
           pause_(std::move(pause)) {}
 
     [[nodiscard]] bool post(const KeyPress& press) override {
-        const auto chord = layout_->chord(press.code);
+        const auto chord = layout_->chord(xkey::keysym(press.key));
         if (!chord || (press.down && !isUndisturbed())) return false;
         return send(chord->key, press.down);
     }
@@ -104,7 +105,7 @@ class UinputSource final : public KeyEventSource {
     [[nodiscard]] bool send(std::uint16_t key, bool down) const {
         const bool isSent =
             keyboard_->send(EV_KEY, key, down ? 1 : 0) && keyboard_->send(EV_SYN, SYN_REPORT, 0);
-        pause_(xkey::eventGap);
+        pause_(lockertiming::eventGap);
         return isSent;
     }
 
@@ -146,14 +147,14 @@ bool UinputKeyEvents::isTrusted() const {
 }
 
 std::unique_ptr<KeyEventSource> UinputKeyEvents::makeSource(std::span<const char16_t> text,
-                                                            std::span<const std::uint32_t> codes) {
+                                                            std::span<const EditingKey> keys) {
     if (!isTrusted()) return nullptr;
     while (!text.empty()) {
         const char32_t character = takeCharacter(text);
         if (character < 0x20 || !layout_->chord(xkb_utf32_to_keysym(character))) return nullptr;
     }
-    for (const auto code : codes) {
-        if (!layout_->chord(code)) return nullptr;
+    for (const auto key : keys) {
+        if (!layout_->chord(xkey::keysym(key))) return nullptr;
     }
     const MutexLock lock(mutex_);
     return std::make_unique<UinputSource>(keyboard_, layout_, guard_, pause_);

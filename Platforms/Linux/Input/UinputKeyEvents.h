@@ -36,10 +36,10 @@ class UinputKeyEvents final : public KeyEvents {
 
     /// Creates the keyboard, so that readers have opened it before the first key.
     [[nodiscard]] bool isTrusted() const override;
-    [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::x11Locker; }
+    [[nodiscard]] FieldClearing clearing() const override { return FieldClearing::controlU; }
     /// Null for a character that the layout has no key for.
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
-        std::span<const char16_t> text, std::span<const std::uint32_t> codes) override;
+        std::span<const char16_t> text, std::span<const EditingKey> keys) override;
     void pause(TimeInterval duration) override { pause_(duration); }
 
   private:

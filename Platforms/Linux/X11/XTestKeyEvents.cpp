@@ -1,5 +1,6 @@
 #include "Platforms/Linux/X11/XTestKeyEvents.h"
 
+#include "Platforms/Linux/Desktop/Keysyms.h"
 #include "Platforms/Linux/X11/ClientPrograms.h"
 #include "Platforms/Linux/X11/X11ScreenCover.h"
 #include "Platforms/Linux/X11/XKeyDeliveries.h"
@@ -10,7 +11,7 @@
 #include "Platforms/Linux/X11/XcbConnection.h"
 #include "UnlockCore/Foundation/SecretBytes.h"
 #include "UnlockCore/Foundation/Text.h"
-#include "UnlockCore/Platform/KeyCodes.h"
+#include "UnlockCore/Platform/LockerTiming.h"
 
 #include <algorithm>
 #include <array>
@@ -134,7 +135,7 @@ class XTestKeyEventSource final : public KeyEventSource {
     /// Non-modifier keys are pressed and released in one stroke, because the press may end the
     /// locker.
     [[nodiscard]] bool post(const KeyPress& press) override {
-        const auto key = find(press.code);
+        const auto key = find(xkey::keysym(press.key));
         if (!key || !holder_ || !releaseHeldModifiers()) return false;
         if (!isModifier(*key)) return !press.down || tap(*key);
         if (press.down) heldModifier_ = key;
@@ -169,9 +170,9 @@ class XTestKeyEventSource final : public KeyEventSource {
         deliveries_.reset();
         if (!hasPosted_) return;
         TimeInterval waited{};
-        while (waited < xkey::returningLimit && stillLocked()) {
-            rules_.pause(xkey::returningStep);
-            waited += xkey::returningStep;
+        while (waited < lockertiming::returningLimit && stillLocked()) {
+            rules_.pause(lockertiming::returningStep);
+            waited += lockertiming::returningStep;
         }
     }
 
@@ -203,9 +204,9 @@ class XTestKeyEventSource final : public KeyEventSource {
         readCovers(facts, holder);
         // A locker may grab the keyboard before its window is mapped.
         for (TimeInterval waited{}; doubtIs(LockerDoubt::Fact::monitorIsUncovered) &&
-                                    waited < xkey::coverLimit && stillLocked();
-             waited += xkey::dialogStep) {
-            rules_.pause(xkey::dialogStep);
+                                    waited < lockertiming::coverLimit && stillLocked();
+             waited += lockertiming::dialogStep) {
+            rules_.pause(lockertiming::dialogStep);
             readCovers(facts, holder);
         }
         // Only the receiver is unknown: worth a test key.
@@ -270,7 +271,8 @@ class XTestKeyEventSource final : public KeyEventSource {
         std::vector<std::uint32_t> receivers;
         while (receivers.empty()) {
             receivers = deliveries_->receivers();
-            if (receivers.empty() && !deliveries_->wait(xkey::deliveryLimit)) return std::nullopt;
+            if (receivers.empty() && !deliveries_->wait(lockertiming::deliveryLimit))
+                return std::nullopt;
         }
         if (receivers.size() != 1) return std::nullopt;
         return receivers.front();
@@ -341,7 +343,7 @@ class XTestKeyEventSource final : public KeyEventSource {
     /// while, so it is tapped again.
     [[nodiscard]] bool awaitDialog(const ClientProgram& locker,
                                    const std::function<bool()>& stillLocked) const {
-        return await(xkey::leftShift, xkey::dialogTapStep, stillLocked, [&] {
+        return await(xkey::leftShift, lockertiming::dialogTapStep, stillLocked, [&] {
             const auto client = dialogAmong(programs_.clients(), locker);
             if (!client) return Sight::none;
             return !pace_.dialogIsOnScreen || showsWindowOf(*client) ? Sight::there : Sight::coming;
@@ -350,9 +352,9 @@ class XTestKeyEventSource final : public KeyEventSource {
 
     /// Waits a limited time for a condition. Not every locker shows it, so a timeout is no failure.
     void give(const std::function<bool()>& stillLocked, const std::function<bool()>& holds) const {
-        for (TimeInterval waited{}; waited < xkey::busyLimit && stillLocked() && !holds();
-             waited += xkey::busyStep) {
-            rules_.pause(xkey::busyStep);
+        for (TimeInterval waited{}; waited < lockertiming::busyLimit && stillLocked() && !holds();
+             waited += lockertiming::busyStep) {
+            rules_.pause(lockertiming::busyStep);
         }
     }
 
@@ -364,17 +366,17 @@ class XTestKeyEventSource final : public KeyEventSource {
                              const std::function<bool()>& stillLocked,
                              const std::function<Sight()>& look) const {
         TimeInterval untilTap = firstTap;
-        for (TimeInterval waited{}; waited < xkey::dialogLimit && stillLocked();
-             waited += xkey::dialogStep) {
+        for (TimeInterval waited{}; waited < lockertiming::dialogLimit && stillLocked();
+             waited += lockertiming::dialogStep) {
             const Sight sight = look();
             if (sight == Sight::there) return true;
-            if (sight == Sight::coming) untilTap = xkey::dialogTapStep;
+            if (sight == Sight::coming) untilTap = lockertiming::dialogTapStep;
             if (untilTap <= TimeInterval{}) {
-                untilTap = xkey::dialogTapStep;
+                untilTap = lockertiming::dialogTapStep;
                 if (!holder_ || !tapHarmless(keysym, &*holder_)) return false;
             }
-            untilTap -= xkey::dialogStep;
-            rules_.pause(xkey::dialogStep);
+            untilTap -= lockertiming::dialogStep;
+            rules_.pause(lockertiming::dialogStep);
         }
         return false;
     }
@@ -436,7 +438,7 @@ class XTestKeyEventSource final : public KeyEventSource {
         const auto sent = guard_.send(events, &*holder_);
         isStopped_ |= sent == XKeyGuard::Sent::toNobody;
         if (sent != XKeyGuard::Sent::toHolder || !isUndisturbed()) return false;
-        rules_.pause(xkey::eventGap);
+        rules_.pause(lockertiming::eventGap);
         return true;
     }
 
@@ -503,11 +505,11 @@ bool XTestKeyEvents::isTrusted() const {
 }
 
 std::unique_ptr<KeyEventSource> XTestKeyEvents::makeSource(std::span<const char16_t> text,
-                                                           std::span<const std::uint32_t> codes) {
+                                                           std::span<const EditingKey> keys) {
     auto connection = XcbConnection::create(displayName_);
     if (!connection || !hasXTest(**connection)) return nullptr;
     auto layout = XKeyLayout::read(**connection);
-    auto uses = SecretArray<KeyUse>::create(text.size() + codes.size());
+    auto uses = SecretArray<KeyUse>::create(text.size() + keys.size());
     if (!layout || !uses) return nullptr;
     XTestKeyEventSource::Rules rules{
         .pause = pause_, .vouchedPaths = {}, .onDoubt = onDoubt, .onUnknownLocker = {}};
@@ -518,8 +520,8 @@ std::unique_ptr<KeyEventSource> XTestKeyEvents::makeSource(std::span<const char1
     }
     auto source = std::make_unique<XTestKeyEventSource>(std::move(*connection), std::move(*layout),
                                                         std::move(*uses), std::move(rules));
-    for (const auto code : codes) {
-        if (!source->add(code)) return nullptr;
+    for (const auto key : keys) {
+        if (!source->add(xkey::keysym(key))) return nullptr;
     }
     while (!text.empty()) {
         const char32_t character = takeCharacter(text);

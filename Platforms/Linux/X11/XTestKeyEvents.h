@@ -13,7 +13,7 @@ namespace marrowby {
 
 class XcbConnection;
 
-/// Keys through the XTEST extension; codes are keysyms. Any thread.
+/// Keys through the XTEST extension. Any thread.
 ///
 /// A source uses the keys that give a character without a modifier in the active layout, and lends
 /// all other characters to unused keys. So held keys and Caps Lock change nothing, and lockers that
@@ -41,9 +41,9 @@ class XTestKeyEvents final : public KeyEvents {
     void setUnknownLockerHandler(const std::function<void(std::string path)>& handler) override;
 
     [[nodiscard]] bool isTrusted() const override;
-    [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::x11Locker; }
+    [[nodiscard]] FieldClearing clearing() const override { return FieldClearing::controlU; }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
-        std::span<const char16_t> text, std::span<const std::uint32_t> codes) override;
+        std::span<const char16_t> text, std::span<const EditingKey> keys) override;
     void pause(TimeInterval duration) override { pause_(duration); }
 
   private:

@@ -1,7 +1,7 @@
 #include "Tests/Hostile/Ground/KillSeries.h"
 
 #include "Platforms/Linux/X11/XRawKeys.h"
-#include "UnlockCore/Platform/KeyCodes.h"
+#include "UnlockCore/Platform/LockerTiming.h"
 
 #include <algorithm>
 #include <array>
@@ -23,7 +23,7 @@ constexpr TimeInterval spread{0.004};
 
 XTestKeyEvents::Pause pauseWithGap(TimeInterval gap) {
     return [gap](TimeInterval duration) {
-        const TimeInterval wait = duration == xkey::eventGap ? gap : duration;
+        const TimeInterval wait = duration == lockertiming::eventGap ? gap : duration;
         if (wait > TimeInterval{}) XTestKeyEvents::sleep(wait);
     };
 }

@@ -4,7 +4,6 @@
 #include "Tests/Fakes/VaultFixture.h"
 #include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/LockScreenServices/StoredPasswordTyper.h"
-#include "UnlockCore/Platform/KeyCodes.h"
 
 #include <atomic>
 #include <future>
@@ -92,9 +91,11 @@ class SlowKeyEvents final : public KeyEvents {
     std::atomic<bool> isGivenBack = false;
 
     [[nodiscard]] bool isTrusted() const override { return true; }
-    [[nodiscard]] KeyDialect dialect() const override { return KeyDialect::macLoginWindow; }
+    [[nodiscard]] FieldClearing clearing() const override {
+        return FieldClearing::toTheEndThenBack;
+    }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
-        std::span<const char16_t> /*text*/, std::span<const std::uint32_t> /*codes*/) override {
+        std::span<const char16_t> /*text*/, std::span<const EditingKey> /*keys*/) override {
         return std::make_unique<Source>(*this);
     }
     void pause(TimeInterval /*duration*/) override {}
@@ -107,7 +108,7 @@ class SlowKeyEvents final : public KeyEvents {
         Source& operator=(const Source&) = delete;
         ~Source() override { owner_.isGivenBack = true; }
         [[nodiscard]] bool post(const KeyPress& press) override {
-            if (press.code == mackey::returnKey) owner_.hasPressedReturn = true;
+            if (press.key == EditingKey::enter) owner_.hasPressedReturn = true;
             return true;
         }
         [[nodiscard]] bool postText(std::span<const char16_t> /*units*/, bool down) override {

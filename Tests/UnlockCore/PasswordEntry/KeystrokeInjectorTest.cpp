@@ -17,8 +17,6 @@ namespace {
 using Note = FakeKeyEvents::Note;
 using Text = FakeKeyEvents::Text;
 
-constexpr std::uint32_t returnKey = 36;
-
 class KeystrokeInjector : public testing::Test {
   protected:
     KeystrokeTyping type(std::string_view password) {
@@ -28,8 +26,9 @@ class KeystrokeInjector : public testing::Test {
     }
 
     [[nodiscard]] bool hasPressedReturn() const {
-        return std::ranges::any_of(keyEvents_.all<KeyPress>(),
-                                   [](const KeyPress& press) { return press.code == returnKey; });
+        return std::ranges::any_of(keyEvents_.all<KeyPress>(), [](const KeyPress& press) {
+            return press.key == EditingKey::enter;
+        });
     }
 
     FakeKeyEvents keyEvents_;
@@ -54,7 +53,8 @@ TEST_F(KeystrokeInjector, doesNothingWithoutTrustValidTextAndEveryKey) {
     EXPECT_EQ(type("a\xC3").outcome(), std::unexpected(KeystrokeError::invalidText));
     keyEvents_.hasNoSource = true;
     EXPECT_EQ(type("secret").outcome(), std::unexpected(KeystrokeError::eventFailed));
-    EXPECT_EQ(keyEvents_.codesAskedFor, (std::vector<std::uint32_t>{55, 124, 51, 36}));
+    using enum EditingKey;
+    EXPECT_EQ(keyEvents_.keysAskedFor, (std::vector{shift, command, rightArrow, backspace, enter}));
     EXPECT_TRUE(keyEvents_.events.empty());
     keyEvents_.hasNoSource = false;
     keyEvents_.isAdmitted = false;

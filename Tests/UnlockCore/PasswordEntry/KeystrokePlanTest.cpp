@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -16,15 +17,20 @@ namespace {
 
 using namespace std::string_view_literals;
 
-/// One letter per kind with its figures, so that a whole plan can be read: "check", "+55/100000" (a
-/// key down with its flags), "-55" (up), "T0+20" (text down), "t0+20" (up), ".12" (a pause in
-/// milliseconds).
+constexpr KeyPace pacedShortcuts{.tapsFirst = false, .shortcut = TimeInterval(0.012)};
+
+/// One letter per kind with its figures, so that a whole plan can be read: "check", "+right!" (a
+/// key down whose event says Command), "-right" (up), "T0+20" (text down), "t0+20" (up), ".12" (a
+/// pause in milliseconds).
 struct Spell {
     std::string operator()(const KeystrokeAction::Post& post) const {
-        char text[40];
-        (void)std::snprintf(text, sizeof text, "%c%u/%llx", post.press.down ? '+' : '-',
-                            post.press.code, static_cast<unsigned long long>(post.press.flags));
-        return text;
+        static const std::map<EditingKey, std::string> names{
+            {EditingKey::shift, "shift"},      {EditingKey::control, "control"},
+            {EditingKey::command, "command"},  {EditingKey::letterU, "U"},
+            {EditingKey::rightArrow, "right"}, {EditingKey::backspace, "backspace"},
+            {EditingKey::enter, "return"}};
+        return (post.press.down ? "+" : "-") + names.at(post.press.key) +
+               (post.press.withCommand ? "!" : "");
     }
     std::string operator()(const KeystrokeAction::Text& text) const {
         return (text.down ? "T" : "t") + std::to_string(text.offset) + "+" +
@@ -44,32 +50,28 @@ std::string spelled(const KeystrokePlan& plan) {
     return text;
 }
 
-TEST(KeystrokePlan, clearsTypesAndEntersAtTheMacsLoginWindow) {
-    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::macLoginWindow, {})),
-              "check "
-              "+55/100000 .12 +124/100000 .12 -124/100000 .12 -55/0 .12 "
-              "+55/100000 .12 +51/100000 .12 -51/100000 .12 -55/0 .12 "
-              "check T0+6 .4 t0+6 .4 "
-              "check +36/0 .12 -36/0 .12");
-}
-
-TEST(KeystrokePlan, wakesClearsTypesAndEntersAtAnX11Locker) {
-    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::x11Locker, {})),
-              "check +65505/0 .30 -65505/0 .30 .300 "
-              "check +65507/0 .30 +117/0 .30 -117/0 .30 -65507/0 .30 "
-              "check T0+6 .4 t0+6 .4 "
-              "check +65293/0 .12 -65293/0 .12");
-}
-
-TEST(KeystrokePlan, waitsForALockersFieldNoLongerThanItNeeds) {
-    KeyPace pace{.tapsFirst = false, .wake = {}, .clearsField = true, .shortcut = {}};
-    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::x11Locker, pace)),
-              "check +65507/0 .0 +117/0 .0 -117/0 .0 -65507/0 .0 "
-              "check T0+6 .4 t0+6 .4 "
-              "check +65293/0 .12 -65293/0 .12");
-    pace.clearsField = false;
-    EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, KeyDialect::x11Locker, pace)),
-              "check check T0+6 .4 t0+6 .4 check +65293/0 .12 -65293/0 .12");
+TEST(KeystrokePlan, clearsTypesAndEntersAtThePaceOfTheField) {
+    const std::string typed = "check T0+6 .4 t0+6 .4 check +return .12 -return .12";
+    const KeyPace bare{.tapsFirst = false, .wake = {}, .clearsField = false, .shortcut = {}};
+    struct Case {
+        FieldClearing clearing;
+        KeyPace pace;
+        std::string before;
+    };
+    for (const auto& [clearing, pace, before] : std::vector<Case>{
+             {FieldClearing::toTheEndThenBack, pacedShortcuts,
+              "+command! .12 +right! .12 -right! .12 -command .12 "
+              "+command! .12 +backspace! .12 -backspace! .12 -command .12 "},
+             {FieldClearing::controlU,
+              {},
+              "+shift .30 -shift .30 .300 check +control .30 +U .30 -U .30 -control .30 "},
+             {FieldClearing::controlU,
+              {.tapsFirst = false, .wake = {}, .clearsField = true, .shortcut = {}},
+              "+control .0 +U .0 -U .0 -control .0 "},
+             {FieldClearing::controlU, bare, ""},
+         })
+        EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, clearing, pace)),
+                  "check " + before + typed);
 }
 
 TEST(KeystrokePlan, partsTextIntoChunksButNeverASurrogatePair) {
@@ -93,7 +95,7 @@ TEST(KeystrokePlan, partsTextIntoChunksButNeverASurrogatePair) {
         std::vector<std::size_t> seen;
         std::size_t end = 0;
         for (const auto& action :
-             KeystrokePlan::make(text, KeyDialect::macLoginWindow, {}).actions) {
+             KeystrokePlan::make(text, FieldClearing::toTheEndThenBack, {}).actions) {
             const auto* chunk = std::get_if<KeystrokeAction::Text>(&action);
             if (chunk == nullptr || !chunk->down) continue;
             EXPECT_EQ(chunk->offset, end);

@@ -1,6 +1,6 @@
 #include "Platforms/Linux/Input/UinputKeyEvents.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
-#include "UnlockCore/Platform/KeyCodes.h"
+#include "UnlockCore/Platform/KeyEvents.h"
 
 #include <fstream>
 #include <memory>
@@ -96,32 +96,32 @@ TEST(UinputKeyEvents, typesWhatTheLayoutHasAndRefusesOtherTexts) {
 
 TEST(UinputKeyEvents, pressesTheKeysOfAPlan) {
     Typist typist("de");
-    const std::vector<std::uint32_t> codes{xkey::leftShift, xkey::leftControl, xkey::letterU,
-                                           xkey::returnKey};
-    const auto source = typist.keys.makeSource({}, codes);
+    const std::vector<EditingKey> keys{EditingKey::shift, EditingKey::control, EditingKey::letterU,
+                                       EditingKey::enter};
+    const auto source = typist.keys.makeSource({}, keys);
     ASSERT_TRUE(source);
-    EXPECT_TRUE(source->post({.code = xkey::leftControl, .down = true}));
+    EXPECT_TRUE(source->post({.key = EditingKey::control, .down = true}));
     EXPECT_TRUE(typist.compositor->holdsModifiers());
-    EXPECT_TRUE(source->post({.code = xkey::letterU, .down = true}));
+    EXPECT_TRUE(source->post({.key = EditingKey::letterU, .down = true}));
     EXPECT_EQ(typist.compositor->typed, "\x15");
-    EXPECT_TRUE(source->post({.code = xkey::letterU, .down = false}));
-    EXPECT_TRUE(source->post({.code = xkey::leftControl, .down = false}));
+    EXPECT_TRUE(source->post({.key = EditingKey::letterU, .down = false}));
+    EXPECT_TRUE(source->post({.key = EditingKey::control, .down = false}));
     EXPECT_FALSE(typist.compositor->holdsModifiers());
 }
 
 TEST(UinputKeyEvents, checksTheGuardBeforeEveryKeyAndStopsForGoodOnARefusal) {
-    const std::vector<std::uint32_t> codes{xkey::returnKey};
+    const std::vector<EditingKey> keys{EditingKey::enter};
     for (std::size_t asked = 0; asked < 4; ++asked) {
         Typist typist("us");
         typist.questionsUntilUnlocked = static_cast<int>(asked);
         const std::u16string text = u"ABC";
-        const auto source = typist.keys.makeSource(text, codes);
+        const auto source = typist.keys.makeSource(text, keys);
         ASSERT_TRUE(source);
         EXPECT_EQ(source->postText(text, true), asked == 3);
         EXPECT_EQ(typist.compositor->typed, std::string("ABC").substr(0, asked));
         // Locked again, perhaps by another session: still refused.
         if (asked < 3) typist.questionsUntilUnlocked.reset();
-        EXPECT_FALSE(source->post({.code = xkey::returnKey, .down = true}));
+        EXPECT_FALSE(source->post({.key = EditingKey::enter, .down = true}));
         EXPECT_FALSE(source->isUndisturbed());
         EXPECT_FALSE(typist.compositor->holdsModifiers());
     }

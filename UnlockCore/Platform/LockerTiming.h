@@ -3,38 +3,11 @@
 #include "UnlockCore/Foundation/Time.h"
 
 #include <chrono>
-#include <cstdint>
 
 namespace marrowby {
 
-/// Virtual key codes of the ANSI layout; flags, source and tap of macOS key events.
-namespace mackey {
-
-inline constexpr std::uint32_t command = 55;
-inline constexpr std::uint32_t rightArrow = 124;
-inline constexpr std::uint32_t backspace = 51;
-inline constexpr std::uint32_t returnKey = 36;
-inline constexpr std::uint32_t leftShift = 56;
-/// Of an event that carries Unicode text.
-inline constexpr std::uint32_t textCarrier = 0;
-
-inline constexpr std::uint64_t noFlags = 0;
-inline constexpr std::uint64_t commandFlag = 0x100000;
-
-/// The state of the event source, and the tap events are posted at.
-inline constexpr std::int32_t hidSystemState = 1;
-inline constexpr std::uint32_t hidEventTap = 0;
-
-}  // namespace mackey
-
-/// Keysyms of the X protocol.
-namespace xkey {
-
-inline constexpr std::uint32_t letterU = 0x0075;
-inline constexpr std::uint32_t returnKey = 0xFF0D;
-inline constexpr std::uint32_t escape = 0xFF1B;
-inline constexpr std::uint32_t leftShift = 0xFFE1;
-inline constexpr std::uint32_t leftControl = 0xFFE3;
+/// Waits of typing into an X11 locker.
+namespace lockertiming {
 
 /// Between two events; lockers that read raw events need it.
 inline constexpr TimeInterval eventGap{0.001};
@@ -56,6 +29,6 @@ inline constexpr TimeInterval busyStep{0.002};
 inline constexpr TimeInterval dialogStep{0.010};
 inline constexpr TimeInterval dialogTapStep{0.100};
 
-}  // namespace xkey
+}  // namespace lockertiming
 
 }  // namespace marrowby
