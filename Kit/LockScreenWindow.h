@@ -11,9 +11,6 @@ namespace marrowby {
 /// it.
 class LockScreenWindow {
   public:
-    /// Of every such panel.
-    [[nodiscard]] static PanelConfiguration configuration(std::int64_t level);
-
     LockScreenWindow(LockScreen& lockScreen, std::shared_ptr<PanelContent> content,
                      const Rect& frame);
     LockScreenWindow(const LockScreenWindow&) = delete;

@@ -180,7 +180,7 @@ void SelfCheck::checkTyping() {
 }
 
 void SelfCheck::checkWindowSpace() {
-    const bool isFound = services_.windowServer.loadSkyLight() != nullptr;
+    const bool isFound = services_.windowServer.hasLockScreenSpaces();
     say("Space above the lock screen", isFound,
         isFound ? "found." : "not found, so the island lies where this system lets it.",
         Need::optional);

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "Platforms/macOS/Rules/SkyLightSpace.h"
 #include "UnlockCore/Platform/WindowServer.h"
+
+#include <memory>
+#include <optional>
 
 namespace marrowby {
 
@@ -12,11 +16,16 @@ class AppKitWindowServer final : public WindowServer {
     [[nodiscard]] std::optional<ScreenGeometry> mainScreen() override;
     [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(
         std::function<void(const Point&)> onPlace) override;
-    [[nodiscard]] std::int64_t shieldingWindowLevel() override;
     [[nodiscard]] std::unique_ptr<LockScreenPanel> makePanel(
-        const PanelConfiguration& configuration, const Rect& frame,
-        std::shared_ptr<PanelContent> content) override;
-    [[nodiscard]] std::shared_ptr<SkyLightFunctions> loadSkyLight() override;
+        const Rect& frame, std::shared_ptr<PanelContent> content) override;
+    [[nodiscard]] bool hasLockScreenSpaces() override { return functions() != nullptr; }
+    [[nodiscard]] std::unique_ptr<LockScreenSpace> makeLockScreenSpace() override;
+
+  private:
+    [[nodiscard]] const std::shared_ptr<SkyLightFunctions>& functions();
+
+    /// Set by the first lookup, found or not.
+    std::optional<std::shared_ptr<SkyLightFunctions>> functions_;
 };
 
 }  // namespace marrowby

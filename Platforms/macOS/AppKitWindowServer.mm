@@ -3,6 +3,7 @@
 #include "Platforms/macOS/CoreFoundationOwner.h"
 #include "Platforms/macOS/FoundationText.h"
 #include "Platforms/macOS/PanelView.h"
+#include "Platforms/macOS/Rules/PanelConfiguration.h"
 
 #include <array>
 #include <utility>
@@ -181,6 +182,17 @@ class LoadedSkyLight final : public SkyLightFunctions {
     Addresses addresses_;
 };
 
+std::shared_ptr<SkyLightFunctions> loadSkyLight() {
+    void* const library = ::dlopen(skylight::path, RTLD_NOW);
+    if (!library) return nullptr;
+    LoadedSkyLight::Addresses addresses{};
+    for (std::size_t i = 0; i < addresses.size(); ++i) {
+        addresses[i] = ::dlsym(library, skylight::symbols[i]);
+        if (!addresses[i]) return nullptr;
+    }
+    return std::make_shared<LoadedSkyLight>(addresses);
+}
+
 }  // namespace
 
 std::optional<ScreenGeometry> AppKitWindowServer::mainScreen() {
@@ -196,28 +208,23 @@ std::unique_ptr<WindowServer::PointerWatch> AppKitWindowServer::watchPointer(
     return std::make_unique<PolledPointer>(std::move(onPlace));
 }
 
-std::int64_t AppKitWindowServer::shieldingWindowLevel() {
-    return CGShieldingWindowLevel();
-}
-
 std::unique_ptr<LockScreenPanel> AppKitWindowServer::makePanel(
-    const PanelConfiguration& configuration, const Rect& frame,
-    std::shared_ptr<PanelContent> content) {
+    const Rect& frame, std::shared_ptr<PanelContent> content) {
+    const PanelConfiguration configuration{.level = CGShieldingWindowLevel() + std::int64_t{1}};
     NSPanel* const panel =
         withoutExceptions<NSPanel*>(nil, [&] { return configured(configuration, frame); });
     if (!panel) return nullptr;
     return std::make_unique<AppKitPanel>(panel, std::move(content));
 }
 
-std::shared_ptr<SkyLightFunctions> AppKitWindowServer::loadSkyLight() {
-    void* const library = ::dlopen(skylight::path, RTLD_NOW);
-    if (!library) return nullptr;
-    LoadedSkyLight::Addresses addresses{};
-    for (std::size_t i = 0; i < addresses.size(); ++i) {
-        addresses[i] = ::dlsym(library, skylight::symbols[i]);
-        if (!addresses[i]) return nullptr;
-    }
-    return std::make_shared<LoadedSkyLight>(addresses);
+std::unique_ptr<LockScreenSpace> AppKitWindowServer::makeLockScreenSpace() {
+    if (!functions()) return nullptr;
+    return std::make_unique<SkyLightSpace>(functions());
+}
+
+const std::shared_ptr<SkyLightFunctions>& AppKitWindowServer::functions() {
+    if (!functions_) functions_ = loadSkyLight();
+    return *functions_;
 }
 
 }  // namespace marrowby

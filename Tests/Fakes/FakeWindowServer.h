@@ -12,13 +12,12 @@
 
 namespace marrowby {
 
-/// A window server that records its calls. Its connection is 7, its space 2^32 + 9. The pointer is
-/// where it was moved to last.
+/// A window server that records its calls. The pointer is where it was moved to last.
 class FakeWindowServer final : public WindowServer {
   public:
-    bool hasSkyLight = true;
+    bool hasSpaces = true;
     bool hasPanels = true;
-    std::vector<PanelConfiguration> configurations;
+    std::int64_t panelsMade = 0;
     std::vector<std::string> calls;
     std::optional<ScreenGeometry> screen =
         ScreenGeometry{.frame = {.x = 0, .y = 0, .width = 1440, .height = 900}, .notch = {}};
@@ -39,17 +38,16 @@ class FakeWindowServer final : public WindowServer {
         watcher_ = std::move(onPlace);
         return std::make_unique<Watch>(watcher_);
     }
-    [[nodiscard]] std::int64_t shieldingWindowLevel() override { return 2'147'483'630; }
     [[nodiscard]] std::unique_ptr<LockScreenPanel> makePanel(
-        const PanelConfiguration& configuration, const Rect& /*frame*/,
-        std::shared_ptr<PanelContent> /*content*/) override {
+        const Rect& /*frame*/, std::shared_ptr<PanelContent> /*content*/) override {
         if (!hasPanels) return nullptr;
-        configurations.push_back(configuration);
-        return std::make_unique<FakePanel>(*this, std::int64_t(configurations.size()));
+        return std::make_unique<FakePanel>(*this, ++panelsMade);
     }
-    [[nodiscard]] std::shared_ptr<SkyLightFunctions> loadSkyLight() override {
-        note("load");
-        return hasSkyLight ? std::make_shared<Functions>(*this) : nullptr;
+    [[nodiscard]] bool hasLockScreenSpaces() override { return hasSpaces; }
+    [[nodiscard]] std::unique_ptr<LockScreenSpace> makeLockScreenSpace() override {
+        if (!hasSpaces) return nullptr;
+        note("space");
+        return std::make_unique<FakeSpace>(*this);
     }
 
   private:
@@ -87,33 +85,14 @@ class FakeWindowServer final : public WindowServer {
         Rect frame_;
     };
 
-    class Functions final : public SkyLightFunctions {
+    class FakeSpace final : public LockScreenSpace {
       public:
-        explicit Functions(FakeWindowServer& server) : server_(server) {}
-        [[nodiscard]] Connection mainConnectionID() override {
-            server_.note("connection", 7);
-            return 7;
+        explicit FakeSpace(FakeWindowServer& server) : server_(server) {}
+        void add(const LockScreenPanel& panel) override {
+            server_.note("add", panel.windowNumber());
         }
-        [[nodiscard]] Space spaceCreate(Connection connection, std::int32_t one,
-                                        std::int32_t zero) override {
-            server_.note("create", connection, one, zero, "= 4294967305");
-            return 4'294'967'305;
-        }
-        void spaceSetAbsoluteLevel(Connection connection, Space space,
-                                   std::int32_t level) override {
-            server_.note("level", connection, space, level);
-        }
-        void showSpaces(Connection connection, std::span<const Space> spaces) override {
-            server_.note("show", connection, spaces.front());
-        }
-        void spaceAddWindowsAndRemoveFromSpaces(Connection connection, Space space,
-                                                std::span<const std::int64_t> windows,
-                                                std::int32_t options) override {
-            server_.note("add", connection, space, windows.front(), options);
-        }
-        void removeWindowsFromSpaces(Connection connection, std::span<const std::int64_t> windows,
-                                     std::span<const Space> spaces) override {
-            server_.note("remove", connection, windows.front(), spaces.front());
+        void remove(const LockScreenPanel& panel) override {
+            server_.note("remove", panel.windowNumber());
         }
 
       private:

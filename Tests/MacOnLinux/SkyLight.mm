@@ -2,7 +2,7 @@
 
 #include "Tests/MacOnLinux/SkyLight.h"
 
-#include "UnlockCore/Platform/WindowServer.h"
+#include "Platforms/macOS/Rules/SkyLightSpace.h"
 
 #include <cstring>
 

@@ -73,7 +73,7 @@ TEST_F(SelfCheckTest, saysWhatIsMissingAndAsksForNothing) {
         {"NO  Owner’s check: No finger.", [this] { owner.unavailable = "No finger"; }},
         {"-   Space above the lock screen: not found, so the island lies where this system lets "
          "it.",
-         [this] { windowServer.hasSkyLight = false; }},
+         [this] { windowServer.hasSpaces = false; }},
         {"NO  Camera permission: not asked for yet.",
          [this] { enrollmentCamera->answer = CaptureAuthorization::notDetermined; }},
     };

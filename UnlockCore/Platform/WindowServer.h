@@ -4,12 +4,10 @@
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Platform/PanelDrawing.h"
 
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <span>
 #include <utility>
 
 namespace marrowby {
@@ -38,26 +36,6 @@ struct ScreenGeometry {
     friend bool operator==(const ScreenGeometry&, const ScreenGeometry&) = default;
 };
 
-/// How a panel is made, in the system's own numbers.
-struct PanelConfiguration {
-    std::uint64_t styleMask = 0;
-    std::uint64_t backing = 0;
-    bool isDeferred = false;
-    bool isOpaque = false;
-    bool hasClearBackground = true;
-    bool hasShadow = false;
-    bool isMovable = false;
-    bool isReleasedWhenClosed = false;
-    bool hidesOnDeactivate = false;
-    std::int64_t level = 0;
-    std::uint64_t collectionBehavior = 0;
-    std::int64_t animationBehavior = 0;
-    bool ignoresMouseEvents = true;
-    bool acceptsMouseMovedEvents = true;
-    bool canBecomeVisibleWithoutLogin = true;
-    friend bool operator==(const PanelConfiguration&, const PanelConfiguration&) = default;
-};
-
 /// A window of the application that can lie above the lock screen. Main thread; closed when this is
 /// destroyed.
 class LockScreenPanel {
@@ -71,38 +49,13 @@ class LockScreenPanel {
     virtual void orderOut() = 0;
 };
 
-/// The library of the private entry points, and their names in SkyLightFunctions' order.
-namespace skylight {
-inline constexpr const char* path =
-    "/System/Library/PrivateFrameworks/SkyLight.framework/Versions/A/SkyLight";
-inline constexpr std::array symbols{"SLSMainConnectionID",
-                                    "SLSSpaceCreate",
-                                    "SLSSpaceSetAbsoluteLevel",
-                                    "SLSShowSpaces",
-                                    "SLSSpaceAddWindowsAndRemoveFromSpaces",
-                                    "SLSRemoveWindowsFromSpaces"};
-}  // namespace skylight
-
-/// Private entry points of the window server, which not every system has. Results are ignored. Main
-/// thread.
-class SkyLightFunctions {
+/// A space of the window server above the lock screen. A panel stays in it until it is removed or
+/// closed. Main thread.
+class LockScreenSpace {
   public:
-    using Connection = std::uint32_t;
-    /// As wide as the window server's; a narrower argument would leave half a register undefined.
-    using Space = std::uint64_t;
-
-    virtual ~SkyLightFunctions() = default;
-    [[nodiscard]] virtual Connection mainConnectionID() = 0;
-    [[nodiscard]] virtual Space spaceCreate(Connection connection, std::int32_t one,
-                                            std::int32_t zero) = 0;
-    virtual void spaceSetAbsoluteLevel(Connection connection, Space space, std::int32_t level) = 0;
-    virtual void showSpaces(Connection connection, std::span<const Space> spaces) = 0;
-    virtual void spaceAddWindowsAndRemoveFromSpaces(Connection connection, Space space,
-                                                    std::span<const std::int64_t> windows,
-                                                    std::int32_t options) = 0;
-    virtual void removeWindowsFromSpaces(Connection connection,
-                                         std::span<const std::int64_t> windows,
-                                         std::span<const Space> spaces) = 0;
+    virtual ~LockScreenSpace() = default;
+    virtual void add(const LockScreenPanel& panel) = 0;
+    virtual void remove(const LockScreenPanel& panel) = 0;
 };
 
 /// How often the pointer is polled where the system reports no movement.
@@ -124,13 +77,14 @@ class WindowServer {
     /// after every movement, grabbed or not. Null where that is unknown.
     [[nodiscard]] virtual std::unique_ptr<PointerWatch> watchPointer(
         std::function<void(const Point&)> onPlace) = 0;
-    [[nodiscard]] virtual std::int64_t shieldingWindowLevel() = 0;
-    /// Null where no window can be had.
+    /// Borderless, click-through, never the active window, at the level of the lock screen's shield
+    /// where the system has levels. Null where no window can be had.
     [[nodiscard]] virtual std::unique_ptr<LockScreenPanel> makePanel(
-        const PanelConfiguration& configuration, const Rect& frame,
-        std::shared_ptr<PanelContent> content) = 0;
-    /// Looks the functions up anew: all six, or null.
-    [[nodiscard]] virtual std::shared_ptr<SkyLightFunctions> loadSkyLight() = 0;
+        const Rect& frame, std::shared_ptr<PanelContent> content) = 0;
+    /// Whether spaces above the lock screen can be made.
+    [[nodiscard]] virtual bool hasLockScreenSpaces() = 0;
+    /// Null where there are none.
+    [[nodiscard]] virtual std::unique_ptr<LockScreenSpace> makeLockScreenSpace() = 0;
 };
 
 }  // namespace marrowby

@@ -13,9 +13,8 @@ namespace marrowby {
 X11WindowServer::X11WindowServer(std::optional<std::string> displayName)
     : displayName_(std::move(displayName)) {}
 
-std::unique_ptr<LockScreenPanel> X11WindowServer::makePanel(
-    const PanelConfiguration& /*configuration*/, const Rect& frame,
-    std::shared_ptr<PanelContent> content) {
+std::unique_ptr<LockScreenPanel> X11WindowServer::makePanel(const Rect& frame,
+                                                            std::shared_ptr<PanelContent> content) {
     if (!displayName_ || !content || !panelpainter::canPaint() || !mainScreen()) return nullptr;
     return std::make_unique<X11Panel>(*displayName_, frame, std::move(content));
 }

@@ -16,12 +16,13 @@ class X11WindowServer final : public WindowServer {
   public:
     explicit X11WindowServer(std::optional<std::string> displayName);
 
-    /// X has no window levels.
-    [[nodiscard]] std::int64_t shieldingWindowLevel() override { return 0; }
     [[nodiscard]] std::unique_ptr<LockScreenPanel> makePanel(
-        const PanelConfiguration& configuration, const Rect& frame,
-        std::shared_ptr<PanelContent> content) override;
-    [[nodiscard]] std::shared_ptr<SkyLightFunctions> loadSkyLight() override { return nullptr; }
+        const Rect& frame, std::shared_ptr<PanelContent> content) override;
+    /// X has no spaces.
+    [[nodiscard]] bool hasLockScreenSpaces() override { return false; }
+    [[nodiscard]] std::unique_ptr<LockScreenSpace> makeLockScreenSpace() override {
+        return nullptr;
+    }
     [[nodiscard]] std::optional<ScreenGeometry> mainScreen() override;
     [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(
         std::function<void(const Point&)> onPlace) override;

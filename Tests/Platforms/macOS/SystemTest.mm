@@ -1,6 +1,5 @@
 // Tests of system services that neither prompt nor leave anything behind.
 
-#include "Kit/LockScreenWindow.h"
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Platforms/macOS/AppKitWindowServer.h"
 #include "Platforms/macOS/CoreGraphicsInputIdle.h"
@@ -11,6 +10,7 @@
 #include "Platforms/macOS/FoundationSystemClock.h"
 #include "Platforms/macOS/OpenDirectoryAccounts.h"
 #include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
+#include "Platforms/macOS/Rules/PanelConfiguration.h"
 #include "Platforms/macOS/RunLoopMainThread.h"
 #include "Platforms/macOS/SecurityKeychain.h"
 #include "Platforms/macOS/UserDefaultsStore.h"
@@ -140,33 +140,29 @@ TEST(AppKitWindowServer, makesThePanelAndFindsTheSpaces) {
     AppKitWindowServer server;
     const auto screen = server.mainScreen();
     if (!screen) GTEST_SKIP() << "There is no screen.";
-    const auto wanted = LockScreenWindow::configuration(server.shieldingWindowLevel() + 1);
+    const PanelConfiguration wanted;
     const auto panel =
-        server.makePanel(wanted, {.width = 200, .height = 40}, std::make_shared<PanelContent>());
+        server.makePanel({.width = 200, .height = 40}, std::make_shared<PanelContent>());
     ASSERT_TRUE(panel);
     panel->orderFront();
     NSWindow* const window = [NSApp windowWithWindowNumber:panel->windowNumber()];
     ASSERT_TRUE(window);
-    EXPECT_EQ(window.level, wanted.level);
+    EXPECT_EQ(window.level, CGShieldingWindowLevel() + 1);
     EXPECT_EQ(window.collectionBehavior, wanted.collectionBehavior);
     EXPECT_EQ(NSMaxY(window.frame), screen->frame.height);
     EXPECT_TRUE(window.ignoresMouseEvents && !window.canBecomeKeyWindow);
-    const auto spaces = server.loadSkyLight();
-    ASSERT_TRUE(spaces) << "The island will not be above the lock screen.";
-    EXPECT_NE(spaces->mainConnectionID(), 0U);
+    EXPECT_TRUE(server.hasLockScreenSpaces()) << "The island will not be above the lock screen.";
 }
 
 TEST(AppKitWindowServer, movesAHiddenPanelIntoASpaceAndOutOfIt) {
     [NSApplication sharedApplication];
     AppKitWindowServer server;
-    auto functions = server.loadSkyLight();
-    if (!functions) GTEST_SKIP() << "This system has no spaces of its own.";
-    const auto panel =
-        server.makePanel(LockScreenWindow::configuration(0), {.width = 20, .height = 20}, nullptr);
+    const auto space = server.makeLockScreenSpace();
+    if (!space) GTEST_SKIP() << "This system has no spaces above the lock screen.";
+    const auto panel = server.makePanel({.width = 20, .height = 20}, nullptr);
     ASSERT_TRUE(panel);
-    LockScreenSpace space(std::move(functions));
-    space.add(*panel);
-    space.remove(*panel);
+    space->add(*panel);
+    space->remove(*panel);
     EXPECT_FALSE([NSApp windowWithWindowNumber:panel->windowNumber()].isVisible);
 }
 

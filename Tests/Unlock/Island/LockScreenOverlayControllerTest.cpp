@@ -24,7 +24,7 @@ struct LockScreenOverlayControllerTest : testing::Test {
     int hovers = 0;
 
     void SetUp() override {
-        server.hasSkyLight = false;
+        server.hasSpaces = false;
         controller.onHover = [this] { ++hovers; };
     }
     void show(const OverlayPhase& phase) {
@@ -60,7 +60,7 @@ TEST_F(LockScreenOverlayControllerTest, wakesUpOnlyWhileSomethingMoves) {
     controller.show(OverlayPhase::Scanning{});
     show(OverlayPhase::Hidden{});
     EXPECT_THAT(mainThread.timers(), IsEmpty());
-    EXPECT_THAT(server.configurations, SizeIs(1));
+    EXPECT_EQ(server.panelsMade, 1);
 }
 
 TEST_F(LockScreenOverlayControllerTest, takesAHoverWhereALookCanBegin) {

@@ -44,7 +44,7 @@ struct X11WindowServerTest : testing::Test {
 
 TEST_F(X11WindowServerTest, aPanelSurvivesItsDisplayAndReturnsOnTheNext) {
     const auto content = std::make_shared<PanelContent>();
-    const auto panel = server->makePanel({}, place, content);
+    const auto panel = server->makePanel(place, content);
     ASSERT_TRUE(panel);
     const RoundedRectangle left{.frame = {.x = 0, .y = 0, .width = 50, .height = 40}, .color = red};
     panel->orderFront();
@@ -58,7 +58,7 @@ TEST_F(X11WindowServerTest, aPanelSurvivesItsDisplayAndReturnsOnTheNext) {
     content->draw({});
     panel->orderFront();
     EXPECT_EQ(server->mainScreen(), std::nullopt);
-    EXPECT_FALSE(server->makePanel({}, place, std::make_shared<PanelContent>()));
+    EXPECT_FALSE(server->makePanel(place, std::make_shared<PanelContent>()));
     EXPECT_FALSE(server->watchPointer([](const Point&) {}));
     EXPECT_EQ(X11WindowServer(std::nullopt).mainScreen(), std::nullopt);
 
