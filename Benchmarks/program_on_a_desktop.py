@@ -20,7 +20,7 @@ PASSWORD = "Corr3ct-HoRse_b@ttery!"
 ROOT = Path(__file__).resolve().parent.parent
 SHARED = Path(os.environ.get("MARROWBY_SHARED", "../shared"))
 # Such as the standard pack's where they are there: ours are smaller.
-NETWORKS = SHARED / "models" if (SHARED / "models").is_dir() else ROOT / "Models"
+MODELS = SHARED / "models" if (SHARED / "models").is_dir() else ROOT / "Models"
 TOOLS = ["Xvfb", "dbus-daemon", "gnome-keyring-daemon", "i3lock", "xdotool"]
 
 CHECKER = '#!/bin/sh\nsleep 0.2\ntr -d "\\000" | cmp -s - "{folder}/password"\n'
@@ -41,7 +41,7 @@ class Desktop:
                             if not name.startswith(("XDG_", "DBUS_", "QT_")) and name != "WAYLAND_DISPLAY"}
         self.environment |= {"HOME": str(folder / "home"), "XDG_RUNTIME_DIR": str(folder / "run"),
                              "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={folder}/no-such-bus",
-                             "MARROWBY_MODELS": str(NETWORKS), "LC_ALL": "C.UTF-8"}
+                             "MARROWBY_MODELS": str(MODELS), "LC_ALL": "C.UTF-8"}
         reading, writing = os.pipe()
         self.start(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1024x800x24", "-nolisten", "tcp",
                     "-noreset"], pass_fds=[writing])
@@ -265,7 +265,7 @@ def main():
     if missing:
         print("Skipped: needs", ", ".join(missing))
         return
-    print("networks:", NETWORKS.name)
+    print("models:", MODELS.name)
     with tempfile.TemporaryDirectory(prefix="marrowby-program-") as folder:
         desktop = Desktop(Path(folder))
         try:

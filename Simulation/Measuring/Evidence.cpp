@@ -144,8 +144,8 @@ FrameEvidence frameEvidence(const json& j) {
 }  // namespace
 
 std::expected<void, std::string> writeEvidence(const std::filesystem::path& file,
-                                               const LookEvidence& evidence) {
-    const Look::Label& label = evidence.label;
+                                               const TakeEvidence& evidence) {
+    const Take::Label& label = evidence.label;
     json j{{"version", version},     {"purpose", static_cast<int>(label.purpose)},
            {"attack", label.attack}, {"person", label.person},
            {"name", label.name},     {"turns", label.turnsWhenAsked}};
@@ -167,14 +167,14 @@ std::expected<void, std::string> writeEvidence(const std::filesystem::path& file
     return std::unexpected("The evidence “" + file.string() + "” couldn’t be written.");
 }
 
-std::expected<LookEvidence, std::string> readEvidence(const std::filesystem::path& file) {
+std::expected<TakeEvidence, std::string> readEvidence(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);
     const std::vector<std::uint8_t> bytes(std::istreambuf_iterator<char>(in), {});
     try {
         const json j = json::from_cbor(bytes);
         if (j.at("version") == version) {
-            LookEvidence evidence{
-                .label = {.purpose = static_cast<Look::Purpose>(j.at("purpose").get<int>()),
+            TakeEvidence evidence{
+                .label = {.purpose = static_cast<Take::Purpose>(j.at("purpose").get<int>()),
                           .attack = j.at("attack"),
                           .person = j.at("person"),
                           .name = j.at("name"),

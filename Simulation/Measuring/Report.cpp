@@ -28,13 +28,13 @@ void line(std::ostream& out, const std::string& what, const Proportion& proporti
         << percent(high) << '\n';
 }
 
-std::string_view name(Look::Purpose purpose) {
+std::string_view name(Take::Purpose purpose) {
     switch (purpose) {
-        case Look::Purpose::enrolment:
+        case Take::Purpose::enrolment:
             return "enrol";
-        case Look::Purpose::genuine:
+        case Take::Purpose::genuine:
             return "genuine";
-        case Look::Purpose::attack:
+        case Take::Purpose::attack:
             return "attack";
     }
     return {};
@@ -58,11 +58,11 @@ std::string field(const std::string& text) {
     return quoted + "\"";
 }
 
-void writeAttacks(std::ostream& out, std::span<const LookResult> results) {
+void writeAttacks(std::ostream& out, std::span<const TakeResult> results) {
     std::map<std::string, Proportion> accepted;
     std::map<std::string, std::map<std::string, int>> ends;
-    for (const LookResult& result : results) {
-        if (result.label.purpose != Look::Purpose::attack) continue;
+    for (const TakeResult& result : results) {
+        if (result.label.purpose != Take::Purpose::attack) continue;
         accepted[result.label.attack].add(result.isOpened);
         ++ends[result.label.attack][decisionText(result.decision)];
     }
@@ -79,20 +79,20 @@ void writeAttacks(std::ostream& out, std::span<const LookResult> results) {
     }
 }
 
-/// Of a look at a scene; nothing of other looks.
-std::string sceneOf(const std::string& look) {
-    const std::size_t space = look.rfind(' ');
-    return space == std::string::npos ? "" : look.substr(0, space);
+/// Of a take of a scene; nothing of other takes.
+std::string sceneOf(const std::string& take) {
+    const std::size_t space = take.rfind(' ');
+    return space == std::string::npos ? "" : take.substr(0, space);
 }
 
-void writeGenuine(std::ostream& out, std::span<const LookResult> results) {
+void writeGenuine(std::ostream& out, std::span<const TakeResult> results) {
     Proportion refused;
     Proportion quick;
     std::map<std::string, Proportion> byScene;
     std::map<std::string, std::vector<std::string>> byEnd;
     std::vector<double> times;
-    for (const LookResult& result : results) {
-        if (result.label.purpose != Look::Purpose::genuine) continue;
+    for (const TakeResult& result : results) {
+        if (result.label.purpose != Take::Purpose::genuine) continue;
         refused.add(!result.isOpened);
         if (const auto scene = sceneOf(result.label.name); !scene.empty()) {
             byScene[scene].add(!result.isOpened);
@@ -106,10 +106,10 @@ void writeGenuine(std::ostream& out, std::span<const LookResult> results) {
     line(out, "refused", refused);
     for (const auto& [scene, proportion] : byScene)
         line(out, "  " + scene, proportion);
-    for (const auto& [end, looks] : byEnd) {
-        out << "    " << end << ' ' << looks.size() << ':';
-        for (const std::string& look : looks)
-            out << ' ' << look << (&look == &looks.back() ? "\n" : ",");
+    for (const auto& [end, takes] : byEnd) {
+        out << "    " << end << ' ' << takes.size() << ':';
+        for (const std::string& take : takes)
+            out << ' ' << take << (&take == &takes.back() ? "\n" : ",");
     }
     line(out, "opened within 2 s", quick);
     if (times.empty()) return;
@@ -122,11 +122,11 @@ void writeGenuine(std::ostream& out, std::span<const LookResult> results) {
         << " s (median), " << at(0.1) << " to " << at(0.9) << " s (10 % to 90 %)\n";
 }
 
-void writeMatches(std::ostream& out, std::span<const LookResult> results) {
+void writeMatches(std::ostream& out, std::span<const TakeResult> results) {
     Proportion falseMatches;
     Proportion falseNonMatches;
-    for (const LookResult& result : results) {
-        if (result.label.purpose != Look::Purpose::genuine) continue;
+    for (const TakeResult& result : results) {
+        if (result.label.purpose != Take::Purpose::genuine) continue;
         for (const auto& [person, likeness] : result.likeness) {
             if (person == result.label.person) {
                 falseNonMatches.add(!likeness.matches);
@@ -136,18 +136,18 @@ void writeMatches(std::ostream& out, std::span<const LookResult> results) {
         }
     }
     if (falseMatches.total + falseNonMatches.total == 0) return;
-    out << "Matching, a look against one enrolled person\n";
+    out << "Matching, a take against one enrolled person\n";
     line(out, "false match", falseMatches);
     line(out, "false non-match", falseNonMatches);
 }
 
 }  // namespace
 
-void writeReport(std::ostream& out, std::span<const LookResult> results) {
+void writeReport(std::ostream& out, std::span<const TakeResult> results) {
     writeAttacks(out, results);
     writeGenuine(out, results);
     writeMatches(out, results);
-    out << "Intervals: 95 %, Clopper-Pearson (exact), looks taken as independent.\n";
+    out << "Intervals: 95 %, Clopper-Pearson (exact), takes taken as independent.\n";
 }
 
 void writeReport(std::ostream& out, std::span<const TrialResults> trials) {
@@ -161,9 +161,9 @@ void writeReport(std::ostream& out, std::span<const TrialResults> trials) {
     for (const auto& [trial, results] : trials) {
         Proportion refused;
         std::map<std::string, Proportion> accepted;
-        for (const LookResult& result : results) {
-            if (result.label.purpose == Look::Purpose::genuine) refused.add(!result.isOpened);
-            if (result.label.purpose == Look::Purpose::attack) {
+        for (const TakeResult& result : results) {
+            if (result.label.purpose == Take::Purpose::genuine) refused.add(!result.isOpened);
+            if (result.label.purpose == Take::Purpose::attack) {
                 accepted[result.label.attack].add(result.isOpened);
             }
         }
@@ -176,8 +176,8 @@ void writeReport(std::ostream& out, std::span<const TrialResults> trials) {
 
 namespace {
 
-void writeCsv(std::ostream& out, const Trial& trial, std::span<const LookResult> results) {
-    for (const LookResult& result : results) {
+void writeCsv(std::ostream& out, const Trial& trial, std::span<const TakeResult> results) {
+    for (const TakeResult& result : results) {
         out << trial.name << ',' << name(result.label.purpose) << ',' << field(result.label.attack)
             << ',' << field(result.label.person) << ',' << field(result.label.name) << ','
             << result.frames << ',' << result.framesWithFace << ',' << decisionText(result.decision)
@@ -208,7 +208,7 @@ void writeCsv(std::ostream& out, const Trial& trial, std::span<const LookResult>
 }  // namespace
 
 void writeCsv(std::ostream& out, std::span<const TrialResults> trials) {
-    out << "trial,purpose,attack,person,look,frames,with_face,decision,opened,seconds_to_open,live";
+    out << "trial,purpose,attack,person,take,frames,with_face,decision,opened,seconds_to_open,live";
     for (const LivenessCue cue : allLivenessCues)
         out << ',' << rawValue(cue) << "_level";
     out << ",own_similarity,other_similarity\n";

@@ -68,13 +68,13 @@ void drawPanel(cv::Mat canvas, const std::string& title, double low,
 }  // namespace
 
 std::expected<void, std::string> writeScorePlot(const std::filesystem::path& file,
-                                                std::span<const LookResult> results) {
+                                                std::span<const TakeResult> results) {
     const cv::Scalar green(60, 140, 20);
     const cv::Scalar red(40, 40, 210);
     std::vector<Series> live{{"people", green, {}}, {"attacks", red, {}}};
     std::vector<Series> likeness{{"own person", green, {}}, {"other persons", red, {}}};
-    for (const LookResult& result : results) {
-        const bool isGenuine = result.label.purpose == Look::Purpose::genuine;
+    for (const TakeResult& result : results) {
+        const bool isGenuine = result.label.purpose == Take::Purpose::genuine;
         if (result.live) live[isGenuine ? 0 : 1].values.push_back(*result.live);
         if (!isGenuine) continue;
         for (const auto& [person, one] : result.likeness) {
@@ -86,9 +86,9 @@ std::expected<void, std::string> writeScorePlot(const std::filesystem::path& fil
     try {
         cv::Mat canvas(2 * panelHeight, width, CV_8UC3, cv::Scalar::all(255));
         drawPanel(canvas.rowRange(0, panelHeight),
-                  "Real-face probability, mean of a look: share of looks", 0, live);
+                  "Real-face probability, mean of a take: share of takes", 0, live);
         drawPanel(canvas.rowRange(panelHeight, 2 * panelHeight),
-                  "Likeness to an enrolled person, best frame of a look", -0.2, likeness);
+                  "Likeness to an enrolled person, best frame of a take", -0.2, likeness);
         if (cv::imwrite(file.string(), canvas)) return {};
         return unwritable;
     } catch (const cv::Exception&) {

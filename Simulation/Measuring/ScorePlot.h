@@ -9,9 +9,9 @@
 
 namespace marrowby {
 
-/// Writes a PNG of how the looks' scores are spread: the real-face model's, of people and attacks,
+/// Writes a PNG of how the takes' scores are spread: the real-face model's, of people and attacks,
 /// and the similarity to the own and to other enrolled faces. The error is one sentence.
 [[nodiscard]] std::expected<void, std::string> writeScorePlot(const std::filesystem::path& file,
-                                                              std::span<const LookResult> results);
+                                                              std::span<const TakeResult> results);
 
 }  // namespace marrowby

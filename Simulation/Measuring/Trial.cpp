@@ -26,7 +26,7 @@ std::vector<Trial> trials(LivenessMode mode, const std::optional<std::set<Livene
     return all;
 }
 
-TrialRun::TrialRun(const Trial& trial, Look::Label label, const EnrolledPeople& people)
+TrialRun::TrialRun(const Trial& trial, Take::Label label, const EnrolledPeople& people)
     : ignoresModel_(trial.ignoresModel), people_(people), scan_(trial.mode, trial.cues) {
     result_.label = std::move(label);
 }
@@ -68,7 +68,7 @@ bool TrialRun::matches(const Embedding& embedding) {
         const auto scores =
             facematcher::score(embedding, std::span(&identity, 1), people_.modelIdentifier);
         if (scores.empty()) continue;
-        LookResult::Likeness& likeness = result_.likeness[person];
+        TakeResult::Likeness& likeness = result_.likeness[person];
         likeness.similarity = std::max(likeness.similarity, scores.front().templateSimilarity);
         const bool isMatch = facematcher::isMatch(scores.front(), people_.threshold);
         likeness.matches = likeness.matches || isMatch;
@@ -81,13 +81,13 @@ bool TrialRun::hasEnded() const {
     return result_.isOpened || std::holds_alternative<LivenessDecision::Denied>(result_.decision);
 }
 
-LookResult TrialRun::result() const {
-    LookResult result = result_;
+TakeResult TrialRun::result() const {
+    TakeResult result = result_;
     if (scored_ > 0) result.live = liveSum_ / static_cast<double>(scored_);
     return result;
 }
 
-LookResult judged(const LookEvidence& evidence, const Trial& trial, const EnrolledPeople& people) {
+TakeResult judged(const TakeEvidence& evidence, const Trial& trial, const EnrolledPeople& people) {
     TrialRun run(trial, evidence.label, people);
     for (const FrameEvidence& frame : evidence.frames)
         run.take(frame);

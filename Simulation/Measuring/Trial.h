@@ -15,7 +15,7 @@
 
 namespace marrowby {
 
-/// A way to judge looks.
+/// A way to judge takes.
 struct Trial {
     std::string name;
     LivenessMode mode = LivenessMode::standard;
@@ -39,10 +39,10 @@ struct EnrolledPeople {
     float threshold = 0.5F;
 };
 
-/// What the lock screen would have decided about one look.
-struct LookResult {
-    Look::Label label;
-    /// Until the look ended: with its last picture, a denial, or opened.
+/// What the lock screen would have decided about one take.
+struct TakeResult {
+    Take::Label label;
+    /// Until the take ended: with its last picture, a denial, or opened.
     std::size_t frames = 0;
     std::size_t framesWithFace = 0;
     LivenessDecision decision;
@@ -50,12 +50,12 @@ struct LookResult {
     bool isOpened = false;
     /// From the first frame with a face to the one that opened.
     std::optional<TimeInterval> timeToOpen;
-    /// The real-face model's mean over the look's frames.
+    /// The real-face model's mean over the take's frames.
     std::optional<double> live;
     /// The highest level of each cue with any confidence.
     std::map<LivenessCue, float> levels;
     struct Likeness {
-        /// Of the look's most similar frame.
+        /// Of the take's most similar frame.
         float similarity = -1;
         /// Some frame matched.
         bool matches = false;
@@ -64,17 +64,17 @@ struct LookResult {
     std::map<std::string, Likeness> likeness;
 };
 
-/// Judges one look in one way, frame by frame.
+/// Judges one take in one way, frame by frame.
 class TrialRun {
   public:
     /// `people` outlive this.
-    TrialRun(const Trial& trial, Look::Label label, const EnrolledPeople& people);
+    TrialRun(const Trial& trial, Take::Label label, const EnrolledPeople& people);
 
-    /// Nothing more once the look has ended.
+    /// Nothing more once the take has ended.
     void take(const FrameEvidence& frame);
     /// Opened or denied.
     [[nodiscard]] bool hasEnded() const;
-    [[nodiscard]] LookResult result() const;
+    [[nodiscard]] TakeResult result() const;
 
   private:
     [[nodiscard]] bool matches(const Embedding& embedding);
@@ -82,13 +82,13 @@ class TrialRun {
     const bool ignoresModel_;
     const EnrolledPeople& people_;
     FaceScan scan_;
-    LookResult result_;
+    TakeResult result_;
     std::optional<TimeInterval> firstFace_;
     double liveSum_ = 0;
     std::int64_t scored_ = 0;
 };
 
-[[nodiscard]] LookResult judged(const LookEvidence& evidence, const Trial& trial,
+[[nodiscard]] TakeResult judged(const TakeEvidence& evidence, const Trial& trial,
                                 const EnrolledPeople& people);
 
 }  // namespace marrowby

@@ -57,10 +57,10 @@ T orThrow(std::expected<T, E> result) {
 }
 
 std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> embedder(
-    const fs::path& models, OpenCvNeuralModels& networks, const OpenCvImaging& imaging) {
+    const fs::path& models, OpenCvNeuralModels& neuralModels, const OpenCvImaging& imaging) {
     return SFaceEmbedder::load(
-        models, {.fileName = "Embedder128.onnx", .modelIdentifier = embedderIdentifier}, networks,
-        imaging);
+        models, {.fileName = "Embedder128.onnx", .modelIdentifier = embedderIdentifier},
+        neuralModels, imaging);
 }
 
 std::vector<fs::path> pictures(const fs::path& sequence) {
@@ -84,11 +84,12 @@ Bitmap picture(const fs::path& file, const OpenCvImaging& imaging) {
 }
 
 void enrol(const fs::path& shared, const fs::path& folder, const OpenCvImaging& imaging) {
-    OpenCvNeuralModels networks;
+    OpenCvNeuralModels neuralModels;
     const auto models = shared / "models";
     const auto vision = orThrow(OpenCvFaceVision::load(models / "face_detection_yunet_2023mar.onnx",
                                                        models / "Landmarks98.onnx"));
-    const FaceRecognizer recognizer(*vision, imaging, orThrow(embedder(models, networks, imaging)),
+    const FaceRecognizer recognizer(*vision, imaging,
+                                    orThrow(embedder(models, neuralModels, imaging)),
                                     CameraFaceScanner::minimumFaceWidth);
     std::ofstream owner(folder / "owner");
     const auto files = pictures(shared / "media" / "owner-enrol");
@@ -153,7 +154,7 @@ int look(const fs::path& shared, const fs::path& folder, int frames) {
     QtMainThread mainThread;
     ThreadWorkQueues queues;
     const UnixSystemClock clock;
-    OpenCvNeuralModels networks;
+    OpenCvNeuralModels neuralModels;
     const OpenCvImaging imaging;
     const OpenCvFourierTransform fourier;
     CameraUseRegistry registry;
@@ -171,9 +172,9 @@ int look(const fs::path& shared, const fs::path& folder, int frames) {
          .fourier = fourier,
          .registry = registry,
          .words = linuxWords},
-        [&] { return embedder(models, networks, imaging); },
+        [&] { return embedder(models, neuralModels, imaging); },
         [&] {
-            return MiniFASNet::load(models, networks, NeuralModels::ComputeUnits::all,
+            return MiniFASNet::load(models, neuralModels, NeuralModels::ComputeUnits::all,
                                     "MiniFASNet.onnx");
         });
 

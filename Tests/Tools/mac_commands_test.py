@@ -67,7 +67,7 @@ class MacCommands(unittest.TestCase):
         everything = [CONFIGURE, build("MarrowbyUnlock"), OPEN]
         cases = [
             ("opens the application", ["run"], {}, True, "Opening", everything),
-            ("without networks", ["run"], {"models": ["SFace"]}, True, "MiniFASNet.mlmodelc is missing", everything),
+            ("without models", ["run"], {"models": ["SFace"]}, True, "MiniFASNet.mlmodelc is missing", everything),
             ("builds and runs all tests", ["test"], {}, True, "Linking", [CONFIGURE, build("all"), TEST]),
             ("tests fail", ["test"], {"fails": "ctest"}, False, "", [CONFIGURE, build("all"), TEST]),
             ("can't configure", ["run"], {"fails": "cmake"}, False, "configuring", [CONFIGURE]),

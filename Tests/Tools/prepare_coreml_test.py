@@ -59,7 +59,7 @@ def pattern(side):
 
 class PrepareCoreMLTest(unittest.TestCase):
     @unittest.skipUnless(SHARED.is_dir(), "needs the folder of models and media")
-    def test_the_networks_answer_as_they_are_known_to(self):
+    def test_the_models_answer_as_they_are_known_to(self):
         known = json.loads((SHARED / "reference-outputs.json").read_text(encoding="utf-8"))
         crop = pattern(80)
         found = run(steps(onnx.load(str(SHARED / "MiniFASNet.onnx"))), {"crop27": crop, "crop40": crop[:, :, ::-1]})

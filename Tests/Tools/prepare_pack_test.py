@@ -93,7 +93,7 @@ class PreparePackTest(unittest.TestCase):
         done = run(self.folder, "--from", str(SHARED), "--only", "finder")
         self.assertEqual(done.returncode, 0, done.stderr)
         pack = json.loads((self.folder / "pack.json").read_text(encoding="utf-8"))
-        [entry] = pack["networks"]
+        [entry] = pack["models"]
         self.assertEqual(entry["role"], "finder")
         self.assertEqual(entry["sha256"], originals.FINDER.sha256)
         self.assertEqual([value["name"] for value in entry["inputs"]], ["input"])
@@ -141,7 +141,7 @@ class PreparePackTest(unittest.TestCase):
         made = self.folder / "SFace.onnx"
         made.write_bytes(prepare_pack.make_embedder(source))
         onnx.checker.check_model(onnx.load(str(made)))
-        entry = prepare_pack.manifest_entry(prepare_pack.NETWORKS[2], made)
+        entry = prepare_pack.manifest_entry(prepare_pack.MODELS[2], made)
         self.assertEqual(entry["identifier"], "sface-2021dec-coreml-1")
         self.assertEqual(entry["inputs"], [{"name": "image", "shape": [1, 3, 112, 112]}])
         self.assertEqual(entry["outputs"], [{"name": "embedding", "shape": [1, 128]}])

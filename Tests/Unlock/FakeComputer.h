@@ -144,7 +144,7 @@ struct FakeComputer {
             hold(static_cast<EnrollmentPose>(pose));
     }
 
-    /// Of the networks that are there.
+    /// Of the models that are there.
     ModelSums sums{{"embedder", "e"}, {"realFace", "r"}};
     bool arePublished = false;
 

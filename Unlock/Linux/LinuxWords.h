@@ -26,6 +26,8 @@ inline constexpr PlatformWords linuxWords{
     .pointer = "the mouse",
     .island = "at the top of the screen",
     .applications = "the applications menu",
+    .missingModel = {.place = "in the models’ folder",
+                     .remedy = "Prepare the models again, then restart Marrowby Unlock."},
     .camera = {.place = {},
                .remedy = "Add your account to the group “video”, "
                          "then log in again."},

@@ -30,7 +30,7 @@ std::expected<ModelPack, std::string> PlatformFactory::models(
         if (!problem || std::filesystem::exists(folder / ModelPack::manifestFile, error))
             problem = description(pack.error());
     }
-    return std::unexpected(problem.value_or("There is no folder to look for networks in."));
+    return std::unexpected(problem.value_or("There is no folder to look for models in."));
 }
 
 std::unique_ptr<SystemClock> PlatformFactory::makeClock() {

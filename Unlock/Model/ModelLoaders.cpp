@@ -5,23 +5,42 @@
 
 namespace marrowby {
 
+namespace {
+
+/// Says of a missing file what this platform's user can do.
+template <typename T, typename Error>
+std::expected<T, Error> withWords(std::expected<T, Error> loaded, const PlatformWords& words) {
+    if (loaded) return loaded;
+    if (auto* missing = std::get_if<modelerror::NotFound>(&loaded.error())) {
+        missing->place = words.missingModel.place;
+        missing->remedy = words.missingModel.remedy;
+    }
+    return loaded;
+}
+
+}  // namespace
+
 CameraFaceScanner::LoadEmbedder embedderLoader(const ModelPack& pack,
                                                const UnlockPlatform& platform) {
-    return [pack, &models = platform.models, &imaging = platform.imaging]()
-               -> std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> {
-        return SFaceEmbedder::load(pack.folder,
-                                   {.fileName = pack.embedderFile,
-                                    .modelIdentifier = pack.embedderIdentifier,
-                                    .sha256 = pack.sumOf("embedder")},
-                                   models, imaging);
+    return [pack, &models = platform.models, &imaging = platform.imaging,
+            &words =
+                platform.words]() -> std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> {
+        return withWords(SFaceEmbedder::load(pack.folder,
+                                             {.fileName = pack.embedderFile,
+                                              .modelIdentifier = pack.embedderIdentifier,
+                                              .sha256 = pack.sumOf("embedder")},
+                                             models, imaging),
+                         words);
     };
 }
 
 CameraFaceScanner::LoadAntiSpoof antiSpoofLoader(const ModelPack& pack,
                                                  const UnlockPlatform& platform) {
-    return [pack, &models = platform.models] {
-        return MiniFASNet::load(pack.folder, models, NeuralModels::ComputeUnits::all,
-                                pack.realFaceFile, pack.realFaceIdentifier, pack.sumOf("realFace"));
+    return [pack, &models = platform.models, &words = platform.words] {
+        return withWords(
+            MiniFASNet::load(pack.folder, models, NeuralModels::ComputeUnits::all,
+                             pack.realFaceFile, pack.realFaceIdentifier, pack.sumOf("realFace")),
+            words);
     };
 }
 

@@ -51,10 +51,10 @@ Values values(const Json& list) {
 }
 
 /// The rehearsal's models come from no file: words stand there instead.
-std::vector<std::string> origins(const Json& network) {
+std::vector<std::string> origins(const Json& model) {
     std::vector<std::string> result;
-    const auto list = network.find("origin");
-    if (list == network.end() || !list->is_array()) return result;
+    const auto list = model.find("origin");
+    if (list == model.end() || !list->is_array()) return result;
     for (const Json& origin : *list)
         result.push_back(origin.at("sha256").get<std::string>());
     return result;
@@ -63,21 +63,21 @@ std::vector<std::string> origins(const Json& network) {
 struct Manifest {
     std::string name;
     /// By role.
-    std::map<std::string, Entry> networks;
+    std::map<std::string, Entry> models;
 };
 
 /// Throws what the JSON library throws on any malformed entry.
 Manifest read(const Json& manifest) {
-    Manifest result{.name = manifest.at("name"), .networks = {}};
-    for (const Json& network : manifest.at("networks")) {
-        Entry entry{.name = network.at("name"),
-                    .file = network.at("file"),
-                    .identifier = network.at("identifier"),
-                    .sha256 = network.at("sha256"),
-                    .origins = origins(network),
-                    .inputs = values(network.at("inputs")),
-                    .outputs = values(network.at("outputs"))};
-        result.networks.emplace(network.at("role").get<std::string>(), std::move(entry));
+    Manifest result{.name = manifest.at("name"), .models = {}};
+    for (const Json& model : manifest.at("models")) {
+        Entry entry{.name = model.at("name"),
+                    .file = model.at("file"),
+                    .identifier = model.at("identifier"),
+                    .sha256 = model.at("sha256"),
+                    .origins = origins(model),
+                    .inputs = values(model.at("inputs")),
+                    .outputs = values(model.at("outputs"))};
+        result.models.emplace(model.at("role").get<std::string>(), std::move(entry));
     }
     return result;
 }
@@ -98,7 +98,7 @@ bool isAsPublished(const Manifest& manifest) {
         for (const PublishedFile& file : publishedFiles) {
             if (file.role == role.key) published.emplace_back(file.sha256);
         }
-        const Entry& entry = manifest.networks.at(role.key);
+        const Entry& entry = manifest.models.at(role.key);
         if (entry.origins != published) return false;
         if (entry.sha256 != published.front() && role.key == std::string_view("finder"))
             return false;
@@ -136,11 +136,11 @@ std::expected<ModelPack, ModelPackError> ModelPack::read(const std::filesystem::
                                                          const ModelFiles& files) {
     const auto manifest = readManifest(folder / manifestFile);
     if (!manifest) return std::unexpected(manifest.error());
-    const auto& networks = manifest->networks;
+    const auto& models = manifest->models;
     ModelSums sums;
     for (const Role& role : roles) {
-        const auto entry = networks.find(role.key);
-        if (entry == networks.end()) {
+        const auto entry = models.find(role.key);
+        if (entry == models.end()) {
             return std::unexpected(ModelPackError{role.name, "is missing"});
         }
         if (auto reason = fault(entry->second, folder, files); !reason.empty()) {
@@ -151,12 +151,12 @@ std::expected<ModelPack, ModelPackError> ModelPack::read(const std::filesystem::
     }
     return ModelPack{.folder = folder,
                      .name = manifest->name,
-                     .embedderFile = networks.at("embedder").file,
-                     .embedderIdentifier = networks.at("embedder").identifier,
-                     .realFaceFile = networks.at("realFace").file,
-                     .finderFile = networks.at("finder").file,
-                     .landmarksFile = networks.at("landmarks").file,
-                     .realFaceIdentifier = networks.at("realFace").identifier,
+                     .embedderFile = models.at("embedder").file,
+                     .embedderIdentifier = models.at("embedder").identifier,
+                     .realFaceFile = models.at("realFace").file,
+                     .finderFile = models.at("finder").file,
+                     .landmarksFile = models.at("landmarks").file,
+                     .realFaceIdentifier = models.at("realFace").identifier,
                      .sums = std::move(sums),
                      .isPublished = isAsPublished(*manifest)};
 }

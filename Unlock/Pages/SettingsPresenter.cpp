@@ -74,7 +74,7 @@ std::optional<WindowButton> fixFor(const UnlockStatus& status, const PlatformWor
     return button({Control::fix}, std::string(title(*fix, words)));
 }
 
-std::string networksOf(const UnlockModel& model) {
+std::string modelsOf(const UnlockModel& model) {
     const ModelPack& models = model.models();
     return models.knowsRealFaces() ? models.title() + "."
                                    : "the rehearsal’s, which know made-up people only.";
@@ -166,7 +166,7 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
                                   .detail = settingsNote(settings.livenessMode, model_.words()),
                                   .options = titlesOf(livenessModes, title),
                                   .selected = indexOf(livenessModes, settings.livenessMode)});
-    rows.emplace_back(Row::Text{"Its models: " + networksOf(model_)});
+    rows.emplace_back(Row::Text{"Its models: " + modelsOf(model_)});
     Row::Choice camera{.id = {Control::camera},
                        .title = "Camera",
                        .detail = {},

@@ -26,6 +26,7 @@ inline constexpr PlatformWords macWords{
     .pointer = "the trackpad",
     .island = "in the notch",
     .applications = "Applications",
+    .missingModel = {.place = "in the app", .remedy = "Reinstall Marrowby Unlock."},
     .camera = {.place = "System Settings › Privacy & Security › Camera", .remedy = {}},
     .accessibility = {.place = "System Settings › Privacy & Security › Accessibility",
                       .remedy = {}},

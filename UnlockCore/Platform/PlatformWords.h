@@ -63,6 +63,12 @@ struct PlatformWords {
         std::string_view atStart;
     };
 
+    /// Of a model's file that is gone: where it was expected, and what to do, as a sentence.
+    struct MissingModel {
+        std::string_view place;
+        std::string_view remedy;
+    };
+
     std::string_view computer;
     /// At the start of a sentence.
     std::string_view system;
@@ -76,6 +82,7 @@ struct PlatformWords {
     std::string_view island;
     /// Where the user opens the application: “from …”.
     std::string_view applications;
+    MissingModel missingModel;
 
     Right camera;
     Right accessibility;

@@ -9,8 +9,8 @@ struct Describe {
     std::string preparedFor;
 
     std::string operator()(const modelerror::NotFound& error) const {
-        return "The " + name + " isn’t in the app (" + error.fileName +
-               "). Reinstall Marrowby Unlock.";
+        return "The " + name + " isn’t " + std::string(error.place) + " (" + error.fileName +
+               "). " + std::string(error.remedy);
     }
     std::string operator()(const modelerror::LoadFailed& error) const {
         return "The " + name + " couldn’t be loaded: " + error.reason;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <variant>
 
 namespace marrowby {
@@ -9,6 +10,9 @@ namespace modelerror {
 
 struct NotFound {
     std::string fileName;
+    /// Where it was expected, and what to do; static text.
+    std::string_view place = "in the app";
+    std::string_view remedy = "Reinstall Marrowby Unlock.";
     friend bool operator==(const NotFound&, const NotFound&) = default;
 };
 struct LoadFailed {

@@ -44,9 +44,9 @@ NeuralFeature outputFeature(const OnnxFile::Value& value) {
 
 class OpenCvNeuralModel final : public NeuralModel {
   public:
-    OpenCvNeuralModel(NeuralModelDescription description, OpenCvModel network,
+    OpenCvNeuralModel(NeuralModelDescription description, OpenCvModel model,
                       NeuralModels::ChannelOrder order)
-        : description_(std::move(description)), network_(std::move(network)), order_(order) {}
+        : description_(std::move(description)), model_(std::move(model)), order_(order) {}
 
     [[nodiscard]] const NeuralModelDescription& description() const override {
         return description_;
@@ -71,7 +71,7 @@ class OpenCvNeuralModel final : public NeuralModel {
                 return std::unexpected("The model can’t read its “" + feature.name + "”.");
             }
         }
-        const auto outputs = network_.run(planes_);
+        const auto outputs = model_.run(planes_);
         if (!outputs) return std::unexpected(outputs.error());
         return std::vector<NeuralOutput>(outputs->begin(), outputs->end());
     }
@@ -88,12 +88,12 @@ class OpenCvNeuralModel final : public NeuralModel {
                                                   static_cast<std::size_t>(size->height) * 3)});
         }
         // A model that cannot run reports that when it is used.
-        [[maybe_unused]] const auto outputs = network_.run(planes_);
+        [[maybe_unused]] const auto outputs = model_.run(planes_);
     }
 
   private:
     NeuralModelDescription description_;
-    OpenCvModel network_;
+    OpenCvModel model_;
     NeuralModels::ChannelOrder order_;
     std::vector<OpenCvModel::Input> planes_;
 };
@@ -104,8 +104,8 @@ std::expected<std::unique_ptr<NeuralModel>, std::string> OpenCvNeuralModels::loa
     const std::filesystem::path& path, const Options& options) {
     const auto file = OnnxFile::read({path, options.sha256});
     if (!file) return std::unexpected(file.error());
-    auto network = OpenCvModel::load(*file);
-    if (!network) return std::unexpected(network.error());
+    auto loaded = OpenCvModel::load(*file);
+    if (!loaded) return std::unexpected(loaded.error());
 
     NeuralModelDescription description;
     for (const OnnxFile::Value& input : file->inputs) {
@@ -115,7 +115,7 @@ std::expected<std::unique_ptr<NeuralModel>, std::string> OpenCvNeuralModels::loa
         description.outputs.push_back(outputFeature(output));
     }
     description.metadata = file->metadata;
-    auto model = std::make_unique<OpenCvNeuralModel>(std::move(description), *std::move(network),
+    auto model = std::make_unique<OpenCvNeuralModel>(std::move(description), *std::move(loaded),
                                                      options.channelOrder);
     model->warmUp();
     return model;

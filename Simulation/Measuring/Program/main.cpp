@@ -1,8 +1,8 @@
-#include "Simulation/Measuring/LookFolders.h"
-#include "Simulation/Measuring/LookMeter.h"
 #include "Simulation/Measuring/Report.h"
-#include "Simulation/Measuring/SceneLooks.h"
+#include "Simulation/Measuring/SceneTakes.h"
 #include "Simulation/Measuring/ScorePlot.h"
+#include "Simulation/Measuring/TakeFolders.h"
+#include "Simulation/Measuring/TakeMeter.h"
 #include "Simulation/Measuring/Trial.h"
 #include "UnlockCore/Recognition/MatchStrictness.h"
 
@@ -24,12 +24,12 @@ constexpr const char* usage =
     "marrowby-measure [OPTION…] --scenes SCENE,…\n"
     "marrowby-measure [OPTION…] --evidence FOLDER\n"
     "\n"
-    "Plays looks (folders of pictures in the order of their names) to the lock screen’s "
+    "Plays takes (folders of pictures in the order of their names) to the lock screen’s "
     "recognition\n"
     "and liveness, and tells how often attacks are let in, people refused and faces confused, and\n"
     "what each cue has to do with it.\n"
     "FOLDER holds enrol/PERSON/…, genuine/PERSON/… and attack/KIND/PERSON/…, each folder of\n"
-    "pictures being one look; a truth.json beside them may give their rate (\"fps\"). Scenes are "
+    "pictures being one take; a truth.json beside them may give their rate (\"fps\"). Scenes are "
     "the\n"
     "rehearsal’s, filmed as they are needed (marrowby-scenes --list); names may be beginnings.\n"
     "\n"
@@ -42,13 +42,13 @@ constexpr const char* usage =
     "                             glossGlare, deviceDetected, headTurn\n"
     "  --strictness relaxed|standard|strict\n"
     "  --fps NUMBER               pictures per second, where no truth.json tells, else 30\n"
-    "  --takes COUNT              looks of every scene, else 1\n"
+    "  --takes COUNT              takes of every scene, else 1\n"
     "  --first NUMBER             of the first take, else 1\n"
     "  --seconds NUMBER           how long each lasts at most, else 5\n"
     "  --size WIDTHxHEIGHT        of the scenes’ camera, else 1280x720\n"
     "  --evidence FOLDER          keeps what was found there; a scene’s take that is there is not\n"
     "                             filmed again. Without scenes: judges what is there.\n"
-    "  --csv FILE                 one line per look and way to judge it\n"
+    "  --csv FILE                 one line per take and way to judge it\n"
     "  --plot FILE.png            how the scores are spread\n";
 
 constexpr int smallestSide = 64;
@@ -64,7 +64,7 @@ struct Options {
     float threshold = 0.5F;
     std::filesystem::path folder;
     std::filesystem::path evidence;
-    SceneLooks scenes;
+    SceneTakes scenes;
     double framesPerSecond = 30;
     std::string csv;
     std::string plot;
@@ -169,30 +169,30 @@ std::optional<Options> parse(const std::vector<std::string>& words) {
     return options;
 }
 
-std::expected<std::vector<Look>, std::string> looksAsked(const Options& options) {
-    if (!options.folder.empty()) return looksBelow(options.folder, options.framesPerSecond);
+std::expected<std::vector<Take>, std::string> takesAsked(const Options& options) {
+    if (!options.folder.empty()) return takesBelow(options.folder, options.framesPerSecond);
     if (options.scenes.scenes.empty()) return {};
-    auto looks = looksOf(options.scenes);
-    if (looks.empty()) return std::unexpected("There are no such scenes to look at.");
-    return looks;
+    auto takes = takesOf(options.scenes);
+    if (takes.empty()) return std::unexpected("There are no such scenes to film.");
+    return takes;
 }
 
 /// A model pack and its evidence.
 struct Pack {
-    std::unique_ptr<LookMeter> meter;
+    std::unique_ptr<TakeMeter> meter;
     /// The folder of kept evidence, if any.
     std::filesystem::path kept;
-    std::vector<LookEvidence> evidence;
+    std::vector<TakeEvidence> evidence;
 
-    [[nodiscard]] std::filesystem::path file(const Look& look) const {
-        return kept / (look.label.name + ".cbor");
+    [[nodiscard]] std::filesystem::path file(const Take& take) const {
+        return kept / (take.label.name + ".cbor");
     }
 };
 
 std::expected<std::vector<Pack>, std::string> packsAsked(const Options& options) {
     std::vector<Pack> packs;
     for (const auto& models : options.models) {
-        auto meter = LookMeter::create(models, options.threshold);
+        auto meter = TakeMeter::create(models, options.threshold);
         if (!meter) return std::unexpected(meter.error());
         const auto kept = options.evidence.empty() ? std::filesystem::path()
                                                    : options.evidence / (*meter)->name();
@@ -202,28 +202,28 @@ std::expected<std::vector<Pack>, std::string> packsAsked(const Options& options)
 }
 
 /// Records what is not kept yet.
-std::expected<void, std::string> recordAll(const std::vector<Look>& looks, std::vector<Pack>& packs,
+std::expected<void, std::string> recordAll(const std::vector<Take>& takes, std::vector<Pack>& packs,
                                            std::span<const Trial> trials) {
-    std::vector<LookMeter*> meters;
+    std::vector<TakeMeter*> meters;
     meters.reserve(packs.size());
     for (const Pack& pack : packs)
         meters.push_back(pack.meter.get());
     std::size_t done = 0;
-    for (const Look& look : looks) {
-        std::cerr << '\r' << ++done << " of " << looks.size() << " looks" << std::flush;
+    for (const Take& take : takes) {
+        std::cerr << '\r' << ++done << " of " << takes.size() << " takes" << std::flush;
         const auto isKept = [&](const Pack& pack) {
-            return !pack.kept.empty() && std::filesystem::exists(pack.file(look));
+            return !pack.kept.empty() && std::filesystem::exists(pack.file(take));
         };
-        if (look.label.purpose == Look::Purpose::enrolment || std::ranges::all_of(packs, isKept)) {
+        if (take.label.purpose == Take::Purpose::enrolment || std::ranges::all_of(packs, isKept)) {
             continue;
         }
-        auto recorded = record(look, meters, trials, patience);
+        auto recorded = record(take, meters, trials, patience);
         if (!recorded) return std::unexpected(recorded.error());
         for (std::size_t i = 0; i < packs.size(); ++i) {
             Pack& pack = packs[i];
             if (pack.kept.empty()) {
                 pack.evidence.push_back(std::move((*recorded)[i]));
-            } else if (auto written = writeEvidence(pack.file(look), (*recorded)[i]); !written) {
+            } else if (auto written = writeEvidence(pack.file(take), (*recorded)[i]); !written) {
                 return std::unexpected(written.error());
             }
         }
@@ -251,9 +251,9 @@ std::vector<TrialResults> judgedAll(const Pack& pack, std::span<const Trial> tri
     std::vector<TrialResults> all;
     for (const Trial& trial : trials) {
         TrialResults& results = all.emplace_back(TrialResults{.trial = trial, .results = {}});
-        for (const LookEvidence& look : pack.evidence) {
-            if (trial.mode == LivenessMode::strict && !look.label.turnsWhenAsked) continue;
-            results.results.push_back(judged(look, trial, pack.meter->people()));
+        for (const TakeEvidence& take : pack.evidence) {
+            if (trial.mode == LivenessMode::strict && !take.label.turnsWhenAsked) continue;
+            results.results.push_back(judged(take, trial, pack.meter->people()));
         }
     }
     return all;
@@ -261,17 +261,17 @@ std::vector<TrialResults> judgedAll(const Pack& pack, std::span<const Trial> tri
 
 std::expected<std::vector<Pack>, std::string> gather(const Options& options,
                                                      std::span<const Trial> trials) {
-    const auto looks = looksAsked(options);
-    if (!looks) return std::unexpected(looks.error());
+    const auto takes = takesAsked(options);
+    if (!takes) return std::unexpected(takes.error());
     auto packs = packsAsked(options);
     if (!packs) return packs;
-    for (const Look& look : *looks) {
-        if (look.label.purpose != Look::Purpose::enrolment) continue;
+    for (const Take& take : *takes) {
+        if (take.label.purpose != Take::Purpose::enrolment) continue;
         for (const Pack& pack : *packs) {
-            if (auto done = pack.meter->enroll(look); !done) return std::unexpected(done.error());
+            if (auto done = pack.meter->enroll(take); !done) return std::unexpected(done.error());
         }
     }
-    if (auto done = recordAll(*looks, *packs, trials); !done) return std::unexpected(done.error());
+    if (auto done = recordAll(*takes, *packs, trials); !done) return std::unexpected(done.error());
     for (Pack& pack : *packs) {
         if (pack.kept.empty()) continue;
         if (auto done = readKept(pack); !done) return std::unexpected(done.error());

@@ -24,7 +24,7 @@ using namespace marrowby;
 
 constexpr const char* usage =
     "marrowby-pack-figures PEOPLE|FIRST-LAST PACK...\n"
-    "A table of how good packs of networks are on so many people that ours did not learn from, or\n"
+    "A table of how good packs of models are on so many people that ours did not learn from, or\n"
     "on the FIRST to the LAST of them, counted from 1.\n";
 
 double quantile(std::vector<double> values, double part) {

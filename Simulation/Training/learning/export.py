@@ -59,5 +59,5 @@ def write_manifest(folder: Path) -> None:
                         "sha256": hashlib.sha256(path.read_bytes()).hexdigest(),
                         "inputs": described(model.graph.input, weights),
                         "outputs": described(model.graph.output, weights)})
-    text = json.dumps({"name": "rehearsal", "version": 1, "networks": entries}, indent=2)
+    text = json.dumps({"name": "rehearsal", "version": 1, "models": entries}, indent=2)
     (folder / "pack.json").write_text(text + "\n", encoding="utf-8")

@@ -18,8 +18,8 @@ struct Frame {
 };
 
 /// A face that holds still, 30 frames a second.
-LookEvidence evidence(const Frame& frame, std::size_t frames) {
-    LookEvidence look{.label = {.purpose = Look::Purpose::attack,
+TakeEvidence evidence(const Frame& frame, std::size_t frames) {
+    TakeEvidence take{.label = {.purpose = Take::Purpose::attack,
                                 .attack = "phone",
                                 .person = "ann",
                                 .name = "phone-photo 3"},
@@ -27,7 +27,7 @@ LookEvidence evidence(const Frame& frame, std::size_t frames) {
     for (std::size_t i = 0; i < frames; ++i) {
         const TimeInterval at(static_cast<double>(i) / 30);
         if (i == 1) {
-            look.frames.push_back({.at = at, .findings = {.liveness = {}, .fault = "broken"}});
+            take.frames.push_back({.at = at, .findings = {.liveness = {}, .fault = "broken"}});
             continue;
         }
         DetectedFace face{.boundingBox = {100, 80, 90, 110},
@@ -50,35 +50,35 @@ LookEvidence evidence(const Frame& frame, std::size_t frames) {
             .embedding = Embedding(128, std::sqrt(1.0F / 128)),
             .alignedImage = *Bitmap::create(1, 1, 4, rgbx8, std::vector<std::uint8_t>(4)),
             .face = face};
-        look.frames.push_back({.at = at,
+        take.frames.push_back({.at = at,
                                .findings = {.liveness = std::move(liveness),
                                             .fault = std::nullopt,
                                             .recognition = std::move(seen),
                                             .rectangle = rectangle}});
     }
-    return look;
+    return take;
 }
 
 TEST(Evidence, isJudgedTheSameAfterReadingItBack) {
     const TemporaryFolder folder;
-    const auto file = folder.path() / "pack" / "look.cbor";
-    const LookEvidence look = evidence({.live = 0.9F, .device = 0.5}, 30);
-    ASSERT_TRUE(writeEvidence(file, look));
+    const auto file = folder.path() / "pack" / "take.cbor";
+    const TakeEvidence take = evidence({.live = 0.9F, .device = 0.5}, 30);
+    ASSERT_TRUE(writeEvidence(file, take));
     const auto kept = readEvidence(file);
     ASSERT_TRUE(kept) << kept.error();
-    EXPECT_EQ(kept->label.name, look.label.name);
+    EXPECT_EQ(kept->label.name, take.label.name);
     EXPECT_EQ(kept->label.attack, "phone");
-    ASSERT_EQ(kept->frames.size(), look.frames.size());
+    ASSERT_EQ(kept->frames.size(), take.frames.size());
     EXPECT_EQ(kept->frames[1].findings.fault, "broken");
     const auto& [liveness, fault, recognition, rectangle] = kept->frames[2].findings;
-    EXPECT_EQ(recognition->face, look.frames[2].findings.recognition->face);
-    EXPECT_EQ(rectangle, look.frames[2].findings.rectangle);
+    EXPECT_EQ(recognition->face, take.frames[2].findings.recognition->face);
+    EXPECT_EQ(rectangle, take.frames[2].findings.rectangle);
     EXPECT_EQ(liveness.interocularDistance, 40.25);
-    EXPECT_EQ(liveness.glare, look.frames[2].findings.liveness.glare);
-    EXPECT_EQ(liveness.moire, look.frames[2].findings.liveness.moire);
+    EXPECT_EQ(liveness.glare, take.frames[2].findings.liveness.glare);
+    EXPECT_EQ(liveness.moire, take.frames[2].findings.liveness.moire);
     for (const Trial& trial : trials(LivenessMode::standard, std::nullopt)) {
-        const LookResult before = judged(look, trial, {});
-        const LookResult after = judged(*kept, trial, {});
+        const TakeResult before = judged(take, trial, {});
+        const TakeResult after = judged(*kept, trial, {});
         EXPECT_EQ(before.decision, after.decision) << trial.name;
         EXPECT_EQ(before.timeToOpen, after.timeToOpen) << trial.name;
         EXPECT_EQ(before.levels, after.levels) << trial.name;
@@ -88,7 +88,7 @@ TEST(Evidence, isJudgedTheSameAfterReadingItBack) {
 
 TEST(Evidence, isNotReadFromADamagedFile) {
     const TemporaryFolder folder;
-    const auto file = folder.path() / "look.cbor";
+    const auto file = folder.path() / "take.cbor";
     EXPECT_FALSE(readEvidence(file));
     std::ofstream(file) << "no evidence";
     EXPECT_FALSE(readEvidence(file));
@@ -101,8 +101,8 @@ TEST(Trial, leavesOneCueOutInTurn) {
     const auto ways = trials(LivenessMode::strict, std::nullopt);
     ASSERT_EQ(ways.size(), 5U);
     EXPECT_TRUE(ways.front().isWhole);
-    const LookEvidence framed = evidence({.live = 0.95F, .device = 1.0}, 30);
-    const LookEvidence printed = evidence({.live = 0.1F, .device = std::nullopt}, 30);
+    const TakeEvidence framed = evidence({.live = 0.95F, .device = 1.0}, 30);
+    const TakeEvidence printed = evidence({.live = 0.1F, .device = std::nullopt}, 30);
     for (const Trial& trial : trials(LivenessMode::standard, std::nullopt)) {
         EXPECT_EQ(judged(framed, trial, {}).isOpened,
                   trial.name == "standard without deviceDetected")

@@ -1,6 +1,6 @@
-#include "Simulation/Measuring/LookFolders.h"
 #include "Simulation/Measuring/Proportion.h"
 #include "Simulation/Measuring/Report.h"
+#include "Simulation/Measuring/TakeFolders.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 
 #include <fstream>
@@ -28,26 +28,26 @@ TEST(Proportion, hasAnExactInterval) {
     }
 }
 
-LookResult result(Look::Purpose purpose, const std::string& attack, bool opened,
+TakeResult result(Take::Purpose purpose, const std::string& attack, bool opened,
                   LivenessDecision decision) {
-    LookResult look;
-    look.label.purpose = purpose;
-    look.label.attack = attack;
-    look.label.person = "ann";
-    look.label.name = "a, \"b\"";
-    look.isOpened = opened;
-    look.decision = decision;
-    if (opened) look.timeToOpen = TimeInterval(0.5);
-    look.likeness = {{"ann", {0.9F, opened}}, {"bob", {0.6F, true}}, {"cid", {0.2F, false}}};
-    return look;
+    TakeResult take;
+    take.label.purpose = purpose;
+    take.label.attack = attack;
+    take.label.person = "ann";
+    take.label.name = "a, \"b\"";
+    take.isOpened = opened;
+    take.decision = decision;
+    if (opened) take.timeToOpen = TimeInterval(0.5);
+    take.likeness = {{"ann", {0.9F, opened}}, {"bob", {0.6F, true}}, {"cid", {0.2F, false}}};
+    return take;
 }
 
 TEST(Report, countsByKind) {
     const std::vector results{
-        result(Look::Purpose::attack, "phone", false, LivenessDecision::Denied{LivenessCue::moire}),
-        result(Look::Purpose::attack, "phone", true, LivenessDecision::Confirmed{}),
-        result(Look::Purpose::genuine, "", true, LivenessDecision::Confirmed{}),
-        result(Look::Purpose::genuine, "", false,
+        result(Take::Purpose::attack, "phone", false, LivenessDecision::Denied{LivenessCue::moire}),
+        result(Take::Purpose::attack, "phone", true, LivenessDecision::Confirmed{}),
+        result(Take::Purpose::genuine, "", true, LivenessDecision::Confirmed{}),
+        result(Take::Purpose::genuine, "", false,
                LivenessDecision::Waiting{LivenessNeeds::realFace})};
     std::ostringstream text;
     writeReport(text, results);
@@ -70,35 +70,35 @@ TEST(Report, countsByKind) {
         << csv.str();
 }
 
-TEST(LookFolders, readLabelsFromPaths) {
+TEST(TakeFolders, readLabelsFromPaths) {
     const TemporaryFolder folder;
     const auto put = [&](const std::string& path, const std::string& content) {
         const auto file = folder.path() / path;
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file) << content;
     };
-    EXPECT_FALSE(looksBelow(folder.path() / "none", 30));
-    EXPECT_FALSE(looksBelow(folder.path(), 30));
+    EXPECT_FALSE(takesBelow(folder.path() / "none", 30));
+    EXPECT_FALSE(takesBelow(folder.path(), 30));
     put("attack/phone/ann/1/0001.png", "");
     put("attack/phone/ann/1/0000.jpg", "");
     put("attack/phone/ann/1/truth.json", R"({"fps": 15})");
     put("enrol/ann/0000.jpg", "");
     put("enrol/ann/notes.txt", "");
     put("genuine/bob/monday/0000.jpg", "no picture");
-    const auto looks = looksBelow(folder.path(), 25);
-    ASSERT_TRUE(looks);
-    ASSERT_EQ(looks->size(), 3U);
-    const auto& [attack, enrolment, genuine] = std::tie(looks->at(0), looks->at(1), looks->at(2));
-    EXPECT_EQ(attack.label.purpose, Look::Purpose::attack);
+    const auto takes = takesBelow(folder.path(), 25);
+    ASSERT_TRUE(takes);
+    ASSERT_EQ(takes->size(), 3U);
+    const auto& [attack, enrolment, genuine] = std::tie(takes->at(0), takes->at(1), takes->at(2));
+    EXPECT_EQ(attack.label.purpose, Take::Purpose::attack);
     EXPECT_EQ(attack.label.attack + " " + attack.label.person, "phone ann");
     EXPECT_EQ(attack.framesPerSecond, 15);
     EXPECT_EQ(attack.pictureCount, 2U);
-    EXPECT_EQ(enrolment.label.purpose, Look::Purpose::enrolment);
+    EXPECT_EQ(enrolment.label.purpose, Take::Purpose::enrolment);
     EXPECT_EQ(genuine.label.person, "bob");
     EXPECT_EQ(genuine.framesPerSecond, 25);
     EXPECT_FALSE(genuine.picture(0));
     put("stray/0000.jpg", "");
-    EXPECT_FALSE(looksBelow(folder.path(), 30));
+    EXPECT_FALSE(takesBelow(folder.path(), 30));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "Tests/Unlock/SceneWindows.h"
 #include "Unlock/Linux/LinuxWords.h"
 #include "Unlock/Linux/MissingModelsPresenter.h"
+#include "Unlock/Model/ModelLoaders.h"
 #include "Unlock/SelfCheck.h"
 #include "Unlock/UnlockApplication.h"
 #include "UnlockCore/Engine/UnlockFailure.h"
@@ -371,6 +372,19 @@ TEST_F(LinuxTexts, containNoMacWords) {
         EXPECT_FALSE(controls.contains(opensSettings));
     for (const std::string& text : seen)
         EXPECT_EQ(macWordIn(text), "") << text;
+}
+
+TEST_F(LinuxTexts, sayWhatToDoAboutAModelThatIsGone) {
+    const ModelPack pack{.folder = "/nonexistent",
+                         .embedderFile = "Face.onnx",
+                         .embedderIdentifier = {},
+                         .realFaceFile = "RealFace.onnx"};
+    const UnlockPlatform linuxPlatform = platform();
+    const std::string remedy = "Prepare the models again, then restart Marrowby Unlock.";
+    EXPECT_EQ(description(embedderLoader(pack, linuxPlatform)().error()),
+              "The face model isn’t in the models’ folder (Face.onnx). " + remedy);
+    EXPECT_EQ(description(antiSpoofLoader(pack, linuxPlatform)().error()),
+              "The real-face model isn’t in the models’ folder (RealFace.onnx). " + remedy);
 }
 
 }  // namespace

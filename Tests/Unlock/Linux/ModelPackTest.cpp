@@ -43,7 +43,7 @@ class ModelPackTest : public testing::Test {
                 .inputs = {{"image", {1, 3, 112, 112}}},
                 .outputs = {{"out", {1, 128}}},
                 .metadata = {{"marrowby.model.identifier", name + "-1"}}};
-            manifest["networks"].push_back(
+            manifest["models"].push_back(
                 {{"role", name},
                  {"name", "The " + name},
                  {"file", name + ".onnx"},
@@ -51,7 +51,7 @@ class ModelPackTest : public testing::Test {
                  {"sha256", name + " sum"},
                  {"inputs", {{{"name", "image"}, {"shape", {1, 3, 112, 112}}}}},
                  {"outputs", {{{"name", "out"}, {"shape", {1, 128}}}}}});
-            std::ofstream(folder.path() / (name + ".onnx")) << "network";
+            std::ofstream(folder.path() / (name + ".onnx")) << "model";
         }
     }
     /// Empty if the pack is accepted.
@@ -84,13 +84,13 @@ TEST_F(ModelPackTest, acceptsAWholePackAndNamesTheFaultOfOthers) {
         std::function<void()> change;
         std::string said;
     };
-    const auto networks = [&]() -> Json& { return manifest["networks"]; };
+    const auto models = [&]() -> Json& { return manifest["models"]; };
     const auto embedder = [&]() -> auto& { return files.known["embedder.onnx"]; };
     const std::vector<Case> cases{
-        {[&] { networks().erase(2); }, "the face model is missing"},
-        {[&] { networks()[0]["role"] = "something else"; }, "the face finder is missing"},
-        {[&] { networks()[2].erase("sha256"); }, "pack.json is damaged"},
-        {[&] { networks() = "none"; }, "pack.json is damaged"},
+        {[&] { models().erase(2); }, "the face model is missing"},
+        {[&] { models()[0]["role"] = "something else"; }, "the face finder is missing"},
+        {[&] { models()[2].erase("sha256"); }, "pack.json is damaged"},
+        {[&] { models() = "none"; }, "pack.json is damaged"},
         {[&] { manifest.erase("name"); }, "pack.json is damaged"},
         {[&] { embedder().sha256 = "another sum"; }, "The embedder (embedder.onnx) was changed"},
         {[&] { files.known.erase("embedder.onnx"); }, "The embedder (embedder.onnx) was changed"},
@@ -99,7 +99,7 @@ TEST_F(ModelPackTest, acceptsAWholePackAndNamesTheFaultOfOthers) {
              std::filesystem::remove(folder.path() / "realFace.onnx");
          },
          "The realFace (realFace.onnx) isn’t there"},
-        {[&] { networks()[1]["file"] = "../landmarks.onnx"; },
+        {[&] { models()[1]["file"] = "../landmarks.onnx"; },
          "The landmarks (../landmarks.onnx) lies outside of the pack"},
         {[&] { embedder().metadata.clear(); },
          "The embedder (embedder.onnx) says it is “”, not “embedder-1”"},
@@ -125,16 +125,15 @@ TEST_F(ModelPackTest, acceptsAWholePackAndNamesTheFaultOfOthers) {
 TEST_F(ModelPackTest, recognisesPublishedModelsByTheirSums) {
     std::ifstream source(MARROWBY_SOURCE_DIR "/Tools/modelpack/originals.py");
     const std::string originals{std::istreambuf_iterator<char>(source), {}};
-    const auto networks = [&]() -> Json& { return manifest["networks"]; };
+    const auto models = [&]() -> Json& { return manifest["models"]; };
     for (const PublishedFile& file : publishedFiles) {
         EXPECT_NE(originals.find(file.sha256), std::string::npos) << file.sha256;
-        for (Json& network : networks()) {
-            if (network["role"] == file.role)
-                network["origin"].push_back({{"sha256", file.sha256}});
+        for (Json& model : models()) {
+            if (model["role"] == file.role) model["origin"].push_back({{"sha256", file.sha256}});
         }
     }
     files.known["finder.onnx"].sha256 = publishedFiles.front().sha256;
-    networks()[0]["sha256"] = publishedFiles.front().sha256;
+    models()[0]["sha256"] = publishedFiles.front().sha256;
     manifest["name"] = "standard";
     const Json whole = manifest;
     const auto title = [&] {
@@ -144,13 +143,13 @@ TEST_F(ModelPackTest, recognisesPublishedModelsByTheirSums) {
     EXPECT_EQ(title(), "standard, as published");
 
     const std::function<void()> changes[] = {
-        [&] { networks()[3]["origin"].erase(1); },
-        [&] { networks()[2]["origin"][0]["sha256"] = "another"; },
-        [&] { networks()[2]["origin"] = "somewhere"; },
-        [&] { networks()[1].erase("origin"); },
+        [&] { models()[3]["origin"].erase(1); },
+        [&] { models()[2]["origin"][0]["sha256"] = "another"; },
+        [&] { models()[2]["origin"] = "somewhere"; },
+        [&] { models()[1].erase("origin"); },
         [&] {
             files.known["finder.onnx"].sha256 = "another";
-            networks()[0]["sha256"] = "another";
+            models()[0]["sha256"] = "another";
         },
     };
     for (const auto& change : changes) {

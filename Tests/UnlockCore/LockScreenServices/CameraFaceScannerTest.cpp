@@ -94,7 +94,7 @@ class CameraFaceScannerTest : public testing::Test {
             mainThread.runPosted();
         }
     }
-    /// A look whose camera and networks are running.
+    /// A look whose camera and models are running.
     void startFully(ScanID id = look) {
         start(id);
         settle();
@@ -241,14 +241,14 @@ TEST_F(CameraFaceScannerTest, FailsAtOnceWithoutACameraAndWorksAtTheNextLook) {
     EXPECT_FALSE(session->isRunning());
 }
 
-TEST_F(CameraFaceScannerTest, LoadsBothNetworksOnceOffTheMainThread) {
+TEST_F(CameraFaceScannerTest, LoadsBothModelsOnceOffTheMainThread) {
     scanner->preload();
     scanner->preload();
     start();
     EXPECT_EQ(embedderLoads, 0) << "not on the main thread";
     deliver(true);
     mainThread.runPosted();
-    EXPECT_EQ(vision.rectangleRequests, 0) << "frames that come before the networks are skipped";
+    EXPECT_EQ(vision.rectangleRequests, 0) << "frames that come before the models are skipped";
     settle();
     scanner->preload();
     for (const ScanID id : {ScanID{1}, ScanID{2}}) {
@@ -262,7 +262,7 @@ TEST_F(CameraFaceScannerTest, LoadsBothNetworksOnceOffTheMainThread) {
     EXPECT_EQ(frames.size(), 2U);
 }
 
-TEST_F(CameraFaceScannerTest, EndsTheLookThatWaitsWhenANetworkFailsToLoadAndTriesAgain) {
+TEST_F(CameraFaceScannerTest, EndsTheLookThatWaitsWhenAModelFailsToLoadAndTriesAgain) {
     embedderFault = FaceModelError::NotFound{"SFace.mlmodelc"};
     scanner->preload();
     settle();
@@ -343,7 +343,7 @@ TEST_F(CameraFaceScannerTest, LetsItsCallbacksStopAndStartIt) {
     EXPECT_EQ(frames.back().first, ScanID{2});
 }
 
-TEST_F(CameraFaceScannerTest, GoesAwayWhileNetworksLoad) {
+TEST_F(CameraFaceScannerTest, GoesAwayWhileModelsLoad) {
     embedderFault = FaceModelError::PixelBuffer{};
     start();
     scanner.reset();

@@ -331,7 +331,7 @@ TEST_F(FaceScanTest, tellsWhatFailedFromNobodyThere) {
         {"no landmarks", [&] { vision.details.landmarks[0].reset(); }, ""},
         {"finder", [&] { vision.rectanglesFault = "The finder’s."; }, "The finder’s."},
         {"embedder", [&] { embedder->fault = embedding; }, description(embedding)},
-        {"real-face network", [&] { antiSpoof.fault = scoring; }, description(scoring)},
+        {"real-face model", [&] { antiSpoof.fault = scoring; }, description(scoring)},
         {"rectangles", [&] { vision.boxesFault = "The system’s."; }, "The system’s."},
     };
     for (const Case& c : cases) {

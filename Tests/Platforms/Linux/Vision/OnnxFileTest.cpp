@@ -24,7 +24,7 @@ struct TemporaryFile {
 };
 
 TEST(OnnxFile, RefusesForeignFilesInOneSentence) {
-    for (const std::string& bytes : {std::string(), std::string("this is a text, not a network"),
+    for (const std::string& bytes : {std::string(), std::string("this is a text, not a model"),
                                      std::string(4096, '\0'), std::string("\x08\x07", 2)}) {
         const TemporaryFile file(bytes);
         const auto read = OnnxFile::read(file.path);
@@ -41,35 +41,35 @@ TEST(OnnxFile, RefusesForeignFilesInOneSentence) {
 }
 
 TEST(OnnxFile, acceptsOnlyTheFileWithTheGivenSum) {
-    const std::filesystem::path networks = std::filesystem::path(MARROWBY_SOURCE_DIR) / "Models";
-    const auto sumOf = [&](const char* name) { return OnnxFile::read(networks / name)->sha256(); };
+    const std::filesystem::path models = std::filesystem::path(MARROWBY_SOURCE_DIR) / "Models";
+    const auto sumOf = [&](const char* name) { return OnnxFile::read(models / name)->sha256(); };
     const std::string finder = sumOf("Finder.onnx");
     const std::string landmarks = sumOf("Landmarks.onnx");
-    OpenCvNeuralModels models;
-    const auto embedder = networks / "Embedder.onnx";
-    EXPECT_TRUE(models.load(embedder, {.sha256 = sumOf("Embedder.onnx")}));
-    EXPECT_EQ(models.load(embedder, {.sha256 = finder}).error(),
+    OpenCvNeuralModels neuralModels;
+    const auto embedder = models / "Embedder.onnx";
+    EXPECT_TRUE(neuralModels.load(embedder, {.sha256 = sumOf("Embedder.onnx")}));
+    EXPECT_EQ(neuralModels.load(embedder, {.sha256 = finder}).error(),
               "The model “Embedder.onnx” was changed.");
     const auto load = [&](const std::string& finderSum, const std::string& landmarksSum) {
-        return OpenCvFaceVision::load({networks / "Finder.onnx", finderSum},
-                                      {networks / "Landmarks.onnx", landmarksSum});
+        return OpenCvFaceVision::load({models / "Finder.onnx", finderSum},
+                                      {models / "Landmarks.onnx", landmarksSum});
     };
     EXPECT_TRUE(load(finder, landmarks));
     EXPECT_EQ(load(landmarks, landmarks).error(), "The model “Finder.onnx” was changed.");
     EXPECT_EQ(load(finder, finder).error(), "The model “Landmarks.onnx” was changed.");
 }
 
-TEST(OnnxFile, ADamagedNetworkIsAnErrorNeverAnException) {
+TEST(OnnxFile, ADamagedModelIsAnErrorNeverAnException) {
     const auto shared = sharedFolder();
     if (!shared) GTEST_SKIP() << noSharedFolder;
     std::ifstream stream(*shared / "models" / "face_detection_yunet_2023mar.onnx",
                          std::ios::binary);
     const std::string whole{std::istreambuf_iterator<char>(stream), {}};
     ASSERT_GT(whole.size(), 200'000U);
-    OpenCvNeuralModels models;
+    OpenCvNeuralModels neuralModels;
     for (const std::size_t length : {10UZ, 5000UZ, whole.size() / 2, whole.size() - 1}) {
         const TemporaryFile file(whole.substr(0, length));
-        const auto model = models.load(file.path, {});
+        const auto model = neuralModels.load(file.path, {});
         ASSERT_FALSE(model) << length;
         EXPECT_FALSE(model.error().empty());
         EXPECT_FALSE(OpenCvFaceVision::load(file.path, file.path));
@@ -81,7 +81,7 @@ TEST(OnnxFile, ADamagedNetworkIsAnErrorNeverAnException) {
     }
     const TemporaryFile file(renamed);
     ASSERT_TRUE(OnnxFile::read(file.path));
-    const auto model = models.load(file.path, {});
+    const auto model = neuralModels.load(file.path, {});
     ASSERT_FALSE(model);
     EXPECT_EQ(model.error(), "OpenCV can’t run this model.");
 }

@@ -49,7 +49,7 @@ class OpenCvFaceVisionTest : public testing::Test {
         vision = *std::move(loaded);
         auto embedder = SFaceEmbedder::load(
             models, {.fileName = "Embedder128.onnx", .modelIdentifier = standInIdentifier},
-            networks, imaging);
+            neuralModels, imaging);
         ASSERT_TRUE(embedder) << description(embedder.error());
         recognizer = std::make_unique<FaceRecognizer>(*vision, imaging, *std::move(embedder), 40);
     }
@@ -90,7 +90,7 @@ class OpenCvFaceVisionTest : public testing::Test {
 
     std::filesystem::path folder;
     OpenCvImaging imaging;
-    OpenCvNeuralModels networks;
+    OpenCvNeuralModels neuralModels;
     std::unique_ptr<OpenCvFaceVision> vision;
     std::unique_ptr<FaceRecognizer> recognizer;
 };

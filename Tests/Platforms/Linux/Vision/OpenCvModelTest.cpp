@@ -55,7 +55,7 @@ struct OpenCvModelTest : testing::Test {
     nlohmann::json reference;
 };
 
-TEST_F(OpenCvModelTest, NetworksGiveTheReferenceOutputs) {
+TEST_F(OpenCvModelTest, ModelsGiveTheReferenceOutputs) {
     const nlohmann::json& embedder = reference["Embedder128"];
     const nlohmann::json& landmarks = reference["Landmarks98"];
     const struct {
@@ -105,8 +105,8 @@ TEST_F(OpenCvModelTest, NetworksGiveTheReferenceOutputs) {
 TEST_F(OpenCvModelTest, TheDetectorTakesOtherInputSizesThanItsFileDeclares) {
     const auto file = OnnxFile::read(folder / "face_detection_yunet_2023mar.onnx");
     ASSERT_TRUE(file);
-    auto network = OpenCvModel::load(*file);
-    ASSERT_TRUE(network);
+    auto model = OpenCvModel::load(*file);
+    ASSERT_TRUE(model);
     OpenCvModel::Input input{"input", 320, 256, {}};
     for (int c = 0; c < 3; ++c) {
         for (int y = 0; y < input.height; ++y) {
@@ -115,7 +115,7 @@ TEST_F(OpenCvModelTest, TheDetectorTakesOtherInputSizesThanItsFileDeclares) {
             }
         }
     }
-    const auto outputs = network->run({&input, 1});
+    const auto outputs = model->run({&input, 1});
     ASSERT_TRUE(outputs);
     ASSERT_EQ(outputs->size(), 12U);
     for (const NeuralOutput& output : *outputs) {
@@ -130,9 +130,9 @@ TEST_F(OpenCvModelTest, TheDetectorTakesOtherInputSizesThanItsFileDeclares) {
 
     input.height = 240;
     input.planes.resize(std::size_t{3} * 320 * 240);
-    EXPECT_FALSE(network->run({&input, 1})) << "no multiple of 32";
+    EXPECT_FALSE(model->run({&input, 1})) << "no multiple of 32";
     input.planes.pop_back();
-    EXPECT_FALSE(network->run({&input, 1})) << "a value is missing";
+    EXPECT_FALSE(model->run({&input, 1})) << "a value is missing";
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Simulation/Measuring/Look.h"
+#include "Simulation/Measuring/Take.h"
 
 #include <expected>
 #include <filesystem>
@@ -9,13 +9,13 @@
 
 namespace marrowby {
 
-/// The looks below a folder, sorted by name. Every folder that holds pictures is one look, its
+/// The takes below a folder, sorted by name. Every folder that holds pictures is one take, its
 /// pictures in the order of their names, labelled by the path to it:
 ///
 ///     enrol/PERSON/…            genuine/PERSON/…            attack/KIND/PERSON/…
 ///
 /// A `truth.json` beside the pictures may give their rate ("fps"). The error is one sentence.
-[[nodiscard]] std::expected<std::vector<Look>, std::string> looksBelow(
+[[nodiscard]] std::expected<std::vector<Take>, std::string> takesBelow(
     const std::filesystem::path& folder, double usualFramesPerSecond);
 
 }  // namespace marrowby

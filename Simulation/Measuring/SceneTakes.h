@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Simulation/Measuring/Look.h"
+#include "Simulation/Measuring/Take.h"
 #include "UnlockCore/Foundation/Time.h"
 
 #include <cstddef>
@@ -9,8 +9,8 @@
 
 namespace marrowby {
 
-/// Which looks of the rehearsal's scenes.
-struct SceneLooks {
+/// Which takes of the rehearsal's scenes.
+struct SceneTakes {
     /// Beginnings of scenes' names; scenes without a face are left out.
     std::vector<std::string> scenes;
     /// Takes of each scene, with other people, and the first one's number.
@@ -22,8 +22,8 @@ struct SceneLooks {
     int height = 720;
 };
 
-/// A camera that starts at some moment of the scene. A look's pictures must be read in their order,
-/// one look after the other.
-[[nodiscard]] std::vector<Look> looksOf(const SceneLooks& wanted);
+/// A camera that starts at some moment of the scene. A take's pictures must be read in their order,
+/// one take after the other.
+[[nodiscard]] std::vector<Take> takesOf(const SceneTakes& wanted);
 
 }  // namespace marrowby

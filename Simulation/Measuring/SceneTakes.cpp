@@ -1,4 +1,4 @@
-#include "Simulation/Measuring/SceneLooks.h"
+#include "Simulation/Measuring/SceneTakes.h"
 
 #include "Simulation/People/Person.h"
 #include "Simulation/Scenes/Chance.h"
@@ -15,13 +15,13 @@ namespace marrowby {
 
 namespace {
 
-/// Shared by all looks: only one is filmed at a time.
+/// Shared by all takes: only one is filmed at a time.
 struct Studio {
     Cast cast = {};
     std::unique_ptr<SceneFilm> film = nullptr;
 };
 
-/// Films from the look's first picture on.
+/// Films from the take's first picture on.
 struct Shoot {
     Scene scene;
     std::shared_ptr<Studio> studio;
@@ -49,10 +49,10 @@ struct Shoot {
 
 }  // namespace
 
-std::vector<Look> looksOf(const SceneLooks& wanted) {
+std::vector<Take> takesOf(const SceneTakes& wanted) {
     const auto people = distinctPeople();
     const auto studio = std::make_shared<Studio>();
-    std::vector<Look> looks;
+    std::vector<Take> takes;
     for (std::uint64_t take = wanted.first; take < wanted.first + wanted.count; ++take) {
         // A different person in every scene of a take.
         std::size_t next = take * 7;
@@ -68,20 +68,20 @@ std::vector<Look> looksOf(const SceneLooks& wanted) {
             if (!scene) continue;
             const auto shoot = std::make_shared<Shoot>(Shoot{
                 *std::move(scene), studio, wanted.width, wanted.height, wanted.framesPerSecond});
-            const Look::Label label{
-                .purpose = isAttack ? Look::Purpose::attack : Look::Purpose::genuine,
+            const Take::Label label{
+                .purpose = isAttack ? Take::Purpose::attack : Take::Purpose::genuine,
                 .attack = isAttack ? std::string(name(listed.props.front().kind)) : "",
                 .person = std::to_string(person),
                 .name = listed.name + " " + std::to_string(take),
                 .turnsWhenAsked = isAttack || listed.name == "live-asked"};
-            looks.push_back({.label = label,
+            takes.push_back({.label = label,
                              .framesPerSecond = wanted.framesPerSecond,
                              .pictureCount = static_cast<std::size_t>(
                                  std::lround(wanted.lasts.count() * wanted.framesPerSecond)),
                              .picture = [shoot](std::size_t i) { return shoot->picture(i); }});
         }
     }
-    return looks;
+    return takes;
 }
 
 }  // namespace marrowby

@@ -11,7 +11,7 @@
 namespace marrowby {
 
 /// A labelled sequence of pictures of one face.
-struct Look {
+struct Take {
     enum class Purpose { enrolment, genuine, attack };
 
     struct Label {
@@ -21,7 +21,7 @@ struct Look {
         /// Who is there, or whom the attack shows.
         std::string person;
         std::string name;
-        /// Of somebody genuine: turns the head when strict mode asks, as soon as the look begins.
+        /// Of somebody genuine: turns the head when strict mode asks, as soon as the take begins.
         bool turnsWhenAsked = true;
     };
 

@@ -1,4 +1,4 @@
-#include "Simulation/Measuring/LookFolders.h"
+#include "Simulation/Measuring/TakeFolders.h"
 
 #include "Platforms/Linux/Vision/ImageFiles.h"
 
@@ -23,26 +23,26 @@ bool isPicture(const fs::path& file) {
     return std::ranges::find(endings, file.extension().string()) != endings.end();
 }
 
-/// What the path from the data set's folder says about a look; nothing for a path of another shape.
-std::optional<Look> labelled(const fs::path& relative) {
+/// What the path from the data set's folder says about a take; nothing for a path of another shape.
+std::optional<Take> labelled(const fs::path& relative) {
     const std::vector<std::string> parts(relative.begin(), relative.end());
     const auto is = [&](std::string_view purpose, std::size_t length) {
         return parts.size() >= length && parts[0] == purpose;
     };
-    Look look;
-    look.label.name = relative.generic_string();
+    Take take;
+    take.label.name = relative.generic_string();
     if (is("attack", 3)) {
-        look.label.purpose = Look::Purpose::attack;
-        look.label.attack = parts[1];
-        look.label.person = parts[2];
+        take.label.purpose = Take::Purpose::attack;
+        take.label.attack = parts[1];
+        take.label.person = parts[2];
     } else if (is("genuine", 2) || is("enrol", 2)) {
-        look.label.purpose =
-            parts[0] == "enrol" ? Look::Purpose::enrolment : Look::Purpose::genuine;
-        look.label.person = parts[1];
+        take.label.purpose =
+            parts[0] == "enrol" ? Take::Purpose::enrolment : Take::Purpose::genuine;
+        take.label.person = parts[1];
     } else {
         return std::nullopt;
     }
-    return look;
+    return take;
 }
 
 double rateIn(const fs::path& folder, double usual) {
@@ -55,7 +55,7 @@ double rateIn(const fs::path& folder, double usual) {
 
 }  // namespace
 
-std::expected<std::vector<Look>, std::string> looksBelow(const fs::path& folder,
+std::expected<std::vector<Take>, std::string> takesBelow(const fs::path& folder,
                                                          double usualFramesPerSecond) {
     std::map<fs::path, std::vector<fs::path>> pictures;
     std::error_code error;
@@ -67,27 +67,27 @@ std::expected<std::vector<Look>, std::string> looksBelow(const fs::path& folder,
     }
     if (error) return std::unexpected("The folder “" + folder.string() + "” couldn’t be read.");
 
-    std::vector<Look> looks;
+    std::vector<Take> takes;
     for (auto& [place, files] : pictures) {
-        auto look = labelled(place.lexically_relative(folder));
-        if (!look) {
+        auto take = labelled(place.lexically_relative(folder));
+        if (!take) {
             return std::unexpected(
                 "The pictures in “" + place.string() +
                 "” have no label: wanted are the folders enrol/PERSON, genuine/PERSON and "
                 "attack/KIND/PERSON.");
         }
         std::ranges::sort(files);
-        look->framesPerSecond = rateIn(place, usualFramesPerSecond);
-        look->pictureCount = files.size();
-        look->picture = [sorted = std::move(files)](std::size_t i) {
+        take->framesPerSecond = rateIn(place, usualFramesPerSecond);
+        take->pictureCount = files.size();
+        take->picture = [sorted = std::move(files)](std::size_t i) {
             return readPicture(sorted.at(i));
         };
-        looks.push_back(*std::move(look));
+        takes.push_back(*std::move(take));
     }
-    if (looks.empty()) {
+    if (takes.empty()) {
         return std::unexpected("The folder “" + folder.string() + "” holds no pictures.");
     }
-    return looks;
+    return takes;
 }
 
 }  // namespace marrowby

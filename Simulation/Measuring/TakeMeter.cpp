@@ -1,4 +1,4 @@
-#include "Simulation/Measuring/LookMeter.h"
+#include "Simulation/Measuring/TakeMeter.h"
 
 #include "Platforms/Linux/Vision/OpenCvFaceVision.h"
 #include "Platforms/Linux/Vision/OpenCvFourierTransform.h"
@@ -21,8 +21,8 @@ namespace {
 /// As many as an enrolment takes: two for each of nine poses.
 constexpr std::size_t mostSamples = 18;
 
-/// The time within a look.
-class LookClock final : public SystemClock {
+/// The time within a take.
+class TakeClock final : public SystemClock {
   public:
     [[nodiscard]] Date now() const override { return time; }
     Date time;
@@ -44,7 +44,7 @@ std::optional<CameraFrame> cameraFrame(std::shared_ptr<const PixelBuffer> pictur
 
 }  // namespace
 
-struct LookMeter::Pipeline {
+struct TakeMeter::Pipeline {
     OpenCvImaging imaging;
     OpenCvNeuralModels models;
     OpenCvFourierTransform fourier;
@@ -54,10 +54,10 @@ struct LookMeter::Pipeline {
     EnrolledPeople people;
 };
 
-LookMeter::LookMeter(std::unique_ptr<Pipeline> pipeline) : pipeline_(std::move(pipeline)) {}
-LookMeter::~LookMeter() = default;
+TakeMeter::TakeMeter(std::unique_ptr<Pipeline> pipeline) : pipeline_(std::move(pipeline)) {}
+TakeMeter::~TakeMeter() = default;
 
-std::expected<std::unique_ptr<LookMeter>, std::string> LookMeter::create(
+std::expected<std::unique_ptr<TakeMeter>, std::string> TakeMeter::create(
     const std::filesystem::path& models, float threshold) {
     auto pipeline = std::make_unique<Pipeline>();
     const auto pack = modelsIn(models);
@@ -80,26 +80,26 @@ std::expected<std::unique_ptr<LookMeter>, std::string> LookMeter::create(
                          pack->realFaceFile, pack->realFaceIdentifier);
     if (!antiSpoof) return std::unexpected(description(antiSpoof.error()));
     pipeline->antiSpoof = *std::move(antiSpoof);
-    return std::unique_ptr<LookMeter>(new LookMeter(std::move(pipeline)));
+    return std::unique_ptr<TakeMeter>(new TakeMeter(std::move(pipeline)));
 }
 
-std::string LookMeter::name() const {
+std::string TakeMeter::name() const {
     return std::string(pipeline_->antiSpoof->modelIdentifier());
 }
 
-const EnrolledPeople& LookMeter::people() const {
+const EnrolledPeople& TakeMeter::people() const {
     return pipeline_->people;
 }
 
-std::expected<void, std::string> LookMeter::enroll(const Look& look) {
-    FaceIdentity& identity = pipeline_->people.identities[look.label.person];
-    identity.name = look.label.person;
+std::expected<void, std::string> TakeMeter::enroll(const Take& take) {
+    FaceIdentity& identity = pipeline_->people.identities[take.label.person];
+    identity.name = take.label.person;
     identity.modelIdentifier = pipeline_->people.modelIdentifier;
     identity.dimension = SFaceEmbedder::embeddingLength;
-    const std::size_t wanted = std::min(mostSamples, look.pictureCount);
+    const std::size_t wanted = std::min(mostSamples, take.pictureCount);
     for (std::size_t i = 0; i < wanted; ++i) {
-        const std::size_t index = i * look.pictureCount / wanted;
-        auto picture = look.picture(index);
+        const std::size_t index = i * take.pictureCount / wanted;
+        auto picture = take.picture(index);
         if (!picture) return std::unexpected(picture.error());
         const auto frame = cameraFrame(*std::move(picture), index, {}, pipeline_->imaging);
         if (!frame) continue;
@@ -111,19 +111,19 @@ std::expected<void, std::string> LookMeter::enroll(const Look& look) {
         }
     }
     if (identity.samples.empty()) {
-        return std::unexpected("The look “" + look.label.name + "” shows no face to enrol.");
+        return std::unexpected("The take “" + take.label.name + "” shows no face to enrol.");
     }
     return {};
 }
 
-std::expected<FrameEvidence, std::string> LookMeter::study(
-    const FaceScan& scan, const Look& look, std::size_t index,
+std::expected<FrameEvidence, std::string> TakeMeter::study(
+    const FaceScan& scan, const Take& take, std::size_t index,
     std::shared_ptr<const PixelBuffer> picture) {
-    const TimeInterval at(static_cast<double>(index) / look.framesPerSecond);
-    LookClock clock;
+    const TimeInterval at(static_cast<double>(index) / take.framesPerSecond);
+    TakeClock clock;
     clock.time = Date(at);
     const auto frame = cameraFrame(std::move(picture), index, clock.time, pipeline_->imaging);
-    if (!frame) return std::unexpected("A picture of “" + look.label.name + "” can’t be drawn.");
+    if (!frame) return std::unexpected("A picture of “" + take.label.name + "” can’t be drawn.");
     return FrameEvidence{.at = at,
                          .findings = scan.study(*frame, {.recognizer = *pipeline_->recognizer,
                                                          .antiSpoof = *pipeline_->antiSpoof,
@@ -135,14 +135,14 @@ std::expected<FrameEvidence, std::string> LookMeter::study(
 
 namespace {
 
-/// One pack's part of recording a look.
+/// One pack's part of recording a take.
 struct Recording {
-    LookMeter& meter;
+    TakeMeter& meter;
     /// Follows the face from frame to frame.
     FaceScan scan{LivenessMode::standard};
     std::vector<TrialRun> whole = {};
     std::vector<TrialRun> partial = {};
-    LookEvidence evidence = {};
+    TakeEvidence evidence = {};
 
     [[nodiscard]] bool isEnough(TimeInterval at, TimeInterval patience) const {
         const auto haveEnded = [](const std::vector<TrialRun>& runs) {
@@ -154,31 +154,31 @@ struct Recording {
 
 }  // namespace
 
-std::expected<std::vector<LookEvidence>, std::string> record(const Look& look,
-                                                             std::span<LookMeter* const> meters,
+std::expected<std::vector<TakeEvidence>, std::string> record(const Take& take,
+                                                             std::span<TakeMeter* const> meters,
                                                              std::span<const Trial> trials,
                                                              TimeInterval patience) {
     std::vector<Recording> recordings;
-    for (LookMeter* meter : meters) {
+    for (TakeMeter* meter : meters) {
         Recording& recording = recordings.emplace_back(Recording{.meter = *meter});
-        recording.evidence.label = look.label;
+        recording.evidence.label = take.label;
         for (const Trial& trial : trials) {
-            if (trial.mode == LivenessMode::strict && !look.label.turnsWhenAsked) continue;
+            if (trial.mode == LivenessMode::strict && !take.label.turnsWhenAsked) continue;
             auto& runs = trial.isWhole ? recording.whole : recording.partial;
-            runs.emplace_back(trial, look.label, meter->people());
+            runs.emplace_back(trial, take.label, meter->people());
         }
     }
-    for (std::size_t i = 0; i < look.pictureCount; ++i) {
+    for (std::size_t i = 0; i < take.pictureCount; ++i) {
         std::shared_ptr<const PixelBuffer> picture;
         for (Recording& recording : recordings) {
             auto& frames = recording.evidence.frames;
             if (!frames.empty() && recording.isEnough(frames.back().at, patience)) continue;
             if (!picture) {
-                auto made = look.picture(i);
+                auto made = take.picture(i);
                 if (!made) return std::unexpected(made.error());
                 picture = *std::move(made);
             }
-            auto found = recording.meter.study(recording.scan, look, i, picture);
+            auto found = recording.meter.study(recording.scan, take, i, picture);
             if (!found) return std::unexpected(found.error());
             for (auto* runs : {&recording.whole, &recording.partial}) {
                 for (TrialRun& run : *runs)
@@ -189,7 +189,7 @@ std::expected<std::vector<LookEvidence>, std::string> record(const Look& look,
         }
         if (!picture) break;
     }
-    std::vector<LookEvidence> all;
+    std::vector<TakeEvidence> all;
     all.reserve(recordings.size());
     for (Recording& recording : recordings)
         all.push_back(std::move(recording.evidence));
