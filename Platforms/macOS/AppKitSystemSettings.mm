@@ -1,6 +1,7 @@
 #include "Platforms/macOS/AppKitSystemSettings.h"
 
 #include "Platforms/macOS/FoundationText.h"
+#include "Platforms/macOS/Rules/SettingsPanes.h"
 
 #import <AppKit/AppKit.h>
 #import <ApplicationServices/ApplicationServices.h>
