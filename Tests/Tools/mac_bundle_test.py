@@ -48,6 +48,8 @@ class Bundle(unittest.TestCase):
         self.assertNotIn("${", text)
         keys = re.findall(r"<key>(.*?)</key>", text)
         self.assertEqual(len(keys), len(set(keys)), "a key that stands twice hides the first")
+        version = re.search(r"VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text().split("project(")[1])[1]
+        self.assertEqual([info["CFBundleShortVersionString"], info["CFBundleVersion"]], [version] * 2)
         self.assertIs(info["LSUIElement"], True)
         self.assertRegex(info["NSCameraUsageDescription"], r"^Marrowby Unlock .*\.$")
 

@@ -11,7 +11,7 @@ if not shutil.which("Xvfb"):
     print("Skipped: needs Xvfb.")
     sys.exit(0)
 
-for flag, beginning in (("--help", "marrowby-unlock ["), ("--version", "marrowby-unlock 0.")):
+for flag, beginning in (("--help", "marrowby-unlock ["), ("--version", f"marrowby-unlock {sys.argv[2]}\n")):
     answer = subprocess.run([sys.argv[1], flag], env={}, capture_output=True, text=True, timeout=60)
     assert answer.returncode == 0 and answer.stdout.startswith(beginning), answer
 
