@@ -58,6 +58,8 @@ class Bundle(unittest.TestCase):
         self.assertEqual(entitlements, {"com.apple.security.device.camera": True})
 
     def test_signs_what_is_complete_and_packs_what_is_signed(self):
+        for name in ("LICENSE", "NOTICE"):
+            self.assertIn(f"Resources/{name}", self.commands)
         steps = [r"SFace\.mlmodelc", r"MiniFASNet\.mlmodelc", "plutil -lint",
                  r"codesign --force .*--options runtime .*MarrowbyUnlock\.entitlements .*--sign -",
                  "codesign --verify", "ditto", "hdiutil create"]
