@@ -53,6 +53,20 @@ QImage DesktopUser::screen() const {
         .copy();
 }
 
+QImage DesktopUser::activeWindow() const {
+    const auto active = connection_->reply<xcb_get_property_reply>(
+        xcb_get_property(connection_->get(), 0, connection_->root(),
+                         connection_->atom("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW, 0, 1));
+    if (!active || xcb_get_property_value_length(active.get()) != sizeof(xcb_window_t)) return {};
+    const auto window = *static_cast<const xcb_window_t*>(xcb_get_property_value(active.get()));
+    const auto size =
+        connection_->reply<xcb_get_geometry_reply>(xcb_get_geometry(connection_->get(), window));
+    const auto place = connection_->reply<xcb_translate_coordinates_reply>(
+        xcb_translate_coordinates(connection_->get(), window, connection_->root(), 0, 0));
+    if (!size || !place) return {};
+    return screen().copy(place->dst_x, place->dst_y, size->width, size->height);
+}
+
 void DesktopUser::pointAt(const Point& place) const {
     xcb_test_fake_input(connection_->get(), XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME,
                         connection_->root(), static_cast<std::int16_t>(place.x),

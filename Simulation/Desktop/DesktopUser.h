@@ -24,6 +24,8 @@ class DesktopUser {
 
     /// What is on the screen; null on a lost display.
     [[nodiscard]] QImage screen() const;
+    /// The window that the window manager calls active, without its frame; null where none is.
+    [[nodiscard]] QImage activeWindow() const;
     /// In pixels from the upper left corner.
     void pointAt(const Point& place) const;
     /// Presses a real key, whichever window has the keyboard. False when the display takes none or

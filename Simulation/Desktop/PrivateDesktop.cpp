@@ -27,12 +27,14 @@ std::string readLine(int descriptor) {
 
 }  // namespace
 
-std::expected<PrivateDesktop, std::string> PrivateDesktop::create() {
+std::expected<PrivateDesktop, std::string> PrivateDesktop::create(const PrivateScreen& screen) {
     auto number = Pipe::create();
     if (!number) return std::unexpected(number.error());
+    const std::string size = std::to_string(screen.width * screen.scale) + "x" +
+                             std::to_string(screen.height * screen.scale) + "x24";
     // On SIGTERM the server removes its socket and lock file.
     auto server = ChildProcess::start({.arguments = {"Xvfb", "-displayfd", "3", "-screen", "0",
-                                                     "1024x640x24", "-nolisten", "tcp", "-noreset"},
+                                                     size, "-nolisten", "tcp", "-noreset"},
                                        .environment = {},
                                        .third = number->writing.get(),
                                        .endSignal = SIGTERM});

@@ -8,12 +8,20 @@
 
 namespace marrowby {
 
-/// An X server of its own without a screen (1024 x 640, true colour), as the current user. It and
-/// its files are removed when this is destroyed, and when the creating thread ends. One thread.
+/// The size of a private screen in points, and how many pixels a point has.
+struct PrivateScreen {
+    int width = 1024;
+    int height = 640;
+    int scale = 1;
+};
+
+/// An X server of its own without a monitor, in true colour, as the current user. It and its files
+/// are removed when this is destroyed, and when the creating thread ends. One thread.
 class PrivateDesktop {
   public:
     /// Blocks until the server answers, at most ten seconds. The error is a sentence for the user.
-    [[nodiscard]] static std::expected<PrivateDesktop, std::string> create();
+    [[nodiscard]] static std::expected<PrivateDesktop, std::string> create(
+        const PrivateScreen& screen = {});
 
     /// For DISPLAY, as in ":5".
     [[nodiscard]] const std::string& displayName() const { return displayName_; }

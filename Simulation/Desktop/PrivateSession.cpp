@@ -40,7 +40,7 @@ bool hasOwner(QDBusConnection& bus, const std::string& service) {
 }  // namespace
 
 std::expected<PrivateSession, std::string> PrivateSession::create(
-    const std::filesystem::path& formerHome) {
+    const std::filesystem::path& formerHome, const PrivateScreen& screen) {
     auto home = PrivateFolder::create();
     if (!home) return std::unexpected(home.error());
     std::error_code error;
@@ -49,9 +49,9 @@ std::expected<PrivateSession, std::string> PrivateSession::create(
                               error);
     }
     if (error) return std::unexpected("“" + formerHome.string() + "” can’t be copied.");
-    auto desktop = PrivateDesktop::create();
+    auto desktop = PrivateDesktop::create(screen);
     if (!desktop) return std::unexpected(desktop.error());
-    PrivateSession session(*std::move(home), *std::move(desktop));
+    PrivateSession session(*std::move(home), *std::move(desktop), screen.scale);
     for (const auto start : {&PrivateSession::startBus, &PrivateSession::startKeyring,
                              &PrivateSession::startWindowManager}) {
         if (auto started = (session.*start)(); !started) return std::unexpected(started.error());
@@ -65,7 +65,8 @@ std::vector<std::string> PrivateSession::environment() const {
         "DBUS_SESSION_BUS_ADDRESS=" + busAddress_,
         // Not the machine’s own session.
         "DBUS_SYSTEM_BUS_ADDRESS=unix:path=" + (home() / "no-system-bus").string(),
-        "LC_ALL=C.UTF-8", "QT_QPA_PLATFORM=xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1"};
+        "LC_ALL=C.UTF-8", "QT_QPA_PLATFORM=xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1",
+        "QT_SCALE_FACTOR=" + std::to_string(scale_)};
     for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
         environment.push_back(std::string(name) + "=" + home().string());
     return environment;

@@ -19,7 +19,7 @@ class PrivateSession {
     /// Blocks until all answer, at most ten seconds each. The error is a sentence for the user.
     /// `formerHome` is copied, unless it is empty.
     [[nodiscard]] static std::expected<PrivateSession, std::string> create(
-        const std::filesystem::path& formerHome = {});
+        const std::filesystem::path& formerHome = {}, const PrivateScreen& screen = {});
 
     [[nodiscard]] const std::string& displayName() const { return desktop_.displayName(); }
     [[nodiscard]] const std::string& busAddress() const { return busAddress_; }
@@ -29,8 +29,8 @@ class PrivateSession {
     [[nodiscard]] std::vector<std::string> environment() const;
 
   private:
-    PrivateSession(PrivateFolder home, PrivateDesktop desktop)
-        : home_(std::move(home)), desktop_(std::move(desktop)) {}
+    PrivateSession(PrivateFolder home, PrivateDesktop desktop, int scale)
+        : home_(std::move(home)), desktop_(std::move(desktop)), scale_(scale) {}
     [[nodiscard]] std::expected<void, std::string> startBus();
     [[nodiscard]] std::expected<void, std::string> startKeyring();
     [[nodiscard]] std::expected<void, std::string> startWindowManager();
@@ -38,6 +38,7 @@ class PrivateSession {
 
     PrivateFolder home_;
     PrivateDesktop desktop_;
+    int scale_;
     std::string busAddress_;
     /// In start order; ended in reverse.
     std::vector<ChildProcess> programs_;

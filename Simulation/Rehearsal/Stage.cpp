@@ -36,6 +36,7 @@ constexpr TimeInterval aStart{30};
 constexpr int heartbeatMilliseconds = 20;
 constexpr TimeInterval askingInterval{0.1};
 constexpr TimeInterval closingInterval{0.5};
+constexpr TimeInterval stillTime{1.0};
 
 /// Middle of the pill, below the upper edge of the screen.
 constexpr double islandMiddle = 20;
@@ -117,7 +118,7 @@ Stage::Stage(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
 Stage::~Stage() = default;
 
 Stage::Result<std::unique_ptr<Stage>> Stage::create(const Places& places) {
-    auto session = PrivateSession::create(places.home);
+    auto session = PrivateSession::create(places.home, places.screen);
     if (!session) return std::unexpected(session.error());
     auto somebody = DesktopUser::create(session->displayName());
     if (!somebody) return std::unexpected(somebody.error());
@@ -414,6 +415,21 @@ Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit)
         }
         return false;
     });
+}
+
+Stage::Result<QImage> Stage::windowPicture() {
+    QImage picture;
+    Date since = parts_->clock.now();
+    const auto still = waitUntil("the window to be drawn", aStart, [&] {
+        const Date now = parts_->clock.now();
+        if (QImage next = parts_->atDesk.activeWindow(); next.isNull() || next != picture) {
+            picture = std::move(next);
+            since = now;
+        }
+        return now - since > stillTime;
+    });
+    if (!still) return std::unexpected(still.error());
+    return picture;
 }
 
 void Stage::photograph(std::string caption) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Simulation/Desktop/PrivateDesktop.h"
 #include "Simulation/Rehearsal/ContactSheet.h"
 #include "Simulation/Rehearsal/Transcript.h"
 #include "UnlockCore/Foundation/Time.h"
@@ -33,6 +34,7 @@ class Stage {
         std::filesystem::path program;
         /// A user's saved data, as keepHome() left it; a new user's where it is empty.
         std::filesystem::path home{};
+        PrivateScreen screen{};
     };
 
     [[nodiscard]] static Result<std::unique_ptr<Stage>> create(const Places& places);
@@ -104,6 +106,8 @@ class Stage {
     [[nodiscard]] Result<void> letPassSinceWake(TimeInterval time);
     /// Waits for a line of the journal that begins with `text`, after those already waited for.
     [[nodiscard]] Result<void> waitForLog(std::string_view text, TimeInterval limit);
+    /// The program's window, once its picture has not changed for a while.
+    [[nodiscard]] Result<QImage> windowPicture();
     /// Adds this moment to the contact sheet.
     void photograph(std::string caption);
     [[nodiscard]] const ContactSheet& contactSheet() const;

@@ -2,6 +2,7 @@
 #include "Platforms/Linux/Desktop/XdgFolders.h"
 #include "Simulation/Rehearsal/Stage.h"
 #include "Simulation/Rehearsal/Story.h"
+#include "Simulation/Rehearsal/WindowPictures.h"
 #include "Simulation/Scenes/ModelFolder.h"
 
 #include <QGuiApplication>
@@ -11,6 +12,8 @@
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <span>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -22,10 +25,12 @@ namespace {
 using namespace marrowby;
 
 constexpr const char* usage =
-    "marrowby-rehearsal [FOLDER]\n"
+    "marrowby-rehearsal [--pictures PICTURES] [FOLDER]\n"
     "Plays a whole story of the unlock on the models in FOLDER; else on the standard pack, "
     "where\n"
-    "the user has prepared it; else on the rehearsal’s own, in Models.\n";
+    "the user has prepared it; else on the rehearsal’s own, in Models. With --pictures it only "
+    "sets "
+    "the\nprogram up, and puts pictures of its windows into the folder PICTURES.\n";
 constexpr const char* ownModels = "Models";
 constexpr const char* contactSheet = "build/rehearsal.png";
 
@@ -35,8 +40,26 @@ std::filesystem::path preparedModels() {
     return folders ? folders->dataHome / "marrowby-unlock" / "models" : std::filesystem::path();
 }
 
-std::filesystem::path chosenModels(int argc, char* argv[]) {
-    if (argc > 1) return argv[1];
+struct Wanted {
+    std::optional<std::filesystem::path> pictures;
+    std::optional<std::filesystem::path> models;
+};
+
+/// Null for a command line that means nothing.
+std::optional<Wanted> wanted(std::span<char*> arguments) {
+    Wanted wanted;
+    if (arguments.size() > 1 && std::string_view(arguments[0]) == "--pictures") {
+        wanted.pictures = arguments[1];
+        arguments = arguments.subspan(2);
+    }
+    if (arguments.size() > 1 ||
+        (arguments.size() == 1 && std::string_view(arguments[0]).starts_with("-")))
+        return std::nullopt;
+    if (!arguments.empty()) wanted.models = arguments[0];
+    return wanted;
+}
+
+std::filesystem::path modelsToPlayWith() {
     std::error_code error;
     const auto prepared = preparedModels();
     const bool isPrepared = std::filesystem::exists(prepared / ModelPack::manifestFile, error);
@@ -111,19 +134,25 @@ int main(int argc, char* argv[]) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
 
-    if (argc > 2 || (argc == 2 && std::string_view(argv[1]).starts_with("-"))) {
+    const auto asked = wanted(std::span(argv, static_cast<std::size_t>(argc)).subspan(1));
+    if (!asked) {
         std::cerr << usage;
         return EXIT_FAILURE;
     }
-    const auto models = modelsIn(chosenModels(argc, argv));
+    const auto models = modelsIn(asked->models ? *asked->models : modelsToPlayWith());
     if (!models) {
         std::cerr << models.error() << '\n';
         return EXIT_FAILURE;
     }
     tellOf(*models);
     const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    auto stage =
-        Stage::create({.models = models->folder, .program = here / "marrowby-unlock-on-stage"});
+    const auto program = here / "marrowby-unlock-on-stage";
+    if (asked->pictures) {
+        const auto taken = takeWindowPictures(models->folder, program, *asked->pictures);
+        if (!taken) std::cerr << taken.error() << '\n';
+        return taken ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+    auto stage = Stage::create({.models = models->folder, .program = program});
     if (!stage) {
         std::cerr << stage.error() << '\n';
         return EXIT_FAILURE;
