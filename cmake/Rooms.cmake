@@ -39,10 +39,13 @@ function(marrowby_room name)
     endif()
 endfunction()
 
-# marrowby_tests(NAME USES rooms... [FOLDERS folders...] [SERIAL]): the tests of this folder and of the named
-# subfolders. SERIAL tests own a display or a locker and run alone.
+# What the thread sanitizer tries: the rooms of the product that start threads.
+add_custom_target(threaded-tests)
+
+# marrowby_tests(NAME USES rooms... [FOLDERS folders...] [SERIAL] [THREADED]): the tests of this folder and of the named
+# subfolders. SERIAL tests own a display or a locker and run alone; THREADED ones run under the thread sanitizer, too.
 function(marrowby_tests name)
-    cmake_parse_arguments(ROOM "SERIAL" "" "USES;FOLDERS" ${ARGN})
+    cmake_parse_arguments(ROOM "SERIAL;THREADED" "" "USES;FOLDERS" ${ARGN})
     set(patterns *.cpp *.mm)
     foreach(folder IN LISTS ROOM_FOLDERS)
         list(APPEND patterns ${folder}/*.cpp)
@@ -58,6 +61,10 @@ function(marrowby_tests name)
     set(properties TIMEOUT 300 SKIP_REGULAR_EXPRESSION "\\[  SKIPPED \\]")
     if(ROOM_SERIAL)
         list(APPEND properties RESOURCE_LOCK desktop)
+    endif()
+    if(ROOM_THREADED)
+        list(APPEND properties LABELS threaded)
+        add_dependencies(threaded-tests ${name})
     endif()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
 endfunction()
