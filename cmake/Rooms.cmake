@@ -13,7 +13,9 @@ target_compile_options(marrowby_options INTERFACE
     $<$<NOT:$<PLATFORM_ID:Darwin>>:-Werror>
     $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety>
     # g++ 12 warns of an overlap in std::string's operator+ (GCC bug 105651).
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    # In a unity build it takes every .cpp for a header.
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wno-subobject-linkage>)
 
 set(MARROWBY_SANITIZE "" CACHE STRING "Sanitizers for everything that is built, e.g. address,undefined")
 if(MARROWBY_SANITIZE)

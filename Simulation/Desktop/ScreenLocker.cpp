@@ -31,7 +31,7 @@ namespace marrowby {
 
 namespace {
 
-constexpr std::chrono::seconds startLimit{10};
+constexpr std::chrono::seconds lockLimit{10};
 constexpr std::chrono::milliseconds askStep{10};
 constexpr TimeInterval endLimit{2.0};
 
@@ -341,7 +341,7 @@ void endSession(const ChildProcess& leader) {
 enum class Start { up, ended, late };
 
 Start waitForLocker(RootWatch& watch, const ChildProcess& locker) {
-    const auto deadline = std::chrono::steady_clock::now() + startLimit;
+    const auto deadline = std::chrono::steady_clock::now() + lockLimit;
     while (true) {
         if (!locker.isRunning() || !watch.isAlive()) return Start::ended;
         if (watch.lockerIsUp()) return Start::up;

@@ -25,4 +25,8 @@ class Chance {
     std::uint64_t state_;
 };
 
+inline float between(Chance& chance, double low, double high) {
+    return static_cast<float>(chance.between(low, high));
+}
+
 }  // namespace marrowby

@@ -12,7 +12,7 @@ namespace marrowby {
 namespace {
 
 /// Wider than this, it takes two hands.
-constexpr float reach = 0.10F;
+constexpr float handSpan = 0.10F;
 
 /// A strip of this size about a place on the sheet, `nearer` to the viewer and turned about the
 /// line of sight.
@@ -34,7 +34,7 @@ HandPart part(const PlacedSheet& placed, const Placement& place, float u, float 
 std::vector<HandPart> armsBehind(const PlacedSheet& placed, const Placement& place) {
     const Sheet& sheet = placed.sheet();
     const float low = sheet.height / 2;
-    if (sheet.width < reach) {
+    if (sheet.width < handSpan) {
         return {part(placed, place, sheet.width * 0.15F, low + 0.10F, -0.015F, 0.070F, 0.30F, 0),
                 part(placed, place, sheet.width * 0.12F, low - 0.02F, -0.012F, 0.080F, 0.10F, 0)};
     }
@@ -49,7 +49,7 @@ std::vector<HandPart> armsBehind(const PlacedSheet& placed, const Placement& pla
 std::vector<HandPart> fingersBefore(const PlacedSheet& placed, const Placement& place) {
     const Sheet& sheet = placed.sheet();
     const float edge = sheet.width / 2;
-    if (sheet.width >= reach) {
+    if (sheet.width >= handSpan) {
         const float v = sheet.height / 2 - 0.05F;
         return {part(placed, place, -edge - 0.004F, v, 0.005F, 0.020F, 0.06F, -0.9F),
                 part(placed, place, edge + 0.004F, v, 0.005F, 0.020F, 0.06F, 0.9F)};

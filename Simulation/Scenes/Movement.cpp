@@ -25,14 +25,9 @@ std::array<Vector3, 3> axes(const Placement& placement) {
     return {turned({1, 0, 0}), turned({0, 1, 0}), turned({0, 0, 1})};
 }
 
-namespace {
-
-/// Without a jerk at either end.
 float eased(float t) {
     return t * t * t * (t * (t * 6 - 15) + 10);
 }
-
-}  // namespace
 
 Movement& Movement::stay(TimeInterval time) {
     return moveTo(keys_.back().place, time);

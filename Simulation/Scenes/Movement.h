@@ -32,6 +32,9 @@ struct Placement {
 /// The thing's own axes in the camera's: its right, its down, and away from the side that is seen.
 [[nodiscard]] std::array<Vector3, 3> axes(const Placement& placement);
 
+/// From 0 to 1 as `t` goes, without a jerk at either end.
+[[nodiscard]] float eased(float t);
+
 /// A path from place to place along smooth curves, with swaying. A value.
 class Movement {
   public:

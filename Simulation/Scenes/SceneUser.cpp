@@ -56,10 +56,6 @@ Direction directionOf(EnrollmentPose pose) {
     fatal("not an enrolment pose");
 }
 
-float eased(float t) {
-    return t * t * t * (t * (t * 6 - 15) + 10);
-}
-
 Placement away(const Placement& home) {
     Placement place = home;
     place.position = place.position + Vector3{.x = 1.1F, .y = 0.05F, .z = 0.5F};

@@ -29,7 +29,7 @@ constexpr int momentsPerScene = 3;
 constexpr TimeInterval betweenMoments{0.9};
 
 /// The turns that enrolment asks for, in radians.
-constexpr float side = 0.34F;
+constexpr float sideYaw = 0.34F;
 constexpr float upright = 0.26F;
 
 Scene enrolment(std::uint64_t person) {
@@ -38,7 +38,7 @@ Scene enrolment(std::uint64_t person) {
         const int row = pose / 3;
         Stance stance;
         stance.head = {.position = {.x = 0, .y = 0.02F, .z = 0.55F},
-                       .yaw = side * static_cast<float>(pose % 3 - 1),
+                       .yaw = sideYaw * static_cast<float>(pose % 3 - 1),
                        .pitch = upright * static_cast<float>(row - 1)};
         stance.expression = {.gazeYaw = -stance.head.yaw, .gazePitch = -stance.head.pitch};
         return stance;

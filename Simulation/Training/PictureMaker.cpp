@@ -31,10 +31,6 @@ constexpr int roomHeight = 720;
 constexpr double faceHeight = 0.185;
 constexpr double faceMiddle = 0.02;
 
-float between(Chance& chance, double low, double high) {
-    return static_cast<float>(chance.between(low, high));
-}
-
 cv::Mat bgr(const PixelBuffer& picture) {
     const cv::Mat bgra(picture.height(), picture.width(), CV_8UC4,
                        const_cast<std::uint8_t*>(picture.bytes().data()),  // NOLINT

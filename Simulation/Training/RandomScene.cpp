@@ -10,10 +10,6 @@ namespace marrowby {
 
 namespace {
 
-float between(Chance& chance, double low, double high) {
-    return static_cast<float>(chance.between(low, high));
-}
-
 /// As many small as large ones.
 float evenly(Chance& chance, double low, double high) {
     return static_cast<float>(std::exp(chance.between(std::log(low), std::log(high))));

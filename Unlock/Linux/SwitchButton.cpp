@@ -9,7 +9,7 @@ namespace marrowby {
 namespace {
 
 /// Room for the focus ring.
-constexpr int margin = 3;
+constexpr int grooveMargin = 3;
 
 }  // namespace
 
@@ -19,7 +19,7 @@ SwitchButton::SwitchButton(QWidget* parent) : QCheckBox(parent) {
 
 QSize SwitchButton::sizeHint() const {
     const int height = fontMetrics().height() + 4;
-    return {height * 9 / 5 + 2 * margin, height + 2 * margin};
+    return {height * 9 / 5 + 2 * grooveMargin, height + 2 * grooveMargin};
 }
 
 bool SwitchButton::hitButton(const QPoint& point) const {
@@ -29,7 +29,8 @@ bool SwitchButton::hitButton(const QPoint& point) const {
 void SwitchButton::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF groove = QRectF(rect()).adjusted(margin, margin, -margin, -margin);
+    const QRectF groove =
+        QRectF(rect()).adjusted(grooveMargin, grooveMargin, -grooveMargin, -grooveMargin);
     const double radius = groove.height() / 2;
     const QColor highlight = palette().color(QPalette::Highlight);
     const QColor off = pagecolors::mix(palette().color(QPalette::WindowText),

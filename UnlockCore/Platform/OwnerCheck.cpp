@@ -4,7 +4,7 @@ namespace marrowby {
 
 namespace {
 
-struct Description {
+struct DescribeOwnerCheckError {
     const PlatformWords& words;
 
     std::string operator()(const OwnerCheckError::Unavailable& error) const {
@@ -18,7 +18,7 @@ struct Description {
 }  // namespace
 
 std::string description(const OwnerCheckError& error, const PlatformWords& words) {
-    return std::visit(Description{.words = words}, error);
+    return std::visit(DescribeOwnerCheckError{.words = words}, error);
 }
 
 }  // namespace marrowby

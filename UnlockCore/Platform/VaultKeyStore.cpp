@@ -4,7 +4,7 @@ namespace marrowby {
 
 namespace {
 
-struct Description {
+struct DescribeKeychainError {
     const PlatformWords& words;
 
     std::string operator()(const KeychainError::Status& status) const {
@@ -20,7 +20,7 @@ struct Description {
 }  // namespace
 
 std::string description(const KeychainError& error, const PlatformWords& words) {
-    return std::visit(Description{.words = words}, error);
+    return std::visit(DescribeKeychainError{.words = words}, error);
 }
 
 }  // namespace marrowby

@@ -8,7 +8,7 @@ namespace marrowby {
 
 namespace {
 
-struct Describe {
+struct DescribeFaceRecognitionError {
     std::string operator()(const FaceRecognitionError::NoFace& /*error*/) const {
         return "No face in front of the camera.";
     }
@@ -27,7 +27,7 @@ struct Describe {
 }  // namespace
 
 std::string description(const FaceRecognitionError& error) {
-    return std::visit(Describe{}, error);
+    return std::visit(DescribeFaceRecognitionError{}, error);
 }
 
 namespace {

@@ -4,7 +4,7 @@ namespace marrowby {
 
 namespace {
 
-struct Describe {
+struct DescribeModelError {
     std::string name;
     std::string preparedFor;
 
@@ -35,11 +35,12 @@ struct Describe {
 }  // namespace
 
 std::string description(const FaceModelError& error) {
-    return std::visit(Describe{.name = "face model", .preparedFor = "model"}, error);
+    return std::visit(DescribeModelError{.name = "face model", .preparedFor = "model"}, error);
 }
 
 std::string description(const RealFaceModelError& error) {
-    return std::visit(Describe{.name = "real-face model", .preparedFor = "real-face model"}, error);
+    return std::visit(
+        DescribeModelError{.name = "real-face model", .preparedFor = "real-face model"}, error);
 }
 
 }  // namespace marrowby

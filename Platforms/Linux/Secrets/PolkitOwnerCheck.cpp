@@ -20,7 +20,7 @@ constexpr quint32 allowUserInteraction = 1;
 /// libdbus treats this as no timeout.
 constexpr int noTimeout = std::numeric_limits<int>::max();
 
-constexpr const char* noBus = "The system bus can’t be reached.";
+constexpr const char* noSystemBus = "The system bus can’t be reached.";
 
 OwnerCheck::Result failure(std::string message) {
     return std::unexpected(OwnerCheckFailure{std::move(message)});
@@ -65,7 +65,7 @@ OwnerCheck::Result outcomeOfError(const QDBusMessage& message) {
     }
     if (name == QLatin1String("org.freedesktop.DBus.Error.Disconnected") ||
         name == QLatin1String("org.freedesktop.DBus.Error.NoReply")) {
-        return failure(noBus);
+        return failure(noSystemBus);
     }
     const std::string text = message.errorMessage().toStdString();
     if (text.find("is not registered") != std::string::npos) {
@@ -160,13 +160,14 @@ PolkitOwnerCheck::~PolkitOwnerCheck() {
 
 std::expected<void, std::string> PolkitOwnerCheck::canConfirm() {
     if (Prompt(address_).isConnected()) return {};
-    return std::unexpected(noBus);
+    return std::unexpected(noSystemBus);
 }
 
 void PolkitOwnerCheck::confirmOwner(const std::string& /*reason*/, Completion completion) {
     const auto prompt = std::make_shared<Prompt>(address_);
     if (!prompt->isConnected())
-        return completion(std::unexpected(OwnerCheckError(OwnerCheckError::Unavailable{noBus})));
+        return completion(
+            std::unexpected(OwnerCheckError(OwnerCheckError::Unavailable{noSystemBus})));
     std::erase_if(prompts_, [](const auto& other) { return other.expired(); });
     prompts_.push_back(prompt);
     // This callback alone keeps the prompt alive.

@@ -30,7 +30,7 @@ constexpr unsigned busFlags =
 // Replies take milliseconds, activation a moment; only a hung service takes longer.
 constexpr int timeoutMilliseconds = 10'000;
 
-constexpr const char* noBus = "There’s no session bus, so no keyring can be reached.";
+constexpr const char* noSessionBus = "There’s no session bus, so no keyring can be reached.";
 constexpr const char* noService =
     "No Secret Service is running. Install the package gnome-keyring, then log in again.";
 constexpr const char* noKeyring =
@@ -144,7 +144,7 @@ Failure failureOf(const GError* error) {
           G_DBUS_ERROR_SPAWN_CHILD_SIGNALED}) {
         if (g_error_matches(error, G_DBUS_ERROR, code)) return noService;
     }
-    if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CLOSED)) return noBus;
+    if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CLOSED)) return noSessionBus;
     const std::unique_ptr<char, Releaser<g_free>> remote(g_dbus_error_get_remote_error(error));
     if (remote && std::string_view(remote.get()) == "org.freedesktop.Secret.Error.IsLocked")
         return locked;
@@ -167,13 +167,13 @@ class SecretServiceKeyStore::Conversation {
     using Result = std::expected<T, Failure>;
 
     static Result<Conversation> begin(const std::string& address) {
-        if (address.empty()) return std::unexpected<Failure>(noBus);
+        if (address.empty()) return std::unexpected<Failure>(noSessionBus);
         Context context = makeContext();
         // C flags combined in an enumeration.
         const auto flags = static_cast<GDBusConnectionFlags>(busFlags);
         Object<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
             address.c_str(), flags, nullptr, nullptr, nullptr));
-        if (!connection) return std::unexpected<Failure>(noBus);
+        if (!connection) return std::unexpected<Failure>(noSessionBus);
         return Conversation(std::move(context), std::move(connection));
     }
 

@@ -15,15 +15,15 @@ namespace marrowby {
 
 namespace {
 
-constexpr int side = 112;
+constexpr int inputSide = 112;
 
 /// Cuts out a square at the model's input size, black beyond the picture's edges.
 cv::Mat cut(const cv::Mat& bgr, const Rect& square) {
-    const double scale = side / square.width;
+    const double scale = inputSide / square.width;
     const cv::Rect asked(cvFloor(square.x), cvFloor(square.y), cvCeil(square.width) + 1,
                          cvCeil(square.height) + 1);
     const cv::Rect part = asked & cv::Rect(0, 0, bgr.cols, bgr.rows);
-    cv::Mat result(side, side, CV_8UC3, cv::Scalar());
+    cv::Mat result(inputSide, inputSide, CV_8UC3, cv::Scalar());
     if (part.empty()) return result;
     cv::Mat source = bgr(part);
     double shrink = 1;
@@ -79,7 +79,8 @@ std::expected<Landmarks98Model, std::string> Landmarks98Model::load(const OnnxSo
     Landmarks98Model model(*std::move(straight), *std::move(mirrored));
     // Warm-up: the first run takes several times as long.
     try {
-        const auto found = model.find(cv::Mat::zeros(side, side, CV_8UC3), {0, 0, side, side});
+        const auto found =
+            model.find(cv::Mat::zeros(inputSide, inputSide, CV_8UC3), {0, 0, inputSide, inputSide});
         if (!found) return std::unexpected(found.error());
     } catch (const cv::Exception&) {
         return std::unexpected("The finder of face landmarks can’t be run.");

@@ -18,7 +18,7 @@ namespace marrowby {
 namespace {
 
 constexpr std::size_t mostDescribed = 4;
-constexpr const char* unreadable = "The picture couldn’t be searched for faces.";
+constexpr const char* notSearched = "The picture couldn’t be searched for faces.";
 
 struct Described {
     Rect box;
@@ -87,7 +87,7 @@ std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVisi
     const Size size{static_cast<double>(image.width()), static_cast<double>(image.height())};
     try {
         const auto bgr = bgrMat(image);
-        if (!bgr) return std::unexpected(unreadable);
+        if (!bgr) return std::unexpected(notSearched);
         auto faces = models_->faces.find(*bgr);
         if (!faces) return std::unexpected(faces.error());
 
@@ -117,7 +117,7 @@ std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVisi
         }
         return observations;
     } catch (const cv::Exception&) {
-        return std::unexpected(unreadable);
+        return std::unexpected(notSearched);
     }
 }
 
@@ -125,7 +125,7 @@ std::expected<FaceDetailObservations, std::string> OpenCvFaceVision::faceDetails
     const Bitmap& image, std::span<const FaceRectangleObservation> faces) {
     try {
         const auto bgr = bgrMat(image);
-        if (!bgr) return std::unexpected(unreadable);
+        if (!bgr) return std::unexpected(notSearched);
         FaceDetailObservations details;
         for (const FaceRectangleObservation& face : faces) {
             const auto* described = static_cast<const Described*>(face.handle.get());
@@ -140,7 +140,7 @@ std::expected<FaceDetailObservations, std::string> OpenCvFaceVision::faceDetails
         }
         return details;
     } catch (const cv::Exception&) {
-        return std::unexpected(unreadable);
+        return std::unexpected(notSearched);
     }
 }
 
@@ -149,12 +149,12 @@ std::expected<std::vector<Rect>, std::string> OpenCvFaceVision::rectangles(
     const Size size{static_cast<double>(image.width()), static_cast<double>(image.height())};
     try {
         auto boxes = findRectangles(image, request);
-        if (!boxes) return std::unexpected(unreadable);
+        if (!boxes) return std::unexpected(notSearched);
         for (Rect& box : *boxes)
             box = normalized(box, size);
         return *std::move(boxes);
     } catch (const cv::Exception&) {
-        return std::unexpected(unreadable);
+        return std::unexpected(notSearched);
     }
 }
 

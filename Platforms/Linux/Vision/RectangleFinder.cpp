@@ -21,7 +21,7 @@ constexpr int workingLongEdge = 320;
 
 using Quad = std::array<cv::Point2f, 4>;
 
-double side(const Quad& quad, std::size_t i) {
+double sideLength(const Quad& quad, std::size_t i) {
     return cv::norm(quad.at((i + 1) % 4) - quad.at(i));
 }
 
@@ -81,8 +81,8 @@ double confidence(const Quad& quad, const EdgeMaps& maps, std::size_t sides = 4)
     for (std::size_t i = 0; i < sides; ++i) {
         const double share = seen(quad.at(i), quad.at((i + 1) % 4), maps);
         least = std::min(least, share);
-        length += side(quad, i);
-        covered += share * side(quad, i);
+        length += sideLength(quad, i);
+        covered += share * sideLength(quad, i);
     }
     return std::min(covered / length, 1.5 * least);
 }
@@ -158,7 +158,8 @@ bool reachesLowerEdge(const Quad& quad, const EdgeMaps& maps) {
         return int(seen(quad[1], quad[0], maps, begin) >= leastSeen) +
                int(seen(quad[2], quad[3], maps, begin) >= leastSeen);
     };
-    const bool isSlim = side(quad, 1) <= phonesAspect * std::min(side(quad, 0), side(quad, 2));
+    const bool isSlim =
+        sideLength(quad, 1) <= phonesAspect * std::min(sideLength(quad, 0), sideLength(quad, 2));
     return sidesSeen(lowestFifth) >= 1 && sidesSeen(edge) >= (isSlim ? 1 : 2);
 }
 
@@ -246,8 +247,8 @@ std::optional<Quad> corners(const Line& left, const Line& right, const Line& top
 
 /// Whether size and proportions are those requested, in the working copy's pixels.
 bool hasShape(const Quad& quad, const RectangleRequest& request, double leastSide) {
-    const double across = (side(quad, 0) + side(quad, 2)) / 2;
-    const double down = (side(quad, 1) + side(quad, 3)) / 2;
+    const double across = (sideLength(quad, 0) + sideLength(quad, 2)) / 2;
+    const double down = (sideLength(quad, 1) + sideLength(quad, 3)) / 2;
     const double shorter = std::min(across, down);
     const double aspect = shorter / std::max(across, down);
     return shorter >= leastSide && aspect >= request.minimumAspectRatio &&
