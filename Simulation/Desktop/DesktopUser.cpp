@@ -1,25 +1,41 @@
 #include "Simulation/Desktop/DesktopUser.h"
 
-#include "Platforms/Linux/X11/XKeyLayout.h"
-#include "Platforms/Linux/X11/XLentKeys.h"
-#include "Platforms/Linux/X11/XTestKeyEvents.h"
 #include "Platforms/Linux/X11/XcbConnection.h"
-#include "UnlockCore/Foundation/Text.h"
 
-#include <map>
+#include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <utility>
-#include <vector>
 
 #include <xcb/xtest.h>
-#include <xkbcommon/xkbcommon.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 namespace marrowby {
 namespace {
 
-constexpr TimeInterval lendingTime{0.030};
-constexpr TimeInterval returningTime{1.0};
+struct Key {
+    xcb_keycode_t code{};
+    bool isShifted = false;
+};
+
+std::optional<Key> keyFor(const XcbConnection& connection, xcb_keysym_t keysym) {
+    const xcb_setup_t& setup = *xcb_get_setup(connection.get());
+    const auto count = static_cast<std::uint8_t>(setup.max_keycode - setup.min_keycode + 1);
+    const auto mapping = connection.reply<xcb_get_keyboard_mapping_reply>(
+        xcb_get_keyboard_mapping(connection.get(), setup.min_keycode, count));
+    if (!mapping) return std::nullopt;
+    const std::size_t columns = mapping->keysyms_per_keycode;
+    const std::span keysyms(xcb_get_keyboard_mapping_keysyms(mapping.get()), count * columns);
+    for (std::size_t column = 0; column < std::min<std::size_t>(columns, 2); ++column) {
+        for (std::size_t row = 0; row < count; ++row) {
+            if (keysyms[row * columns + column] == keysym)
+                return Key{.code = static_cast<xcb_keycode_t>(setup.min_keycode + row),
+                           .isShifted = column == 1};
+        }
+    }
+    return std::nullopt;
+}
 
 bool send(const XcbConnection& connection, xcb_keycode_t key, bool down) {
     xcb_test_fake_input(connection.get(), down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, key,
@@ -75,39 +91,19 @@ void DesktopUser::pointAt(const Point& place) const {
 }
 
 bool DesktopUser::press(std::uint32_t keysym, bool down) const {
-    const auto layout = XKeyLayout::read(*connection_);
-    const auto key = layout ? layout->key(keysym) : std::nullopt;
-    return key && send(*connection_, *key, down);
+    const auto key = keyFor(*connection_, keysym);
+    return key && !key->isShifted && send(*connection_, key->code, down);
 }
 
-bool DesktopUser::write(std::u16string_view text) const {
-    const auto layout = XKeyLayout::read(*connection_);
-    if (!layout) return false;
-    std::map<xcb_keysym_t, xcb_keycode_t> lent;
-    std::vector<xcb_keycode_t> keys;
-    std::span<const char16_t> rest(text);
-    while (!rest.empty()) {
-        const xcb_keysym_t keysym = xkb_utf32_to_keysym(takeCharacter(rest));
-        if (layout->key(keysym) || lent.contains(keysym)) continue;
-        if (keys.size() == layout->freeKeys().size()) return false;
-        keys.push_back(layout->freeKeys()[keys.size()]);
-        lent[keysym] = keys.back();
+bool DesktopUser::write(std::string_view text) const {
+    for (const char character : text) {
+        // The keysyms of ASCII are its codes.
+        const auto key = keyFor(*connection_, static_cast<unsigned char>(character));
+        if (!key || (key->isShifted && !press(XKB_KEY_Shift_L, true))) return false;
+        const bool isTyped =
+            send(*connection_, key->code, true) && send(*connection_, key->code, false);
+        if ((key->isShifted && !press(XKB_KEY_Shift_L, false)) || !isTyped) return false;
     }
-    XLentKeys lending(*connection_);
-    lending.note(keys);
-    for (const auto& [keysym, key] : lent)
-        lending.lend(key, keysym);
-    if (!lent.empty()) XTestKeyEvents::sleep(lendingTime);
-    rest = text;
-    while (!rest.empty()) {
-        const xcb_keysym_t keysym = xkb_utf32_to_keysym(takeCharacter(rest));
-        const auto key =
-            lent.contains(keysym) ? std::optional(lent.at(keysym)) : layout->key(keysym);
-        if (!key || !send(*connection_, *key, true) || !send(*connection_, *key, false))
-            return false;
-    }
-    // Kept mapped for slow readers.
-    if (!lent.empty()) XTestKeyEvents::sleep(returningTime);
     return true;
 }
 

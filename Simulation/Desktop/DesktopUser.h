@@ -32,8 +32,8 @@ class DesktopUser {
     /// has none for that keysym.
     bool press(std::uint32_t keysym, bool down) const;
     bool tap(std::uint32_t keysym) const { return press(keysym, true) && press(keysym, false); }
-    /// Any characters; blocks for a second where the layout has no key for one.
-    bool write(std::u16string_view text) const;
+    /// ASCII, with Shift where it needs it. False when the layout has no key for a character.
+    bool write(std::string_view text) const;
 
   private:
     explicit DesktopUser(std::unique_ptr<XcbConnection> connection);

@@ -56,7 +56,10 @@ done
 // ends. Versions of pam_exec differ in whether a NUL ends what they write.
 constexpr const char* checkerScript = R"sh(#!/bin/sh
 sleep 0.2
-tr -d '\000' | cmp -s - "$(dirname "$0")/password"
+folder=$(dirname "$0")
+tr -d '\000' | cmp -s - "$folder/password" && exit
+echo >>"$folder/refusals"
+exit 1
 )sh";
 
 // Prepended to a script, so that it ends together with its children. Killed after a while: lockers
@@ -240,7 +243,8 @@ class CheckerFolder {
             !writeFile(folder.path_ / ".xscreensaver", xscreensaverSettings, 0600) ||
             !writeFile(folder.path_ / "checker", checkerScript, 0700) ||
             !writeFile(folder.path_ / "password", password, 0600) ||
-            !writeFile(folder.messages(), "", 0600) || !giveAway(folder.path_, kind)) {
+            !writeFile(folder.messages(), "", 0600) || !writeFile(folder.refusals(), "", 0600) ||
+            !giveAway(folder.path_, kind)) {
             return std::unexpected("The screen locker's private folder could not be filled.");
         }
         return folder;
@@ -253,6 +257,8 @@ class CheckerFolder {
     [[nodiscard]] const std::filesystem::path& path() const { return path_; }
     [[nodiscard]] std::filesystem::path services() const { return path_ / "services"; }
     [[nodiscard]] std::filesystem::path messages() const { return path_ / "messages"; }
+    /// A line for each wrong password.
+    [[nodiscard]] std::filesystem::path refusals() const { return path_ / "refusals"; }
 
   private:
     CheckerFolder(std::filesystem::path path, ChildProcess keeper, OwnedFile input)
@@ -471,6 +477,11 @@ std::expected<void, std::string> ScreenLocker::tryToLock(std::string_view passwo
 
 bool ScreenLocker::isRunning() const {
     return state_->isRunning();
+}
+
+std::size_t ScreenLocker::refusals() const {
+    const MutexLock lock(state_->mutex);
+    return state_->session ? readFile(state_->session->folder.refusals()).size() : 0;
 }
 
 void ScreenLocker::onEnded(std::function<void()> callback) {

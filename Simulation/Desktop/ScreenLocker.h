@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -30,6 +31,9 @@ class ScreenLocker {
 
     /// Whether the screen is locked. Any thread; needs no main loop.
     [[nodiscard]] bool isRunning() const;
+
+    /// How many wrong passwords it was given since it locked.
+    [[nodiscard]] std::size_t refusals() const;
 
     /// Called from the main loop (Qt's) when a locker ends by itself: unlocked, or crashed.
     void onEnded(std::function<void()> callback);

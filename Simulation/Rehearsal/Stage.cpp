@@ -47,10 +47,6 @@ std::string seconds(TimeInterval interval) {
     return text.str();
 }
 
-std::u16string utf16(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toStdU16String();
-}
-
 }  // namespace
 
 /// In construction order.
@@ -222,7 +218,7 @@ Stage::Result<void> Stage::write(std::string_view text) {
         !focused) {
         return focused;
     }
-    if (parts_->atDesk.write(utf16(text))) return {};
+    if (parts_->atDesk.write(text)) return {};
     return std::unexpected("The private desktop takes no keys.");
 }
 
@@ -315,6 +311,11 @@ Stage::Result<void> Stage::waitForUnlock(TimeInterval limit) {
                      [this] { return !parts_->locker.isRunning(); });
 }
 
+Stage::Result<void> Stage::waitForRefusals(std::size_t count, TimeInterval limit) {
+    return waitUntil("the locker to turn down a password", limit,
+                     [this, count] { return parts_->locker.refusals() >= count; });
+}
+
 void Stage::sleepDisplays() {
     parts_->transcript.scene("the displays go to sleep");
     xcb_force_screen_saver(parts_->connection->get(), XCB_SCREEN_SAVER_ACTIVE);
@@ -356,8 +357,14 @@ Stage::Result<void> Stage::pointAtIsland() {
 }
 
 Stage::Result<void> Stage::moveClock(TimeInterval by) {
+    constexpr double aDay = 86400;
     std::ostringstream text;
-    text << "the clock is set forward by " << std::setprecision(3) << by.count() / 86400 << " days";
+    text << "the clock is set forward by ";
+    if (by.count() < aDay) {
+        text << by.count() << " s";
+    } else {
+        text << by.count() / aDay << " days";
+    }
     parts_->transcript.scene(text.str());
     return order("clock " + std::to_string(static_cast<long>(by.count())));
 }
@@ -365,7 +372,7 @@ Stage::Result<void> Stage::moveClock(TimeInterval by) {
 Stage::Result<void> Stage::typeByHand(std::string_view text) {
     parts_->transcript.scene("somebody types at the lock screen");
     const DesktopUser& user = parts_->atDesk;
-    if (user.tap(XKB_KEY_Escape) && user.write(utf16(text)) && user.tap(XKB_KEY_Return)) return {};
+    if (user.tap(XKB_KEY_Escape) && user.write(text) && user.tap(XKB_KEY_Return)) return {};
     return std::unexpected("The private desktop takes no keys.");
 }
 
@@ -400,12 +407,6 @@ Stage::Result<void> Stage::letPass(TimeInterval time) {
     const Date end = parts_->clock.now() + time;
     return waitUntil("time to pass", time * 2 + TimeInterval(1),
                      [this, end] { return parts_->clock.now() >= end; });
-}
-
-Stage::Result<void> Stage::letPassSinceWake(TimeInterval time) {
-    const std::optional<Date> wokenAt = parts_->wokenAt;
-    if (!wokenAt) return {};
-    return letPass(time - (parts_->clock.now() - *wokenAt));
 }
 
 Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit) {

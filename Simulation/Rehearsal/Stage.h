@@ -80,6 +80,8 @@ class Stage {
     [[nodiscard]] Result<void> lockScreen();
     /// Until the locker has ended.
     [[nodiscard]] Result<void> waitForUnlock(TimeInterval limit);
+    /// Until the locker has turned down that many passwords since it locked.
+    [[nodiscard]] Result<void> waitForRefusals(std::size_t count, TimeInterval limit);
     void sleepDisplays();
     /// Wakes them with a key.
     [[nodiscard]] Result<void> wakeDisplays();
@@ -88,7 +90,7 @@ class Stage {
     [[nodiscard]] Result<void> pressSpace();
     /// Moves the pointer to the island from elsewhere.
     [[nodiscard]] Result<void> pointAtIsland();
-    /// Sets the program's clock and timers forward.
+    /// Sets the program's clock and timers forward, by whole seconds.
     [[nodiscard]] Result<void> moveClock(TimeInterval by);
     /// Types at the lock screen and presses Return.
     [[nodiscard]] Result<void> typeByHand(std::string_view text);
@@ -102,8 +104,6 @@ class Stage {
                                          const std::function<bool()>& holds);
     /// Runs the main loop for a while.
     [[nodiscard]] Result<void> letPass(TimeInterval time);
-    /// Until the last wake of the displays is that long ago.
-    [[nodiscard]] Result<void> letPassSinceWake(TimeInterval time);
     /// Waits for a line of the journal that begins with `text`, after those already waited for.
     [[nodiscard]] Result<void> waitForLog(std::string_view text, TimeInterval limit);
     /// The program's window, once its picture has not changed for a while.

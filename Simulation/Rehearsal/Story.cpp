@@ -1,6 +1,7 @@
 #include "Simulation/Rehearsal/Story.h"
 
 #include "Unlock/Linux/LinuxWords.h"
+#include "UnlockCore/Engine/UnlockMachine.h"
 #include "UnlockCore/Enrollment/EnrollmentPose.h"
 #include "UnlockCore/LockWatching/UnlockTrigger.h"
 
@@ -68,10 +69,10 @@ Step check(bool holds, std::string_view sentence) {
 }
 
 constexpr TimeInterval aWeekAndADay{8 * 86400.0};
-/// Longer than the application ignores wakes, or keys after a lock; the next, longer than it takes
-/// Space for its own.
-constexpr TimeInterval quietWindow{2.1};
-constexpr TimeInterval afterTyping{1.1};
+/// The application ignores wakes and keys this long after a lock or a wake.
+constexpr TimeInterval quietWindow{2};
+/// Longer than it takes Space for its own; a key counts after so long without any.
+constexpr TimeInterval quiet{1.1};
 constexpr TimeInterval asleep{0.3};
 
 /// Presses a button of the window, and waits for the page that follows.
@@ -180,7 +181,8 @@ Ending ownerTouchesAKey(Stage& stage) {
         .then([&] {
             return ownerReturns(stage, "live-one-sided", "activity", [&] {
                 return Steps()
-                    .then([&] { return stage.letPass(quietWindow); })
+                    .then([&] { return stage.moveClock(quietWindow); })
+                    .then([&] { return stage.letPass(quiet); })
                     .then([&] { return stage.touchKeyboard(); })
                     .result();
             });
@@ -253,7 +255,7 @@ Ending ownerPressesSpace(Stage& stage) {
         [&] {
             return ownerReturns(stage, "live-dark", "space", [&] {
                 return Steps()
-                    .then([&] { return stage.letPass(afterTyping); })
+                    .then([&] { return stage.letPass(quiet); })
                     .then([&] { return stage.pressSpace(); })
                     .result();
             });
@@ -328,9 +330,7 @@ Ending noneGetsIn(Stage& stage, const std::vector<Visitor>& visitors,
         const bool isFirst = told.empty();
         gone = Steps()
                    // The application ignores a wake right after another.
-                   .then([&] {
-                       return isFirst ? Step() : stage.letPassSinceWake(quietWindow - asleep);
-                   })
+                   .then([&] { return isFirst ? Step() : stage.moveClock(quietWindow); })
                    .then([&] { return stage.putInFront(visitor.scene, visitor.person); })
                    .then([&] { return comeBack(stage); })
                    .then([&] { return stage.waitForLog("Not recognised", aScan); })
@@ -372,10 +372,13 @@ Ending ownersFaceIsHeldUp(Stage& stage) {
                       });
 }
 
-Step typeWrongPassword(Stage& stage, std::string_view verdict) {
+Step typeWrongPassword(Stage& stage, std::size_t time, std::string_view verdict) {
     return Steps()
         .then([&] { return comeBack(stage); })
         .then([&] { return stage.waitForLog("Typed the password and Return", aScan); })
+        .then([&] { return stage.waitForRefusals(time, passwordCheck); })
+        // For so long the locker may still let the owner in.
+        .then([&] { return stage.moveClock(UnlockMachine::passwordCheckDelay); })
         .then([&] { return stage.waitForLog(verdict, passwordCheck); })
         .then([&] { return stage.waitForLog("Password not accepted", shortly); })
         .then([&] { return check(stage.isLockerRunning(), "The locker has ended."); })
@@ -387,9 +390,9 @@ Ending passwordIsOutOfDate(Stage& stage) {
         .then([&] { return stage.setLoginPassword(changedPassword); })
         .then([&] { return lockScreen(stage); })
         .then([&] { return stage.putInFront("live-normal", owner); })
-        .then([&] { return typeWrongPassword(stage, "Password turned down"); })
+        .then([&] { return typeWrongPassword(stage, 1, "Password turned down"); })
         .then([&] {
-            return typeWrongPassword(stage,
+            return typeWrongPassword(stage, 2,
                                      "Password turned down twice: typing stops until it’s updated");
         })
         .then([&] { return stage.letPass(TimeInterval(0.5)); })

@@ -79,7 +79,7 @@ class ProgramTest : public testing::Test {
             << program->recentWords();
         ASSERT_TRUE(hands->tap(key));
     }
-    void write(std::u16string_view text) { ASSERT_TRUE(hands->write(text)); }
+    void write(std::string_view text) { ASSERT_TRUE(hands->write(text)); }
     void sees(const std::string& page) {
         ASSERT_TRUE(program->says("page: " + page)) << page << "\n" << program->recentWords();
     }
@@ -101,10 +101,10 @@ class ProgramTest : public testing::Test {
             (void)program->says("never said");
         }
         ASSERT_NO_FATAL_FAILURE(sees("Name this look"));
-        write(u"Robin");
+        write("Robin");
         press(xkey::returnKey);
         ASSERT_NO_FATAL_FAILURE(sees("Save your login password"));
-        write(u"Corr3ct-HoRse_b@ttery!");
+        write(ownersPassword);
         press(xkey::returnKey);
         ASSERT_NO_FATAL_FAILURE(sees("When should it look for you?"));
         press(xkey::returnKey);

@@ -309,7 +309,7 @@ TEST_F(LockerTyping, keepsTheLockAfterAWrongPasswordAndClearsWhatTheFieldHolds) 
     EXPECT_TRUE(locker_->isRunning());
 
     // Left in the field by an aborted typing.
-    ASSERT_TRUE(somebody_->write(u"leftover"));
+    ASSERT_TRUE(somebody_->write("leftover"));
     EXPECT_TRUE(type("Right 1"));
     EXPECT_TRUE(isUnlockedInTime());
     QCoreApplication::processEvents();
