@@ -66,7 +66,7 @@ void coordinatorFrame(benchmark::State& state) {
                                .showsUI = true,
                                .scanDuration = TimeInterval(1e8),
                                .vaultUnlocked = true,
-                               .passwordSaved = files.exists(Material::shared().models),
+                               .passwordSaved = files.exists(Material::shared().models.folder),
                                .accessibilityTrusted = true,
                                .spaceKeyAccess = true,
                                .scan = {.cameraID = "desk", .identities = faces}};

@@ -1,9 +1,14 @@
 #include "Benchmarks/Material.h"
 
 #include "Platforms/Linux/Vision/ImageFiles.h"
+#include "Simulation/Scenes/Cast.h"
+#include "Simulation/Scenes/ModelFolder.h"
+#include "Simulation/Scenes/SceneCatalogue.h"
+#include "Simulation/Scenes/SceneFilm.h"
 #include "UnlockCore/Recognition/FaceDetector.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <random>
@@ -34,43 +39,98 @@ T orEnd(std::expected<T, E> result) {
 
 }  // namespace
 
-Material& Material::shared() {
-    const char* folder = std::getenv("MARROWBY_SHARED");
-    static Material material(folder ? folder : "../shared");
-    return material;
+namespace {
+
+constexpr int filmLength = 30;
+
+using Film = std::vector<std::shared_ptr<const PixelBuffer>>;
+
+Film filmIn(const std::filesystem::path& folder) {
+    std::vector<std::filesystem::path> files;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error))
+        files.push_back(entry.path());
+    std::ranges::sort(files);
+    Film film;
+    for (const auto& file : files) {
+        if (film.size() < filmLength) film.push_back(orEnd(readPicture(file)));
+    }
+    return orEnd(film.empty() ? std::nullopt : std::optional(std::move(film)),
+                 "There are no pictures in “" + folder.string() + "”.");
 }
 
-Material::Material(const std::filesystem::path& shared)
-    : models(shared / "models"),
-      person_(orEnd(readPicture(shared / "media" / "owner-look" / "0020.jpg"))) {}
+/// From the middle of a scene, where the person has settled.
+Film drawnFilm() {
+    Cast cast;
+    SceneFilm scene(orEnd(sceneNamed("live-normal", 1), "The scene is missing."), cast);
+    Film film;
+    for (int i = 0; i < filmLength; ++i) {
+        const TimeInterval running(i / 30.0);
+        film.push_back(scene
+                           .shoot({.at = TimeInterval(1) + running,
+                                   .running = running,
+                                   .width = 1280,
+                                   .height = 720})
+                           .picture);
+    }
+    return film;
+}
+
+std::unique_ptr<Material> opened;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+
+}  // namespace
+
+void Material::open(const std::filesystem::path& models, const std::filesystem::path& pictures) {
+    opened.reset(
+        new Material(orEnd(modelsIn(models)), pictures.empty() ? drawnFilm() : filmIn(pictures)));
+}
+
+Material& Material::shared() {
+    return *opened;
+}
+
+Material::Material(ModelPack pack, Film film) : models(std::move(pack)), film_(std::move(film)) {}
 
 std::unique_ptr<OpenCvFaceVision> Material::loadVision(std::shared_ptr<WorkQueue> helper) const {
-    return orEnd(OpenCvFaceVision::load(models / "face_detection_yunet_2023mar.onnx",
-                                        models / "Landmarks98.onnx", std::move(helper)));
+    return orEnd(OpenCvFaceVision::load(models.folder / models.finderFile,
+                                        models.folder / models.landmarksFile, std::move(helper)));
 }
 
 std::unique_ptr<SFaceEmbedder> Material::loadEmbedder() {
     return orEnd(SFaceEmbedder::load(
-        models, {.fileName = "Embedder128.onnx", .modelIdentifier = "mobilefacenet-128-test-1"},
+        models.folder,
+        {.fileName = models.embedderFile, .modelIdentifier = models.embedderIdentifier},
         neuralModels, imaging));
 }
 
 std::unique_ptr<MiniFASNet> Material::loadRealFace() {
-    return orEnd(
-        MiniFASNet::load(models, neuralModels, NeuralModels::ComputeUnits::all, "MiniFASNet.onnx"));
+    return orEnd(MiniFASNet::load(models.folder, neuralModels, NeuralModels::ComputeUnits::all,
+                                  models.realFaceFile, models.realFaceIdentifier));
+}
+
+Film Material::film(int width, int height) const {
+    Film film;
+    for (const auto& picture : film_)
+        film.push_back(cut(*picture, width, height));
+    return film;
 }
 
 std::shared_ptr<const PixelBuffer> Material::picture(int width, int height) const {
-    const Size size = person_->extent();
-    const auto scaled = orEnd(imaging.render(*person_, {0, 0, size.width, size.height},
+    return cut(*film_.front(), width, height);
+}
+
+std::shared_ptr<const PixelBuffer> Material::cut(const PixelBuffer& picture, int width,
+                                                 int height) const {
+    const Size size = picture.extent();
+    const auto scaled = orEnd(imaging.render(picture, {0, 0, size.width, size.height},
                                              std::max(width / size.width, height / size.height)),
                               "The person can’t be drawn.");
     // Cut in the middle, where the face is.
-    const auto cut = orEnd(imaging.draw(scaled, width, height,
-                                        {.tx = (width - scaled.width()) / 2.0,
-                                         .ty = (height - scaled.height()) / 2.0}),
-                           "The person can’t be drawn.");
-    const auto pixels = orEnd(imaging.convert(cut, bgrx8), "The person can’t be drawn.");
+    const auto middle = orEnd(imaging.draw(scaled, width, height,
+                                           {.tx = (width - scaled.width()) / 2.0,
+                                            .ty = (height - scaled.height()) / 2.0}),
+                              "The person can’t be drawn.");
+    const auto pixels = orEnd(imaging.convert(middle, bgrx8), "The person can’t be drawn.");
     return PixelBuffer::create(width, height, pixels.bytesPerRow(), pixels.sharedBytes());
 }
 
@@ -96,7 +156,7 @@ std::vector<FaceIdentity> Material::identities(std::size_t count) const {
     std::vector<FaceIdentity> identities(count);
     for (FaceIdentity& identity : identities) {
         identity.name = "Somebody";
-        identity.modelIdentifier = "mobilefacenet-128-test-1";
+        identity.modelIdentifier = models.embedderIdentifier;
         identity.dimension = SFaceEmbedder::embeddingLength;
         for (int i = 0; i < 18; ++i) {
             Embedding embedding(SFaceEmbedder::embeddingLength);

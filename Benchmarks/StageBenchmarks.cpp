@@ -89,7 +89,7 @@ BENCHMARK(workingImage)->Apply(sizes);
 
 void finder(State& state) {
     const Material& material = Material::shared();
-    auto model = YuNetFaceFinder::load(material.models / "face_detection_yunet_2023mar.onnx");
+    auto model = YuNetFaceFinder::load(material.models.folder / material.models.finderFile);
     const auto bgr = bgrMat(material.frame().image);
     for (auto _ : state) {
         if (model->find(*bgr)->size() != 1) state.SkipWithError("not one face");
@@ -102,7 +102,7 @@ void landmarks(State& state) {
     const Material& material = Material::shared();
     ThreadWorkQueues queues;
     const auto helper = state.range(0) > 1 ? queues.background() : nullptr;
-    auto model = Landmarks98Model::load(material.models / "Landmarks98.onnx");
+    auto model = Landmarks98Model::load(material.models.folder / material.models.landmarksFile);
     const auto bgr = bgrMat(material.frame().image);
     const Rect box = material.face().boundingBox;
     for (auto _ : state)
