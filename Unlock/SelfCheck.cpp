@@ -14,6 +14,8 @@ namespace marrowby {
 
 namespace {
 
+constexpr std::string_view cameraFix = "Connect a camera, or end the program that uses it.";
+
 std::string permissionName(CameraManager::Permission permission) {
     switch (permission) {
         case CameraManager::Permission::notDetermined:
@@ -51,13 +53,6 @@ std::string cameraInWords(const std::optional<CameraManager::Opened>& camera) {
     return text;
 }
 
-/// Error texts of the system may lack a full stop.
-std::string sentence(std::string text) {
-    if (text.empty()) return "the system doesn’t say why.";
-    if (text.back() != '.') text += '.';
-    return text;
-}
-
 }  // namespace
 
 SelfCheck::SelfCheck(Services services, std::function<void(const std::string&)> onLine,
@@ -84,106 +79,115 @@ void SelfCheck::start() {
     startCamera();
 }
 
-void SelfCheck::say(std::string_view subject, bool isGood, const std::string& what, Need need) {
-    const bool isMissing = !isGood && need == Need::needed;
-    isAllThere_ = isAllThere_ && !isMissing;
-    const std::string_view mark = isGood ? "ok  " : isMissing ? "NO  " : "-   ";
-    std::string line = std::string(mark).append(subject).append(": ").append(what);
-    // Device names and error texts may contain terminal escapes.
-    std::ranges::replace_if(
-        line, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, ' ');
-    onLine_(line);
+void SelfCheck::say(const Fact& fact) {
+    isAllThere_ = isAllThere_ && !fact.isMissing();
+    onLine_(fact.line());
 }
 
 void SelfCheck::checkPermissions() {
+    const PlatformWords& words = services_.words;
     const auto camera = camera_.permission();
-    say("Camera permission", camera == CameraManager::Permission::granted, permissionName(camera));
+    say({.subject = "Camera permission",
+         .isGood = camera == CameraManager::Permission::granted,
+         .what = permissionName(camera),
+         .fix = words.camera.advice("Switch it on in ")});
     const bool isTrusted = services_.keyEvents.isTrusted();
-    say(services_.words.typing.rightAtStart, isTrusted, isTrusted ? "granted." : "not granted.");
+    say({.subject = words.typing.rightAtStart,
+         .isGood = isTrusted,
+         .what = isTrusted ? "granted." : "not granted.",
+         .fix = words.accessibility.advice("Switch it on in ")});
     const bool mayWatch = services_.spaceKeys.hasListenAccess();
-    say("Watching keys", mayWatch,
-        mayWatch ? "granted." : "not granted, so Space starts nothing; any activity does.",
-        Need::optional);
+    say({.subject = "Watching keys",
+         .isGood = mayWatch,
+         .what = mayWatch ? "granted." : "not granted, so Space starts nothing; any activity does.",
+         .fix = words.inputMonitoring.advice("Switch it on in "),
+         .need = Fact::Need::optional});
 }
 
 void SelfCheck::checkSession() {
     const auto facts = services_.sessionInWords();
+    const std::string_view fix = "Start it in the session in front of you.";
     if (!facts) {
-        say("Session", false, "there is no session to ask about.");
+        say({.subject = "Session",
+             .isGood = false,
+             .what = "there is no session to ask about.",
+             .fix = std::string(fix)});
         return;
     }
-    say("Session", services_.lockState.state().isOnConsole.value_or(false),
-        facts->empty() ? "it says nothing of itself." : *facts + ".");
+    say({.subject = "Session",
+         .isGood = services_.lockState.state().isOnConsole.value_or(false),
+         .what = facts->empty() ? "it says nothing of itself." : *facts + ".",
+         .fix = std::string(fix)});
 }
 
 void SelfCheck::checkModels() {
-    if (!services_.pack) {
-        say("Models", false, sentence(services_.pack.error()));
-        return;
-    }
+    const auto missing = [this](const std::string& why) {
+        say({.subject = "Models", .isGood = false, .what = why, .fix = services_.preparingAdvice});
+    };
+    if (!services_.pack) return missing(services_.pack.error());
     const ModelPack& pack = *services_.pack;
     const Date began = services_.clock.now();
     const auto embedder = SFaceEmbedder::load(
         pack.folder, {.fileName = pack.embedderFile, .modelIdentifier = pack.embedderIdentifier},
         services_.models, services_.imaging);
-    if (!embedder) {
-        say("Models", false, sentence(description(embedder.error())));
-        return;
-    }
+    if (!embedder) return missing(description(embedder.error()));
     const auto realFace =
         MiniFASNet::load(pack.folder, services_.models, NeuralModels::ComputeUnits::all,
                          pack.realFaceFile, pack.realFaceIdentifier);
-    if (!realFace) {
-        say("Models", false, sentence(description(realFace.error())));
-        return;
-    }
-    say("Models", true, pack.name + ", loaded in " + seconds(services_.clock.now() - began) + ".");
+    if (!realFace) return missing(description(realFace.error()));
+    say({.subject = "Models",
+         .isGood = true,
+         .what = pack.name + ", loaded in " + seconds(services_.clock.now() - began) + "."});
 }
 
 void SelfCheck::checkKeyStore() {
     VaultKeyStore& store = services_.trialKeyStore;
+    const PlatformWords& words = services_.words;
+    const auto tell = [&](bool isGood, std::string what) {
+        say({.subject = "Key store",
+             .isGood = isGood,
+             .what = std::move(what),
+             .fix = std::string(words.keyStore.remedy)});
+    };
     std::array<std::uint8_t, 32> key{};
-    if (!services_.cipher.random(key)) {
-        say("Key store", false, "the system has no random numbers.");
-        return;
-    }
+    if (!services_.cipher.random(key)) return tell(false, "the system has no random numbers.");
     const auto saved = store.saveKey(key);
     auto loaded = store.loadKey();
     const auto kept = loaded ? std::move(*loaded) : std::optional<SecretBytes>();
     const bool isSame = kept && std::ranges::equal(kept->values(), key);
     const auto deleted = store.deleteKey();
-    if (!saved) {
-        say("Key store", false, sentence(description(saved.error(), services_.words)));
-    } else if (!loaded) {
-        say("Key store", false, sentence(description(loaded.error(), services_.words)));
-    } else if (!deleted) {
-        say("Key store", false, sentence(description(deleted.error(), services_.words)));
-    } else {
-        say("Key store", isSame,
-            isSame ? "a key was kept, read and removed." : "it gave another key back.");
-    }
+    if (!saved) return tell(false, description(saved.error(), words));
+    if (!loaded) return tell(false, description(loaded.error(), words));
+    if (!deleted) return tell(false, description(deleted.error(), words));
+    tell(isSame, isSame ? "a key was kept, read and removed." : "it gave another key back.");
 }
 
 void SelfCheck::checkOwner() {
     const auto possible = services_.ownerCheck.canConfirm();
-    say("Owner’s check", possible.has_value(),
-        possible ? "available." : sentence(possible.error()));
+    say({.subject = "Owner’s check",
+         .isGood = possible.has_value(),
+         .what = possible ? "available." : possible.error(),
+         .fix = std::string(services_.words.ownerCheck.remedy)});
 }
 
 void SelfCheck::checkTyping() {
-    if (!services_.keyEvents.canType()) {
-        say("Typing", false, "the system takes no keys from this program.");
-        return;
+    Fact typing{.subject = "Typing",
+                .isGood = false,
+                .what = "the system takes no keys from this program.",
+                .fix = services_.words.accessibility.advice("Switch it on in ")};
+    if (services_.keyEvents.canType()) {
+        typing.isGood = services_.keyEvents.makeSource({}, {}) != nullptr;
+        typing.what = typing.isGood ? "allowed." : "allowed, but no keyboard could be made.";
     }
-    const bool hasSource = services_.keyEvents.makeSource({}, {}) != nullptr;
-    say("Typing", hasSource, hasSource ? "allowed." : "allowed, but no keyboard could be made.");
+    say(typing);
 }
 
 void SelfCheck::checkWindowSpace() {
     const bool isFound = services_.windowServer.hasLockScreenSpaces();
-    say("Space above the lock screen", isFound,
-        isFound ? "found." : "not found, so the island lies where this system lets it.",
-        Need::optional);
+    say({.subject = "Space above the lock screen",
+         .isGood = isFound,
+         .what = isFound ? "found." : "not found, so the island lies where this system lets it.",
+         .need = Fact::Need::optional});
 }
 
 void SelfCheck::startCamera() {
@@ -202,7 +206,10 @@ void SelfCheck::startCamera() {
                                            [this] { cameraEnds(std::nullopt); });
         return;
     }
-    say("Camera", false, sentence(description(started.error(), services_.words)));
+    say({.subject = "Camera",
+         .isGood = false,
+         .what = description(started.error(), services_.words),
+         .fix = std::string(cameraFix)});
     onEnd_(isAllThere_);
 }
 
@@ -212,10 +219,13 @@ void SelfCheck::cameraEnds(const std::optional<Size>& picture) {
     const auto timeout = std::exchange(timeout_, nullptr);
     const TimeInterval took = services_.clock.now() - cameraBegan_;
     camera_.stop();
-    say("Camera", picture.has_value(),
-        cameraInWords(camera_.opened()) +
-            (picture ? "; first picture of " + pixels(*picture) + " after " + seconds(took) + "."
-                     : "; no picture came within " + seconds(longestWait) + "."));
+    say({.subject = "Camera",
+         .isGood = picture.has_value(),
+         .what =
+             cameraInWords(camera_.opened()) +
+             (picture ? "; first picture of " + pixels(*picture) + " after " + seconds(took) + "."
+                      : "; no picture came within " + seconds(longestWait) + "."),
+         .fix = std::string(cameraFix)});
     const auto onEnd = onEnd_;
     onEnd(isAllThere_);
 }

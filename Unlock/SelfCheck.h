@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Kit/CameraUseRegistry.h"
+#include "Unlock/Fact.h"
 #include "Unlock/Model/ModelPack.h"
 #include "UnlockCore/Foundation/WeakSelf.h"
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
@@ -43,6 +44,8 @@ class SelfCheck {
         NeuralModels& models;
         /// The error is a sentence.
         std::expected<ModelPack, std::string> pack;
+        /// How the models are prepared, as a sentence; may be empty.
+        std::string preparingAdvice;
         /// For a test key besides the vault's.
         VaultKeyStore& trialKeyStore;
         AuthenticatedCipher& cipher;
@@ -63,9 +66,7 @@ class SelfCheck {
     void start();
 
   private:
-    enum class Need { needed, optional };
-    void say(std::string_view subject, bool isGood, const std::string& what,
-             Need need = Need::needed);
+    void say(const Fact& fact);
     void checkPermissions();
     void checkSession();
     void checkModels();

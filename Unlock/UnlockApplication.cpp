@@ -48,7 +48,14 @@ UnlockApplication::UnlockApplication(const UnlockPlatform& platform,
               .onQuit =
                   [this] {
                       if (hooks_.terminate) hooks_.terminate();
-                  }})) {
+                  }})),
+      commands_(std::make_unique<CommandResponder>(
+          *model_, platform_.systemSettings,
+          CommandResponder::Hooks{.showSettings = [this] { open(Window::settings); },
+                                  .quit =
+                                      [this] {
+                                          if (hooks_.terminate) hooks_.terminate();
+                                      }})) {
     model_->wireEngine();
 }
 
@@ -67,11 +74,16 @@ void UnlockApplication::shouldHandleReopen() {
     open(UnlockOpening::onReopen(openingState()));
 }
 
+void UnlockApplication::carryOut(const Command& command, CommandAnswer answer) {
+    if (commands_) commands_->carryOut(command, std::move(answer));
+}
+
 void UnlockApplication::willTerminate() {
     permissionTimer_.reset();
     opening_.reset();
     windows_.close(Window::welcome);
     windows_.close(Window::settings);
+    commands_.reset();
     welcome_.reset();
     settings_.reset();
     model_.reset();

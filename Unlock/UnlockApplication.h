@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Unlock/ApplicationWindows.h"
+#include "Unlock/CommandResponder.h"
 #include "Unlock/Model/UnlockJournal.h"
 #include "Unlock/Model/UnlockModel.h"
 #include "Unlock/Pages/SettingsPresenter.h"
@@ -34,6 +35,7 @@ class UnlockApplication {
     void didFinishLaunching(const UnlockOpening::Launch& launch);
     void shouldHandleReopen();
     [[nodiscard]] static bool shouldTerminateAfterLastWindowClosed() { return false; }
+    void carryOut(const Command& command, CommandAnswer answer);
     /// Wipes the key and cancels all pending work.
     void willTerminate();
 
@@ -56,6 +58,7 @@ class UnlockApplication {
     std::unique_ptr<UnlockModel> model_;
     std::unique_ptr<WelcomePresenter> welcome_;
     std::unique_ptr<SettingsPresenter> settings_;
+    std::unique_ptr<CommandResponder> commands_;
     /// Polls the permissions while a window shows them: their changes are not announced.
     std::unique_ptr<MainThread::Timer> permissionTimer_;
     std::unique_ptr<MainThread::Timer> opening_;

@@ -5,8 +5,14 @@
 #include <iterator>
 #include <random>
 
+#include <gmock/gmock.h>
+
 namespace marrowby {
 namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
 
 std::string contentOf(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
@@ -15,6 +21,17 @@ std::string contentOf(const std::filesystem::path& file) {
 
 class UnlockProgramTest : public ProgramTest {
   protected:
+    /// A terminal's command: its exit status, and then all that it printed.
+    std::string tell(const QStringList& words) {
+        QProcess terminal;
+        terminal.setProcessChannelMode(QProcess::MergedChannels);
+        terminal.setProcessEnvironment(environment);
+        terminal.start(MARROWBY_PROGRAM, words);
+        EXPECT_TRUE(loop.runUntil([&] { return terminal.state() == QProcess::NotRunning; }));
+        return std::to_string(terminal.exitCode()) + " " +
+               terminal.readAllStandardOutput().toStdString();
+    }
+
     /// A valid pack with another embedder file: it differs by an unknown protobuf field at its end,
     /// so that it computes the same.
     void exchangeModels() {
@@ -119,6 +136,44 @@ TEST_F(UnlockProgramTest, endsWithAnErrorWhenTheDisplayIsLostDuringTyping) {
     EXPECT_EQ(program->awaitEnd(), EXIT_FAILURE) << program->recentWords();
     const std::string words = program->recentWords();
     EXPECT_NE(words.find("because its display is gone"), std::string::npos) << words;
+}
+
+TEST_F(UnlockProgramTest, obeysCommandsFromATerminal) {
+    for (const char* command : {"status", "look", "pause", "resume", "settings", "quit"})
+        EXPECT_EQ(tell({command}),
+                  "3 Marrowby Unlock isn’t running: open it from the applications menu.\n");
+    EXPECT_THAT(tell({"doctor"}), AllOf(StartsWith("1 NO  Running: Marrowby Unlock isn’t running"),
+                                        HasSubstr("\nok  Camera: Rehearsal camera")));
+
+    ASSERT_NO_FATAL_FAILURE(start());
+    EXPECT_THAT(tell({"status"}), StartsWith("1 Not set up yet: "));
+    EXPECT_EQ(tell({"look"}), "1 Not set up yet.\n");
+    ASSERT_NO_FATAL_FAILURE(setUpThroughTheWindow());
+    EXPECT_THAT(tell({"status"}), StartsWith("0 Ready: "));
+    EXPECT_THAT(tell({"doctor"}),
+                AllOf(StartsWith("0 ok  Status: Ready"), HasSubstr("\nok  Camera: ")));
+
+    const struct {
+        const char* scene;
+        const char* answer;
+    } looks[] = {
+        {"scene live-normal 4", "0 Recognised\nAt the lock screen it would type your password"},
+        {"scene live-normal 7", "1 Not recognised\nAt the lock screen it would not unlock"},
+    };
+    for (const auto& [scene, answer] : looks) {
+        ASSERT_TRUE(program->order(scene));
+        EXPECT_THAT(tell({"look"}), StartsWith(answer)) << scene;
+    }
+    expectAnUntouchedTerminal();
+
+    EXPECT_EQ(tell({"pause", "5"}), "0 Paused for 5 minutes.\n");
+    EXPECT_THAT(tell({"status"}), StartsWith("1 Paused: "));
+    EXPECT_EQ(tell({"resume"}), "0 Resumed.\n");
+    EXPECT_EQ(tell({"settings"}), "0 ");
+    ASSERT_NO_FATAL_FAILURE(sees("Marrowby Unlock"));
+    EXPECT_THAT(tell({"look", "twice"}), StartsWith("2 Marrowby Unlock knows no “twice”"));
+    EXPECT_EQ(tell({"quit"}), "0 ");
+    EXPECT_EQ(program->awaitEnd(), EXIT_SUCCESS) << program->recentWords();
 }
 
 TEST_F(UnlockProgramTest, selfCheckSucceedsUnlessInterrupted) {

@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -11,9 +12,20 @@ if not shutil.which("Xvfb"):
     print("Skipped: needs Xvfb.")
     sys.exit(0)
 
-for flag, beginning in (("--help", "marrowby-unlock ["), ("--version", f"marrowby-unlock {sys.argv[2]}\n")):
+for flag, beginning in (("--help", "marrowby-unlock [COMMAND"), ("--version", f"marrowby-unlock {sys.argv[2]}\n")):
     answer = subprocess.run([sys.argv[1], flag], env={}, capture_output=True, text=True, timeout=60)
     assert answer.returncode == 0 and answer.stdout.startswith(beginning), answer
+
+# The man page and the completion name what the program knows.
+help_text = subprocess.run([sys.argv[1], "--help"], env={}, capture_output=True, text=True, timeout=60).stdout
+known = set(re.findall(r"^  (\S+)", help_text, re.MULTILINE))
+resources = pathlib.Path(__file__).parents[2] / "Unlock/Linux/Resources"
+manual = (resources / "marrowby-unlock.1").read_text().replace("\\-", "-")
+completed = subprocess.run(
+    ["bash", "-c", '. "$1"; COMP_CWORD=1 COMP_WORDS=(x ""); _marrowby_unlock; echo "${COMPREPLY[@]}"', "bash",
+     str(resources / "marrowby-unlock.bash")], capture_output=True, text=True, timeout=60).stdout.split()
+assert len(known) > 8 and known == set(completed), (known, completed)
+assert not [word for word in known if word not in manual], manual
 
 with tempfile.TemporaryDirectory() as home:
     read, write = os.pipe()
@@ -28,7 +40,7 @@ with tempfile.TemporaryDirectory() as home:
                  "QT_QPA_PLATFORM": "xcb", "DBUS_SESSION_BUS_ADDRESS": nowhere, "DBUS_SYSTEM_BUS_ADDRESS": nowhere}
         unknown = subprocess.run([sys.argv[1], "--no-such-thing"], env=environment, capture_output=True, text=True,
                                  timeout=60)
-        assert unknown.returncode == 1 and "knows no “--no-such-thing”" in unknown.stderr, unknown
+        assert unknown.returncode == 2 and "knows no “--no-such-thing”" in unknown.stderr, unknown
         program = subprocess.Popen([sys.argv[1], "--self-check"], stdout=subprocess.PIPE, text=True,
                                    start_new_session=True, env=environment)
         output, _ = program.communicate(timeout=240)

@@ -107,6 +107,7 @@ struct FakeComputer {
                 .imaging = imaging,
                 .models = models,
                 .pack = resources().models,
+                .preparingAdvice = "Prepare them.",
                 .trialKeyStore = keyStore,
                 .cipher = cipher,
                 .ownerCheck = owner,

@@ -65,16 +65,23 @@ TEST_F(SelfCheckTest, saysWhatIsMissingAndAsksForNothing) {
         std::function<void()> breakIt;
     };
     const Case cases[] = {
-        {"NO  Camera: Desk [31m camera, in a format of its own; no picture came within 10.00 s.",
+        {"NO  Camera: Desk [31m camera, in a format of its own; no picture came within 10.00 s. "
+         "Connect a camera, or end the program that uses it.",
          [this] { enrollmentCamera->camera("desk").isBusy = true; }},
-        {"NO  Accessibility: not granted.", [this] { keyEvents.trusted = false; }},
-        {"NO  Session: there is no session to ask about.", [this] { sessionInWords.reset(); }},
-        {"NO  Key store: it gave another key back.", [this] { keyStore.corruptsKey = true; }},
-        {"NO  Owner’s check: No finger.", [this] { owner.unavailable = "No finger"; }},
+        {"NO  Accessibility: not granted. Switch it on in System Settings › Privacy & Security › "
+         "Accessibility.",
+         [this] { keyEvents.trusted = false; }},
+        {"NO  Session: there is no session to ask about. Start it in the session in front of you.",
+         [this] { sessionInWords.reset(); }},
+        {"NO  Key store: it gave another key back. Unlock your login keychain in Keychain Access.",
+         [this] { keyStore.corruptsKey = true; }},
+        {"NO  Owner’s check: No finger. Set a password for your account in System Settings.",
+         [this] { owner.unavailable = "No finger"; }},
         {"-   Space above the lock screen: not found, so the island lies where this system lets "
          "it.",
          [this] { windowServer.hasSpaces = false; }},
-        {"NO  Camera permission: not asked for yet.",
+        {"NO  Camera permission: not asked for yet. Switch it on in System Settings › Privacy & "
+         "Security › Camera.",
          [this] { enrollmentCamera->answer = CaptureAuthorization::notDetermined; }},
     };
     for (const Case& one : cases) {

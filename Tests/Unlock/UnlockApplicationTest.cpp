@@ -53,6 +53,13 @@ class UnlockApplicationTest : public testing::Test, protected FakeComputer {
         settle();
     }
 
+    CommandReply tell(const Command& command) {
+        CommandReply reply;
+        application->carryOut(command, [&](const CommandReply& given) { reply = given; });
+        settle();
+        return reply;
+    }
+
     /// Whether it looks when the locked computer wakes. It is unlocked again afterwards.
     bool looksOnReturn() {
         lockScreen();
@@ -190,6 +197,74 @@ TEST_F(UnlockApplicationTest, endsTheScanWhenWhatItNeedsIsGone) {
         lockState.setLocked(false);
         lockEvents.send(LockEvent::screenUnlocked);
         settle();
+    }
+}
+
+TEST_F(UnlockApplicationTest, looksForNobodyDuringAPause) {
+    setUpAll();
+    ASSERT_TRUE(looksOnReturn());
+    const auto looks = [this] {
+        log.clear();
+        return looksOnReturn();
+    };
+    EXPECT_EQ(tell({.verb = Command::Verb::pause, .minutes = 5}).text, "Paused for 5 minutes.");
+    EXPECT_FALSE(looks());
+    EXPECT_EQ(tell({.verb = Command::Verb::status}),
+              (CommandReply{CommandReply::Status::no,
+                            "Paused: The lock screen stays as it is until the pause is over."}));
+    mainThread.advance(TimeInterval(300));
+    settle();
+    EXPECT_TRUE(looks());
+
+    tell({.verb = Command::Verb::pause});
+    mainThread.advance(TimeInterval(86400));
+    EXPECT_FALSE(looks());
+    reopen();
+    EXPECT_TRUE(press("Resume"));
+    EXPECT_TRUE(looks());
+    EXPECT_EQ(tell({.verb = Command::Verb::resume}).text, "It was not paused.");
+}
+
+TEST_F(UnlockApplicationTest, saysWhyThereIsNoTrialLook) {
+    const struct {
+        const char* answer;
+        std::function<void()> prepare;
+    } cases[] = {
+        {"Not set up yet.", [] {}},
+        {"Needs Touch ID once this session.",
+         [this] {
+             setUpAll();
+             start();
+         }},
+        {"The screen is locked: it looks for you by itself.",
+         [this] {
+             openVault();
+             lockScreen();
+         }},
+        // It begins, and the lock comes.
+        {"The screen was locked, which ended this look.",
+         [this] {
+             lockState.setLocked(false);
+             lockEvents.send(LockEvent::screenUnlocked);
+             scanCamera->cameras = enrollmentCamera->cameras;
+         }},
+    };
+    for (const auto& [answer, prepare] : cases) {
+        prepare();
+        CommandReply reply;
+        CommandReply second;
+        const auto look = [&](CommandReply& into) {
+            application->carryOut({.verb = Command::Verb::look},
+                                  [&](const CommandReply& given) { into = given; });
+        };
+        look(reply);
+        if (reply.text.empty()) {
+            look(second);
+            EXPECT_EQ(second.text, "A look is under way.");
+            lockScreen();
+        }
+        EXPECT_EQ(reply.text, answer);
+        EXPECT_EQ(reply.status, CommandReply::Status::no);
     }
 }
 

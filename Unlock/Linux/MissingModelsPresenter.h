@@ -22,6 +22,7 @@ class MissingModelsPresenter final : public WindowPresenter {
 
     /// Why the models can’t be used, as a sentence.
     void say(std::string problem) { problem_ = std::move(problem); }
+    [[nodiscard]] const std::string& problem() const { return problem_; }
 
     [[nodiscard]] WindowPage page() const override;
     void press(ControlID id) override;

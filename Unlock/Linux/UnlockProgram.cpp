@@ -23,6 +23,9 @@
 #include "Platforms/Linux/X11/XTestKeyEvents.h"
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Platforms/Posix/PosixFileSystem.h"
+#include "Unlock/Command.h"
+#include "Unlock/Fact.h"
+#include "Unlock/Linux/CommandLine.h"
 #include "Unlock/Linux/LinuxWords.h"
 #include "Unlock/Linux/MissingModelsPresenter.h"
 #include "Unlock/Linux/QtApplicationWindows.h"
@@ -37,8 +40,6 @@
 #include <filesystem>
 #include <iostream>
 #include <optional>
-#include <span>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -48,7 +49,6 @@ namespace {
 
 constexpr const char* programName = "marrowby-unlock";
 constexpr const char* applicationIdentifier = "app.quenby.unlock";
-constexpr const char* selfCheckFlag = "--self-check";
 
 using Path = std::filesystem::path;
 
@@ -148,6 +148,7 @@ class CompositionRoot {
              .imaging = imaging_,
              .models = models_,
              .pack = factory_.models(paths_.modelFolders()),
+             .preparingAdvice = "Prepare them with " + paths_.preparingCommand() + ".",
              .trialKeyStore = trialKeyStore,
              .cipher = cipher_,
              .ownerCheck = *ownerCheck_,
@@ -168,6 +169,9 @@ class CompositionRoot {
             windows_.show(ApplicationWindows::Window::welcome, missing_);
         }
     }
+
+    void carryOut(const std::vector<std::string>& words,
+                  const std::function<void(const SingleInstance::Reply&)>& reply);
 
     void terminate() {
         if (application_) application_->willTerminate();
@@ -228,6 +232,19 @@ class CompositionRoot {
     std::unique_ptr<UnlockApplication> application_;
 };
 
+void CompositionRoot::carryOut(const std::vector<std::string>& words,
+                               const std::function<void(const SingleInstance::Reply&)>& reply) {
+    const CommandAnswer answer = [reply](const CommandReply& given) {
+        reply({.status = static_cast<int>(given.status), .text = given.text});
+    };
+    const auto command = Command::parse(words);
+    if (!command) return answer({.status = CommandReply::Status::misused, .text = command.error()});
+    if (application_) return application_->carryOut(*command, answer);
+    answer({.status = CommandReply::Status::no, .text = missing_.problem()});
+    if (command->verb == Command::Verb::settings) reopen();
+    if (command->verb == Command::Verb::quit) end();
+}
+
 std::expected<void, std::string> CompositionRoot::start() {
     auto pack = factory_.models(paths_.modelFolders());
     if (!pack) return std::unexpected(std::move(pack.error()));
@@ -285,36 +302,53 @@ void endWithoutDisplay() {
     std::_Exit(EXIT_FAILURE);
 }
 
-constexpr const char* usage =
-    "marrowby-unlock [--at-login | --self-check | --help | --version]\n"
-    "Unlocks the screen with your face. Started once more, it opens the window of the one that\n"
-    "runs.\n\n"
-    "  --at-login    the session starts it: opens no window once it is set up\n"
-    "  --self-check  says in a line each what an unlock would find here, and ends; status 0 when\n"
-    "                all that is needed is there\n"
-    "  --help        this\n"
-    "  --version     its version\n";
-
-/// Answered without a display.
-std::optional<std::string> answerTo(std::span<char* const> arguments) {
-    for (const std::string_view argument : arguments) {
-        if (argument == "--help") return usage;
-        if (argument == "--version") return "marrowby-unlock " MARROWBY_VERSION "\n";
-    }
-    return std::nullopt;
+int refuse(const std::string& sentence, CommandReply::Status status = CommandReply::Status::no) {
+    std::cerr << sentence << '\n';
+    return static_cast<int>(status);
 }
 
-int refuse(const std::string& sentence) {
-    std::cerr << sentence << '\n';
-    return EXIT_FAILURE;
+std::string inWords(SingleInstance::Unreached unreached) {
+    switch (unreached) {
+        case SingleInstance::Unreached::noBus:
+            return "There is no session bus here over which Marrowby Unlock could be reached.";
+        case SingleInstance::Unreached::notRunning:
+            return "Marrowby Unlock isn’t running: open it from the applications menu.";
+        case SingleInstance::Unreached::silent:
+            return "Marrowby Unlock runs, but didn’t answer.";
+    }
+    return {};
+}
+
+/// Has the running instance carry out the command, and prints its reply.
+CommandReply::Status tell(const Command& command, const std::vector<std::string>& words) {
+    const auto reply = SingleInstance::ask(busaddress::session(), words);
+    if (!reply) {
+        if (command.verb != Command::Verb::doctor) {
+            std::cerr << inWords(reply.error()) << '\n';
+            return CommandReply::Status::unreached;
+        }
+        std::cout
+            << Fact{.subject = "Running", .isGood = false, .what = inWords(reply.error())}.line()
+            << '\n';
+        return CommandReply::Status::no;
+    }
+    if (!reply->text.empty()) std::cout << reply->text << std::endl;
+    return static_cast<CommandReply::Status>(reply->status);
 }
 
 }  // namespace
 
 int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& factory) {
-    if (const auto answer =
-            answerTo(std::span(arguments, static_cast<std::size_t>(argumentCount)))) {
-        std::cout << *answer;
+    const std::vector<std::string> words(arguments + std::min(argumentCount, 1),
+                                         arguments + argumentCount);
+    const auto wish = CommandLine::parse(words);
+    if (!wish) return refuse(wish.error(), CommandReply::Status::misused);
+    if (std::holds_alternative<CommandLine::Help>(*wish)) {
+        std::cout << CommandLine::usage();
+        return EXIT_SUCCESS;
+    }
+    if (std::holds_alternative<CommandLine::Version>(*wish)) {
+        std::cout << "marrowby-unlock " MARROWBY_VERSION "\n";
         return EXIT_SUCCESS;
     }
     const JournaldLog log(programName, factory.journalSocket());
@@ -322,6 +356,14 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
         return refuse("This process’s memory can’t be kept private, so nothing was started.");
     }
     ProcessSignals signals;
+    auto told = CommandReply::Status::done;
+    if (const auto* command = std::get_if<Command>(&*wish)) {
+        const QCoreApplication asking(argumentCount, arguments);
+        told = tell(*command, words);
+        // Qt's bus thread would go on, and complain, while static objects are destroyed.
+        if (command->verb != Command::Verb::doctor) std::_Exit(static_cast<int>(told));
+    }
+    const auto* launch = std::get_if<CommandLine::Launch>(&*wish);
     if (const auto problem = graphicalsession::problem()) return refuse(*problem);
 
     // Started at login by its own autostart entry, not by the session manager.
@@ -343,19 +385,10 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
     ProgramPaths paths{.folders = *folders,
                        .userName = account->name,
                        .program = QApplication::applicationFilePath().toStdString()};
-    // Without those that Qt knows.
-    const auto all = QApplication::arguments();
-    for (const QString& argument : all.mid(1)) {
-        if (argument == QLatin1String(selfCheckFlag) ||
-            argument == QLatin1String(LinuxSystemSettings::atLoginFlag))
-            continue;
-        return refuse("Marrowby Unlock knows no “" + argument.toStdString() +
-                      "”; --help says what it knows.");
-    }
-    if (all.contains(QLatin1String(selfCheckFlag))) {
+    if (launch == nullptr) {
         CompositionRoot root(std::move(paths), factory, log);
         signals.start(&CompositionRoot::abandonCheck, [] {});
-        return root.selfCheck();
+        return std::max(root.selfCheck(), static_cast<int>(told));
     }
     SingleInstance instance({.lockFile = paths.lockFile(), .sessionBus = busaddress::session()});
     switch (instance.claim()) {
@@ -369,9 +402,14 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
 
     CompositionRoot root(std::move(paths), factory, log);
     const auto reopen = [&root] { root.reopen(); };
-    root.launch(all.contains(QLatin1String(LinuxSystemSettings::atLoginFlag)));
+    root.launch(launch->isAtLogin);
     signals.start(&CompositionRoot::end, reopen);
-    instance.serve(reopen);
+    instance.serve(
+        {.onReopen = reopen,
+         .onCommand = [&root](const std::vector<std::string>& command,
+                              const std::function<void(const SingleInstance::Reply&)>& reply) {
+             root.carryOut(command, reply);
+         }});
     activeRoot = &root;
     (void)std::atexit(&endWithoutDisplay);
     const int status = QApplication::exec();

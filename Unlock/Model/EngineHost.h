@@ -39,6 +39,8 @@ class EngineHost {
     /// After the password was saved anew or erased.
     void trustPassword() { coordinator_.replacePasswordHealth({}); }
     void stopTyping() { typer_.stop(); }
+    /// For looks of the application's own while the screen is unlocked.
+    [[nodiscard]] FaceScanning& scanner() { return scanner_; }
 
   private:
     const UnlockPlatform& platform_;

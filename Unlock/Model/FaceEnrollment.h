@@ -33,6 +33,7 @@ class FaceEnrollment {
 
     /// Guides the person in front of the camera through the poses.
     void capture(const std::optional<std::string>& cameraID, Completion completion);
+    [[nodiscard]] bool isCapturing() const { return std::holds_alternative<Capturing>(state_); }
     /// A capture under way ends with this sentence.
     void interrupt(std::string sentence);
     /// Ends a capture, whose completion does not come, and drops what was captured.

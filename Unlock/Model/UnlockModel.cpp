@@ -9,6 +9,8 @@ namespace marrowby {
 
 namespace {
 
+constexpr TimeInterval pauseTolerance{1};
+
 UnlockSettings settingsIn(DefaultsStore& defaults) {
     UnlockSettings::normaliseLivenessMode(defaults);
     return UnlockSettings::load(defaults);
@@ -49,15 +51,16 @@ UnlockModel::~UnlockModel() {
     platform_.keyEvents.setUnknownLockerHandler({});
 }
 
-UnlockStatus UnlockModel::status() const {
-    return UnlockStatus::of({.faceSaved = state_.isEnrolled,
-                             .passwordSaved = state_.hasPassword,
-                             .passwordNeedsUpdate = settings().passwordHealth.suspended,
-                             .isEnabled = settings().isEnabled,
-                             .camera = state_.cameraPermission,
-                             .accessibilityAllowed = state_.accessibilityTrusted,
-                             .touchIDDone = state_.vaultUnlocked,
-                             .modelsChanged = state_.modelsChanged});
+UnlockStatusFacts UnlockModel::statusFacts() const {
+    return {.faceSaved = state_.isEnrolled,
+            .passwordSaved = state_.hasPassword,
+            .passwordNeedsUpdate = settings().passwordHealth.suspended,
+            .isEnabled = settings().isEnabled,
+            .camera = state_.cameraPermission,
+            .accessibilityAllowed = state_.accessibilityTrusted,
+            .touchIDDone = state_.vaultUnlocked,
+            .modelsChanged = state_.modelsChanged,
+            .isPaused = state_.isPaused};
 }
 
 bool UnlockModel::isReady() const {
@@ -161,6 +164,8 @@ Outcome UnlockModel::saveCaptured(const std::string& name) {
 
 void UnlockModel::eraseEverything() {
     enrollment_.drop();
+    endTrial(std::unexpected("Everything was erased, which ended this look."));
+    pause_.reset();
     const Outcome erased = data_.eraseEverything();
     store({});
     if (engine_) {
@@ -168,6 +173,57 @@ void UnlockModel::eraseEverything() {
         engine_->trustPassword();
     }
     show(erased);
+}
+
+void UnlockModel::pause(std::optional<TimeInterval> atMost) {
+    pause_.emplace();
+    if (atMost) {
+        pause_->end = platform_.mainThread.at(platform_.clock.now() + *atMost, pauseTolerance,
+                                              weakSelf_.guarded(&UnlockModel::resume));
+    }
+    if (callbacks_.onLog) callbacks_.onLog({.start = "Paused"});
+    publish();
+}
+
+void UnlockModel::resume() {
+    if (!pause_) return;
+    // Kept alive: its timer may be the caller.
+    platform_.mainThread.post(
+        [end = std::shared_ptr<MainThread::Timer>(std::move(pause_->end))] {});
+    pause_.reset();
+    if (callbacks_.onLog) callbacks_.onLog({.start = "Resumed"});
+    publish();
+}
+
+std::optional<std::string> UnlockModel::reasonNotToLook() const {
+    if (trial_) return "A look is under way.";
+    if (enrollment_.isCapturing()) return "A face is being captured.";
+    if (platform_.lockState.isLocked()) return "The screen is locked: it looks for you by itself.";
+    // Off or paused, it looks when it is asked to.
+    UnlockStatusFacts facts = statusFacts();
+    facts.isEnabled = true;
+    facts.isPaused = false;
+    const auto status = UnlockStatus::of(facts);
+    if (!status.isReady()) return status.title(words()) + ".";
+    return std::nullopt;
+}
+
+void UnlockModel::tryLook(LookEnd onEnd) {
+    wireEngine();
+    if (const auto reason = reasonNotToLook()) return onEnd(std::unexpected(*reason));
+    trial_ = Trial{.onEnd = std::move(onEnd),
+                   .look = std::make_unique<TrialLook>(
+                       TrialLook::Services{.scanner = engine_->scanner(),
+                                           .mainThread = platform_.mainThread,
+                                           .clock = platform_.clock},
+                       readiness(), weakSelf_.guarded(&UnlockModel::endTrial))};
+    trial_->look->start();
+}
+
+void UnlockModel::endTrial(const std::expected<TrialLook::Result, std::string>& result) {
+    if (!trial_) return;
+    const auto ended = std::exchange(trial_, std::nullopt);
+    ended->onEnd(result);
 }
 
 void UnlockModel::wireEngine() {
@@ -192,7 +248,7 @@ void UnlockModel::wireEngine() {
 }
 
 UnlockReadiness UnlockModel::readiness() const {
-    return {.isEnabled = settings().isEnabled,
+    return {.isEnabled = settings().isEnabled && !pause_,
             .triggers = settings().triggers,
             .showsUI = settings().showsAnimation,
             .scanDuration = TimeInterval(static_cast<double>(settings().scanSeconds)),
@@ -216,8 +272,10 @@ void UnlockModel::vaultChanged(const Outcome& loaded) {
 
 void UnlockModel::lockChanged(LockEvent event) {
     // The scans need the camera.
-    if (event == LockEvent::screenLocked)
+    if (event == LockEvent::screenLocked) {
         enrollment_.interrupt("The screen was locked, so nothing was captured.");
+        endTrial(std::unexpected("The screen was locked, which ended this look."));
+    }
     if (engine_) engine_->follow(event);
 }
 
@@ -254,6 +312,7 @@ UnlockModel::State UnlockModel::currentState() const {
                  .accessibilityTrusted = platform_.keyEvents.canType(),
                  .maySpaceKeyBeHeard = platform_.spaceKeys.hasListenAccess(),
                  .modelsChanged = data_.haveModelsChanged(),
+                 .isPaused = pause_.has_value(),
                  .problem = problem_,
                  .settings = settings_};
 }

@@ -6,6 +6,7 @@
 #include "Unlock/Model/Outcome.h"
 #include "Unlock/Model/PasswordCheck.h"
 #include "Unlock/Model/ProtectedData.h"
+#include "Unlock/Model/TrialLook.h"
 #include "Unlock/Model/UnlockPlatform.h"
 #include "UnlockCore/Engine/LogLine.h"
 #include "UnlockCore/Engine/UnlockReadiness.h"
@@ -49,6 +50,8 @@ class UnlockModel {
         bool maySpaceKeyBeHeard = false;
         /// As ProtectedData::haveModelsChanged().
         bool modelsChanged = false;
+        /// Between pause() and resume().
+        bool isPaused = false;
         /// The last failure, for the user.
         std::optional<std::string> problem;
         UnlockSettings settings;
@@ -73,7 +76,7 @@ class UnlockModel {
     [[nodiscard]] const State& state() const { return state_; }
     [[nodiscard]] const UnlockSettings& settings() const { return settings_; }
     [[nodiscard]] const PlatformWords& words() const { return platform_.words; }
-    [[nodiscard]] UnlockStatus status() const;
+    [[nodiscard]] UnlockStatus status() const { return UnlockStatus::of(statusFacts()); }
     /// Face, password and permissions are in place.
     [[nodiscard]] bool isReady() const;
     [[nodiscard]] std::vector<CameraDevice> cameras() const;
@@ -120,6 +123,15 @@ class UnlockModel {
     /// State::problem.
     void eraseEverything();
 
+    /// Looks for nobody until resumed, for this long at most, or until the process ends.
+    void pause(std::optional<TimeInterval> atMost);
+    void resume();
+
+    /// The error says why there was no look.
+    using LookEnd = std::function<void(const std::expected<TrialLook::Result, std::string>&)>;
+    /// A look that types nothing. A lock of the screen ends it.
+    void tryLook(LookEnd onEnd);
+
     /// Builds the engine, once, as soon as a face and a password are saved.
     void wireEngine();
 
@@ -137,6 +149,9 @@ class UnlockModel {
     [[nodiscard]] Completion showing(Completion completion);
     /// Makes a failure State::problem, or clears it.
     void show(const Outcome& outcome);
+    [[nodiscard]] UnlockStatusFacts statusFacts() const;
+    [[nodiscard]] std::optional<std::string> reasonNotToLook() const;
+    void endTrial(const std::expected<TrialLook::Result, std::string>& result);
     void offerLocker(const std::string& path);
     void store(UnlockSettings settings);
     [[nodiscard]] State currentState() const;
@@ -155,6 +170,16 @@ class UnlockModel {
     /// As of the last publish().
     State state_;
     std::unique_ptr<EngineHost> engine_;
+    struct Pause {
+        /// None without an end.
+        std::unique_ptr<MainThread::Timer> end;
+    };
+    std::optional<Pause> pause_;
+    struct Trial {
+        LookEnd onEnd;
+        std::unique_ptr<TrialLook> look;
+    };
+    std::optional<Trial> trial_;
     WeakSelf<UnlockModel> weakSelf_{this};
 };
 

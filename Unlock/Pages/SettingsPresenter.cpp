@@ -328,6 +328,8 @@ void SettingsPresenter::applyFix() {
             return openVault();
         case UnlockStatusFix::captureAgain:
             return hooks_.onOnboarding(UnlockOnboardingMode::addLook);
+        case UnlockStatusFix::resume:
+            return model_.resume();
     }
 }
 

@@ -88,6 +88,7 @@ SelfCheck::Services MacApplication::selfCheckServices() {
             .imaging = imaging_,
             .models = models_,
             .pack = std::move(own.models),
+            .preparingAdvice = {},
             .trialKeyStore = trialKeyStore_,
             .cipher = cipher_,
             .ownerCheck = ownerCheck_,

@@ -43,6 +43,8 @@ struct PlatformWords {
         std::string_view button;
         /// “A camera sees less than … feels.”
         std::string_view finger;
+        /// What to do where it can't be asked, as a sentence.
+        std::string_view remedy;
     };
 
     /// Typing into the lock screen.
@@ -61,6 +63,8 @@ struct PlatformWords {
     struct KeyStore {
         std::string_view inSentence;
         std::string_view atStart;
+        /// What to do where it keeps nothing, as a sentence.
+        std::string_view remedy;
     };
 
     /// Of a model's file that is gone: where it was expected, and what to do, as a sentence.

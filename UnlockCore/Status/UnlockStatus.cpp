@@ -15,6 +15,7 @@ struct Title {
         return "Update your " + std::string(words.password.inSentence);
     }
     std::string operator()(UnlockStatus::Off /*unused*/) const { return "Off"; }
+    std::string operator()(UnlockStatus::Paused /*unused*/) const { return "Paused"; }
     std::string operator()(UnlockStatus::CameraNotAllowed camera) const {
         return camera.wasAsked ? "Camera not allowed" : "Camera not allowed yet";
     }
@@ -47,6 +48,9 @@ struct Detail {
     }
     std::string operator()(UnlockStatus::Off /*unused*/) const {
         return "The lock screen stays as it is. Turn it on above.";
+    }
+    std::string operator()(UnlockStatus::Paused /*unused*/) const {
+        return "The lock screen stays as it is until the pause is over.";
     }
     std::string operator()(UnlockStatus::CameraNotAllowed camera) const {
         return camera.wasAsked ? words.camera.advice("Turned off in ")
@@ -86,6 +90,7 @@ struct Fix {
     }
     // Fixed by the switch beside it.
     Answer operator()(UnlockStatus::Off /*unused*/) const { return std::nullopt; }
+    Answer operator()(UnlockStatus::Paused /*unused*/) const { return UnlockStatusFix::resume; }
     Answer operator()(UnlockStatus::CameraNotAllowed camera) const {
         return camera.wasAsked ? UnlockStatusFix::openCameraSettings : UnlockStatusFix::allowCamera;
     }
@@ -120,6 +125,8 @@ std::string_view title(UnlockStatusFix fix, const PlatformWords& words) {
             return words.ownerCheck.button;
         case UnlockStatusFix::captureAgain:
             return "Capture Again…";
+        case UnlockStatusFix::resume:
+            return "Resume";
     }
     return {};
 }
@@ -129,6 +136,7 @@ UnlockStatus UnlockStatus::of(const UnlockStatusFacts& facts) {
     if (!facts.passwordSaved) return PasswordNotSaved{};
     if (facts.passwordNeedsUpdate) return PasswordNeedsUpdate{};
     if (!facts.isEnabled) return Off{};
+    if (facts.isPaused) return Paused{};
     if (facts.camera != CameraManager::Permission::granted)
         return CameraNotAllowed{.wasAsked =
                                     facts.camera != CameraManager::Permission::notDetermined};

@@ -24,6 +24,8 @@ struct UnlockStatusFacts {
     bool touchIDDone = false;
     /// Faces are enrolled, but none by the installed models.
     bool modelsChanged = false;
+    /// The user stopped it for a while.
+    bool isPaused = false;
     friend bool operator==(const UnlockStatusFacts&, const UnlockStatusFacts&) = default;
 };
 
@@ -37,6 +39,7 @@ enum class UnlockStatusFix {
     openAccessibilitySettings,
     touchID,
     captureAgain,
+    resume,
 };
 
 /// Of its button.
@@ -55,6 +58,9 @@ struct PasswordNeedsUpdate {
 };
 struct Off {
     friend bool operator==(const Off&, const Off&) = default;
+};
+struct Paused {
+    friend bool operator==(const Paused&, const Paused&) = default;
 };
 struct CameraNotAllowed {
     bool wasAsked = false;
@@ -78,13 +84,14 @@ struct Ready {
 /// The state of face unlock in one line: the first condition, in this order, that is not met.
 struct UnlockStatus
     : std::variant<unlockstatus::NotSetUp, unlockstatus::PasswordNotSaved,
-                   unlockstatus::PasswordNeedsUpdate, unlockstatus::Off,
+                   unlockstatus::PasswordNeedsUpdate, unlockstatus::Off, unlockstatus::Paused,
                    unlockstatus::CameraNotAllowed, unlockstatus::AccessibilityOff,
                    unlockstatus::NeedsTouchID, unlockstatus::ModelsChanged, unlockstatus::Ready> {
     using NotSetUp = unlockstatus::NotSetUp;
     using PasswordNotSaved = unlockstatus::PasswordNotSaved;
     using PasswordNeedsUpdate = unlockstatus::PasswordNeedsUpdate;
     using Off = unlockstatus::Off;
+    using Paused = unlockstatus::Paused;
     using CameraNotAllowed = unlockstatus::CameraNotAllowed;
     using AccessibilityOff = unlockstatus::AccessibilityOff;
     using NeedsTouchID = unlockstatus::NeedsTouchID;

@@ -22,7 +22,8 @@ constexpr UnlockStatusFacts good{.faceSaved = true,
 TEST(UnlockStatus, namesTheFirstUnmetCondition) {
     UnlockStatusFacts facts{.passwordNeedsUpdate = true,
                             .camera = CameraManager::Permission::denied,
-                            .modelsChanged = true};
+                            .modelsChanged = true,
+                            .isPaused = true};
     const struct {
         UnlockStatus status;
         std::optional<Fix> fix;
@@ -34,6 +35,7 @@ TEST(UnlockStatus, namesTheFirstUnmetCondition) {
         {UnlockStatus::PasswordNeedsUpdate{}, Fix::updatePassword,
          [](auto& f) { f.passwordNeedsUpdate = false; }},
         {UnlockStatus::Off{}, {}, [](auto& f) { f.isEnabled = true; }},
+        {UnlockStatus::Paused{}, Fix::resume, [](auto& f) { f.isPaused = false; }},
         {UnlockStatus::CameraNotAllowed{true}, Fix::openCameraSettings,
          [](auto& f) { f.camera = CameraManager::Permission::restricted; }},
         {UnlockStatus::CameraNotAllowed{true}, Fix::openCameraSettings,

@@ -2,9 +2,12 @@
 #include "Tests/Platforms/Linux/PrivateBus.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 
+#include <QProcess>
+#include <filesystem>
 #include <future>
 #include <memory>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -82,11 +85,40 @@ TEST(SingleInstanceTest, theSecondInstanceHasTheFirstOpenItsWindow) {
     int reopened = 0;
     SingleInstance first({.lockFile = folder.path() / "another", .sessionBus = bus->address()});
     EXPECT_EQ(first.claim(), Claim::first);
-    first.serve([&] { ++reopened; });
+    first.serve(
+        {.onReopen = [&] { ++reopened; },
+         .onCommand = [](const auto& words,
+                         const auto& reply) { reply({.status = 7, .text = words.back()}); }});
     const auto isServed = [&] {
         return claim(bus->address()) == Claim::handedOver && reopened > 0;
     };
     EXPECT_TRUE(loop.runUntil(isServed));
+
+    const auto ask = [&](const std::string& address) {
+        auto asked = std::async(std::launch::async,
+                                [address] { return SingleInstance::ask(address, {"one", "two"}); });
+        EXPECT_TRUE(loop.runUntil(
+            [&] { return asked.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
+        return asked.get();
+    };
+    const auto reply = ask(bus->address());
+    ASSERT_TRUE(reply);
+    EXPECT_EQ(reply->status, 7);
+    EXPECT_EQ(reply->text, "two");
+    EXPECT_EQ(ask({}).error(), SingleInstance::Unreached::noBus);
+    if (::getuid() == 0) {
+        // This bus lets everybody in.
+        const std::filesystem::path socket = bus->address().substr(sizeof "unix:path=" - 1);
+        std::filesystem::permissions(socket.parent_path(), std::filesystem::perms{0755});
+        QProcess stranger;
+        stranger.start("runuser", {"-u", "nobody", "--", "dbus-send", "--print-reply",
+                                   QString::fromStdString("--bus=" + bus->address()),
+                                   "--dest=app.quenby.unlock", "/app/quenby/unlock",
+                                   "app.quenby.unlock.Command", "array:string:status"});
+        EXPECT_TRUE(loop.runUntil([&] { return stranger.state() == QProcess::NotRunning; }));
+        EXPECT_THAT(stranger.readAllStandardError().toStdString(),
+                    testing::HasSubstr("AccessDenied"));
+    }
 
     // The bus restarts.
     bus->kill();
@@ -96,6 +128,8 @@ TEST(SingleInstanceTest, theSecondInstanceHasTheFirstOpenItsWindow) {
 
     holder.reset();
     EXPECT_EQ(claim(bus->address()), Claim::first);
+    bus->kill();
+    EXPECT_EQ(ask(bus->address()).error(), SingleInstance::Unreached::noBus);
 }
 
 }  // namespace

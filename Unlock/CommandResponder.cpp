@@ -1,0 +1,122 @@
+#include "Unlock/CommandResponder.h"
+
+#include "Unlock/Fact.h"
+
+#include <utility>
+#include <vector>
+
+namespace marrowby {
+
+namespace {
+
+using Status = CommandReply::Status;
+
+constexpr std::string_view applicationName = "Marrowby Unlock";
+constexpr std::string_view inTheSettings = "See “marrowby-unlock settings”.";
+
+std::string joined(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines)
+        text += (text.empty() ? "" : "\n") + line;
+    return text;
+}
+
+}  // namespace
+
+CommandResponder::CommandResponder(UnlockModel& model, SystemSettings& systemSettings, Hooks hooks)
+    : model_(model), systemSettings_(systemSettings), hooks_(std::move(hooks)) {}
+
+void CommandResponder::carryOut(const Command& command, CommandAnswer answer) {
+    model_.refresh();
+    switch (command.verb) {
+        case Command::Verb::status:
+            return answer(status());
+        case Command::Verb::doctor:
+            return answer(facts());
+        case Command::Verb::look:
+            return look(std::move(answer));
+        case Command::Verb::pause:
+            return answer(pause(command));
+        case Command::Verb::resume:
+            return answer(resume());
+        case Command::Verb::settings:
+            answer({});
+            return hooks_.showSettings();
+        case Command::Verb::quit:
+            answer({});
+            return hooks_.quit();
+    }
+}
+
+CommandReply CommandResponder::status() const {
+    const UnlockStatus status = model_.status();
+    return {.status = status.isReady() ? Status::done : Status::no,
+            .text = status.title(model_.words()) + ": " +
+                    status.detail(applicationName, model_.words())};
+}
+
+CommandReply CommandResponder::facts() const {
+    const UnlockModel::State& state = model_.state();
+    const UnlockStatus status = model_.status();
+    const auto fix = status.fix();
+    std::vector<Fact> facts{
+        {.subject = "Status",
+         .isGood = status.isReady(),
+         .what = this->status().text,
+         .fix = fix ? "“" + std::string(title(*fix, model_.words())) + "” in the settings does it."
+                    : std::string()},
+        {.subject = "Face",
+         .isGood = state.isEnrolled,
+         .what = state.isEnrolled ? "saved." : "not saved.",
+         .fix = std::string(inTheSettings)},
+        {.subject = model_.words().password.atStart,
+         .isGood = state.hasPassword,
+         .what = state.hasPassword ? "saved." : "not saved.",
+         .fix = std::string(inTheSettings)},
+        {.subject = "Open at login",
+         .isGood = systemSettings_.opensAtLogin(),
+         .what = systemSettings_.opensAtLogin()
+                     ? "on."
+                     : "off, so nothing looks for you after a restart until you open it.",
+         .fix = std::string(inTheSettings),
+         .need = Fact::Need::optional}};
+    if (state.problem)
+        facts.push_back({.subject = "Last problem", .isGood = false, .what = *state.problem});
+    CommandReply reply;
+    std::vector<std::string> lines;
+    for (const Fact& fact : facts) {
+        lines.push_back(fact.line());
+        if (fact.isMissing()) reply.status = Status::no;
+    }
+    reply.text = joined(lines);
+    return reply;
+}
+
+CommandReply CommandResponder::pause(const Command& command) {
+    constexpr double minute = 60;
+    std::optional<TimeInterval> atMost;
+    if (command.minutes) atMost = TimeInterval(static_cast<double>(*command.minutes) * minute);
+    model_.pause(atMost);
+    if (!command.minutes) return {.text = "Paused until “marrowby-unlock resume”."};
+    return {.text = "Paused for " + std::to_string(*command.minutes) +
+                    (*command.minutes == 1 ? " minute." : " minutes.")};
+}
+
+CommandReply CommandResponder::resume() {
+    if (!model_.state().isPaused) return {.text = "It was not paused."};
+    model_.resume();
+    return {.text = "Resumed."};
+}
+
+void CommandResponder::look(CommandAnswer answer) {
+    model_.tryLook([answer = std::move(answer)](const auto& result) {
+        if (!result) return answer({.status = Status::no, .text = result.error()});
+        std::vector<std::string> lines = result->lines;
+        lines.emplace_back(result->wouldUnlock
+                               ? "At the lock screen it would type your password now."
+                               : "At the lock screen it would not unlock.");
+        answer({.status = result->wouldUnlock ? Status::done : Status::no, .text = joined(lines)});
+    });
+}
+
+}  // namespace marrowby

@@ -1,0 +1,19 @@
+#include "Unlock/Fact.h"
+
+#include <algorithm>
+
+namespace marrowby {
+
+std::string Fact::line() const {
+    const std::string_view mark = isGood ? "ok  " : isMissing() ? "NO  " : "-   ";
+    std::string line = std::string(mark).append(subject).append(": ").append(
+        what.empty() ? "the system doesn’t say why" : what);
+    if (line.back() != '.') line += '.';
+    if (!isGood && !fix.empty()) line.append(" ").append(fix);
+    // Device names and error texts may contain terminal escapes.
+    std::ranges::replace_if(
+        line, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, ' ');
+    return line;
+}
+
+}  // namespace marrowby
