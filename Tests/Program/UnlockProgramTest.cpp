@@ -174,6 +174,25 @@ TEST_F(UnlockProgramTest, obeysCommandsFromATerminal) {
     EXPECT_THAT(tell({"look", "twice"}), StartsWith("2 Marrowby Unlock knows no “twice”"));
     EXPECT_EQ(tell({"quit"}), "0 ");
     EXPECT_EQ(program->awaitEnd(), EXIT_SUCCESS) << program->recentWords();
+
+    // What is saved no longer opens.
+    std::ofstream(saved("Password.sealed"), std::ios::binary) << std::string(64, '\1');
+    ASSERT_NO_FATAL_FAILURE(start());
+    ASSERT_NO_FATAL_FAILURE(sees("Marrowby Unlock"));
+    EXPECT_THAT(tell({"status"}), StartsWith("1 Needs your password once this session: "));
+    press(tabKey);
+    press(spaceKey);
+    EXPECT_TRUE(loop.runUntil([&] {
+        return tell({"status"}).starts_with("1 The saved login password can’t be read: ");
+    }));
+    EXPECT_EQ(tell({"quit"}), "0 ");
+    EXPECT_EQ(program->awaitEnd(), EXIT_SUCCESS) << program->recentWords();
+    const auto settings = home.path() / "marrowby-unlock/settings.json";
+    std::filesystem::remove(settings);
+    std::filesystem::create_directory(settings);
+    ASSERT_NO_FATAL_FAILURE(start());
+    EXPECT_THAT(tell({"doctor"}),
+                HasSubstr("\nNO  Last problem: The settings couldn’t be read and won’t be saved: "));
 }
 
 TEST_F(UnlockProgramTest, selfCheckSucceedsUnlessInterrupted) {

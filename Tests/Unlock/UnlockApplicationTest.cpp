@@ -410,13 +410,69 @@ TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
     EXPECT_THAT(windows.page().detail, HasSubstr("until you open it again from Applications."));
     EXPECT_TRUE(press("Cancel"));
     EXPECT_FALSE(terminated);
+    files.deny("/data/Marrowby Unlock/Password.sealed");
     EXPECT_TRUE(press("Erase Everything…"));
     EXPECT_TRUE(windows.page().buttons.front().isDefault) << "Return presses Cancel";
     EXPECT_TRUE(press("Erase"));
+    EXPECT_EQ(windows.page().problem, "Password: Input/output error");
+    EXPECT_EQ(UnlockSettings::load(defaults).scanSeconds, 8) << "something is left";
+    EXPECT_TRUE(systemSettings.atLogin && keyStore.key);
+    files.heal();
+    EXPECT_TRUE(press("Erase Everything…") && press("Erase"));
+    EXPECT_EQ(UnlockSettings::load(defaults), UnlockSettings());
+    EXPECT_FALSE(systemSettings.atLogin);
     EXPECT_TRUE(files.files().empty() && !keyStore.key);
     EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Not set up yet");
     EXPECT_TRUE(press("Quit…") && press("Quit"));
     EXPECT_TRUE(terminated);
+}
+
+TEST_F(UnlockApplicationTest, saysWhatCannotBeOpenedAndWhatToDo) {
+    const FakeFileSystem::Bytes damaged(64, 0x01);
+    const struct {
+        const char* status;
+        const char* fix;
+        std::function<void()> breakIt;
+        const char* pageOfTheFix;
+    } cases[] = {
+        {"The saved Mac password can’t be read", "Save…",
+         [&] { files.put("/data/Marrowby Unlock/Password.sealed", damaged); },
+         "Update your Mac password"},
+        {"The saved face can’t be read", "Erase…",
+         [&] { files.put("/data/Marrowby Unlock/Faces.sealed", damaged); }, "Erase everything?"},
+        {"The key to what was saved is gone", "Erase…", [&] { keyStore.key.reset(); },
+         "Erase everything?"},
+        {"Keychain can’t be used", "Use Touch ID…",
+         [&] {
+             keyStore.failing.emplace(FakeKeyStore::Operation::load,
+                                      KeychainError(KeychainError::Status{7, {}}));
+         },
+         "Marrowby Unlock"},
+        {"No camera found", "", [&] { enrollmentCamera->cameras.clear(); }, ""},
+    };
+    const auto cameras = enrollmentCamera->cameras;
+    for (const auto& [status, fix, breakIt, pageOfTheFix] : cases) {
+        SCOPED_TRACE(status);
+        keyStore.failing.clear();
+        enrollmentCamera->cameras = cameras;
+        application->model().eraseEverything();
+        settle();
+        start();
+        setUpAll();
+        EXPECT_TRUE(application->model().status().isReady());
+        breakIt();
+        start();
+        openVault();
+        application->carryOut({.verb = Command::Verb::settings}, [](const auto&) {});
+        mainThread.advance(TimeInterval(1));
+        settle();
+        EXPECT_EQ(windows.row<WindowRow::Status>()->title, status);
+        const auto button = windows.row<WindowRow::Status>()->fix;
+        EXPECT_EQ(button ? button->title : "", fix);
+        if (!button) continue;
+        EXPECT_TRUE(press(button->title));
+        EXPECT_EQ(windows.page().title, pageOfTheFix);
+    }
 }
 
 TEST_F(UnlockApplicationTest, locksTheVaultOnTimeWhateverElseIsOff) {

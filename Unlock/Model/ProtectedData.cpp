@@ -1,6 +1,5 @@
 #include "Unlock/Model/ProtectedData.h"
 
-#include "UnlockCore/Status/UnlockStatus.h"
 #include "UnlockCore/Storage/UnlockDataEraser.h"
 
 #include <algorithm>
@@ -33,6 +32,24 @@ Outcome outcomeOf(const std::expected<void, StorageError>& result, const Platfor
                                " was cancelled, so nothing was saved.");
     }
     return std::unexpected(description(result.error(), words));
+}
+
+/// Says what was not done where the disk is full or may not be written to.
+Outcome outcomeOfWriting(const std::expected<void, StorageError>& result, std::string_view failure,
+                         const PlatformWords& words) {
+    const auto* file = result ? nullptr : std::get_if<FileError>(&result.error());
+    if (file == nullptr) return outcomeOf(result, words);
+    return std::unexpected(std::string(failure) + ": " + file->message + ".");
+}
+
+/// None where the owner only said no.
+std::optional<SavedDataFault> faultOf(const StorageError& error) {
+    if (std::holds_alternative<KeychainError>(error)) return SavedDataFault::keyStoreAway;
+    const auto* vault = std::get_if<VaultError>(&error);
+    if (vault != nullptr &&
+        (*vault == VaultError::keyMissingButDataExists || *vault == VaultError::badKey))
+        return SavedDataFault::keyMissing;
+    return std::nullopt;
 }
 
 }  // namespace
@@ -79,6 +96,7 @@ void ProtectedData::open(Purpose purpose, Completion completion) {
         weakSelf_.guarded([completion = std::move(completion)](
                               ProtectedData& self, std::expected<void, StorageError> result) {
             // vaultChanged() may still be posted.
+            if (!result) self.fault_ = faultOf(result.error());
             if (result && !self.faces_.isLoaded()) result = self.load();
             completion(outcomeOf(result, self.platform_.words));
         }));
@@ -86,26 +104,32 @@ void ProtectedData::open(Purpose purpose, Completion completion) {
 
 Outcome ProtectedData::saveFace(const CapturedFace& face, const std::string& name) {
     return afterChange(faces_.saveIdentity(face.samples, name, face.modelIdentifier, face.dimension,
-                                           std::nullopt, models_.sums));
+                                           std::nullopt, models_.sums),
+                       "Your face wasn’t saved");
 }
 
 Outcome ProtectedData::setFaceEnabled(UUID id, bool enabled) {
-    return afterChange(faces_.setEnabled(enabled, id));
+    return afterChange(faces_.setEnabled(enabled, id), "The change wasn’t saved");
 }
 
 Outcome ProtectedData::removeFace(UUID id) {
     // No faces, no file: isEnrolled() must tell before the vault is opened.
     const bool isLast = faces().size() == 1 && faces().front().id == id;
-    return afterChange(isLast ? faces_.removeAll() : faces_.remove(id));
+    return afterChange(isLast ? faces_.removeAll() : faces_.remove(id), "The face wasn’t removed");
 }
 
 Outcome ProtectedData::savePassword(SecretBytes& password) {
-    return outcomeOf(credentials_.save(password), platform_.words);
+    const auto saved = credentials_.save(password);
+    if (saved && fault_ == SavedDataFault::passwordDamaged) fault_.reset();
+    return outcomeOfWriting(
+        saved, "Your " + std::string(platform_.words.password.inSentence) + " wasn’t saved",
+        platform_.words);
 }
 
 Outcome ProtectedData::eraseEverything() {
     const auto report = UnlockDataEraser::erase(faces_, credentials_, vault_, platform_.words);
     updateComparableFaces();
+    if (report.removedFaces && report.removedPassword) fault_.reset();
     if (report.problems.empty()) return {};
     std::string problems;
     for (const std::string& problem : report.problems)
@@ -128,6 +152,7 @@ std::expected<void, StorageError> ProtectedData::load() {
     auto loaded = faces_.load();
     // Files of versions that kept no sums were made with the published models. A failure to write
     // is tried again at the next load.
+    fault_ = loaded ? passwordFault() : SavedDataFault::faceDamaged;
     if (loaded && models_.isPublished) std::ignore = faces_.adoptModels(models_.sums);
     updateComparableFaces();
     if (loaded && haveModelsChanged()) {
@@ -137,6 +162,13 @@ std::expected<void, StorageError> ProtectedData::load() {
     return loaded;
 }
 
+std::optional<SavedDataFault> ProtectedData::passwordFault() const {
+    if (!credentials_.hasPassword() || credentials_.withPassword([](const auto& /*text*/) {}))
+        return std::nullopt;
+    // Unless the vault was locked meanwhile.
+    return credentials_.isOpen() ? std::optional(SavedDataFault::passwordDamaged) : std::nullopt;
+}
+
 void ProtectedData::updateComparableFaces() {
     std::vector<FaceIdentity> comparable;
     std::ranges::copy_if(faces(), std::back_inserter(comparable),
@@ -144,9 +176,10 @@ void ProtectedData::updateComparableFaces() {
     comparableFaces_ = std::make_shared<const std::vector<FaceIdentity>>(std::move(comparable));
 }
 
-Outcome ProtectedData::afterChange(const std::expected<void, StorageError>& result) {
+Outcome ProtectedData::afterChange(const std::expected<void, StorageError>& result,
+                                   std::string_view failure) {
     updateComparableFaces();
-    return outcomeOf(result, platform_.words);
+    return outcomeOfWriting(result, failure, platform_.words);
 }
 
 }  // namespace marrowby

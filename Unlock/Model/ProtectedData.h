@@ -11,6 +11,7 @@
 #include "UnlockCore/Foundation/UUID.h"
 #include "UnlockCore/Foundation/WeakSelf.h"
 #include "UnlockCore/LockScreenServices/VaultAutoLocker.h"
+#include "UnlockCore/Status/UnlockStatus.h"
 #include "UnlockCore/Storage/AppDataFolder.h"
 #include "UnlockCore/Storage/CredentialStore.h"
 #include "UnlockCore/Storage/FaceStore.h"
@@ -20,6 +21,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace marrowby {
@@ -59,6 +61,8 @@ class ProtectedData {
     }
     /// There are enabled faces, none of them comparable.
     [[nodiscard]] bool haveModelsChanged() const;
+    /// Why what is saved could not be opened when it was tried last.
+    [[nodiscard]] const std::optional<SavedDataFault>& fault() const { return fault_; }
     [[nodiscard]] const CredentialStore& credentials() const { return credentials_; }
 
     /// Asks the owner if need be.
@@ -79,8 +83,10 @@ class ProtectedData {
   private:
     void vaultChanged();
     [[nodiscard]] std::expected<void, StorageError> load();
+    [[nodiscard]] std::optional<SavedDataFault> passwordFault() const;
     void updateComparableFaces();
-    [[nodiscard]] Outcome afterChange(const std::expected<void, StorageError>& result);
+    [[nodiscard]] Outcome afterChange(const std::expected<void, StorageError>& result,
+                                      std::string_view failure);
 
     const UnlockPlatform& platform_;
     const AppDataFolder folder_;
@@ -92,6 +98,7 @@ class ProtectedData {
     FaceStore faces_;
     CredentialStore credentials_;
     VaultAutoLocker autoLocker_;
+    std::optional<SavedDataFault> fault_;
     EnrolledFaces comparableFaces_ = std::make_shared<const std::vector<FaceIdentity>>();
 };
 

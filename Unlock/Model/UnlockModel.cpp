@@ -3,6 +3,7 @@
 #include "Unlock/Model/EngineHost.h"
 #include "UnlockCore/Recognition/MatchStrictness.h"
 
+#include <tuple>
 #include <utility>
 
 namespace marrowby {
@@ -52,7 +53,8 @@ UnlockModel::~UnlockModel() {
 }
 
 UnlockStatusFacts UnlockModel::statusFacts() const {
-    return {.faceSaved = state_.isEnrolled,
+    // A damaged face is saved, too.
+    return {.faceSaved = state_.isEnrolled || state_.fault == SavedDataFault::faceDamaged,
             .passwordSaved = state_.hasPassword,
             .passwordNeedsUpdate = settings().passwordHealth.suspended,
             .isEnabled = settings().isEnabled,
@@ -60,7 +62,9 @@ UnlockStatusFacts UnlockModel::statusFacts() const {
             .accessibilityAllowed = state_.accessibilityTrusted,
             .touchIDDone = state_.vaultUnlocked,
             .modelsChanged = state_.modelsChanged,
-            .isPaused = state_.isPaused};
+            .isPaused = state_.isPaused,
+            .fault = state_.fault,
+            .hasCamera = state_.hasCamera};
 }
 
 bool UnlockModel::isReady() const {
@@ -167,7 +171,11 @@ void UnlockModel::eraseEverything() {
     endTrial(std::unexpected("Everything was erased, which ended this look."));
     pause_.reset();
     const Outcome erased = data_.eraseEverything();
-    store({});
+    // Where something is left, its settings still hold.
+    if (erased) {
+        store({});
+        std::ignore = platform_.systemSettings.setOpensAtLogin(false);
+    }
     if (engine_) {
         engine_->stopTyping();
         engine_->trustPassword();
@@ -311,9 +319,11 @@ UnlockModel::State UnlockModel::currentState() const {
                  .cameraPermission = enrollment_.camera().permission(),
                  .accessibilityTrusted = platform_.keyEvents.canType(),
                  .maySpaceKeyBeHeard = platform_.spaceKeys.hasListenAccess(),
+                 .hasCamera = !cameras().empty(),
+                 .fault = data_.fault(),
                  .modelsChanged = data_.haveModelsChanged(),
                  .isPaused = pause_.has_value(),
-                 .problem = problem_,
+                 .problem = problem_ ? problem_ : platform_.defaults.problem(),
                  .settings = settings_};
 }
 

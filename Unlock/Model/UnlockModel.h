@@ -48,11 +48,14 @@ class UnlockModel {
         CameraManager::Permission cameraPermission = CameraManager::Permission::notDetermined;
         bool accessibilityTrusted = false;
         bool maySpaceKeyBeHeard = false;
+        bool hasCamera = false;
+        /// As ProtectedData::fault().
+        std::optional<SavedDataFault> fault;
         /// As ProtectedData::haveModelsChanged().
         bool modelsChanged = false;
         /// Between pause() and resume().
         bool isPaused = false;
-        /// The last failure, for the user.
+        /// The last failure, for the user, or what is wrong with the settings' file.
         std::optional<std::string> problem;
         UnlockSettings settings;
         friend bool operator==(const State&, const State&) = default;

@@ -330,6 +330,9 @@ void SettingsPresenter::applyFix() {
             return hooks_.onOnboarding(UnlockOnboardingMode::addLook);
         case UnlockStatusFix::resume:
             return model_.resume();
+        case UnlockStatusFix::erase:
+            question_ = Erasing{};
+            return;
     }
 }
 

@@ -34,7 +34,8 @@ UnlockOnboardingFacts WelcomePresenter::facts() const {
     // A face saved earlier has its name already.
     const bool isSaved = flow_.mode() == UnlockOnboardingMode::setUp && state.isEnrolled;
     return {.understood = understood_,
-            .cameraAllowed = state.cameraPermission == CameraManager::Permission::granted,
+            .cameraAllowed =
+                state.cameraPermission == CameraManager::Permission::granted && state.hasCamera,
             .accessibilityAllowed = state.accessibilityTrusted,
             .enrolmentComplete = model_.hasCapturedFace() || isSaved,
             .name = isSaved && !model_.hasCapturedFace() ? "saved" : name_,
@@ -108,6 +109,11 @@ WindowPage WelcomePresenter::body() const {
             if (state.cameraPermission == CameraManager::Permission::notDetermined) {
                 status.fix = button(Control::allowCamera,
                                     std::string(title(UnlockStatusFix::allowCamera, words)));
+            } else if (state.cameraPermission == CameraManager::Permission::granted &&
+                       !state.hasCamera) {
+                const UnlockStatus missing = UnlockStatus::NoCamera{};
+                status.title = missing.title(words);
+                status.detail = missing.detail({}, words);
             } else if (!status.isGood) {
                 status.title = "Camera not allowed";
                 status.detail = words.camera.advice("Turned off in ");

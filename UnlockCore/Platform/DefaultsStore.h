@@ -20,6 +20,9 @@ class DefaultsStore {
     [[nodiscard]] virtual std::optional<DefaultsValue> value(const std::string& key) const = 0;
     virtual void set(const std::string& key, DefaultsValue value) = 0;
     virtual void remove(const std::string& key) = 0;
+    /// A sentence about settings that could not be read or written; none where all is well or the
+    /// system does not say.
+    [[nodiscard]] virtual std::optional<std::string> problem() const { return std::nullopt; }
 };
 
 }  // namespace marrowby

@@ -22,6 +22,20 @@ struct Title {
     std::string operator()(UnlockStatus::AccessibilityOff /*unused*/) const {
         return std::string(words.typing.notAllowed);
     }
+    std::string operator()(UnlockStatus::NoCamera /*unused*/) const { return "No camera found"; }
+    std::string operator()(UnlockStatus::CannotOpen status) const {
+        switch (status.fault) {
+            case SavedDataFault::keyStoreAway:
+                return std::string(words.keyStore.atStart) + " can’t be used";
+            case SavedDataFault::keyMissing:
+                return "The key to what was saved is gone";
+            case SavedDataFault::faceDamaged:
+                return "The saved face can’t be read";
+            case SavedDataFault::passwordDamaged:
+                return "The saved " + std::string(words.password.inSentence) + " can’t be read";
+        }
+        return {};
+    }
     std::string operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
         return "Needs " + std::string(words.ownerCheck.name) + " once this session";
     }
@@ -64,6 +78,27 @@ struct Detail {
             "switch " +
             std::string(applicationName) + " on in ");
     }
+    std::string operator()(UnlockStatus::NoCamera /*unused*/) const {
+        return "It can’t look for you. Connect a camera, or switch on the one that is built in.";
+    }
+    std::string operator()(UnlockStatus::CannotOpen status) const {
+        switch (status.fault) {
+            case SavedDataFault::keyStoreAway:
+                return "It holds the key to your face and your " +
+                       std::string(words.password.inSentence) + ". " +
+                       std::string(words.keyStore.remedy);
+            case SavedDataFault::keyMissing:
+                return "The " + std::string(words.keyStore.inSentence) +
+                       " doesn’t have it any more, and nothing else opens your face and your " +
+                       std::string(words.password.inSentence) +
+                       ". Erase them, then set it up again.";
+            case SavedDataFault::faceDamaged:
+                return "Its file is damaged. Erase everything, then set it up again.";
+            case SavedDataFault::passwordDamaged:
+                return "Its file is damaged. Save the password again.";
+        }
+        return {};
+    }
     std::string operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
         return "After a restart, " + std::string(words.ownerCheck.orPassword) +
                " once lets it work at the lock screen.";
@@ -97,6 +132,20 @@ struct Fix {
     Answer operator()(UnlockStatus::AccessibilityOff /*unused*/) const {
         return UnlockStatusFix::openAccessibilitySettings;
     }
+    // Fixed by hand.
+    Answer operator()(UnlockStatus::NoCamera /*unused*/) const { return std::nullopt; }
+    Answer operator()(UnlockStatus::CannotOpen status) const {
+        switch (status.fault) {
+            case SavedDataFault::keyStoreAway:
+                return UnlockStatusFix::touchID;
+            case SavedDataFault::keyMissing:
+            case SavedDataFault::faceDamaged:
+                return UnlockStatusFix::erase;
+            case SavedDataFault::passwordDamaged:
+                return UnlockStatusFix::savePassword;
+        }
+        return std::nullopt;
+    }
     Answer operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
         return UnlockStatusFix::touchID;
     }
@@ -127,6 +176,8 @@ std::string_view title(UnlockStatusFix fix, const PlatformWords& words) {
             return "Capture Again…";
         case UnlockStatusFix::resume:
             return "Resume";
+        case UnlockStatusFix::erase:
+            return "Erase…";
     }
     return {};
 }
@@ -140,7 +191,9 @@ UnlockStatus UnlockStatus::of(const UnlockStatusFacts& facts) {
     if (facts.camera != CameraManager::Permission::granted)
         return CameraNotAllowed{.wasAsked =
                                     facts.camera != CameraManager::Permission::notDetermined};
+    if (!facts.hasCamera) return NoCamera{};
     if (!facts.accessibilityAllowed) return AccessibilityOff{};
+    if (facts.fault) return CannotOpen{*facts.fault};
     if (!facts.touchIDDone) return NeedsTouchID{};
     if (facts.modelsChanged) return ModelsChanged{};
     return Ready{};

@@ -10,6 +10,14 @@
 
 namespace marrowby {
 
+/// Why something that is saved could not be opened when it was tried last.
+enum class SavedDataFault {
+    keyStoreAway,
+    keyMissing,
+    faceDamaged,
+    passwordDamaged,
+};
+
 /// What the status of face unlock depends on.
 struct UnlockStatusFacts {
     /// At least one face is enrolled.
@@ -26,6 +34,9 @@ struct UnlockStatusFacts {
     bool modelsChanged = false;
     /// The user stopped it for a while.
     bool isPaused = false;
+    std::optional<SavedDataFault> fault{};
+    /// Known once the camera is allowed.
+    bool hasCamera = true;
     friend bool operator==(const UnlockStatusFacts&, const UnlockStatusFacts&) = default;
 };
 
@@ -40,6 +51,7 @@ enum class UnlockStatusFix {
     touchID,
     captureAgain,
     resume,
+    erase,
 };
 
 /// Of its button.
@@ -69,6 +81,13 @@ struct CameraNotAllowed {
 struct AccessibilityOff {
     friend bool operator==(const AccessibilityOff&, const AccessibilityOff&) = default;
 };
+struct NoCamera {
+    friend bool operator==(const NoCamera&, const NoCamera&) = default;
+};
+struct CannotOpen {
+    SavedDataFault fault = SavedDataFault::keyStoreAway;
+    friend bool operator==(const CannotOpen&, const CannotOpen&) = default;
+};
 struct NeedsTouchID {
     friend bool operator==(const NeedsTouchID&, const NeedsTouchID&) = default;
 };
@@ -85,7 +104,8 @@ struct Ready {
 struct UnlockStatus
     : std::variant<unlockstatus::NotSetUp, unlockstatus::PasswordNotSaved,
                    unlockstatus::PasswordNeedsUpdate, unlockstatus::Off, unlockstatus::Paused,
-                   unlockstatus::CameraNotAllowed, unlockstatus::AccessibilityOff,
+                   unlockstatus::CameraNotAllowed, unlockstatus::NoCamera,
+                   unlockstatus::AccessibilityOff, unlockstatus::CannotOpen,
                    unlockstatus::NeedsTouchID, unlockstatus::ModelsChanged, unlockstatus::Ready> {
     using NotSetUp = unlockstatus::NotSetUp;
     using PasswordNotSaved = unlockstatus::PasswordNotSaved;
@@ -94,6 +114,8 @@ struct UnlockStatus
     using Paused = unlockstatus::Paused;
     using CameraNotAllowed = unlockstatus::CameraNotAllowed;
     using AccessibilityOff = unlockstatus::AccessibilityOff;
+    using NoCamera = unlockstatus::NoCamera;
+    using CannotOpen = unlockstatus::CannotOpen;
     using NeedsTouchID = unlockstatus::NeedsTouchID;
     using ModelsChanged = unlockstatus::ModelsChanged;
     using Ready = unlockstatus::Ready;

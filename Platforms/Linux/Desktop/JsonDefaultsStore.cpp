@@ -62,7 +62,8 @@ void JsonDefaultsStore::load() {
     const auto bytes = fileSystem_.read(path_, largestFile);
     if (!bytes) {
         mayWrite_ = false;
-        problem_ = "The settings couldn’t be read and won’t be saved: " + bytes.error().message;
+        readProblem_ =
+            "The settings couldn’t be read and won’t be saved: " + bytes.error().message + ".";
         return;
     }
     Json read = Json::parse(bytes->begin(), bytes->end(), nullptr, false);
@@ -79,11 +80,12 @@ void JsonDefaultsStore::setAside() {
         aside += ".damaged-" + std::to_string(number);
         if (fileSystem_.exists(aside)) continue;
         if (const auto renamed = fileSystem_.rename(path_, aside); !renamed) break;
-        problem_ = "The settings were damaged. They’re kept in " + aside.filename().string() + ".";
+        readProblem_ =
+            "The settings were damaged. They’re kept in " + aside.filename().string() + ".";
         return;
     }
     mayWrite_ = false;
-    problem_ = "The settings are damaged and couldn’t be put aside, so changes won’t be saved.";
+    readProblem_ = "The settings are damaged and couldn’t be put aside, so changes won’t be saved.";
 }
 
 std::optional<DefaultsValue> JsonDefaultsStore::value(const std::string& key) const {
@@ -113,9 +115,10 @@ void JsonDefaultsStore::save() {
         fileSystem_, path_,
         std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
     isSaved_ = written.has_value();
-    problem_ = isSaved_
-                   ? std::nullopt
-                   : std::optional("The settings couldn’t be saved: " + written.error().message);
+    writeProblem_ =
+        isSaved_
+            ? std::nullopt
+            : std::optional("The settings couldn’t be saved: " + written.error().message + ".");
 }
 
 }  // namespace marrowby

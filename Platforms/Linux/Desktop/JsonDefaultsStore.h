@@ -23,8 +23,10 @@ class JsonDefaultsStore final : public DefaultsStore {
     void set(const std::string& key, DefaultsValue value) override;
     void remove(const std::string& key) override;
 
-    /// A sentence about the last failed read or write; none after a successful one.
-    [[nodiscard]] const std::optional<std::string>& problem() const { return problem_; }
+    /// About the last write that failed, else about the read.
+    [[nodiscard]] std::optional<std::string> problem() const override {
+        return writeProblem_ ? writeProblem_ : readProblem_;
+    }
 
   private:
     struct Document;
@@ -38,7 +40,9 @@ class JsonDefaultsStore final : public DefaultsStore {
     std::unique_ptr<Document> document_;
     bool mayWrite_ = true;
     bool isSaved_ = true;
-    std::optional<std::string> problem_;
+    /// Stays: what was set is gone or isn't saved.
+    std::optional<std::string> readProblem_;
+    std::optional<std::string> writeProblem_;
 };
 
 }  // namespace marrowby

@@ -55,6 +55,19 @@ TEST_F(UnlockModelTest, savesNoPasswordThatTheAccountRefusesOrThatCannotBeTyped)
     }
 }
 
+TEST_F(UnlockModelTest, saysWhatADiskDidNotTake) {
+    ASSERT_TRUE(openVault());
+    for (const std::size_t call : {0U, 2U, 3U}) {
+        files.failFrom(call);
+        EXPECT_EQ(savePassword("secret"),
+                  Outcome(std::unexpected("Your Mac password wasn’t saved: Input/output error.")));
+        EXPECT_FALSE(model->state().hasPassword);
+        files.heal();
+    }
+    EXPECT_TRUE(savePassword("secret"));
+    EXPECT_EQ(model->state().problem, std::nullopt);
+}
+
 TEST_F(UnlockModelTest, leavesADamagedFaceFileAsItIs) {
     ASSERT_TRUE(savePassword("secret"));
     const std::filesystem::path faces = "/data/Marrowby Unlock/Faces.sealed";

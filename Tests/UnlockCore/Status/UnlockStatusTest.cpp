@@ -23,7 +23,9 @@ TEST(UnlockStatus, namesTheFirstUnmetCondition) {
     UnlockStatusFacts facts{.passwordNeedsUpdate = true,
                             .camera = CameraManager::Permission::denied,
                             .modelsChanged = true,
-                            .isPaused = true};
+                            .isPaused = true,
+                            .fault = SavedDataFault::keyMissing,
+                            .hasCamera = false};
     const struct {
         UnlockStatus status;
         std::optional<Fix> fix;
@@ -42,8 +44,11 @@ TEST(UnlockStatus, namesTheFirstUnmetCondition) {
          [](auto& f) { f.camera = CameraManager::Permission::notDetermined; }},
         {UnlockStatus::CameraNotAllowed{false}, Fix::allowCamera,
          [](auto& f) { f.camera = CameraManager::Permission::granted; }},
+        {UnlockStatus::NoCamera{}, {}, [](auto& f) { f.hasCamera = true; }},
         {UnlockStatus::AccessibilityOff{}, Fix::openAccessibilitySettings,
          [](auto& f) { f.accessibilityAllowed = true; }},
+        {UnlockStatus::CannotOpen{SavedDataFault::keyMissing}, Fix::erase,
+         [](auto& f) { f.fault.reset(); }},
         {UnlockStatus::NeedsTouchID{}, Fix::touchID, [](auto& f) { f.touchIDDone = true; }},
         {UnlockStatus::ModelsChanged{}, Fix::captureAgain,
          [](auto& f) { f.modelsChanged = false; }},

@@ -56,6 +56,7 @@ TEST(JsonDefaultsStore, keepsADamagedFileAside) {
         EXPECT_EQ(store.problem(), "The settings were damaged. They’re kept in " + aside + ".");
         EXPECT_EQ(fileSystem.content(path.parent_path() / aside), damaged);
         store.set("a", true);
+        EXPECT_TRUE(store.problem()) << "what was set before is gone";
         EXPECT_EQ(JsonDefaultsStore(fileSystem, path).value("a"), DefaultsValue(true));
     }
     EXPECT_EQ(fileSystem.files().size(), 3U);
@@ -81,7 +82,7 @@ TEST(JsonDefaultsStore, triesAgainAfterAFailedWrite) {
     fileSystem.failFrom(0);
     store.set("a", true);
     EXPECT_EQ(store.problem(),
-              "The settings couldn’t be saved: " + FakeFileSystem::error().message);
+              "The settings couldn’t be saved: " + FakeFileSystem::error().message + ".");
     EXPECT_EQ(store.value("a"), DefaultsValue(true));
     fileSystem.heal();
     store.set("a", true);
