@@ -26,7 +26,7 @@ UnlockApplication::UnlockApplication(const UnlockPlatform& platform,
                                  .onLog =
                                      [this](const LogLine& line) {
                                          journal_.add(line, platform_.clock.now());
-                                         if (hooks_.log) hooks_.log(line.withoutNames());
+                                         if (hooks_.log) hooks_.log(line);
                                          windows_.refresh(Window::settings);
                                      },
                                  .onAskToUpdatePassword =
@@ -64,7 +64,7 @@ UnlockApplication::~UnlockApplication() {
 }
 
 void UnlockApplication::didFinishLaunching(const UnlockOpening::Launch& launch) {
-    if (hooks_.log) hooks_.log("Models: " + model_->models().title());
+    if (hooks_.log) hooks_.log({.start = "Models: ", .detail = model_->models().title()});
     if (const auto window = UnlockOpening::onLaunch(openingState(), launch)) open(*window);
 }
 

@@ -20,8 +20,8 @@ namespace marrowby {
 class UnlockApplication {
   public:
     struct Hooks {
-        /// Writes to the system's log. Lines contain no names of people and no secrets.
-        std::function<void(const std::string&)> log;
+        /// Writes to the system's log, without names. Lines contain no secrets.
+        std::function<void(const LogLine&)> log;
         /// Ends the process after this call has returned.
         std::function<void()> terminate;
     };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string_view>
 #include <utility>
 
@@ -10,8 +11,20 @@
 
 namespace marrowby {
 
+namespace {
+
+std::string field(std::string_view name, std::string_view fields) {
+    const std::string beginning = "\n" + std::string(name) + "=";
+    const std::size_t begin = fields.find(beginning);
+    if (begin == std::string_view::npos) return {};
+    const std::string_view value = fields.substr(begin + beginning.size());
+    return std::string(value.substr(0, value.find('\n')));
+}
+
+}  // namespace
+
 std::expected<std::unique_ptr<ProgramJournal>, std::string> ProgramJournal::create(
-    const std::filesystem::path& socket, std::function<void(const std::string&)> onMessage) {
+    const std::filesystem::path& socket, std::function<void(const Entry&)> onEntry) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     const std::string path = socket;
@@ -24,12 +37,12 @@ std::expected<std::unique_ptr<ProgramJournal>, std::string> ProgramJournal::crea
         return std::unexpected("No journal could be made at “" + path + "”.");
     }
     return std::unique_ptr<ProgramJournal>(
-        new ProgramJournal(std::move(descriptor), std::move(onMessage)));
+        new ProgramJournal(std::move(descriptor), std::move(onEntry)));
 }
 
-ProgramJournal::ProgramJournal(OwnedFile socket, std::function<void(const std::string&)> onMessage)
+ProgramJournal::ProgramJournal(OwnedFile socket, std::function<void(const Entry&)> onEntry)
     : socket_(std::move(socket)),
-      onMessage_(std::move(onMessage)),
+      onEntry_(std::move(onEntry)),
       notifier_(socket_.get(), QSocketNotifier::Read) {
     QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] { read(); });
 }
@@ -40,11 +53,9 @@ void ProgramJournal::read() {
         const ssize_t size = ::recv(socket_.get(), buffer.data(), buffer.size(), 0);
         if (size <= 0) return;
         const std::string_view fields(buffer.data(), static_cast<std::size_t>(size));
-        constexpr std::string_view field = "MESSAGE=";
-        const std::size_t begin = fields.find(field);
-        if (begin == std::string_view::npos) continue;
-        const std::string_view message = fields.substr(begin + field.size());
-        onMessage_(std::string(message.substr(0, message.find('\n'))));
+        onEntry_({.message = field("MESSAGE", fields),
+                  .event = field("MARROWBY_EVENT", fields),
+                  .subject = field("MARROWBY_SUBJECT", fields)});
     }
 }
 

@@ -8,11 +8,11 @@
 #include "Simulation/Desktop/DesktopUser.h"
 #include "Simulation/Desktop/Interruption.h"
 #include "Simulation/Desktop/PrivateSession.h"
-#include "Simulation/Desktop/ProgramJournal.h"
 #include "Simulation/Desktop/ProgramOnStage.h"
 #include "Simulation/Desktop/ScreenLocker.h"
 #include "Simulation/People/Person.h"
 #include "Simulation/Scenes/SceneCatalogue.h"
+#include "UnlockCore/Engine/LogLine.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -78,22 +78,22 @@ struct Stage::Parts {
     /// The answer to the last command.
     std::string answer;
     bool isLaunched = false;
-    std::vector<std::string> log;
+    std::vector<ProgramJournal::Entry> log;
     std::size_t logRead = 0;
     std::optional<Date> wokenAt;
     std::optional<Date> firstPictureAt;
     std::optional<Date> typedAt;
 
-    void note(const std::string& message);
+    void note(const ProgramJournal::Entry& entry);
     void hear(const std::string& line);
     [[nodiscard]] std::vector<std::string> environment() const;
     [[nodiscard]] std::filesystem::path journalSocket() const { return session.home() / "journal"; }
 };
 
-void Stage::Parts::note(const std::string& message) {
-    if (message == "Typed the password and Return") typedAt = clock.now();
-    transcript.engine(message);
-    log.push_back(message);
+void Stage::Parts::note(const ProgramJournal::Entry& entry) {
+    if (entry.event == logevent::typed) typedAt = clock.now();
+    transcript.engine(entry.message);
+    log.push_back(entry);
 }
 
 void Stage::Parts::hear(const std::string& line) {
@@ -132,7 +132,7 @@ Stage::Result<std::unique_ptr<Stage>> Stage::create(const Places& places) {
                                 std::filesystem::absolute(places.models), places.program);
     auto journal = ProgramJournal::create(
         parts->journalSocket(),
-        [parts = parts.get()](const std::string& message) { parts->note(message); });
+        [parts = parts.get()](const ProgramJournal::Entry& entry) { parts->note(entry); });
     if (!journal) return std::unexpected(journal.error());
     parts->journal = *std::move(journal);
     std::unique_ptr<Stage> stage(new Stage(std::move(parts)));
@@ -409,10 +409,13 @@ Stage::Result<void> Stage::letPass(TimeInterval time) {
                      [this, end] { return parts_->clock.now() >= end; });
 }
 
-Stage::Result<void> Stage::waitForLog(std::string_view text, TimeInterval limit) {
-    return waitUntil("the log line “" + std::string(text) + "”", limit, [this, text] {
+Stage::Result<void> Stage::waitForEvent(std::string_view event, TimeInterval limit,
+                                        std::string_view subject) {
+    const std::string about = subject.empty() ? "" : " (" + std::string(subject) + ")";
+    return waitUntil("the event “" + std::string(event) + "”" + about, limit, [&] {
         while (parts_->logRead < parts_->log.size()) {
-            if (parts_->log[parts_->logRead++].starts_with(text)) return true;
+            const ProgramJournal::Entry& entry = parts_->log[parts_->logRead++];
+            if (entry.event == event && (subject.empty() || entry.subject == subject)) return true;
         }
         return false;
     });
@@ -447,7 +450,7 @@ const ContactSheet& Stage::contactSheet() const {
     return parts_->sheet;
 }
 
-std::vector<std::string> Stage::takeLog() {
+std::vector<ProgramJournal::Entry> Stage::takeLog() {
     parts_->logRead = 0;
     return std::exchange(parts_->log, {});
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Simulation/Desktop/PrivateDesktop.h"
+#include "Simulation/Desktop/ProgramJournal.h"
 #include "Simulation/Rehearsal/ContactSheet.h"
 #include "Simulation/Rehearsal/Transcript.h"
 #include "UnlockCore/Foundation/Time.h"
@@ -104,15 +105,17 @@ class Stage {
                                          const std::function<bool()>& holds);
     /// Runs the main loop for a while.
     [[nodiscard]] Result<void> letPass(TimeInterval time);
-    /// Waits for a line of the journal that begins with `text`, after those already waited for.
-    [[nodiscard]] Result<void> waitForLog(std::string_view text, TimeInterval limit);
+    /// Waits for an event (of logevent) in the journal, after those already waited for, and about
+    /// `subject` unless that is empty.
+    [[nodiscard]] Result<void> waitForEvent(std::string_view event, TimeInterval limit,
+                                            std::string_view subject = {});
     /// The program's window, once its picture has not changed for a while.
     [[nodiscard]] Result<QImage> windowPicture();
     /// Adds this moment to the contact sheet.
     void photograph(std::string caption);
     [[nodiscard]] const ContactSheet& contactSheet() const;
-    /// Lines of the journal since the last call of this.
-    std::vector<std::string> takeLog();
+    /// Entries of the journal since the last call of this.
+    std::vector<ProgramJournal::Entry> takeLog();
 
     /// From the last wake, and from the first picture after it, to the end of typing; nothing
     /// before.

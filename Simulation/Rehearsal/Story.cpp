@@ -1,6 +1,8 @@
 #include "Simulation/Rehearsal/Story.h"
 
 #include "Unlock/Linux/LinuxWords.h"
+#include "UnlockCore/Engine/LogLine.h"
+#include "UnlockCore/Engine/UnlockFailure.h"
 #include "UnlockCore/Engine/UnlockMachine.h"
 #include "UnlockCore/Enrollment/EnrollmentPose.h"
 #include "UnlockCore/LockWatching/UnlockTrigger.h"
@@ -23,6 +25,8 @@ namespace {
 
 using Ending = std::expected<std::string, std::string>;
 using Step = std::expected<void, std::string>;
+using Log = std::vector<ProgramJournal::Entry>;
+using unlockmachine::LookReason;
 
 constexpr std::string_view changedPassword = "staple No. 4711";
 
@@ -96,7 +100,7 @@ Step lockScreen(Stage& stage) {
     stage.takeLog();
     return Steps()
         .then([&] { return stage.lockScreen(); })
-        .then([&] { return stage.waitForLog("Locked: waiting for you to come back", shortly); })
+        .then([&] { return stage.waitForEvent(logevent::locked, shortly); })
         .result();
 }
 
@@ -109,15 +113,18 @@ Step sleepAndWake(Stage& stage) {
 
 Step comeBack(Stage& stage) {
     if (auto woken = sleepAndWake(stage); !woken) return woken;
-    return stage.waitForLog("Looking (wake)", shortly);
+    return stage.waitForEvent(logevent::looking, shortly, rawValue(LookReason::wake));
+}
+
+bool has(const Log& log, std::string_view event) {
+    return std::ranges::find(log, event, &ProgramJournal::Entry::event) != log.end();
 }
 
 /// Nothing was typed and the locker is still up.
-Step stayedLocked(Stage& stage, const std::vector<std::string>& log) {
+Step stayedLocked(Stage& stage, const Log& log) {
     return Steps()
         .then([&] {
-            return check(std::ranges::none_of(
-                             log, [](const auto& line) { return line.starts_with("Typed"); }),
+            return check(!has(log, logevent::typed),
                          "The password was typed though it should not have been.");
         })
         .then([&] { return check(stage.isLockerRunning(), "The locker has ended."); })
@@ -141,28 +148,27 @@ std::string milliseconds(TimeInterval interval) {
 Step getsIn(Stage& stage, std::string caption) {
     return Steps()
         .then([&] { stage.photograph(std::move(caption)); })
-        .then([&] { return stage.waitForLog("Typed the password and Return", aScan); })
-        .then([&] { return stage.waitForLog("Unlocked", passwordCheck); })
+        .then([&] { return stage.waitForEvent(logevent::typed, aScan); })
+        .then([&] { return stage.waitForEvent(logevent::unlocked, passwordCheck); })
         .then([&] { return stage.waitForUnlock(shortly); })
         .result();
 }
 
 /// From the owner's return and `act`, which starts a scan, to the unlocked screen.
-Step ownerReturns(Stage& stage, std::string_view scene, std::string_view reason,
+Step ownerReturns(Stage& stage, std::string_view scene, LookReason reason,
                   const std::function<Step()>& act) {
-    const std::string looking = "Looking (" + std::string(reason) + ")";
     return Steps()
         .then([&] { return lockScreen(stage); })
         .then([&] { return stage.putInFront(scene, owner); })
         .then(act)
-        .then([&] { return stage.waitForLog(looking, shortly); })
-        .then([&] { return stage.waitForLog("Recognised", aScan); })
-        .then([&] { return getsIn(stage, "Recognised (" + std::string(reason) + ")"); })
+        .then([&] { return stage.waitForEvent(logevent::looking, shortly, rawValue(reason)); })
+        .then([&] { return stage.waitForEvent(logevent::recognised, aScan); })
+        .then([&] { return getsIn(stage, "Recognised (" + std::string(rawValue(reason)) + ")"); })
         .result();
 }
 
 Ending ownerWakesTheScreen(Stage& stage) {
-    const Step unlocked = ownerReturns(stage, "live-normal", "wake", [&] {
+    const Step unlocked = ownerReturns(stage, "live-normal", LookReason::wake, [&] {
         return Steps()
             .then([&] { return sleepAndWake(stage); })
             .then([&] { return stage.letPass(TimeInterval(0.6)); })
@@ -179,7 +185,7 @@ Ending ownerWakesTheScreen(Stage& stage) {
 Ending ownerTouchesAKey(Stage& stage) {
     return Steps()
         .then([&] {
-            return ownerReturns(stage, "live-one-sided", "activity", [&] {
+            return ownerReturns(stage, "live-one-sided", LookReason::activity, [&] {
                 return Steps()
                     .then([&] { return stage.moveClock(quietWindow); })
                     .then([&] { return stage.letPass(quiet); })
@@ -253,7 +259,7 @@ Ending ownerPressesSpace(Stage& stage) {
     return returnsWith(
         stage, UnlockTrigger::onSpace,
         [&] {
-            return ownerReturns(stage, "live-dark", "space", [&] {
+            return ownerReturns(stage, "live-dark", LookReason::space, [&] {
                 return Steps()
                     .then([&] { return stage.letPass(quiet); })
                     .then([&] { return stage.pressSpace(); })
@@ -268,7 +274,7 @@ Ending ownerPointsAtTheIsland(Stage& stage) {
     return returnsWith(
         stage, UnlockTrigger::onSpace,
         [&] {
-            return ownerReturns(stage, "live-backlit", "hover",
+            return ownerReturns(stage, "live-backlit", LookReason::hover,
                                 [&] { return stage.pointAtIsland(); });
         },
         "unlocked, with the light behind");
@@ -281,7 +287,7 @@ Step turnHeadUntilRecognised(Stage& stage) {
     Step recognised;
     for (int turn = 0; turn < mostTurns; ++turn) {
         if (auto turned = stage.turnUsersHead(); !turned) return turned;
-        recognised = stage.waitForLog("Recognised", aTurn);
+        recognised = stage.waitForEvent(logevent::recognised, aTurn);
         if (recognised) break;
     }
     return recognised;
@@ -293,7 +299,7 @@ Ending strictModeAsksForATurn(Stage& stage) {
         .then([&] { return lockScreen(stage); })
         .then([&] { return stage.seatUser(owner); })
         .then([&] { return comeBack(stage); })
-        .then([&] { return stage.waitForLog("Asked: Turn your head", aScan); })
+        .then([&] { return stage.waitForEvent(logevent::asked, aScan); })
         // For the island to grow.
         .then([&] { return stage.letPass(TimeInterval(0.5)); })
         .then([&] {
@@ -307,11 +313,9 @@ Ending strictModeAsksForATurn(Stage& stage) {
 }
 
 /// The cue that ended a scan; empty where none did.
-std::string denial(const std::vector<std::string>& log) {
-    constexpr std::string_view beginning = "Turned away: ";
-    for (const std::string& line : log)
-        if (line.starts_with(beginning)) return line.substr(beginning.size());
-    return {};
+std::string denial(const Log& log) {
+    const auto found = std::ranges::find(log, logevent::turnedAway, &ProgramJournal::Entry::event);
+    return found == log.end() ? std::string() : found->subject;
 }
 
 /// Several scans at one lock; each must leave the screen locked.
@@ -333,7 +337,10 @@ Ending noneGetsIn(Stage& stage, const std::vector<Visitor>& visitors,
                    .then([&] { return isFirst ? Step() : stage.moveClock(quietWindow); })
                    .then([&] { return stage.putInFront(visitor.scene, visitor.person); })
                    .then([&] { return comeBack(stage); })
-                   .then([&] { return stage.waitForLog("Not recognised", aScan); })
+                   .then([&] {
+                       return stage.waitForEvent(logevent::failed, aScan,
+                                                 title(UnlockFailure::NotRecognised{}));
+                   })
                    .then([&] { return stage.letPass(TimeInterval(0.5)); })
                    .then([&] { stage.photograph(visitor.caption); })
                    .then([&] {
@@ -375,12 +382,15 @@ Ending ownersFaceIsHeldUp(Stage& stage) {
 Step typeWrongPassword(Stage& stage, std::size_t time, std::string_view verdict) {
     return Steps()
         .then([&] { return comeBack(stage); })
-        .then([&] { return stage.waitForLog("Typed the password and Return", aScan); })
+        .then([&] { return stage.waitForEvent(logevent::typed, aScan); })
         .then([&] { return stage.waitForRefusals(time, passwordCheck); })
         // For so long the locker may still let the owner in.
         .then([&] { return stage.moveClock(UnlockMachine::passwordCheckDelay); })
-        .then([&] { return stage.waitForLog(verdict, passwordCheck); })
-        .then([&] { return stage.waitForLog("Password not accepted", shortly); })
+        .then([&] { return stage.waitForEvent(verdict, passwordCheck); })
+        .then([&] {
+            return stage.waitForEvent(logevent::failed, shortly,
+                                      title(UnlockFailure::PasswordRejected{}));
+        })
         .then([&] { return check(stage.isLockerRunning(), "The locker has ended."); })
         .result();
 }
@@ -390,11 +400,8 @@ Ending passwordIsOutOfDate(Stage& stage) {
         .then([&] { return stage.setLoginPassword(changedPassword); })
         .then([&] { return lockScreen(stage); })
         .then([&] { return stage.putInFront("live-normal", owner); })
-        .then([&] { return typeWrongPassword(stage, 1, "Password turned down"); })
-        .then([&] {
-            return typeWrongPassword(stage, 2,
-                                     "Password turned down twice: typing stops until it’s updated");
-        })
+        .then([&] { return typeWrongPassword(stage, 1, logevent::passwordTurnedDown); })
+        .then([&] { return typeWrongPassword(stage, 2, logevent::typingSuspended); })
         .then([&] { return stage.letPass(TimeInterval(0.5)); })
         .then([&] { stage.photograph("Turned down twice: typing stops"); })
         .then([&] { return unlockByHand(stage); })
@@ -414,16 +421,14 @@ Step ownerConfirms(Stage& stage, std::string_view caption) {
         .then([&] { return stage.letPass(TimeInterval(1)); })
         .then([&] {
             stage.photograph(std::string(caption));
-            const auto log = stage.takeLog();
-            const bool hasLooked = std::ranges::any_of(
-                log, [](const auto& line) { return line.starts_with("Looking"); });
-            return check(!hasLooked, "It looked without the key.");
+            return check(!has(stage.takeLog(), logevent::looking), "It looked without the key.");
         })
         .then([&] { return stayedLocked(stage, {}); })
         .then([&] { return unlockByHand(stage); })
         .then([&] { return confirmOwner(stage); })
         .then([&] {
-            return ownerReturns(stage, "live-normal", "wake", [&] { return sleepAndWake(stage); });
+            return ownerReturns(stage, "live-normal", LookReason::wake,
+                                [&] { return sleepAndWake(stage); });
         })
         .result();
 }

@@ -24,7 +24,7 @@ class UnlockApplicationTest : public testing::Test, protected FakeComputer {
         application = std::make_unique<UnlockApplication>(
             platform(), resources(), windows,
             UnlockApplication::Hooks{
-                .log = [this](const std::string& line) { log.push_back(line); },
+                .log = [this](const LogLine& line) { log.push_back(line.withoutNames()); },
                 .terminate = [this] { terminated = true; }});
     }
     void reopen() {

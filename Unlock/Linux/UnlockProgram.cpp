@@ -177,7 +177,8 @@ class CompositionRoot {
         if (application_) application_->willTerminate();
     }
     void loseDisplay() {
-        log_.write("Marrowby Unlock ends, because its display is gone.");
+        log_.write({.message = "Marrowby Unlock ends, because its display is gone.",
+                    .event = std::string(logevent::displayLost)});
         terminate();
     }
 
@@ -283,7 +284,12 @@ std::expected<void, std::string> CompositionRoot::start() {
         UnlockModel::Resources{
             .dataBase = paths_.folders.dataHome, .testTag = {}, .models = *std::move(pack)},
         windows_,
-        UnlockApplication::Hooks{.log = [this](const std::string& line) { log_.write(line); },
+        UnlockApplication::Hooks{.log =
+                                     [this](const LogLine& line) {
+                                         log_.write({.message = line.withoutNames(),
+                                                     .event = std::string(line.event),
+                                                     .subject = line.subject()});
+                                     },
                                  .terminate = &CompositionRoot::end});
     application_->didFinishLaunching(launch_);
     factory_.didLaunch(*application_);

@@ -157,7 +157,8 @@ std::expected<void, StorageError> ProtectedData::load() {
     updateComparableFaces();
     if (loaded && haveModelsChanged()) {
         callbacks_.onLog(
-            {.detail = UnlockStatus(UnlockStatus::ModelsChanged{}).title(platform_.words)});
+            {.event = logevent::modelsChanged,
+             .detail = UnlockStatus(UnlockStatus::ModelsChanged{}).title(platform_.words)});
     }
     return loaded;
 }

@@ -59,15 +59,17 @@ MacApplication::MacApplication()
     : keyStore_(keychain_, vaultService()),
       trialKeyStore_(keychain_, vaultService() + ".self-check", "self-check"),
       passwordVerifier_(accounts_, plainText(NSUserName())),
-      application_(
-          platform(), resources(), windows_,
-          {.log = [](const std::string& line) { os_log(systemLog(), "%{public}s", line.c_str()); },
-           .terminate =
-               [] {
-                   dispatch_async(dispatch_get_main_queue(), ^{
-                     [NSApp terminate:nil];
-                   });
-               }}) {}
+      application_(platform(), resources(), windows_,
+                   {.log =
+                        [](const LogLine& line) {
+                            os_log(systemLog(), "%{public}s", line.withoutNames().c_str());
+                        },
+                    .terminate =
+                        [] {
+                            dispatch_async(dispatch_get_main_queue(), ^{
+                              [NSApp terminate:nil];
+                            });
+                        }}) {}
 
 void MacApplication::willTerminate() {
     application_.willTerminate();

@@ -37,7 +37,9 @@ struct UnlockMachine::Turn {
         effects.push_back(std::move(effect));
     }
     void log(LogLine line) { add(Effect::Log{std::move(line)}); }
-    void log(std::string_view sentence) { log(LogLine{.start = sentence}); }
+    void log(std::string_view event, std::string_view sentence) {
+        log(LogLine{.event = event, .start = sentence});
+    }
 };
 
 UnlockMachine::UnlockMachine(PasswordHealth health, UnlockTriggers triggers)
@@ -86,7 +88,7 @@ void UnlockMachine::on(const Event::Lock& event, Turn& turn) {
         case LockEvent::screenLocked:
             policy_.screenLocked(world.now, world.isSleeping);
             emptyActivityLooks_ = 0;
-            turn.log("Locked: waiting for you to come back");
+            turn.log(logevent::locked, "Locked: waiting for you to come back");
             if (!world.isSleeping && isAble(world) && std::holds_alternative<Phase::Idle>(phase_)) {
                 rearm(turn);
             }
@@ -130,11 +132,14 @@ void UnlockMachine::on(const Event::Activity& event, Turn& turn) {
     if (!world.triggers.contains(UnlockTrigger::onReturn)) return;
     const InputActivity& activity = event.activity;
     if (const auto refusal = policy_.activityRefusal(activity.at, activity.quietFor)) {
-        logActivityIgnored({.start = "Activity ignored: ", .middle = *refusal}, turn);
+        logActivityIgnored(
+            {.event = logevent::activityIgnored, .start = "Activity ignored: ", .middle = *refusal},
+            turn);
     } else if (emptyActivityLooks_ < maxEmptyActivityLooks) {
         startScan(LookReason::activity, turn);
     } else {
-        logActivityIgnored({.start = "Activity ignored: ",
+        logActivityIgnored({.event = logevent::activityIgnored,
+                            .start = "Activity ignored: ",
                             .detail = std::to_string(emptyActivityLooks_),
                             .end = " looks in a row saw nobody"},
                            turn);
@@ -159,7 +164,7 @@ void UnlockMachine::on(Event::Frame& event, Turn& turn) {
         scan->livenessConfirmed = false;
         if (std::holds_alternative<ScanObservation::CutOff>(event.observation) &&
             !std::exchange(scan->sawCutOff, true)) {
-            turn.log("The face reaches over the picture’s edge");
+            turn.log(logevent::faceCutOff, "The face reaches over the picture’s edge");
         }
     }
     if (scan->match && scan->livenessConfirmed) conclude(turn);
@@ -170,7 +175,9 @@ bool UnlockMachine::goesOn(Scan& scan, ScanObservation::Face& face, Turn& turn) 
     scan.sawFace = true;
     if (const auto* denied = std::get_if<LivenessDecision::Denied>(&face.decision)) {
         turn.add(Effect::StopCamera{});
-        turn.log({.start = "Turned away: ", .middle = title(denied->cue)});
+        turn.log({.event = logevent::turnedAway,
+                  .start = "Turned away: ",
+                  .middle = title(denied->cue)});
         fail(UnlockFailure::NotLive{}, turn);
         return false;
     }
@@ -191,7 +198,7 @@ bool UnlockMachine::goesOn(Scan& scan, ScanObservation::Face& face, Turn& turn) 
     if (waiting != nullptr && waiting->needs == LivenessNeeds::headTurn && !scan.prompt) {
         scan.prompt = LivenessPrompt::turnHead;
         setOverlay(OverlayPhase::Prompt{}, turn);
-        turn.log("Asked: Turn your head a little");
+        turn.log(logevent::asked, "Asked: Turn your head a little");
     }
     return true;
 }
@@ -206,7 +213,7 @@ void UnlockMachine::on(Event::Typed& event, Turn& turn) {
         }
         void operator()(TypingOutcome::Typed&) {
             machine.phase_ = Phase::Verifying{turn.world.now};
-            turn.log("Typed the password and Return");
+            turn.log(logevent::typed, "Typed the password and Return");
         }
         void operator()(TypingOutcome::Stopped&) {
             machine.policy_.scanEnded(turn.world.now);
@@ -295,7 +302,8 @@ void UnlockMachine::startScan(LookReason reason, Turn& turn) {
                               .reason = reason}};
     setOverlay(OverlayPhase::Scanning{}, turn);
     turn.add(Effect::StartCamera{id});
-    turn.log({.start = "Looking (", .middle = rawValue(reason), .end = ")"});
+    turn.log(
+        {.event = logevent::looking, .start = "Looking (", .middle = rawValue(reason), .end = ")"});
 }
 
 void UnlockMachine::fail(UnlockFailure failure, Turn& turn) {
@@ -306,7 +314,7 @@ void UnlockMachine::fail(UnlockFailure failure, Turn& turn) {
     policy_.scanEnded(turn.world.now);
     const std::string_view words = title(failure);
     setOverlay(OverlayPhase::Failure{std::move(failure)}, turn);
-    turn.log(words);
+    turn.log({.event = logevent::failed, .middle = words});
 }
 
 void UnlockMachine::standDown(LogLine line, Turn& turn) {
@@ -317,14 +325,14 @@ void UnlockMachine::standDown(LogLine line, Turn& turn) {
 }
 
 void UnlockMachine::standDownUnable(Turn& turn) {
-    standDown({.start = "Stood down (can’t unlock now)"}, turn);
+    standDown({.event = logevent::stoodDown, .start = "Stood down (can’t unlock now)"}, turn);
 }
 
 void UnlockMachine::returnToIdle(Turn& turn) {
     if (std::holds_alternative<Phase::Verifying>(phase_)) {
         health_.failures = 0;
         turn.add(Effect::PasswordHealth{health_});
-        turn.log("Unlocked");
+        turn.log(logevent::unlocked, "Unlocked");
     } else if (currentScan() != nullptr) {
         turn.add(Effect::StopCamera{});
     }
@@ -341,14 +349,16 @@ void UnlockMachine::giveUp(Turn& turn) {
     const Scan& scan = *currentScan();
     turn.add(Effect::StopCamera{});
     if (scan.sawMatch) {
-        turn.log("Stopped looking: the face matched but wasn’t confirmed real");
+        turn.log(logevent::stoppedLooking,
+                 "Stopped looking: the face matched but wasn’t confirmed real");
         return fail(UnlockFailure::NotLive{}, turn);
     }
     if (scan.sawCutOff) {
-        turn.log("Stopped looking: the face reached over the picture’s edge");
+        turn.log(logevent::stoppedLooking,
+                 "Stopped looking: the face reached over the picture’s edge");
         return fail(UnlockFailure::FaceCutOff{}, turn);
     }
-    turn.log("Stopped looking: no answer in time");
+    turn.log(logevent::stoppedLooking, "Stopped looking: no answer in time");
     if (scan.sawFace) {
         emptyActivityLooks_ = 0;
     } else if (scan.reason == LookReason::activity) {
@@ -376,7 +386,7 @@ void UnlockMachine::conclude(Turn& turn) {
         phase_ = Phase::Typing{};
         setOverlay(OverlayPhase::Success{}, turn);
         turn.add(Effect::TypePassword{});
-        turn.log({.start = "Recognised ", .name = std::move(name)});
+        turn.log({.event = logevent::recognised, .start = "Recognised ", .name = std::move(name)});
         return;
     }
     switch (refuse->refusal) {
@@ -390,9 +400,11 @@ void UnlockMachine::conclude(Turn& turn) {
         case UnlockGate::Refusal::passwordRejected:
         case UnlockGate::Refusal::noMatch:
         case UnlockGate::Refusal::notLive:
-            return standDown(
-                {.start = "Stood down (refused: ", .middle = rawValue(refuse->refusal), .end = ")"},
-                turn);
+            return standDown({.event = logevent::stoodDown,
+                              .start = "Stood down (refused: ",
+                              .middle = rawValue(refuse->refusal),
+                              .end = ")"},
+                             turn);
     }
 }
 
@@ -403,8 +415,12 @@ void UnlockMachine::turnDownPassword(Turn& turn) {
         health_.needsNotice = true;
     }
     turn.add(Effect::PasswordHealth{health_});
-    turn.log(health_.suspended ? "Password turned down twice: typing stops until it’s updated"
-                               : "Password turned down");
+    if (health_.suspended) {
+        turn.log(logevent::typingSuspended,
+                 "Password turned down twice: typing stops until it’s updated");
+    } else {
+        turn.log(logevent::passwordTurnedDown, "Password turned down");
+    }
     fail(UnlockFailure::PasswordRejected{}, turn);
 }
 

@@ -25,12 +25,21 @@ bool send(const std::string& path, const std::string& fields) {
     return sent == static_cast<ssize_t>(fields.size());
 }
 
+/// A line break would end a field.
+std::string inOneLine(std::string text) {
+    std::ranges::replace(text, '\n', ' ');
+    return text;
+}
+
 }  // namespace
 
-void JournaldLog::write(std::string line) const {
-    std::ranges::replace(line, '\n', ' ');
-    if (send(socket_, "PRIORITY=6\nSYSLOG_IDENTIFIER=" + identifier_ + "\nMESSAGE=" + line + "\n"))
-        return;
+void JournaldLog::write(const Entry& entry) const {
+    const std::string line = inOneLine(entry.message);
+    std::string fields =
+        "PRIORITY=6\nSYSLOG_IDENTIFIER=" + identifier_ + "\nMESSAGE=" + line + "\n";
+    if (!entry.event.empty()) fields += "MARROWBY_EVENT=" + inOneLine(entry.event) + "\n";
+    if (!entry.subject.empty()) fields += "MARROWBY_SUBJECT=" + inOneLine(entry.subject) + "\n";
+    if (send(socket_, fields)) return;
     std::cerr << identifier_ + ": " + line + "\n" << std::flush;
 }
 

@@ -193,7 +193,7 @@ void LinuxTexts::start() {
     application.reset();
     application = std::make_unique<UnlockApplication>(
         platform(), resources(), windows,
-        UnlockApplication::Hooks{.log = [this](const std::string& line) { see(line); },
+        UnlockApplication::Hooks{.log = [this](const LogLine& line) { see(line.withoutNames()); },
                                  .terminate = [] {}});
 }
 

@@ -192,7 +192,7 @@ class MacApplicationWindows : public MacWindows, protected FakeComputer {
         platform(),
         resources(),
         windows,
-        {.log = [](const std::string&) {}, .terminate = [this] { isTerminated = true; }}};
+        {.log = [](const LogLine&) {}, .terminate = [this] { isTerminated = true; }}};
 };
 
 TEST_F(MacApplicationWindows, leadThroughTheWelcomeToAReadyUnlock) {

@@ -64,12 +64,13 @@ TEST(JournaldLogTest, writesToTheJournalOrElseToStandardError) {
     address.sun_family = AF_UNIX;
     std::ranges::copy(path, std::begin(address.sun_path));
     ASSERT_EQ(::bind(journal, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    log.write("two\nPRIORITY=0");
+    log.write({.message = "two\nPRIORITY=0", .event = "typed", .subject = "a\nb"});
     std::array<char, 256> buffer{};
     const ssize_t size = ::recv(journal, buffer.data(), buffer.size(), 0);
     ASSERT_GT(size, 0);
     EXPECT_EQ(std::string_view(buffer.data(), static_cast<std::size_t>(size)),
-              "PRIORITY=6\nSYSLOG_IDENTIFIER=marrowby-test\nMESSAGE=two PRIORITY=0\n");
+              "PRIORITY=6\nSYSLOG_IDENTIFIER=marrowby-test\nMESSAGE=two PRIORITY=0\n"
+              "MARROWBY_EVENT=typed\nMARROWBY_SUBJECT=a b\n");
     ::close(journal);
 }
 
