@@ -116,6 +116,20 @@ std::expected<Pipe, std::string> Pipe::create() {
     return Pipe{.reading = OwnedFile(ends[0]), .writing = OwnedFile(ends[1])};
 }
 
+std::string Pipe::readLine(TimeInterval limit) const {
+    std::string line;
+    while (true) {
+        pollfd wanted{.fd = reading.get(), .events = POLLIN, .revents = 0};
+        char character = 0;
+        if (::poll(&wanted, 1, static_cast<int>(limit.count() * 1000)) <= 0 ||
+            ::read(reading.get(), &character, 1) != 1) {
+            return {};
+        }
+        if (character == '\n') return line;
+        line += character;
+    }
+}
+
 std::expected<ChildProcess, std::string> ChildProcess::start(const Program& program) {
     const std::string& name = program.arguments.front();
     const auto file = findProgram(name);
@@ -187,6 +201,16 @@ bool ChildProcess::isRunning() const {
 bool ChildProcess::waitEnded(TimeInterval limit) const {
     pollfd wanted{.fd = end_.get(), .events = POLLIN, .revents = 0};
     return ::poll(&wanted, 1, static_cast<int>(std::ceil(limit.count() * 1000))) > 0;
+}
+
+std::optional<int> ChildProcess::exitStatus() const {
+    siginfo_t info{};
+    // The destructor reaps it.
+    if (::waitid(P_PID, static_cast<id_t>(id_), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+        info.si_code != CLD_EXITED) {
+        return std::nullopt;
+    }
+    return info.si_status;
 }
 
 void ChildProcess::send(int signal) const {

@@ -3,6 +3,7 @@
 #include "UnlockCore/Foundation/Time.h"
 
 #include <expected>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,6 +37,8 @@ struct Pipe {
     OwnedFile reading;
     OwnedFile writing;
     [[nodiscard]] static std::expected<Pipe, std::string> create();
+    /// Blocks for a line; empty when the writers end, or are silent for `limit`, before its end.
+    [[nodiscard]] std::string readLine(TimeInterval limit) const;
 };
 
 /// A running program in its own session, which the terminal's interrupt does not reach. Destroying
@@ -72,6 +75,8 @@ class ChildProcess {
     [[nodiscard]] bool isRunning() const;
     /// False when it still runs after `limit`.
     bool waitEnded(TimeInterval limit) const;
+    /// Of a program that has ended: its status, or nothing when a signal ended it.
+    [[nodiscard]] std::optional<int> exitStatus() const;
     void send(int signal) const;
 
   private:

@@ -1,29 +1,12 @@
 #include "Simulation/Desktop/PrivateDesktop.h"
 
-#include <array>
-
-#include <poll.h>
 #include <signal.h>
-#include <unistd.h>
 
 namespace marrowby {
 
 namespace {
 
 constexpr TimeInterval startLimit{10.0};
-
-/// The server's output up to the first newline; empty when it ends or is silent before.
-std::string readLine(int descriptor) {
-    const auto limit = static_cast<int>(startLimit.count() * 1000);
-    std::string line;
-    while (true) {
-        pollfd wanted{.fd = descriptor, .events = POLLIN, .revents = 0};
-        char character = 0;
-        if (::poll(&wanted, 1, limit) <= 0 || ::read(descriptor, &character, 1) != 1) return {};
-        if (character == '\n') return line;
-        line += character;
-    }
-}
 
 }  // namespace
 
@@ -40,7 +23,7 @@ std::expected<PrivateDesktop, std::string> PrivateDesktop::create(const PrivateS
                                        .endSignal = SIGTERM});
     if (!server) return std::unexpected(server.error());
     number->writing.close();
-    const std::string display = readLine(number->reading.get());
+    const std::string display = number->readLine(startLimit);
     if (display.empty()) {
         return std::unexpected("Xvfb did not come up within ten seconds, or ended at once.");
     }

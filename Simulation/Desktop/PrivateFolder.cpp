@@ -19,4 +19,11 @@ PrivateFolder::~PrivateFolder() {
     if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
 }
 
+std::vector<std::string> homeVariables(const std::filesystem::path& folder) {
+    std::vector<std::string> variables;
+    for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
+        variables.push_back(std::string(name) + "=" + folder.string());
+    return variables;
+}
+
 }  // namespace marrowby

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace marrowby {
 
@@ -29,5 +30,9 @@ class PrivateFolder {
 
     std::filesystem::path path_;
 };
+
+/// NAME=value: the folder as a user’s home, and as all that freedesktop.org’s base directories
+/// name.
+[[nodiscard]] std::vector<std::string> homeVariables(const std::filesystem::path& folder);
 
 }  // namespace marrowby

@@ -1,11 +1,15 @@
 #pragma once
 
 #include "Simulation/Desktop/ChildProcess.h"
+#include "Simulation/Desktop/PrivateBus.h"
 #include "Simulation/Desktop/PrivateDesktop.h"
 #include "Simulation/Desktop/PrivateFolder.h"
+#include "Simulation/Desktop/PrivateKeyring.h"
 
 #include <expected>
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,13 +20,13 @@ namespace marrowby {
 /// when this is destroyed or the creating thread ends. One thread.
 class PrivateSession {
   public:
-    /// Blocks until all answer, at most ten seconds each. The error is a sentence for the user.
+    /// Blocks until all answer, at most a minute each. The error is a sentence for the user.
     /// `formerHome` is copied, unless it is empty.
     [[nodiscard]] static std::expected<PrivateSession, std::string> create(
         const std::filesystem::path& formerHome = {}, const PrivateScreen& screen = {});
 
     [[nodiscard]] const std::string& displayName() const { return desktop_.displayName(); }
-    [[nodiscard]] const std::string& busAddress() const { return busAddress_; }
+    [[nodiscard]] std::string busAddress() const { return bus_->address(); }
     /// The user’s home, and all that freedesktop.org’s base directories name.
     [[nodiscard]] const std::filesystem::path& home() const { return home_.path(); }
     /// NAME=value, for programs of this session.
@@ -31,17 +35,17 @@ class PrivateSession {
   private:
     PrivateSession(PrivateFolder home, PrivateDesktop desktop, int scale)
         : home_(std::move(home)), desktop_(std::move(desktop)), scale_(scale) {}
-    [[nodiscard]] std::expected<void, std::string> startBus();
-    [[nodiscard]] std::expected<void, std::string> startKeyring();
-    [[nodiscard]] std::expected<void, std::string> startWindowManager();
-    [[nodiscard]] std::expected<void, std::string> awaitOwner(const std::string& service) const;
+    /// environment() without the bus.
+    [[nodiscard]] std::vector<std::string> displayVariables() const;
+    [[nodiscard]] std::expected<void, std::string> startPrograms();
 
     PrivateFolder home_;
     PrivateDesktop desktop_;
     int scale_;
-    std::string busAddress_;
-    /// In start order; ended in reverse.
-    std::vector<ChildProcess> programs_;
+    /// Ended in reverse order.
+    std::unique_ptr<PrivateBus> bus_;
+    std::optional<PrivateKeyring> keyring_;
+    std::optional<ChildProcess> windowManager_;
 };
 
 }  // namespace marrowby

@@ -24,6 +24,7 @@ class ProgramOnStage {
     /// False when the program takes no more commands.
     [[nodiscard]] bool order(const std::string& line) const;
     [[nodiscard]] bool isRunning() const { return process_.isRunning(); }
+    [[nodiscard]] const ChildProcess& process() const { return process_; }
 
   private:
     ProgramOnStage(ChildProcess process, OwnedFile orders, OwnedFile answers,

@@ -1,5 +1,6 @@
 #include "Tests/Hostile/Ground/Impostor.h"
 #include "Tests/Program/ProgramTest.h"
+#include "UnlockCore/Engine/UnlockFailure.h"
 
 #include <vector>
 
@@ -20,7 +21,7 @@ class ProgramAttackTest : public ProgramTest {
     void SetUp() override {
         ProgramTest::SetUp();
         if (IsSkipped() || HasFatalFailure()) return;
-        logind_ = bus->mock(logind, {"--system", "--template", "logind"});
+        logind_ = startMock(*bus, logind, {"--system", "--template", "logind"});
         ASSERT_TRUE(logind_);
         bus->call(logind, logindPath, mock, "AddSession",
                   {"c1", "seat0", quint32{::getuid()}, "somebody", true});
@@ -39,10 +40,11 @@ class ProgramAttackTest : public ProgramTest {
     }
     /// The claim is believed and the owner recognised, yet nothing is typed.
     void expectThatNothingIsTyped() {
-        ASSERT_TRUE(program->says("log: Locked")) << program->recentWords();
-        ASSERT_TRUE(comesBackUntil([&] { return program->hasSaid("log: Recognised"); }))
+        ASSERT_TRUE(program->logs(logevent::locked)) << program->recentWords();
+        ASSERT_TRUE(comesBackUntil([&] { return program->hasLogged(logevent::recognised); }))
             << program->recentWords();
-        EXPECT_TRUE(program->says("log: Couldn’t type")) << program->recentWords();
+        EXPECT_TRUE(program->logs(logevent::failed, title(UnlockFailure::TypingFailed{})))
+            << program->recentWords();
     }
     void expectNothingFor(std::vector<std::string> disguise) {
         disguise.insert(disguise.begin(), MARROWBY_IMPOSTOR);
@@ -54,13 +56,13 @@ class ProgramAttackTest : public ProgramTest {
     }
 
   private:
-    PrivateBus::Program logind_;
+    MockService logind_;
 };
 
 TEST_F(ProgramAttackTest, typesNothingWhenAProgramOnlyClaimsALock) {
     {
         SCOPED_TRACE("a fake screen saver");
-        const auto gnome = bus->mock(saver, {"--session", "--template", "gnome_screensaver"});
+        const auto gnome = startMock(*bus, saver, {"--session", "--template", "gnome_screensaver"});
         ASSERT_TRUE(gnome);
         bus->call(saver, "/org/gnome/ScreenSaver", saver, "SetActive", {true});
         ASSERT_NO_FATAL_FAILURE(expectThatNothingIsTyped());
@@ -88,9 +90,9 @@ TEST_F(ProgramAttackTest, typesNothingWhenAProgramOnlyClaimsALock) {
     }
     SCOPED_TRACE("a locker");
     ASSERT_NO_FATAL_FAILURE(lockScreen());
-    EXPECT_TRUE(comesBackUntil([&] { return program->hasSaid("log: Typed the password"); }))
+    EXPECT_TRUE(comesBackUntil([&] { return program->hasLogged(logevent::typed); }))
         << program->recentWords();
-    EXPECT_TRUE(program->says("log: Unlocked")) << program->recentWords();
+    EXPECT_TRUE(program->logs(logevent::unlocked)) << program->recentWords();
 }
 
 }  // namespace

@@ -1,75 +1,130 @@
 #include "Tests/Program/StagedProgram.h"
 
-#include <string_view>
+#include <algorithm>
+#include <iterator>
+#include <ranges>
+#include <utility>
+
+#include <gtest/gtest.h>
+#include <signal.h>
 
 namespace marrowby {
 
-StagedProgram::StagedProgram(QtLoop& loop, const QProcessEnvironment& environment,
-                             const QStringList& arguments)
-    : loop_(loop) {
-    process_.setProcessEnvironment(environment);
-    process_.start(MARROWBY_PROGRAM, arguments);
+namespace {
+
+/// The number of elements up to the first that `matches` after the first `heard`; 0 without one.
+template <typename Element>
+std::size_t heardUpTo(const std::vector<Element>& all, std::size_t heard, const auto& matches) {
+    const auto found =
+        std::find_if(all.begin() + static_cast<std::ptrdiff_t>(heard), all.end(), matches);
+    return found == all.end() ? 0 : static_cast<std::size_t>(found - all.begin()) + 1;
 }
 
-StagedProgram::~StagedProgram() {
-    kill();
+auto begins(const std::string& beginning) {
+    return [&beginning](const std::string& line) { return line.starts_with(beginning); };
+}
+
+auto tellsOf(std::string_view event, std::string_view subject) {
+    return [event, subject](const ProgramJournal::Entry& entry) {
+        return entry.event == event && (subject.empty() || entry.subject == subject);
+    };
+}
+
+}  // namespace
+
+StagedProgram::StagedProgram(QtLoop& loop, QProcessEnvironment environment,
+                             std::vector<std::string> arguments)
+    : loop_(loop) {
+    if (!folder_) {
+        ADD_FAILURE() << folder_.error();
+        return;
+    }
+    const std::string socket = folder_->path() / "journal";
+    auto journal =
+        ProgramJournal::create(socket, [this](const Entry& entry) { entries_.push_back(entry); });
+    if (!journal) {
+        ADD_FAILURE() << journal.error();
+        return;
+    }
+    journal_ = *std::move(journal);
+    environment.insert("MARROWBY_JOURNAL", QString::fromStdString(socket));
+    std::vector<std::string> variables;
+    for (const QString& variable : environment.toStringList())
+        variables.push_back(variable.toStdString());
+    auto program =
+        ProgramOnStage::start(MARROWBY_PROGRAM, std::move(arguments), std::move(variables),
+                              [this](const std::string& line) { lines_.push_back(line); });
+    if (!program) {
+        ADD_FAILURE() << program.error();
+        return;
+    }
+    program_ = *std::move(program);
 }
 
 bool StagedProgram::order(const std::string& line) {
-    process_.write((line + "\n").c_str());
-    return says("done: " + line.substr(0, line.find(' ')));
+    return program_ && program_->order(line) && says("done: " + line.substr(0, line.find(' ')));
 }
 
 bool StagedProgram::says(const std::string& beginning) {
-    std::size_t place = std::string::npos;
-    const bool said = loop_.runUntil([&] {
-        read();
-        place = ("\n" + unread()).find("\n" + beginning);
-        return place != std::string::npos || process_.state() == QProcess::NotRunning;
+    std::size_t heard = 0;
+    const bool isOver = loop_.runUntil([&] {
+        heard = heardUpTo(lines_, heardLines_, begins(beginning));
+        return heard != 0 || !isRunning();
     });
-    if (!said || place == std::string::npos) return false;
-    const std::size_t end = words_.find('\n', heard_ + place);
-    heard_ = end == std::string::npos ? words_.size() : end + 1;
-    return true;
+    if (heard != 0) heardLines_ = heard;
+    return isOver && heard != 0;
 }
 
-bool StagedProgram::hasSaid(const std::string& beginning) {
-    read();
-    return ("\n" + unread()).find("\n" + beginning) != std::string::npos;
+bool StagedProgram::hasSaid(const std::string& beginning) const {
+    return heardUpTo(lines_, heardLines_, begins(beginning)) != 0;
 }
 
-bool StagedProgram::hasFocus() {
-    constexpr std::string_view focus = "focus: ";
-    read();
-    const std::size_t last = words_.rfind(focus);
-    if (last == std::string::npos) return false;
-    const std::size_t name = last + focus.size();
-    return name < words_.size() && words_[name] != '\n';
+bool StagedProgram::logs(std::string_view event, std::string_view subject) {
+    std::size_t heard = 0;
+    const bool isOver = loop_.runUntil([&] {
+        heard = heardUpTo(entries_, heardEntries_, tellsOf(event, subject));
+        return heard != 0 || !isRunning();
+    });
+    if (heard != 0) heardEntries_ = heard;
+    return isOver && heard != 0;
 }
 
-std::string StagedProgram::recentWords() {
-    read();
-    return unread() + process_.readAllStandardError().toStdString();
+bool StagedProgram::hasLogged(std::string_view event, std::string_view subject) const {
+    return heardUpTo(entries_, heardEntries_, tellsOf(event, subject)) != 0;
+}
+
+bool StagedProgram::hasFocus() const {
+    const std::string focus = "focus: ";
+    const auto last = std::ranges::find_if(lines_ | std::views::reverse, begins(focus));
+    return last != lines_.rend() && *last != focus;
+}
+
+std::string StagedProgram::recentWords() const {
+    std::string words;
+    for (const std::string& line : lines_ | std::views::drop(heardLines_))
+        words += line + "\n";
+    for (const Entry& entry : entries_ | std::views::drop(heardEntries_))
+        words += "journal: " + entry.message + "\n";
+    return words;
 }
 
 void StagedProgram::kill() {
-    if (process_.state() == QProcess::NotRunning) return;
-    process_.kill();
-    process_.waitForFinished();
+    if (!isRunning()) return;
+    program_->process().send(SIGKILL);
+    (void)awaitEnd();
 }
 
 int StagedProgram::terminate() {
-    process_.terminate();
+    if (isRunning()) program_->process().send(SIGTERM);
     return awaitEnd();
 }
 
 int StagedProgram::awaitEnd() {
-    const bool ended = loop_.runUntil([this] { return process_.state() == QProcess::NotRunning; });
-    return ended && process_.exitStatus() == QProcess::NormalExit ? process_.exitCode() : -1;
-}
-
-void StagedProgram::read() {
-    words_ += process_.readAllStandardOutput().toStdString();
+    const bool ended = loop_.runUntil([this] { return !isRunning(); });
+    // What it said at its end.
+    loop_.runPending();
+    if (!ended || !program_) return -1;
+    return program_->process().exitStatus().value_or(-1);
 }
 
 }  // namespace marrowby

@@ -1,35 +1,42 @@
 #pragma once
 
+#include "Simulation/Desktop/PrivateFolder.h"
+#include "Simulation/Desktop/ProgramJournal.h"
+#include "Simulation/Desktop/ProgramOnStage.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 
-#include <QProcess>
 #include <QProcessEnvironment>
-#include <QStringList>
 #include <cstddef>
+#include <expected>
+#include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace marrowby {
 
-/// The program in a rehearsal build: takes orders on standard input and prints its windows' pages
-/// and its log. Destroying it kills it.
+/// A program on stage, its output and its journal. Destroying it kills it.
 class StagedProgram {
   public:
-    StagedProgram(QtLoop& loop, const QProcessEnvironment& environment,
-                  const QStringList& arguments = {});
-    ~StagedProgram();
+    StagedProgram(QtLoop& loop, QProcessEnvironment environment,
+                  std::vector<std::string> arguments = {});
     StagedProgram(const StagedProgram&) = delete;
     StagedProgram& operator=(const StagedProgram&) = delete;
+    ~StagedProgram() { kill(); }
 
     /// False when it does not confirm.
     [[nodiscard]] bool order(const std::string& line);
     /// Waits for a line with this beginning, after those already waited for; false on timeout.
     [[nodiscard]] bool says(const std::string& beginning);
     /// Whether such a line is there already.
-    [[nodiscard]] bool hasSaid(const std::string& beginning);
+    [[nodiscard]] bool hasSaid(const std::string& beginning) const;
+    /// The same for events of its journal, about `subject` unless that is empty.
+    [[nodiscard]] bool logs(std::string_view event, std::string_view subject = {});
+    [[nodiscard]] bool hasLogged(std::string_view event, std::string_view subject = {}) const;
     /// Whether one of its windows has the keyboard focus.
-    [[nodiscard]] bool hasFocus();
-    /// Output since the last line waited for, standard error included.
-    [[nodiscard]] std::string recentWords();
+    [[nodiscard]] bool hasFocus() const;
+    /// Lines and entries since those last waited for.
+    [[nodiscard]] std::string recentWords() const;
 
     /// SIGKILL.
     void kill();
@@ -39,14 +46,19 @@ class StagedProgram {
     [[nodiscard]] int awaitEnd();
 
   private:
-    void read();
-    [[nodiscard]] std::string unread() const { return words_.substr(heard_); }
+    using Entry = ProgramJournal::Entry;
+
+    [[nodiscard]] bool isRunning() const { return program_ && program_->isRunning(); }
 
     QtLoop& loop_;
-    QProcess process_;
-    /// All output, and how much of it was waited for.
-    std::string words_;
-    std::size_t heard_ = 0;
+    const std::expected<PrivateFolder, std::string> folder_ = PrivateFolder::create();
+    std::unique_ptr<ProgramJournal> journal_;
+    std::unique_ptr<ProgramOnStage> program_;
+    /// With how many of them were waited for.
+    std::vector<std::string> lines_;
+    std::size_t heardLines_ = 0;
+    std::vector<Entry> entries_;
+    std::size_t heardEntries_ = 0;
 };
 
 }  // namespace marrowby

@@ -1,6 +1,7 @@
 #include "Platforms/Linux/Desktop/SingleInstance.h"
-#include "Tests/Platforms/Linux/PrivateBus.h"
+#include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
+#include "Tests/Platforms/Linux/TemporaryFolder.h"
 
 #include <QProcess>
 #include <filesystem>
@@ -64,7 +65,7 @@ TEST(SingleInstanceTest, theSecondInstanceHasTheFirstOpenItsWindow) {
     const auto lockFile = folder.path() / "lock";
     auto holder = std::make_unique<Holder>(lockFile);
     QtLoop loop;
-    const auto bus = PrivateBus::start();
+    const auto bus = startBusForMocks();
     if (!bus) GTEST_SKIP() << noPrivateBus;
     const auto claim = [&](const std::string& address) {
         auto claimed = std::async(std::launch::async, [lockFile, address] {

@@ -1,5 +1,5 @@
 #include "Platforms/Linux/Secrets/PolkitOwnerCheck.h"
-#include "Tests/Platforms/Linux/PrivateBus.h"
+#include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 #include "Unlock/Linux/LinuxWords.h"
 #include "UnlockCore/Storage/StorageError.h"
@@ -48,7 +48,7 @@ QVariant result(bool isAuthorized, bool isChallenge, const QMap<QString, QString
 
 struct PolkitOwnerCheckTest : testing::Test {
     QtLoop loop;
-    std::unique_ptr<PrivateBus> bus = PrivateBus::start();
+    std::unique_ptr<PrivateBus> bus = startBusForMocks();
     std::optional<QDBusConnection> service;
     Authority authority;
     std::optional<PolkitOwnerCheck> check;

@@ -1,5 +1,5 @@
 #include "Platforms/Linux/Secrets/SecretServiceKeyStore.h"
-#include "Tests/Platforms/Linux/KeyringDaemon.h"
+#include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "Unlock/Linux/LinuxWords.h"
 
@@ -64,11 +64,11 @@ struct KeyStore {
 };
 
 struct SecretServiceKeyStoreTest : testing::Test {
-    std::unique_ptr<PrivateBus> bus = PrivateBus::start();
+    std::unique_ptr<PrivateBus> bus = startBusForMocks();
     TemporaryFolder home;
 
-    std::unique_ptr<KeyringDaemon> daemon(const std::string& unlockedWith) {
-        return KeyringDaemon::start(*bus, home.path(), unlockedWith);
+    std::unique_ptr<PrivateKeyring> daemon(const std::string& unlockedWith) {
+        return startKeyring(*bus, home.path(), unlockedWith);
     }
     void SetUp() override {
         if (!bus) GTEST_SKIP() << noPrivateBus;
@@ -176,7 +176,7 @@ TEST_F(SecretServiceKeyStoreTest, neverPromptsAndPassesOnErrors) {
     const char* name = "org.freedesktop.secrets";
     const char* path = "/org/freedesktop/secrets";
     const char* interface = "org.freedesktop.Secret.Service";
-    const auto mock = bus->mock(name, {"--session", name, path, interface});
+    const auto mock = startMock(*bus, name, {"--session", name, path, interface});
     ASSERT_TRUE(mock);
     const auto answer = [&](const char* method, const char* in, const char* out, const char* code) {
         bus->call(name, path, "org.freedesktop.DBus.Mock", "AddMethod",

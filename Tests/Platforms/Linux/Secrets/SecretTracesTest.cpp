@@ -1,4 +1,4 @@
-#include "Tests/Platforms/Linux/KeyringDaemon.h"
+#include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "Tests/SecretTraces/Needle.h"
 
@@ -16,10 +16,10 @@ namespace marrowby {
 namespace {
 
 TEST(SecretTraces, areNeitherInMemoryNorInACoreNorOnDisk) {
-    const auto bus = PrivateBus::start();
+    const auto bus = startBusForMocks();
     if (!bus) GTEST_SKIP() << noPrivateBus;
     const TemporaryFolder home;
-    const auto keyring = KeyringDaemon::start(*bus, home.path(), "the keyring's");
+    const auto keyring = startKeyring(*bus, home.path(), "the keyring's");
     if (!keyring) GTEST_SKIP() << noKeyringDaemon;
 
     const std::string log = home.path() / "log";

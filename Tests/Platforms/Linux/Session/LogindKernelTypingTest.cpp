@@ -1,5 +1,5 @@
 #include "Platforms/Linux/Session/LogindKernelTyping.h"
-#include "Tests/Platforms/Linux/PrivateBus.h"
+#include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/PrivateDisplay.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 
@@ -20,15 +20,15 @@ constexpr const char* mockInterface = "org.freedesktop.DBus.Mock";
 /// A fake logind that answers for the caller's session.
 struct LogindKernelTypingTest : testing::Test {
     QtLoop loop;
-    std::unique_ptr<PrivateBus> bus = PrivateBus::start();
-    PrivateBus::Program program;
+    std::unique_ptr<PrivateBus> bus = startBusForMocks();
+    MockService program;
 
     void SetUp() override {
         if (!bus) GTEST_SKIP() << noPrivateBus;
         begin(getuid());
     }
     void begin(quint32 user) {
-        program = bus->mock(logind, {"--system", "--template", "logind"});
+        program = startMock(*bus, logind, {"--system", "--template", "logind"});
         ASSERT_TRUE(program);
         bus->call(logind, "/org/freedesktop/login1", mockInterface, "AddSession",
                   {"auto", "seat0", user, "somebody", true});

@@ -2,7 +2,7 @@
 #include "Platforms/Linux/Session/LinuxLockMonitor.h"
 #include "Platforms/Linux/Session/LogindWatcher.h"
 #include "Platforms/Linux/Session/ScreenSaverWatcher.h"
-#include "Tests/Platforms/Linux/PrivateBus.h"
+#include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 
 #include <QDBusArgument>
@@ -36,7 +36,7 @@ constexpr const char* mockInterface = "org.freedesktop.DBus.Mock";
 class MockLogind {
   public:
     explicit MockLogind(const PrivateBus& bus)
-        : bus_(bus), program_(bus.mock(logindName, {"--system", "--template", "logind"})) {
+        : bus_(bus), program_(startMock(bus, logindName, {"--system", "--template", "logind"})) {
         call(managerPath, "AddSession", {"c1", "seat0", quint32{getuid()}, "somebody", true});
     }
 
@@ -86,13 +86,13 @@ class MockLogind {
 
   private:
     const PrivateBus& bus_;
-    PrivateBus::Program program_;
+    MockService program_;
 };
 
 struct SessionWatchingTest : testing::Test {
     QtLoop loop;
     QtMainThread mainThread;
-    std::unique_ptr<PrivateBus> bus = PrivateBus::start();
+    std::unique_ptr<PrivateBus> bus = startBusForMocks();
     std::optional<LogindWatcher> logind;
     std::optional<ScreenSaverWatcher> savers;
     std::optional<LinuxLockMonitor> lock;
@@ -223,7 +223,7 @@ TEST_F(SessionWatchingTest, followsScreenSaversThatComeAndGo) {
     watch();
     const char* name = "org.gnome.ScreenSaver";
     const char* path = "/org/gnome/ScreenSaver";
-    auto gnome = bus->mock(name, {"--session", "--template", "gnome_screensaver"});
+    auto gnome = startMock(*bus, name, {"--session", "--template", "gnome_screensaver"});
     ASSERT_TRUE(gnome);
     const LockState unlocked{.isScreenLocked = false, .isOnConsole = {}};
     const LockState locked{.isScreenLocked = true, .isOnConsole = {}};
@@ -246,7 +246,7 @@ TEST_F(SessionWatchingTest, followsScreenSaversThatComeAndGo) {
           std::pair("org.mate.ScreenSaver", "/org/mate/ScreenSaver"),
           std::pair("org.cinnamon.ScreenSaver", "/org/cinnamon/ScreenSaver"),
           std::pair("org.xfce.ScreenSaver", "/org/xfce/ScreenSaver")}) {
-        const auto other = bus->mock(service, {"--session", service, place, service});
+        const auto other = startMock(*bus, service, {"--session", service, place, service});
         ASSERT_TRUE(other) << service;
         bus->call(service, place, mockInterface, "AddMethod",
                   {service, "GetActive", "", "b", "ret = True"});
