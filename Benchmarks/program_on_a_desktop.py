@@ -9,6 +9,7 @@ import os
 import queue
 import random
 import shutil
+import socket
 import subprocess
 import sys
 import tempfile
@@ -96,17 +97,29 @@ class Desktop:
 class Program:
     def __init__(self, desktop, path, *arguments):
         self.desktop = desktop
-        self.process = subprocess.Popen([path, *arguments], env=desktop.environment, text=True, bufsize=1,
-                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        place = desktop.folder / "journal"
+        place.unlink(missing_ok=True)
+        self.journal = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self.journal.bind(str(place))
+        self.process = subprocess.Popen([path, *arguments], env=desktop.environment | {"MARROWBY_JOURNAL": str(place)},
+                                        text=True, bufsize=1, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         desktop.children.append(self.process)
         self.lines, self.seen = queue.Queue(), []
         threading.Thread(target=self.read, daemon=True).start()
+        threading.Thread(target=self.follow, daemon=True).start()
         self.wait("launched")
         self.order("password " + PASSWORD)
 
     def read(self):
         for line in self.process.stdout:
             self.lines.put(line.strip())
+
+    def follow(self):
+        """The events of its journal, as lines."""
+        while True:
+            for field in self.journal.recv(4096).decode().splitlines():
+                if field.startswith("MARROWBY_EVENT="):
+                    self.lines.put("event: " + field.partition("=")[2])
 
     def order(self, order):
         self.process.stdin.write(order + "\n")
@@ -185,12 +198,12 @@ def set_up(program):
 
 def unlocks(desktop, program):
     locker = desktop.lock()
-    program.wait("log: Locked")
+    program.wait("event: locked")
     program.order("scene live-normal 4")
     # On a busy machine a look may end before it has seen enough.
     for _ in range(4):
         desktop.come_back()
-        if program.wait(("log: Unlocked", "log: Not recognised")) == "log: Unlocked":
+        if program.wait(("event: unlocked", "event: failed")) == "event: unlocked":
             break
     check(locker.wait(5) == 0, "The locker did not end by the password.")
 

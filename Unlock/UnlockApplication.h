@@ -40,7 +40,6 @@ class UnlockApplication {
     void willTerminate();
 
     [[nodiscard]] UnlockModel& model() { return *model_; }
-    [[nodiscard]] const UnlockJournal& journal() const { return journal_; }
 
   private:
     /// On a later turn.

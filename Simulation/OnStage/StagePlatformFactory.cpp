@@ -8,7 +8,6 @@
 #include "Simulation/Scenes/ModelFolder.h"
 #include "Simulation/Scenes/SceneCatalogue.h"
 #include "Simulation/Scenes/SceneFilm.h"
-#include "Unlock/UnlockApplication.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -101,8 +100,7 @@ std::unique_ptr<OwnerCheck> StagePlatformFactory::makeOwnerCheck(MainThread& mai
     return std::make_unique<SceneOwner>(mainThread, ownerConfirms_);
 }
 
-void StagePlatformFactory::didLaunch(UnlockApplication& application) {
-    application_ = &application;
+void StagePlatformFactory::didLaunch(UnlockApplication& /*application*/) {
     input_ = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(input_.get(), &QSocketNotifier::activated, input_.get(),
                      [this] { readOrders(); });
@@ -208,11 +206,6 @@ void StagePlatformFactory::observe() {
     if (page != std::exchange(page_, page)) say("page: " + page);
     const std::string focus = focused();
     if (focus != std::exchange(focus_, focus)) say("focus: " + focus);
-    for (const UnlockJournal::Entry& entry : application_->journal().entries()) {
-        if (entry.at <= lastEntry_) continue;
-        lastEntry_ = entry.at;
-        say("log: " + entry.text);
-    }
 }
 
 bool StagePlatformFactory::savePicture(const std::string& file) const {

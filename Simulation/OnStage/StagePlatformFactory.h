@@ -27,8 +27,7 @@ namespace marrowby {
 /// person, who follows the ring of the window), “turn” (that person’s head), “scene NAME N”,
 /// “nobody”, “password TEXT”, “owner yes”, “owner no”, “clock SECONDS” (forward) and “picture FILE”
 /// (the cameras’ newest, as PNG). Writes to the standard output what a window shows first (“page:
-/// TITLE”), what has the focus, what the engine logs, and when a camera that was started gives its
-/// first picture.
+/// TITLE”), what has the focus, and when a camera that was started gives its first picture.
 class StagePlatformFactory final : public PlatformFactory {
   public:
     /// `models`: the folder of the model pack.
@@ -70,13 +69,11 @@ class StagePlatformFactory final : public PlatformFactory {
     std::shared_ptr<const PixelBuffer> picture_ GUARDED_BY(pictureMutex_);
     Date sceneBegan_;
 
-    UnlockApplication* application_ = nullptr;
     std::unique_ptr<QSocketNotifier> input_;
     std::string unread_;
     std::unique_ptr<QTimer> observing_;
     std::string page_;
     std::string focus_;
-    Date lastEntry_;
 };
 
 }  // namespace marrowby

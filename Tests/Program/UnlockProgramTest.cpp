@@ -189,8 +189,9 @@ TEST_F(UnlockProgramTest, obeysCommandsFromATerminal) {
     std::filesystem::remove(settings);
     std::filesystem::create_directory(settings);
     ASSERT_NO_FATAL_FAILURE(start());
-    EXPECT_THAT(tell({"doctor"}),
-                HasSubstr("\nNO  Last problem: The settings couldn’t be read and won’t be saved: "));
+    EXPECT_THAT(
+        tell({"doctor"}),
+        HasSubstr("\nNO  Last problem: The settings couldn’t be read and won’t be saved: "));
 }
 
 TEST_F(UnlockProgramTest, selfCheckSucceedsUnlessInterrupted) {
