@@ -1,6 +1,6 @@
 #include "Platforms/Linux/Vision/Landmarks98Model.h"
 
-#include "Platforms/Linux/Vision/OpenCvModel.h"
+#include "Platforms/Linux/Vision/OnnxModel.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
 #include <algorithm>
@@ -72,8 +72,8 @@ std::expected<Landmarks98Model, std::string> Landmarks98Model::load(const OnnxSo
         return std::unexpected("The model “" + from.path.filename().string() +
                                "” is no finder of face landmarks.");
     }
-    auto straight = OpenCvModel::load(*file);
-    auto mirrored = OpenCvModel::load(*file);
+    auto straight = OnnxModel::load(*file);
+    auto mirrored = OnnxModel::load(*file);
     if (!straight) return std::unexpected(straight.error());
     if (!mirrored) return std::unexpected(mirrored.error());
     Landmarks98Model model(*std::move(straight), *std::move(mirrored));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/Vision/OpenCvModel.h"
+#include "Platforms/Linux/Vision/OnnxModel.h"
 #include "UnlockCore/Foundation/Geometry.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
@@ -34,14 +34,14 @@ class Landmarks98Model {
   private:
     /// A model instance for the face or for its mirror image.
     struct View {
-        OpenCvModel model;
-        OpenCvModel::Input input{.name = "image", .planes = {}};
+        OnnxModel model;
+        OnnxModel::Input input{.name = "image", .planes = {}};
 
         /// Landmarks in 0…1 of the crop.
         [[nodiscard]] std::expected<Landmarks98, std::string> run(const cv::Mat& crop);
     };
 
-    Landmarks98Model(OpenCvModel straight, OpenCvModel mirrored)
+    Landmarks98Model(OnnxModel straight, OnnxModel mirrored)
         : straight_{std::move(straight)}, mirrored_{std::move(mirrored)} {}
 
     View straight_;

@@ -1,7 +1,7 @@
 #include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
 
 #include "Platforms/Linux/Vision/OnnxFile.h"
-#include "Platforms/Linux/Vision/OpenCvModel.h"
+#include "Platforms/Linux/Vision/OnnxModel.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -44,7 +44,7 @@ NeuralFeature outputFeature(const OnnxFile::Value& value) {
 
 class OpenCvNeuralModel final : public NeuralModel {
   public:
-    OpenCvNeuralModel(NeuralModelDescription description, OpenCvModel model,
+    OpenCvNeuralModel(NeuralModelDescription description, OnnxModel model,
                       NeuralModels::ChannelOrder order)
         : description_(std::move(description)), model_(std::move(model)), order_(order) {}
 
@@ -93,9 +93,9 @@ class OpenCvNeuralModel final : public NeuralModel {
 
   private:
     NeuralModelDescription description_;
-    OpenCvModel model_;
+    OnnxModel model_;
     NeuralModels::ChannelOrder order_;
-    std::vector<OpenCvModel::Input> planes_;
+    std::vector<OnnxModel::Input> planes_;
 };
 
 }  // namespace
@@ -104,7 +104,7 @@ std::expected<std::unique_ptr<NeuralModel>, std::string> OpenCvNeuralModels::loa
     const std::filesystem::path& path, const Options& options) {
     const auto file = OnnxFile::read({path, options.sha256});
     if (!file) return std::unexpected(file.error());
-    auto loaded = OpenCvModel::load(*file);
+    auto loaded = OnnxModel::load(*file);
     if (!loaded) return std::unexpected(loaded.error());
 
     NeuralModelDescription description;

@@ -1,6 +1,6 @@
 #include "Platforms/Linux/Vision/YuNetFaceFinder.h"
 
-#include "Platforms/Linux/Vision/OpenCvModel.h"
+#include "Platforms/Linux/Vision/OnnxModel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -94,7 +94,7 @@ std::expected<YuNetFaceFinder, std::string> YuNetFaceFinder::load(const OnnxSour
                                    "” is no YuNet face detector.");
         }
     }
-    auto model = OpenCvModel::load(*file);
+    auto model = OnnxModel::load(*file);
     if (!model) return std::unexpected(model.error());
     YuNetFaceFinder finder(*std::move(model));
     // Warm-up at a usual size: the first run takes several times as long.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platforms/Linux/Vision/OpenCvModel.h"
+#include "Platforms/Linux/Vision/OnnxModel.h"
 #include "UnlockCore/Foundation/Geometry.h"
 
 #include <array>
@@ -35,10 +35,10 @@ class YuNetFaceFinder {
     [[nodiscard]] std::expected<std::vector<Face>, std::string> find(const cv::Mat& bgr);
 
   private:
-    explicit YuNetFaceFinder(OpenCvModel model) : model_(std::move(model)) {}
+    explicit YuNetFaceFinder(OnnxModel model) : model_(std::move(model)) {}
 
-    OpenCvModel model_;
-    OpenCvModel::Input input_{.name = "input", .planes = {}};
+    OnnxModel model_;
+    OnnxModel::Input input_{.name = "input", .planes = {}};
 };
 
 }  // namespace marrowby

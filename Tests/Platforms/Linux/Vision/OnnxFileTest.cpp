@@ -83,7 +83,7 @@ TEST(OnnxFile, ADamagedModelIsAnErrorNeverAnException) {
     ASSERT_TRUE(OnnxFile::read(file.path));
     const auto model = neuralModels.load(file.path, {});
     ASSERT_FALSE(model);
-    EXPECT_EQ(model.error(), "OpenCV can’t run this model.");
+    EXPECT_EQ(model.error(), "This model can’t be run.");
 }
 
 }  // namespace

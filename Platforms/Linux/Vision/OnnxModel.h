@@ -18,7 +18,7 @@ namespace marrowby {
 /// A model that runs on the calling thread, one at a time. Errors are sentences for the user.
 /// Switches off OpenCV's threads for the whole process: with models this small they take twice the
 /// CPU time and finish no sooner.
-class OpenCvModel {
+class OnnxModel {
   public:
     /// A reusable input: three planes of `width` × `height` values, one after the other.
     struct Input {
@@ -28,26 +28,31 @@ class OpenCvModel {
         std::vector<float> planes;
     };
 
-    [[nodiscard]] static std::expected<OpenCvModel, std::string> load(const OnnxFile& file);
-    OpenCvModel(OpenCvModel&&) noexcept;
-    OpenCvModel& operator=(OpenCvModel&&) noexcept;
-    ~OpenCvModel();
+    /// Who runs it. OpenCV is several times as slow, but knows more operators.
+    enum class Engine { oneDnn, openCv };
 
+    [[nodiscard]] static std::expected<OnnxModel, std::string> load(
+        const OnnxFile& file, Engine preferred = Engine::oneDnn);
+    OnnxModel(OnnxModel&&) noexcept;
+    OnnxModel& operator=(OnnxModel&&) noexcept;
+    ~OnnxModel();
+
+    [[nodiscard]] Engine engine() const;
     /// All outputs in the file's order; valid until the next run.
     [[nodiscard]] std::expected<std::span<const NeuralOutput>, std::string> run(
         std::span<const Input> inputs);
 
   private:
     struct Net;
-    explicit OpenCvModel(std::unique_ptr<Net> net);
+    explicit OnnxModel(std::unique_ptr<Net> net);
 
     std::unique_ptr<Net> net_;
 };
 
 /// Fills an input from a bitmap, as BGR or RGB; false for an unreadable format.
-[[nodiscard]] bool fillInput(OpenCvModel::Input& input, const Bitmap& image,
+[[nodiscard]] bool fillInput(OnnxModel::Input& input, const Bitmap& image,
                              NeuralModels::ChannelOrder order);
 
-void fillPlanes(OpenCvModel::Input& input, const cv::Mat& bgr, NeuralModels::ChannelOrder order);
+void fillPlanes(OnnxModel::Input& input, const cv::Mat& bgr, NeuralModels::ChannelOrder order);
 
 }  // namespace marrowby

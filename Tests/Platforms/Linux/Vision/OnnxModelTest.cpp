@@ -1,10 +1,11 @@
-#include "Platforms/Linux/Vision/OpenCvModel.h"
+#include "Platforms/Linux/Vision/OnnxModel.h"
 #include "Platforms/Linux/Vision/OpenCvNeuralModels.h"
 #include "Tests/Fakes/SharedFolder.h"
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <numeric>
 #include <utility>
@@ -43,7 +44,7 @@ double sum(const std::vector<float>& values) {
     return std::accumulate(values.begin(), values.end(), 0.0);
 }
 
-struct OpenCvModelTest : testing::Test {
+struct OnnxModelTest : testing::Test {
     void SetUp() override {
         const auto shared = sharedFolder();
         if (!shared) GTEST_SKIP() << noSharedFolder;
@@ -55,7 +56,57 @@ struct OpenCvModelTest : testing::Test {
     nlohmann::json reference;
 };
 
-TEST_F(OpenCvModelTest, ModelsGiveTheReferenceOutputs) {
+/// OpenCV's own arithmetic is the measure for ours.
+TEST(OnnxModel, BothEnginesGiveTheSame) {
+    std::vector<std::filesystem::path> folders{std::filesystem::path(MARROWBY_SOURCE_DIR) /
+                                               "Models"};
+    if (const auto shared = sharedFolder()) folders.push_back(*shared / "models");
+    int compared = 0;
+    for (const auto& folder : folders) {
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            if (entry.path().extension() != ".onnx") continue;
+            SCOPED_TRACE(entry.path().filename());
+            const auto file = OnnxFile::read(entry.path());
+            ASSERT_TRUE(file) << file.error();
+            std::vector<OnnxModel::Input> inputs;
+            for (const OnnxFile::Value& input : file->inputs) {
+                // The finders take any size.
+                const bool isFixed = input.shape[2] > 0 && input.shape[2] < 320;
+                inputs.push_back({input.name,
+                                  isFixed ? static_cast<int>(input.shape[3]) : 160,
+                                  isFixed ? static_cast<int>(input.shape[2]) : 96,
+                                  {}});
+                for (int c = 0; c < 3; ++c) {
+                    for (int y = 0; y < inputs.back().height; ++y) {
+                        for (int x = 0; x < inputs.back().width; ++x)
+                            inputs.back().planes.push_back(static_cast<float>(pattern(c, y, x)));
+                    }
+                }
+            }
+            auto ours = OnnxModel::load(*file);
+            auto openCvs = OnnxModel::load(*file, OnnxModel::Engine::openCv);
+            ASSERT_TRUE(ours && openCvs);
+            EXPECT_EQ(ours->engine(), OnnxModel::Engine::oneDnn);
+            EXPECT_EQ(openCvs->engine(), OnnxModel::Engine::openCv);
+            const auto expected = openCvs->run(inputs);
+            // The second run finds memory that the first has used.
+            ASSERT_TRUE(ours->run(inputs));
+            const auto outputs = ours->run(inputs);
+            ASSERT_TRUE(outputs && expected);
+            ASSERT_EQ(outputs->size(), expected->size());
+            for (std::size_t i = 0; i < outputs->size(); ++i) {
+                const auto& [name, values] = (*outputs)[i];
+                ASSERT_EQ(values.size(), (*expected)[i].values.size()) << name;
+                for (std::size_t j = 0; j < values.size(); ++j)
+                    ASSERT_NEAR(values[j], (*expected)[i].values[j], 1e-4) << name << " " << j;
+            }
+            ++compared;
+        }
+    }
+    EXPECT_GE(compared, 4);
+}
+
+TEST_F(OnnxModelTest, ModelsGiveTheReferenceOutputs) {
     const nlohmann::json& embedder = reference["Embedder128"];
     const nlohmann::json& landmarks = reference["Landmarks98"];
     const struct {
@@ -102,12 +153,12 @@ TEST_F(OpenCvModelTest, ModelsGiveTheReferenceOutputs) {
     }
 }
 
-TEST_F(OpenCvModelTest, TheDetectorTakesOtherInputSizesThanItsFileDeclares) {
+TEST_F(OnnxModelTest, TheDetectorTakesOtherInputSizesThanItsFileDeclares) {
     const auto file = OnnxFile::read(folder / "face_detection_yunet_2023mar.onnx");
     ASSERT_TRUE(file);
-    auto model = OpenCvModel::load(*file);
+    auto model = OnnxModel::load(*file);
     ASSERT_TRUE(model);
-    OpenCvModel::Input input{"input", 320, 256, {}};
+    OnnxModel::Input input{"input", 320, 256, {}};
     for (int c = 0; c < 3; ++c) {
         for (int y = 0; y < input.height; ++y) {
             for (int x = 0; x < input.width; ++x) {
