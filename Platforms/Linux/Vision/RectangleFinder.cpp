@@ -73,18 +73,20 @@ double seen(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps, float begin 
 }
 
 /// Fraction of the outline that lies on an edge, but at most 1.5 times that of the least visible
-/// side: hands hide parts of it.
-double confidence(const Quad& quad, const EdgeMaps& maps, std::size_t sides = 4) {
+/// side: hands hide parts of it. Below `enough` it is only known to be less.
+double confidence(const Quad& quad, const EdgeMaps& maps, std::size_t sides, double enough) {
+    constexpr double mostOfLeast = 1.5;
     double least = 1;
     double length = 0;
     double covered = 0;
     for (std::size_t i = 0; i < sides; ++i) {
         const double share = seen(quad.at(i), quad.at((i + 1) % 4), maps);
         least = std::min(least, share);
+        if (mostOfLeast * least < enough) return mostOfLeast * least;
         length += sideLength(quad, i);
         covered += share * sideLength(quad, i);
     }
-    return std::min(covered / length, 1.5 * least);
+    return std::min(covered / length, mostOfLeast * least);
 }
 
 /// The outline's four corners; `nullopt` if it has another number.
@@ -326,9 +328,12 @@ std::optional<std::vector<Rect>> findRectangles(const Bitmap& image,
     const double leastSide = request.minimumSize * std::min(small.cols, small.rows);
     const cv::Rect2d frame(0, 0, bgr->cols, bgr->rows);
     const EdgeMaps maps = edgeMaps(small);
-    const auto consider = [&](const Quad& quad, bool isCut, double share) {
-        if (!(share >= request.minimumConfidence) || !hasShape(quad, request, leastSide) ||
-            !isWhole(quad, maps, isCut) || !standsAlone(quad, maps, isCut)) {
+    const auto consider = [&](const Quad& quad, bool isCut, std::size_t sides) {
+        // The cheapest question first: there are thousands of them.
+        if (!hasShape(quad, request, leastSide)) return;
+        const double share = confidence(quad, maps, sides, request.minimumConfidence);
+        if (!(share >= request.minimumConfidence) || !isWhole(quad, maps, isCut) ||
+            !standsAlone(quad, maps, isCut)) {
             return;
         }
         const auto [left, right] = std::ranges::minmax(quad, {}, &cv::Point2f::x);
@@ -345,10 +350,10 @@ std::optional<std::vector<Rect>> findRectangles(const Bitmap& image,
         const Quad quad = fromLowerLeft(outline);
         const bool isCut =
             std::max(quad[0].y, quad[3].y) > static_cast<float>(small.rows) - cutMargin;
-        consider(quad, isCut, confidence(quad, maps));
+        consider(quad, isCut, 4);
     }
     for (const auto& [quad, isCut] : linedQuads(small))
-        consider(quad, isCut, confidence(quad, maps, isCut ? 3 : 4));
+        consider(quad, isCut, isCut ? 3 : 4);
 
     // A full outline ranks before a cut-off one. Of overlapping candidates that share sides with
     // another object, the best visible wins.
