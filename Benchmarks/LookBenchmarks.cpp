@@ -81,7 +81,7 @@ class Bench {
             if (!seen_ && picture_) camera_->show(picture_);
         });
         again_.start(300);
-        scanner_->preload();
+        scanner_->follow(true);
         while (!isLoaded_)
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);

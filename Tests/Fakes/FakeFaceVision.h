@@ -19,6 +19,8 @@ class FakeFaceVision final : public FaceVision {
     std::optional<std::string> rectanglesFault;
     std::optional<std::string> detailsFault;
     int rectangleRequests = 0;
+    std::optional<std::string> preparationFault;
+    bool isPrepared = false;
     /// Boxes that the third request finds, and what it was last asked for.
     std::vector<Rect> boxes;
     std::optional<std::string> boxesFault;
@@ -44,6 +46,13 @@ class FakeFaceVision final : public FaceVision {
         faces.clear();
         details = {};
     }
+
+    [[nodiscard]] std::expected<void, std::string> prepare() override {
+        if (preparationFault) return std::unexpected(*preparationFault);
+        isPrepared = true;
+        return {};
+    }
+    void release() override { isPrepared = false; }
 
     [[nodiscard]] std::expected<std::vector<FaceRectangleObservation>, std::string> faceRectangles(
         const Bitmap& /*image*/) override {

@@ -250,11 +250,10 @@ std::expected<void, std::string> CompositionRoot::start() {
     auto pack = factory_.models(paths_.modelFolders());
     if (!pack) return std::unexpected(std::move(pack.error()));
     for (auto* vision : {&scanVision_, &enrollmentVision_}) {
-        auto finder = OpenCvFaceVision::load(
-            {pack->folder / pack->finderFile, pack->sumOf("finder")},
-            {pack->folder / pack->landmarksFile, pack->sumOf("landmarks")}, queues_.background());
-        if (!finder) return std::unexpected(std::move(finder.error()));
-        *vision = *std::move(finder);
+        *vision = std::make_unique<OpenCvFaceVision>(
+            OnnxSource(pack->folder / pack->finderFile, pack->sumOf("finder")),
+            OnnxSource(pack->folder / pack->landmarksFile, pack->sumOf("landmarks")),
+            queues_.background());
     }
     application_ = std::make_unique<UnlockApplication>(
         UnlockPlatform{.words = linuxWords,

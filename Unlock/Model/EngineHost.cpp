@@ -48,13 +48,15 @@ EngineHost::EngineHost(const Services& services, PasswordHealth health,
     activity_.onActivity = [this](const InputActivity& input) {
         coordinator_.send(Event::Activity{input});
     };
-    scanner_.preload();
+    scanner_.follow(platform_.lockState.state().isScreenLocked.value_or(false));
 }
 
 void EngineHost::follow(LockEvent event) {
     if (event == LockEvent::screenLocked && platform_.activities != nullptr)
         lockedActivity_ = platform_.activities->begin("Waiting for you at the lock screen");
     if (event == LockEvent::screenUnlocked) lockedActivity_.reset();
+    if (event == LockEvent::screenLocked || event == LockEvent::screenUnlocked)
+        scanner_.follow(event == LockEvent::screenLocked);
     coordinator_.setSleeping(platform_.lockEvents.isSleeping());
     coordinator_.send(Event::Lock{event});
 }

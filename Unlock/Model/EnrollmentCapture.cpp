@@ -60,6 +60,7 @@ EnrollmentCapture::EnrollmentCapture(Services services, Callbacks callbacks)
 EnrollmentCapture::~EnrollmentCapture() {
     services_.camera.setOnFrame({});
     services_.camera.stop();
+    services_.vision.release();
 }
 
 std::expected<void, CameraError> EnrollmentCapture::start(

@@ -28,6 +28,7 @@ class CameraFaceScanner::Models {
     /// Loads what is missing; the error is for the user. One call at a time.
     std::optional<std::string> load() {
         const Loaded before = loaded();
+        if (auto prepared = vision_.prepare(); !prepared) return std::move(prepared.error());
         if (!before.recognizer) {
             auto embedder = loadEmbedder_();
             if (!embedder) return description(embedder.error());
@@ -43,6 +44,17 @@ class CameraFaceScanner::Models {
             loaded_.antiSpoof = *std::move(antiSpoof);
         }
         return std::nullopt;
+    }
+
+    /// Not beside load().
+    void unload() {
+        Loaded gone;
+        {
+            const MutexLock lock(mutex_);
+            std::swap(gone, loaded_);
+        }
+        gone = {};
+        vision_.release();
     }
 
     [[nodiscard]] Loaded loaded() const {
@@ -188,10 +200,35 @@ CameraFaceScanner::~CameraFaceScanner() {
     stop();
 }
 
-void CameraFaceScanner::preload() {
+void CameraFaceScanner::follow(bool isLocked) {
     assert(services_.mainThread.isCurrent());
+    isLocked_ = isLocked;
+    if (isLocked_) {
+        preload();
+    } else {
+        restLater();
+    }
+}
+
+void CameraFaceScanner::restLater() {
+    constexpr TimeInterval tolerance{60};
+    if (isLocked_ || scan_ || !areHeld_) return;
+    rest_ = services_.mainThread.at(services_.clock.now() + keptFor, tolerance, [this] {
+        rest_.reset();
+        if (isLoading_) {
+            restLater();
+        } else {
+            areHeld_ = false;
+            models_->unload();
+        }
+    });
+}
+
+void CameraFaceScanner::preload() {
+    rest_.reset();
     if (isLoading_ || models_->areComplete()) return;
     isLoading_ = true;
+    areHeld_ = true;
     const auto finish = weakSelf_.guarded(&CameraFaceScanner::finishLoading);
     services_.queues.background()->async(
         [finish, models = models_, &mainThread = services_.mainThread] {
@@ -228,6 +265,7 @@ void CameraFaceScanner::stop() {
     scan_.reset();
     camera_.setOnFrame({});
     camera_.stop();
+    restLater();
 }
 
 void CameraFaceScanner::fail(std::string message) {

@@ -25,9 +25,10 @@
 namespace marrowby {
 
 /// Scans the camera's frames for an enrolled, live face. Main thread; frames are processed on the
-/// camera's queue, one at a time, and dropped while it is busy. Both models are loaded once and
-/// kept. A model that fails to load or fails on every frame ends the scan with its error; the next
-/// scan tries again. A camera that starts but never delivers gives no callback at all.
+/// camera's queue, one at a time, and dropped while it is busy. The models are loaded when the
+/// screen is locked or a scan starts, and given back ten minutes after the last of both. A model
+/// that fails to load or fails on every frame ends the scan with its error; the next scan tries
+/// again. A camera that starts but never delivers gives no callback at all.
 class CameraFaceScanner final : public FaceScanning {
   public:
     using LoadEmbedder =
@@ -59,8 +60,12 @@ class CameraFaceScanner final : public FaceScanning {
     CameraFaceScanner(const CameraFaceScanner&) = delete;
     CameraFaceScanner& operator=(const CameraFaceScanner&) = delete;
 
-    /// Loads the models ahead of the first scan. A failure is reported by the next scan.
-    void preload();
+    /// How long the models stay when the screen is unlocked and no scan runs.
+    static constexpr TimeInterval keptFor{600};
+
+    /// Whether the screen is locked: then the models are loaded ahead of the next scan, which
+    /// reports a failure, and kept.
+    void follow(bool isLocked);
 
     void start(ScanID scan, const ScanConfiguration& configuration, Callbacks callbacks) override;
     void stop() override;
@@ -70,6 +75,8 @@ class CameraFaceScanner final : public FaceScanning {
     class Loop;
     struct Scan;
 
+    void preload();
+    void restLater();
     void finishLoading(const std::optional<std::string>& fault);
     void fail(std::string message);
 
@@ -77,6 +84,11 @@ class CameraFaceScanner final : public FaceScanning {
     CameraManager camera_;
     std::shared_ptr<Models> models_;
     bool isLoading_ = false;
+    bool isLocked_ = false;
+    /// Models were loaded, or that was tried, since they were last given back.
+    bool areHeld_ = false;
+    /// Gives them back; only while they are held, unlocked and not scanning.
+    std::unique_ptr<MainThread::Timer> rest_;
     std::shared_ptr<Scan> scan_;
     WeakSelf<CameraFaceScanner> weakSelf_{this};
 };

@@ -75,6 +75,11 @@ class FaceVision {
   public:
     virtual ~FaceVision() = default;
 
+    /// Loads what the requests need, which they do themselves otherwise. Any thread.
+    [[nodiscard]] virtual std::expected<void, std::string> prepare() { return {}; }
+    /// Gives the memory for it back. Any thread; waits for a request under way.
+    virtual void release() {}
+
     [[nodiscard]] virtual std::expected<std::vector<FaceRectangleObservation>, std::string>
     faceRectangles(const Bitmap& image) = 0;
 

@@ -753,6 +753,12 @@ std::optional<DnnlNetwork> DnnlNetwork::create(OnnxGraph graph, std::vector<std:
     return DnnlNetwork(std::move(graph), std::move(outputs));
 }
 
+void DnnlNetwork::forgetUnused() {
+    const int capacity = dnnl::get_primitive_cache_capacity();
+    dnnl::set_primitive_cache_capacity(0);
+    dnnl::set_primitive_cache_capacity(capacity);
+}
+
 bool DnnlNetwork::run(std::span<const Image> images, std::span<NeuralOutput> outputs) {
     // Of the calling thread only.
     omp_set_num_threads(1);

@@ -31,6 +31,9 @@ class DnnlNetwork {
     DnnlNetwork& operator=(DnnlNetwork&&) noexcept;
     ~DnnlNetwork();
 
+    /// Drops what oneDNN keeps for networks like those that have been. Any thread.
+    static void forgetUnused();
+
     /// Fills the outputs in the order given. Plans anew where the sizes differ from the last run's.
     /// False where the sizes do not fit; throws what oneDNN throws.
     [[nodiscard]] bool run(std::span<const Image> images, std::span<NeuralOutput> outputs);

@@ -11,6 +11,7 @@
 #include <utility>
 #include <variant>
 
+#include <malloc.h>
 #include <opencv2/core.hpp>
 #include <opencv2/core/utils/logger.hpp>
 #include <opencv2/dnn.hpp>
@@ -96,6 +97,11 @@ std::expected<OnnxModel, std::string> OnnxModel::load(const OnnxFile& file, Engi
         return std::unexpected(cannotLoad);
     }
     return OnnxModel(std::move(net));
+}
+
+void OnnxModel::trimMemory() {
+    DnnlNetwork::forgetUnused();
+    ::malloc_trim(0);
 }
 
 OnnxModel::Engine OnnxModel::engine() const {

@@ -37,6 +37,9 @@ class OnnxModel {
     OnnxModel& operator=(OnnxModel&&) noexcept;
     ~OnnxModel();
 
+    /// Returns what unloaded models leave behind to the system. Any thread.
+    static void trimMemory();
+
     [[nodiscard]] Engine engine() const;
     /// All outputs in the file's order; valid until the next run.
     [[nodiscard]] std::expected<std::span<const NeuralOutput>, std::string> run(

@@ -4,6 +4,7 @@
 #include "Platforms/Linux/Vision/FaceQuality.h"
 #include "Platforms/Linux/Vision/HeadPose.h"
 #include "Platforms/Linux/Vision/Landmarks98Model.h"
+#include "Platforms/Linux/Vision/OnnxModel.h"
 #include "Platforms/Linux/Vision/RectangleFinder.h"
 #include "Platforms/Linux/Vision/YuNetFaceFinder.h"
 
@@ -67,19 +68,39 @@ struct OpenCvFaceVision::Models {
     Landmarks98Model landmarks;
 };
 
-OpenCvFaceVision::OpenCvFaceVision(std::unique_ptr<Models> models,
+OpenCvFaceVision::OpenCvFaceVision(OnnxSource detector, OnnxSource landmarks,
                                    std::shared_ptr<WorkQueue> helper)
-    : models_(std::move(models)), helper_(std::move(helper)) {}
+    : detector_(std::move(detector)),
+      landmarks_(std::move(landmarks)),
+      helper_(std::move(helper)) {}
 OpenCvFaceVision::~OpenCvFaceVision() = default;
 
 std::expected<std::unique_ptr<OpenCvFaceVision>, std::string> OpenCvFaceVision::load(
     const OnnxSource& detector, const OnnxSource& landmarks, std::shared_ptr<WorkQueue> helper) {
-    auto faces = YuNetFaceFinder::load(detector);
+    auto vision = std::make_unique<OpenCvFaceVision>(detector, landmarks, std::move(helper));
+    if (auto loaded = vision->prepare(); !loaded) return std::unexpected(std::move(loaded.error()));
+    return vision;
+}
+
+std::expected<void, std::string> OpenCvFaceVision::prepare() {
+    const MutexLock lock(mutex_);
+    return loadModels();
+}
+
+std::expected<void, std::string> OpenCvFaceVision::loadModels() {
+    if (models_) return {};
+    auto faces = YuNetFaceFinder::load(detector_);
     if (!faces) return std::unexpected(faces.error());
-    auto points = Landmarks98Model::load(landmarks);
+    auto points = Landmarks98Model::load(landmarks_);
     if (!points) return std::unexpected(points.error());
-    return std::unique_ptr<OpenCvFaceVision>(new OpenCvFaceVision(
-        std::make_unique<Models>(*std::move(faces), *std::move(points)), std::move(helper)));
+    models_ = std::make_unique<Models>(*std::move(faces), *std::move(points));
+    return {};
+}
+
+void OpenCvFaceVision::release() {
+    const MutexLock lock(mutex_);
+    models_.reset();
+    OnnxModel::trimMemory();
 }
 
 std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVision::faceRectangles(
@@ -88,6 +109,8 @@ std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVisi
     try {
         const auto bgr = bgrMat(image);
         if (!bgr) return std::unexpected(notSearched);
+        const MutexLock lock(mutex_);
+        if (auto loaded = loadModels(); !loaded) return std::unexpected(std::move(loaded.error()));
         auto faces = models_->faces.find(*bgr);
         if (!faces) return std::unexpected(faces.error());
 

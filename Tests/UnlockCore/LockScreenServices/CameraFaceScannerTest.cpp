@@ -242,15 +242,15 @@ TEST_F(CameraFaceScannerTest, FailsAtOnceWithoutACameraAndWorksAtTheNextLook) {
 }
 
 TEST_F(CameraFaceScannerTest, LoadsBothModelsOnceOffTheMainThread) {
-    scanner->preload();
-    scanner->preload();
+    scanner->follow(true);
+    scanner->follow(true);
     start();
     EXPECT_EQ(embedderLoads, 0) << "not on the main thread";
     deliver(true);
     mainThread.runPosted();
     EXPECT_EQ(vision.rectangleRequests, 0) << "frames that come before the models are skipped";
     settle();
-    scanner->preload();
+    scanner->follow(true);
     for (const ScanID id : {ScanID{1}, ScanID{2}}) {
         startFully(id);
         observe();
@@ -262,12 +262,54 @@ TEST_F(CameraFaceScannerTest, LoadsBothModelsOnceOffTheMainThread) {
     EXPECT_EQ(frames.size(), 2U);
 }
 
+TEST_F(CameraFaceScannerTest, HasTheModelsWhileLockedAndForTenMinutesAfterTheLastLockOrScan) {
+    constexpr TimeInterval hour(3600);
+    constexpr TimeInterval almost = CameraFaceScanner::keptFor - TimeInterval(1);
+    const auto areLoaded = [&] {
+        settle();
+        EXPECT_EQ(vision.isPrepared, embedder.use_count() > 1);
+        return vision.isPrepared;
+    };
+    scanner->follow(false);
+    EXPECT_FALSE(areLoaded());
+    EXPECT_TRUE(mainThread.timers().empty()) << "nothing to be woken for";
+    scanner->follow(true);
+    EXPECT_TRUE(areLoaded());
+    mainThread.advance(hour);
+    EXPECT_TRUE(areLoaded()) << "still locked";
+
+    scanner->follow(false);
+    mainThread.advance(almost);
+    EXPECT_TRUE(areLoaded());
+    startFully();
+    mainThread.advance(hour);
+    EXPECT_TRUE(areLoaded()) << "a scan runs";
+    scanner->stop();
+    mainThread.advance(almost);
+    scanner->follow(true);
+    mainThread.advance(hour);
+    EXPECT_TRUE(areLoaded()) << "locked again";
+    EXPECT_EQ(embedderLoads, 1);
+    scanner->follow(false);
+    mainThread.advance(CameraFaceScanner::keptFor);
+    EXPECT_FALSE(areLoaded());
+    EXPECT_TRUE(mainThread.timers().empty());
+
+    // A scan that nothing announced loads them, too.
+    startFully();
+    EXPECT_TRUE(areLoaded());
+    observe();
+    EXPECT_EQ(frames.size(), 1U);
+    EXPECT_EQ(embedderLoads, 2);
+    scanner->stop();
+}
+
 TEST_F(CameraFaceScannerTest, EndsTheLookThatWaitsWhenAModelFailsToLoadAndTriesAgain) {
     embedderFault = FaceModelError::NotFound{"SFace.mlmodelc"};
-    scanner->preload();
+    scanner->follow(true);
     settle();
     EXPECT_TRUE(failures.empty()) << "no look is waiting";
-    scanner->preload();
+    scanner->follow(true);
     startFully();
     EXPECT_EQ(failures, std::vector{description(*embedderFault)});
     EXPECT_EQ(embedderLoads, 2) << "one attempt serves the preload and the look";
@@ -280,9 +322,14 @@ TEST_F(CameraFaceScannerTest, EndsTheLookThatWaitsWhenAModelFailsToLoadAndTriesA
     EXPECT_FALSE(session->isRunning());
 
     antiSpoofFault.reset();
+    vision.preparationFault = "The finder isn’t there.";
+    startFully(ScanID{10});
+    EXPECT_EQ(failures.back(), "The finder isn’t there.");
+
+    vision.preparationFault.reset();
     startFully(ScanID{9});
     observe();
-    EXPECT_EQ(failures.size(), 2U);
+    EXPECT_EQ(failures.size(), 3U);
     EXPECT_EQ(frames.size(), 1U);
     EXPECT_EQ(embedderLoads, 3) << "the embedder that was loaded is kept";
 }
