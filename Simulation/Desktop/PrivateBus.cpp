@@ -15,9 +15,9 @@ namespace marrowby {
 
 namespace {
 
-constexpr TimeInterval startLimit{60};
-constexpr int patience = 60'000;
-constexpr TimeInterval askStep{0.01};
+constexpr TimeInterval serviceLimit{60};
+constexpr int callMilliseconds = 60'000;
+constexpr TimeInterval askInterval{0.01};
 
 }  // namespace
 
@@ -52,7 +52,7 @@ std::expected<void, std::string> PrivateBus::startDaemon() {
          .endSignal = SIGKILL});
     if (!daemon) return std::unexpected(daemon.error());
     isListening->writing.close();
-    if (isListening->readLine(startLimit).empty())
+    if (isListening->readLine(serviceLimit).empty())
         return std::unexpected("dbus-daemon does not start.");
     daemon_ = std::make_unique<ChildProcess>(*std::move(daemon));
     return {};
@@ -71,13 +71,13 @@ std::expected<ChildProcess, std::string> PrivateBus::serve(const std::string& se
     if (!process) return std::unexpected(process.error());
     const auto written = ::write(text->writing.get(), input.data(), input.size());
     text->writing.close();
-    const QDeadlineTimer deadline(patience);
+    const QDeadlineTimer deadline(callMilliseconds);
     while (written == std::ssize(input) && !deadline.hasExpired()) {
         const auto reply =
             call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
                  "NameHasOwner", {QString::fromStdString(service)});
         if (reply.toBool()) return process;
-        if (process->waitEnded(askStep)) break;
+        if (process->waitEnded(askInterval)) break;
     }
     return std::unexpected(program.arguments.front() + " did not come up on a private bus.");
 }
@@ -88,7 +88,7 @@ QVariant PrivateBus::call(const QString& service, const QString& path, const QSt
     const auto bus = QDBusConnection::connectToBus(QString::fromStdString(address()), name);
     auto message = QDBusMessage::createMethodCall(service, path, interface, method);
     message.setArguments(arguments);
-    const QDBusMessage reply = bus.call(message, QDBus::Block, patience);
+    const QDBusMessage reply = bus.call(message, QDBus::Block, callMilliseconds);
     QDBusConnection::disconnectFromBus(name);
     return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments().value(0) : QVariant();
 }
