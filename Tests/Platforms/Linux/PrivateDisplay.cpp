@@ -3,35 +3,40 @@
 #include "Platforms/Linux/X11/XKeyLayout.h"
 
 #include <utility>
+#include <vector>
 
+#include <signal.h>
 #include <xcb/xtest.h>
 
 namespace marrowby {
 
 std::unique_ptr<PrivateDisplay> PrivateDisplay::start() {
     std::unique_ptr<PrivateDisplay> display(new PrivateDisplay);
-    if (!display->startServer({})) return nullptr;
+    if (!display->startServer()) return nullptr;
     return display;
 }
 
-bool PrivateDisplay::startServer(const QStringList& name) {
-    constexpr int patience = 20'000;
-    server_.setStandardErrorFile(QProcess::nullDevice());
-    server_.start("Xvfb", name + QStringList{"-displayfd", "1", "-screen", "0", "640x480x24",
-                                             "-nolisten", "tcp", "-noreset"});
-    while (!server_.canReadLine()) {
-        if (!server_.waitForReadyRead(patience)) return false;
-    }
-    name_ = ":" + server_.readLine().trimmed().toStdString();
+bool PrivateDisplay::startServer() {
+    constexpr TimeInterval patience{20};
+    auto number = Pipe::create();
+    if (!number) return false;
+    std::vector<std::string> arguments{"Xvfb",       "-displayfd", "3",   "-screen", "0",
+                                       "640x480x24", "-nolisten",  "tcp", "-noreset"};
+    if (!name_.empty()) arguments.insert(arguments.begin() + 1, name_);
+    auto server = ChildProcess::start({.arguments = std::move(arguments),
+                                       .environment = {},
+                                       .third = number->writing.get(),
+                                       .endSignal = SIGKILL});
+    if (!server) return false;
+    server_.emplace(*std::move(server));
+    number->writing.close();
+    const std::string display = number->readLine(patience);
+    if (display.empty()) return false;
+    name_ = ":" + display;
     auto connection = XcbConnection::create(name_);
     if (!connection) return false;
     connection_ = std::move(*connection);
     return true;
-}
-
-void PrivateDisplay::kill() {
-    server_.kill();
-    server_.waitForFinished();
 }
 
 void PrivateDisplay::tap(std::uint32_t keysym) const {

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Platforms/Linux/X11/XcbConnection.h"
+#include "Simulation/Desktop/ChildProcess.h"
 
-#include <QProcess>
-#include <QStringList>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,9 +24,9 @@ class PrivateDisplay {
     [[nodiscard]] const XcbConnection& connection() const { return *connection_; }
 
     /// Kills the server, as in a crash.
-    void kill();
+    void kill() { server_.reset(); }
     /// Starts another server under the same name; false on failure.
-    [[nodiscard]] bool startAgain() { return startServer({QString::fromStdString(name_)}); }
+    [[nodiscard]] bool startAgain() { return startServer(); }
 
     void tap(std::uint32_t keysym) const;
     void movePointer() const;
@@ -38,9 +38,10 @@ class PrivateDisplay {
 
   private:
     PrivateDisplay() = default;
-    [[nodiscard]] bool startServer(const QStringList& name);
+    /// Under this display's name, or where it has none, one that the server finds.
+    [[nodiscard]] bool startServer();
 
-    QProcess server_;
+    std::optional<ChildProcess> server_;
     std::string name_;
     std::unique_ptr<XcbConnection> connection_;
 };

@@ -1,9 +1,9 @@
 #include "Platforms/Linux/Desktop/SingleInstance.h"
+#include "Simulation/Desktop/ChildProcess.h"
 #include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 
-#include <QProcess>
 #include <filesystem>
 #include <future>
 #include <memory>
@@ -111,14 +111,20 @@ TEST(SingleInstanceTest, theSecondInstanceHasTheFirstOpenItsWindow) {
         // This bus lets everybody in.
         const std::filesystem::path socket = bus->address().substr(sizeof "unix:path=" - 1);
         std::filesystem::permissions(socket.parent_path(), std::filesystem::perms{0755});
-        QProcess stranger;
-        stranger.start("runuser", {"-u", "nobody", "--", "dbus-send", "--print-reply",
-                                   QString::fromStdString("--bus=" + bus->address()),
-                                   "--dest=app.quenby.unlock", "/app/quenby/unlock",
-                                   "app.quenby.unlock.Command", "array:string:status"});
-        EXPECT_TRUE(loop.runUntil([&] { return stranger.state() == QProcess::NotRunning; }));
-        EXPECT_THAT(stranger.readAllStandardError().toStdString(),
-                    testing::HasSubstr("AccessDenied"));
+        auto answer = Pipe::create();
+        ASSERT_TRUE(answer) << answer.error();
+        const auto stranger =
+            ChildProcess::start({.arguments = {"runuser", "-u", "nobody", "--", "dbus-send",
+                                               "--print-reply", "--bus=" + bus->address(),
+                                               "--dest=app.quenby.unlock", "/app/quenby/unlock",
+                                               "app.quenby.unlock.Command", "array:string:status"},
+                                 .environment = {},
+                                 .standardError = answer->writing.get(),
+                                 .endSignal = SIGTERM});
+        ASSERT_TRUE(stranger) << stranger.error();
+        answer->writing.close();
+        EXPECT_TRUE(loop.runUntil([&] { return !stranger->isRunning(); }));
+        EXPECT_THAT(answer->readLine(TimeInterval{1}), testing::HasSubstr("AccessDenied"));
     }
 
     // The bus restarts.
