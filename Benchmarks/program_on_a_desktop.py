@@ -255,7 +255,7 @@ def play(desktop, path, kills):
     woken = (program.status("voluntary_ctxt_switches") - before) / 10
     print(f"started again: {program.memory():.0f} MB, {woken:.1f} wake-ups a second, 2 of them the stage’s")
     # Sanitizers keep books of their own.
-    check(program.memory() < 120 or b"__asan_init" in Path(path).read_bytes(), "It takes more memory than it may.")
+    check(program.memory() < 100 or b"__asan_init" in Path(path).read_bytes(), "It takes more memory than it may.")
     stays_locked(desktop, program)
     program.confirm_owner(path)
     unlocks(desktop, program)

@@ -17,6 +17,9 @@ target_compile_options(marrowby_options INTERFACE
     # In a unity build it takes every .cpp for a header.
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wno-subobject-linkage>)
 
+# OpenCV's library of picture files brings ninety more with it; who calls none of a library does not load it.
+target_link_options(marrowby_options INTERFACE $<$<PLATFORM_ID:Linux>:-Wl,--as-needed>)
+
 set(MARROWBY_SANITIZE "" CACHE STRING "Sanitizers for everything that is built, e.g. address,undefined")
 if(MARROWBY_SANITIZE)
     target_compile_options(marrowby_options INTERFACE
