@@ -29,6 +29,7 @@ class PrivateBus {
     [[nodiscard]] std::string address() const;
     /// Kills the bus, as in a crash. Its services end with it.
     void kill() { daemon_.reset(); }
+    [[nodiscard]] bool isRunning() const { return daemon_ && daemon_->isRunning(); }
     /// Starts it again at the same address.
     [[nodiscard]] std::expected<void, std::string> startDaemon();
 

@@ -20,6 +20,7 @@ class PrivateKeyring {
         const PrivateBus& bus, const std::filesystem::path& home, std::string_view password);
 
     void lock() const;
+    [[nodiscard]] bool isRunning() const { return daemon_.isRunning(); }
 
   private:
     PrivateKeyring(const PrivateBus& bus, ChildProcess daemon)

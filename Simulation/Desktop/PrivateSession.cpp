@@ -50,6 +50,13 @@ std::vector<std::string> PrivateSession::environment() const {
     return environment;
 }
 
+std::optional<std::string> PrivateSession::failure() const {
+    if (!bus_->isRunning()) return "The private session’s bus has ended.";
+    if (!keyring_->isRunning()) return "The private session’s keyring has ended.";
+    if (!windowManager_->isRunning()) return "The private session’s window manager has ended.";
+    return std::nullopt;
+}
+
 std::expected<void, std::string> PrivateSession::startPrograms() {
     auto created = PrivateBus::create(PrivateBus::Installed::started, displayVariables());
     if (!created) return std::unexpected(created.error());

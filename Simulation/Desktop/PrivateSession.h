@@ -32,6 +32,9 @@ class PrivateSession {
     /// NAME=value, for programs of this session.
     [[nodiscard]] std::vector<std::string> environment() const;
 
+    /// Which of its programs has ended, as a sentence; nothing while all run.
+    [[nodiscard]] std::optional<std::string> failure() const;
+
   private:
     PrivateSession(PrivateFolder home, PrivateDesktop desktop, int scale)
         : home_(std::move(home)), desktop_(std::move(desktop)), scale_(scale) {}

@@ -392,6 +392,7 @@ Stage::Result<void> Stage::waitUntil(std::string_view what, TimeInterval limit,
     while (!holds()) {
         if (parts_->interruption.hasCome())
             return std::unexpected("The rehearsal was interrupted.");
+        if (const auto failure = parts_->session.failure()) return std::unexpected(*failure);
         if (parts_->program && !parts_->program->isRunning())
             return std::unexpected("The program has ended.");
         if (parts_->clock.now() - begin > limit) {
