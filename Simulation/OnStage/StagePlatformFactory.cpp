@@ -77,6 +77,9 @@ std::unique_ptr<SystemClock> StagePlatformFactory::makeClock() {
 std::unique_ptr<MainThread> StagePlatformFactory::makeMainThread() {
     auto mainThread = std::make_unique<MovedMainThread>(std::make_unique<QtMainThread>(), *clock_);
     mainThread_ = mainThread.get();
+    observing_ = std::make_unique<QTimer>();
+    QObject::connect(observing_.get(), &QTimer::timeout, observing_.get(), [this] { observe(); });
+    observing_->start(observingMilliseconds);
     return mainThread;
 }
 
@@ -104,9 +107,6 @@ void StagePlatformFactory::didLaunch(UnlockApplication& /*application*/) {
     input_ = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(input_.get(), &QSocketNotifier::activated, input_.get(),
                      [this] { readOrders(); });
-    observing_ = std::make_unique<QTimer>();
-    QObject::connect(observing_.get(), &QTimer::timeout, observing_.get(), [this] { observe(); });
-    observing_->start(observingMilliseconds);
     // Everything here ends with the program’s loop.
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, observing_.get(), [this] {
         observe();

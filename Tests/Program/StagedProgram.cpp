@@ -33,7 +33,7 @@ auto tellsOf(std::string_view event, std::string_view subject) {
 }  // namespace
 
 StagedProgram::StagedProgram(QtLoop& loop, QProcessEnvironment environment,
-                             std::vector<std::string> arguments)
+                             std::vector<std::string> arguments, const std::string& program)
     : loop_(loop) {
     if (!folder_) {
         ADD_FAILURE() << folder_.error();
@@ -51,14 +51,14 @@ StagedProgram::StagedProgram(QtLoop& loop, QProcessEnvironment environment,
     std::vector<std::string> variables;
     for (const QString& variable : environment.toStringList())
         variables.push_back(variable.toStdString());
-    auto program =
-        ProgramOnStage::start(MARROWBY_PROGRAM, std::move(arguments), std::move(variables),
+    auto started =
+        ProgramOnStage::start(program, std::move(arguments), std::move(variables),
                               [this](const std::string& line) { lines_.push_back(line); });
-    if (!program) {
-        ADD_FAILURE() << program.error();
+    if (!started) {
+        ADD_FAILURE() << started.error();
         return;
     }
-    program_ = *std::move(program);
+    program_ = *std::move(started);
 }
 
 bool StagedProgram::order(const std::string& line) {

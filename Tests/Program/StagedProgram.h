@@ -19,7 +19,8 @@ namespace marrowby {
 class StagedProgram {
   public:
     StagedProgram(QtLoop& loop, QProcessEnvironment environment,
-                  std::vector<std::string> arguments = {});
+                  std::vector<std::string> arguments = {},
+                  const std::string& program = MARROWBY_PROGRAM);
     StagedProgram(const StagedProgram&) = delete;
     StagedProgram& operator=(const StagedProgram&) = delete;
     ~StagedProgram() { kill(); }

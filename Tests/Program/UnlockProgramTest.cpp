@@ -194,6 +194,38 @@ TEST_F(UnlockProgramTest, obeysCommandsFromATerminal) {
         HasSubstr("\nNO  Last problem: The settings couldn’t be read and won’t be saved: "));
 }
 
+TEST_F(UnlockProgramTest, preparesItsModelsFromItsWindow) {
+    // Installed beside a script that stops in the middle, goes on the next time, and then fails.
+    const auto root = home.path() / "installed";
+    std::filesystem::create_directories(root / "bin");
+    std::filesystem::create_directories(root / "share/marrowby-unlock");
+    std::filesystem::copy(MARROWBY_PROGRAM, root / "bin");
+    const auto script = root / "share/marrowby-unlock/prepare-pack";
+    const std::string models = (home.path() / "prepared").string();
+    std::ofstream(script) << "#!/bin/sh\necho 7 %\n"
+                          << "cd " << home.path()
+                          << "\n[ -e begun ] || { touch begun; exec sleep 600; }\n"
+                          << "[ -e failed ] || { touch failed; echo No network. >&2; exit 1; }\n"
+                          << "cp -r " MARROWBY_SOURCE_DIR "/Models " << models << "\n";
+    std::filesystem::permissions(script, std::filesystem::perms{0700});
+    environment.insert("MARROWBY_MODELS", QString::fromStdString(models));
+    program = std::make_unique<StagedProgram>(
+        loop, environment, std::vector<std::string>(),
+        (root / "bin" / std::filesystem::path(MARROWBY_PROGRAM).filename()).string());
+    const auto saysThat = [&](const char* problem) {
+        return loop.runUntil([&] { return tell({"status"}).starts_with(problem); });
+    };
+    EXPECT_TRUE(saysThat("1 ")) << program->recentWords();
+    press(xkey::returnKey);
+    ASSERT_TRUE(loop.runUntil([&] { return std::filesystem::exists(home.path() / "begun"); }));
+    press(xkey::returnKey);
+    EXPECT_TRUE(saysThat("1 It was stopped.")) << program->recentWords();
+    press(xkey::returnKey);
+    EXPECT_TRUE(saysThat("1 No network.")) << program->recentWords();
+    press(xkey::returnKey);
+    EXPECT_TRUE(saysThat("1 Not set up yet: ")) << program->recentWords();
+}
+
 TEST_F(UnlockProgramTest, selfCheckSucceedsUnlessInterrupted) {
     for (const bool isEnded : {false, true}) {
         StagedProgram check(loop, environment, {"--self-check"});

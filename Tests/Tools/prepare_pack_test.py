@@ -108,8 +108,9 @@ class PreparePackTest(unittest.TestCase):
     def test_goes_on_where_a_download_broke_off(self):
         for breaks_after, status in ((100_000, 1), (None, 0)):
             with Server(self.finder, breaks_after) as server:
-                done = run(self.folder, "--mirror", server.url, "--only", "finder")
+                done = run(self.folder, "--mirror", server.url, "--only", "finder", "--progress")
                 self.assertEqual(done.returncode, status, done.stderr)
+                self.assertIn("42 %" if breaks_after else "100 %", done.stdout.splitlines())
                 ranges = server.ranges
         self.assertEqual(ranges, ["bytes=100000-"])
         self.assertEqual((self.folder / originals.FINDER.file).read_bytes(), self.finder)

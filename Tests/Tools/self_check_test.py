@@ -41,11 +41,25 @@ with tempfile.TemporaryDirectory() as home:
         unknown = subprocess.run([sys.argv[1], "--no-such-thing"], env=environment, capture_output=True, text=True,
                                  timeout=60)
         assert unknown.returncode == 2 and "knows no “--no-such-thing”" in unknown.stderr, unknown
+        # Displays that are gone end in a sentence; one that is there is enough.
+        for gone, sentence in (
+                ({"DISPLAY": ":7777"}, "graphical session. "),
+                ({"DISPLAY": ""}, "Neither DISPLAY nor WAYLAND_DISPLAY"),
+                ({"DISPLAY": "", "WAYLAND_DISPLAY": "wayland-7"}, "display “wayland-7” doesn’t answer"),
+                ({"QT_QPA_PLATFORM": "wayland", "WAYLAND_DISPLAY": "wayland-7"}, "“wayland-7” doesn’t answer"),
+                ({"QT_QPA_PLATFORM": "xcb", "DISPLAY": ":7777", "WAYLAND_DISPLAY": "wayland-7"}, "graphical session. ")):
+            refused = subprocess.run([sys.argv[1]], env={**environment, "QT_QPA_PLATFORM": "", **gone}, capture_output=True,
+                                     text=True, timeout=60)
+            assert refused.returncode == 1 and sentence in refused.stderr, (gone, refused)
+            assert len(refused.stderr.splitlines()) == 1, refused
+        environment.update({"QT_QPA_PLATFORM": "", "WAYLAND_DISPLAY": "wayland-7"})
+
         program = subprocess.Popen([sys.argv[1], "--self-check"], stdout=subprocess.PIPE, text=True,
                                    start_new_session=True, env=environment)
         output, _ = program.communicate(timeout=240)
         print(output, end="")
         lines = output.splitlines()
+        assert "ok  Typing: allowed." in lines, "taken for a Wayland session"
         for subject in ("Camera permission", "Permission to type", "Watching keys", "Session", "Models", "Key store",
                         "Owner’s check", "Typing", "Space above the lock screen", "Camera"):
             found = [line for line in lines if line[4:].startswith(subject + ": ")]

@@ -56,10 +56,29 @@ def sha256(path: Path) -> str:
     return digest.hexdigest()
 
 
-def gather(original: Original, cache: Path, folder: Path | None, mirror: str | None) -> Path:
+class Progress:
+    """Prints how much of all the files is there, in per cent, whenever that changes."""
+
+    def __init__(self, files: list[Original]):
+        self.whole, self.have, self.said = sum(file.size for file in files), {}, -1
+
+    def __call__(self, original: Original, have: int) -> None:
+        self.have[original.file] = have
+        percent = 100 * sum(self.have.values()) // self.whole
+        if percent != self.said:
+            self.said = percent
+            print(f"{percent} %", flush=True)
+
+
+def silent(original: Original, have: int) -> None:
+    """No progress."""
+
+
+def gather(original: Original, cache: Path, folder: Path | None, mirror: str | None, progress=silent) -> Path:
     """The verified file in the cache; copied from a folder or downloaded if missing."""
     target = cache / original.file
     if target.exists() and sha256(target) == original.sha256:
+        progress(original, original.size)
         return target
     part = cache / (original.file + ".part")
     if folder is not None:
@@ -67,7 +86,7 @@ def gather(original: Original, cache: Path, folder: Path | None, mirror: str | N
             raise Refusal(f"{original.file} isn’t in {folder}.")
         shutil.copyfile(folder / original.file, part)
     else:
-        download(mirror.rstrip("/") + "/" + original.file if mirror else original.url, part, original)
+        download(mirror.rstrip("/") + "/" + original.file if mirror else original.url, part, original, progress)
     if (found := sha256(part)) != original.sha256:
         part.unlink()
         raise Refusal(f"{original.file} isn’t the published file (SHA-256 {found}, "
@@ -76,7 +95,7 @@ def gather(original: Original, cache: Path, folder: Path | None, mirror: str | N
     return target
 
 
-def download(url: str, part: Path, original: Original) -> None:
+def download(url: str, part: Path, original: Original, progress=silent) -> None:
     """Resumes an earlier download."""
     have = part.stat().st_size if part.exists() else 0
     if have >= original.size:
@@ -92,6 +111,7 @@ def download(url: str, part: Path, original: Original) -> None:
                 while left > 0 and (piece := answer.read(min(1 << 16, left))):
                     out.write(piece)
                     left -= len(piece)
+                    progress(original, out.tell())
     except (urllib.error.URLError, OSError) as fault:
         raise Refusal(f"{original.file} couldn’t be downloaded: {fault}. "
                       "What has come is kept; run this again to go on.") from fault

@@ -4,26 +4,45 @@ namespace marrowby {
 
 WindowPage MissingModelsPresenter::page() const {
     using Row = WindowRow;
-    return {
+    using Control = WindowControl;
+    WindowPage page{
         .title = "Marrowby Unlock needs its models",
         .detail =
             "It recognises faces with published neural networks, which it doesn’t bring "
-            "along.",
-        .rows = {Row::Status{.isGood = false,
-                             .title = "It can’t recognise anybody yet",
-                             .detail = problem_,
-                             .fix = {}},
-                 Row::Text{"This command, in a terminal, downloads and prepares them once. "
-                           "Every file is checked against a known sum."},
-                 Row::Log{{command_}}},
+            "along. They are downloaded once, 46 MB, and every file is checked against a known "
+            "sum.",
+        .rows = {},
         .problem = {},
-        .buttons = {{.id = {WindowControl::quit}, .title = "Quit"},
-                    {.id = {WindowControl::goForward}, .title = "Look Again", .isDefault = true}}};
+        .buttons = {{.id = {Control::quit}, .title = "Quit"}}};
+    if (progress_) {
+        page.rows = {Row::Status{
+            .isGood = true, .title = "Preparing the models …", .detail = *progress_, .fix = {}}};
+        page.buttons.push_back({.id = {Control::cancel}, .title = "Cancel", .isDefault = true});
+        return page;
+    }
+    page.rows = {
+        Row::Status{.isGood = false,
+                    .title = "It can’t recognise anybody yet",
+                    .detail = problem_,
+                    .fix = {}},
+        Row::Text{"This command prepares them in a terminal:"}, Row::Log{{command_}},
+        Row::Actions{.title = {},
+                     .detail = {},
+                     .buttons = {{.id = {Control::copyCommand}, .title = "Copy the Command"}}}};
+    page.buttons.push_back({.id = {Control::goForward}, .title = "Look Again"});
+    if (hooks_.onPrepare)
+        page.buttons.push_back(
+            {.id = {Control::prepareModels}, .title = hasBegun_ ? "Go On" : "Prepare Them"});
+    page.buttons.back().isDefault = true;
+    return page;
 }
 
 void MissingModelsPresenter::press(ControlID id) {
     if (id.control == WindowControl::goForward) hooks_.onLookAgain();
     if (id.control == WindowControl::quit) hooks_.onQuit();
+    if (id.control == WindowControl::prepareModels) hooks_.onPrepare();
+    if (id.control == WindowControl::cancel) hooks_.onCancel();
+    if (id.control == WindowControl::copyCommand) hooks_.onCopy(command_);
 }
 
 }  // namespace marrowby

@@ -4,21 +4,32 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace marrowby {
 
-/// The window shown without face models: what is missing and how to get it. Main thread.
+/// The window shown without face models: what is missing, and its preparation. Main thread.
 class MissingModelsPresenter final : public WindowPresenter {
   public:
     struct Hooks {
         std::function<void()> onLookAgain;
         std::function<void()> onQuit;
+        /// Empty where only the command can prepare them.
+        std::function<void()> onPrepare;
+        std::function<void()> onCancel;
+        std::function<void(const std::string& command)> onCopy;
     };
 
     /// `command` builds the pack.
     MissingModelsPresenter(std::string command, Hooks hooks)
         : command_(std::move(command)), hooks_(std::move(hooks)) {}
+
+    /// The preparation runs; none when it has ended.
+    void setProgress(std::optional<std::string> line) {
+        hasBegun_ = true;
+        progress_ = std::move(line);
+    }
 
     /// Why the models can’t be used, as a sentence.
     void say(std::string problem) { problem_ = std::move(problem); }
@@ -36,6 +47,8 @@ class MissingModelsPresenter final : public WindowPresenter {
     const std::string command_;
     const Hooks hooks_;
     std::string problem_;
+    std::optional<std::string> progress_;
+    bool hasBegun_ = false;
 };
 
 }  // namespace marrowby

@@ -28,11 +28,13 @@
 #include "Unlock/Linux/CommandLine.h"
 #include "Unlock/Linux/LinuxWords.h"
 #include "Unlock/Linux/MissingModelsPresenter.h"
+#include "Unlock/Linux/ModelPreparation.h"
 #include "Unlock/Linux/QtApplicationWindows.h"
 #include "Unlock/SelfCheck.h"
 #include "Unlock/UnlockApplication.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QIcon>
 #include <QSessionManager>
 #include <algorithm>
@@ -64,11 +66,14 @@ struct ProgramPaths {
     [[nodiscard]] std::vector<Path> modelFolders() const {
         return {userModels(), installed() / "models"};
     }
-    [[nodiscard]] std::string preparingCommand() const {
+    [[nodiscard]] Path script() const { return installed() / "prepare-pack"; }
+    [[nodiscard]] bool hasScript() const {
         std::error_code error;
-        const Path command = installed() / "prepare-pack";
-        return (std::filesystem::exists(command, error) ? command.string() : "Tools/prepare-pack") +
-               " '" + userModels().string() + "'";
+        return std::filesystem::exists(script(), error);
+    }
+    [[nodiscard]] std::string preparingCommand() const {
+        return (hasScript() ? script().string() : "Tools/prepare-pack") + " '" +
+               userModels().string() + "'";
     }
     [[nodiscard]] Path lockFile() const {
         const char* runtime = std::getenv("XDG_RUNTIME_DIR");
@@ -116,7 +121,15 @@ class CompositionRoot {
           factory_(factory),
           log_(log),
           missing_(paths_.preparingCommand(),
-                   {.onLookAgain = [this] { lookAgain(); }, .onQuit = &CompositionRoot::end}) {}
+                   {.onLookAgain = [this] { lookAgain(); },
+                    .onQuit = &CompositionRoot::end,
+                    .onPrepare = paths_.hasScript() ? std::function([this] { prepareModels(); })
+                                                    : std::function<void()>(),
+                    .onCancel = [this] { stopPreparing("It was stopped. What has come is kept."); },
+                    .onCopy =
+                        [](const std::string& command) {
+                            QGuiApplication::clipboard()->setText(QString::fromStdString(command));
+                        }}) {}
 
     /// Starts the application, or shows the window that says what is missing.
     void launch(bool isAtLogin) {
@@ -188,10 +201,34 @@ class CompositionRoot {
 
   private:
     [[nodiscard]] std::expected<void, std::string> start();
+    void prepareModels() {
+        using Window = ApplicationWindows::Window;
+        missing_.setProgress("Starting");
+        windows_.refresh(Window::welcome);
+        preparation_ = std::make_unique<ModelPreparation>(
+            paths_.script(), paths_.userModels(),
+            ModelPreparation::Callbacks{.onProgress =
+                                            [this](const std::string& line) {
+                                                missing_.setProgress(line);
+                                                windows_.refresh(Window::welcome);
+                                            },
+                                        .onEnd =
+                                            [this](const std::string& problem) {
+                                                stopPreparing(problem);
+                                                if (problem.empty()) lookAgain();
+                                            }});
+    }
+    void stopPreparing(const std::string& problem) {
+        preparation_.reset();
+        missing_.setProgress(std::nullopt);
+        missing_.say(problem);
+        windows_.refresh(ApplicationWindows::Window::welcome);
+    }
     void lookAgain() {
         const auto started = start();
         if (!started) {
             missing_.say(started.error());
+            windows_.refresh(ApplicationWindows::Window::welcome);
             return;
         }
         windows_.close(ApplicationWindows::Window::welcome);
@@ -227,6 +264,7 @@ class CompositionRoot {
     X11WindowServer windowServer_{sessionPlaces_.display};
     QtApplicationWindows windows_;
     MissingModelsPresenter missing_;
+    std::unique_ptr<ModelPreparation> preparation_;
     UnlockOpening::Launch launch_;
     /// Destroyed before everything that its pending work uses.
     ThreadWorkQueues queues_;
@@ -369,7 +407,10 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
         if (command->verb != Command::Verb::doctor) std::_Exit(static_cast<int>(told));
     }
     const auto* launch = std::get_if<CommandLine::Launch>(&*wish);
-    if (const auto problem = graphicalsession::problem()) return refuse(*problem);
+    const auto platform = graphicalsession::platform();
+    if (!platform) return refuse(platform.error());
+    graphicalsession::forgetStaleDisplay();
+    if (!platform->empty()) qputenv("QT_QPA_PLATFORM", platform->c_str());
 
     // Started at login by its own autostart entry, not by the session manager.
     QApplication::setApplicationName(programName);

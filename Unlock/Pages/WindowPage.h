@@ -41,6 +41,9 @@ enum class WindowControl : std::uint8_t {
     quit,
     confirm,
     cancel,
+    // Of the window without models.
+    prepareModels,
+    copyCommand,
     // Of either.
     allowCamera,
     openCameraSettings,

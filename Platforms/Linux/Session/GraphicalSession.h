@@ -1,12 +1,17 @@
 #pragma once
 
-#include <optional>
+#include <expected>
 #include <string>
 
-/// Whether this process can open windows, from the environment and its X display.
+/// Whether this process can open windows.
 namespace marrowby::graphicalsession {
 
-/// A sentence for the user; `nullopt` when windows can be opened.
-[[nodiscard]] std::optional<std::string> problem();
+/// Forgets a WAYLAND_DISPLAY that doesn't answer: others would take it for the session's. Before
+/// any other thread.
+void forgetStaleDisplay();
+
+/// Qt's platform to use, where only one of those in the environment answers; empty where Qt may
+/// choose. The error is a sentence for the user.
+[[nodiscard]] std::expected<std::string, std::string> platform();
 
 }  // namespace marrowby::graphicalsession

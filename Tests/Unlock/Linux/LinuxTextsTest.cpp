@@ -359,7 +359,12 @@ void LinuxTexts::seeSelfCheck(bool isSound) {
 TEST_F(LinuxTexts, containNoMacWords) {
     seeErrors();
     seeStatus();
-    see(MissingModelsPresenter("prepare", {}).page());
+    MissingModelsPresenter missing(
+        "prepare",
+        {.onLookAgain = {}, .onQuit = {}, .onPrepare = [] {}, .onCancel = {}, .onCopy = {}});
+    see(missing.page());
+    missing.setProgress("7 %");
+    see(missing.page());
     exerciseWindows();
     application.reset();
     for (const bool isSound : {true, false})
