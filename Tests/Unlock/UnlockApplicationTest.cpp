@@ -395,6 +395,9 @@ TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
     EXPECT_TRUE(windows.choose("Look for", "8 seconds"));
     EXPECT_TRUE(windows.choose("How alike a face must be", "Strict"));
     EXPECT_TRUE(windows.choose("Camera", "Desk camera"));
+    EXPECT_TRUE(systemSettings.atLogin) << "unless switched off at the set-up";
+    EXPECT_TRUE(toggle("Open at login", false));
+    EXPECT_FALSE(systemSettings.atLogin);
     EXPECT_TRUE(toggle("When you press Space", true) && toggle("Open at login", true));
     const UnlockSettings stored = UnlockSettings::load(defaults);
     EXPECT_EQ(stored, application->model().settings());

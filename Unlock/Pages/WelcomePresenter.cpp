@@ -3,6 +3,7 @@
 #include "UnlockCore/Storage/StorageError.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace marrowby {
@@ -24,7 +25,8 @@ WelcomePresenter::WelcomePresenter(UnlockOnboardingMode mode, UnlockModel& model
       systemSettings_(settings),
       hooks_(std::move(hooks)),
       flow_(mode),
-      triggers_(model.settings().triggers) {
+      triggers_(model.settings().triggers),
+      opensAtLogin_(!model.settings().hasFinishedWelcome || settings.opensAtLogin()) {
     const auto& faces = model.state().identities;
     if (mode == UnlockOnboardingMode::setUp && !faces.empty()) name_ = faces.front().name;
 }
@@ -178,6 +180,12 @@ WindowPage WelcomePresenter::body() const {
             page.detail =
                 "Lock your screen, come back, and look at it. Open Marrowby Unlock again "
                 "to change anything.";
+            page.rows = {
+                Row::Toggle{.id = {Control::openAtLogin},
+                            .title = "Open at login",
+                            .detail = "Otherwise nothing looks for you after a restart until you "
+                                      "open it.",
+                            .isOn = opensAtLogin_}};
             break;
     }
     return page;
@@ -230,6 +238,7 @@ void WelcomePresenter::press(ControlID id) {
 
 void WelcomePresenter::toggle(ControlID id, bool isOn) {
     if (id.control == Control::understood) understood_ = isOn;
+    if (id.control == Control::openAtLogin) opensAtLogin_ = isOn;
     if (id.control == Control::returnTrigger) triggers_.set(UnlockTrigger::onReturn, isOn);
     if (id.control == Control::spaceTrigger) triggers_.set(UnlockTrigger::onSpace, isOn);
     hooks_.onChange();
@@ -363,6 +372,8 @@ void WelcomePresenter::finish() {
         settings.isEnabled = true;
         settings.hasFinishedWelcome = true;
         model_.apply(std::move(settings));
+        // Its switch in the settings shows whether the system took it.
+        std::ignore = systemSettings_.setOpensAtLogin(opensAtLogin_);
     }
     model_.wireEngine();
     hooks_.onFinish();

@@ -66,6 +66,7 @@ class WelcomePresenter final : public WindowPresenter {
     bool passwordSaved_ = false;
     std::string name_;
     UnlockTriggers triggers_;
+    bool opensAtLogin_;
     std::optional<SecretBytes> secret_;
     std::optional<windowrow::Guide> guide_;
     /// While something is being saved.
