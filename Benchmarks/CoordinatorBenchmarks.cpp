@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // One camera frame on the main thread, from the scanner's callback to the effects: ten faces of 18
 // samples, at 30 frames per second, with the timers of the system.
 

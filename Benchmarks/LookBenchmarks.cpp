@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A camera's picture through the whole chain: from the capture queue to the observation on the main
 // thread. The first argument is the number of
 // processors.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The machine's most frequent event, and the one with most effects.
 
 #include "Benchmarks/Allocations.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Each step of a frame by itself, on one thread unless it says otherwise.
 
 #include "Benchmarks/Material.h"

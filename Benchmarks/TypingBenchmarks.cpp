@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // From the decision to Return: our own time, and the plan's pauses.
 
 #include "Platforms/macOS/Rules/KeyCodes.h"

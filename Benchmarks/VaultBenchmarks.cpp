@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Sealing and opening by the vault: a long password, and many enrolled faces.
 
 #include "Platforms/Linux/Desktop/QtMainThread.h"

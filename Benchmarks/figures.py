@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What ./bench has measured, as a table.
 
 figures.py FILE          the medians of a build/bench.json

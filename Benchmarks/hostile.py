@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What the typing of the password gives away when lockers are killed meanwhile, and what it costs the honest.
 
 hostile.py WORKER [--kills N] [--honest N] [--load N] [--lockers A,B] [--seed N]

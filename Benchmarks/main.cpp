@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Benchmarks/Material.h"
 
 #include <QCoreApplication>

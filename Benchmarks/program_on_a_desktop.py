@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The program itself on a private desktop: a real X server, session bus, keyring and screen locker; only the
 cameras, the account and who confirms the owner are made up. Sets it up through its windows with the keyboard
 alone, unlocks, ends it, starts it again, passes the owner check, unlocks again, and kills it while it saves.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The input as the identities' JSON, correctly sealed: what a holder of the key could write.
 
 #include "Fuzz/FuzzVault.h"

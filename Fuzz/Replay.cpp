@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Stands in for libFuzzer: runs the target over the files it is given, once each.
 
 #include <cstddef>

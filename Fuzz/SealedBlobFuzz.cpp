@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The input as the whole of a sealed file, and as what is sealed.
 
 #include "Fuzz/FuzzVault.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Kit/CameraUseRegistry.h"
 
 #include "UnlockCore/Foundation/Fatal.h"

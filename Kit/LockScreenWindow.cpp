@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Kit/LockScreenWindow.h"
 
 #include <utility>

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # The Debian package. Some files have a fixed path outside the prefix, so everything is installed below a folder of
 # CPack's (DESTDIR).
 set(CPACK_GENERATOR DEB)

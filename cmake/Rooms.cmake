@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # A room is one folder: a static library of all its sources, which may include only the rooms it names. A test room is
 # one executable, run test by test.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #import "Platforms/macOS/CoreMLNeuralModels.h"
 
 #import "Platforms/macOS/CoreFoundationOwner.h"

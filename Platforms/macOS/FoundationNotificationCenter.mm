@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/macOS/FoundationNotificationCenter.h"
 
 #include "Platforms/macOS/FoundationText.h"

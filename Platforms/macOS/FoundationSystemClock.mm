@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/macOS/FoundationSystemClock.h"
 
 #import <Foundation/Foundation.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/macOS/LocalOwnerAuthentication.h"
 
 #include "Platforms/macOS/FoundationText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #import "Platforms/macOS/PanelView.h"
 
 #include "Platforms/macOS/FoundationText.h"

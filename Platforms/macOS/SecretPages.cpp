@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #define __STDC_WANT_LIB_EXT1__ 1
 
 #include "UnlockCore/Foundation/SecretBytes.h"

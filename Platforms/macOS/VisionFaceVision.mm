@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #import "Platforms/macOS/VisionFaceVision.h"
 
 #import "Platforms/macOS/CoreGraphicsBitmap.h"

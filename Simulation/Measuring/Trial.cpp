@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Simulation/Measuring/Trial.h"
 
 #include "UnlockCore/Liveness/LivenessTuning.h"

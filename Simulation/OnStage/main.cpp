@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Simulation/OnStage/StagePlatformFactory.h"
 #include "Unlock/Linux/UnlockProgram.h"
 

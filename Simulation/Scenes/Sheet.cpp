@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Simulation/Scenes/Sheet.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Simulation/Desktop/ScreenLocker.h"
 #include "Tests/Hostile/Ground/GuardedTyping.h"
 #include "Tests/Hostile/Ground/Impostor.h"

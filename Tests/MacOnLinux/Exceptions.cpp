@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Makes Objective-C exceptions catchable in functions that clang compiled as C++. GNUstep throws
 // GCC's, which C++ sees as foreign: where a function has a handler for the type, this rethrows a
 // C++ exception with the same object.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Implements include/Foundation and include/dispatch, all on the main run loop.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The island on AppKit panels, with a fake window server.
 
 #include "Kit/LockScreen.h"

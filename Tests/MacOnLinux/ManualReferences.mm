@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Compiled without ARC: block objects and NSObject's dealloc.
 
 #import <Foundation/Foundation.h>

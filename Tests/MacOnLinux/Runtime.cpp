@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Implements clang's message sending, ARC entry points and class layout on GCC's Objective-C
 // runtime, which Debian's GNUstep uses and which has none of them.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The adapters of the frameworks faked here, as the application uses them. Every test ends with all
 // framework objects released.
 

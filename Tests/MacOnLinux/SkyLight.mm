@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Fakes the functions of the private SkyLight framework. The linker redirects dlopen here.
 
 #include "Tests/MacOnLinux/SkyLight.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Hostile/Ground/Impostor.h"
 #include "Tests/Program/ProgramTest.h"
 #include "UnlockCore/Engine/UnlockFailure.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // secret-traces-probe BUS HOME: opens a vault whose key is in the keyring on BUS, saves, uses and
 // wipes a password, and searches its own whole memory each time; says what it finds too much. Ends
 // by abort(), while a password is being typed, so that a core is left.

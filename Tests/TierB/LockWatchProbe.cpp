@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Prints the lock events of its session, one per line, until it is killed; before an event "now"
 // and the lock state if that has changed.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs the application's owner check and prints the result. With "withdraw", cancels it after a
 // second.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A polkit agent for its session. Answers every prompt with the given word, cancels it
 // ("--cancel"), or leaves it open ("--wait"); prints what it is asked.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs one scan through V4L2 and the whole recognition chain.
 //
 //     camera-probe prepare SHARED FOLDER NAME...   enrols the owner of SHARED/media into

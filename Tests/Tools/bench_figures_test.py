@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What Benchmarks/figures.py makes of the files that ./bench leaves."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """README and docs: files, tests and tools that they name are there."""
 
 import pathlib

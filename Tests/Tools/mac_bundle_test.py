@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The Mac's property lists, build commands, sources and tests, checked without a Mac."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """./run and ./test as on a Mac, with stand-ins for its tools and Homebrew's."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Translates ONNX models as for the Mac and compares the computed outputs."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Prepares packs from the published finder, synthetic files in the published formats, and a local server that
 drops connections."""
 

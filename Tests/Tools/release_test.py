@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Tools/release in a small project with stand-ins for its builds and tests."""
 
 import pathlib

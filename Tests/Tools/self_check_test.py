@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The program's command line, and its self-check on a private desktop without bus, keyring and models."""
 
 import os

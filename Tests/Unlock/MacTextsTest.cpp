@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Liveness/LivenessMode.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"

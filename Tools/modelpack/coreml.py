@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The models that the application expects on a Mac, and their conversion with coremltools."""
 
 import importlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Merges the two published weight files of MiniFASNet into one model.
 
 The weights are PyTorch's of 2020 (a pickle of names, then the numbers); reading them needs no PyTorch.

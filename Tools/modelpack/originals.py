@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The published files of the standard pack, and their download."""
 
 # macOS ships Python 3.9.

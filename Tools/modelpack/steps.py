@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Translates an ONNX graph into Core ML operations, and evaluates these with NumPy."""
 
 from dataclasses import dataclass

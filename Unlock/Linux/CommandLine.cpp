@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Linux/CommandLine.h"
 
 #include "Platforms/Linux/Desktop/LinuxSystemSettings.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Model/EngineHost.h"
 
 #include "Unlock/Model/ModelLoaders.h"

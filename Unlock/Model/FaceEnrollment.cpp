@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Model/FaceEnrollment.h"
 
 #include "Unlock/Model/ModelLoaders.h"

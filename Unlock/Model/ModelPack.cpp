@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Model/ModelPack.h"
 
 #include "Unlock/Model/PublishedModels.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Model/UnlockModel.h"
 
 #include "Unlock/Model/EngineHost.h"

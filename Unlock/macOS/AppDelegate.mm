@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #import "Unlock/macOS/AppDelegate.h"
 
 #include "Unlock/macOS/MacApplication.h"

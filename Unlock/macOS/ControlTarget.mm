@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #import "Unlock/macOS/ControlTarget.h"
 
 #import <objc/runtime.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Unlock/macOS/PageRow.h"
 
 #include "Platforms/macOS/FoundationText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Liveness/ScreenCues.h"
 
 #include "UnlockCore/Liveness/GlareCueExtractor.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Storage/FaceIdentityCoding.h"
 
 #include "UnlockCore/Foundation/Text.h"

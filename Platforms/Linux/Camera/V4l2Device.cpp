@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Camera/V4l2Device.h"
 
 #include "Platforms/Linux/Camera/V4l2Converter.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Desktop/ProcessHardening.h"
 
 #include <sys/prctl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Input/UinputKeyEvents.h"
 
 #include "Platforms/Linux/Desktop/Keysyms.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Secrets/PamPasswordVerifier.h"
 
 #include "UnlockCore/Foundation/SecretBytes.h"

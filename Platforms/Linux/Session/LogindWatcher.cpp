@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Session/LogindWatcher.h"
 
 #include "Platforms/Linux/Desktop/DBusLink.h"

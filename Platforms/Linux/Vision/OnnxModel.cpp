@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Vision/OnnxModel.h"
 
 #include "Platforms/Linux/Vision/BitmapMat.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Simulation/Scenes/Program/SceneScores.h"
 
 #include "Platforms/Linux/Vision/BitmapMat.h"

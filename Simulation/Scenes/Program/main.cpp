@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Vision/ImageFiles.h"
 #include "Simulation/Scenes/Program/SceneScores.h"
 #include "Simulation/Scenes/SceneCatalogue.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """From trained networks to a pack."""
 
 import hashlib

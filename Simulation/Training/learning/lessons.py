@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What each network learns from: how a batch is made of pictures, and how wrong the network is about it."""
 
 from pathlib import Path

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The four networks. Inputs are 0…255; the scale to 0…1 is their first step. Small and separable, of steps that
 OpenCV 4.6 can import."""
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The pictures that marrowby-training-pictures draws, and how they are varied."""
 
 from pathlib import Path

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Hostile/Ground/GuardedTyping.h"
 
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Hostile/Ground/KillSeries.h"
 
 #include "Platforms/Linux/X11/XRawKeys.h"

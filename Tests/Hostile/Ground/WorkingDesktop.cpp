@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Hostile/Ground/WorkingDesktop.h"
 
 #include "Platforms/Linux/X11/XKeyGuard.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A program that pretends to be a screen locker.
 //
 //   hostile-impostor CLASS [grab] [saver] [background]

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // hostile-worker kills LOCKER COUNT SEED: kills a locker at random moments of the typing, with each
 // of two signals and gaps of 0 and 1 ms between strokes. One output line for each of the four.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Platforms/Linux/PrivateDisplay.h"
 
 #include "Platforms/Linux/X11/XKeyLayout.h"

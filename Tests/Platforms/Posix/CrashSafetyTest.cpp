@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Posix/PosixFileSystem.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "UnlockCore/Platform/AtomicFile.h"

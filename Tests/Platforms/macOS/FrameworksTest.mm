@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #import "Platforms/macOS/AVFoundationCaptureSession.h"
 #import "Platforms/macOS/CoreImageImaging.h"
 #import "Platforms/macOS/CoreMLNeuralModels.h"

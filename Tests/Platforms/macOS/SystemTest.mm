@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests of system services that neither prompt nor leave anything behind.
 
 #include "Platforms/Posix/PosixFileSystem.h"

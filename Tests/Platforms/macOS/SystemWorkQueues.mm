@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Platforms/SystemWorkQueues.h"
 
 #include "Platforms/macOS/DispatchWorkQueues.h"

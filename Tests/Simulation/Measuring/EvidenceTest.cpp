@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Simulation/Measuring/Evidence.h"
 #include "Simulation/Measuring/Trial.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Desktop/QtMainThread.h"
 #include "Platforms/Linux/Desktop/ThreadWorkQueues.h"
 #include "Platforms/Linux/Desktop/UnixClock.h"

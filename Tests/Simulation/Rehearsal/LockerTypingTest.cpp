@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/X11/XKeyLayout.h"
 #include "Platforms/Linux/X11/XLentKeys.h"
 #include "Platforms/Linux/X11/XTestKeyEvents.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeScreenLock.h"
 #include "Tests/Fakes/FakeWindowServer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Vision/OnnxModelFiles.h"
 #include "Tests/Fakes/SharedFolder.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"

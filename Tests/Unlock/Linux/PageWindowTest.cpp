@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/SecretTraces/OwnMemory.h"
 #include "Unlock/Linux/PageWindow.h"
 #include "Unlock/Linux/QtApplicationWindows.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Operates the application's windows as a user does.
 
 #include "Tests/Unlock/FakeComputer.h"

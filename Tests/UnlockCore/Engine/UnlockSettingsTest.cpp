@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Fakes/FakeDefaultsStore.h"
 #include "UnlockCore/Engine/UnlockSettings.h"
 

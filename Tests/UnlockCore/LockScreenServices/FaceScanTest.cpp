@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Fakes/FakeFaceVision.h"
 #include "Tests/Fakes/FakeFourierTransform.h"
 #include "Tests/Fakes/FakeImaging.h"

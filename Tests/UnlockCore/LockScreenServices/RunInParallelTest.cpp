@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Fakes/FakeWorkQueues.h"
 #include "Tests/Platforms/SystemWorkQueues.h"
 #include "UnlockCore/Platform/WorkQueues.h"

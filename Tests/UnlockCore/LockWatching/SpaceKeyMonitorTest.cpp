@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Fakes/FakeInputIdle.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Fakes/FakeSpaceKeys.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Fakes/FakeCaptureSession.h"
 #include "Tests/Fakes/FakeImaging.h"
 #include "Tests/Fakes/FakeMainThread.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Fakes/FakeFileSystem.h"
 #include "UnlockCore/Platform/AtomicFile.h"
 

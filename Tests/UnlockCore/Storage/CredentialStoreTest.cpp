@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Fakes/VaultFixture.h"
 #include "UnlockCore/Storage/CredentialStore.h"
 

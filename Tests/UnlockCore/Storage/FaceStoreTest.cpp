@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Fakes/VaultFixture.h"
 #include "Unlock/macOS/MacWords.h"
 #include "UnlockCore/Storage/FaceStore.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 // What this application uses of AVFoundation that is newer than the checked headers. A Mac never

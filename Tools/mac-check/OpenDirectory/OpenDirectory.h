@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 // What this application calls of OpenDirectory, declared after its public documentation for a check

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # bash completion of marrowby-unlock(1)
 _marrowby_unlock() {
     COMPREPLY=()

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Declares what the application uses of AppKit and GNUstep lacks. Ownership and calls match the
 // Mac, appearance and layout do not.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Declares what the adapters use of Core Graphics.
 #pragma once
 #import <Foundation/Foundation.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Declares what the application uses of Foundation and Core Foundation and GNUstep lacks.
 #pragma once
 #include_next <Foundation/Foundation.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Declares what the adapter uses of the keychain.
 #pragma once
 #import <Foundation/Foundation.h>

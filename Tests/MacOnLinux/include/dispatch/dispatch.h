@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Declares the used part of dispatch; all queues and timers run on the main run loop.
 #pragma once
 #import <Foundation/Foundation.h>

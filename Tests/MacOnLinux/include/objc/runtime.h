@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Replaces GCC's header, whose inline functions clang rejects; declares the used part.
 #pragma once
 #include <objc/objc.h>

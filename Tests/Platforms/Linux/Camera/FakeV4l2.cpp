@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Platforms/Linux/Camera/FakeV4l2.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Desktop/SingleInstance.h"
 #include "Simulation/Desktop/ChildProcess.h"
 #include "Tests/Platforms/Linux/MockServices.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
 #include "Tests/SecretTraces/Needle.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Session/LogindKernelTyping.h"
 #include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/PrivateDisplay.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Camera/PixelBuffer.h"
 #include "Platforms/Linux/Vision/ImageFiles.h"
 #include "Platforms/Linux/Vision/OpenCvFourierTransform.h"

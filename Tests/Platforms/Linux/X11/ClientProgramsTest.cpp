@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/X11/ClientPrograms.h"
 
 #include <gtest/gtest.h>

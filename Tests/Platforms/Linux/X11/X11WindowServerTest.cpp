@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/X11/X11WindowServer.h"
 #include "Tests/Platforms/Linux/PrivateDisplay.h"
 #include "Tests/Platforms/Linux/QtLoop.h"

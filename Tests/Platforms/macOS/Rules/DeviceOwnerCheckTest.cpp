@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/macOS/Rules/DeviceOwnerCheck.h"
 #include "Tests/Platforms/macOS/Rules/FakeOwnerAuthentication.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/macOS/Rules/LockMonitor.h"
 #include "Tests/Fakes/FakeMainThread.h"
 #include "Tests/Platforms/macOS/Rules/FakeNotificationCenter.h"

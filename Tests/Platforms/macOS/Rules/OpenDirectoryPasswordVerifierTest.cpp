@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
 #include "Tests/Platforms/macOS/Rules/FakeDirectory.h"
 

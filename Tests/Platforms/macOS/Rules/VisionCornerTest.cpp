@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "Platforms/macOS/Rules/VisionCorner.h"
 
 #include <gtest/gtest.h>
