@@ -53,8 +53,9 @@ std::vector<std::string> PrivateSession::environment() const {
 
 std::optional<std::string> PrivateSession::failure() const {
     if (!bus_->isRunning()) return "The private session’s bus has ended.";
-    if (!keyring_->isRunning()) return "The private session’s keyring has ended.";
-    if (!windowManager_->isRunning()) return "The private session’s window manager has ended.";
+    if (!keyring_ || !keyring_->isRunning()) return "The private session’s keyring has ended.";
+    if (!windowManager_ || !windowManager_->isRunning())
+        return "The private session’s window manager has ended.";
     return std::nullopt;
 }
 

@@ -482,7 +482,8 @@ bool ScreenLocker::isRunning() const {
 
 std::size_t ScreenLocker::refusals() const {
     const MutexLock lock(state_->mutex);
-    return state_->session ? readFile(state_->session->folder.refusals()).size() : 0;
+    const auto& session = state_->session;
+    return session ? readFile(session->folder.refusals()).size() : 0;
 }
 
 void ScreenLocker::onEnded(std::function<void()> callback) {

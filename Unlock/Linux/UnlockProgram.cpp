@@ -376,7 +376,7 @@ CommandReply::Status tell(const Command& command, const std::vector<std::string>
             << '\n';
         return CommandReply::Status::no;
     }
-    if (!reply->text.empty()) std::cout << reply->text << std::endl;
+    if (!reply->text.empty()) std::cout << reply->text << '\n' << std::flush;
     return static_cast<CommandReply::Status>(reply->status);
 }
 

@@ -230,9 +230,9 @@ void UnlockModel::tryLook(LookEnd onEnd) {
 }
 
 void UnlockModel::endTrial(const std::expected<TrialLook::Result, std::string>& result) {
-    if (!trial_) return;
+    // The callback may start another.
     const auto ended = std::exchange(trial_, std::nullopt);
-    ended->onEnd(result);
+    if (ended) ended->onEnd(result);
 }
 
 void UnlockModel::wireEngine() {

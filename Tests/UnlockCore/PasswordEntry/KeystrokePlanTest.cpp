@@ -70,9 +70,11 @@ TEST(KeystrokePlan, clearsTypesAndEntersAtThePaceOfTheField) {
               {.tapsFirst = false, .wake = {}, .clearsField = true, .shortcut = {}},
               "+control .0 +U .0 -U .0 -control .0 "},
              {FieldClearing::controlU, bare, ""},
-         })
-        EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, clearing, pace)),
-                  "check " + before + typed);
+         }) {
+        std::string whole = "check ";
+        whole.append(before).append(typed);
+        EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, clearing, pace)), whole);
+    }
 }
 
 TEST(KeystrokePlan, partsTextIntoChunksButNeverASurrogatePair) {
