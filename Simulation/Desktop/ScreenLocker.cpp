@@ -383,6 +383,11 @@ struct ScreenLocker::State {
         return session && session->locker.isRunning();
     }
 
+    [[nodiscard]] std::size_t refusals() const {
+        const MutexLock lock(mutex);
+        return session ? readFile(session->folder.refusals()).size() : 0;
+    }
+
     [[nodiscard]] bool send(int signal) const {
         const MutexLock lock(mutex);
         if (!session) return false;
@@ -481,9 +486,7 @@ bool ScreenLocker::isRunning() const {
 }
 
 std::size_t ScreenLocker::refusals() const {
-    const MutexLock lock(state_->mutex);
-    const auto& session = state_->session;
-    return session ? readFile(session->folder.refusals()).size() : 0;
+    return state_->refusals();
 }
 
 void ScreenLocker::onEnded(std::function<void()> callback) {
