@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/SelfCheck.h"
 
-#include "UnlockCore/Liveness/MiniFASNet.h"
+#include "Unlock/Model/ModelLoaders.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
-#include "UnlockCore/Recognition/SFaceEmbedder.h"
 
 #include <algorithm>
 #include <array>
@@ -128,13 +127,10 @@ void SelfCheck::checkModels() {
     if (!services_.pack) return missing(services_.pack.error());
     const ModelPack& pack = *services_.pack;
     const Date began = services_.clock.now();
-    const auto embedder = SFaceEmbedder::load(
-        pack.folder, {.fileName = pack.embedderFile, .modelIdentifier = pack.embedderIdentifier},
-        services_.models, services_.imaging);
+    const auto embedder =
+        embedderLoader(pack, services_.models, services_.imaging, services_.words)();
     if (!embedder) return missing(description(embedder.error()));
-    const auto realFace =
-        MiniFASNet::load(pack.folder, services_.models, NeuralModels::ComputeUnits::all,
-                         pack.realFaceFile, pack.realFaceIdentifier);
+    const auto realFace = antiSpoofLoader(pack, services_.models, services_.words)();
     if (!realFace) return missing(description(realFace.error()));
     say({.subject = "Models",
          .isGood = true,

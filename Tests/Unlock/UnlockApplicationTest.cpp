@@ -467,6 +467,10 @@ TEST_F(UnlockApplicationTest, saysWhatCannotBeOpenedAndWhatToDo) {
         breakIt();
         start();
         openVault();
+        // A refusal changes nothing of what was found.
+        owner.answer = false;
+        openVault();
+        owner.answer = true;
         application->carryOut({.verb = Command::Verb::settings}, [](const auto&) {});
         mainThread.advance(TimeInterval(1));
         settle();

@@ -26,7 +26,7 @@ void FaceEnrollment::capture(const std::optional<std::string>& cameraID, Complet
         return;
     }
     drop();
-    auto embedder = embedderLoader(models_, platform_)();
+    auto embedder = embedderLoader(models_, platform_.models, platform_.imaging, platform_.words)();
     if (!embedder) {
         completion(std::unexpected(description(embedder.error())));
         return;

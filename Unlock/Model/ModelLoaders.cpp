@@ -21,11 +21,10 @@ std::expected<T, Error> withWords(std::expected<T, Error> loaded, const Platform
 
 }  // namespace
 
-CameraFaceScanner::LoadEmbedder embedderLoader(const ModelPack& pack,
-                                               const UnlockPlatform& platform) {
-    return [pack, &models = platform.models, &imaging = platform.imaging,
-            &words =
-                platform.words]() -> std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> {
+CameraFaceScanner::LoadEmbedder embedderLoader(const ModelPack& pack, NeuralModels& models,
+                                               const Imaging& imaging, const PlatformWords& words) {
+    return [pack, &models, &imaging,
+            &words]() -> std::expected<std::shared_ptr<FaceEmbedder>, FaceModelError> {
         return withWords(SFaceEmbedder::load(pack.folder,
                                              {.fileName = pack.embedderFile,
                                               .modelIdentifier = pack.embedderIdentifier,
@@ -35,9 +34,9 @@ CameraFaceScanner::LoadEmbedder embedderLoader(const ModelPack& pack,
     };
 }
 
-CameraFaceScanner::LoadAntiSpoof antiSpoofLoader(const ModelPack& pack,
-                                                 const UnlockPlatform& platform) {
-    return [pack, &models = platform.models, &words = platform.words] {
+CameraFaceScanner::LoadAntiSpoof antiSpoofLoader(const ModelPack& pack, NeuralModels& models,
+                                                 const PlatformWords& words) {
+    return [pack, &models, &words] {
         return withWords(
             MiniFASNet::load(pack.folder, models, NeuralModels::ComputeUnits::all,
                              pack.realFaceFile, pack.realFaceIdentifier, pack.sumOf("realFace")),

@@ -43,7 +43,7 @@ Outcome outcomeOfWriting(const std::expected<void, StorageError>& result, std::s
     return std::unexpected(std::string(failure) + ": " + file->message + ".");
 }
 
-/// None where the owner only said no.
+/// None of an error that says nothing of what is saved, such as the owner’s no.
 std::optional<SavedDataFault> faultOf(const StorageError& error) {
     if (std::holds_alternative<KeychainError>(error)) return SavedDataFault::keyStoreAway;
     const auto* vault = std::get_if<VaultError>(&error);
@@ -97,7 +97,8 @@ void ProtectedData::open(Purpose purpose, Completion completion) {
         weakSelf_.guarded([completion = std::move(completion)](
                               ProtectedData& self, std::expected<void, StorageError> result) {
             // vaultChanged() may still be posted.
-            if (!result) self.fault_ = faultOf(result.error());
+            // Where the owner says no, what was found before still holds.
+            if (!result) self.fault_ = faultOf(result.error()).or_else([&] { return self.fault_; });
             if (result && !self.faces_.isLoaded()) result = self.load();
             completion(outcomeOf(result, self.platform_.words));
         }));

@@ -385,11 +385,11 @@ TEST_F(LinuxTexts, sayWhatToDoAboutAModelThatIsGone) {
                          .embedderFile = "Face.onnx",
                          .embedderIdentifier = {},
                          .realFaceFile = "RealFace.onnx"};
-    const UnlockPlatform linuxPlatform = platform();
+    const UnlockPlatform with = platform();
     const std::string remedy = "Prepare the models again, then restart Marrowby Unlock.";
-    EXPECT_EQ(description(embedderLoader(pack, linuxPlatform)().error()),
+    EXPECT_EQ(description(embedderLoader(pack, with.models, with.imaging, with.words)().error()),
               "The face model isn’t in the models’ folder (Face.onnx). " + remedy);
-    EXPECT_EQ(description(antiSpoofLoader(pack, linuxPlatform)().error()),
+    EXPECT_EQ(description(antiSpoofLoader(pack, with.models, with.words)().error()),
               "The real-face model isn’t in the models’ folder (RealFace.onnx). " + remedy);
 }
 
