@@ -26,8 +26,9 @@ UnlockApplication::UnlockApplication(const UnlockPlatform& platform,
           UnlockModel::Callbacks{.onChange = [this] { modelChanged(); },
                                  .onLog =
                                      [this](const LogLine& line) {
-                                         journal_.add(line, platform_.clock.now());
                                          if (hooks_.log) hooks_.log(line);
+                                         if (line.level == LogLine::Level::debug) return;
+                                         journal_.add(line, platform_.clock.now());
                                          windows_.refresh(Window::settings);
                                      },
                                  .onAskToUpdatePassword =

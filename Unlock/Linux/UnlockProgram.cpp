@@ -324,9 +324,11 @@ std::expected<void, std::string> CompositionRoot::start() {
         windows_,
         UnlockApplication::Hooks{.log =
                                      [this](const LogLine& line) {
-                                         log_.write({.message = line.withoutNames(),
-                                                     .event = std::string(line.event),
-                                                     .subject = line.subject()});
+                                         log_.write(
+                                             {.message = line.withoutNames(),
+                                              .event = std::string(line.event),
+                                              .subject = line.subject(),
+                                              .isDebugging = line.level == LogLine::Level::debug});
                                      },
                                  .terminate = &CompositionRoot::end});
     application_->didFinishLaunching(launch_);

@@ -63,7 +63,11 @@ MacApplication::MacApplication()
       application_(platform(), resources(), windows_,
                    {.log =
                         [](const LogLine& line) {
-                            os_log(systemLog(), "%{public}s", line.withoutNames().c_str());
+                            const os_log_type_t type = line.level == LogLine::Level::debug
+                                                           ? OS_LOG_TYPE_DEBUG
+                                                           : OS_LOG_TYPE_DEFAULT;
+                            os_log_with_type(systemLog(), type, "%{public}s",
+                                             line.withoutNames().c_str());
                         },
                     .terminate =
                         [] {

@@ -24,11 +24,16 @@ inline constexpr std::string_view unlocked = "unlocked";
 inline constexpr std::string_view activityIgnored = "activity-ignored";
 inline constexpr std::string_view modelsChanged = "models-changed";
 inline constexpr std::string_view displayLost = "display-lost";
+inline constexpr std::string_view road = "road";
 }  // namespace logevent
 
 /// One short English sentence for the log, in pieces: fixed text costs no allocation. All views are
 /// of static text.
 struct LogLine {
+    /// Lines for debugging go to the system’s log only.
+    enum class Level { info, debug };
+
+    Level level = Level::info;
     /// One of logevent.
     std::string_view event{};
     std::string_view start{};

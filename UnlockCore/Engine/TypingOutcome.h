@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Time.h"
+
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -14,6 +17,7 @@ struct Failed {
 };
 /// The password and Return were posted.
 struct Typed {
+    std::optional<Date> firstKeyAt{};
     friend bool operator==(const Typed&, const Typed&) = default;
 };
 /// Abandoned before the end, for example because the lock screen went away.

@@ -13,11 +13,12 @@ using Effect = UnlockMachine::Effect;
 /// Carries out the effects of one event.
 struct UnlockCoordinator::Performer {
     UnlockCoordinator& owner;
+    Date now;
 
     void operator()(const Effect::Overlay& overlay) {
         if (auto* const presenter = owner.collaborators_.presenter) presenter->show(overlay.phase);
     }
-    void operator()(const Effect::StartCamera& start) { owner.startScan(start.id); }
+    void operator()(const Effect::StartCamera& start) { owner.startScan(start.id, now); }
     void operator()(const Effect::ListenForSpace& listen) {
         listen.on ? owner.collaborators_.spaceKeys.start() : owner.collaborators_.spaceKeys.stop();
     }
@@ -66,8 +67,9 @@ void UnlockCoordinator::handle(Event event) {
         machine_.hasEffects(event, snapshot(now))) {
         reading_ = read(now);
     }
+    if (road_) note(event, now);
     for (const Effect& effect : machine_.handle(std::move(event), snapshot(now)))
-        std::visit(Performer{*this}, effect);
+        std::visit(Performer{*this, now}, effect);
     rescheduleTimer();
     if (callbacks_.onChange) callbacks_.onChange();
 }
@@ -117,7 +119,25 @@ void UnlockCoordinator::rescheduleTimer() {
         }))};
 }
 
-void UnlockCoordinator::startScan(ScanID scan) {
+void UnlockCoordinator::note(const Event& event, Date now) {
+    using Step = UnlockRoad::Step;
+    if (const auto* const frame = std::get_if<Event::Frame>(&event)) {
+        road_->reach(Step::firstPicture, now);
+        const auto* const face = std::get_if<ScanObservation::Face>(&frame->observation);
+        if (face != nullptr) road_->reach(Step::firstFace, now);
+        if (face != nullptr && face->match) road_->reach(Step::firstMatch, now);
+    } else if (const auto* const ended = std::get_if<Event::Typed>(&event)) {
+        if (const auto* const typed = std::get_if<TypingOutcome::Typed>(&ended->outcome)) {
+            if (typed->firstKeyAt) road_->reach(Step::firstKey, *typed->firstKeyAt);
+            road_->reach(Step::typed, now);
+            if (callbacks_.onLog) callbacks_.onLog(road_->line());
+        }
+        road_.reset();
+    }
+}
+
+void UnlockCoordinator::startScan(ScanID scan, Date now) {
+    road_.emplace(now);
     collaborators_.scanner.start(
         scan, reading_.readiness.scan,
         {.onFrame =
@@ -127,9 +147,11 @@ void UnlockCoordinator::startScan(ScanID scan) {
          .onCameraFailed = weakSelf_.guarded([](UnlockCoordinator& self, std::string message) {
              self.send(Event::CameraFailed{std::move(message)});
          })});
+    road_->reach(UnlockRoad::Step::cameraAsked, collaborators_.clock.now());
 }
 
 void UnlockCoordinator::typePassword() {
+    if (road_) road_->reach(UnlockRoad::Step::confirmed, collaborators_.clock.now());
     collaborators_.typer.typeStoredPassword(
         [&lockState = collaborators_.lockState] { return lockState.isLocked(); },
         weakSelf_.guarded([](UnlockCoordinator& self, TypingOutcome outcome) {

@@ -5,6 +5,7 @@
 #include "UnlockCore/Engine/PasswordTyping.h"
 #include "UnlockCore/Engine/UnlockMachine.h"
 #include "UnlockCore/Engine/UnlockReadiness.h"
+#include "UnlockCore/Engine/UnlockRoad.h"
 #include "UnlockCore/Foundation/WeakSelf.h"
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
@@ -118,11 +119,12 @@ class UnlockCoordinator {
     };
 
     void handle(Event event);
+    void note(const Event& event, Date now);
     void rescheduleTimer();
     [[nodiscard]] Reading read(Date now) const;
     [[nodiscard]] bool isReadingRecent(Date now) const;
     [[nodiscard]] UnlockSnapshot snapshot(Date now) const;
-    void startScan(ScanID scan);
+    void startScan(ScanID scan, Date now);
     void typePassword();
     [[nodiscard]] bool isOnOwnThread() const { return std::this_thread::get_id() == thread_; }
 
@@ -133,6 +135,8 @@ class UnlockCoordinator {
     Reading reading_;
     /// None once the timer has fired.
     std::optional<Deadline> deadline_;
+    /// Of the scan and typing under way.
+    std::optional<UnlockRoad> road_;
     std::deque<Event> queue_;
     bool isHandling_ = false;
     std::thread::id thread_ = std::this_thread::get_id();

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <expected>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -14,10 +15,10 @@ namespace marrowby {
 namespace {
 
 TypingOutcome outcomeOf(const std::expected<KeystrokeTyping, StorageError>& typing,
-                        const PlatformWords& words) {
+                        const std::optional<Date>& firstKeyAt, const PlatformWords& words) {
     if (!typing) return TypingOutcome::Failed{description(typing.error(), words)};
     const auto& outcome = typing->outcome();
-    if (outcome) return TypingOutcome::Typed{};
+    if (outcome) return TypingOutcome::Typed{firstKeyAt};
     if (outcome.error() == KeystrokeError::notLocked) return TypingOutcome::Stopped{};
     return TypingOutcome::Failed{description(outcome.error(), words)};
 }
@@ -26,25 +27,29 @@ TypingOutcome outcomeOf(const std::expected<KeystrokeTyping, StorageError>& typi
 
 void StoredPasswordTyper::typeStoredPassword(std::function<bool()> stillLocked,
                                              std::function<void(TypingOutcome)> completion) {
-    workQueues_.background()->async([&credentials = credentials_, &keyEvents = keyEvents_,
-                                     &mainThread = mainThread_, &words = words_, typings = typings_,
-                                     order = typings_->order(),
-                                     stillLocked = std::move(stillLocked),
-                                     completion = std::move(completion)] {
-        const TypingsUnderWay::Turn turn(*typings, order);
-        if (!turn.isTaken()) {
-            mainThread.post([completion] { completion(TypingOutcome::Stopped{}); });
-            return;
-        }
-        const auto mayGoOn = [&credentials, typings, order, stillLocked] {
-            return typings->stands(order) && credentials.isOpen() && stillLocked();
-        };
-        const auto typing = credentials.withPassword([&](std::span<const std::uint8_t> password) {
-            return keystrokeinjector::typePassword(keyEvents, password, mayGoOn);
+    workQueues_.background()->async(
+        [&credentials = credentials_, &keyEvents = keyEvents_, &mainThread = mainThread_,
+         &clock = clock_, &words = words_, typings = typings_, order = typings_->order(),
+         stillLocked = std::move(stillLocked), completion = std::move(completion)] {
+            const TypingsUnderWay::Turn turn(*typings, order);
+            if (!turn.isTaken()) {
+                mainThread.post([completion] { completion(TypingOutcome::Stopped{}); });
+                return;
+            }
+            const auto mayGoOn = [&credentials, typings, order, stillLocked] {
+                return typings->stands(order) && credentials.isOpen() && stillLocked();
+            };
+            std::optional<Date> firstKeyAt;
+            const auto typing =
+                credentials.withPassword([&](std::span<const std::uint8_t> password) {
+                    return keystrokeinjector::typePassword(keyEvents, password, mayGoOn,
+                                                           [&] { firstKeyAt = clock.now(); });
+                });
+            mainThread.post([outcome = outcomeOf(typing, firstKeyAt, words), completion] {
+                completion(outcome);
+            });
+            // `typing` gives the keyboard back as it goes, which may take seconds.
         });
-        mainThread.post([outcome = outcomeOf(typing, words), completion] { completion(outcome); });
-        // `typing` gives the keyboard back as it goes, which may take seconds.
-    });
 }
 
 }  // namespace marrowby

@@ -6,6 +6,7 @@
 #include "UnlockCore/Platform/KeyEvents.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/PlatformWords.h"
+#include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 #include "UnlockCore/Storage/CredentialStore.h"
 
@@ -19,11 +20,13 @@ namespace marrowby {
 class StoredPasswordTyper final : public PasswordTyping {
   public:
     StoredPasswordTyper(const CredentialStore& credentials, KeyEvents& keyEvents,
-                        WorkQueues& workQueues, MainThread& mainThread, const PlatformWords& words)
+                        WorkQueues& workQueues, MainThread& mainThread, const SystemClock& clock,
+                        const PlatformWords& words)
         : credentials_(credentials),
           keyEvents_(keyEvents),
           workQueues_(workQueues),
           mainThread_(mainThread),
+          clock_(clock),
           words_(words) {}
     ~StoredPasswordTyper() override { typings_->end(); }
     StoredPasswordTyper(const StoredPasswordTyper&) = delete;
@@ -39,6 +42,7 @@ class StoredPasswordTyper final : public PasswordTyping {
     KeyEvents& keyEvents_;
     WorkQueues& workQueues_;
     MainThread& mainThread_;
+    const SystemClock& clock_;
     const PlatformWords& words_;
     const std::shared_ptr<TypingsUnderWay> typings_ = std::make_shared<TypingsUnderWay>();
 };

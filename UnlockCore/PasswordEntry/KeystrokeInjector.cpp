@@ -76,7 +76,8 @@ KeystrokeError errorOf(UTF16Error error) {
 
 KeystrokeTyping keystrokeinjector::typePassword(KeyEvents& keyEvents,
                                                 std::span<const std::uint8_t> password,
-                                                std::function<bool()> stillLocked) {
+                                                std::function<bool()> stillLocked,
+                                                const std::function<void()>& onFirstKey) {
     const auto failed = [](KeystrokeError error) {
         return KeystrokeTyping(std::unexpected(error), nullptr, {});
     };
@@ -90,6 +91,7 @@ KeystrokeTyping keystrokeinjector::typePassword(KeyEvents& keyEvents,
     if (!source->isAdmitted(stillLocked))
         return failed(stillLocked() ? KeystrokeError::noLocker : KeystrokeError::notLocked);
     const KeystrokePlan plan = KeystrokePlan::make(units->values(), clearing, source->pace());
+    if (onFirstKey) onFirstKey();
     Step outcome;
     const Perform perform{.keyEvents = keyEvents,
                           .source = *source,

@@ -46,10 +46,11 @@ namespace keystrokeinjector {
 
 /// Clears the lock screen's field, types `password` (UTF-8) and presses Return, asking
 /// `stillLocked` before every burst of keys. Blocks the calling thread for the plan's pauses; never
-/// call it on the main thread.
+/// call it on the main thread. `onFirstKey` is called before the first key.
 [[nodiscard]] KeystrokeTyping typePassword(KeyEvents& keyEvents,
                                            std::span<const std::uint8_t> password,
-                                           std::function<bool()> stillLocked);
+                                           std::function<bool()> stillLocked,
+                                           const std::function<void()>& onFirstKey = {});
 
 }  // namespace keystrokeinjector
 

@@ -36,11 +36,11 @@ std::string inOneLine(std::string text) {
 
 void JournaldLog::write(const Entry& entry) const {
     const std::string line = inOneLine(entry.message);
-    std::string fields =
-        "PRIORITY=6\nSYSLOG_IDENTIFIER=" + identifier_ + "\nMESSAGE=" + line + "\n";
+    std::string fields = std::string("PRIORITY=") + (entry.isDebugging ? '7' : '6') +
+                         "\nSYSLOG_IDENTIFIER=" + identifier_ + "\nMESSAGE=" + line + "\n";
     if (!entry.event.empty()) fields += "MARROWBY_EVENT=" + inOneLine(entry.event) + "\n";
     if (!entry.subject.empty()) fields += "MARROWBY_SUBJECT=" + inOneLine(entry.subject) + "\n";
-    if (send(socket_, fields)) return;
+    if (send(socket_, fields) || entry.isDebugging) return;
     std::cerr << identifier_ + ": " + line + "\n" << std::flush;
 }
 

@@ -21,6 +21,8 @@ class JournaldLog {
         /// where they are empty.
         std::string event{};
         std::string subject{};
+        /// Lower priority; only in the journal.
+        bool isDebugging = false;
     };
 
     /// Never waits for the journal: an entry that it does not take goes to standard error.

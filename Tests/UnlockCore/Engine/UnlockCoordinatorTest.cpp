@@ -19,6 +19,7 @@ namespace {
 
 using Event = UnlockCoordinator::Event;
 using Calls = std::vector<std::string>;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -187,6 +188,24 @@ TEST_F(UnlockCoordinatorTest, carriesOutAWholeUnlock) {
                 ElementsAre("Unlocked", "overlay leaving", "listenForSpace off",
                             "watchActivity off", "changed"));
     EXPECT_THAT(main.timers(), IsEmpty());
+}
+
+TEST_F(UnlockCoordinatorTest, logsWhenAnUnlockTookEachStep) {
+    const TimeInterval step(0.125);
+    coordinator->send(Event::Lock{LockEvent::screenLocked});
+    coordinator->send(Event::SpaceKey{});
+    main.advance(step);
+    scanner.callbacks.onFrame(scanner.look, ScanObservation::NoFace{});
+    main.advance(step);
+    seesSomebody();
+    main.advance(step);
+    seesRobin();
+    main.advance(step);
+    const Date firstKeyAt = clock.now();
+    main.advance(step);
+    EXPECT_THAT(callsOf(Event::Typed{TypingOutcome::Typed{firstKeyAt}}),
+                Contains("Milliseconds since the return: camera-asked=0 first-picture=125 "
+                         "first-face=250 first-match=250 confirmed=375 first-key=500 typed=625"));
 }
 
 TEST_F(UnlockCoordinatorTest, whatAnEffectCausesIsHandledAfterItsEvent) {

@@ -51,7 +51,8 @@ class StoredPasswordTyperTest : public testing::Test {
     CredentialStore credentials_{bench_.passwordFile, *bench_.vault};
     FakeKeyEvents keyEvents_;
     FakeWorkQueues queues_;
-    StoredPasswordTyper typer_{credentials_, keyEvents_, queues_, bench_.mainThread, macWords};
+    StoredPasswordTyper typer_{credentials_,      keyEvents_,        queues_,
+                               bench_.mainThread, bench_.mainThread, macWords};
 };
 
 TEST_F(StoredPasswordTyperTest, tellsEveryWayItEnds) {
@@ -144,7 +145,8 @@ TEST_F(StoredPasswordTyperTest, stopsInTheMiddleWhoeverEndsIt) {
         bool isStopped = false;
         SlowKeyEvents keys;
         ThreadWorkQueues queues;
-        StoredPasswordTyper typer(credentials_, keys, queues, bench_.mainThread, macWords);
+        StoredPasswordTyper typer(credentials_, keys, queues, bench_.mainThread, bench_.mainThread,
+                                  macWords);
         typer.typeStoredPassword([] { return true; },
                                  [&](const auto& outcome) {
                                      isStopped =
@@ -175,8 +177,8 @@ TEST_F(StoredPasswordTyperTest, leavesNoTypingBehindThatUsesWhatIsGone) {
         ThreadWorkQueues queues;
         auto keys = std::make_unique<SlowKeyEvents>();
         auto credentials = std::make_unique<CredentialStore>(bench_.passwordFile, *bench_.vault);
-        auto typer = std::make_unique<StoredPasswordTyper>(*credentials, *keys, queues,
-                                                           bench_.mainThread, macWords);
+        auto typer = std::make_unique<StoredPasswordTyper>(
+            *credentials, *keys, queues, bench_.mainThread, bench_.mainThread, macWords);
         typer->typeStoredPassword([] { return true; }, [](const auto& /*outcome*/) {});
         keys->inTheMiddle.get_future().wait();
         keys->goOn.set_value();
@@ -187,8 +189,8 @@ TEST_F(StoredPasswordTyperTest, leavesNoTypingBehindThatUsesWhatIsGone) {
     }
     // Not begun.
     auto keys = std::make_unique<SlowKeyEvents>();
-    auto typer = std::make_unique<StoredPasswordTyper>(credentials_, *keys, queues_,
-                                                       bench_.mainThread, macWords);
+    auto typer = std::make_unique<StoredPasswordTyper>(
+        credentials_, *keys, queues_, bench_.mainThread, bench_.mainThread, macWords);
     typer->typeStoredPassword([] { return true; }, [](const auto& /*outcome*/) {});
     typer.reset();
     keys.reset();
