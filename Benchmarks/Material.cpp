@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Benchmarks/Material.h"
 
-#include "Platforms/Linux/Vision/ImageFiles.h"
+#include "Platforms/Linux/Pictures/ImageFiles.h"
 #include "Simulation/Scenes/Cast.h"
 #include "Simulation/Scenes/ModelFolder.h"
 #include "Simulation/Scenes/SceneCatalogue.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Simulation/Measuring/TakeFolders.h"
 
-#include "Platforms/Linux/Vision/ImageFiles.h"
+#include "Platforms/Linux/Pictures/ImageFiles.h"
 
 #include <algorithm>
 #include <array>

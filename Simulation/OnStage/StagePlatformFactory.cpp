@@ -3,9 +3,10 @@
 
 #include "Platforms/Linux/Desktop/QtMainThread.h"
 #include "Platforms/Linux/Desktop/UnixClock.h"
-#include "Platforms/Linux/Vision/ImageFiles.h"
+#include "Platforms/Linux/Pictures/ImageFiles.h"
 #include "Simulation/OnStage/SceneServices.h"
 #include "Simulation/People/Person.h"
+#include "Simulation/Scenes/FilmReel.h"
 #include "Simulation/Scenes/ModelFolder.h"
 #include "Simulation/Scenes/SceneCatalogue.h"
 #include "Simulation/Scenes/SceneFilm.h"
@@ -57,6 +58,12 @@ std::string focused() {
            (isSwitch ? button->isChecked() ? " (on)" : " (off)" : "");
 }
 
+ScriptedCamera::Device builtInCamera() {
+    const char* const rate = std::getenv("MARROWBY_CAMERA_RATE");
+    return rate != nullptr ? ScriptedCamera::builtInCamera(std::atof(rate))
+                           : ScriptedCamera::builtInCamera();
+}
+
 }  // namespace
 
 StagePlatformFactory::StagePlatformFactory(std::filesystem::path models)
@@ -90,8 +97,7 @@ std::string StagePlatformFactory::journalSocket() {
 }
 
 std::shared_ptr<CaptureSession> StagePlatformFactory::makeCamera(const SystemClock& clock) {
-    cameras_.push_back(
-        std::make_shared<ScriptedCamera>(std::vector{ScriptedCamera::builtInCamera()}, clock));
+    cameras_.push_back(std::make_shared<ScriptedCamera>(std::vector{builtInCamera()}, clock));
     return cameras_.back();
 }
 
@@ -153,11 +159,12 @@ void StagePlatformFactory::follow(const std::string& order) {
         film({.tells = "nobody"});
     } else if (verb == "seat" && words >> number && number < distinctPeople().size()) {
         seat(distinctPeople()[number]);
-    } else if (verb == "scene" && words >> name >> number && number < distinctPeople().size()) {
+    } else if ((verb == "scene" || verb == "reel") && words >> name >> number &&
+               number < distinctPeople().size()) {
         const auto scene = sceneNamed(name, distinctPeople()[number]);
         if (!scene) return say("unknown: " + order);
         user_.reset();
-        film(*scene);
+        verb == "scene" ? film(*scene) : playReel(*scene);
     } else {
         return say("unknown: " + order);
     }
@@ -165,20 +172,40 @@ void StagePlatformFactory::follow(const std::string& order) {
 }
 
 void StagePlatformFactory::film(const Scene& scene) {
+    const Date began = clock_->now();
+    show([this, &scene, began] {
+        return [film = std::make_shared<SceneFilm>(scene, cast_),
+                began](const ScriptedCamera::Shot& shot) {
+            return film
+                ->shoot({.at = shot.at - began,
+                         .running = shot.running,
+                         .frameTime = shot.frameTime,
+                         .width = shot.width,
+                         .height = shot.height})
+                .picture;
+        };
+    });
+}
+
+void StagePlatformFactory::playReel(const Scene& scene) {
+    const CaptureFormat format = builtInCamera().formats.front();
+    const auto reel = std::make_shared<const FilmReel>(
+        SceneFilm(scene, cast_), TimeInterval(1 / format.frameRates.front().maximum),
+        static_cast<int>(format.width), static_cast<int>(format.height));
+    show([&reel] {
+        return [reel](const ScriptedCamera::Shot& shot) { return reel->at(shot.running); };
+    });
+}
+
+void StagePlatformFactory::show(const std::function<ScriptedCamera::View()>& makeView) {
     sceneBegan_ = clock_->now();
     {
         const MutexLock lock(pictureMutex_);
         picture_.reset();
     }
     for (const auto& camera : cameras_) {
-        camera->setView([this, film = std::make_shared<SceneFilm>(scene, cast_),
-                         began = sceneBegan_](const ScriptedCamera::Shot& shot) {
-            auto picture = film->shoot({.at = shot.at - began,
-                                        .running = shot.running,
-                                        .frameTime = shot.frameTime,
-                                        .width = shot.width,
-                                        .height = shot.height})
-                               .picture;
+        camera->setView([this, view = makeView()](const ScriptedCamera::Shot& shot) {
+            auto picture = view(shot);
             if (shot.running == TimeInterval{}) say("first picture");
             const MutexLock lock(pictureMutex_);
             picture_ = picture;

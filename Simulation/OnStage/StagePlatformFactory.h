@@ -11,6 +11,7 @@
 #include "UnlockCore/Foundation/Mutex.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,9 +27,11 @@ namespace marrowby {
 ///
 /// Reads commands from the standard input, one a line, and answers “done: VERB”: “seat N” (the Nth
 /// person, who follows the ring of the window), “turn” (that person’s head), “scene NAME N”,
-/// “nobody”, “password TEXT”, “owner yes”, “owner no”, “clock SECONDS” (forward) and “picture FILE”
-/// (the cameras’ newest, as PNG). Writes to the standard output what a window shows first (“page:
-/// TITLE”), what has the focus, and when a camera that was started gives its first picture.
+/// “reel NAME N” (the same, drawn before the answer), “nobody”, “password TEXT”, “owner yes”,
+/// “owner no”, “clock SECONDS” (forward) and “picture FILE” (the cameras’ newest, as PNG). Writes
+/// to the standard output what a window shows first (“page: TITLE”), what has the focus, and when a
+/// camera that was started gives its first picture. The cameras give MARROWBY_CAMERA_RATE pictures
+/// a second, else 15.
 class StagePlatformFactory final : public PlatformFactory {
   public:
     /// `models`: the folder of the model pack.
@@ -50,6 +53,9 @@ class StagePlatformFactory final : public PlatformFactory {
     void readOrders();
     void follow(const std::string& order);
     void film(const Scene& scene);
+    void playReel(const Scene& scene);
+    /// One view for each camera.
+    void show(const std::function<ScriptedCamera::View()>& makeView);
     void seat(std::uint64_t person);
     /// New output since the last call.
     void observe();

@@ -54,18 +54,20 @@ std::string seconds(TimeInterval interval) {
 struct Stage::Parts {
     Parts(PrivateSession privateSession, DesktopUser somebody,
           std::unique_ptr<XcbConnection> display, std::filesystem::path modelFolder,
-          std::filesystem::path programFile)
+          std::filesystem::path programFile, int cameraRate)
         : session(std::move(privateSession)),
           atDesk(std::move(somebody)),
           connection(std::move(display)),
           models(std::move(modelFolder)),
-          programPath(std::move(programFile)) {}
+          programPath(std::move(programFile)),
+          picturesPerSecond(cameraRate) {}
 
     PrivateSession session;
     DesktopUser atDesk;
     std::unique_ptr<XcbConnection> connection;
     const std::filesystem::path models;
     const std::filesystem::path programPath;
+    const int picturesPerSecond;
     Interruption interruption;
     ContactSheet sheet;
     UnixSystemClock clock;
@@ -106,6 +108,7 @@ void Stage::Parts::hear(const std::string& line) {
 std::vector<std::string> Stage::Parts::environment() const {
     std::vector<std::string> environment = session.environment();
     environment.push_back("MARROWBY_MODELS=" + models.string());
+    environment.push_back("MARROWBY_CAMERA_RATE=" + std::to_string(picturesPerSecond));
     environment.push_back("MARROWBY_JOURNAL=" + journalSocket().string());
     return environment;
 }
@@ -128,9 +131,9 @@ Stage::Result<std::unique_ptr<Stage>> Stage::create(const Places& places) {
             << R"({"unlock.scanSeconds": 10})";
     }
 
-    auto parts =
-        std::make_unique<Parts>(*std::move(session), *std::move(somebody), *std::move(connection),
-                                std::filesystem::absolute(places.models), places.program);
+    auto parts = std::make_unique<Parts>(
+        *std::move(session), *std::move(somebody), *std::move(connection),
+        std::filesystem::absolute(places.models), places.program, places.picturesPerSecond);
     auto journal = ProgramJournal::create(
         parts->journalSocket(),
         [parts = parts.get()](const ProgramJournal::Entry& entry) { parts->note(entry); });
@@ -281,6 +284,10 @@ Stage::Result<void> Stage::putInFront(std::string_view scene, std::size_t person
     if (!found) return std::unexpected("There is no scene “" + std::string(scene) + "”.");
     parts_->transcript.scene("in front of the camera: " + found->tells);
     return order("scene " + std::string(scene) + " " + std::to_string(person));
+}
+
+Stage::Result<void> Stage::playReel(std::string_view scene, std::size_t person) {
+    return order("reel " + std::string(scene) + " " + std::to_string(person));
 }
 
 Stage::Result<void> Stage::seatUser(std::size_t person) {

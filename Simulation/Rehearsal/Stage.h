@@ -37,6 +37,8 @@ class Stage {
         /// A user's saved data, as keepHome() left it; a new user's where it is empty.
         std::filesystem::path home{};
         PrivateScreen screen{};
+        /// Of the cameras.
+        int picturesPerSecond = 15;
     };
 
     [[nodiscard]] static Result<std::unique_ptr<Stage>> create(const Places& places);
@@ -71,6 +73,8 @@ class Stage {
 
     /// Shows the camera a scene of the catalogue with one of distinctPeople().
     [[nodiscard]] Result<void> putInFront(std::string_view scene, std::size_t person);
+    /// The same with pictures drawn beforehand, for fast cameras; forwards and backwards.
+    [[nodiscard]] Result<void> playReel(std::string_view scene, std::size_t person);
     /// Shows a person who follows the enrolment's guide.
     [[nodiscard]] Result<void> seatUser(std::size_t person);
     /// The seated person turns the head to one side and back.

@@ -36,8 +36,6 @@ constexpr TimeInterval aScan{15};
 constexpr TimeInterval passwordCheck{8};
 constexpr TimeInterval anEnrolment{240};
 
-/// Of distinctPeople(): a usual face, which finds the poses fast.
-constexpr std::size_t owner = 4;
 constexpr std::size_t stranger = 0;
 constexpr std::size_t otherStranger = 1;
 
@@ -480,6 +478,16 @@ std::expected<void, std::string> confirmOwner(Stage& stage) {
             })
             .result();
     });
+}
+
+std::expected<void, std::string> ownerUnlocks(Stage& stage) {
+    return Steps()
+        .then([&] { return lockScreen(stage); })
+        .then([&] { return sleepAndWake(stage); })
+        .then([&] { return stage.waitForEvent(logevent::typed, aScan); })
+        .then([&] { return stage.waitForEvent(logevent::unlocked, passwordCheck); })
+        .then([&] { return stage.waitForUnlock(shortly); })
+        .result();
 }
 
 std::vector<Act> acts() {

@@ -108,10 +108,12 @@ class ScriptedCamera::Input final : public CaptureInput {
     const std::string deviceID_;
 };
 
-ScriptedCamera::Device ScriptedCamera::builtInCamera() {
-    return {
-        .description = {.uniqueID = "rehearsal-camera", .localizedName = "Rehearsal camera"},
-        .formats = {{.width = 640, .height = 480, .frameRates = {{.minimum = 15, .maximum = 15}}}}};
+ScriptedCamera::Device ScriptedCamera::builtInCamera(double picturesPerSecond) {
+    return {.description = {.uniqueID = "rehearsal-camera", .localizedName = "Rehearsal camera"},
+            .formats = {
+                {.width = 640,
+                 .height = 480,
+                 .frameRates = {{.minimum = picturesPerSecond, .maximum = picturesPerSecond}}}}};
 }
 
 ScriptedCamera::ScriptedCamera(std::vector<Device> devices, const SystemClock& clock,

@@ -54,8 +54,8 @@ class ScriptedCamera final : public CaptureSession {
         friend bool operator==(const Counts&, const Counts&) = default;
     };
 
-    /// The camera of most rehearsals: 640 x 480 at 15 pictures a second.
-    [[nodiscard]] static Device builtInCamera();
+    /// The camera of most rehearsals: 640 x 480.
+    [[nodiscard]] static Device builtInCamera(double picturesPerSecond = 15);
 
     /// `clock` outlives this.
     ScriptedCamera(std::vector<Device> devices, const SystemClock& clock,

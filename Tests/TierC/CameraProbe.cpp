@@ -12,7 +12,7 @@
 #include "Platforms/Linux/Desktop/QtMainThread.h"
 #include "Platforms/Linux/Desktop/ThreadWorkQueues.h"
 #include "Platforms/Linux/Desktop/UnixClock.h"
-#include "Platforms/Linux/Vision/ImageFiles.h"
+#include "Platforms/Linux/Pictures/ImageFiles.h"
 #include "Platforms/Linux/Vision/OpenCvFaceVision.h"
 #include "Platforms/Linux/Vision/OpenCvFourierTransform.h"
 #include "Platforms/Linux/Vision/OpenCvImaging.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Desktop/ProcessHardening.h"
 #include "Platforms/Linux/Desktop/XdgFolders.h"
+#include "Simulation/Rehearsal/RoadSeries.h"
 #include "Simulation/Rehearsal/Stage.h"
 #include "Simulation/Rehearsal/Story.h"
 #include "Simulation/Rehearsal/WindowPictures.h"
@@ -26,12 +27,13 @@ namespace {
 using namespace marrowby;
 
 constexpr const char* usage =
-    "marrowby-rehearsal [--pictures PICTURES] [FOLDER]\n"
+    "marrowby-rehearsal [--pictures PICTURES | --road UNLOCKS] [FOLDER]\n"
     "Plays a whole story of the unlock on the models in FOLDER; else on the standard pack, "
     "where\n"
     "the user has prepared it; else on the rehearsal’s own, in Models. With --pictures it only "
     "sets "
-    "the\nprogram up, and puts pictures of its windows into the folder PICTURES.\n";
+    "the\nprogram up, and puts pictures of its windows into the folder PICTURES; with --road it "
+    "unlocks\nthat often, and tells when each step of an unlock was reached.\n";
 constexpr const char* ownModels = "Models";
 constexpr const char* contactSheet = "build/rehearsal.png";
 
@@ -43,6 +45,7 @@ std::filesystem::path preparedModels() {
 
 struct Wanted {
     std::optional<std::filesystem::path> pictures;
+    std::optional<int> unlocks;
     std::optional<std::filesystem::path> models;
 };
 
@@ -51,6 +54,10 @@ std::optional<Wanted> wanted(std::span<char*> arguments) {
     Wanted wanted;
     if (arguments.size() > 1 && std::string_view(arguments[0]) == "--pictures") {
         wanted.pictures = arguments[1];
+        arguments = arguments.subspan(2);
+    } else if (arguments.size() > 1 && std::string_view(arguments[0]) == "--road") {
+        wanted.unlocks = std::atoi(arguments[1]);
+        if (*wanted.unlocks < 1) return std::nullopt;
         arguments = arguments.subspan(2);
     }
     if (arguments.size() > 1 ||
@@ -152,6 +159,11 @@ int main(int argc, char* argv[]) {
         const auto taken = takeWindowPictures(models->folder, program, *asked->pictures);
         if (!taken) std::cerr << taken.error() << '\n';
         return taken ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+    if (asked->unlocks) {
+        const auto measured = measureRoad(models->folder, program, *asked->unlocks, std::cout);
+        if (!measured) std::cerr << measured.error() << '\n';
+        return measured ? EXIT_SUCCESS : EXIT_FAILURE;
     }
     auto stage = Stage::create({.models = models->folder, .program = program});
     if (!stage) {

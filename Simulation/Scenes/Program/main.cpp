@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Platforms/Linux/Vision/ImageFiles.h"
+#include "Platforms/Linux/Pictures/ImageFiles.h"
 #include "Simulation/Scenes/Program/SceneScores.h"
 #include "Simulation/Scenes/SceneCatalogue.h"
 #include "Simulation/Scenes/SceneFilm.h"

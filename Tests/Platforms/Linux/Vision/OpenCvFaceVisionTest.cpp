@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Platforms/Linux/Vision/ImageFiles.h"
+#include "Platforms/Linux/Pictures/ImageFiles.h"
 #include "Platforms/Linux/Vision/OpenCvFaceVision.h"
 #include "Platforms/Linux/Vision/OpenCvImaging.h"
 #include "Platforms/Linux/Vision/OpenCvNeuralModels.h"

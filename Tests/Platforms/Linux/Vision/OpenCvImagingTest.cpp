@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Camera/PixelBuffer.h"
-#include "Platforms/Linux/Vision/ImageFiles.h"
+#include "Platforms/Linux/Pictures/ImageFiles.h"
 #include "Platforms/Linux/Vision/OpenCvFourierTransform.h"
 #include "Platforms/Linux/Vision/OpenCvImaging.h"
 #include "Tests/Fakes/SharedFolder.h"

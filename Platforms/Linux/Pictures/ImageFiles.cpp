@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Platforms/Linux/Vision/ImageFiles.h"
+#include "Platforms/Linux/Pictures/ImageFiles.h"
 
 #include <cstdint>
 #include <system_error>
