@@ -23,7 +23,7 @@ class FakeKeyEvents final : public KeyEvents {
         bool down = false;
         friend bool operator==(const Text&, const Text&) = default;
     };
-    enum class Note { settled, sourceGone };
+    enum class Note { fieldWoken, settled, sourceGone };
     /// In the order of time; a pause by its length.
     using Event = std::variant<KeyPress, Text, TimeInterval, Note>;
 
@@ -65,6 +65,9 @@ class FakeKeyEvents final : public KeyEvents {
         keysAskedFor.assign(keys.begin(), keys.end());
         if (hasNoSource) return nullptr;
         return std::make_unique<Source>(*this);
+    }
+    void wakeField(const std::function<bool()>& stillLocked) override {
+        if (stillLocked()) events.emplace_back(Note::fieldWoken);
     }
     void pause(TimeInterval duration) override { events.emplace_back(duration); }
 

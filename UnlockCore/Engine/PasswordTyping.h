@@ -12,6 +12,8 @@ namespace marrowby {
 class PasswordTyping {
   public:
     virtual ~PasswordTyping() = default;
+    /// A scan has started, so a typing may follow: the lock screen’s field may be woken.
+    virtual void expectTyping(std::function<bool()> /*stillLocked*/) {}
     virtual void typeStoredPassword(std::function<bool()> stillLocked,
                                     std::function<void(TypingOutcome)> completion) = 0;
 };

@@ -148,6 +148,8 @@ void UnlockCoordinator::startScan(ScanID scan, Date now) {
              self.send(Event::CameraFailed{std::move(message)});
          })});
     road_->reach(UnlockRoad::Step::cameraAsked, collaborators_.clock.now());
+    collaborators_.typer.expectTyping(
+        [&lockState = collaborators_.lockState] { return lockState.isLocked(); });
 }
 
 void UnlockCoordinator::typePassword() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "UnlockCore/Engine/PasswordTyping.h"
+#include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/LockScreenServices/TypingsUnderWay.h"
 #include "UnlockCore/Platform/KeyEvents.h"
 #include "UnlockCore/Platform/MainThread.h"
@@ -32,6 +33,8 @@ class StoredPasswordTyper final : public PasswordTyping {
     StoredPasswordTyper(const StoredPasswordTyper&) = delete;
     StoredPasswordTyper& operator=(const StoredPasswordTyper&) = delete;
 
+    /// Wakes the field on the background queue; a typing waits for the end of that.
+    void expectTyping(std::function<bool()> stillLocked) override;
     void typeStoredPassword(std::function<bool()> stillLocked,
                             std::function<void(TypingOutcome)> completion) override;
     /// A typing under way ends as stopped. Any thread.
@@ -44,6 +47,8 @@ class StoredPasswordTyper final : public PasswordTyping {
     MainThread& mainThread_;
     const SystemClock& clock_;
     const PlatformWords& words_;
+    /// Held while keys are posted.
+    const std::shared_ptr<Mutex> posting_ = std::make_shared<Mutex>();
     const std::shared_ptr<TypingsUnderWay> typings_ = std::make_shared<TypingsUnderWay>();
 };
 

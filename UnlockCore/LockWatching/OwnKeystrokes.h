@@ -76,6 +76,10 @@ class TrackedKeyEvents final : public KeyEvents {
     [[nodiscard]] FieldClearing clearing() const override { return keyEvents_.clearing(); }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
         std::span<const char16_t> text, std::span<const EditingKey> keys) override;
+    void wakeField(const std::function<bool()>& stillLocked) override {
+        const OwnKeystrokes::Posting posting(own_);
+        keyEvents_.wakeField(stillLocked);
+    }
     void pause(TimeInterval duration) override { keyEvents_.pause(duration); }
 
   private:

@@ -80,6 +80,10 @@ class KeyEvents {
     /// nothing yet. May outlive this object, but not the services it was made of.
     [[nodiscard]] virtual std::unique_ptr<KeyEventSource> makeSource(
         std::span<const char16_t> text, std::span<const EditingKey> keys) = 0;
+    /// Shows the password field of a screen locker that is slow to do so, by a key that types
+    /// nothing and reaches that locker only. Blocks until the field is there, at most while
+    /// `stillLocked`; nothing where that needs no key or keys would not be admitted.
+    virtual void wakeField(const std::function<bool()>& /*stillLocked*/) {}
     /// Executable paths of the screen lockers that the owner trusts.
     virtual void vouchFor(const std::vector<std::string>& /*paths*/) {}
     /// Called on the typing thread for each screen locker that is not trusted; may be empty. Set on

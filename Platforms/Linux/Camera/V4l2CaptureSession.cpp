@@ -19,10 +19,7 @@ namespace {
 /// Longest wait for a frame before the capture queue runs its other work.
 constexpr int waitMilliseconds = 50;
 
-struct Camera {
-    CaptureDeviceDescription description;
-    std::string node;
-};
+using Camera = V4l2CaptureSession::Camera;
 
 struct Search {
     std::vector<Camera> found;
@@ -43,8 +40,13 @@ std::string sentence(int error) {
     }
 }
 
-/// All cameras, or those up to the wanted one. Identified by bus position and name: one device may
-/// hold several cameras, and of the nodes of one camera only the first is kept.
+/// By bus position and name.
+CaptureDeviceDescription describe(const V4l2Device& device) {
+    return {.uniqueID = device.bus() + "/" + device.card(), .localizedName = device.card()};
+}
+
+/// All cameras, or those up to the wanted one. One device may hold several, and of the nodes of one
+/// camera only the first is kept.
 Search cameras(const std::shared_ptr<V4l2Calls>& calls,
                const std::optional<std::string>& wantedID = std::nullopt) {
     Search search;
@@ -55,10 +57,7 @@ Search cameras(const std::shared_ptr<V4l2Calls>& calls,
             if (device.error() != ENOTTY && device.error() != EACCES) search.isWhole = false;
             continue;
         }
-        const std::string& card = (*device)->card();
-        const std::string& bus = (*device)->bus();
-        const CaptureDeviceDescription description{.uniqueID = std::string(bus).append("/" + card),
-                                                   .localizedName = card};
+        const CaptureDeviceDescription description = describe(**device);
         const bool isKnown =
             std::ranges::find(found, description, &Camera::description) != found.end();
         // No convertible mode, as with an infrared camera.
@@ -69,22 +68,24 @@ Search cameras(const std::shared_ptr<V4l2Calls>& calls,
     return search;
 }
 
-std::optional<Camera> cameraNamed(const std::shared_ptr<V4l2Calls>& calls, const std::string& id) {
-    auto found = cameras(calls, id).found;
-    if (found.empty() || found.back().description.uniqueID != id) return std::nullopt;
-    return std::move(found.back());
-}
-
+/// Opens it at the node where it was seen last, else wherever it is now.
 std::expected<std::unique_ptr<V4l2Device>, int> openNamed(const std::shared_ptr<V4l2Calls>& calls,
-                                                          const std::string& id) {
-    const auto camera = cameraNamed(calls, id);
-    if (!camera) return std::unexpected(ENODEV);
-    return V4l2Device::open(calls, camera->node);
+                                                          const std::string& id,
+                                                          const std::string& lastNode) {
+    if (!lastNode.empty()) {
+        auto device = V4l2Device::open(calls, lastNode);
+        if (device && describe(**device).uniqueID == id && !(*device)->modes().empty())
+            return device;
+    }
+    const auto found = cameras(calls, id).found;
+    if (found.empty() || found.back().description.uniqueID != id) return std::unexpected(ENODEV);
+    return V4l2Device::open(calls, found.back().node);
 }
 
 /// The device and settings that a start asked for.
 struct Request {
     std::string deviceID;
+    std::string lastNode;
     std::optional<V4l2Mode> mode;
     std::optional<FrameDuration> duration;
 };
@@ -174,7 +175,7 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
         }
         device_.reset();
         if (!request) return;
-        auto device = openNamed(calls_, request->deviceID);
+        auto device = openNamed(calls_, request->deviceID, request->lastNode);
         auto layout = device ? (*device)->start(request->mode, request->duration)
                              : std::unexpected(device.error());
         if (layout) {
@@ -217,8 +218,9 @@ class V4l2CaptureSession::Stream : public std::enable_shared_from_this<Stream> {
 /// A snapshot of the camera's modes.
 class V4l2CaptureSession::Input final : public CaptureInput {
   public:
-    Input(std::string id, std::vector<V4l2Mode> modes, std::weak_ptr<Stream> stream)
-        : request_{std::move(id), std::nullopt, std::nullopt},
+    Input(std::string id, std::string node, std::vector<V4l2Mode> modes,
+          std::weak_ptr<Stream> stream)
+        : request_{std::move(id), std::move(node), std::nullopt, std::nullopt},
           modes_(std::move(modes)),
           stream_(std::move(stream)) {}
 
@@ -285,24 +287,29 @@ std::vector<CaptureDeviceDescription> V4l2CaptureSession::discover(
     const bool isAsked = std::ranges::any_of(
         types, [](CaptureDeviceType type) { return type != CaptureDeviceType::continuityCamera; });
     if (!isAsked) return {};
+    std::vector<CaptureDeviceDescription> result;
+    for (Camera& camera : listed())
+        result.push_back(std::move(camera.description));
+    return result;
+}
+
+std::vector<Camera> V4l2CaptureSession::listed() const {
     auto nodes = calls_->nodes();
     if (!listing_ || listing_->nodes != nodes) {
         Search search = cameras(calls_);
-        std::vector<CaptureDeviceDescription> result;
-        result.reserve(search.found.size());
-        for (Camera& camera : search.found)
-            result.push_back(std::move(camera.description));
         listing_.reset();
-        if (!search.isWhole) return result;
-        listing_ = Listing{.nodes = std::move(nodes), .cameras = std::move(result)};
+        if (!search.isWhole) return std::move(search.found);
+        listing_ = Listing{.nodes = std::move(nodes), .cameras = std::move(search.found)};
     }
     return listing_->cameras;
 }
 
 std::optional<CaptureDeviceDescription> V4l2CaptureSession::device(
     const std::string& uniqueID) const {
-    auto camera = cameraNamed(calls_, uniqueID);
-    return camera ? std::optional(std::move(camera->description)) : std::nullopt;
+    for (Camera& camera : listed()) {
+        if (camera.description.uniqueID == uniqueID) return std::move(camera.description);
+    }
+    return std::nullopt;
 }
 
 std::optional<CaptureDeviceDescription> V4l2CaptureSession::defaultDevice(
@@ -311,7 +318,7 @@ std::optional<CaptureDeviceDescription> V4l2CaptureSession::defaultDevice(
 }
 
 std::optional<CaptureDeviceDescription> V4l2CaptureSession::defaultDevice() const {
-    auto all = cameras(calls_).found;
+    auto all = listed();
     return all.empty() ? std::nullopt : std::optional(std::move(all.front().description));
 }
 
@@ -323,12 +330,16 @@ void V4l2CaptureSession::addOutput(const CaptureOutputSettings& /*settings*/,
 
 std::expected<std::unique_ptr<CaptureInput>, std::string> V4l2CaptureSession::makeInput(
     const std::string& deviceID) {
-    const auto device = openNamed(calls_, deviceID);
+    const auto known = listed();
+    const auto camera = std::ranges::find(
+        known, deviceID, [](const Camera& one) -> auto& { return one.description.uniqueID; });
+    const std::string node = camera != known.end() ? camera->node : std::string();
+    const auto device = openNamed(calls_, deviceID, node);
     if (!device) return std::unexpected(sentence(device.error()));
     if (const auto isFree = (*device)->checkFree(); !isFree) {
         return std::unexpected(sentence(isFree.error()));
     }
-    return std::make_unique<Input>(deviceID, (*device)->modes(), stream_);
+    return std::make_unique<Input>(deviceID, node, (*device)->modes(), stream_);
 }
 
 bool V4l2CaptureSession::addInput(CaptureInput& input) {

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace marrowby {
@@ -17,6 +18,11 @@ namespace marrowby {
 /// lost one ends the run.
 class V4l2CaptureSession final : public CaptureSession {
   public:
+    struct Camera {
+        CaptureDeviceDescription description;
+        std::string node;
+    };
+
     explicit V4l2CaptureSession(std::shared_ptr<V4l2Calls> calls);
     ~V4l2CaptureSession() override;
     V4l2CaptureSession(const V4l2CaptureSession&) = delete;
@@ -28,7 +34,7 @@ class V4l2CaptureSession final : public CaptureSession {
     void requestAccess(std::function<void(bool)> reply) override;
 
     /// V4L2 does not tell built-in from external cameras: each is returned for either type, with no
-    /// known position. Devices are opened only when the nodes have changed.
+    /// known position. Here and below, devices are opened only when the nodes have changed.
     [[nodiscard]] std::vector<CaptureDeviceDescription> discover(
         std::span<const CaptureDeviceType> types) const override;
     [[nodiscard]] std::optional<CaptureDeviceDescription> device(
@@ -56,11 +62,14 @@ class V4l2CaptureSession final : public CaptureSession {
     class Input;
     class Stream;
 
-    /// What discover() found, and among which nodes.
+    /// What was found last, and among which nodes.
     struct Listing {
         std::vector<V4l2Calls::Node> nodes;
-        std::vector<CaptureDeviceDescription> cameras;
+        std::vector<Camera> cameras;
     };
+
+    /// Looks again only when the nodes have changed.
+    [[nodiscard]] std::vector<Camera> listed() const;
 
     const std::shared_ptr<V4l2Calls> calls_;
     mutable std::optional<Listing> listing_;

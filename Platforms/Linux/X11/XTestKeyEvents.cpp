@@ -18,6 +18,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <expected>
 #include <iterator>
 #include <optional>
 #include <thread>
@@ -76,14 +77,31 @@ class Bystander {
     bool isDisturbed_ = false;
 };
 
+}  // namespace
+
+struct XTestKeyEvents::Woken {
+    explicit Woken(std::unique_ptr<XcbConnection> display)
+        : connection(std::move(display)), bystander(*connection) {}
+
+    std::unique_ptr<XcbConnection> connection;
+    /// Since before the dialog came.
+    Bystander bystander;
+    std::uint32_t client = 0;
+};
+
+struct XTestKeyEvents::Rules {
+    Pause pause;
+    std::vector<std::string> vouchedPaths;
+    std::function<void(const LockerDoubt&)> onDoubt;
+    std::function<void(std::string)> onUnknownLocker;
+    std::unique_ptr<Woken> woken;
+};
+
+namespace {
+
 class XTestKeyEventSource final : public KeyEventSource {
   public:
-    struct Rules {
-        XTestKeyEvents::Pause pause;
-        std::vector<std::string> vouchedPaths;
-        std::function<void(const LockerDoubt&)> onDoubt;
-        std::function<void(std::string)> onUnknownLocker;
-    };
+    using Rules = XTestKeyEvents::Rules;
 
     XTestKeyEventSource(std::unique_ptr<XcbConnection> connection, XKeyLayout layout,
                         SecretArray<KeyUse> uses, Rules rules)
@@ -124,6 +142,17 @@ class XTestKeyEventSource final : public KeyEventSource {
         if (doubt && doubt->fact == LockerDoubt::Fact::programIsUnknown && rules_.onUnknownLocker)
             rules_.onUnknownLocker(doubt->path);
         return !doubt && isUndisturbed() && synchronize();
+    }
+
+    /// The dialog that the locker shows for a harmless key; none where it needs none, has one
+    /// already or is not admitted.
+    [[nodiscard]] std::optional<std::uint32_t> wakeDialog(
+        const std::function<bool()>& stillLocked) {
+        const auto locker = identify(stillLocked);
+        if (!locker || pace_.dialog.empty() || locker->dialog ||
+            !awaitDialog(locker->program, stillLocked))
+            return std::nullopt;
+        return dialogAmong(programs_.clients(), locker->program);
     }
 
     [[nodiscard]] KeyPace pace() const override {
@@ -193,8 +222,15 @@ class XTestKeyEventSource final : public KeyEventSource {
         return std::ranges::find(layout_.modifierKeys(), key) != layout_.modifierKeys().end();
     }
 
-    /// `nullopt` when ready for the first key.
-    [[nodiscard]] Doubt admit(const std::function<bool()>& stillLocked) {
+    struct Locker {
+        ClientProgram program;
+        /// The client of its dialog, from before our first key.
+        std::optional<std::uint32_t> dialog;
+    };
+
+    /// The locker that keys would reach; its pace and the holder of the keyboard become known.
+    [[nodiscard]] std::expected<Locker, LockerDoubt> identify(
+        const std::function<bool()>& stillLocked) {
         guard_.arm();
         LockerFacts facts;
         XKeyHolder holder;
@@ -226,21 +262,31 @@ class XTestKeyEventSource final : public KeyEventSource {
                 facts = std::move(*inherited);
         }
         const auto verdict = lockeridentity::judge(facts, rules_.vouchedPaths);
-        if (!verdict) return verdict.error();
-        if (!facts.receiver) return LockerDoubt{.fact = LockerDoubt::Fact::keyReachesNobody};
+        if (!verdict) return std::unexpected(verdict.error());
+        if (!facts.receiver)
+            return std::unexpected(LockerDoubt{.fact = LockerDoubt::Fact::keyReachesNobody});
         pace_ = verdict->pace;
         holder_ = std::move(holder);
+        Locker locker{.program = *std::move(facts.receiver), .dialog = std::nullopt};
+        if (!pace_.dialog.empty()) locker.dialog = dialogAmong(clientsBefore, locker.program);
+        return locker;
+    }
+
+    /// `nullopt` when ready for the first key.
+    [[nodiscard]] Doubt admit(const std::function<bool()>& stillLocked) {
+        const auto identified = identify(stillLocked);
+        if (!identified) return identified.error();
         if (!chooseKeys()) return LockerDoubt{.fact = LockerDoubt::Fact::keysAreReserved};
         if (!pace_.dialog.empty()) {
-            const auto former =
-                pace_.renewsDialog ? dialogAmong(clientsBefore, *facts.receiver) : std::nullopt;
-            if ((former && !endDialog(*former, stillLocked)) ||
-                !awaitDialog(*facts.receiver, stillLocked)) {
+            const bool isRenewed =
+                pace_.renewsDialog && identified->dialog && !isOurs(*identified->dialog);
+            if ((isRenewed && !endDialog(*identified->dialog, stillLocked)) ||
+                !awaitDialog(identified->program, stillLocked)) {
                 return LockerDoubt{.fact = LockerDoubt::Fact::dialogIsMissing,
-                                   .path = facts.receiver->path};
+                                   .path = identified->program.path};
             }
         }
-        const auto locker = facts.receiver->process;
+        const auto locker = identified->program.process;
         const auto hasReadAll = [&] { return programs_.hasReadAll(locker); };
         if (pace_.needsEventLoop)
             give(stillLocked, [&] { return ClientPrograms::isInEventLoop(locker); });
@@ -331,6 +377,13 @@ class XTestKeyEventSource final : public KeyEventSource {
             if (program && lockeridentity::isDialog(*program, locker, pace_)) return client;
         }
         return std::nullopt;
+    }
+
+    /// Whether our key has brought the dialog up and nobody has pressed one since: its field is
+    /// empty.
+    [[nodiscard]] bool isOurs(std::uint32_t dialog) const {
+        return rules_.woken && rules_.woken->client == dialog &&
+               rules_.woken->bystander.isUndisturbed();
     }
 
     /// False when the dialog does not end, or the locker does.
@@ -472,6 +525,27 @@ bool isControl(char32_t character) {
     return character < 0x20 || character == 0x7F;
 }
 
+std::unique_ptr<XTestKeyEventSource> makeXTestSource(const std::string& displayName,
+                                                     XTestKeyEventSource::Rules rules,
+                                                     std::span<const char16_t> text,
+                                                     std::span<const EditingKey> keys) {
+    auto connection = XcbConnection::create(displayName);
+    if (!connection || !hasXTest(**connection)) return nullptr;
+    auto layout = XKeyLayout::read(**connection);
+    auto uses = SecretArray<KeyUse>::create(text.size() + keys.size());
+    if (!layout || !uses) return nullptr;
+    auto source = std::make_unique<XTestKeyEventSource>(std::move(*connection), std::move(*layout),
+                                                        std::move(*uses), std::move(rules));
+    for (const auto key : keys) {
+        if (!source->add(xkey::keysym(key))) return nullptr;
+    }
+    while (!text.empty()) {
+        const char32_t character = takeCharacter(text);
+        if (isControl(character) || !source->add(xkb_utf32_to_keysym(character))) return nullptr;
+    }
+    return source;
+}
+
 }  // namespace
 
 void XTestKeyEvents::sleep(TimeInterval duration) {
@@ -505,30 +579,39 @@ bool XTestKeyEvents::isTrusted() const {
     return trusted_ != nullptr;
 }
 
-std::unique_ptr<KeyEventSource> XTestKeyEvents::makeSource(std::span<const char16_t> text,
-                                                           std::span<const EditingKey> keys) {
-    auto connection = XcbConnection::create(displayName_);
-    if (!connection || !hasXTest(**connection)) return nullptr;
-    auto layout = XKeyLayout::read(**connection);
-    auto uses = SecretArray<KeyUse>::create(text.size() + keys.size());
-    if (!layout || !uses) return nullptr;
-    XTestKeyEventSource::Rules rules{
-        .pause = pause_, .vouchedPaths = {}, .onDoubt = onDoubt, .onUnknownLocker = {}};
+XTestKeyEvents::Rules XTestKeyEvents::rules() const {
+    const MutexLock lock(mutex_);
+    return {.pause = pause_,
+            .vouchedPaths = vouched_,
+            .onDoubt = onDoubt,
+            .onUnknownLocker = onUnknownLocker_,
+            .woken = nullptr};
+}
+
+void XTestKeyEvents::wakeField(const std::function<bool()>& stillLocked) {
     {
         const MutexLock lock(mutex_);
-        rules.vouchedPaths = vouched_;
-        rules.onUnknownLocker = onUnknownLocker_;
+        woken_.reset();
     }
-    auto source = std::make_unique<XTestKeyEventSource>(std::move(*connection), std::move(*layout),
-                                                        std::move(*uses), std::move(rules));
-    for (const auto key : keys) {
-        if (!source->add(xkey::keysym(key))) return nullptr;
+    auto watching = XcbConnection::create(displayName_);
+    if (!watching) return;
+    auto woken = std::make_unique<Woken>(*std::move(watching));
+    const auto source = makeXTestSource(displayName_, rules(), {}, {});
+    const auto dialog = source ? source->wakeDialog(stillLocked) : std::nullopt;
+    if (!dialog) return;
+    woken->client = *dialog;
+    const MutexLock lock(mutex_);
+    woken_ = std::move(woken);
+}
+
+std::unique_ptr<KeyEventSource> XTestKeyEvents::makeSource(std::span<const char16_t> text,
+                                                           std::span<const EditingKey> keys) {
+    auto typing = rules();
+    {
+        const MutexLock lock(mutex_);
+        typing.woken = std::move(woken_);
     }
-    while (!text.empty()) {
-        const char32_t character = takeCharacter(text);
-        if (isControl(character) || !source->add(xkb_utf32_to_keysym(character))) return nullptr;
-    }
-    return source;
+    return makeXTestSource(displayName_, std::move(typing), text, keys);
 }
 
 }  // namespace marrowby

@@ -45,14 +45,25 @@ class XTestKeyEvents final : public KeyEvents {
     [[nodiscard]] FieldClearing clearing() const override { return FieldClearing::controlU; }
     [[nodiscard]] std::unique_ptr<KeyEventSource> makeSource(
         std::span<const char16_t> text, std::span<const EditingKey> keys) override;
+    /// Needed by MATE's locker, xsecurelock and xscreensaver. A field that is already there stays.
+    void wakeField(const std::function<bool()>& stillLocked) override;
     void pause(TimeInterval duration) override { pause_(duration); }
 
+    /// A dialog that wakeField() has brought up.
+    struct Woken;
+    /// What one source goes by.
+    struct Rules;
+
   private:
+    [[nodiscard]] Rules rules() const;
+
     std::string displayName_;
     Pause pause_;
     mutable Mutex mutex_;
     std::vector<std::string> vouched_ GUARDED_BY(mutex_);
     std::function<void(std::string)> onUnknownLocker_ GUARDED_BY(mutex_);
+    /// Until the next source.
+    std::unique_ptr<Woken> woken_ GUARDED_BY(mutex_);
     /// Kept open: trust is checked before every event of the engine.
     mutable std::unique_ptr<XcbConnection> trusted_ GUARDED_BY(mutex_);
 };

@@ -99,6 +99,8 @@ std::expected<void, std::string> HonestSeries::type(Field field) {
     std::string doubt;
     keyEvents_->onDoubt = [&](const LockerDoubt& why) { doubt = description(why); };
     HonestTally& tally = tallies_[static_cast<std::size_t>(field)];
+    // As when a scan starts.
+    keyEvents_->wakeField([this] { return locker_->isRunning(); });
     const auto start = std::chrono::steady_clock::now();
     GuardedTyping typing(*keyEvents_, password, [this] { return locker_->isRunning(); });
     pollfd ended{.fd = typing.endDescriptor(), .events = POLLIN, .revents = 0};

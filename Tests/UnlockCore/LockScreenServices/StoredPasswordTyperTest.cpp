@@ -161,6 +161,24 @@ TEST_F(StoredPasswordTyperTest, stopsInTheMiddleWhoeverEndsIt) {
     }
 }
 
+TEST_F(StoredPasswordTyperTest, wakesTheFieldOnlyWhereItMayType) {
+    savePassword("secret");
+    const auto wakes = [this](const auto& change) {
+        keyEvents_.events.clear();
+        typer_.expectTyping(keyEvents_.stillLocked());
+        change();
+        queues_.runAll();
+        return keyEvents_.all<Note>() == std::vector{Note::fieldWoken};
+    };
+    EXPECT_TRUE(wakes([] {}));
+    EXPECT_FALSE(wakes([this] { typer_.stop(); }));
+    EXPECT_FALSE(wakes([this] { keyEvents_.trusted = false; }));
+    keyEvents_.trusted = true;
+    EXPECT_FALSE(wakes([this] { keyEvents_.checksUntilUnlocked = 0; }));
+    keyEvents_.checksUntilUnlocked.reset();
+    EXPECT_FALSE(wakes([this] { bench_.vault->lock(); }));
+}
+
 TEST_F(StoredPasswordTyperTest, beginsNothingThatWasStoppedBefore) {
     savePassword("secret");
     typer_.typeStoredPassword(keyEvents_.stillLocked(), [](const auto& /*outcome*/) {});

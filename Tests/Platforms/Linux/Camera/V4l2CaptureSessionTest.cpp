@@ -158,7 +158,13 @@ TEST_F(V4l2CaptureSessionTest, opensNoCameraToListTheSameNodesAgain) {
     EXPECT_EQ(listed(), 2U);
     const int atFirst = openings();
     EXPECT_EQ(listed(), 2U);
+    const std::string second =
+        session.discover(std::array{CaptureDeviceType::externalCamera}).back().uniqueID;
+    EXPECT_TRUE(session.device(second));
     EXPECT_EQ(openings(), atFirst);
+    const int atFirstOfFirst = system->cameras[0].openings;
+    EXPECT_TRUE(session.makeInput(second));
+    EXPECT_EQ(system->cameras[0].openings, atFirstOfFirst);
 
     system->cameras[1].isPlugged = false;
     EXPECT_EQ(listed(), 1U);
