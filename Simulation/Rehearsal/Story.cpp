@@ -222,7 +222,9 @@ Ending setUp(Stage& stage) {
         .then([&] { return stage.waitForNoWindow(); })
         .then([&] {
             return inSettings(stage, [&] {
-                return stage.waitUntil("“Ready”", shortly, [&] { return stage.shows("Ready"); });
+                return stage.waitUntil("that no locker was seen", shortly, [&] {
+                    return stage.shows("No screen locker has been seen yet");
+                });
             });
         })
         .end("led through the welcome window: the face from nine poses, and the password");
@@ -474,7 +476,10 @@ std::expected<void, std::string> confirmOwner(Stage& stage) {
         return Steps()
             .then([&] { return stage.press(linuxWords.ownerCheck.button); })
             .then([&] {
-                return stage.waitUntil("“Ready”", shortly, [&] { return stage.shows("Ready"); });
+                return stage.waitUntil("what comes after it", shortly, [&] {
+                    return stage.shows("Ready") ||
+                           stage.shows("No screen locker has been seen yet");
+                });
             })
             .result();
     });

@@ -148,7 +148,10 @@ TEST_F(UnlockProgramTest, obeysCommandsFromATerminal) {
     EXPECT_THAT(tell({"status"}), StartsWith("1 Not set up yet: "));
     EXPECT_EQ(tell({"look"}), "1 Not set up yet.\n");
     ASSERT_NO_FATAL_FAILURE(setUpThroughTheWindow());
-    EXPECT_THAT(tell({"status"}), StartsWith("0 Ready: "));
+    EXPECT_THAT(tell({"status"}), StartsWith("1 No screen locker has been seen yet: "));
+    ASSERT_NO_FATAL_FAILURE(lockScreen());
+    locker->kill();
+    EXPECT_TRUE(loop.runUntil([&] { return tell({"status"}).starts_with("0 Ready: "); }));
     EXPECT_THAT(tell({"doctor"}),
                 AllOf(StartsWith("0 ok  Status: Ready"), HasSubstr("\nok  Camera: ")));
 

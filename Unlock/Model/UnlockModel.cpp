@@ -65,7 +65,9 @@ UnlockStatusFacts UnlockModel::statusFacts() const {
             .modelsChanged = state_.modelsChanged,
             .isPaused = state_.isPaused,
             .fault = state_.fault,
-            .hasCamera = state_.hasCamera};
+            .hasCamera = state_.hasCamera,
+            .hasSeenLocker = state_.hasSeenLocker,
+            .untypedLocker = settings().untypedLocker};
 }
 
 bool UnlockModel::isReady() const {
@@ -208,10 +210,12 @@ std::optional<std::string> UnlockModel::reasonNotToLook() const {
     if (trial_) return "A look is under way.";
     if (enrollment_.isCapturing()) return "A face is being captured.";
     if (platform_.lockState.isLocked()) return "The screen is locked: it looks for you by itself.";
-    // Off or paused, it looks when it is asked to.
+    // Off, paused or without a locker, it looks when it is asked to.
     UnlockStatusFacts facts = statusFacts();
     facts.isEnabled = true;
     facts.isPaused = false;
+    facts.hasSeenLocker = true;
+    facts.untypedLocker.reset();
     const auto status = UnlockStatus::of(facts);
     if (!status.isReady()) return status.title(words()) + ".";
     return std::nullopt;
@@ -282,10 +286,22 @@ void UnlockModel::vaultChanged(const Outcome& loaded) {
 void UnlockModel::lockChanged(LockEvent event) {
     // The scans need the camera.
     if (event == LockEvent::screenLocked) {
+        noteLocker();
         enrollment_.interrupt("The screen was locked, so nothing was captured.");
         endTrial(std::unexpected("The screen was locked, which ended this look."));
     }
     if (engine_) engine_->follow(event);
+}
+
+void UnlockModel::noteLocker() {
+    UnlockSettings settings = settings_;
+    settings.hasSeenLocker = true;
+    settings.untypedLocker.reset();
+    if (const auto name = platform_.lockEvents.locker().untyped; !name.empty())
+        settings.untypedLocker = name;
+    if (settings == settings_) return;
+    store(std::move(settings));
+    publish();
 }
 
 Completion UnlockModel::showing(Completion completion) {
@@ -313,19 +329,21 @@ void UnlockModel::store(UnlockSettings settings) {
 }
 
 UnlockModel::State UnlockModel::currentState() const {
-    return State{.isEnrolled = data_.isEnrolled(),
-                 .hasPassword = data_.hasPassword(),
-                 .vaultUnlocked = data_.isOpen(),
-                 .identities = data_.faces(),
-                 .cameraPermission = enrollment_.camera().permission(),
-                 .accessibilityTrusted = platform_.keyEvents.canType(),
-                 .maySpaceKeyBeHeard = platform_.spaceKeys.hasListenAccess(),
-                 .hasCamera = !cameras().empty(),
-                 .fault = data_.fault(),
-                 .modelsChanged = data_.haveModelsChanged(),
-                 .isPaused = pause_.has_value(),
-                 .problem = problem_ ? problem_ : platform_.defaults.problem(),
-                 .settings = settings_};
+    return State{
+        .isEnrolled = data_.isEnrolled(),
+        .hasPassword = data_.hasPassword(),
+        .vaultUnlocked = data_.isOpen(),
+        .identities = data_.faces(),
+        .cameraPermission = enrollment_.camera().permission(),
+        .accessibilityTrusted = platform_.keyEvents.canType(),
+        .maySpaceKeyBeHeard = platform_.spaceKeys.hasListenAccess(),
+        .hasCamera = !cameras().empty(),
+        .hasSeenLocker = settings_.hasSeenLocker || platform_.lockEvents.locker().isPresent,
+        .fault = data_.fault(),
+        .modelsChanged = data_.haveModelsChanged(),
+        .isPaused = pause_.has_value(),
+        .problem = problem_ ? problem_ : platform_.defaults.problem(),
+        .settings = settings_};
 }
 
 void UnlockModel::publish() {

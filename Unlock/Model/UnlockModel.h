@@ -50,6 +50,8 @@ class UnlockModel {
         bool accessibilityTrusted = false;
         bool maySpaceKeyBeHeard = false;
         bool hasCamera = false;
+        /// As UnlockStatusFacts::hasSeenLocker.
+        bool hasSeenLocker = false;
         /// As ProtectedData::fault().
         std::optional<SavedDataFault> fault;
         /// As ProtectedData::haveModelsChanged().
@@ -143,6 +145,7 @@ class UnlockModel {
     [[nodiscard]] UnlockReadiness readiness() const;
     void vaultChanged(const Outcome& loaded);
     void lockChanged(LockEvent event);
+    void noteLocker();
     /// Opens the vault, then does `work`.
     void change(std::function<Outcome()> work, Completion completion);
     /// Checks the password, opens the vault, saves the password, then does `rest`.

@@ -27,6 +27,8 @@ constexpr const char* passwordNeedsNotice = "unlock.password.needsNotice";
 constexpr const char* vouchedLockers = "unlock.lockers.vouched";
 constexpr const char* declinedLockers = "unlock.lockers.declined";
 constexpr const char* offeredLocker = "unlock.lockers.offered";
+constexpr const char* hasSeenLocker = "unlock.lockers.seen";
+constexpr const char* untypedLocker = "unlock.lockers.untyped";
 }  // namespace key
 
 template <typename T>
@@ -104,6 +106,8 @@ UnlockSettings UnlockSettings::load(const DefaultsStore& store) {
     settings.vouchedLockers = storedTexts(store, key::vouchedLockers);
     settings.declinedLockers = storedTexts(store, key::declinedLockers);
     settings.offeredLocker = stored<std::string>(store, key::offeredLocker);
+    settings.hasSeenLocker = storedBool(store, key::hasSeenLocker);
+    settings.untypedLocker = stored<std::string>(store, key::untypedLocker);
     return settings;
 }
 
@@ -128,6 +132,8 @@ void UnlockSettings::save(DefaultsStore& store) const {
     setOrRemove(store, key::vouchedLockers, vouchedLockers);
     setOrRemove(store, key::declinedLockers, declinedLockers);
     setOrRemove(store, key::offeredLocker, offeredLocker);
+    store.set(key::hasSeenLocker, hasSeenLocker);
+    setOrRemove(store, key::untypedLocker, untypedLocker);
 }
 
 bool UnlockSettings::offerLocker(const std::string& path) {

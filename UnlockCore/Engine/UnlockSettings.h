@@ -36,6 +36,10 @@ struct UnlockSettings {
     std::vector<std::string> vouchedLockers{};
     std::vector<std::string> declinedLockers{};
     std::optional<std::string> offeredLocker{};
+    /// A screen locker has locked the screen before.
+    bool hasSeenLocker = false;
+    /// As UnlockStatusFacts::untypedLocker.
+    std::optional<std::string> untypedLocker{};
 
     /// An unknown locker was met. False where the user has answered about it before.
     bool offerLocker(const std::string& path);

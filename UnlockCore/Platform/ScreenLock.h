@@ -3,11 +3,21 @@
 
 #include <functional>
 #include <optional>
+#include <string_view>
 
 namespace marrowby {
 
 /// A change of the screen lock or of the displays' sleep.
 enum class LockEvent { screenLocked, screenUnlocked, willSleep, wake };
+
+/// What a session tells of its screen locker.
+struct SessionLocker {
+    /// One runs or has announced itself, though it may not have locked yet.
+    bool isPresent = true;
+    /// Name of the one that holds the screen, if no password is typed into it.
+    std::string_view untyped{};
+    friend bool operator==(const SessionLocker&, const SessionLocker&) = default;
+};
 
 /// Reports lock events. Main thread. start() and stop() are idempotent.
 class LockEventWatching {
@@ -19,6 +29,8 @@ class LockEventWatching {
 
     /// Between willSleep and wake, as reported so far.
     [[nodiscard]] virtual bool isSleeping() const = 0;
+    /// Read afresh.
+    [[nodiscard]] virtual SessionLocker locker() const { return {}; }
     virtual void start() = 0;
     virtual void stop() = 0;
 };

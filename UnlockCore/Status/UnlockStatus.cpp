@@ -43,6 +43,12 @@ struct Title {
     std::string operator()(UnlockStatus::ModelsChanged /*unused*/) const {
         return "The models changed since your face was saved";
     }
+    std::string operator()(UnlockStatus::NoLockerSeen /*unused*/) const {
+        return "No screen locker has been seen yet";
+    }
+    std::string operator()(const UnlockStatus::LockerNotTypedInto& locker) const {
+        return "Nothing is typed into “" + locker.name + "”";
+    }
     std::string operator()(UnlockStatus::Ready /*unused*/) const { return "Ready"; }
 };
 
@@ -109,6 +115,14 @@ struct Detail {
                "them, "
                "capture your face again; if you didn’t, prepare the models anew.";
     }
+    std::string operator()(UnlockStatus::NoLockerSeen /*unused*/) const {
+        return "Lock your screen once. If this stays, your locker isn’t noticed: lock it with "
+               "another one.";
+    }
+    std::string operator()(const UnlockStatus::LockerNotTypedInto& /*unused*/) const {
+        return "It locked your screen last, and nothing proves which program it runs. Lock it "
+               "with another locker.";
+    }
     std::string operator()(UnlockStatus::Ready /*unused*/) const {
         return "Looks for you when you come back to your locked " + std::string(words.computer) +
                ", and types your password when it’s you.";
@@ -152,6 +166,11 @@ struct Fix {
     }
     Answer operator()(UnlockStatus::ModelsChanged /*unused*/) const {
         return UnlockStatusFix::captureAgain;
+    }
+    // Fixed by hand.
+    Answer operator()(UnlockStatus::NoLockerSeen /*unused*/) const { return std::nullopt; }
+    Answer operator()(const UnlockStatus::LockerNotTypedInto& /*unused*/) const {
+        return std::nullopt;
     }
     Answer operator()(UnlockStatus::Ready /*unused*/) const { return std::nullopt; }
 };
@@ -197,6 +216,8 @@ UnlockStatus UnlockStatus::of(const UnlockStatusFacts& facts) {
     if (facts.fault) return CannotOpen{*facts.fault};
     if (!facts.touchIDDone) return NeedsTouchID{};
     if (facts.modelsChanged) return ModelsChanged{};
+    if (!facts.hasSeenLocker) return NoLockerSeen{};
+    if (facts.untypedLocker) return LockerNotTypedInto{*facts.untypedLocker};
     return Ready{};
 }
 

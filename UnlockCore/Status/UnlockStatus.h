@@ -38,6 +38,10 @@ struct UnlockStatusFacts {
     std::optional<SavedDataFault> fault{};
     /// Known once the camera is allowed.
     bool hasCamera = true;
+    /// A screen locker has locked the screen before, or has announced itself.
+    bool hasSeenLocker = true;
+    /// The last locker, if no password is typed into it.
+    std::optional<std::string> untypedLocker{};
     friend bool operator==(const UnlockStatusFacts&, const UnlockStatusFacts&) = default;
 };
 
@@ -95,6 +99,13 @@ struct NeedsTouchID {
 struct ModelsChanged {
     friend bool operator==(const ModelsChanged&, const ModelsChanged&) = default;
 };
+struct NoLockerSeen {
+    friend bool operator==(const NoLockerSeen&, const NoLockerSeen&) = default;
+};
+struct LockerNotTypedInto {
+    std::string name;
+    friend bool operator==(const LockerNotTypedInto&, const LockerNotTypedInto&) = default;
+};
 struct Ready {
     friend bool operator==(const Ready&, const Ready&) = default;
 };
@@ -103,11 +114,12 @@ struct Ready {
 
 /// The state of face unlock in one line: the first condition, in this order, that is not met.
 struct UnlockStatus
-    : std::variant<unlockstatus::NotSetUp, unlockstatus::PasswordNotSaved,
-                   unlockstatus::PasswordNeedsUpdate, unlockstatus::Off, unlockstatus::Paused,
-                   unlockstatus::CameraNotAllowed, unlockstatus::NoCamera,
-                   unlockstatus::AccessibilityOff, unlockstatus::CannotOpen,
-                   unlockstatus::NeedsTouchID, unlockstatus::ModelsChanged, unlockstatus::Ready> {
+    : std::variant<
+          unlockstatus::NotSetUp, unlockstatus::PasswordNotSaved, unlockstatus::PasswordNeedsUpdate,
+          unlockstatus::Off, unlockstatus::Paused, unlockstatus::CameraNotAllowed,
+          unlockstatus::NoCamera, unlockstatus::AccessibilityOff, unlockstatus::CannotOpen,
+          unlockstatus::NeedsTouchID, unlockstatus::ModelsChanged, unlockstatus::NoLockerSeen,
+          unlockstatus::LockerNotTypedInto, unlockstatus::Ready> {
     using NotSetUp = unlockstatus::NotSetUp;
     using PasswordNotSaved = unlockstatus::PasswordNotSaved;
     using PasswordNeedsUpdate = unlockstatus::PasswordNeedsUpdate;
@@ -119,6 +131,8 @@ struct UnlockStatus
     using CannotOpen = unlockstatus::CannotOpen;
     using NeedsTouchID = unlockstatus::NeedsTouchID;
     using ModelsChanged = unlockstatus::ModelsChanged;
+    using NoLockerSeen = unlockstatus::NoLockerSeen;
+    using LockerNotTypedInto = unlockstatus::LockerNotTypedInto;
     using Ready = unlockstatus::Ready;
     using variant::variant;
 

@@ -48,6 +48,16 @@ LockState LinuxLockMonitor::state() const {
     return state;
 }
 
+SessionLocker LinuxLockMonitor::locker() const {
+    SessionLocker locker =
+        display_ != nullptr ? display_->locker() : SessionLocker{.isPresent = false};
+    locker.isPresent |= savers_.reading() != LockReading::unknown || logind_.state().hintIsKept;
+    // A script, so that its executable is Python's.
+    if (savers_.activeSaver() == "org.cinnamon.ScreenSaver")
+        locker.untyped = "cinnamon-screensaver";
+    return locker;
+}
+
 void LinuxLockMonitor::update() {
     const SessionState now = sessionState();
     for (const SessionChange& change : changes(std::exchange(session_, now), now)) {

@@ -25,6 +25,7 @@ class LinuxLockMonitor final : public LockEventWatching, public LockStateReading
 
     [[nodiscard]] LockState state() const override;
     [[nodiscard]] bool isSleeping() const override { return run_ && run_->isSleeping; }
+    [[nodiscard]] SessionLocker locker() const override;
     void start() override;
     void stop() override;
 

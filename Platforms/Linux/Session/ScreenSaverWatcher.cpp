@@ -20,6 +20,11 @@ class ScreenSaverWatcher::Savers {
 
     void start() { link_.start(); }
 
+    [[nodiscard]] std::string_view active() const {
+        const auto* const saver = std::ranges::find(savers_, LockReading::locked, &Saver::reading);
+        return saver == savers_.end() ? std::string_view() : saver->service;
+    }
+
   private:
     struct Saver {
         /// Also the name of its interface.
@@ -107,6 +112,10 @@ void ScreenSaverWatcher::start() {
 LockReading ScreenSaverWatcher::reading() const {
     const MutexLock lock(mutex_);
     return reading_;
+}
+
+std::string_view ScreenSaverWatcher::activeSaver() const {
+    return savers_->active();
 }
 
 void ScreenSaverWatcher::set(LockReading reading) {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace marrowby {
 
@@ -28,6 +29,8 @@ class ScreenSaverWatcher {
     /// `locked` when a saver is active, `unlocked` when none is and at least one answers. Any
     /// thread.
     [[nodiscard]] LockReading reading() const;
+    /// Bus name of an active saver, or empty.
+    [[nodiscard]] std::string_view activeSaver() const;
 
   private:
     class Savers;

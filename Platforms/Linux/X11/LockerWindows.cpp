@@ -33,7 +33,31 @@ std::optional<LockHolder> lockHolder(const LockerWindows& lockers) {
         });
     if (isSaverShown && lockers.screenSaverState == "LOCK")
         return LockHolder{.locker = KnownLocker::xscreensaver};
+
+    // These end when they can't grab the keyboard. Unless it blanks the screen, xtrlock's window
+    // covers one pixel.
+    for (const LockerWindows::Window& window : lockers.windows) {
+        if (!isShown(window)) continue;
+        if (window.program == "slock" && covers(window.frame, screen))
+            return LockHolder{.locker = KnownLocker::slock, .window = window.id};
+        if (window.program == "xtrlock")
+            return LockHolder{.locker = KnownLocker::xtrlock, .window = window.id};
+    }
     return std::nullopt;
+}
+
+std::string_view untypedName(KnownLocker locker) {
+    switch (locker) {
+        case KnownLocker::slock:
+            return "slock";
+        case KnownLocker::xtrlock:
+            return "xtrlock";
+        case KnownLocker::i3lock:
+        case KnownLocker::xsecurelock:
+        case KnownLocker::xscreensaver:
+            break;
+    }
+    return {};
 }
 
 }  // namespace marrowby

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace marrowby {
@@ -30,6 +31,8 @@ struct LockerWindows {
         /// Including its border, in pixels of the root window.
         Rect frame;
         std::uint32_t id = 0;
+        /// Name of the process, only for a window without WM_CLASS. Any program may use any name.
+        std::string program{};
     };
 
     /// Size of the root window, pixels.
@@ -37,9 +40,11 @@ struct LockerWindows {
     std::vector<Window> windows;
     /// Name of the state in the root's property _SCREENSAVER_STATUS, if set.
     std::optional<std::string> screenSaverState;
+    /// xscreensaver has run on this display.
+    bool hasScreenSaver = false;
 };
 
-enum class KnownLocker { i3lock, xsecurelock, xscreensaver };
+enum class KnownLocker { i3lock, xsecurelock, xscreensaver, slock, xtrlock };
 
 /// The locker that covers the screen, and its window; 0 for xscreensaver, which has several.
 struct LockHolder {
@@ -47,6 +52,11 @@ struct LockHolder {
     std::uint32_t window = 0;
     friend bool operator==(const LockHolder&, const LockHolder&) = default;
 };
+
+/// Name of a locker that no password is typed into; empty for the others. The kernel hides which
+/// executables slock and xtrlock run, because they have rights of their own, so nothing proves that
+/// they are the lockers.
+[[nodiscard]] std::string_view untypedName(KnownLocker locker);
 
 /// `nullopt` when no known locker covers the screen.
 [[nodiscard]] std::optional<LockHolder> lockHolder(const LockerWindows& lockers);

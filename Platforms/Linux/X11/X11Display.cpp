@@ -18,7 +18,7 @@ namespace marrowby {
 
 /// The connections of a connected display.
 struct X11Display::Parts {
-    std::shared_ptr<const LockStateReading> lock;
+    std::shared_ptr<const X11LockState> lock;
     std::unique_ptr<X11InputIdle> idle;
     std::unique_ptr<X11SpaceKeys> spaceKeys;
     std::unique_ptr<X11LockWatcher> watcher;
@@ -141,12 +141,18 @@ void X11Display::noteSleep() {
 }
 
 LockState X11Display::state() const {
-    std::shared_ptr<const LockStateReading> reading;
-    {
-        const MutexLock lock(mutex_);
-        reading = lock_;
-    }
+    const auto reading = lockReading();
     return reading ? reading->state() : LockState{};
+}
+
+SessionLocker X11Display::locker() const {
+    const auto reading = lockReading();
+    return reading ? reading->locker() : SessionLocker{.isPresent = false};
+}
+
+std::shared_ptr<const X11LockState> X11Display::lockReading() const {
+    const MutexLock lock(mutex_);
+    return lock_;
 }
 
 std::optional<TimeInterval> X11Display::sinceLastInput() const {

@@ -15,10 +15,12 @@
 
 namespace marrowby {
 
+class X11LockState;
+
 /// A reconnecting X display: lock state, monitor sleep, idle time and Space keys. While it is away
 /// the lock is unknown, the idle time is NaN and no keys are reported; listeners resume when it is
 /// back. Retries with growing delays, at most 30 s. Main thread, under Qt's event loop; state(),
-/// areMonitorsAsleep() and systemUptime() from any thread.
+/// locker(), areMonitorsAsleep() and systemUptime() from any thread.
 class X11Display final : public LockStateReading, public InputIdle, public SpaceKeys {
   public:
     struct Callbacks {
@@ -37,6 +39,7 @@ class X11Display final : public LockStateReading, public InputIdle, public Space
     void start(Callbacks callbacks);
 
     [[nodiscard]] LockState state() const override;
+    [[nodiscard]] SessionLocker locker() const;
     /// False on a lost display.
     [[nodiscard]] bool areMonitorsAsleep() const { return areMonitorsAsleep_; }
     [[nodiscard]] std::optional<TimeInterval> sinceLastInput() const override;
@@ -54,6 +57,7 @@ class X11Display final : public LockStateReading, public InputIdle, public Space
     void lose(const std::string& sentence);
     void noteChange();
     void noteSleep();
+    [[nodiscard]] std::shared_ptr<const X11LockState> lockReading() const;
 
     const std::string name_;
     Callbacks callbacks_;
@@ -62,7 +66,7 @@ class X11Display final : public LockStateReading, public InputIdle, public Space
     std::unique_ptr<Parts> parts_;
     std::atomic<bool> areMonitorsAsleep_ = false;
     mutable Mutex mutex_;
-    std::shared_ptr<const LockStateReading> lock_ GUARDED_BY(mutex_);
+    std::shared_ptr<const X11LockState> lock_ GUARDED_BY(mutex_);
 };
 
 }  // namespace marrowby

@@ -5,6 +5,7 @@
 #include "Platforms/Linux/X11/XcbConnection.h"
 
 #include <cstdint>
+#include <string_view>
 #include <utility>
 
 namespace marrowby {
@@ -50,6 +51,15 @@ LockState X11LockState::state() const {
     const auto lockers = display_->reader.read();
     if (!lockers) return {};
     return {.isScreenLocked = lockHolder(*lockers).has_value(), .isOnConsole = isInFront};
+}
+
+SessionLocker X11LockState::locker() const {
+    display_->connection->discardEvents();
+    const auto lockers = display_->reader.read();
+    if (!lockers) return {.isPresent = false};
+    const auto holder = lockHolder(*lockers);
+    return {.isPresent = holder.has_value() || lockers->hasScreenSaver,
+            .untyped = holder ? untypedName(holder->locker) : std::string_view()};
 }
 
 }  // namespace marrowby

@@ -19,6 +19,7 @@ class X11LockState final : public LockStateReading {
     ~X11LockState() override;
 
     [[nodiscard]] LockState state() const override;
+    [[nodiscard]] SessionLocker locker() const;
 
   private:
     struct Display;

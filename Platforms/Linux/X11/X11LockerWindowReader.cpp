@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace marrowby {
@@ -52,7 +53,9 @@ xcb_atom_t stateAtom(const xcb_get_property_reply_t* property) {
 }  // namespace
 
 X11LockerWindowReader::X11LockerWindowReader(const XcbConnection& connection)
-    : connection_(connection), screenSaverStatus_(connection.atom("_SCREENSAVER_STATUS")) {}
+    : connection_(connection),
+      programs_(connection),
+      screenSaverStatus_(connection.atom("_SCREENSAVER_STATUS")) {}
 
 std::optional<LockerWindows> X11LockerWindowReader::read() const {
     xcb_connection_t* const xcb = connection_.get();
@@ -71,7 +74,8 @@ std::optional<LockerWindows> X11LockerWindowReader::read() const {
     LockerWindows lockers{
         .screen = {.width = double(rootGeometry->width), .height = double(rootGeometry->height)},
         .windows = {},
-        .screenSaverState = {}};
+        .screenSaverState = {},
+        .hasScreenSaver = status && status->format == 32};
     const std::span children(xcb_query_tree_children(tree.get()),
                              static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())));
     std::vector<WindowRequest> requests;
@@ -97,6 +101,11 @@ std::optional<LockerWindows> X11LockerWindowReader::read() const {
                                      .frame = frameOf(*geometry),
                                      .id = children[i]};
         readNames(*names, window);
+        const bool isNamed = !window.instanceName.empty() || !window.className.empty();
+        if (window.mapped && window.overrideRedirect && !isNamed) {
+            if (auto program = programs_.behind(window.id))
+                window.program = std::move(program->name);
+        }
         lockers.windows.push_back(std::move(window));
     }
 

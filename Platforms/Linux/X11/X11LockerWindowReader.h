@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Platforms/Linux/X11/ClientPrograms.h"
 #include "Platforms/Linux/X11/LockerWindows.h"
 #include "Platforms/Linux/X11/XcbConnection.h"
 
@@ -8,7 +9,8 @@
 
 namespace marrowby {
 
-/// Reads a display's LockerWindows in at most three round trips. The connection outlives it.
+/// Reads a display's LockerWindows in at most three round trips, and one for each shown window
+/// without a name. The connection outlives it.
 class X11LockerWindowReader {
   public:
     explicit X11LockerWindowReader(const XcbConnection& connection);
@@ -20,6 +22,7 @@ class X11LockerWindowReader {
 
   private:
     const XcbConnection& connection_;
+    const ClientPrograms programs_;
     xcb_atom_t screenSaverStatus_;
 };
 

@@ -20,7 +20,9 @@ UnlockSettings everythingChanged() {
             .builtInDisplayCameraID = "built-in",
             .externalDisplayCameraID = "desk",
             .hasFinishedWelcome = true,
-            .passwordHealth = {.failures = 2, .suspended = true, .needsNotice = true}};
+            .passwordHealth = {.failures = 2, .suspended = true, .needsNotice = true},
+            .hasSeenLocker = true,
+            .untypedLocker = "slock"};
 }
 
 TEST(UnlockSettings, everyFieldHasItsKeyAndForm) {
@@ -40,6 +42,8 @@ TEST(UnlockSettings, everyFieldHasItsKeyAndForm) {
         {"unlock.password.failures", std::int64_t{2}},
         {"unlock.password.suspended", true},
         {"unlock.password.needsNotice", true},
+        {"unlock.lockers.seen", true},
+        {"unlock.lockers.untyped", std::string("slock")},
     };
     EXPECT_EQ(store.values, expected);
     EXPECT_EQ(UnlockSettings::load(store), everythingChanged());

@@ -11,13 +11,13 @@ namespace {
 
 using Fix = UnlockStatusFix;
 
-constexpr UnlockStatusFacts good{.faceSaved = true,
-                                 .passwordSaved = true,
-                                 .passwordNeedsUpdate = false,
-                                 .isEnabled = true,
-                                 .camera = CameraManager::Permission::granted,
-                                 .accessibilityAllowed = true,
-                                 .touchIDDone = true};
+const UnlockStatusFacts good{.faceSaved = true,
+                             .passwordSaved = true,
+                             .passwordNeedsUpdate = false,
+                             .isEnabled = true,
+                             .camera = CameraManager::Permission::granted,
+                             .accessibilityAllowed = true,
+                             .touchIDDone = true};
 
 /// Everything that comes after a fact in priority is bad as well.
 TEST(UnlockStatus, namesTheFirstUnmetCondition) {
@@ -26,7 +26,9 @@ TEST(UnlockStatus, namesTheFirstUnmetCondition) {
                             .modelsChanged = true,
                             .isPaused = true,
                             .fault = SavedDataFault::keyMissing,
-                            .hasCamera = false};
+                            .hasCamera = false,
+                            .hasSeenLocker = false,
+                            .untypedLocker = "slock"};
     const struct {
         UnlockStatus status;
         std::optional<Fix> fix;
@@ -53,6 +55,8 @@ TEST(UnlockStatus, namesTheFirstUnmetCondition) {
         {UnlockStatus::NeedsTouchID{}, Fix::touchID, [](auto& f) { f.touchIDDone = true; }},
         {UnlockStatus::ModelsChanged{}, Fix::captureAgain,
          [](auto& f) { f.modelsChanged = false; }},
+        {UnlockStatus::NoLockerSeen{}, {}, [](auto& f) { f.hasSeenLocker = true; }},
+        {UnlockStatus::LockerNotTypedInto{"slock"}, {}, [](auto& f) { f.untypedLocker.reset(); }},
         {UnlockStatus::Ready{}, {}, [](auto&) {}},
     };
     for (const auto& [status, fix, mend] : cases) {

@@ -28,6 +28,12 @@ TEST(LockerWindows, findsTheLockHolder) {
     Window hiddenSaver = saver;
     hiddenSaver.mapped = false;
     const Window menu = shown("panel", "Panel", {.x = 10, .y = 10, .width = 200, .height = 300});
+    const auto ofProcess = [](const char* program, const Rect& frame) {
+        Window window = shown("", "", frame);
+        window.program = program;
+        return window;
+    };
+    const Rect dot{.x = 0, .y = 0, .width = 1, .height = 1};
     const Rect inset{.x = 1, .y = 1, .width = 1022, .height = 638};
     const Rect half{.x = 0, .y = 0, .width = 512, .height = 640};
 
@@ -62,6 +68,13 @@ TEST(LockerWindows, findsTheLockHolder) {
         {"xscreensaver only blanks", {saver}, "BLANK", {}},
         {"xscreensaver was killed", {menu}, "LOCK", {}},
         {"xscreensaver hidden", {hiddenSaver}, "LOCK", {}},
+        {"slock", {ofProcess("slock", whole)}, {}, KnownLocker::slock},
+        {"a small window of slock's", {ofProcess("slock", half)}, {}, {}},
+        {"xtrlock, behind which everything is seen",
+         {menu, ofProcess("xtrlock", dot)},
+         {},
+         KnownLocker::xtrlock},
+        {"a window without a name", {ofProcess("game", whole)}, {}, {}},
     };
     for (const auto& [what, windows, screenSaverState, locker] : cases) {
         const auto holder = lockHolder({{.width = 1024, .height = 640}, windows, screenSaverState});

@@ -2,12 +2,24 @@
 #include "Platforms/Linux/X11/X11LockState.h"
 #include "Platforms/Linux/X11/X11LockWatcher.h"
 #include "Platforms/Linux/X11/X11SpaceKeys.h"
+#include "Platforms/Linux/X11/XTestKeyEvents.h"
+#include "Simulation/Desktop/ChildProcess.h"
 #include "Tests/Platforms/Linux/PrivateDisplay.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
+#include "Tests/Platforms/Linux/TemporaryFolder.h"
 
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
 namespace marrowby {
@@ -68,6 +80,80 @@ TEST_F(X11SessionTest, reportsOnlyLockersThatCoverOrLeaveTheScreen) {
     ASSERT_TRUE(awaitChanges(4));
     EXPECT_EQ(lock->state(), unlockedHere);
     EXPECT_EQ(changes, 4U);
+}
+
+/// A copy of an installed locker without its group or capabilities, with which it would not run in
+/// containers or take accounts from a file. Runs as an ordinary user.
+class RightlessLocker {
+  public:
+    RightlessLocker(const std::string& name, const std::vector<std::string>& options,
+                    const std::string& display) {
+        const std::filesystem::path installed = "/usr/bin/" + name;
+        if (!std::filesystem::exists(installed)) return;
+        using std::filesystem::perms;
+        const auto readable = perms::owner_all | perms::group_read | perms::group_exec |
+                              perms::others_read | perms::others_exec;
+        const auto copy = folder_.path() / name;
+        std::filesystem::copy_file(installed, copy);
+        for (const auto& path : {copy, folder_.path()})
+            std::filesystem::permissions(path, readable);
+        std::vector<std::string> words;
+        uid_t user = ::geteuid();
+        if (user == 0) {
+            constexpr uid_t nobody = 65534;
+            user = nobody;
+            words = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+        }
+        const auto write = [this](const char* file, const std::string& text) {
+            std::ofstream(folder_.path() / file) << text << '\n';
+            return folder_.path().string() + "/" + file;
+        };
+        const std::string accounts =
+            write("passwd", "owner:x:" + std::to_string(user) + ":65534::/:/bin/sh");
+        const std::string secrets =
+            write("shadow", "owner:$6$salt$of-no-password:19000:0:99999:7:::");
+        const std::string groups = write("group", "nogroup:x:65534:");
+        words.push_back(copy);
+        words.insert(words.end(), options.begin(), options.end());
+        auto started = ChildProcess::start(
+            {.arguments = words,
+             .environment = {"DISPLAY=" + display, "LD_PRELOAD=libnss_wrapper.so",
+                             "NSS_WRAPPER_PASSWD=" + accounts, "NSS_WRAPPER_SHADOW=" + secrets,
+                             "NSS_WRAPPER_GROUP=" + groups},
+             .endSignal = SIGKILL});
+        if (started) process_.emplace(*std::move(started));
+    }
+
+    [[nodiscard]] bool isThere() const { return process_.has_value(); }
+    void kill() { process_.reset(); }
+
+  private:
+    TemporaryFolder folder_;
+    std::optional<ChildProcess> process_;
+};
+
+TEST_F(X11SessionTest, noticesLockersWithRightsOfTheirOwnAndTypesNothingIntoThem) {
+    EXPECT_EQ(lock->locker(), (SessionLocker{.isPresent = false}));
+    XTestKeyEvents typing(display->name());
+    std::size_t told = 0;
+    const std::vector<std::pair<std::string, std::vector<std::string>>> lockers{
+        {"slock", {}}, {"xtrlock", {}}, {"xtrlock", {"-b"}}};
+    std::size_t tried = 0;
+    for (const auto& [name, options] : lockers) {
+        RightlessLocker locker(name, options, display->name());
+        if (!locker.isThere()) continue;
+        ++tried;
+        ASSERT_TRUE(awaitChanges(++told)) << name;
+        EXPECT_EQ(lock->state(), lockedHere) << name;
+        EXPECT_EQ(lock->locker(), (SessionLocker{.untyped = name})) << name;
+        const auto source = typing.makeSource(std::u16string_view(u"secret"), {});
+        ASSERT_TRUE(source);
+        EXPECT_FALSE(source->isAdmitted([] { return true; })) << name;
+        locker.kill();
+        ASSERT_TRUE(awaitChanges(++told)) << name;
+        EXPECT_EQ(lock->state(), unlockedHere) << name;
+    }
+    if (tried < lockers.size()) GTEST_SKIP() << "Skipped: needs slock and xtrlock.";
 }
 
 TEST_F(X11SessionTest, isOffTheConsoleWhileItsTerminalIs) {
