@@ -71,7 +71,8 @@ void coordinatorFrame(benchmark::State& state) {
                                .passwordSaved = files.exists(Material::shared().models.folder),
                                .accessibilityTrusted = true,
                                .spaceKeyAccess = true,
-                               .scan = {.cameraID = "desk", .identities = faces}};
+                               .camera = {},
+                               .scan = {.cameraID = {}, .identities = faces}};
     };
     UnlockCoordinator coordinator({}, {.lockState = idle,
                                        .scanner = idle,

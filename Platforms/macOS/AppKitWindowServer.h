@@ -15,6 +15,7 @@ namespace marrowby {
 class AppKitWindowServer final : public WindowServer {
   public:
     [[nodiscard]] std::optional<ScreenGeometry> mainScreen() override;
+    [[nodiscard]] ActiveDisplays activeDisplays() override;
     [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(
         std::function<void(const Point&)> onPlace) override;
     [[nodiscard]] std::unique_ptr<LockScreenPanel> makePanel(

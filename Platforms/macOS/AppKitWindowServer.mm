@@ -7,6 +7,8 @@
 #include "Platforms/macOS/Rules/PanelConfiguration.h"
 
 #include <array>
+#include <cstdint>
+#include <span>
 #include <utility>
 
 #import <AppKit/AppKit.h>
@@ -202,6 +204,17 @@ std::optional<ScreenGeometry> AppKitWindowServer::mainScreen() {
     const NSSize size = screen.frame.size;
     return ScreenGeometry{.frame = {.width = size.width, .height = size.height},
                           .notch = notchOf(screen)};
+}
+
+ActiveDisplays AppKitWindowServer::activeDisplays() {
+    // The online ones: a display that sleeps is not active.
+    std::array<CGDirectDisplayID, 16> found{};
+    std::uint32_t count = 0;
+    if (CGGetOnlineDisplayList(found.size(), found.data(), &count) != kCGErrorSuccess) return {};
+    ActiveDisplays displays;
+    for (const CGDirectDisplayID display : std::span(found).first(count))
+        (CGDisplayIsBuiltin(display) ? displays.hasBuiltIn : displays.hasExternal) = true;
+    return displays;
 }
 
 std::unique_ptr<WindowServer::PointerWatch> AppKitWindowServer::watchPointer(

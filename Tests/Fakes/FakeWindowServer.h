@@ -23,6 +23,8 @@ class FakeWindowServer final : public WindowServer {
     std::optional<ScreenGeometry> screen =
         ScreenGeometry{.frame = {.x = 0, .y = 0, .width = 1440, .height = 900}, .notch = {}};
 
+    ActiveDisplays displays{.hasBuiltIn = true};
+
     /// Notifies the watches.
     void movePointer(const Point& place) {
         pointer_ = place;
@@ -44,6 +46,7 @@ class FakeWindowServer final : public WindowServer {
         if (!hasPanels) return nullptr;
         return std::make_unique<FakePanel>(*this, ++panelsMade);
     }
+    [[nodiscard]] ActiveDisplays activeDisplays() override { return displays; }
     [[nodiscard]] bool hasLockScreenSpaces() override { return hasSpaces; }
     [[nodiscard]] std::unique_ptr<LockScreenSpace> makeLockScreenSpace() override {
         if (!hasSpaces) return nullptr;

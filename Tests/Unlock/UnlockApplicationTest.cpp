@@ -390,12 +390,40 @@ TEST_F(UnlockApplicationTest, followsAPermissionGivenElsewhereAndAsksOnlyWhileAW
     EXPECT_TRUE(mainThread.timers().empty());
 }
 
+TEST_F(UnlockApplicationTest, looksThroughAnotherCameraWhileTheChosenOneIsGone) {
+    setUpAll();
+    reopen();
+    EXPECT_TRUE(windows.choose("Camera at an external display", "Desk camera"));
+    enrollmentCamera->cameras = {{.description = {"lid", "Lid camera"}}};
+    scanCamera->cameras = enrollmentCamera->cameras;
+    const auto row = [this] {
+        for (const WindowRow& each : windows.page().rows) {
+            const auto* choice = std::get_if<WindowRow::Choice>(&each);
+            if (choice != nullptr && choice->title == "Camera at an external display")
+                return *choice;
+        }
+        return WindowRow::Choice();
+    };
+    EXPECT_EQ(row().detail, "The chosen camera isn’t connected. Until it is, another one looks.");
+    EXPECT_EQ(row().options.at(row().selected), "The one chosen before");
+    windows.presenter().choose(row().id, row().selected);
+    EXPECT_EQ(application->model().settings().externalDisplayCameraID, "desk");
+
+    windowServer.displays = {.hasBuiltIn = true, .hasExternal = true};
+    EXPECT_TRUE(looksOnReturn());
+    EXPECT_THAT(log,
+                testing::Contains("The chosen camera isn’t connected: looking through Lid camera"));
+    EXPECT_EQ(scanCamera->attached(), "lid");
+}
+
 TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
     setUpAll();
     reopen();
     EXPECT_TRUE(windows.choose("Look for", "8 seconds"));
     EXPECT_TRUE(windows.choose("How alike a face must be", "Strict"));
-    EXPECT_TRUE(windows.choose("Camera", "Desk camera"));
+    EXPECT_TRUE(windows.choose("Camera at an external display", "Desk camera"));
+    EXPECT_TRUE(windows.choose("Camera at the built-in display", "Desk camera"));
+    EXPECT_TRUE(windows.choose("Camera at the built-in display", "Automatic"));
     EXPECT_TRUE(systemSettings.atLogin) << "unless switched off at the set-up";
     EXPECT_TRUE(toggle("Open at login", false));
     EXPECT_FALSE(systemSettings.atLogin);
@@ -403,7 +431,8 @@ TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
     const UnlockSettings stored = UnlockSettings::load(defaults);
     EXPECT_EQ(stored, application->model().settings());
     EXPECT_EQ(stored.scanSeconds, 8);
-    EXPECT_EQ(stored.builtInDisplayCameraID, "desk");
+    EXPECT_EQ(stored.builtInDisplayCameraID, std::nullopt);
+    EXPECT_EQ(stored.externalDisplayCameraID, "desk");
     EXPECT_TRUE(systemSettings.atLogin);
 
     EXPECT_TRUE(toggle("Unlock with your face", false));

@@ -36,14 +36,16 @@ EngineHost::EngineHost(const Services& services, PasswordHealth health,
       island_({.lockScreen = lockScreen_,
                .mainThread = platform_.mainThread,
                .clock = platform_.clock}),
-      coordinator_(health, {.lockState = platform_.lockState,
-                            .scanner = scanner_,
-                            .typer = typer_,
-                            .presenter = &island_,
-                            .spaceKeys = spaceKeys_,
-                            .activity = activity_,
-                            .clock = clock_,
-                            .readiness = services.readiness}) {
+      coordinator_(health,
+                   {.lockState = platform_.lockState,
+                    .scanner = scanner_,
+                    .typer = typer_,
+                    .presenter = &island_,
+                    .spaceKeys = spaceKeys_,
+                    .activity = activity_,
+                    .clock = clock_,
+                    .readiness = services.readiness,
+                    .activeDisplays = [this] { return platform_.windowServer.activeDisplays(); }}) {
     coordinator_.setCallbacks(std::move(callbacks));
     island_.onHover = [this] { coordinator_.send(Event::Activate{}); };
     spaceKeys_.onSpace = [this] { coordinator_.send(Event::SpaceKey{}); };

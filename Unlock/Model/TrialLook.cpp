@@ -20,16 +20,21 @@ TrialLook::TrialLook(const Services& services, UnlockReadiness readiness,
                         .spaceKeys = deaf_,
                         .activity = deaf_,
                         .clock = clock_,
-                        .readiness = [readiness = std::move(readiness)] {
-                            UnlockReadiness shown = readiness;
-                            shown.isEnabled = shown.showsUI = true;
-                            return shown;
-                        }}) {
+                        .readiness =
+                            [readiness = std::move(readiness)] {
+                                UnlockReadiness shown = readiness;
+                                shown.isEnabled = shown.showsUI = true;
+                                return shown;
+                            },
+                        .activeDisplays =
+                            [&windowServer = services.windowServer] {
+                                return windowServer.activeDisplays();
+                            }}) {
     coordinator_.setCallbacks({.onHealthChange = {},
                                .onAskToUpdatePassword = {},
                                .onLog =
                                    [this](const LogLine& line) {
-                                       if (isLooking_) lines_.push_back(line.withoutNames());
+                                       if (isLooking_) note(line);
                                    },
                                .onChange = {}});
 }
@@ -43,7 +48,16 @@ void TrialLook::start() {
     isLooking_ = true;
     coordinator_.send(Event::Activate{});
     // Not even armed: the vault was locked or the faces are gone.
-    if (lines_.empty()) end(false);
+    if (!hasLooked_) end(false);
+}
+
+void TrialLook::note(const LogLine& line) {
+    // Why it looks is known.
+    if (line.event == logevent::looking) {
+        hasLooked_ = true;
+    } else {
+        lines_.push_back(line.withoutNames());
+    }
 }
 
 void TrialLook::show(const OverlayPhase& phase) {
@@ -67,8 +81,6 @@ void TrialLook::end(bool wouldUnlock) {
     if (std::exchange(hasEnded_, true)) return;
     services_.mainThread.post(weakSelf_.guarded([wouldUnlock](TrialLook& self) {
         const auto onEnd = self.onEnd_;
-        // Why it looked is known.
-        if (!self.lines_.empty()) self.lines_.erase(self.lines_.begin());
         if (!self.message_.empty()) self.lines_.push_back(std::move(self.message_));
         onEnd({.wouldUnlock = wouldUnlock, .lines = std::move(self.lines_)});
     }));

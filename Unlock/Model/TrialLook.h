@@ -10,6 +10,7 @@
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/ScreenLock.h"
 #include "UnlockCore/Platform/SystemClock.h"
+#include "UnlockCore/Platform/WindowServer.h"
 
 #include <functional>
 #include <string>
@@ -32,6 +33,7 @@ class TrialLook final : private UnlockCoordinator::Presenting, private PasswordT
         FaceScanning& scanner;
         MainThread& mainThread;
         const SystemClock& clock;
+        WindowServer& windowServer;
     };
 
     /// `onEnd` is called once, on a later turn, and may destroy this.
@@ -56,6 +58,7 @@ class TrialLook final : private UnlockCoordinator::Presenting, private PasswordT
     void show(const OverlayPhase& phase) override;
     void typeStoredPassword(std::function<bool()> stillLocked,
                             std::function<void(TypingOutcome)> completion) override;
+    void note(const LogLine& line);
     void end(bool wouldUnlock);
 
     const Services services_;
@@ -67,6 +70,7 @@ class TrialLook final : private UnlockCoordinator::Presenting, private PasswordT
     /// Of a camera that failed.
     std::string message_;
     bool isLooking_ = false;
+    bool hasLooked_ = false;
     bool hasEnded_ = false;
     UnlockCoordinator coordinator_;
     WeakSelf<TrialLook> weakSelf_{this};

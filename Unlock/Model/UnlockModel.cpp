@@ -107,7 +107,8 @@ void UnlockModel::openVault(Completion completion) {
 }
 
 void UnlockModel::captureFace(Completion completion) {
-    enrollment_.capture(settings().builtInDisplayCameraID, showing(std::move(completion)));
+    enrollment_.capture(settings().cameraChoice().cameraID(platform_.windowServer.activeDisplays()),
+                        showing(std::move(completion)));
 }
 
 void UnlockModel::saveCapturedFace(const std::string& name, Completion completion) {
@@ -228,7 +229,8 @@ void UnlockModel::tryLook(LookEnd onEnd) {
                    .look = std::make_unique<TrialLook>(
                        TrialLook::Services{.scanner = engine_->scanner(),
                                            .mainThread = platform_.mainThread,
-                                           .clock = platform_.clock},
+                                           .clock = platform_.clock,
+                                           .windowServer = platform_.windowServer},
                        readiness(), weakSelf_.guarded(&UnlockModel::endTrial))};
     trial_->look->start();
 }
@@ -269,7 +271,8 @@ UnlockReadiness UnlockModel::readiness() const {
             .passwordSaved = data_.hasPassword(),
             .accessibilityTrusted = platform_.keyEvents.canType(),
             .spaceKeyAccess = platform_.spaceKeys.hasListenAccess(),
-            .scan = {.cameraID = settings().builtInDisplayCameraID,
+            .camera = settings().cameraChoice(),
+            .scan = {.cameraID = {},
                      .identities = data_.comparableFaces(),
                      .threshold = threshold(settings().strictness),
                      .livenessMode = settings().livenessMode}};

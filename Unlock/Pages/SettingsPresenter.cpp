@@ -75,6 +75,33 @@ std::optional<WindowButton> fixFor(const UnlockStatus& status, const PlatformWor
     return button({Control::fix}, std::string(title(*fix, words)));
 }
 
+/// The automatic choice is first.
+Row cameraRow(Control control, std::string title, std::string detail,
+              const std::optional<std::string>& chosen, const std::vector<CameraDevice>& cameras) {
+    Row::Choice row{.id = {control},
+                    .title = std::move(title),
+                    .detail = std::move(detail),
+                    .options = {"Automatic"},
+                    .selected = 0};
+    for (const CameraDevice& device : cameras) {
+        if (device.id == chosen) row.selected = row.options.size();
+        row.options.push_back(device.name);
+    }
+    if (chosen && row.selected == 0) {
+        row.selected = row.options.size();
+        row.options.emplace_back("The one chosen before");
+        row.detail = "The chosen camera isn’t connected. Until it is, another one looks.";
+    }
+    return row;
+}
+
+/// The last option, a camera that isn’t connected, leaves the choice as it is.
+void chooseCamera(std::optional<std::string>& chosen, std::size_t option,
+                  const std::vector<CameraDevice>& cameras) {
+    if (option == 0) chosen.reset();
+    if (option > 0 && option <= cameras.size()) chosen = cameras[option - 1].id;
+}
+
 std::string modelsOf(const UnlockModel& model) {
     const ModelPack& models = model.models();
     return models.knowsRealFaces() ? models.title() + "."
@@ -168,19 +195,12 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
                                   .options = titlesOf(livenessModes, title),
                                   .selected = indexOf(livenessModes, settings.livenessMode)});
     rows.emplace_back(Row::Text{"Its models: " + modelsOf(model_)});
-    Row::Choice camera{.id = {Control::camera},
-                       .title = "Camera",
-                       .detail = {},
-                       .options = {"Automatic"},
-                       .selected = 0};
-    for (const CameraDevice& device : model_.cameras()) {
-        if (device.id == settings.builtInDisplayCameraID) camera.selected = camera.options.size();
-        camera.options.push_back(device.name);
-    }
-    if (settings.builtInDisplayCameraID && camera.selected == 0) {
-        camera.detail = "The chosen camera isn’t connected.";
-    }
-    rows.emplace_back(std::move(camera));
+    const auto cameras = model_.cameras();
+    rows.emplace_back(cameraRow(Control::builtInDisplayCamera, "Camera at the built-in display", {},
+                                settings.builtInDisplayCameraID, cameras));
+    rows.emplace_back(cameraRow(Control::externalDisplayCamera, "Camera at an external display",
+                                "Used whenever one is in use.", settings.externalDisplayCameraID,
+                                cameras));
     rows.emplace_back(Row::Toggle{.id = {Control::showsAnimation},
                                   .title = "Show what it does at the lock screen",
                                   .detail = {},
@@ -382,12 +402,10 @@ void SettingsPresenter::choose(ControlID id, std::size_t option) {
         if (id.control == Control::autoLock) pick(allAutoLockIntervals, settings.autoLock);
         if (id.control == Control::scanSeconds)
             pick(UnlockSettings::scanSecondsChoices, settings.scanSeconds);
-        if (id.control == Control::camera) {
-            const auto cameras = model_.cameras();
-            settings.builtInDisplayCameraID.reset();
-            if (option > 0 && option <= cameras.size())
-                settings.builtInDisplayCameraID = cameras[option - 1].id;
-        }
+        if (id.control == Control::builtInDisplayCamera)
+            chooseCamera(settings.builtInDisplayCameraID, option, model_.cameras());
+        if (id.control == Control::externalDisplayCamera)
+            chooseCamera(settings.externalDisplayCameraID, option, model_.cameras());
     });
     hooks_.onChange();
 }

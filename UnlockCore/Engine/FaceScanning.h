@@ -21,6 +21,8 @@ class FaceScanning {
         std::function<void(ScanID, ScanObservation)> onFrame;
         /// The scan is over; the message is for the user.
         std::function<void(std::string message)> onCameraFailed;
+        /// The configured camera can't be had: the one of this name looks instead. May be empty.
+        std::function<void(const std::string& camera)> onOtherCamera{};
     };
 
     virtual ~FaceScanning() = default;

@@ -23,6 +23,7 @@ inline constexpr std::string_view stoodDown = "stood-down";
 inline constexpr std::string_view unlocked = "unlocked";
 inline constexpr std::string_view activityIgnored = "activity-ignored";
 inline constexpr std::string_view modelsChanged = "models-changed";
+inline constexpr std::string_view cameraMissing = "camera-missing";
 inline constexpr std::string_view displayLost = "display-lost";
 inline constexpr std::string_view road = "road";
 }  // namespace logevent

@@ -138,15 +138,26 @@ void UnlockCoordinator::note(const Event& event, Date now) {
 
 void UnlockCoordinator::startScan(ScanID scan, Date now) {
     road_.emplace(now);
+    ScanConfiguration configuration = reading_.readiness.scan;
+    configuration.cameraID = reading_.readiness.camera.cameraID(
+        collaborators_.activeDisplays ? collaborators_.activeDisplays() : ActiveDisplays());
     collaborators_.scanner.start(
-        scan, reading_.readiness.scan,
+        scan, configuration,
         {.onFrame =
              weakSelf_.guarded([](UnlockCoordinator& self, ScanID id, ScanObservation observation) {
                  self.send(Event::Frame{id, std::move(observation)});
              }),
          .onCameraFailed = weakSelf_.guarded([](UnlockCoordinator& self, std::string message) {
              self.send(Event::CameraFailed{std::move(message)});
-         })});
+         }),
+         .onOtherCamera =
+             weakSelf_.guarded([](const UnlockCoordinator& self, const std::string& camera) {
+                 if (self.callbacks_.onLog)
+                     self.callbacks_.onLog({.event = logevent::cameraMissing,
+                                            .start = "The chosen camera isn’t connected: looking "
+                                                     "through ",
+                                            .detail = camera});
+             })});
     road_->reach(UnlockRoad::Step::cameraAsked, collaborators_.clock.now());
     collaborators_.typer.expectTyping(
         [&lockState = collaborators_.lockState] { return lockState.isLocked(); });

@@ -10,6 +10,7 @@
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
 #include "UnlockCore/LockWatching/SpaceKeyMonitor.h"
 #include "UnlockCore/Platform/ScreenLock.h"
+#include "UnlockCore/Platform/WindowServer.h"
 
 #include <deque>
 #include <functional>
@@ -77,6 +78,8 @@ class UnlockCoordinator {
         Clock& clock;
         /// Must be cheap. Send Event::SettingsChanged after a change.
         std::function<UnlockReadiness()> readiness;
+        /// Asked at the start of a scan; empty: unknown.
+        std::function<ActiveDisplays()> activeDisplays{};
     };
 
     /// Set before the first event; each may be empty.

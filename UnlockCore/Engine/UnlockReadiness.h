@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Engine/CameraChoice.h"
 #include "UnlockCore/Engine/ScanConfiguration.h"
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/LockWatching/UnlockTrigger.h"
@@ -17,7 +18,9 @@ struct UnlockReadiness {
     bool passwordSaved = false;
     bool accessibilityTrusted = false;
     bool spaceKeyAccess = false;
-    /// For the next scan.
+    /// The next scan's camera follows the displays at its start.
+    CameraChoice camera;
+    /// For the next scan, but for its camera.
     ScanConfiguration scan;
 };
 

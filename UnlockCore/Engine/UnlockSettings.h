@@ -2,6 +2,7 @@
 #pragma once
 
 #include "UnlockCore/Engine/AutoLockInterval.h"
+#include "UnlockCore/Engine/CameraChoice.h"
 #include "UnlockCore/Engine/PasswordHealth.h"
 #include "UnlockCore/Liveness/LivenessMode.h"
 #include "UnlockCore/LockWatching/UnlockTrigger.h"
@@ -40,6 +41,10 @@ struct UnlockSettings {
     bool hasSeenLocker = false;
     /// As UnlockStatusFacts::untypedLocker.
     std::optional<std::string> untypedLocker{};
+
+    [[nodiscard]] CameraChoice cameraChoice() const {
+        return {builtInDisplayCameraID, externalDisplayCameraID};
+    }
 
     /// An unknown locker was met. False where the user has answered about it before.
     bool offerLocker(const std::string& path);

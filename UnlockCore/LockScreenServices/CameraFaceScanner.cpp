@@ -256,7 +256,12 @@ void CameraFaceScanner::start(ScanID scan, const ScanConfiguration& configuratio
     preload();
     if (const auto started = camera_.start(configuration.cameraID); !started) {
         fail(description(started.error(), services_.words));
+        return;
     }
+    const auto opened = camera_.opened();
+    const auto& onOther = scan_->callbacks.onOtherCamera;
+    if (opened && configuration.cameraID && opened->device.id != *configuration.cameraID && onOther)
+        onOther(opened->device.name);
 }
 
 void CameraFaceScanner::stop() {

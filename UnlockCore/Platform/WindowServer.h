@@ -37,6 +37,13 @@ struct ScreenGeometry {
     friend bool operator==(const ScreenGeometry&, const ScreenGeometry&) = default;
 };
 
+/// The kinds of display that are part of the desktop now, asleep or not.
+struct ActiveDisplays {
+    bool hasBuiltIn = false;
+    bool hasExternal = false;
+    friend bool operator==(const ActiveDisplays&, const ActiveDisplays&) = default;
+};
+
 /// A window of the application that can lie above the lock screen. Main thread; closed when this is
 /// destroyed.
 class LockScreenPanel {
@@ -74,6 +81,8 @@ class WindowServer {
     virtual ~WindowServer() = default;
     /// The screen the user logs in at; nothing without one.
     [[nodiscard]] virtual std::optional<ScreenGeometry> mainScreen() = 0;
+    /// None of either kind where that is unknown.
+    [[nodiscard]] virtual ActiveDisplays activeDisplays() = 0;
     /// Reports the pointer's position in ScreenGeometry's coordinates: soon after the start and
     /// after every movement, grabbed or not. Null where that is unknown.
     [[nodiscard]] virtual std::unique_ptr<PointerWatch> watchPointer(

@@ -2,6 +2,7 @@
 #include "Platforms/Linux/X11/X11Screen.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -88,6 +89,33 @@ std::optional<X11Screen> X11Screen::main(const XcbConnection& connection) {
         screen.pixels = monitors.front().pixels;
     }
     return screen;
+}
+
+ActiveDisplays X11Screen::activeDisplays(const XcbConnection& connection) {
+    ActiveDisplays displays;
+    if (!hasMonitors(connection)) return displays;
+    // The current ones: the other request has the server ask every connector, which takes seconds.
+    const auto resources = connection.reply<xcb_randr_get_screen_resources_current_reply>(
+        xcb_randr_get_screen_resources_current(connection.get(), connection.root()));
+    if (!resources) return displays;
+    const xcb_randr_output_t* const outputs =
+        xcb_randr_get_screen_resources_current_outputs(resources.get());
+    for (int i = 0; i < resources->num_outputs; ++i) {
+        const auto output = connection.reply<xcb_randr_get_output_info_reply>(
+            xcb_randr_get_output_info(connection.get(), outputs[i], resources->config_timestamp));
+        // Without one of these it shows nothing.
+        if (!output || output->crtc == XCB_NONE) continue;
+        const std::string_view name(
+            reinterpret_cast<const char*>(xcb_randr_get_output_info_name(output.get())),
+            output->name_len);
+        (isBuiltIn(name) ? displays.hasBuiltIn : displays.hasExternal) = true;
+    }
+    return displays;
+}
+
+bool X11Screen::isBuiltIn(std::string_view connector) {
+    return std::ranges::any_of(std::array<std::string_view, 3>{"eDP", "LVDS", "DSI"},
+                               [&](std::string_view kind) { return connector.starts_with(kind); });
 }
 
 std::vector<Rect> X11Screen::monitors(const XcbConnection& connection) {

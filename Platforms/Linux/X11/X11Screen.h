@@ -5,6 +5,7 @@
 #include "UnlockCore/Platform/WindowServer.h"
 
 #include <optional>
+#include <string_view>
 #include <vector>
 
 namespace marrowby {
@@ -19,6 +20,11 @@ struct X11Screen {
 
     /// All monitors in pixels, or the root window when RandR reports none. Empty on a lost display.
     [[nodiscard]] static std::vector<Rect> monitors(const XcbConnection& connection);
+
+    /// By the connectors' names.
+    [[nodiscard]] static ActiveDisplays activeDisplays(const XcbConnection& connection);
+    /// “eDP-1”, “LVDS1”, “DSI-1”: a panel of the computer itself.
+    [[nodiscard]] static bool isBuiltIn(std::string_view connector);
 
     [[nodiscard]] ScreenGeometry geometry() const {
         return {.frame = {.x = pixels.x / scale,

@@ -29,6 +29,12 @@ std::optional<ScreenGeometry> X11WindowServer::mainScreen() {
     return screen->geometry();
 }
 
+ActiveDisplays X11WindowServer::activeDisplays() {
+    if (!displayName_) return {};
+    const auto connection = XcbConnection::create(*displayName_);
+    return connection ? X11Screen::activeDisplays(**connection) : ActiveDisplays();
+}
+
 std::unique_ptr<WindowServer::PointerWatch> X11WindowServer::watchPointer(
     std::function<void(const Point&)> onPlace) {
     if (!displayName_) return nullptr;

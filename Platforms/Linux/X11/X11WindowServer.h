@@ -25,6 +25,7 @@ class X11WindowServer final : public WindowServer {
         return nullptr;
     }
     [[nodiscard]] std::optional<ScreenGeometry> mainScreen() override;
+    [[nodiscard]] ActiveDisplays activeDisplays() override;
     [[nodiscard]] std::unique_ptr<PointerWatch> watchPointer(
         std::function<void(const Point&)> onPlace) override;
 

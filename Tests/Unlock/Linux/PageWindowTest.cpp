@@ -69,7 +69,7 @@ WindowPage everything() {
                                  .detail = "Why.",
                                  .fix = button(Control::fix, "Fix…")},
                      Row::Toggle{{Control::enabled}, "Toggle", "What it does.", true},
-                     Row::Choice{{Control::camera}, "Choice", "", {"one", "two", "three"}, 1},
+                     Row::Choice{{Control::autoLock}, "Choice", "", {"one", "two", "three"}, 1},
                      Row::Actions{"Actions", "", {button(Control::addFace, "Add")}},
                      Row::TextField{{Control::faceName}, "Name", "Ada"},
                      Row::SecretField{{Control::password}, "Password"},
@@ -124,7 +124,7 @@ TEST_F(PageWindowTest, reportsOnlyTheUsersActions) {
     EXPECT_THAT(presenter.calls, ElementsAre());
 
     QTest::mouseClick(&control(Control::enabled), Qt::LeftButton);
-    QTest::keyClick(&control(Control::camera), Qt::Key_Down);
+    QTest::keyClick(&control(Control::autoLock), Qt::Key_Down);
     QTest::keyClick(&control(Control::faceName), Qt::Key_End);
     QTest::keyClick(&control(Control::faceName), 'e');
     QTest::mouseClick(&control(Control::fix), Qt::LeftButton);
@@ -133,13 +133,13 @@ TEST_F(PageWindowTest, reportsOnlyTheUsersActions) {
     QTest::keyClick(&control(Control::password), Qt::Key_Return);
     EXPECT_THAT(
         presenter.calls,
-        ElementsAre("off" + of(Control::enabled), "choose 2" + of(Control::camera),
+        ElementsAre("off" + of(Control::enabled), "choose 2" + of(Control::autoLock),
                     "enter “Adae”" + of(Control::faceName), "secret of 0" + of(Control::password),
                     "press" + of(Control::fix), "secret of 1" + of(Control::password),
                     "press" + of(Control::goForward)));
     // The presenter rejected all of it.
     EXPECT_TRUE(control<QCheckBox>(Control::enabled).isChecked());
-    EXPECT_EQ(control<QComboBox>(Control::camera).currentIndex(), 1);
+    EXPECT_EQ(control<QComboBox>(Control::autoLock).currentIndex(), 1);
     EXPECT_EQ(control<QLineEdit>(Control::faceName).text(), "Ada");
 
     presenter.calls.clear();

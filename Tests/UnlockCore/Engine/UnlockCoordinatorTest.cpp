@@ -90,7 +90,8 @@ class UnlockCoordinatorTest : public testing::Test {
         readiness.scanDuration = TimeInterval(5);
         robin.name = "Robin";
         robin.samples.resize(1);
-        readiness.scan = {.cameraID = "desk",
+        readiness.camera = {.builtInDisplayCameraID = "lid", .externalDisplayCameraID = "desk"};
+        readiness.scan = {.cameraID = {},
                           .identities = facesOf({robin}),
                           .threshold = 0.58F,
                           .livenessMode = LivenessMode::strict};
@@ -101,10 +102,12 @@ class UnlockCoordinatorTest : public testing::Test {
     std::unique_ptr<UnlockCoordinator> makeCoordinator(UnlockCoordinator::Presenting* island) {
         auto made = std::make_unique<UnlockCoordinator>(
             PasswordHealth(), UnlockCoordinator::Collaborators{lockState, scanner, typer, island,
-                                                               spaceKeys, activity, clock, [this] {
+                                                               spaceKeys, activity, clock,
+                                                               [this] {
                                                                    ++readinessAsked;
                                                                    return readiness;
-                                                               }});
+                                                               },
+                                                               [this] { return displays; }});
         made->setCallbacks({.onHealthChange = [this](const PasswordHealth& h) { health = h; },
                             .onAskToUpdatePassword = [this] { ++asked; },
                             .onLog = [this](const LogLine& line) { calls.push_back(line.text()); },
@@ -152,6 +155,7 @@ class UnlockCoordinatorTest : public testing::Test {
     UnlockReadiness readiness;
     /// How often that was asked for.
     int readinessAsked = 0;
+    ActiveDisplays displays{.hasBuiltIn = true};
     FaceIdentity robin;
     PasswordHealth health;
     int asked = 0;
@@ -166,6 +170,26 @@ class UnlockCoordinatorTest : public testing::Test {
     std::unique_ptr<UnlockCoordinator> coordinator;
 };
 
+TEST_F(UnlockCoordinatorTest, looksThroughTheCameraOfTheDisplaysAtTheStartOfALook) {
+    const ActiveDisplays unknown;
+    const ActiveDisplays lid{.hasBuiltIn = true};
+    const ActiveDisplays docked{.hasExternal = true};
+    const ActiveDisplays both{.hasBuiltIn = true, .hasExternal = true};
+    for (const auto& [active, camera] : {std::pair(unknown, "lid"), std::pair(lid, "lid"),
+                                         std::pair(docked, "desk"), std::pair(both, "desk")}) {
+        displays = {};
+        coordinator = makeCoordinator(nullptr);
+        coordinator->send(Event::Lock{LockEvent::screenLocked});
+        displays = active;
+        coordinator->send(Event::Activate{});
+        EXPECT_EQ(scanner.configuration.cameraID, camera);
+    }
+    calls.clear();
+    scanner.callbacks.onOtherCamera("Lid camera");
+    EXPECT_THAT(takeCalls(),
+                ElementsAre("The chosen camera isn’t connected: looking through Lid camera"));
+}
+
 TEST_F(UnlockCoordinatorTest, carriesOutAWholeUnlock) {
     EXPECT_THAT(callsOf(Event::Lock{LockEvent::screenLocked}),
                 ElementsAre("Locked: waiting for you to come back", "overlay closed",
@@ -173,7 +197,7 @@ TEST_F(UnlockCoordinatorTest, carriesOutAWholeUnlock) {
     EXPECT_THAT(main.timers(), IsEmpty());
     EXPECT_THAT(callsOf(Event::SpaceKey{}),
                 ElementsAre("overlay scanning", "startCamera 1", "Looking (space)", "changed"));
-    EXPECT_EQ(scanner.configuration.cameraID, "desk");
+    EXPECT_EQ(scanner.configuration.cameraID, "lid");
     EXPECT_EQ(scanner.configuration.identities, readiness.scan.identities);
     seesRobin();
     EXPECT_THAT(takeCalls(), ElementsAre("stopCamera", "overlay success", "typePassword",

@@ -72,16 +72,18 @@ class CameraFaceScannerTest : public testing::Test {
     }
 
     FaceScanning::Callbacks callbacks() {
-        return {.onFrame =
-                    [this](ScanID id, const ScanObservation& observation) {
-                        frames.emplace_back(id, observation);
-                        if (onFrame) onFrame();
-                    },
-                .onCameraFailed =
-                    [this](std::string message) {
-                        failures.push_back(std::move(message));
-                        if (onFailure) onFailure();
-                    }};
+        return {
+            .onFrame =
+                [this](ScanID id, const ScanObservation& observation) {
+                    frames.emplace_back(id, observation);
+                    if (onFrame) onFrame();
+                },
+            .onCameraFailed =
+                [this](std::string message) {
+                    failures.push_back(std::move(message));
+                    if (onFailure) onFailure();
+                },
+            .onOtherCamera = [this](const std::string& camera) { otherCameras.push_back(camera); }};
     }
     void enroll(std::vector<FaceIdentity> faces) {
         configuration.identities =
@@ -134,6 +136,7 @@ class CameraFaceScannerTest : public testing::Test {
     ScanConfiguration configuration;
     std::vector<std::pair<ScanID, ScanObservation>> frames;
     std::vector<std::string> failures;
+    std::vector<std::string> otherCameras;
     double height = 240;
     std::function<void()> onFrame;
     std::function<void()> onFailure;
@@ -367,6 +370,19 @@ TEST_F(CameraFaceScannerTest, TellsNothingOfAnOlderLook) {
     EXPECT_EQ(frames.front().first, ScanID{2});
     const auto& face = std::get<ScanObservation::Face>(frames.front().second);
     EXPECT_EQ(face.decision, LivenessDecision(LivenessDecision::Waiting{LivenessNeeds::realFace}));
+}
+
+TEST_F(CameraFaceScannerTest, SaysWhenAnotherCameraLooks) {
+    startFully();
+    configuration.cameraID = "phone";
+    startFully();
+    EXPECT_TRUE(otherCameras.empty()) << "none was chosen, or it is there";
+    session->camera("phone").description.isSuspended = true;
+    startFully();
+    configuration.cameraID = "unplugged";
+    startFully();
+    EXPECT_EQ(otherCameras, (std::vector<std::string>{"Desk camera", "Desk camera"}));
+    EXPECT_TRUE(failures.empty());
 }
 
 TEST_F(CameraFaceScannerTest, LetsItsCallbacksStopAndStartIt) {

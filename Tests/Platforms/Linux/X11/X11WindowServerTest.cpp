@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Platforms/Linux/X11/X11Screen.h"
 #include "Platforms/Linux/X11/X11WindowServer.h"
 #include "Tests/Platforms/Linux/PrivateDisplay.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
@@ -92,6 +93,18 @@ TEST_F(X11WindowServerTest, reportsThePointersPositionInPoints) {
     display->movePointer();
     ASSERT_TRUE(loop.runUntil([&] { return places.size() == 2; }));
     EXPECT_EQ(places[1], (Point{.x = 160.5, .y = 120}));
+}
+
+TEST_F(X11WindowServerTest, tellsTheComputersOwnPanelFromOtherDisplays) {
+    constexpr ActiveDisplays external{.hasBuiltIn = false, .hasExternal = true};
+    EXPECT_EQ(server->activeDisplays(), external) << "a private server’s one output";
+    display->kill();
+    EXPECT_EQ(server->activeDisplays(), ActiveDisplays());
+    EXPECT_EQ(X11WindowServer(std::nullopt).activeDisplays(), ActiveDisplays());
+    for (const char* panel : {"eDP-1", "eDP1", "LVDS-1", "DSI-1"})
+        EXPECT_TRUE(X11Screen::isBuiltIn(panel)) << panel;
+    for (const char* other : {"DP-1", "HDMI-A-0", "DVI-D-0", "VGA-1", "Virtual-1", "XWAYLAND0", ""})
+        EXPECT_FALSE(X11Screen::isBuiltIn(other)) << other;
 }
 
 }  // namespace
