@@ -5,9 +5,30 @@
 
 #include <QEvent>
 #include <QHBoxLayout>
+#include <QPainter>
 #include <QPushButton>
 
 namespace marrowby {
+
+namespace {
+
+/// Shows the focus by a ring of the text's colour, so that it isn't taken for the default button.
+class PageButton final : public QPushButton {
+  public:
+    using QPushButton::QPushButton;
+
+  protected:
+    void paintEvent(QPaintEvent* event) override {
+        QPushButton::paintEvent(event);
+        if (!hasFocus()) return;
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(palette().color(QPalette::ButtonText), 1.5));
+        painter.drawRoundedRect(QRectF(rect()).adjusted(3, 3, -3, -3), 2.5, 2.5);
+    }
+};
+
+}  // namespace
 
 QString controlName(const ControlID& id) {
     return QStringLiteral("control-%1-%2").arg(static_cast<int>(id.control)).arg(id.item);
@@ -23,14 +44,15 @@ QPushButton* ButtonStrip::buttonFor(const ControlID& id) {
     for (auto& [shown, button] : shown_) {
         if (button != nullptr && shown.id == id) return std::exchange(button, nullptr);
     }
-    auto* button = new QPushButton(this);
+    auto* button = new PageButton(this);
     button->setObjectName(controlName(id));
     button->setAutoDefault(false);
     QObject::connect(button, &QPushButton::clicked, this, [this, id] { sink_.press(id); });
     return button;
 }
 
-void ButtonStrip::show(const std::vector<WindowButton>& buttons) {
+void ButtonStrip::show(const std::vector<WindowButton>& buttons, const std::string& about,
+                       Mnemonics& keys) {
     std::vector<std::pair<WindowButton, QPushButton*>> next;
     next.reserve(buttons.size());
     for (const WindowButton& wanted : buttons)
@@ -49,9 +71,10 @@ void ButtonStrip::show(const std::vector<WindowButton>& buttons) {
         if (i == stretchBefore_) layout_->addStretch(1);
         layout_->addWidget(button);
         const QString title = QString::fromStdString(wanted.title);
-        // Escaped: Qt would make a shortcut of an ampersand.
-        button->setText(QString(title).replace(u'&', QStringLiteral("&&")));
-        button->setAccessibleName(title);
+        button->setText(keys.mark(title));
+        button->setAccessibleName(
+            wanted.spokenTitle.empty() ? title : QString::fromStdString(wanted.spokenTitle));
+        button->setAccessibleDescription(QString::fromStdString(about));
         const QFontMetrics metrics = button->fontMetrics();
         button->setMinimumSize(metrics.horizontalAdvance(title) + 28, metrics.height() + 12);
         button->setEnabled(wanted.isEnabled);

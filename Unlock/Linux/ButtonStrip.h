@@ -2,8 +2,10 @@
 #pragma once
 
 #include "Unlock/Linux/ControlSink.h"
+#include "Unlock/Linux/Mnemonics.h"
 
 #include <QWidget>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -17,7 +19,8 @@ class ButtonStrip final : public QWidget {
   public:
     ButtonStrip(ControlSink& sink, QWidget* parent);
 
-    void show(const std::vector<WindowButton>& buttons);
+    /// `about`: read out with each button; may be empty.
+    void show(const std::vector<WindowButton>& buttons, const std::string& about, Mnemonics& keys);
     /// The stretch goes before this button: it and all later ones are right-aligned.
     void setStretchBefore(std::size_t index) { stretchBefore_ = index; }
     [[nodiscard]] QPushButton* defaultButton() const { return default_; }

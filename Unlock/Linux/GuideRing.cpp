@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <algorithm>
+#include <utility>
 
 namespace marrowby {
 
@@ -36,7 +37,15 @@ GuideRing::GuideRing(QWidget* parent) : QWidget(parent) {
 void GuideRing::show(const windowrow::Guide& guide) {
     if (guide == guide_) return;
     guide_ = guide;
+    setAccessibleName(QStringLiteral("Captured"));
+    setAccessibleDescription(
+        QStringLiteral("%1 %").arg(static_cast<int>(std::clamp(guide.progress, 0.0, 1.0) * 100)));
     update();
+}
+
+void GuideRing::setSide(int side) {
+    side = std::clamp(side, smallest, largest);
+    if (std::exchange(side_, side) != side) updateGeometry();
 }
 
 void GuideRing::paintEvent(QPaintEvent* /*event*/) {

@@ -12,13 +12,19 @@ class GuideRing final : public QWidget {
   public:
     explicit GuideRing(QWidget* parent = nullptr);
     void show(const windowrow::Guide& guide);
-    [[nodiscard]] QSize sizeHint() const override { return {272, 272}; }
+    /// Within bounds.
+    void setSide(int side);
+    [[nodiscard]] QSize sizeHint() const override { return {side_, side_}; }
 
   protected:
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    static constexpr int smallest = 120;
+    static constexpr int largest = 272;
+
     windowrow::Guide guide_;
+    int side_ = largest;
 };
 
 }  // namespace marrowby

@@ -7,9 +7,13 @@
 #include "Unlock/Linux/RowView.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QEvent>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QResizeEvent>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
@@ -22,8 +26,14 @@ namespace {
 
 constexpr int margin = 22;
 constexpr double corner = 10;
-constexpr QSize firstSize{600, 680};
-constexpr QSize smallestSize{460, 380};
+constexpr QSize largestFirstSize{600, 760};
+constexpr QSize smallestSize{320, 160};
+/// A window manager's title bar and borders.
+constexpr QSize decoration{8, 40};
+
+int heightOf(const QLayout& layout, int width) {
+    return layout.hasHeightForWidth() ? layout.heightForWidth(width) : layout.sizeHint().height();
+}
 
 class ProblemFrame final : public QWidget {
   public:
@@ -50,12 +60,12 @@ class PageWindow::Rows final : public QWidget {
         layout_->setSpacing(0);
     }
 
-    void show(const std::vector<WindowRow>& rows, ControlSink& sink) {
+    void show(const std::vector<WindowRow>& rows, ControlSink& sink, Mnemonics& keys) {
         std::vector<RowView*> next;
         for (const WindowRow& row : rows) {
             RowView* view = takeView(RowKey::of(row));
             if (view == nullptr) view = RowView::create(row, sink, this);
-            view->show(row);
+            view->show(row, keys);
             next.push_back(view);
         }
         for (RowView* gone : views_) {
@@ -80,6 +90,14 @@ class PageWindow::Rows final : public QWidget {
     }
 
     [[nodiscard]] const std::vector<RowView*>& views() const { return views_; }
+
+    /// How high the part that is seen is.
+    void setRoom(int height) {
+        for (RowView* view : views_)
+            view->setRoom(height - layout_->contentsMargins().top() -
+                          layout_->contentsMargins().bottom());
+    }
+    [[nodiscard]] int heightAt(int width) const { return heightOf(*layout_, width); }
 
   protected:
     void paintEvent(QPaintEvent* /*event*/) override {
@@ -127,6 +145,8 @@ class PageWindow::Rows final : public QWidget {
 PageWindow::PageWindow(WindowPresenter& presenter, std::function<void()> onClosed)
     : presenter_(&presenter),
       onClosed_(std::move(onClosed)),
+      header_(new QVBoxLayout),
+      foot_(new QVBoxLayout),
       title_(new QLabel),
       detail_(new MutedLabel(this, 1)),
       scroll_(new QScrollArea),
@@ -136,23 +156,23 @@ PageWindow::PageWindow(WindowPresenter& presenter, std::function<void()> onClose
       buttons_(new ButtonStrip(*this, this)) {
     setWindowFlags(Qt::Window);
     setMinimumSize(smallestSize);
-    resize(firstSize);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, margin, 0, margin - 6);
     layout->setSpacing(0);
-    auto* header = new QVBoxLayout;
-    header->setContentsMargins(margin + 4, 0, margin + 4, 10);
-    header->setSpacing(6);
+    header_->setContentsMargins(margin + 4, 0, margin + 4, 10);
+    header_->setSpacing(6);
     title_->setTextFormat(Qt::PlainText);
     title_->setWordWrap(true);
     scaleFont(*title_, 1.7, true);
-    header->addWidget(title_);
-    header->addWidget(detail_);
-    layout->addLayout(header);
+    header_->addWidget(title_);
+    header_->addWidget(detail_);
+    layout->addLayout(header_);
 
     scroll_->setFrameShape(QFrame::NoFrame);
     scroll_->setWidgetResizable(true);
+    // Its own minimum would take the header's place on a page of few rows.
+    scroll_->setMinimumHeight(1);
     scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll_->setFocusPolicy(Qt::NoFocus);
     scroll_->setWidget(content_);
@@ -166,12 +186,11 @@ PageWindow::PageWindow(WindowPresenter& presenter, std::function<void()> onClose
     problemLayout->addWidget(problemText_);
     problemText_->setTextFormat(Qt::PlainText);
     problemText_->setWordWrap(true);
-    auto* foot = new QVBoxLayout;
-    foot->setContentsMargins(margin, 8, margin, 0);
-    foot->setSpacing(12);
-    foot->addWidget(problem_);
-    foot->addWidget(buttons_);
-    layout->addLayout(foot);
+    foot_->setContentsMargins(margin, 8, margin, 0);
+    foot_->setSpacing(12);
+    foot_->addWidget(problem_);
+    foot_->addWidget(buttons_);
+    layout->addLayout(foot_);
 
     draw(presenter.page());
 }
@@ -203,18 +222,53 @@ void PageWindow::draw(const WindowPage& page) {
     setWindowTitle(QString::fromStdString(page.title));
     title_->setText(QString::fromStdString(page.title));
     detail_->show(page.detail);
-    content_->show(page.rows, *this);
     drawProblem(page.problem);
     // The first of several buttons is left-aligned.
     buttons_->setStretchBefore(page.buttons.size() > 1 ? 1 : 0);
-    buttons_->show(page.buttons);
+    // The foot's keys come first: they are on most pages.
+    Mnemonics keys;
+    buttons_->show(page.buttons, {}, keys);
+    content_->show(page.rows, *this, keys);
     page_ = page;
+    fit(isOtherPage);
     chainFocus();
     const QWidget* focused = focusWidget();
     const bool isLost =
         focused == nullptr || focused->isHidden() || !focused->isEnabled() || focused == this;
     if (isOtherPage || isLost) focusFirst();
     if (isOtherPage) scroll_->verticalScrollBar()->setValue(0);
+}
+
+void PageWindow::fit(bool isOtherPage) {
+    if (isUsersSize_) return;
+    const QScreen* const on = screen();
+    if (on == nullptr) return;
+    const QSize most =
+        (on->availableSize() - decoration).boundedTo(largestFirstSize).expandedTo(smallestSize);
+    // What was just drawn has its size only then.
+    QApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    const QMargins margins = layout()->contentsMargins();
+    const int rest = margins.top() + margins.bottom() + heightOf(*header_, most.width()) +
+                     heightOf(*foot_, most.width());
+    content_->setRoom(most.height() - rest);
+    const int height = std::min(rest + content_->heightAt(most.width()), most.height());
+    fitted_ = {most.width(), isOtherPage ? height : std::max(height, this->height())};
+    if (size() != fitted_) resize(fitted_);
+}
+
+void PageWindow::resizeEvent(QResizeEvent* event) {
+    QDialog::resizeEvent(event);
+    if (event->spontaneous() && size() != fitted_) isUsersSize_ = true;
+    layout()->activate();
+    content_->setRoom(scroll_->viewport()->height());
+}
+
+void PageWindow::keyPressEvent(QKeyEvent* event) {
+    QScrollBar& bar = *scroll_->verticalScrollBar();
+    // Of a page that only tells something, too.
+    if (event->key() == Qt::Key_PageDown) return bar.triggerAction(QScrollBar::SliderPageStepAdd);
+    if (event->key() == Qt::Key_PageUp) return bar.triggerAction(QScrollBar::SliderPageStepSub);
+    QDialog::keyPressEvent(event);
 }
 
 void PageWindow::drawProblem(const std::string& problem) {
@@ -254,7 +308,10 @@ std::vector<QWidget*> PageWindow::focusables() const {
 /// Focuses the first text field, else the default button, else the first control.
 void PageWindow::focusFirst() {
     for (const RowView* row : content_->views()) {
-        if (QWidget* field = row->field()) return field->setFocus(Qt::TabFocusReason);
+        if (QWidget* field = row->field()) {
+            scroll_->ensureWidgetVisible(field);
+            return field->setFocus(Qt::TabFocusReason);
+        }
     }
     if (QPushButton* button = buttons_->defaultButton(); button != nullptr && button->isEnabled())
         return button->setFocus(Qt::OtherFocusReason);

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+class QBoxLayout;
 class QLabel;
 class QPushButton;
 class QScrollArea;
@@ -21,7 +22,8 @@ class MutedLabel;
 class RowView;
 
 /// Draws its presenter's current page. Return presses the default button, Escape closes the window.
-/// A redraw changes only what differs: focus and typed text survive while the row stays. Main
+/// A redraw changes only what differs: focus and typed text survive while the row stays. As high as
+/// its page until the user gives it a size, as far as the screen goes; then the rows scroll. Main
 /// thread; never calls the presenter while drawing.
 class PageWindow final : public QDialog, private ControlSink {
   public:
@@ -36,6 +38,8 @@ class PageWindow final : public QDialog, private ControlSink {
 
   protected:
     void reject() override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     class Rows;
@@ -49,6 +53,8 @@ class PageWindow final : public QDialog, private ControlSink {
     void notify(const std::function<void(WindowPresenter&)>& what);
     void draw(const WindowPage& page);
     void drawProblem(const std::string& problem);
+    /// Takes the page's size; on the same page it only grows.
+    void fit(bool isOtherPage);
     void chainFocus();
     /// In page order.
     [[nodiscard]] std::vector<QWidget*> focusables() const;
@@ -58,7 +64,12 @@ class PageWindow final : public QDialog, private ControlSink {
     WindowPresenter* presenter_;
     std::function<void()> onClosed_;
     std::optional<WindowPage> page_;
+    /// The size given last; another one is the user's.
+    QSize fitted_;
+    bool isUsersSize_ = false;
 
+    QBoxLayout* header_;
+    QBoxLayout* foot_;
     QLabel* title_;
     MutedLabel* detail_;
     QScrollArea* scroll_;

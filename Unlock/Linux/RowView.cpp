@@ -68,7 +68,7 @@ class HeadingView final : public RowView {
         label_->setWordWrap(true);
         scaleFont(*label_, 1.02, true);
     }
-    void show(const WindowRow& row) override {
+    void show(const WindowRow& row, Mnemonics& /*keys*/) override {
         label_->setText(text(std::get<WindowRow::Heading>(row).text));
     }
 
@@ -86,7 +86,7 @@ class TextView final : public RowView {
         label_->setTextFormat(Qt::PlainText);
         label_->setWordWrap(true);
     }
-    void show(const WindowRow& row) override {
+    void show(const WindowRow& row, Mnemonics& /*keys*/) override {
         label_->setText(text(std::get<WindowRow::Text>(row).text));
     }
 
@@ -121,18 +121,20 @@ class TitledView : public RowView {
     }
     void lead(QWidget& mark) { layout_->addWidget(&mark, 0, 0, 4, 1, Qt::AlignVCenter); }
 
-    void showTitle(const std::string& title, const std::string& detail, QWidget* control) {
-        QString shown = text(title);
-        // Of a label with a buddy, “&” marks a mnemonic.
-        if (control != nullptr) shown.replace(QLatin1Char('&'), QLatin1String("&&"));
-        title_->setText(shown);
+    void showTitle(const std::string& title, const std::string& detail) {
+        title_->setText(text(title));
         title_->setVisible(!title.empty());
         detail_->show(detail);
-        if (control == nullptr) return;
+    }
+    void showTitle(const std::string& title, const std::string& detail, QWidget& control,
+                   Mnemonics& keys) {
+        showTitle(title, detail);
         // Assistive technology calls a choice by its label, whatever its own name is.
-        title_->setBuddy(control);
-        control->setAccessibleName(text(title));
-        control->setAccessibleDescription(text(detail));
+        title_->setBuddy(&control);
+        title_->setText(keys.mark(text(title)));
+        title_->setAccessibleName(text(title));
+        control.setAccessibleName(text(title));
+        control.setAccessibleDescription(text(detail));
     }
     void strengthenTitle() { scaleFont(*title_, 1, true); }
 
@@ -150,11 +152,12 @@ class StatusView final : public TitledView {
         put(*fix_);
         strengthenTitle();
     }
-    void show(const WindowRow& row) override {
+    void show(const WindowRow& row, Mnemonics& keys) override {
         const auto& status = std::get<WindowRow::Status>(row);
-        showTitle(status.title, status.detail, nullptr);
+        showTitle(status.title, status.detail);
         mark_->show(status.isGood);
-        fix_->show(status.fix ? std::vector{*status.fix} : std::vector<WindowButton>());
+        fix_->show(status.fix ? std::vector{*status.fix} : std::vector<WindowButton>(),
+                   status.title, keys);
     }
 
   private:
@@ -173,9 +176,9 @@ class ToggleView final : public TitledView {
         QObject::connect(control_, &QCheckBox::toggled, this,
                          [&sink, id](bool isOn) { sink.toggle(id, isOn); });
     }
-    void show(const WindowRow& row) override {
+    void show(const WindowRow& row, Mnemonics& keys) override {
         const auto& toggle = std::get<WindowRow::Toggle>(row);
-        showTitle(toggle.title, toggle.detail, control_);
+        showTitle(toggle.title, toggle.detail, *control_, keys);
         const QSignalBlocker blocker(control_);
         control_->setChecked(toggle.isOn);
         control_->update();
@@ -209,9 +212,9 @@ class ChoiceView final : public TitledView {
             sink.choose(id, static_cast<std::size_t>(option));
         });
     }
-    void show(const WindowRow& row) override {
+    void show(const WindowRow& row, Mnemonics& keys) override {
         const auto& choice = std::get<WindowRow::Choice>(row);
-        showTitle(choice.title, choice.detail, control_);
+        showTitle(choice.title, choice.detail, *control_, keys);
         if (choice.options != options_) {
             options_ = choice.options;
             control_->clear();
@@ -241,12 +244,10 @@ class ActionsView final : public TitledView {
         : TitledView(row, parent), strip_(new ButtonStrip(sink, this)) {
         put(*strip_);
     }
-    void show(const WindowRow& row) override {
+    void show(const WindowRow& row, Mnemonics& keys) override {
         const auto& actions = std::get<WindowRow::Actions>(row);
-        showTitle(actions.title, actions.detail, nullptr);
-        strip_->show(actions.buttons);
-        for (QWidget* button : strip_->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
-            button->setAccessibleDescription(text(actions.title));
+        showTitle(actions.title, actions.detail);
+        strip_->show(actions.buttons, actions.title, keys);
     }
 
   private:
@@ -266,9 +267,9 @@ class TextFieldView final : public TitledView {
             sink.enter(id, edited.toStdString());
         });
     }
-    void show(const WindowRow& row) override {
+    void show(const WindowRow& row, Mnemonics& keys) override {
         const auto& wanted = std::get<WindowRow::TextField>(row);
-        showTitle(wanted.title, {}, field_);
+        showTitle(wanted.title, {}, *field_, keys);
         if (field_->text() == text(wanted.text)) return;
         const int cursor = field_->cursorPosition();
         field_->setText(text(wanted.text));
@@ -287,8 +288,8 @@ class SecretFieldView final : public TitledView {
         field_->setObjectName(controlName(std::get<WindowRow::SecretField>(row).id));
         put(*field_, 2);
     }
-    void show(const WindowRow& row) override {
-        showTitle(std::get<WindowRow::SecretField>(row).title, {}, field_);
+    void show(const WindowRow& row, Mnemonics& keys) override {
+        showTitle(std::get<WindowRow::SecretField>(row).title, {}, *field_, keys);
     }
     [[nodiscard]] QWidget* field() const override { return field_; }
     [[nodiscard]] SecretField* secretField() const override { return field_; }
@@ -312,13 +313,18 @@ class GuideView final : public RowView {
         scaleFont(*hint_, 1.15, true);
         hint_->setObjectName(QStringLiteral("guide-hint"));
     }
-    void show(const WindowRow& row) override {
+    void show(const WindowRow& row, Mnemonics& /*keys*/) override {
         const auto& guide = std::get<WindowRow::Guide>(row);
         ring_->show(guide);
         if (hint_->text() == text(guide.hint)) return;
         hint_->setText(text(guide.hint));
         QAccessibleEvent said(hint_, QAccessible::Alert);
         QAccessible::updateAccessibility(&said);
+    }
+    void setRoom(int height) override {
+        const QMargins margins = layout()->contentsMargins();
+        ring_->setSide(height - margins.top() - margins.bottom() - layout()->spacing() -
+                       2 * hint_->fontMetrics().lineSpacing());
     }
 
   private:
@@ -343,7 +349,7 @@ class LogView final : public RowView {
         // Shows the card’s background.
         lines_->viewport()->setAutoFillBackground(false);
     }
-    void show(const WindowRow& row) override {
+    void show(const WindowRow& row, Mnemonics& /*keys*/) override {
         const auto& lines = std::get<WindowRow::Log>(row).lines;
         if (lines == shown_) return;
         shown_ = lines;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Unlock/Linux/ControlSink.h"
+#include "Unlock/Linux/Mnemonics.h"
 #include "Unlock/Linux/SecretField.h"
 
 #include <QWidget>
@@ -24,10 +25,13 @@ class RowView : public QWidget {
     [[nodiscard]] static RowView* create(const WindowRow& row, ControlSink& sink, QWidget* parent);
 
     /// `row` must have this view's key.
-    virtual void show(const WindowRow& row) = 0;
+    virtual void show(const WindowRow& row, Mnemonics& keys) = 0;
     /// The row's text field, if any.
     [[nodiscard]] virtual QWidget* field() const { return nullptr; }
     [[nodiscard]] virtual SecretField* secretField() const { return nullptr; }
+
+    /// How high the visible part of the page is; a picture is no higher.
+    virtual void setRoom(int /*height*/) {}
 
     [[nodiscard]] const RowKey& key() const { return key_; }
     /// Whether it shares a card with its neighbours.

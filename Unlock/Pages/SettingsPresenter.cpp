@@ -227,11 +227,13 @@ void SettingsPresenter::addSaved(std::vector<WindowRow>& rows) const {
             .detail = "Saved " + age(clock_.now() - face.createdAt) +
                       (model_.isComparable(face) ? "" : ", by other models: not looked for"),
             .isOn = face.isEnabled});
-        rows.emplace_back(Row::Actions{
-            .title = {},
-            .detail = {},
-            .buttons = {
-                {.id = {Control::removeFace, i}, .title = "Remove…", .isDestructive = true}}});
+        rows.emplace_back(
+            Row::Actions{.title = {},
+                         .detail = {},
+                         .buttons = {{.id = {Control::removeFace, i},
+                                      .title = "Remove…",
+                                      .isDestructive = true,
+                                      .spokenTitle = "Remove “" + face.name + "”…"}}});
     }
     rows.emplace_back(
         Row::Actions{.title = {},

@@ -68,6 +68,8 @@ struct WindowButton {
     bool isDefault = false;
     /// Cannot be undone.
     bool isDestructive = false;
+    /// For assistive technology, where the title alone doesn't say whom it is about.
+    std::string spokenTitle{};
     friend bool operator==(const WindowButton&, const WindowButton&) = default;
 };
 
