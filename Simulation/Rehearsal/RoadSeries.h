@@ -8,9 +8,9 @@
 
 namespace marrowby {
 
-/// The owner wakes the displays that many times, before cameras of 15 and of 30 pictures a second.
-/// Writes when each step of the unlock was reached, median and 95th percentile. The error is a
-/// sentence for the user.
+/// The owner wakes the displays that many times, before cameras of 15 and of 30 pictures a second,
+/// and after long absences. Writes when each step of the unlock was reached, median and 95th
+/// percentile. The error is a sentence for the user.
 [[nodiscard]] std::expected<void, std::string> measureRoad(const std::filesystem::path& models,
                                                            const std::filesystem::path& program,
                                                            int unlocks, std::ostream& out);
