@@ -53,7 +53,7 @@ CommandReply CommandResponder::status() const {
     const UnlockStatus status = model_.status();
     return {.status = status.isReady() ? Status::done : Status::no,
             .text = status.title(model_.words()) + ": " +
-                    status.detail(applicationName, model_.words())};
+                    status.detail(applicationName, model_.words(), model_.state().opening)};
 }
 
 CommandReply CommandResponder::facts() const {
@@ -70,10 +70,7 @@ CommandReply CommandResponder::facts() const {
          .isGood = state.isEnrolled,
          .what = state.isEnrolled ? "saved." : "not saved.",
          .fix = std::string(inTheSettings)},
-        {.subject = model_.words().password.atStart,
-         .isGood = state.hasPassword,
-         .what = state.hasPassword ? "saved." : "not saved.",
-         .fix = std::string(inTheSettings)},
+        opening(),
         {.subject = "Open at login",
          .isGood = systemSettings_.opensAtLogin(),
          .what = systemSettings_.opensAtLogin()
@@ -93,6 +90,28 @@ CommandReply CommandResponder::facts() const {
     return reply;
 }
 
+Fact CommandResponder::opening() const {
+    const UnlockModel::State& state = model_.state();
+    switch (state.opening) {
+        case LockOpening::typing:
+            return {.subject = model_.words().password.atStart,
+                    .isGood = state.hasPassword,
+                    .what = state.hasPassword ? "saved." : "not saved.",
+                    .fix = std::string(inTheSettings)};
+        case LockOpening::asking:
+            return {.subject = "Unlocking without a password",
+                    .isGood = state.settings.asksDesktop,
+                    .what = state.settings.asksDesktop ? "allowed." : "not allowed.",
+                    .fix = std::string(inTheSettings)};
+        case LockOpening::forbidden:
+        case LockOpening::unsupported:
+            break;
+    }
+    return {.subject = "Opening the lock",
+            .isGood = false,
+            .what = std::string(reasonNotPossible(state.opening))};
+}
+
 CommandReply CommandResponder::pause(const Command& command) {
     constexpr double minute = 60;
     std::optional<TimeInterval> atMost;
@@ -110,12 +129,13 @@ CommandReply CommandResponder::resume() {
 }
 
 void CommandResponder::look(CommandAnswer answer) {
-    model_.tryLook([answer = std::move(answer)](const auto& result) {
+    const bool types = model_.state().opening == LockOpening::typing;
+    model_.tryLook([answer = std::move(answer), types](const auto& result) {
         if (!result) return answer({.status = Status::no, .text = result.error()});
         std::vector<std::string> lines = result->lines;
-        lines.emplace_back(result->wouldUnlock
-                               ? "At the lock screen it would type your password now."
-                               : "At the lock screen it would not unlock.");
+        lines.emplace_back(!result->wouldUnlock ? "At the lock screen it would not unlock."
+                           : types ? "At the lock screen it would type your password now."
+                                   : "At the lock screen it would have the desktop unlock now.");
         answer({.status = result->wouldUnlock ? Status::done : Status::no, .text = joined(lines)});
     });
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Unlock/Command.h"
+#include "Unlock/Fact.h"
 #include "Unlock/Model/UnlockModel.h"
 #include "UnlockCore/Platform/SystemSettings.h"
 
@@ -27,6 +28,8 @@ class CommandResponder {
   private:
     [[nodiscard]] CommandReply status() const;
     [[nodiscard]] CommandReply facts() const;
+    /// Whether what opens the lock is set up.
+    [[nodiscard]] Fact opening() const;
     [[nodiscard]] CommandReply pause(const Command& command);
     [[nodiscard]] CommandReply resume();
     void look(CommandAnswer answer);

@@ -3,6 +3,7 @@
 
 #include "Unlock/Model/ModelLoaders.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
+#include "UnlockCore/Status/UnlockStatus.h"
 
 #include <algorithm>
 #include <array>
@@ -69,12 +70,29 @@ SelfCheck::SelfCheck(Services services, std::function<void(const std::string&)> 
               CameraFaceScanner::workingLongEdge) {}
 
 void SelfCheck::start() {
+    if (services_.sessionUnlocking == nullptr) return checkAll();
+    // How the lock opens is known once they have answered.
+    const auto goOn = weakSelf_.guarded([](SelfCheck& self, const auto&... /*answer*/) {
+        if (!self.answerTimeout_) return;
+        self.services_.mainThread.post(
+            [timeout = std::shared_ptr<MainThread::Timer>(std::move(self.answerTimeout_))] {});
+        self.checkAll();
+    });
+    answerTimeout_ = services_.mainThread.at(services_.clock.now() + longestAnswer,
+                                             TimeInterval(0.1), [goOn] { goOn(); });
+    services_.sessionUnlocking->read([goOn](const SessionUnlockFacts& facts) {
+        // Unknown, it may be found before the time is up.
+        if (facts.isLocked) goOn();
+    });
+}
+
+void SelfCheck::checkAll() {
     checkPermissions();
     checkSession();
     checkModels();
     checkKeyStore();
     checkOwner();
-    checkTyping();
+    checkOpening();
     checkWindowSpace();
     startCamera();
 }
@@ -91,11 +109,14 @@ void SelfCheck::checkPermissions() {
          .isGood = camera == CameraManager::Permission::granted,
          .what = permissionName(camera),
          .fix = words.camera.advice("Switch it on in ")});
+    const bool isTyped = services_.sessionUnlocking == nullptr ||
+                         services_.sessionUnlocking->opening() == LockOpening::typing;
     const bool isTrusted = services_.keyEvents.isTrusted();
-    say({.subject = words.typing.rightAtStart,
-         .isGood = isTrusted,
-         .what = isTrusted ? "granted." : "not granted.",
-         .fix = words.accessibility.advice("Switch it on in ")});
+    if (isTyped)
+        say({.subject = words.typing.rightAtStart,
+             .isGood = isTrusted,
+             .what = isTrusted ? "granted." : "not granted.",
+             .fix = words.accessibility.advice("Switch it on in ")});
     const bool mayWatch = services_.spaceKeys.hasListenAccess();
     say({.subject = "Watching keys",
          .isGood = mayWatch,
@@ -165,6 +186,21 @@ void SelfCheck::checkOwner() {
          .isGood = possible.has_value(),
          .what = possible ? "available." : possible.error(),
          .fix = std::string(services_.words.ownerCheck.remedy)});
+}
+
+void SelfCheck::checkOpening() {
+    const SessionUnlocking* const session = services_.sessionUnlocking;
+    const LockOpening opening = session != nullptr ? session->opening() : LockOpening::typing;
+    if (opening == LockOpening::typing) return checkTyping();
+    Fact fact{.subject = "Opening the lock", .isGood = false, .what = {}};
+    if (isClosed(opening)) {
+        fact.what = reasonNotPossible(opening);
+    } else {
+        fact.isGood = session->isSessionKnown();
+        fact.what = fact.isGood ? "the desktop is asked, without a password."
+                                : "logind doesn’t answer about this session.";
+    }
+    say(fact);
 }
 
 void SelfCheck::checkTyping() {

@@ -11,6 +11,7 @@
 #include "UnlockCore/Platform/OwnerCheck.h"
 #include "UnlockCore/Platform/PlatformWords.h"
 #include "UnlockCore/Platform/ScreenLock.h"
+#include "UnlockCore/Platform/SessionUnlocking.h"
 #include "UnlockCore/Platform/SpaceKeys.h"
 #include "UnlockCore/Platform/VaultKeyStore.h"
 #include "UnlockCore/Platform/WindowServer.h"
@@ -52,8 +53,12 @@ class SelfCheck {
         AuthenticatedCipher& cipher;
         OwnerCheck& ownerCheck;
         WindowServer& windowServer;
+        /// Null where the lock is opened by typing only.
+        SessionUnlocking* sessionUnlocking = nullptr;
     };
 
+    /// Longest wait for the session and its desktop to answer.
+    static constexpr TimeInterval longestAnswer{2};
     /// Longest wait for the camera's first frame.
     static constexpr TimeInterval longestWait{10};
 
@@ -68,6 +73,8 @@ class SelfCheck {
 
   private:
     void say(const Fact& fact);
+    void checkAll();
+    void checkOpening();
     void checkPermissions();
     void checkSession();
     void checkModels();
@@ -86,6 +93,7 @@ class SelfCheck {
     CameraManager camera_;
     Date cameraBegan_;
     std::unique_ptr<MainThread::Timer> timeout_;
+    std::unique_ptr<MainThread::Timer> answerTimeout_;
     WeakSelf<SelfCheck> weakSelf_{this};
 };
 

@@ -121,7 +121,12 @@ void UnlockApplication::startWelcome(UnlockOnboardingMode mode) {
     welcome_ = std::make_unique<WelcomePresenter>(
         mode, *model_, platform_.systemSettings,
         WelcomePresenter::Hooks{.onChange = [this] { windows_.refresh(Window::welcome); },
-                                .onFinish = [this] { windows_.close(Window::welcome); }});
+                                .onFinish = [this] { windows_.close(Window::welcome); },
+                                .onSettings =
+                                    [this] {
+                                        windows_.close(Window::welcome);
+                                        open(Window::settings);
+                                    }});
     windows_.show(Window::welcome, *welcome_);
     welcome_->windowShown();
     windows_.refresh(Window::welcome);

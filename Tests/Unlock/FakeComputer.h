@@ -17,6 +17,7 @@
 #include "Tests/Fakes/FakePasswordVerifier.h"
 #include "Tests/Fakes/FakeProcessActivities.h"
 #include "Tests/Fakes/FakeScreenLock.h"
+#include "Tests/Fakes/FakeSessionUnlocking.h"
 #include "Tests/Fakes/FakeSpaceKeys.h"
 #include "Tests/Fakes/FakeSystemSettings.h"
 #include "Tests/Fakes/FakeWindowServer.h"
@@ -80,6 +81,7 @@ struct FakeComputer {
                 .keyEvents = keyEvents,
                 .systemSettings = systemSettings,
                 .windowServer = windowServer,
+                .sessionUnlocking = desktop,
                 .activities = &activities};
     }
 
@@ -112,7 +114,8 @@ struct FakeComputer {
                 .trialKeyStore = keyStore,
                 .cipher = cipher,
                 .ownerCheck = owner,
-                .windowServer = windowServer};
+                .windowServer = windowServer,
+                .sessionUnlocking = desktop};
     }
 
     void settle() {
@@ -176,6 +179,8 @@ struct FakeComputer {
     FakeSystemSettings systemSettings;
     FakeWindowServer windowServer;
     FakeProcessActivities activities;
+    /// Where it can be asked.
+    FakeSessionUnlocking* desktop = nullptr;
     std::optional<std::string> sessionInWords = "it is there";
 };
 

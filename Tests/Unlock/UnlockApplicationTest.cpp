@@ -4,6 +4,7 @@
 #include "Unlock/UnlockApplication.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,6 +14,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using Window = UnlockOpening::Window;
 
 class UnlockApplicationTest : public testing::Test, protected FakeComputer {
@@ -625,6 +627,121 @@ TEST_F(UnlockApplicationTest, trustsAPasswordSavedAnewWithoutARestart) {
     EXPECT_FALSE(windows.isOpen(Window::welcome));
     EXPECT_TRUE(application->model().status().isReady());
     EXPECT_EQ(UnlockSettings::load(defaults).passwordHealth, PasswordHealth());
+}
+
+/// Its desktop opens the lock when it is asked to.
+class AskedDesktopTest : public UnlockApplicationTest {
+  protected:
+    AskedDesktopTest() {
+        desktop = &asked;
+        start();
+    }
+    /// From the first page to the question.
+    void walkToConsent() {
+        reopen();
+        EXPECT_TRUE(press("Continue") && toggle("I understand", true) && press("Continue"));
+        EXPECT_EQ(windows.page().title, "Allow the camera");
+        EXPECT_TRUE(press("Continue"));
+        capture();
+        EXPECT_TRUE(windows.write("Anna"));
+        EXPECT_TRUE(press("Continue"));
+        EXPECT_EQ(windows.page().title, "Unlock without your password?");
+    }
+    void setUpAsking() {
+        walkToConsent();
+        EXPECT_TRUE(toggle("Yes, unlock without my password", true));
+        EXPECT_TRUE(press("Continue") && press("Continue") && press("Done"));
+    }
+    [[nodiscard]] std::string everything() {
+        const WindowPage page = windows.page();
+        std::string text = page.title + page.detail;
+        for (const WindowRow& row : page.rows) {
+            if (const auto* said = std::get_if<WindowRow::Text>(&row)) text += said->text;
+            if (const auto* action = std::get_if<WindowRow::Actions>(&row)) {
+                for (const WindowButton& button : action->buttons)
+                    text += button.title;
+            }
+            if (const auto* status = std::get_if<WindowRow::Status>(&row))
+                text += status->title + status->detail;
+            if (const auto* choice = std::get_if<WindowRow::Toggle>(&row)) text += choice->title;
+        }
+        return text;
+    }
+
+    FakeSessionUnlocking asked;
+};
+
+TEST_F(AskedDesktopTest, isSetUpByAYesAndAsksOnlyWhileThatStands) {
+    walkToConsent();
+    EXPECT_FALSE(press("Continue")) << "nothing was said";
+    EXPECT_THAT(windows.page().detail, HasSubstr("second factor"));
+    toggle("Yes, unlock without my password", true);
+    owner.answer = false;
+    EXPECT_TRUE(press("Continue"));
+    EXPECT_FALSE(application->model().settings().asksDesktop);
+    owner.answer = true;
+    EXPECT_TRUE(press("Continue") && press("Continue") && press("Done"));
+    EXPECT_TRUE(application->model().state().identities.size() == 1);
+    EXPECT_FALSE(application->model().state().hasPassword);
+    EXPECT_EQ(tell({.verb = Command::Verb::status}).status, CommandReply::Status::done);
+    EXPECT_TRUE(looksOnReturn());
+
+    reopen();
+    EXPECT_THAT(everything(), Not(HasSubstr("Password…")));
+    EXPECT_TRUE(toggle("Unlock without your password", false));
+    EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Needs your yes");
+    log.clear();
+    EXPECT_FALSE(looksOnReturn());
+    // To say yes again, the question comes again; the face is there.
+    EXPECT_TRUE(toggle("Unlock without your password", true));
+    EXPECT_EQ(windows.front(), Window::welcome);
+    EXPECT_FALSE(application->model().settings().asksDesktop);
+}
+
+TEST_F(AskedDesktopTest, wantsAPasswordWhereTheAccountComesBackToAnotherDesktop) {
+    setUpAsking();
+    asked.setOpening(LockOpening::typing);
+    settle();
+    EXPECT_EQ(application->model().status().title(*words), "Mac password not saved");
+    log.clear();
+    EXPECT_FALSE(looksOnReturn());
+    // And back: nothing is asked again.
+    asked.setOpening(LockOpening::asking);
+    EXPECT_TRUE(application->model().status().isReady());
+    asked.isKnown = false;
+    asked.setOpening(LockOpening::asking);
+    EXPECT_EQ(application->model().status().title(*words), "This session isn’t known");
+}
+
+TEST_F(AskedDesktopTest, saysOnTheFirstPageWhyItCannotUnlockHere) {
+    for (const auto& [opening, reason] :
+         {std::pair(LockOpening::unsupported, "a locker that ends while typing goes on"),
+          std::pair(LockOpening::forbidden, "/etc/marrowby-unlock/policy.conf forbids")}) {
+        SCOPED_TRACE(reason);
+        application->model().eraseEverything();
+        settle();
+        asked.setOpening(LockOpening::asking);
+        start();
+        setUpAsking();
+        // Whoever was set up before loses the unlock, not the way out.
+        asked.setOpening(opening);
+        settle();
+        log.clear();
+        EXPECT_FALSE(looksOnReturn());
+        reopen();
+        EXPECT_THAT(everything(), HasSubstr(reason));
+        EXPECT_FALSE(press("Continue"));
+        EXPECT_TRUE(press("Open Settings…"));
+        mainThread.advance(TimeInterval(0.7));
+        settle();
+        EXPECT_EQ(windows.front(), Window::settings);
+        EXPECT_THAT(everything(), HasSubstr(reason));
+        EXPECT_TRUE(toggle("Unlock with your face", false));
+        EXPECT_TRUE(press("Erase Everything…") && press("Erase"));
+        EXPECT_TRUE(application->model().state().identities.empty());
+        EXPECT_TRUE(press("Quit…") && press("Quit"));
+        EXPECT_TRUE(std::exchange(terminated, false));
+    }
 }
 
 }  // namespace

@@ -221,6 +221,7 @@ struct FailureIcon {
     void operator()(const UnlockFailure::NotLive&) { painter.cross(centre); }
     void operator()(const UnlockFailure::PasswordRejected&) { painter.padlock(centre, 1.2, red); }
     void operator()(const UnlockFailure::NeedsAccessibility&) { painter.exclamation(centre); }
+    void operator()(const UnlockFailure::NotOpened&) { painter.padlock(centre, 1.2, red); }
     void operator()(const UnlockFailure::FaceCutOff&) { painter.exclamation(centre); }
 };
 

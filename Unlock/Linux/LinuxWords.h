@@ -36,12 +36,8 @@ inline constexpr PlatformWords linuxWords{
     .camera = {.place = {},
                .remedy = "Add your account to the group “video”, "
                          "then log in again."},
-    .accessibility = {.place = {},
-                      .remedy = "Log in to an X11 session, or let your account write to "
-                                "/dev/uinput."},
-    .inputMonitoring = {.place = {},
-                        .remedy = "Add your account to the group "
-                                  "“input”, then log in again."},
+    .accessibility = {.place = {}, .remedy = "Log in to an X11, GNOME or KDE session."},
+    .inputMonitoring = {.place = {}, .remedy = "Space is heard in X11 sessions."},
 };
 
 }  // namespace marrowby

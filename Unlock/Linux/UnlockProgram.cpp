@@ -130,7 +130,9 @@ class CompositionRoot {
                     .onCopy =
                         [](const std::string& command) {
                             QGuiApplication::clipboard()->setText(QString::fromStdString(command));
-                        }}) {}
+                        }}) {
+        session_.canTypeThroughKernel = [this] { return keyEvents_->canType(); };
+    }
 
     /// Starts the application, or shows the window that says what is missing.
     void launch(bool isAtLogin) {
@@ -166,7 +168,8 @@ class CompositionRoot {
              .trialKeyStore = trialKeyStore,
              .cipher = cipher_,
              .ownerCheck = *ownerCheck_,
-             .windowServer = windowServer_},
+             .windowServer = windowServer_,
+             .sessionUnlocking = session_.unlocking()},
             [](const std::string& line) { std::cout << line << '\n'
                                                     << std::flush; },
             [](bool isAllThere) {
@@ -318,7 +321,8 @@ std::expected<void, std::string> CompositionRoot::start() {
                        .defaults = defaults_,
                        .keyEvents = *keyEvents_,
                        .systemSettings = systemSettings_,
-                       .windowServer = windowServer_},
+                       .windowServer = windowServer_,
+                       .sessionUnlocking = session_.unlocking()},
         UnlockModel::Resources{
             .dataBase = paths_.folders.dataHome, .testTag = {}, .models = *std::move(pack)},
         windows_,

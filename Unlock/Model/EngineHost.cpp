@@ -9,6 +9,31 @@ namespace marrowby {
 
 using Event = UnlockCoordinator::Event;
 
+namespace {
+
+std::unique_ptr<SessionUnlockAsker> makeAsker(const UnlockPlatform& platform,
+                                              std::function<UnlockReadiness()> readiness) {
+    if (platform.sessionUnlocking == nullptr) return nullptr;
+    return std::make_unique<SessionUnlockAsker>(SessionUnlockAsker::Services{
+        .session = *platform.sessionUnlocking,
+        .mainThread = platform.mainThread,
+        .clock = platform.clock,
+        .isWanted = [readiness = std::move(readiness)] {
+            const UnlockReadiness now = readiness();
+            return now.opening == LockOpening::asking && now.isEnabled && now.vaultUnlocked &&
+                   now.passwordSaved;
+        }});
+}
+
+}  // namespace
+
+void EngineHost::Opener::typeStoredPassword(std::function<bool()> stillLocked,
+                                            std::function<void(TypingOutcome)> completion) {
+    const bool types = host_.platform_.opening() == LockOpening::typing;
+    PasswordTyping& way = types ? static_cast<PasswordTyping&>(host_.typer_) : *host_.asker_;
+    way.typeStoredPassword(std::move(stillLocked), std::move(completion));
+}
+
 EngineHost::EngineHost(const Services& services, PasswordHealth health,
                        UnlockCoordinator::Callbacks callbacks)
     : platform_(services.platform),
@@ -29,6 +54,7 @@ EngineHost::EngineHost(const Services& services, PasswordHealth health,
           antiSpoofLoader(services.models, platform_.models, platform_.words)),
       typer_(services.credentials, keyEvents_, platform_.queues, platform_.mainThread,
              platform_.clock, platform_.words),
+      asker_(makeAsker(platform_, services.readiness)),
       spaceKeys_(platform_.spaceKeys, ownKeystrokes_),
       activity_(inputIdle_, platform_.mainThread, platform_.clock),
       clock_(platform_.clock, platform_.mainThread),
@@ -39,7 +65,7 @@ EngineHost::EngineHost(const Services& services, PasswordHealth health,
       coordinator_(health,
                    {.lockState = platform_.lockState,
                     .scanner = scanner_,
-                    .typer = typer_,
+                    .typer = opener_,
                     .presenter = &island_,
                     .spaceKeys = spaceKeys_,
                     .activity = activity_,

@@ -9,6 +9,7 @@
 #include "UnlockCore/Engine/SystemUnlockClock.h"
 #include "UnlockCore/Engine/UnlockCoordinator.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
+#include "UnlockCore/LockScreenServices/SessionUnlockAsker.h"
 #include "UnlockCore/LockScreenServices/StoredPasswordTyper.h"
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
 #include "UnlockCore/LockWatching/OwnKeystrokes.h"
@@ -39,17 +40,33 @@ class EngineHost {
     void readinessChanged() { coordinator_.send(UnlockCoordinator::Event::SettingsChanged{}); }
     /// After the password was saved anew or erased.
     void trustPassword() { coordinator_.replacePasswordHealth({}); }
-    void stopTyping() { typer_.stop(); }
+    void stopTyping() {
+        typer_.stop();
+        if (asker_) asker_->stop();
+    }
     /// For looks of the application's own while the screen is unlocked.
     [[nodiscard]] FaceScanning& scanner() { return scanner_; }
 
   private:
+    /// Types or asks, as the session needs it at that moment.
+    struct Opener final : PasswordTyping {
+        explicit Opener(EngineHost& host) : host_(host) {}
+        void typeStoredPassword(std::function<bool()> stillLocked,
+                                std::function<void(TypingOutcome)> completion) override;
+
+      private:
+        EngineHost& host_;
+    };
+
     const UnlockPlatform& platform_;
     OwnKeystrokes ownKeystrokes_;
     TrackedKeyEvents keyEvents_;
     ForeignInputIdle inputIdle_;
     CameraFaceScanner scanner_;
     StoredPasswordTyper typer_;
+    /// None where the platform types only.
+    std::unique_ptr<SessionUnlockAsker> asker_;
+    Opener opener_{*this};
     SpaceKeyMonitor spaceKeys_;
     LockScreenActivityMonitor activity_;
     SystemUnlockClock clock_;

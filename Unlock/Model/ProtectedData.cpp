@@ -12,11 +12,13 @@ namespace marrowby {
 
 namespace {
 
-std::string reason(ProtectedData::Purpose purpose, const PlatformWords& words) {
+std::string reason(ProtectedData::Purpose purpose, const PlatformWords& words,
+                   LockOpening opening) {
     const std::string password(words.password.inSentence);
     switch (purpose) {
         case ProtectedData::Purpose::showOrChange:
-            return "open your saved face and " + password;
+            return opening == LockOpening::typing ? "open your saved face and " + password
+                                                  : "open your saved face";
         case ProtectedData::Purpose::savePassword:
             return "save your " + password;
         case ProtectedData::Purpose::saveFaceAndPassword:
@@ -93,7 +95,7 @@ bool ProtectedData::haveModelsChanged() const {
 
 void ProtectedData::open(Purpose purpose, Completion completion) {
     vault_.unlock(
-        reason(purpose, platform_.words),
+        reason(purpose, platform_.words, platform_.opening()),
         weakSelf_.guarded([completion = std::move(completion)](
                               ProtectedData& self, std::expected<void, StorageError> result) {
             // vaultChanged() may still be posted.

@@ -45,9 +45,16 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
     state_ = currentState();
     platform_.lockEvents.onEvent = [this](LockEvent event) { lockChanged(event); };
     platform_.lockEvents.start();
+    if (platform_.sessionUnlocking != nullptr) {
+        platform_.sessionUnlocking->onChange = [this] {
+            wireEngine();
+            publish();
+        };
+    }
 }
 
 UnlockModel::~UnlockModel() {
+    if (platform_.sessionUnlocking != nullptr) platform_.sessionUnlocking->onChange = {};
     platform_.lockEvents.stop();
     platform_.lockEvents.onEvent = {};
     platform_.keyEvents.setUnknownLockerHandler({});
@@ -67,11 +74,26 @@ UnlockStatusFacts UnlockModel::statusFacts() const {
             .fault = state_.fault,
             .hasCamera = state_.hasCamera,
             .hasSeenLocker = state_.hasSeenLocker,
-            .untypedLocker = settings().untypedLocker};
+            .untypedLocker = settings().untypedLocker,
+            .opening = state_.opening,
+            .asksDesktop = settings().asksDesktop};
+}
+
+bool UnlockModel::isOpeningSetUp() const {
+    switch (platform_.opening()) {
+        case LockOpening::typing:
+            return data_.hasPassword();
+        case LockOpening::asking:
+            return settings().asksDesktop;
+        case LockOpening::forbidden:
+        case LockOpening::unsupported:
+            break;
+    }
+    return false;
 }
 
 bool UnlockModel::isReady() const {
-    return state_.isEnrolled && state_.hasPassword && state_.accessibilityTrusted &&
+    return state_.isEnrolled && isOpeningSetUp() && state_.accessibilityTrusted &&
            state_.cameraPermission == CameraManager::Permission::granted;
 }
 
@@ -162,6 +184,19 @@ void UnlockModel::saveChecked(SecretBytes password, ProtectedData::Purpose purpo
     });
 }
 
+void UnlockModel::allowAsking(const std::string& name, Completion completion) {
+    change(
+        [this, name] {
+            const Outcome saved = hasCapturedFace() ? saveCaptured(name) : Outcome();
+            if (!saved) return saved;
+            UnlockSettings settings = settings_;
+            settings.asksDesktop = true;
+            store(std::move(settings));
+            return saved;
+        },
+        std::move(completion));
+}
+
 Outcome UnlockModel::saveCaptured(const std::string& name) {
     const CapturedFace* const face = enrollment_.captured();
     if (face == nullptr) return std::unexpected("There is no captured face to save.");
@@ -242,7 +277,7 @@ void UnlockModel::endTrial(const std::expected<TrialLook::Result, std::string>& 
 }
 
 void UnlockModel::wireEngine() {
-    if (engine_ || !state_.isEnrolled || !state_.hasPassword) return;
+    if (engine_ || !state_.isEnrolled || !isOpeningSetUp()) return;
     engine_ = std::make_unique<EngineHost>(
         EngineHost::Services{.platform = platform_,
                              .models = resources_.models,
@@ -268,8 +303,9 @@ UnlockReadiness UnlockModel::readiness() const {
             .showsUI = settings().showsAnimation,
             .scanDuration = TimeInterval(static_cast<double>(settings().scanSeconds)),
             .vaultUnlocked = data_.isOpen(),
-            .passwordSaved = data_.hasPassword(),
-            .accessibilityTrusted = platform_.keyEvents.canType(),
+            .opening = platform_.opening(),
+            .passwordSaved = isOpeningSetUp(),
+            .accessibilityTrusted = platform_.mayOpen(),
             .spaceKeyAccess = platform_.spaceKeys.hasListenAccess(),
             .camera = settings().cameraChoice(),
             .scan = {.cameraID = {},
@@ -338,7 +374,8 @@ UnlockModel::State UnlockModel::currentState() const {
         .vaultUnlocked = data_.isOpen(),
         .identities = data_.faces(),
         .cameraPermission = enrollment_.camera().permission(),
-        .accessibilityTrusted = platform_.keyEvents.canType(),
+        .opening = platform_.opening(),
+        .accessibilityTrusted = platform_.mayOpen(),
         .maySpaceKeyBeHeard = platform_.spaceKeys.hasListenAccess(),
         .hasCamera = !cameras().empty(),
         .hasSeenLocker = settings_.hasSeenLocker || platform_.lockEvents.locker().isPresent,

@@ -47,6 +47,8 @@ class UnlockModel {
         /// Empty until the vault was opened.
         std::vector<FaceIdentity> identities;
         CameraManager::Permission cameraPermission = CameraManager::Permission::notDetermined;
+        LockOpening opening = LockOpening::typing;
+        /// As UnlockPlatform::mayOpen().
         bool accessibilityTrusted = false;
         bool maySpaceKeyBeHeard = false;
         bool hasCamera = false;
@@ -83,7 +85,7 @@ class UnlockModel {
     [[nodiscard]] const UnlockSettings& settings() const { return settings_; }
     [[nodiscard]] const PlatformWords& words() const { return platform_.words; }
     [[nodiscard]] UnlockStatus status() const { return UnlockStatus::of(statusFacts()); }
-    /// Face, password and permissions are in place.
+    /// Face, password or consent, and permissions are in place.
     [[nodiscard]] bool isReady() const;
     [[nodiscard]] std::vector<CameraDevice> cameras() const;
     [[nodiscard]] const ModelPack& models() const { return resources_.models; }
@@ -125,6 +127,10 @@ class UnlockModel {
     void saveCapturedFaceAndPassword(const std::string& name, SecretBytes password,
                                      Completion completion);
 
+    /// The user allowed having the desktop open the lock. Saves the captured face, too, if there is
+    /// one.
+    void allowAsking(const std::string& name, Completion completion);
+
     /// Removes faces, password and key, and resets the settings. What could not be removed becomes
     /// State::problem.
     void eraseEverything();
@@ -138,11 +144,13 @@ class UnlockModel {
     /// A look that types nothing. A lock of the screen ends it.
     void tryLook(LookEnd onEnd);
 
-    /// Builds the engine, once, as soon as a face and a password are saved.
+    /// Builds the engine, once, as soon as a face is saved, and a password where one is typed.
     void wireEngine();
 
   private:
     [[nodiscard]] UnlockReadiness readiness() const;
+    /// The password that is typed is saved, or asking the desktop is allowed.
+    [[nodiscard]] bool isOpeningSetUp() const;
     void vaultChanged(const Outcome& loaded);
     void lockChanged(LockEvent event);
     void noteLocker();

@@ -17,6 +17,7 @@
 #include "UnlockCore/Platform/PlatformWords.h"
 #include "UnlockCore/Platform/ProcessActivities.h"
 #include "UnlockCore/Platform/ScreenLock.h"
+#include "UnlockCore/Platform/SessionUnlocking.h"
 #include "UnlockCore/Platform/SpaceKeys.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/SystemSettings.h"
@@ -62,10 +63,21 @@ struct UnlockPlatform {
     SystemSettings& systemSettings;
     /// Shows the island above the lock screen.
     WindowServer& windowServer;
+    /// Null where the lock is opened by typing only.
+    SessionUnlocking* sessionUnlocking = nullptr;
     /// Null where the system does not throttle processes.
     ProcessActivities* activities = nullptr;
     /// Called after the vault was opened or locked, on that thread. May be empty.
     std::function<void()> vaultDidChange{};
+
+    [[nodiscard]] LockOpening opening() const {
+        return sessionUnlocking != nullptr ? sessionUnlocking->opening() : LockOpening::typing;
+    }
+    /// Whether the system lets this process open the lock.
+    [[nodiscard]] bool mayOpen() const {
+        return opening() == LockOpening::typing ? keyEvents.canType()
+                                                : sessionUnlocking->isSessionKnown();
+    }
 };
 
 }  // namespace marrowby

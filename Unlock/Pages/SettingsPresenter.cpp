@@ -134,7 +134,8 @@ WindowPage SettingsPresenter::page() const {
                              .isOn = settings.isEnabled},
                  Row::Status{.isGood = status.isReady(),
                              .title = status.title(model_.words()),
-                             .detail = status.detail(applicationName, model_.words()),
+                             .detail = status.detail(applicationName, model_.words(),
+                                                     model_.state().opening),
                              .fix = fixFor(status, model_.words())}};
     if (settings.offeredLocker) {
         page.rows.emplace_back(Row::Actions{
@@ -144,6 +145,12 @@ WindowPage SettingsPresenter::page() const {
                       "if you lock your screen with it.",
             .buttons = {button({Control::vouchForLocker}, "Yes, Type Into It"),
                         button({Control::declineLocker}, "No")}});
+    }
+    if (model_.state().opening == LockOpening::asking) {
+        page.rows.emplace_back(Row::Toggle{.id = {Control::consent},
+                                           .title = "Unlock without your password",
+                                           .detail = std::string(askingExplanation),
+                                           .isOn = settings.asksDesktop});
     }
     addLooking(page.rows);
     addSaved(page.rows);
@@ -160,11 +167,16 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
                                   .title = std::string(title(UnlockTrigger::onReturn)),
                                   .detail = {},
                                   .isOn = settings.triggers.contains(UnlockTrigger::onReturn)});
-    rows.emplace_back(Row::Toggle{.id = {Control::spaceTrigger},
-                                  .title = std::string(title(UnlockTrigger::onSpace)),
-                                  .detail = {},
-                                  .isOn = settings.triggers.contains(UnlockTrigger::onSpace)});
-    if (settings.triggers.contains(UnlockTrigger::onSpace) && !model_.state().maySpaceKeyBeHeard) {
+    const bool isTyped = model_.state().opening == LockOpening::typing;
+    const bool offersSpace = isTyped || model_.state().maySpaceKeyBeHeard;
+    if (offersSpace) {
+        rows.emplace_back(Row::Toggle{.id = {Control::spaceTrigger},
+                                      .title = std::string(title(UnlockTrigger::onSpace)),
+                                      .detail = {},
+                                      .isOn = settings.triggers.contains(UnlockTrigger::onSpace)});
+    }
+    if (offersSpace && settings.triggers.contains(UnlockTrigger::onSpace) &&
+        !model_.state().maySpaceKeyBeHeard) {
         const PlatformWords::Right& right = model_.words().inputMonitoring;
         Row::Status status{.isGood = false,
                            .title = "Space isn’t heard",
@@ -201,10 +213,13 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
     rows.emplace_back(cameraRow(Control::externalDisplayCamera, "Camera at an external display",
                                 "Used whenever one is in use.", settings.externalDisplayCameraID,
                                 cameras));
-    rows.emplace_back(Row::Toggle{.id = {Control::showsAnimation},
-                                  .title = "Show what it does at the lock screen",
-                                  .detail = {},
-                                  .isOn = settings.showsAnimation});
+    // Nothing can be shown above the lock of a desktop that is asked.
+    if (isTyped) {
+        rows.emplace_back(Row::Toggle{.id = {Control::showsAnimation},
+                                      .title = "Show what it does at the lock screen",
+                                      .detail = {},
+                                      .isOn = settings.showsAnimation});
+    }
     rows.emplace_back(Row::Toggle{.id = {Control::openAtLogin},
                                   .title = "Open at login",
                                   .detail = {},
@@ -235,13 +250,14 @@ void SettingsPresenter::addSaved(std::vector<WindowRow>& rows) const {
                                       .isDestructive = true,
                                       .spokenTitle = "Remove “" + face.name + "”…"}}});
     }
-    rows.emplace_back(
-        Row::Actions{.title = {},
-                     .detail = {},
-                     .buttons = {button({Control::addFace}, "Add a Look…"),
-                                 button({Control::updatePassword},
-                                        (state.hasPassword ? "Update " : "Save ") +
-                                            std::string(model_.words().password.onButton) + "…")}});
+    Row::Actions changes{
+        .title = {}, .detail = {}, .buttons = {button({Control::addFace}, "Add a Look…")}};
+    if (state.opening == LockOpening::typing) {
+        changes.buttons.push_back(button({Control::updatePassword},
+                                         (state.hasPassword ? "Update " : "Save ") +
+                                             std::string(model_.words().password.onButton) + "…"));
+    }
+    rows.emplace_back(std::move(changes));
     rows.emplace_back(
         Row::Choice{.id = {Control::autoLock},
                     .title = "Ask for " + std::string(model_.words().ownerCheck.name) + " again",
@@ -380,6 +396,7 @@ void SettingsPresenter::toggle(ControlID id, bool isOn) {
         advice_ = "The system didn’t take the change.";
     change([&](UnlockSettings& settings) {
         if (id.control == Control::enabled) settings.isEnabled = isOn;
+        if (id.control == Control::consent && !isOn) settings.asksDesktop = false;
         if (id.control == Control::showsAnimation) settings.showsAnimation = isOn;
         if (id.control == Control::returnTrigger)
             settings.triggers.set(UnlockTrigger::onReturn, isOn);
@@ -387,6 +404,8 @@ void SettingsPresenter::toggle(ControlID id, bool isOn) {
             settings.triggers.set(UnlockTrigger::onSpace, isOn);
     });
     if (id.control == Control::enabled && isOn) model_.wireEngine();
+    // The welcome flow explains it, and asks the owner.
+    if (id.control == Control::consent && isOn) hooks_.onOnboarding(UnlockOnboardingMode::setUp);
     hooks_.onChange();
 }
 

@@ -25,7 +25,8 @@ WelcomePresenter::WelcomePresenter(UnlockOnboardingMode mode, UnlockModel& model
     : model_(model),
       systemSettings_(settings),
       hooks_(std::move(hooks)),
-      flow_(mode),
+      flow_(mode, model.state().opening),
+      consents_(model.settings().asksDesktop),
       triggers_(model.settings().triggers),
       opensAtLogin_(!model.settings().hasFinishedWelcome || settings.opensAtLogin()) {
     const auto& faces = model.state().identities;
@@ -43,12 +44,15 @@ UnlockOnboardingFacts WelcomePresenter::facts() const {
             .enrolmentComplete = model_.hasCapturedFace() || isSaved,
             .name = isSaved && !model_.hasCapturedFace() ? "saved" : name_,
             .passwordSaved = passwordSaved_,
+            .consentSaved = consentSaved_,
             .triggers = triggers_};
 }
 
 WindowPage WelcomePresenter::page() const {
     WindowPage page = body();
     page.problem = problem_;
+    if (isClosed(model_.state().opening) && flow_.mode() == UnlockOnboardingMode::setUp)
+        return page;
     if (flow_.canGoBack()) {
         WindowButton back = button(Control::goBack, "Back");
         back.isEnabled = !isBusy_;
@@ -57,7 +61,9 @@ WindowPage WelcomePresenter::page() const {
     WindowButton forward = button(Control::goForward, "Continue");
     forward.isDefault = true;
     // The password is checked on Continue, not while it is typed.
-    forward.isEnabled = !isBusy_ && (flow_.step() == Step::password || flow_.canGoForward(facts()));
+    const bool isSavedByIt =
+        flow_.step() == Step::password || (flow_.step() == Step::consent && consents_);
+    forward.isEnabled = !isBusy_ && (isSavedByIt || flow_.canGoForward(facts()));
     if (flow_.isLastStep()) forward.title = flow_.step() == Step::done ? "Done" : "Save";
     page.buttons.push_back(std::move(forward));
     return page;
@@ -66,36 +72,44 @@ WindowPage WelcomePresenter::page() const {
 WindowPage WelcomePresenter::body() const {
     const UnlockModel::State& state = model_.state();
     const PlatformWords& words = model_.words();
+    const bool isTyped = state.opening == LockOpening::typing;
     WindowPage page;
     switch (flow_.step()) {
         case Step::welcome:
             page.title = "Welcome to Marrowby Unlock";
-            page.detail =
-                "When you come back to your locked " + std::string(words.computer) +
-                ", it looks for you for a few seconds and types your password when it’s you.";
-            page.rows = {
-                Row::Text{"Setting it up takes about two minutes: two permissions, your face from "
-                          "nine sides, and your password."}};
+            if (isClosed(state.opening)) {
+                describeClosed(page);
+                break;
+            }
+            page.detail = "When you come back to your locked " + std::string(words.computer) +
+                          ", it looks for you for a few seconds and " +
+                          (isTyped ? "types your password when it’s you."
+                                   : "has the desktop unlock when it’s you.");
+            page.rows = {Row::Text{
+                isTyped ? "Setting it up takes about two minutes: two permissions, your face from "
+                          "nine sides, and your password."
+                        : "Setting it up takes about two minutes: the camera, your face from nine "
+                          "sides, and your yes."}};
             break;
         case Step::security:
             page.title = "What it keeps, and how safe it is";
             page.rows = {
-                Row::Text{"It keeps numbers that describe your face, never a picture, and your "
-                          "login password. Both are encrypted with a key in your " +
-                          std::string(words.keyStore.inSentence) + ", which " +
-                          std::string(words.ownerCheck.orPassword) +
-                          " releases once after every restart."},
+                aboutWhatIsKept(),
                 Row::Text{"A camera sees less than " + std::string(words.ownerCheck.finger) +
                           " feels. Most photos and screens are "
                           "turned away, but a cut-out mask, a large screen, or somebody who looks "
                           "very much like you may get in; strict mode in the settings is harder "
                           "to fool. It never works right after a restart."},
-                Row::Text{"It keeps other people out, not programs: whatever program you run may "
-                          "read the key from your " +
-                          std::string(words.keyStore.inSentence) +
-                          " and the password from its file, "
-                          "without your face and without a question. Run only what you would "
-                          "trust with your password."},
+                isTyped
+                    ? Row::Text{"It keeps other people out, not programs: whatever program you run "
+                                "may "
+                                "read the key from your " +
+                                std::string(words.keyStore.inSentence) +
+                                " and the password from its file, "
+                                "without your face and without a question. Run only what you would "
+                                "trust with your password."}
+                    : Row::Text{"It keeps other people out, not programs: whatever program you "
+                                "run may ask the desktop to unlock, too."},
                 Row::Toggle{.id = {Control::understood},
                             .title = "I understand",
                             .detail = {},
@@ -164,17 +178,29 @@ WindowPage WelcomePresenter::body() const {
         case Step::password:
             describePassword(page);
             break;
+        case Step::consent:
+            page.title = "Unlock without your password?";
+            page.detail = askingExplanation;
+            page.rows = {Row::Toggle{.id = {Control::consent},
+                                     .title = "Yes, unlock without my password",
+                                     .detail = {},
+                                     .isOn = consents_}};
+            if (isBusy_) page.rows.emplace_back(Row::Text{"Saving…"});
+            break;
         case Step::triggers:
             page.title = "When should it look for you?";
             page.rows = {Row::Toggle{.id = {Control::returnTrigger},
                                      .title = std::string(title(UnlockTrigger::onReturn)),
                                      .detail = "The screen wakes, or you touch a key or " +
                                                std::string(words.pointer) + ".",
-                                     .isOn = triggers_.contains(UnlockTrigger::onReturn)},
-                         Row::Toggle{.id = {Control::spaceTrigger},
-                                     .title = std::string(title(UnlockTrigger::onSpace)),
-                                     .detail = {},
-                                     .isOn = triggers_.contains(UnlockTrigger::onSpace)}};
+                                     .isOn = triggers_.contains(UnlockTrigger::onReturn)}};
+            if (isTyped || state.maySpaceKeyBeHeard) {
+                page.rows.emplace_back(
+                    Row::Toggle{.id = {Control::spaceTrigger},
+                                .title = std::string(title(UnlockTrigger::onSpace)),
+                                .detail = {},
+                                .isOn = triggers_.contains(UnlockTrigger::onSpace)});
+            }
             break;
         case Step::done:
             page.title = "That’s it";
@@ -224,6 +250,26 @@ void WelcomePresenter::describePassword(WindowPage& page) const {
     if (isBusy_) page.rows.push_back(Row::Text{"Checking…"});
 }
 
+void WelcomePresenter::describeClosed(WindowPage& page) const {
+    const UnlockStatus status = UnlockStatus::NotPossible{model_.state().opening};
+    page.detail = status.title(model_.words()) + ".";
+    page.rows = {Row::Text{std::string(reasonNotPossible(model_.state().opening))},
+                 Row::Text{"Your lock screen stays as it is. In the settings you can look around, "
+                           "erase what is saved, and quit."}};
+    page.buttons = {button(Control::openSettings, "Open Settings…")};
+    page.buttons.front().isDefault = true;
+}
+
+windowrow::Text WelcomePresenter::aboutWhatIsKept() const {
+    const PlatformWords& words = model_.words();
+    const bool isTyped = model_.state().opening == LockOpening::typing;
+    return {"It keeps numbers that describe your face, never a picture, and " +
+            std::string(isTyped ? "your login password. Both" : "no password. They") +
+            " are encrypted with a key in your " + std::string(words.keyStore.inSentence) +
+            ", which " + std::string(words.ownerCheck.orPassword) +
+            " releases once after every restart."};
+}
+
 void WelcomePresenter::press(ControlID id) {
     if (isBusy_) return;
     if (id.control == Control::goBack) goBack();
@@ -234,10 +280,13 @@ void WelcomePresenter::press(ControlID id) {
         systemSettings_.open(SystemSettings::Pane::camera);
     if (id.control == Control::openAccessibilitySettings)
         systemSettings_.open(SystemSettings::Pane::accessibility);
+    // The last: it may destroy this.
+    if (id.control == Control::openSettings) return hooks_.onSettings();
     hooks_.onChange();
 }
 
 void WelcomePresenter::toggle(ControlID id, bool isOn) {
+    if (id.control == Control::consent && !isBusy_) consents_ = isOn;
     if (id.control == Control::understood) understood_ = isOn;
     if (id.control == Control::openAtLogin) opensAtLogin_ = isOn;
     if (id.control == Control::returnTrigger) triggers_.set(UnlockTrigger::onReturn, isOn);
@@ -266,6 +315,7 @@ void WelcomePresenter::windowShown() {
 }
 
 void WelcomePresenter::modelChanged() {
+    flow_.follow(model_.state().opening);
     if (!flow_.permissionChanged(facts())) return;
     problem_.clear();
     windowShown();
@@ -292,6 +342,8 @@ void WelcomePresenter::goForward() {
     problem_.clear();
     if (flow_.step() == Step::password) {
         savePassword();
+    } else if (flow_.step() == Step::consent && consents_) {
+        saveConsent();
     } else if (flow_.step() == Step::name && flow_.mode() == UnlockOnboardingMode::addLook &&
                flow_.canGoForward(facts())) {
         save([this](auto then) { model_.saveCapturedFace(name_, std::move(then)); });
@@ -326,12 +378,17 @@ void WelcomePresenter::savePassword() {
     });
 }
 
+void WelcomePresenter::saveConsent() {
+    save([this](auto then) { model_.allowAsking(name_, std::move(then)); });
+}
+
 void WelcomePresenter::save(const std::function<void(Completion)>& work) {
     isBusy_ = true;
     work(weakSelf_.guarded([](WelcomePresenter& presenter, const Outcome& outcome) {
         presenter.isBusy_ = false;
         if (outcome) {
             presenter.passwordSaved_ = presenter.flow_.step() == Step::password;
+            presenter.consentSaved_ = presenter.flow_.step() == Step::consent;
             presenter.moveOn();
         } else {
             presenter.problem_ = outcome.error();

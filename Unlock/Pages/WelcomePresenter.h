@@ -23,6 +23,8 @@ class WelcomePresenter final : public WindowPresenter {
         std::function<void()> onChange;
         /// The last step was confirmed: close the window.
         std::function<void()> onFinish;
+        /// Show the settings instead.
+        std::function<void()> onSettings;
     };
 
     WelcomePresenter(UnlockOnboardingMode mode, UnlockModel& model, SystemSettings& settings,
@@ -49,10 +51,13 @@ class WelcomePresenter final : public WindowPresenter {
     [[nodiscard]] WindowPage body() const;
     void describeCapture(WindowPage& page) const;
     void describePassword(WindowPage& page) const;
+    void describeClosed(WindowPage& page) const;
+    [[nodiscard]] windowrow::Text aboutWhatIsKept() const;
 
     void goBack();
     void goForward();
     void savePassword();
+    void saveConsent();
     void moveOn();
     /// Moves on when `work` has succeeded.
     void save(const std::function<void(Completion)>& work);
@@ -65,6 +70,9 @@ class WelcomePresenter final : public WindowPresenter {
     UnlockOnboardingFlow flow_;
     bool understood_ = false;
     bool passwordSaved_ = false;
+    /// The user said yes to having the desktop open the lock.
+    bool consents_;
+    bool consentSaved_ = false;
     std::string name_;
     UnlockTriggers triggers_;
     bool opensAtLogin_;

@@ -19,6 +19,7 @@ enum class WindowControl : std::uint8_t {
     captureAgain,
     faceName,
     password,
+    openSettings,
     // Of the settings window.
     fix,
     enabled,
@@ -47,6 +48,7 @@ enum class WindowControl : std::uint8_t {
     prepareModels,
     copyCommand,
     // Of either.
+    consent,
     allowCamera,
     openCameraSettings,
     openAccessibilitySettings,

@@ -7,7 +7,8 @@
 
 namespace marrowby {
 
-/// Types the stored password into the lock screen. Called on the main thread; `stillLocked` is
+/// Opens the lock screen: types the stored password into it or, where no password is needed, has
+/// the desktop open it. Called on the main thread; `stillLocked` is
 /// asked on another; the completion comes exactly once, on the main thread.
 class PasswordTyping {
   public:

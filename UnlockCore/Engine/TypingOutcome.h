@@ -20,6 +20,15 @@ struct Typed {
     std::optional<Date> firstKeyAt{};
     friend bool operator==(const Typed&, const Typed&) = default;
 };
+/// The desktop was asked to open the lock.
+struct Asked {
+    friend bool operator==(const Asked&, const Asked&) = default;
+};
+/// The desktop was not asked, or refused; the message is a sentence for the user.
+struct NotAsked {
+    std::string message;
+    friend bool operator==(const NotAsked&, const NotAsked&) = default;
+};
 /// Abandoned before the end, for example because the lock screen went away.
 struct Stopped {
     friend bool operator==(const Stopped&, const Stopped&) = default;
@@ -27,12 +36,15 @@ struct Stopped {
 
 }  // namespace typingoutcome
 
-/// How one attempt to type the password ended.
+/// How one attempt to open the lock ended.
 struct TypingOutcome
-    : std::variant<typingoutcome::Failed, typingoutcome::Typed, typingoutcome::Stopped> {
+    : std::variant<typingoutcome::Failed, typingoutcome::Typed, typingoutcome::Stopped,
+                   typingoutcome::Asked, typingoutcome::NotAsked> {
     using Failed = typingoutcome::Failed;
     using Typed = typingoutcome::Typed;
     using Stopped = typingoutcome::Stopped;
+    using Asked = typingoutcome::Asked;
+    using NotAsked = typingoutcome::NotAsked;
     using variant::variant;
 };
 

@@ -101,6 +101,7 @@ UnlockSnapshot UnlockCoordinator::snapshot(Date now) const {
             .showsUI = readiness.showsUI,
             .scanDuration = readiness.scanDuration,
             .vaultUnlocked = readiness.vaultUnlocked,
+            .opening = readiness.opening,
             .passwordSaved = readiness.passwordSaved,
             .hasFace = reading_.hasFace,
             .accessibilityTrusted = readiness.accessibilityTrusted,

@@ -14,6 +14,7 @@ struct Title {
     Text operator()(const UnlockFailure::PasswordRejected&) { return "Password not accepted"; }
     Text operator()(const UnlockFailure::NeedsAccessibility&) { return "Needs permission"; }
     Text operator()(const UnlockFailure::FaceCutOff&) { return "Move back a little"; }
+    Text operator()(const UnlockFailure::NotOpened&) { return "Couldn’t unlock"; }
 };
 
 }  // namespace

@@ -36,13 +36,20 @@ struct FaceCutOff {
     friend bool operator==(const FaceCutOff&, const FaceCutOff&) = default;
 };
 
+/// The desktop was not asked to open the lock, or did not open it.
+struct NotOpened {
+    std::string message;
+    friend bool operator==(const NotOpened&, const NotOpened&) = default;
+};
+
 }  // namespace unlockfailure
 
 /// Why a scan, or the typing after it, failed. The messages are for the user.
-struct UnlockFailure : std::variant<unlockfailure::CameraUnavailable, unlockfailure::TypingFailed,
-                                    unlockfailure::NotRecognised, unlockfailure::NotLive,
-                                    unlockfailure::PasswordRejected,
-                                    unlockfailure::NeedsAccessibility, unlockfailure::FaceCutOff> {
+struct UnlockFailure
+    : std::variant<unlockfailure::CameraUnavailable, unlockfailure::TypingFailed,
+                   unlockfailure::NotRecognised, unlockfailure::NotLive,
+                   unlockfailure::PasswordRejected, unlockfailure::NeedsAccessibility,
+                   unlockfailure::FaceCutOff, unlockfailure::NotOpened> {
     using CameraUnavailable = unlockfailure::CameraUnavailable;
     using TypingFailed = unlockfailure::TypingFailed;
     using NotRecognised = unlockfailure::NotRecognised;
@@ -50,6 +57,7 @@ struct UnlockFailure : std::variant<unlockfailure::CameraUnavailable, unlockfail
     using PasswordRejected = unlockfailure::PasswordRejected;
     using NeedsAccessibility = unlockfailure::NeedsAccessibility;
     using FaceCutOff = unlockfailure::FaceCutOff;
+    using NotOpened = unlockfailure::NotOpened;
     using variant::variant;
 };
 

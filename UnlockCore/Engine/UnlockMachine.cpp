@@ -70,7 +70,7 @@ std::optional<Date> UnlockMachine::nextDeadline() const {
         using Result = std::optional<Date>;
         Result operator()(const Phase::Scanning& scanning) { return scanning.scan.deadline; }
         Result operator()(const Phase::Verifying& verifying) {
-            return verifying.since + passwordCheckDelay;
+            return verifying.since + (verifying.isAsked ? askedCheckDelay : passwordCheckDelay);
         }
         Result operator()(const Phase::Failed& failed) { return failed.until; }
         Result operator()(const Phase::Idle&) { return std::nullopt; }
@@ -89,6 +89,7 @@ void UnlockMachine::on(const Event::Lock& event, Turn& turn) {
         case LockEvent::screenLocked:
             policy_.screenLocked(world.now, world.isSleeping);
             emptyActivityLooks_ = 0;
+            hasAskedInVain_ = false;
             turn.log(logevent::locked, "Locked: waiting for you to come back");
             if (!world.isSleeping && isAble(world) && std::holds_alternative<Phase::Idle>(phase_)) {
                 rearm(turn);
@@ -111,8 +112,9 @@ void UnlockMachine::on(const Event::Lock& event, Turn& turn) {
 void UnlockMachine::onFoundUnlocked(Turn& turn) {
     policy_.foundUnlocked();
     emptyActivityLooks_ = 0;
+    hasAskedInVain_ = false;
     if (!isAtRest()) returnToIdle(turn);
-    if (health_.needsNotice) {
+    if (health_.needsNotice && turn.world.opening == LockOpening::typing) {
         health_.needsNotice = false;
         turn.add(Effect::PasswordHealth{health_});
         turn.add(Effect::AskToUpdatePassword{});
@@ -213,8 +215,15 @@ void UnlockMachine::on(Event::Typed& event, Turn& turn) {
             machine.fail(UnlockFailure::TypingFailed{std::move(failed.message)}, turn);
         }
         void operator()(TypingOutcome::Typed&) {
-            machine.phase_ = Phase::Verifying{turn.world.now};
+            machine.phase_ = Phase::Verifying{.since = turn.world.now, .isAsked = false};
             turn.log(logevent::typed, "Typed the password and Return");
+        }
+        void operator()(TypingOutcome::Asked&) {
+            machine.phase_ = Phase::Verifying{.since = turn.world.now, .isAsked = true};
+            turn.log(logevent::askedDesktop, "Asked the desktop to unlock");
+        }
+        void operator()(TypingOutcome::NotAsked& notAsked) {
+            machine.failToOpen(std::move(notAsked.message), turn);
         }
         void operator()(TypingOutcome::Stopped&) {
             machine.policy_.scanEnded(turn.world.now);
@@ -253,7 +262,10 @@ void UnlockMachine::on(const Event::Tick&, Turn& turn) {
         UnlockMachine& machine;
         Turn& turn;
         void operator()(const Phase::Scanning&) { machine.giveUp(turn); }
-        void operator()(const Phase::Verifying&) { machine.turnDownPassword(turn); }
+        void operator()(const Phase::Verifying& verifying) {
+            if (!verifying.isAsked) return machine.turnDownPassword(turn);
+            machine.failToOpen("The screen stayed locked.", turn);
+        }
         void operator()(const Phase::Failed&) {
             if (machine.isAble(turn.world)) {
                 machine.rearm(turn);
@@ -330,9 +342,11 @@ void UnlockMachine::standDownUnable(Turn& turn) {
 }
 
 void UnlockMachine::returnToIdle(Turn& turn) {
-    if (std::holds_alternative<Phase::Verifying>(phase_)) {
-        health_.failures = 0;
-        turn.add(Effect::PasswordHealth{health_});
+    if (const auto* verifying = std::get_if<Phase::Verifying>(&phase_)) {
+        if (!verifying->isAsked) {
+            health_.failures = 0;
+            turn.add(Effect::PasswordHealth{health_});
+        }
         turn.log(logevent::unlocked, "Unlocked");
     } else if (currentScan() != nullptr) {
         turn.add(Effect::StopCamera{});
@@ -380,7 +394,7 @@ void UnlockMachine::conclude(Turn& turn) {
                                               .accessibilityTrusted = world.accessibilityTrusted,
                                               .faceMatched = scan.match.has_value(),
                                               .livenessConfirmed = scan.livenessConfirmed,
-                                              .passwordTrusted = !health_.suspended});
+                                              .passwordTrusted = isPasswordTrusted(world)});
     const auto* refuse = std::get_if<UnlockGate::Decision::Refuse>(&decision);
     if (refuse == nullptr) {
         std::string name = scan.match ? std::move(scan.match->name) : std::string();
@@ -425,6 +439,12 @@ void UnlockMachine::turnDownPassword(Turn& turn) {
     fail(UnlockFailure::PasswordRejected{}, turn);
 }
 
+void UnlockMachine::failToOpen(std::string message, Turn& turn) {
+    hasAskedInVain_ = true;
+    turn.log({.event = logevent::notUnlocked, .start = "Not unlocked: ", .detail = message});
+    fail(UnlockFailure::NotOpened{std::move(message)}, turn);
+}
+
 void UnlockMachine::logActivityIgnored(LogLine line, Turn& turn) {
     if (!policy_.fence || policy_.fence == loggedRefusalFor_) return;
     loggedRefusalFor_ = policy_.fence;
@@ -455,7 +475,11 @@ bool UnlockMachine::isWaiting() const {
 
 bool UnlockMachine::isReady(const UnlockSnapshot& snapshot) const {
     return snapshot.vaultUnlocked && snapshot.passwordSaved && snapshot.hasFace &&
-           !health_.suspended;
+           isPasswordTrusted(snapshot) && !hasAskedInVain_;
+}
+
+bool UnlockMachine::isPasswordTrusted(const UnlockSnapshot& snapshot) const {
+    return snapshot.opening != LockOpening::typing || !health_.suspended;
 }
 
 bool UnlockMachine::isAble(const UnlockSnapshot& snapshot) const {

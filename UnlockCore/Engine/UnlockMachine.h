@@ -60,9 +60,11 @@ struct Scanning {
     Scan scan;
     friend bool operator==(const Scanning&, const Scanning&) = default;
 };
-/// The password was typed; the screen has not unlocked yet.
+/// The password was typed or the desktop asked; the screen has not unlocked yet.
 struct Verifying {
     Date since;
+    /// The desktop was asked.
+    bool isAsked = false;
     friend bool operator==(const Verifying&, const Verifying&) = default;
 };
 /// The failure is shown until then; a scan may start meanwhile.
@@ -225,6 +227,8 @@ class UnlockMachine {
     static constexpr TimeInterval failureHold{5.0};
     /// How long after typing the screen may take to unlock.
     static constexpr TimeInterval passwordCheckDelay{4.0};
+    /// The same after asking the desktop.
+    static constexpr TimeInterval askedCheckDelay{3.0};
     /// After so many scans without a face in a row, all started by activity, activity starts none.
     static constexpr std::int64_t maxEmptyActivityLooks = 3;
     static constexpr TimeInterval minScanDuration{1.0};
@@ -273,12 +277,14 @@ class UnlockMachine {
     void giveUp(Turn& turn);
     void conclude(Turn& turn);
     void turnDownPassword(Turn& turn);
+    void failToOpen(std::string message, Turn& turn);
     void logActivityIgnored(LogLine line, Turn& turn);
 
     [[nodiscard]] Scan* currentScan();
     [[nodiscard]] bool isHidden() const;
     [[nodiscard]] bool isAtRest() const;
     [[nodiscard]] bool isWaiting() const;
+    [[nodiscard]] bool isPasswordTrusted(const UnlockSnapshot& snapshot) const;
     [[nodiscard]] bool isReady(const UnlockSnapshot& snapshot) const;
     [[nodiscard]] bool isAble(const UnlockSnapshot& snapshot) const;
 
@@ -290,6 +296,8 @@ class UnlockMachine {
     bool listeningForSpace_ = false;
     bool watchingActivity_ = false;
     std::int64_t emptyActivityLooks_ = 0;
+    /// The desktop did not open this lock: it is not asked again.
+    bool hasAskedInVain_ = false;
     /// The id of the last scan.
     std::int64_t scanCount_ = 0;
     /// The fence for which an ignored activity was logged.

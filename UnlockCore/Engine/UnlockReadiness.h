@@ -5,6 +5,7 @@
 #include "UnlockCore/Engine/ScanConfiguration.h"
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/LockWatching/UnlockTrigger.h"
+#include "UnlockCore/Platform/SessionUnlocking.h"
 
 namespace marrowby {
 
@@ -15,6 +16,8 @@ struct UnlockReadiness {
     bool showsUI = false;
     TimeInterval scanDuration{};
     bool vaultUnlocked = false;
+    LockOpening opening = LockOpening::typing;
+    /// Or, where the desktop is asked, the user allowed that.
     bool passwordSaved = false;
     bool accessibilityTrusted = false;
     bool spaceKeyAccess = false;

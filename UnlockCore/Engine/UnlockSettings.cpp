@@ -24,6 +24,7 @@ constexpr const char* welcomeFinished = "unlock.welcomeFinished";
 constexpr const char* passwordFailures = "unlock.password.failures";
 constexpr const char* passwordSuspended = "unlock.password.suspended";
 constexpr const char* passwordNeedsNotice = "unlock.password.needsNotice";
+constexpr const char* asksDesktop = "unlock.asksDesktop";
 constexpr const char* vouchedLockers = "unlock.lockers.vouched";
 constexpr const char* declinedLockers = "unlock.lockers.declined";
 constexpr const char* offeredLocker = "unlock.lockers.offered";
@@ -103,6 +104,7 @@ UnlockSettings UnlockSettings::load(const DefaultsStore& store) {
         .failures = std::max<std::int64_t>(0, storedInteger(store, key::passwordFailures)),
         .suspended = storedBool(store, key::passwordSuspended),
         .needsNotice = storedBool(store, key::passwordNeedsNotice)};
+    settings.asksDesktop = storedBool(store, key::asksDesktop);
     settings.vouchedLockers = storedTexts(store, key::vouchedLockers);
     settings.declinedLockers = storedTexts(store, key::declinedLockers);
     settings.offeredLocker = stored<std::string>(store, key::offeredLocker);
@@ -129,6 +131,12 @@ void UnlockSettings::save(DefaultsStore& store) const {
     store.set(key::passwordFailures, passwordHealth.failures);
     store.set(key::passwordSuspended, passwordHealth.suspended);
     store.set(key::passwordNeedsNotice, passwordHealth.needsNotice);
+    // Where no desktop can be asked there is no such key.
+    if (asksDesktop) {
+        store.set(key::asksDesktop, true);
+    } else {
+        store.remove(key::asksDesktop);
+    }
     setOrRemove(store, key::vouchedLockers, vouchedLockers);
     setOrRemove(store, key::declinedLockers, declinedLockers);
     setOrRemove(store, key::offeredLocker, offeredLocker);

@@ -32,6 +32,8 @@ struct UnlockSettings {
     std::optional<std::string> externalDisplayCameraID;
     bool hasFinishedWelcome = false;
     PasswordHealth passwordHealth;
+    /// The user allowed having the desktop open the lock, without a password.
+    bool asksDesktop = false;
     /// Unknown screen lockers, by the paths of their executables: those that the user vouched for,
     /// those that the user declined, and the one to ask about.
     std::vector<std::string> vouchedLockers{};

@@ -3,6 +3,7 @@
 
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/LockWatching/UnlockTrigger.h"
+#include "UnlockCore/Platform/SessionUnlocking.h"
 
 namespace marrowby {
 
@@ -19,9 +20,11 @@ struct UnlockSnapshot {
     /// How long one scan may last.
     TimeInterval scanDuration{};
     bool vaultUnlocked = false;
+    LockOpening opening = LockOpening::typing;
+    /// Or, where the desktop is asked, the user allowed that.
     bool passwordSaved = false;
     bool hasFace = false;
-    /// This process may post keystrokes.
+    /// This process may post keystrokes or, where the desktop is asked, ask it.
     bool accessibilityTrusted = false;
     /// This process may watch the Space key.
     bool spaceKeyAccess = false;

@@ -16,12 +16,17 @@ using Step = UnlockOnboardingStep;
 constexpr std::array setUpSteps{Step::welcome,       Step::security, Step::camera,
                                 Step::accessibility, Step::enrol,    Step::name,
                                 Step::password,      Step::triggers, Step::done};
+constexpr std::array askingSteps{Step::welcome, Step::security, Step::camera,   Step::enrol,
+                                 Step::name,    Step::consent,  Step::triggers, Step::done};
+constexpr std::array closedSteps{Step::welcome};
 constexpr std::array addLookSteps{Step::enrol, Step::name};
 constexpr std::array updatePasswordSteps{Step::password};
 
-std::span<const Step> stepsOf(UnlockOnboardingMode mode) {
+std::span<const Step> stepsOf(UnlockOnboardingMode mode, LockOpening opening) {
     switch (mode) {
         case UnlockOnboardingMode::setUp:
+            if (isClosed(opening)) return closedSteps;
+            if (opening == LockOpening::asking) return askingSteps;
             return setUpSteps;
         case UnlockOnboardingMode::addLook:
             return addLookSteps;
@@ -33,11 +38,19 @@ std::span<const Step> stepsOf(UnlockOnboardingMode mode) {
 
 }  // namespace
 
-UnlockOnboardingFlow::UnlockOnboardingFlow(UnlockOnboardingMode mode)
-    : mode_(mode), step_(stepsOf(mode).front()) {}
+UnlockOnboardingFlow::UnlockOnboardingFlow(UnlockOnboardingMode mode, LockOpening opening)
+    : mode_(mode), opening_(opening), step_(stepsOf(mode, opening).front()) {}
+
+void UnlockOnboardingFlow::follow(LockOpening opening) {
+    if (isFinished_) return;
+    opening_ = opening;
+    const auto kept = std::ranges::find_if(steps() | std::views::reverse,
+                                           [this](Step step) { return step <= step_; });
+    step_ = *kept;
+}
 
 std::span<const UnlockOnboardingStep> UnlockOnboardingFlow::steps() const {
-    return stepsOf(mode_);
+    return stepsOf(mode_, opening_);
 }
 
 std::size_t UnlockOnboardingFlow::progress() const {
@@ -63,6 +76,8 @@ bool UnlockOnboardingFlow::canGoForward(const UnlockOnboardingFacts& facts) cons
             return !trimmed(facts.name).empty();
         case Step::password:
             return facts.passwordSaved;
+        case Step::consent:
+            return facts.consentSaved;
         case Step::welcome:
         case Step::triggers:
         case Step::done:

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "UnlockCore/LockWatching/UnlockTrigger.h"
+#include "UnlockCore/Platform/SessionUnlocking.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,6 +19,8 @@ enum class UnlockOnboardingStep : std::uint8_t {
     enrol,
     name,
     password,
+    /// To having the desktop open the lock.
+    consent,
     triggers,
     done,
 };
@@ -33,6 +36,8 @@ struct UnlockOnboardingFacts {
     bool enrolmentComplete = false;
     std::string name;
     bool passwordSaved = false;
+    /// The user said yes to having the desktop open the lock, and the face is saved.
+    bool consentSaved = false;
     /// As chosen; no rule asks for them.
     UnlockTriggers triggers;
 };
@@ -40,7 +45,12 @@ struct UnlockOnboardingFacts {
 /// The steps of the welcome window. A value.
 class UnlockOnboardingFlow {
   public:
-    explicit UnlockOnboardingFlow(UnlockOnboardingMode mode);
+    explicit UnlockOnboardingFlow(UnlockOnboardingMode mode,
+                                  LockOpening opening = LockOpening::typing);
+
+    /// Leaves out the steps that this way of opening the lock does not need. Where the current one
+    /// is left out, goes back to the last that stays.
+    void follow(LockOpening opening);
 
     [[nodiscard]] UnlockOnboardingMode mode() const { return mode_; }
     [[nodiscard]] UnlockOnboardingStep step() const { return step_; }
@@ -66,6 +76,7 @@ class UnlockOnboardingFlow {
 
   private:
     UnlockOnboardingMode mode_;
+    LockOpening opening_;
     UnlockOnboardingStep step_;
     bool isFinished_ = false;
     bool forward_ = true;

@@ -50,15 +50,30 @@ struct Title {
         return "Nothing is typed into “" + locker.name + "”";
     }
     std::string operator()(UnlockStatus::Ready /*unused*/) const { return "Ready"; }
+    std::string operator()(UnlockStatus::NotPossible status) const {
+        return status.opening == LockOpening::forbidden
+                   ? "Not allowed on this " + std::string(words.computer)
+                   : "Not supported on this desktop yet";
+    }
+    std::string operator()(UnlockStatus::NeedsConsent /*unused*/) const { return "Needs your yes"; }
+    std::string operator()(UnlockStatus::SessionUnknown /*unused*/) const {
+        return "This session isn’t known";
+    }
 };
 
 struct Detail {
     std::string_view applicationName;
     const PlatformWords& words;
+    LockOpening opening;
+
+    /// What is saved besides the face.
+    [[nodiscard]] std::string andPassword() const {
+        if (opening != LockOpening::typing) return {};
+        return " and your " + std::string(words.password.inSentence);
+    }
 
     std::string operator()(UnlockStatus::NotSetUp /*unused*/) const {
-        return "Save your face and your " + std::string(words.password.inSentence) +
-               ", and it’s ready.";
+        return "Save your face" + andPassword() + ", and it’s ready.";
     }
     std::string operator()(UnlockStatus::PasswordNotSaved /*unused*/) const {
         return "Your face is saved. Save your " + std::string(words.password.inSentence) +
@@ -91,14 +106,12 @@ struct Detail {
     std::string operator()(UnlockStatus::CannotOpen status) const {
         switch (status.fault) {
             case SavedDataFault::keyStoreAway:
-                return "It holds the key to your face and your " +
-                       std::string(words.password.inSentence) + ". " +
+                return "It holds the key to your face" + andPassword() + ". " +
                        std::string(words.keyStore.remedy);
             case SavedDataFault::keyMissing:
                 return "The " + std::string(words.keyStore.inSentence) +
-                       " doesn’t have it any more, and nothing else opens your face and your " +
-                       std::string(words.password.inSentence) +
-                       ". Erase them, then set it up again.";
+                       " doesn’t have it any more, and nothing else opens your face" +
+                       andPassword() + ". Erase them, then set it up again.";
             case SavedDataFault::faceDamaged:
                 return "Its file is damaged. Erase everything, then set it up again.";
             case SavedDataFault::passwordDamaged:
@@ -125,7 +138,17 @@ struct Detail {
     }
     std::string operator()(UnlockStatus::Ready /*unused*/) const {
         return "Looks for you when you come back to your locked " + std::string(words.computer) +
-               ", and types your password when it’s you.";
+               (opening == LockOpening::typing ? ", and types your password when it’s you."
+                                               : ", and has the desktop unlock when it’s you.");
+    }
+    std::string operator()(UnlockStatus::NotPossible status) const {
+        return std::string(reasonNotPossible(status.opening));
+    }
+    std::string operator()(UnlockStatus::NeedsConsent /*unused*/) const {
+        return "Your face is saved. Allow unlocking without your password to finish.";
+    }
+    std::string operator()(UnlockStatus::SessionUnknown /*unused*/) const {
+        return "The desktop is asked through logind, which doesn’t answer about this session.";
     }
 };
 
@@ -173,6 +196,12 @@ struct Fix {
         return std::nullopt;
     }
     Answer operator()(UnlockStatus::Ready /*unused*/) const { return std::nullopt; }
+    // Of the desktop, the administrator or the system.
+    Answer operator()(UnlockStatus::NotPossible /*unused*/) const { return std::nullopt; }
+    Answer operator()(UnlockStatus::NeedsConsent /*unused*/) const {
+        return UnlockStatusFix::setUp;
+    }
+    Answer operator()(UnlockStatus::SessionUnknown /*unused*/) const { return std::nullopt; }
 };
 
 }  // namespace
@@ -203,31 +232,54 @@ std::string_view title(UnlockStatusFix fix, const PlatformWords& words) {
 }
 
 UnlockStatus UnlockStatus::of(const UnlockStatusFacts& facts) {
+    const bool isTyped = facts.opening == LockOpening::typing;
+    if (isClosed(facts.opening)) return NotPossible{facts.opening};
     if (!facts.faceSaved) return NotSetUp{};
-    if (!facts.passwordSaved) return PasswordNotSaved{};
-    if (facts.passwordNeedsUpdate) return PasswordNeedsUpdate{};
+    if (isTyped && !facts.passwordSaved) return PasswordNotSaved{};
+    if (isTyped && facts.passwordNeedsUpdate) return PasswordNeedsUpdate{};
+    if (!isTyped && !facts.asksDesktop) return NeedsConsent{};
     if (!facts.isEnabled) return Off{};
     if (facts.isPaused) return Paused{};
     if (facts.camera != CameraManager::Permission::granted)
         return CameraNotAllowed{.wasAsked =
                                     facts.camera != CameraManager::Permission::notDetermined};
     if (!facts.hasCamera) return NoCamera{};
-    if (!facts.accessibilityAllowed) return AccessibilityOff{};
-    if (facts.fault) return CannotOpen{*facts.fault};
+    if (!facts.accessibilityAllowed)
+        return isTyped ? UnlockStatus(AccessibilityOff{}) : UnlockStatus(SessionUnknown{});
+    // A password that is not typed is not missed.
+    if (facts.fault && (isTyped || facts.fault != SavedDataFault::passwordDamaged))
+        return CannotOpen{*facts.fault};
     if (!facts.touchIDDone) return NeedsTouchID{};
     if (facts.modelsChanged) return ModelsChanged{};
-    if (!facts.hasSeenLocker) return NoLockerSeen{};
-    if (facts.untypedLocker) return LockerNotTypedInto{*facts.untypedLocker};
+    if (isTyped && !facts.hasSeenLocker) return NoLockerSeen{};
+    if (isTyped && facts.untypedLocker) return LockerNotTypedInto{*facts.untypedLocker};
     return Ready{};
+}
+
+std::string_view reasonNotPossible(LockOpening opening) {
+    switch (opening) {
+        case LockOpening::forbidden:
+            return "This desktop can be asked to unlock, but the administrator’s "
+                   "/etc/marrowby-unlock/policy.conf forbids that.";
+        case LockOpening::unsupported:
+            return "Here the password could only be typed blindly, and a locker that ends while "
+                   "typing goes on would let the rest of it through to your windows. GNOME, KDE "
+                   "and X11 sessions are supported.";
+        case LockOpening::typing:
+        case LockOpening::asking:
+            break;
+    }
+    return {};
 }
 
 std::string UnlockStatus::title(const PlatformWords& words) const {
     return std::visit(Title{.words = words}, *this);
 }
 
-std::string UnlockStatus::detail(std::string_view applicationName,
-                                 const PlatformWords& words) const {
-    return std::visit(Detail{.applicationName = applicationName, .words = words}, *this);
+std::string UnlockStatus::detail(std::string_view applicationName, const PlatformWords& words,
+                                 LockOpening opening) const {
+    return std::visit(
+        Detail{.applicationName = applicationName, .words = words, .opening = opening}, *this);
 }
 
 std::optional<UnlockStatusFix> UnlockStatus::fix() const {

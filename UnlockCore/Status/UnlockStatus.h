@@ -2,6 +2,7 @@
 #pragma once
 
 #include "UnlockCore/Platform/PlatformWords.h"
+#include "UnlockCore/Platform/SessionUnlocking.h"
 #include "UnlockCore/Recognition/CameraManager.h"
 
 #include <optional>
@@ -28,6 +29,7 @@ struct UnlockStatusFacts {
     bool passwordNeedsUpdate = false;
     bool isEnabled = false;
     CameraManager::Permission camera = CameraManager::Permission::notDetermined;
+    /// Or, where the desktop is asked, the session is known.
     bool accessibilityAllowed = false;
     /// The owner check was passed in this session.
     bool touchIDDone = false;
@@ -42,6 +44,9 @@ struct UnlockStatusFacts {
     bool hasSeenLocker = true;
     /// The last locker, if no password is typed into it.
     std::optional<std::string> untypedLocker{};
+    LockOpening opening = LockOpening::typing;
+    /// The user allowed having the desktop open the lock.
+    bool asksDesktop = false;
     friend bool operator==(const UnlockStatusFacts&, const UnlockStatusFacts&) = default;
 };
 
@@ -63,6 +68,20 @@ enum class UnlockStatusFix {
 [[nodiscard]] std::string_view title(UnlockStatusFix fix, const PlatformWords& words);
 
 namespace unlockstatus {
+
+/// Nothing can open this session's lock.
+struct NotPossible {
+    LockOpening opening = LockOpening::unsupported;
+    friend bool operator==(const NotPossible&, const NotPossible&) = default;
+};
+/// The user has not allowed having the desktop open the lock.
+struct NeedsConsent {
+    friend bool operator==(const NeedsConsent&, const NeedsConsent&) = default;
+};
+/// The session is unknown, so that the desktop cannot be asked for it.
+struct SessionUnknown {
+    friend bool operator==(const SessionUnknown&, const SessionUnknown&) = default;
+};
 
 struct NotSetUp {
     friend bool operator==(const NotSetUp&, const NotSetUp&) = default;
@@ -112,14 +131,23 @@ struct Ready {
 
 }  // namespace unlockstatus
 
-/// The state of face unlock in one line: the first condition, in this order, that is not met.
+/// What having the desktop open the lock leaves out.
+inline constexpr std::string_view askingExplanation =
+    "Your desktop opens the lock when it is asked to, without your password: neither the "
+    "password’s expiry nor a second factor is checked. A keyring that was locked stays locked.";
+
+/// Why a lock that nothing can open stays as it is, as a sentence; static.
+[[nodiscard]] std::string_view reasonNotPossible(LockOpening opening);
+
+/// The state of face unlock in one line: the first condition that is not met.
 struct UnlockStatus
     : std::variant<
           unlockstatus::NotSetUp, unlockstatus::PasswordNotSaved, unlockstatus::PasswordNeedsUpdate,
           unlockstatus::Off, unlockstatus::Paused, unlockstatus::CameraNotAllowed,
           unlockstatus::NoCamera, unlockstatus::AccessibilityOff, unlockstatus::CannotOpen,
           unlockstatus::NeedsTouchID, unlockstatus::ModelsChanged, unlockstatus::NoLockerSeen,
-          unlockstatus::LockerNotTypedInto, unlockstatus::Ready> {
+          unlockstatus::LockerNotTypedInto, unlockstatus::Ready, unlockstatus::NotPossible,
+          unlockstatus::NeedsConsent, unlockstatus::SessionUnknown> {
     using NotSetUp = unlockstatus::NotSetUp;
     using PasswordNotSaved = unlockstatus::PasswordNotSaved;
     using PasswordNeedsUpdate = unlockstatus::PasswordNeedsUpdate;
@@ -134,14 +162,17 @@ struct UnlockStatus
     using NoLockerSeen = unlockstatus::NoLockerSeen;
     using LockerNotTypedInto = unlockstatus::LockerNotTypedInto;
     using Ready = unlockstatus::Ready;
+    using NotPossible = unlockstatus::NotPossible;
+    using NeedsConsent = unlockstatus::NeedsConsent;
+    using SessionUnknown = unlockstatus::SessionUnknown;
     using variant::variant;
 
     [[nodiscard]] static UnlockStatus of(const UnlockStatusFacts& facts);
 
     [[nodiscard]] bool isReady() const { return std::holds_alternative<Ready>(*this); }
     [[nodiscard]] std::string title(const PlatformWords& words) const;
-    [[nodiscard]] std::string detail(std::string_view applicationName,
-                                     const PlatformWords& words) const;
+    [[nodiscard]] std::string detail(std::string_view applicationName, const PlatformWords& words,
+                                     LockOpening opening = LockOpening::typing) const;
     [[nodiscard]] std::optional<UnlockStatusFix> fix() const;
 };
 

@@ -4,6 +4,7 @@
 #include "Platforms/Linux/Desktop/BusAddress.h"
 #include "Platforms/Linux/Input/EvdevInputIdle.h"
 #include "Platforms/Linux/Input/EvdevSpaceKeys.h"
+#include "Platforms/Linux/Session/DesktopUnlocking.h"
 #include "Platforms/Linux/Session/LinuxLockMonitor.h"
 #include "Platforms/Linux/Session/LogindWatcher.h"
 #include "Platforms/Linux/Session/ScreenSaverWatcher.h"
@@ -29,8 +30,13 @@ struct DesktopSession::Sources {
           evdevIdle(places.inputDevices),
           evdevSpaceKeys(places.inputDevices),
           logind(std::move(places.systemBus), mainThread),
-          savers(std::move(places.sessionBus)),
-          lock(logind, savers, display.get(), mainThread) {}
+          savers(places.sessionBus),
+          lock(logind, savers, display.get(), mainThread) {
+        if (places.isWayland) {
+            unlocking =
+                std::make_unique<DesktopUnlocking>(logind, places.sessionBus, places.policy);
+        }
+    }
 
     const std::unique_ptr<X11Display> display;
     EvdevInputIdle evdevIdle;
@@ -38,6 +44,8 @@ struct DesktopSession::Sources {
     LogindWatcher logind;
     ScreenSaverWatcher savers;
     LinuxLockMonitor lock;
+    /// Null where the password is typed.
+    std::unique_ptr<DesktopUnlocking> unlocking;
 };
 
 DesktopSession::Places DesktopSession::Places::ofThisProcess() {
@@ -48,9 +56,9 @@ DesktopSession::Places DesktopSession::Places::ofThisProcess() {
     Places places{
         .systemBus = busaddress::system(), .sessionBus = busaddress::session(), .display = {}};
     // Through Xwayland neither all input nor the lock screen is visible.
-    const bool isWayland =
+    places.isWayland =
         environment("XDG_SESSION_TYPE") == "wayland" || !environment("WAYLAND_DISPLAY").empty();
-    if (const auto display = environment("DISPLAY"); !display.empty() && !isWayland)
+    if (const auto display = environment("DISPLAY"); !display.empty() && !places.isWayland)
         places.display = display;
     return places;
 }
@@ -62,7 +70,10 @@ DesktopSession::~DesktopSession() = default;
 
 void DesktopSession::start() {
     const auto update = [this] { sources_->lock.update(); };
-    sources_->logind.onChange = update;
+    sources_->logind.onChange = [this, update] {
+        update();
+        if (sources_->unlocking) sources_->unlocking->update();
+    };
     sources_->savers.onChange = update;
     if (sources_->display) {
         sources_->display->start(
@@ -72,6 +83,10 @@ void DesktopSession::start() {
     }
     sources_->logind.start();
     sources_->savers.start();
+    if (sources_->unlocking) {
+        sources_->unlocking->canTypeThroughKernel = canTypeThroughKernel;
+        sources_->unlocking->start();
+    }
     update();
 }
 
@@ -91,6 +106,10 @@ InputIdle& DesktopSession::inputIdle() {
 SpaceKeys& DesktopSession::spaceKeys() {
     if (sources_->display) return *sources_->display;
     return sources_->evdevSpaceKeys;
+}
+
+SessionUnlocking* DesktopSession::unlocking() {
+    return sources_->unlocking.get();
 }
 
 }  // namespace marrowby

@@ -4,6 +4,7 @@
 #include "UnlockCore/Platform/InputIdle.h"
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/ScreenLock.h"
+#include "UnlockCore/Platform/SessionUnlocking.h"
 #include "UnlockCore/Platform/SpaceKeys.h"
 
 #include <functional>
@@ -25,6 +26,8 @@ class DesktopSession {
         /// Only where the X server sees all input: not on Wayland or the console.
         std::optional<std::string> display;
         std::string inputDevices = "/dev/input";
+        bool isWayland = false;
+        std::string policy = "/etc/marrowby-unlock/policy.conf";
 
         [[nodiscard]] static Places ofThisProcess();
     };
@@ -37,6 +40,9 @@ class DesktopSession {
     /// Called with a sentence for the user when the display is missing at the start or lost.
     std::function<void(const std::string&)> onDisplayAway;
 
+    /// Whether this process may type through the kernel; may be empty. Set before start().
+    std::function<bool()> canTypeThroughKernel;
+
     /// Call once.
     void start();
 
@@ -44,6 +50,8 @@ class DesktopSession {
     [[nodiscard]] const LockStateReading& lockState() const;
     [[nodiscard]] InputIdle& inputIdle();
     [[nodiscard]] SpaceKeys& spaceKeys();
+    /// Null where the password is typed.
+    [[nodiscard]] SessionUnlocking* unlocking();
 
   private:
     struct Sources;

@@ -2,6 +2,7 @@
 #include "Platforms/Linux/Session/LogindWatcher.h"
 
 #include "Platforms/Linux/Desktop/DBusLink.h"
+#include "Platforms/Linux/Desktop/UnixClock.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
@@ -54,11 +55,21 @@ std::optional<bool> boolean(const QVariant& value) {
     return value.toBool();
 }
 
+/// The user in a property of type (uo).
+std::optional<std::uint32_t> userOfPair(const QVariant& value) {
+    const auto pair = value.value<QDBusArgument>();
+    if (pair.currentSignature() != QLatin1String("(uo)")) return std::nullopt;
+    quint32 user = 0;
+    QDBusObjectPath path;
+    pair.beginStructure();
+    pair >> user >> path;
+    pair.endStructure();
+    return user;
+}
+
 /// The path in a property of type (so); empty if there is none.
-QString pathOfPair(const QDBusMessage& reply) {
-    const auto variant = firstValue<QDBusVariant>(reply);
-    if (!variant) return {};
-    const auto pair = variant->variant().value<QDBusArgument>();
+QString pathOfPair(const QVariant& value) {
+    const auto pair = value.value<QDBusArgument>();
     if (pair.currentSignature() != QLatin1String("(so)")) return {};
     QString id;
     QDBusObjectPath path;
@@ -80,6 +91,27 @@ class LogindWatcher::Connection {
                 {.onConnected = [this] { onConnected(); }, .onLost = [this] { forget(); }}) {}
 
     void start() { link_.start(); }
+
+    [[nodiscard]] bool hasSession() const { return !sessionPath_.isEmpty(); }
+
+    void read(std::function<void(const State&)> onRead) {
+        if (!hasSession()) {
+            return mainThread_.post([onRead = std::move(onRead)] { onRead({}); });
+        }
+        // In this order, so that what comes last is the hint.
+        readSleep();
+        readSession([this, onRead = std::move(onRead)] { onRead(state_); });
+    }
+
+    void unlock(std::function<void(const std::expected<void, std::string>&)> onAnswer) {
+        if (!hasSession()) return;
+        call(QDBusMessage::createMethodCall(service, sessionPath_, sessionInterface,
+                                            QStringLiteral("Unlock")),
+             [onAnswer = std::move(onAnswer)](const QDBusMessage& reply) {
+                 if (reply.type() == QDBusMessage::ReplyMessage) return onAnswer({});
+                 onAnswer(std::unexpected(reply.errorMessage().toStdString()));
+             });
+    }
 
   private:
     void onConnected() {
@@ -109,14 +141,18 @@ class LogindWatcher::Connection {
     }
 
     void read() {
+        readSleep();
+        inhibitSleep();
+        findSession();
+    }
+
+    void readSleep() {
         call(propertyCall(managerPath, managerInterface, "PreparingForSleep"),
              [this](const QDBusMessage& reply) {
                  const auto value = firstValue<QDBusVariant>(reply);
                  state_.isPreparingForSleep = value ? boolean(value->variant()) : std::nullopt;
                  report();
              });
-        inhibitSleep();
-        findSession();
     }
 
     void forget() {
@@ -157,7 +193,8 @@ class LogindWatcher::Connection {
             if (!user) return;
             call(propertyCall(user->path(), userInterface, "Display"),
                  [this](const QDBusMessage& display) {
-                     const QString path = pathOfPair(display);
+                     const auto value = firstValue<QDBusVariant>(display);
+                     const QString path = value ? pathOfPair(value->variant()) : QString();
                      if (!path.isEmpty()) watchSession(path);
                  });
         });
@@ -178,7 +215,11 @@ class LogindWatcher::Connection {
         ofSession(propertiesInterface, "PropertiesChanged", [this](const QDBusMessage& signal) {
             if (signal.arguments().value(0).toString() != sessionInterface) return;
             const auto changed = qdbus_cast<QVariantMap>(signal.arguments().value(1));
-            if (changed.contains(QStringLiteral("LockedHint"))) state_.hintIsKept = true;
+            if (const auto hint = boolean(changed.value(QStringLiteral("LockedHint")))) {
+                state_.hintIsKept = true;
+                if (*hint && state_.hint != LockReading::locked)
+                    state_.lockedSince = unixtime::uptime();
+            }
             apply(changed);
         });
         // Only requests to the locker; the result is in the properties.
@@ -187,26 +228,36 @@ class LogindWatcher::Connection {
         readSession();
     }
 
-    void readSession() {
+    void readSession(std::function<void()> onRead = [] {}) {
         QDBusMessage message = QDBusMessage::createMethodCall(
             service, sessionPath_, propertiesInterface, QStringLiteral("GetAll"));
         message.setArguments({sessionInterface});
-        call(message, [this, path = sessionPath_](const QDBusMessage& reply) {
-            if (path != sessionPath_) return;
-            const auto values = firstValue<QDBusArgument>(reply);
-            // The session has ended.
-            if (!values) return leaveSession();
-            apply(qdbus_cast<QVariantMap>(*values));
-        });
+        call(message,
+             [this, path = sessionPath_, onRead = std::move(onRead)](const QDBusMessage& reply) {
+                 if (path != sessionPath_) return;
+                 const auto values = firstValue<QDBusArgument>(reply);
+                 if (values) {
+                     apply(qdbus_cast<QVariantMap>(*values));
+                 } else {
+                     // The session has ended.
+                     leaveSession();
+                 }
+                 onRead();
+             });
     }
 
     void apply(const QVariantMap& properties) {
         if (const auto hint = boolean(properties.value(QStringLiteral("LockedHint")))) {
             state_.hint = *hint ? LockReading::locked : LockReading::unlocked;
             state_.hintIsKept |= *hint;
+            if (!*hint) state_.lockedSince.reset();
         }
         if (const auto active = boolean(properties.value(QStringLiteral("Active"))))
             state_.isActive = active;
+        if (const QVariant user = properties.value(QStringLiteral("User")); user.isValid())
+            state_.isOwn = userOfPair(user) == getuid();
+        if (const QVariant seat = properties.value(QStringLiteral("Seat")); seat.isValid())
+            state_.hasSeat = !pathOfPair(seat).isEmpty();
         report();
     }
 
@@ -215,7 +266,10 @@ class LogindWatcher::Connection {
         sessionPath_.clear();
         state_.hint = LockReading::unknown;
         state_.hintIsKept = false;
+        state_.lockedSince.reset();
         state_.isActive.reset();
+        state_.isOwn = false;
+        state_.hasSeat = false;
         report();
     }
 
@@ -277,6 +331,18 @@ void LogindWatcher::start() {
 LogindWatcher::State LogindWatcher::state() const {
     const MutexLock lock(mutex_);
     return state_;
+}
+
+bool LogindWatcher::hasSession() const {
+    return connection_->hasSession();
+}
+
+void LogindWatcher::read(std::function<void(const State&)> onRead) {
+    connection_->read(std::move(onRead));
+}
+
+void LogindWatcher::unlock(std::function<void(const std::expected<void, std::string>&)> onAnswer) {
+    connection_->unlock(std::move(onAnswer));
 }
 
 void LogindWatcher::set(const State& state) {

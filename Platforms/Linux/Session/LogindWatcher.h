@@ -3,8 +3,10 @@
 
 #include "Platforms/Linux/Session/SessionState.h"
 #include "UnlockCore/Foundation/Mutex.h"
+#include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Platform/MainThread.h"
 
+#include <expected>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -21,7 +23,13 @@ class LogindWatcher {
         LockReading hint = LockReading::unknown;
         /// The hint has changed since logind started, so the desktop maintains it.
         bool hintIsKept = false;
+        /// Uptime at which the hint turned true by its own signal; nothing where it is not true or
+        /// that was not seen.
+        std::optional<TimeInterval> lockedSince;
         std::optional<bool> isActive;
+        /// The session is this user's, and at a seat.
+        bool isOwn = false;
+        bool hasSeat = false;
         std::optional<bool> isPreparingForSleep;
         friend bool operator==(const State&, const State&) = default;
     };
@@ -39,6 +47,16 @@ class LogindWatcher {
 
     /// Any thread.
     [[nodiscard]] State state() const;
+
+    // Callbacks come at most once, later, and not where logind or the bus has gone.
+
+    /// Whether a session is being watched.
+    [[nodiscard]] bool hasSession() const;
+    /// Reads the session and sleep anew; all signals before the reply count. Without a session it
+    /// is unknown.
+    void read(std::function<void(const State&)> onRead);
+    /// Asks logind to unlock the session. The error is logind's text.
+    void unlock(std::function<void(const std::expected<void, std::string>&)> onAnswer);
 
   private:
     class Connection;

@@ -22,6 +22,7 @@ const Event hover = Event::Activate{};
 const Event settings = Event::SettingsChanged{};
 const Event tick = Event::Tick{};
 const Event typed = Event::Typed{TypingOutcome::Typed{}};
+const Event asked = Event::Typed{TypingOutcome::Asked{}};
 
 const LivenessDecision live = LivenessDecision::Confirmed{};
 const LivenessDecision undecided = LivenessDecision::Waiting{LivenessNeeds::realFace};
@@ -507,6 +508,66 @@ TEST_F(UnlockMachineTest, settingsThatMakeUnlockingImpossibleStandDown) {
     expect(settings, {"overlay hidden", "log: Stood down (can’t unlock now)", "watchActivity off"});
     world.passwordSaved = true;
     expect(typed, {"watchActivity on"});
+}
+
+/// The desktop is asked: what may be wrong with a password does not matter.
+struct AskingMachineTest : UnlockMachineTest {
+    AskingMachineTest() {
+        world.opening = LockOpening::asking;
+        machine = UnlockMachine({.failures = 2, .suspended = true, .needsNotice = true},
+                                {UnlockTrigger::onReturn});
+    }
+    void recognise() {
+        look();
+        happens(sees(live));
+        expectPhase("typing");
+        after(0.1);
+    }
+};
+
+TEST_F(AskingMachineTest, opensTheLockAndLeavesThePasswordsHealth) {
+    recognise();
+    expect(asked, {"log: Asked the desktop to unlock"});
+    expectPhase("verifying");
+    EXPECT_EQ(machine.nextDeadline(), world.now + TimeInterval(3));
+    after(2.9);
+    expect(tick, {});
+    world.isLocked = false;
+    expect(unlocked, {"log: Unlocked", "overlay leaving", "watchActivity off"});
+    EXPECT_EQ(machine.health().failures, 2);
+    EXPECT_TRUE(machine.health().needsNotice);
+}
+
+TEST_F(AskingMachineTest, asksOncePerLock) {
+    const struct {
+        Event outcome;
+        double seconds;
+        const char* line;
+    } cases[] = {
+        {asked, 3.0, "log: Not unlocked: The screen stayed locked."},
+        {Event::Typed{TypingOutcome::NotAsked{"No."}}, 0, "log: Not unlocked: No."},
+    };
+    for (const auto& [outcome, seconds, line] : cases) {
+        recognise();
+        if (seconds > 0) {
+            happens(outcome);
+            after(seconds);
+        }
+        expect(seconds > 0 ? tick : outcome, {line, "overlay failure: Couldn’t unlock",
+                                              "log: Couldn’t unlock", "watchActivity off"});
+        after(1);
+        for (const Event& reason : {wakes, hover, space, activity()})
+            expect(reason, {});
+        after(5);
+        expect(tick, {"overlay hidden", "log: Stood down (can’t unlock now)"});
+        after(60);
+        expect(wakes, {});
+        // The next lock is a new one.
+        world.isLocked = false;
+        happens(unlocked);
+        world.isLocked = true;
+    }
+    recognise();
 }
 
 }  // namespace

@@ -21,6 +21,7 @@ UnlockSettings everythingChanged() {
             .externalDisplayCameraID = "desk",
             .hasFinishedWelcome = true,
             .passwordHealth = {.failures = 2, .suspended = true, .needsNotice = true},
+            .asksDesktop = true,
             .hasSeenLocker = true,
             .untypedLocker = "slock"};
 }
@@ -44,6 +45,7 @@ TEST(UnlockSettings, everyFieldHasItsKeyAndForm) {
         {"unlock.password.needsNotice", true},
         {"unlock.lockers.seen", true},
         {"unlock.lockers.untyped", std::string("slock")},
+        {"unlock.asksDesktop", true},
     };
     EXPECT_EQ(store.values, expected);
     EXPECT_EQ(UnlockSettings::load(store), everythingChanged());

@@ -69,5 +69,31 @@ TEST(UnlockOnboardingFlow, goesBackToTheNearestStepWhereItMay) {
     EXPECT_FALSE(flow.goForward(everything));
 }
 
+TEST(UnlockOnboardingFlow, followsHowTheLockIsOpened) {
+    UnlockOnboardingFacts facts = everything;
+    UnlockOnboardingFlow flow(Mode::setUp, LockOpening::unsupported);
+    EXPECT_TRUE(flow.isLastStep());
+    // The desktop answered late.
+    flow.follow(LockOpening::asking);
+    while (flow.step() != Step::consent) {
+        EXPECT_NE(flow.step(), Step::accessibility);
+        ASSERT_TRUE(flow.goForward(facts));
+    }
+    EXPECT_FALSE(flow.goForward(facts));
+    flow.goBack();
+    EXPECT_EQ(flow.step(), Step::name);
+    facts.consentSaved = true;
+    EXPECT_TRUE(flow.goForward(facts) && flow.goForward(facts));
+    EXPECT_EQ(flow.step(), Step::triggers);
+
+    UnlockOnboardingFlow password(Mode::setUp);
+    while (password.step() != Step::password)
+        ASSERT_TRUE(password.goForward(facts));
+    password.follow(LockOpening::asking);
+    EXPECT_EQ(password.step(), Step::name);
+    password.follow(LockOpening::forbidden);
+    EXPECT_EQ(password.step(), Step::welcome);
+}
+
 }  // namespace
 }  // namespace marrowby

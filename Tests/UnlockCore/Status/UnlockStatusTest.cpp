@@ -3,6 +3,7 @@
 #include "UnlockCore/Status/UnlockStatus.h"
 
 #include <optional>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -63,6 +64,36 @@ TEST(UnlockStatus, namesTheFirstUnmetCondition) {
         EXPECT_EQ(UnlockStatus::of(facts), status) << status.title(macWords);
         EXPECT_EQ(UnlockStatus::of(facts).fix(), fix) << status.title(macWords);
         EXPECT_EQ(status.isReady(), facts == good);
+        mend(facts);
+    }
+}
+
+TEST(UnlockStatus, asksForNoPasswordWhereNoneIsTyped) {
+    UnlockStatusFacts facts{.passwordNeedsUpdate = true,
+                            .isEnabled = true,
+                            .camera = CameraManager::Permission::granted,
+                            .touchIDDone = true,
+                            .fault = SavedDataFault::passwordDamaged,
+                            .opening = LockOpening::unsupported};
+    const struct {
+        UnlockStatus status;
+        const char* inDetail;
+        void (*mend)(UnlockStatusFacts&);
+    } cases[] = {
+        {UnlockStatus::NotPossible{LockOpening::unsupported}, "GNOME, KDE and X11",
+         [](auto& f) { f.opening = LockOpening::forbidden; }},
+        {UnlockStatus::NotPossible{LockOpening::forbidden}, "policy.conf",
+         [](auto& f) { f.opening = LockOpening::asking; }},
+        {UnlockStatus::NotSetUp{}, "Save your face, and", [](auto& f) { f.faceSaved = true; }},
+        {UnlockStatus::NeedsConsent{}, "Allow", [](auto& f) { f.asksDesktop = true; }},
+        {UnlockStatus::SessionUnknown{}, "logind", [](auto& f) { f.accessibilityAllowed = true; }},
+        {UnlockStatus::Ready{}, "has the desktop unlock", [](auto&) {}},
+    };
+    for (const auto& [status, inDetail, mend] : cases) {
+        EXPECT_EQ(UnlockStatus::of(facts), status) << status.title(macWords);
+        const std::string detail = status.detail("Marrowby Unlock", macWords, facts.opening);
+        EXPECT_NE(detail.find(inDetail), std::string::npos) << detail;
+        EXPECT_EQ(detail.find("Mac password"), std::string::npos) << detail;
         mend(facts);
     }
 }

@@ -5,6 +5,7 @@
 #include "Platforms/Linux/Session/ScreenSaverWatcher.h"
 #include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
+#include "Tests/Platforms/Linux/Session/MockLogind.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
@@ -25,70 +26,6 @@ namespace marrowby {
 namespace {
 
 using testing::ElementsAre;
-
-constexpr const char* logindName = "org.freedesktop.login1";
-constexpr const char* managerPath = "/org/freedesktop/login1";
-constexpr const char* managerInterface = "org.freedesktop.login1.Manager";
-constexpr const char* sessionPath = "/org/freedesktop/login1/session/c1";
-constexpr const char* sessionInterface = "org.freedesktop.login1.Session";
-constexpr const char* mockInterface = "org.freedesktop.DBus.Mock";
-
-/// A mock logind with the session c1, on a bus of its own.
-class MockLogind {
-  public:
-    explicit MockLogind(const PrivateBus& bus)
-        : bus_(bus), program_(startMock(bus, logindName, {"--system", "--template", "logind"})) {
-        call(managerPath, "AddSession", {"c1", "seat0", quint32{getuid()}, "somebody", true});
-    }
-
-    [[nodiscard]] bool isRunning() const { return program_ != nullptr; }
-
-    QVariant call(const char* path, const char* method, const QVariantList& arguments) const {
-        return bus_.call(logindName, path, mockInterface, method, arguments);
-    }
-    void setSession(const char* property, bool value) const {
-        const QVariantMap changed{{property, value}};
-        call(sessionPath, "UpdateProperties", {sessionInterface, changed});
-    }
-    void ofSession(const char* signal) const {
-        call(sessionPath, "EmitSignal", {sessionInterface, signal, "", QVariantList()});
-    }
-    void prepareForSleep(bool isPreparing) const {
-        call(managerPath, "EmitSignal",
-             {managerInterface, "PrepareForSleep", "b", QVariantList{isPreparing}});
-    }
-    void announceSession() const {
-        call(managerPath, "EmitSignal",
-             {managerInterface, "SessionNew", "so",
-              QVariantList{"c1", QVariant::fromValue(QDBusObjectPath(sessionPath))}});
-    }
-    /// Python code of the manager's method.
-    void setAnswer(const char* method, const char* signature, const char* code) const {
-        call(managerPath, "AddMethod", {managerInterface, method, signature, "o", code});
-    }
-    [[nodiscard]] std::size_t inhibitorCount() const {
-        const auto list = bus_.call(logindName, managerPath, managerInterface, "ListInhibitors")
-                              .value<QDBusArgument>();
-        std::size_t count = 0;
-        list.beginArray();
-        for (; !list.atEnd(); ++count) {
-            QString what;
-            QString who;
-            QString why;
-            QString mode;
-            list.beginStructure();
-            list >> what >> who >> why >> mode;
-            list.endStructure();
-            EXPECT_EQ(what + " " + mode, "sleep delay");
-        }
-        list.endArray();
-        return count;
-    }
-
-  private:
-    const PrivateBus& bus_;
-    MockService program_;
-};
 
 struct SessionWatchingTest : testing::Test {
     QtLoop loop;

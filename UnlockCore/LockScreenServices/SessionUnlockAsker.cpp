@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "UnlockCore/LockScreenServices/SessionUnlockAsker.h"
+
+#include <string>
+#include <utility>
+
+namespace marrowby {
+
+void SessionUnlockAsker::typeStoredPassword(std::function<bool()> stillLocked,
+                                            std::function<void(TypingOutcome)> completion) {
+    stop();
+    const std::uint64_t number = ++attempts_;
+    attempt_ = Attempt{
+        .number = number,
+        .stillLocked = std::move(stillLocked),
+        .completion = std::move(completion),
+        .timeout = services_.mainThread.at(services_.clock.now() + answerLimit, answerLimit / 10,
+                                           weakSelf_.guarded([number](SessionUnlockAsker& self) {
+                                               if (self.isCurrent(number)) self.runOut();
+                                           }))};
+    services_.session.read(
+        weakSelf_.guarded([number](SessionUnlockAsker& self, const SessionUnlockFacts& facts) {
+            if (self.isCurrent(number) && !self.attempt_->isAsked) self.decide(facts);
+        }));
+}
+
+void SessionUnlockAsker::decide(const SessionUnlockFacts& facts) {
+    if (!services_.isWanted() || !attempt_->stillLocked()) return end(TypingOutcome::Stopped{});
+    if (const auto refusal = SessionUnlockRule::refusal(facts))
+        return end(TypingOutcome::NotAsked{std::string(description(*refusal))});
+    attempt_->isAsked = true;
+    services_.session.ask(weakSelf_.guarded(
+        [number = attempt_->number](SessionUnlockAsker& self,
+                                    const std::expected<void, std::string>& answer) {
+            if (!self.isCurrent(number)) return;
+            if (answer) return self.end(TypingOutcome::Asked{});
+            self.end(TypingOutcome::NotAsked{"The system refused: " + answer.error()});
+        }));
+}
+
+void SessionUnlockAsker::runOut() {
+    // A request without an answer may have been carried out.
+    if (attempt_->isAsked) return end(TypingOutcome::Asked{});
+    end(TypingOutcome::NotAsked{std::string(description(SessionUnlockRule::Refusal::noSession))});
+}
+
+void SessionUnlockAsker::end(const TypingOutcome& outcome) {
+    const auto ended = std::exchange(attempt_, std::nullopt);
+    if (!ended) return;
+    // Kept alive: the timer may be the caller.
+    services_.mainThread.post([timeout = ended->timeout] {});
+    ended->completion(outcome);
+}
+
+}  // namespace marrowby
