@@ -731,7 +731,7 @@ TEST_F(AskedDesktopTest, saysOnTheFirstPageWhyItCannotUnlockHere) {
         reopen();
         EXPECT_THAT(everything(), HasSubstr(reason));
         EXPECT_FALSE(press("Continue"));
-        EXPECT_TRUE(press("Open Settings…"));
+        EXPECT_TRUE(press("Settings…"));
         mainThread.advance(TimeInterval(0.7));
         settle();
         EXPECT_EQ(windows.front(), Window::settings);

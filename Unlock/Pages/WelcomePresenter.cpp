@@ -256,7 +256,7 @@ void WelcomePresenter::describeClosed(WindowPage& page) const {
     page.rows = {Row::Text{std::string(reasonNotPossible(model_.state().opening))},
                  Row::Text{"Your lock screen stays as it is. In the settings you can look around, "
                            "erase what is saved, and quit."}};
-    page.buttons = {button(Control::openSettings, "Open Settings…")};
+    page.buttons = {button(Control::openSettings, "Settings…")};
     page.buttons.front().isDefault = true;
 }
 

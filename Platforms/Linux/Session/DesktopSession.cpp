@@ -5,9 +5,11 @@
 #include "Platforms/Linux/Input/EvdevInputIdle.h"
 #include "Platforms/Linux/Input/EvdevSpaceKeys.h"
 #include "Platforms/Linux/Session/DesktopUnlocking.h"
+#include "Platforms/Linux/Session/GnomeInputIdle.h"
 #include "Platforms/Linux/Session/LinuxLockMonitor.h"
 #include "Platforms/Linux/Session/LogindWatcher.h"
 #include "Platforms/Linux/Session/ScreenSaverWatcher.h"
+#include "Platforms/Linux/Wayland/WaylandInputIdle.h"
 #include "Platforms/Linux/X11/X11Display.h"
 
 #include <cstdlib>
@@ -22,6 +24,32 @@ std::unique_ptr<X11Display> makeDisplay(std::optional<std::string> name) {
     return name ? std::make_unique<X11Display>(*std::move(name)) : nullptr;
 }
 
+/// Idle time without an X server: from the desktop, which needs no rights, else from the devices
+/// that can be read.
+class DesktopInputIdle final : public InputIdle {
+  public:
+    DesktopInputIdle(const std::string& sessionBus, const std::string& waylandDisplay,
+                     const InputIdle& devices)
+        : gnome_(sessionBus), devices_(devices) {
+        if (!waylandDisplay.empty()) compositor_.emplace(waylandDisplay);
+    }
+
+    void start() { gnome_.start(); }
+
+    [[nodiscard]] std::optional<TimeInterval> sinceLastInput() const override {
+        if (const auto idle = gnome_.sinceLastInput()) return idle;
+        if (const auto idle = compositor_ ? compositor_->sinceLastInput() : std::nullopt)
+            return idle;
+        return devices_.sinceLastInput();
+    }
+    [[nodiscard]] TimeInterval systemUptime() const override { return devices_.systemUptime(); }
+
+  private:
+    GnomeInputIdle gnome_;
+    std::optional<WaylandInputIdle> compositor_;
+    const InputIdle& devices_;
+};
+
 }  // namespace
 
 struct DesktopSession::Sources {
@@ -33,6 +61,8 @@ struct DesktopSession::Sources {
           savers(places.sessionBus),
           lock(logind, savers, display.get(), mainThread) {
         if (places.isWayland) {
+            desktopIdle = std::make_unique<DesktopInputIdle>(places.sessionBus,
+                                                             places.waylandDisplay, evdevIdle);
             unlocking =
                 std::make_unique<DesktopUnlocking>(logind, places.sessionBus, places.policy);
         }
@@ -40,6 +70,8 @@ struct DesktopSession::Sources {
 
     const std::unique_ptr<X11Display> display;
     EvdevInputIdle evdevIdle;
+    /// Null without Wayland.
+    std::unique_ptr<DesktopInputIdle> desktopIdle;
     EvdevSpaceKeys evdevSpaceKeys;
     LogindWatcher logind;
     ScreenSaverWatcher savers;
@@ -58,6 +90,7 @@ DesktopSession::Places DesktopSession::Places::ofThisProcess() {
     // Through Xwayland neither all input nor the lock screen is visible.
     places.isWayland =
         environment("XDG_SESSION_TYPE") == "wayland" || !environment("WAYLAND_DISPLAY").empty();
+    places.waylandDisplay = environment("WAYLAND_DISPLAY");
     if (const auto display = environment("DISPLAY"); !display.empty() && !places.isWayland)
         places.display = display;
     return places;
@@ -83,6 +116,7 @@ void DesktopSession::start() {
     }
     sources_->logind.start();
     sources_->savers.start();
+    if (sources_->desktopIdle) sources_->desktopIdle->start();
     if (sources_->unlocking) {
         sources_->unlocking->canTypeThroughKernel = canTypeThroughKernel;
         sources_->unlocking->start();
@@ -100,6 +134,7 @@ const LockStateReading& DesktopSession::lockState() const {
 
 InputIdle& DesktopSession::inputIdle() {
     if (sources_->display) return *sources_->display;
+    if (sources_->desktopIdle) return *sources_->desktopIdle;
     return sources_->evdevIdle;
 }
 

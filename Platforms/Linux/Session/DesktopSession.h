@@ -27,6 +27,8 @@ class DesktopSession {
         std::optional<std::string> display;
         std::string inputDevices = "/dev/input";
         bool isWayland = false;
+        /// Of the compositor; empty where unknown.
+        std::string waylandDisplay{};
         std::string policy = "/etc/marrowby-unlock/policy.conf";
 
         [[nodiscard]] static Places ofThisProcess();

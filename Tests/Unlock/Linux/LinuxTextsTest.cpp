@@ -98,7 +98,10 @@ void forEachKind(const See& see) {
 
 class LinuxTexts : public testing::Test, protected FakeComputer {
   protected:
-    LinuxTexts() { words = &linuxWords; }
+    LinuxTexts() {
+        words = &linuxWords;
+        desktop = &session;
+    }
 
     void see(std::string_view text) { seen.emplace(text); }
     void see(const WindowButton& button) {
@@ -119,6 +122,7 @@ class LinuxTexts : public testing::Test, protected FakeComputer {
     void changeTheSystem();
     unsigned random(std::size_t below) { return static_cast<unsigned>(dice_() % below); }
 
+    FakeSessionUnlocking session;
     std::set<std::string> seen;
     std::set<WindowControl> controls;
     SceneWindows windows;
@@ -180,7 +184,8 @@ void LinuxTexts::seeErrors() {
 void LinuxTexts::seeStatus() {
     forEachKind<UnlockStatus>([this](const UnlockStatus& status) {
         see(status.title(linuxWords));
-        see(status.detail("Marrowby Unlock", linuxWords));
+        for (int i = 0; i < 4; ++i)
+            see(status.detail("Marrowby Unlock", linuxWords, static_cast<LockOpening>(i)));
     });
     forEachKind<UnlockStatusFix>([this](UnlockStatusFix fix) {
         // These buttons need system settings that can be opened.
@@ -247,7 +252,12 @@ void LinuxTexts::changeTheSystem() {
                 keyStore.failing.emplace(FakeKeyStore::Operation::remove,
                                          KeychainError(KeychainError::Status{7, {}}));
             break;
+        case 11:
+            session.setOpening(static_cast<LockOpening>(random(4)));
+            break;
         default:
+            if (isClosed(session.opening()))
+                session.setOpening(coin ? LockOpening::typing : LockOpening::asking);
             // Mostly everything works, or setting up would never finish.
             enrollmentCamera->answer = CaptureAuthorization::authorized;
             enrollmentCamera->cameras = {{.description = {"desk", "Desk camera"}}};
@@ -345,11 +355,13 @@ void LinuxTexts::seeSelfCheck(bool isSound) {
     if (!isSound)
         keyStore.failing.emplace(FakeKeyStore::Operation::load,
                                  KeychainError(KeychainError::Status{7, {}}));
+    session.isKnown = isSound;
     bool hasEnded = false;
     SelfCheck check(
         selfCheckServices(), [this](const std::string& line) { see(line); },
         [&](bool /*isAllThere*/) { hasEnded = true; });
     check.start();
+    session.tellFacts();
     settle();
     mainThread.advance(SelfCheck::longestWait);
     settle();
@@ -368,8 +380,11 @@ TEST_F(LinuxTexts, containNoMacWords) {
     see(missing.page());
     exerciseWindows();
     application.reset();
-    for (const bool isSound : {true, false})
-        seeSelfCheck(isSound);
+    for (int i = 0; i < 4; ++i) {
+        session.setOpening(static_cast<LockOpening>(i));
+        for (const bool isSound : {true, false})
+            seeSelfCheck(isSound);
+    }
 
     EXPECT_TRUE(hasSeenAllControls());
     for (const auto opensSettings :

@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Platforms/Linux/Session/GnomeInputIdle.h"
+
+#include "Platforms/Linux/Desktop/DBusLink.h"
+#include "Platforms/Linux/Desktop/IdleEdges.h"
+#include "Platforms/Linux/Desktop/UnixClock.h"
+
+#include <chrono>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace marrowby {
+namespace {
+
+const QString service = QStringLiteral("org.gnome.Mutter.IdleMonitor");
+const QString path = QStringLiteral("/org/gnome/Mutter/IdleMonitor/Core");
+
+/// The watch's number in a reply or a signal.
+std::optional<std::uint32_t> watchIn(const QDBusMessage& message) {
+    const QVariant value = message.arguments().value(0);
+    if (message.type() == QDBusMessage::ErrorMessage || value.typeId() != QMetaType::UInt)
+        return std::nullopt;
+    return value.toUInt();
+}
+
+}  // namespace
+
+class GnomeInputIdle::Monitor {
+  public:
+    explicit Monitor(std::string busAddress)
+        : link_(std::move(busAddress),
+                {.onConnected = [this] { onConnected(); }, .onLost = [this] { forget(); }}) {}
+
+    void start() { link_.start(); }
+
+    [[nodiscard]] std::optional<TimeInterval> sinceLastInput() const {
+        // Until the first pause nothing is known.
+        if (!watches_ || !watches_->pause) return std::nullopt;
+        return watches_->edges.sinceLastInput(unixtime::uptime());
+    }
+
+  private:
+    struct Watches {
+        IdleEdges edges;
+        std::optional<std::uint32_t> pause;
+        /// Fires once; there only during a pause.
+        std::optional<std::uint32_t> input;
+    };
+
+    void onConnected() {
+        subscriptions_.push_back(
+            link_.subscribe({.service = service,
+                             .path = path,
+                             .interface = service,
+                             .member = QStringLiteral("WatchFired")},
+                            [this](const QDBusMessage& signal) { fired(watchIn(signal)); }));
+        subscriptions_.push_back(link_.watchOwner(service, [this](bool hasOwner) {
+            forgetWatches();
+            if (hasOwner) watch();
+        }));
+        watch();
+    }
+
+    void watch() {
+        watches_.emplace();
+        const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(IdleEdges::pause);
+        add("AddIdleWatch", {static_cast<qulonglong>(milliseconds.count())},
+            [this](std::uint32_t id) { watches_->pause = id; });
+    }
+
+    void fired(std::optional<std::uint32_t> id) {
+        if (!watches_ || !id) return;
+        if (id == watches_->pause) {
+            watches_->edges.paused(unixtime::uptime());
+            watches_->input.reset();
+            add("AddUserActiveWatch", {}, [this](std::uint32_t input) { watches_->input = input; });
+        } else if (id == watches_->input) {
+            watches_->edges.resumed();
+            watches_->input.reset();
+        }
+    }
+
+    /// Drops the reply of an earlier instance of the service.
+    void add(const char* method, const QVariantList& arguments,
+             std::function<void(std::uint32_t)> onAdded) {
+        auto call =
+            QDBusMessage::createMethodCall(service, path, service, QString::fromLatin1(method));
+        call.setArguments(arguments);
+        link_.call(call, [this, generation = generation_,
+                          onAdded = std::move(onAdded)](const QDBusMessage& reply) {
+            const auto id = watchIn(reply);
+            if (generation == generation_ && watches_ && id) onAdded(*id);
+        });
+    }
+
+    void forget() {
+        subscriptions_.clear();
+        forgetWatches();
+    }
+    void forgetWatches() {
+        ++generation_;
+        watches_.reset();
+    }
+
+    std::optional<Watches> watches_;
+    std::uint64_t generation_ = 0;
+    DBusLink link_;
+    // Destroyed before the connection.
+    std::vector<DBusLink::Subscription> subscriptions_;
+};
+
+GnomeInputIdle::GnomeInputIdle(std::string busAddress)
+    : monitor_(std::make_unique<Monitor>(std::move(busAddress))) {}
+
+GnomeInputIdle::~GnomeInputIdle() = default;
+
+void GnomeInputIdle::start() {
+    monitor_->start();
+}
+
+std::optional<TimeInterval> GnomeInputIdle::sinceLastInput() const {
+    return monitor_->sinceLastInput();
+}
+
+TimeInterval GnomeInputIdle::systemUptime() const {
+    return unixtime::uptime();
+}
+
+}  // namespace marrowby

@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Platforms/Linux/Desktop/IdleEdges.h"
+#include "Platforms/Linux/Desktop/UnixClock.h"
+#include "Platforms/Linux/Session/GnomeInputIdle.h"
+#include "Platforms/Linux/Wayland/WaylandInputIdle.h"
+#include "Tests/Platforms/Linux/MockServices.h"
+#include "Tests/Platforms/Linux/QtLoop.h"
+#include "Tests/Platforms/Linux/TemporaryFolder.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <ext-idle-notify-v1-server-protocol.h>
+#include <gtest/gtest.h>
+#include <wayland-server.h>
+
+namespace marrowby {
+namespace {
+
+/// A compositor without a screen, whose user pauses when the test says.
+class ScriptedCompositor {
+  public:
+    explicit ScriptedCompositor(const std::string& socket) : display_(wl_display_create()) {
+        EXPECT_EQ(wl_display_add_socket(display_, socket.c_str()), 0);
+    }
+    ScriptedCompositor(const ScriptedCompositor&) = delete;
+    ScriptedCompositor& operator=(const ScriptedCompositor&) = delete;
+    ~ScriptedCompositor() {
+        wl_display_destroy_clients(display_);
+        wl_display_destroy(display_);
+    }
+
+    void addSeat() { wl_global_create(display_, &wl_seat_interface, 1, this, &bindSeat); }
+    void addNotifier() {
+        wl_global_create(display_, &ext_idle_notifier_v1_interface, 1, this, &bindNotifier);
+    }
+    void turn() {
+        wl_event_loop_dispatch(wl_display_get_event_loop(display_), 0);
+        wl_display_flush_clients(display_);
+    }
+    void pause() const { ext_idle_notification_v1_send_idled(notification); }
+    void resume() const { ext_idle_notification_v1_send_resumed(notification); }
+
+    int seats = 0;
+    std::uint32_t timeout = 0;
+    wl_resource* notification = nullptr;
+
+  private:
+    static ScriptedCompositor& of(void* data) { return *static_cast<ScriptedCompositor*>(data); }
+    static void destroy(wl_client* /*client*/, wl_resource* resource) {
+        wl_resource_destroy(resource);
+    }
+    static void bindSeat(wl_client* client, void* data, std::uint32_t version, std::uint32_t id) {
+        ++of(data).seats;
+        wl_resource_create(client, &wl_seat_interface, static_cast<int>(version), id);
+    }
+    static void bindNotifier(wl_client* client, void* data, std::uint32_t version,
+                             std::uint32_t id) {
+        static constexpr struct ext_idle_notifier_v1_interface requests{
+            .destroy = &destroy, .get_idle_notification = &notify};
+        wl_resource* const resource = wl_resource_create(client, &ext_idle_notifier_v1_interface,
+                                                         static_cast<int>(version), id);
+        wl_resource_set_implementation(resource, &requests, data, nullptr);
+    }
+    static void notify(wl_client* client, wl_resource* notifier, std::uint32_t id,
+                       std::uint32_t timeout, wl_resource* /*seat*/) {
+        static constexpr struct ext_idle_notification_v1_interface requests{.destroy = &destroy};
+        auto& self = of(wl_resource_get_user_data(notifier));
+        self.timeout = timeout;
+        self.notification = wl_resource_create(client, &ext_idle_notification_v1_interface, 1, id);
+        wl_resource_set_implementation(self.notification, &requests, &self, nullptr);
+    }
+
+    wl_display* const display_;
+};
+
+struct InputIdleTest : testing::Test {
+    QtLoop loop;
+
+    /// Whether input has paused, goes on, or is unknown, as read now.
+    [[nodiscard]] static std::string reading(const InputIdle& idle) {
+        const auto since = idle.sinceLastInput();
+        if (!since) return "unknown";
+        return *since >= IdleEdges::pause ? "paused" : "active";
+    }
+};
+
+TEST_F(InputIdleTest, hearsAWaylandCompositor) {
+    const TemporaryFolder folder;
+    qputenv("XDG_RUNTIME_DIR", folder.path().c_str());
+    const WaylandInputIdle alone("wayland-test");
+    EXPECT_EQ(reading(alone), "unknown") << "nobody is there";
+
+    auto compositor = std::make_unique<ScriptedCompositor>("wayland-test");
+    compositor->addNotifier();
+    const auto until = [&](const std::function<bool()>& condition) {
+        return loop.runUntil([&] {
+            if (compositor) compositor->turn();
+            return condition();
+        });
+    };
+    {
+        const WaylandInputIdle idle("wayland-test");
+        const WaylandInputIdle other("wayland-test");
+        EXPECT_EQ(reading(idle), "unknown") << "a compositor without a seat";
+        compositor->addSeat();
+        compositor->addSeat();
+        ASSERT_TRUE(until([&] { return reading(idle) == "active" && reading(other) == "active"; }));
+        EXPECT_EQ(compositor->seats, 2) << "one for each";
+        EXPECT_EQ(compositor->timeout, 1000U);
+    }
+    const WaylandInputIdle idle("wayland-test");
+    compositor->notification = nullptr;
+    ASSERT_TRUE(until([&] { return compositor->notification != nullptr; }));
+    for (int round = 0; round < 2; ++round) {
+        compositor->pause();
+        ASSERT_TRUE(until([&] { return reading(idle) == "paused"; }));
+        compositor->resume();
+        ASSERT_TRUE(until([&] { return reading(idle) == "active"; }));
+    }
+    compositor.reset();
+    EXPECT_TRUE(until([&] { return reading(idle) == "unknown"; }));
+}
+
+/// GNOME's monitor, as a mock whose watches fire when the test says.
+TEST_F(InputIdleTest, hearsGnome) {
+    const auto bus = startBusForMocks();
+    if (!bus) GTEST_SKIP() << noPrivateBus;
+    constexpr const char* name = "org.gnome.Mutter.IdleMonitor";
+    constexpr const char* path = "/org/gnome/Mutter/IdleMonitor/Core";
+    constexpr const char* mock = "org.freedesktop.DBus.Mock";
+    GnomeInputIdle idle(bus->address());
+    idle.start();
+    EXPECT_EQ(reading(idle), "unknown");
+    for (int round = 0; round < 2; ++round) {
+        // Each instance counts its watches anew, and may fire those of others.
+        const auto monitor = startMock(*bus, name, {"--session", name, path, name});
+        ASSERT_TRUE(monitor);
+        const auto answer = [&](const char* method, const char* in, unsigned id) {
+            bus->call(name, path, mock, "AddMethod",
+                      {name, method, in, "u", "ret = " + QString::number(id)});
+        };
+        const auto fire = [&](unsigned id) {
+            bus->call(name, path, mock, "EmitSignal",
+                      {name, "WatchFired", "u", QVariantList{quint32{id}}});
+        };
+        answer("AddIdleWatch", "t", 7);
+        answer("AddUserActiveWatch", "", 8);
+        GnomeInputIdle late(bus->address());
+        late.start();
+        ASSERT_TRUE(loop.runUntil([&] { return reading(late) == "active"; }));
+        fire(8);
+        fire(99);
+        fire(7);
+        ASSERT_TRUE(loop.runUntil([&] { return reading(late) == "paused"; }));
+        ASSERT_TRUE(loop.runUntil([&] {
+            fire(8);
+            return reading(late) == "active";
+        }));
+        fire(7);
+        ASSERT_TRUE(loop.runUntil([&] { return reading(late) == "paused"; }));
+    }
+    EXPECT_TRUE(loop.runUntil([&] { return reading(idle) == "unknown"; }));
+}
+
+}  // namespace
+}  // namespace marrowby
