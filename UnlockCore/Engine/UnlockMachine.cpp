@@ -342,8 +342,12 @@ void UnlockMachine::standDownUnable(Turn& turn) {
 }
 
 void UnlockMachine::returnToIdle(Turn& turn) {
-    if (const auto* verifying = std::get_if<Phase::Verifying>(&phase_)) {
-        if (!verifying->isAsked) {
+    const auto* verifying = std::get_if<Phase::Verifying>(&phase_);
+    // The desktop may have unlocked before the answer to the request came.
+    const bool isBeingAsked =
+        std::holds_alternative<Phase::Typing>(phase_) && turn.world.opening == LockOpening::asking;
+    if (verifying != nullptr || isBeingAsked) {
+        if (verifying != nullptr && !verifying->isAsked) {
             health_.failures = 0;
             turn.add(Effect::PasswordHealth{health_});
         }

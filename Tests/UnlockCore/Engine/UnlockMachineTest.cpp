@@ -538,6 +538,13 @@ TEST_F(AskingMachineTest, opensTheLockAndLeavesThePasswordsHealth) {
     EXPECT_TRUE(machine.health().needsNotice);
 }
 
+TEST_F(AskingMachineTest, noticesADesktopThatUnlocksBeforeItAnswers) {
+    recognise();
+    world.isLocked = false;
+    expect(unlocked, {"log: Unlocked", "overlay leaving", "watchActivity off"});
+    expect(asked, {});
+}
+
 TEST_F(AskingMachineTest, asksOncePerLock) {
     const struct {
         Event outcome;

@@ -49,12 +49,13 @@ class MockLogind {
              {managerInterface, "SessionNew", "so",
               QVariantList{"c1", QVariant::fromValue(QDBusObjectPath(sessionPath))}});
     }
-    /// An unlock request is carried out, as by a desktop.
+    /// An unlock request is carried out, a little later, as by a desktop.
     void obeyUnlock() const {
-        call(sessionPath, "AddMethod",
-             {sessionInterface, "Unlock", "", "",
-              "self.UpdateProperties('org.freedesktop.login1.Session', {'LockedHint': "
-              "dbus.Boolean(False, variant_level=1)})"});
+        const char* code =
+            "from gi.repository import GLib\n"
+            "GLib.timeout_add(20, lambda session=self, no=dbus.Boolean(False, variant_level=1):\n"
+            "    session.UpdateProperties('org.freedesktop.login1.Session', {'LockedHint': no}))";
+        call(sessionPath, "AddMethod", {sessionInterface, "Unlock", "", "", code});
     }
     /// Python code of the manager's method.
     void setAnswer(const char* method, const char* signature, const char* code) const {
