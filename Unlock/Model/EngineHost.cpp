@@ -27,11 +27,18 @@ std::unique_ptr<SessionUnlockAsker> makeAsker(const UnlockPlatform& platform,
 
 }  // namespace
 
+PasswordTyping& EngineHost::Opener::way() const {
+    const bool types = host_.platform_.opening() == LockOpening::typing;
+    return types ? static_cast<PasswordTyping&>(host_.typer_) : *host_.asker_;
+}
+
+void EngineHost::Opener::expectTyping(std::function<bool()> stillLocked) {
+    way().expectTyping(std::move(stillLocked));
+}
+
 void EngineHost::Opener::typeStoredPassword(std::function<bool()> stillLocked,
                                             std::function<void(TypingOutcome)> completion) {
-    const bool types = host_.platform_.opening() == LockOpening::typing;
-    PasswordTyping& way = types ? static_cast<PasswordTyping&>(host_.typer_) : *host_.asker_;
-    way.typeStoredPassword(std::move(stillLocked), std::move(completion));
+    way().typeStoredPassword(std::move(stillLocked), std::move(completion));
 }
 
 EngineHost::EngineHost(const Services& services, PasswordHealth health,

@@ -51,10 +51,13 @@ class EngineHost {
     /// Types or asks, as the session needs it at that moment.
     struct Opener final : PasswordTyping {
         explicit Opener(EngineHost& host) : host_(host) {}
+        void expectTyping(std::function<bool()> stillLocked) override;
         void typeStoredPassword(std::function<bool()> stillLocked,
                                 std::function<void(TypingOutcome)> completion) override;
 
       private:
+        [[nodiscard]] PasswordTyping& way() const;
+
         EngineHost& host_;
     };
 
