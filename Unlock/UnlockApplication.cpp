@@ -23,30 +23,33 @@ UnlockApplication::UnlockApplication(const UnlockPlatform& platform,
       hooks_(std::move(hooks)),
       model_(std::make_unique<UnlockModel>(
           platform, std::move(resources),
-          UnlockModel::Callbacks{.onChange = [this] { modelChanged(); },
-                                 .onLog =
-                                     [this](const LogLine& line) {
-                                         if (hooks_.log) hooks_.log(line);
-                                         if (line.level == LogLine::Level::debug) return;
-                                         journal_.add(line, platform_.clock.now());
-                                         windows_.refresh(Window::settings);
-                                     },
-                                 .onAskToUpdatePassword =
-                                     [this] {
-                                         // Reopening would lose its unsaved input. The settings
-                                         // ask, too.
-                                         if (!windows_.isOpen(Window::welcome))
-                                             startWelcome(UnlockOnboardingMode::updatePassword);
-                                     },
-                                 .onEnrollmentProgress =
-                                     [this](const EnrollmentSession& session) {
-                                         if (welcome_) welcome_->captureProgressed(session);
-                                     }})),
+          UnlockModel::Callbacks{
+              .onChange = [this] { modelChanged(); },
+              .onLog =
+                  [this](const LogLine& line) {
+                      if (hooks_.log) hooks_.log(line);
+                      if (line.level == LogLine::Level::debug) return;
+                      journal_.add(line, platform_.clock.now());
+                      windows_.refresh(Window::settings);
+                  },
+              .onAskToUpdatePassword =
+                  [this] {
+                      // Reopening would lose its unsaved input. The settings
+                      // ask, too.
+                      if (!windows_.isOpen(Window::welcome))
+                          startWelcome(UnlockOnboardingMode::updatePassword);
+                  },
+              .onEnrollmentProgress =
+                  [this](const EnrollmentSession& session, const Bitmap& picture) {
+                      if (welcome_) welcome_->captureProgressed(session, picture);
+                  }})),
       settings_(std::make_unique<SettingsPresenter>(
           *model_, platform_.systemSettings, journal_, platform_.clock,
           SettingsPresenter::Hooks{
               .onChange = [this] { windows_.refresh(Window::settings); },
-              .onOnboarding = [this](UnlockOnboardingMode mode) { startWelcome(mode); },
+              .onOnboarding = [this](
+                                  UnlockOnboardingMode mode,
+                                  std::optional<UUID> replacing) { startWelcome(mode, replacing); },
               .onQuit =
                   [this] {
                       if (hooks_.terminate) hooks_.terminate();
@@ -110,7 +113,7 @@ void UnlockApplication::show(Window window) {
     watchPermissions();
 }
 
-void UnlockApplication::startWelcome(UnlockOnboardingMode mode) {
+void UnlockApplication::startWelcome(UnlockOnboardingMode mode, std::optional<UUID> replacing) {
     if (welcome_) {
         windows_.close(Window::welcome);
         welcome_->windowClosed();
@@ -119,7 +122,7 @@ void UnlockApplication::startWelcome(UnlockOnboardingMode mode) {
     const auto previous = std::shared_ptr<WelcomePresenter>(std::move(welcome_));
     platform_.mainThread.post([previous] {});
     welcome_ = std::make_unique<WelcomePresenter>(
-        mode, *model_, platform_.systemSettings,
+        mode, replacing, *model_, platform_.systemSettings,
         WelcomePresenter::Hooks{.onChange = [this] { windows_.refresh(Window::welcome); },
                                 .onFinish = [this] { windows_.close(Window::welcome); },
                                 .onSettings =

@@ -46,7 +46,7 @@ class UnlockApplication {
     /// On a later turn.
     void open(UnlockOpening::Window window);
     void show(UnlockOpening::Window window);
-    void startWelcome(UnlockOnboardingMode mode);
+    void startWelcome(UnlockOnboardingMode mode, std::optional<UUID> replacing = {});
     void modelChanged();
     void watchPermissions();
     [[nodiscard]] UnlockOpening::State openingState() const;

@@ -224,14 +224,18 @@ void StagePlatformFactory::seat(std::uint64_t person) {
 
 void StagePlatformFactory::observe() {
     std::string page;
+    std::string status;
     eachVisibleWindow([&](const QWidget& window) {
         page += (page.empty() ? "" : " | ") + window.windowTitle().toStdString();
+        const auto* told = window.findChild<QLabel*>(QStringLiteral("status"));
+        if (told != nullptr) status = told->text().toStdString();
         const auto* hint = window.findChild<QLabel*>(QStringLiteral("guide-hint"));
         if (hint != nullptr && user_)
             user_->heed(hintSaying(hint->text().toStdString()), clock_->now() - sceneBegan_);
     });
     observing_->setInterval(page.empty() ? idleMilliseconds : observingMilliseconds);
     if (page != std::exchange(page_, page)) say("page: " + page);
+    if (status != std::exchange(status_, status)) say("status: " + status);
     const std::string focus = focused();
     if (focus != std::exchange(focus_, focus)) say("focus: " + focus);
 }

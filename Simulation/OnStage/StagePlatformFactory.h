@@ -29,9 +29,9 @@ namespace marrowby {
 /// person, who follows the ring of the window), “turn” (that person’s head), “scene NAME N”,
 /// “reel NAME N” (the same, drawn before the answer), “nobody”, “password TEXT”, “owner yes”,
 /// “owner no”, “clock SECONDS” (forward) and “picture FILE” (the cameras’ newest, as PNG). Writes
-/// to the standard output what a window shows first (“page: TITLE”), what has the focus, and when a
-/// camera that was started gives its first picture. The cameras give MARROWBY_CAMERA_RATE pictures
-/// a second, else 15.
+/// to the standard output what a window shows first (“page: TITLE”), the state it tells first
+/// (“status: TEXT”), what has the focus, and when a camera that was started gives its first picture.
+/// The cameras give MARROWBY_CAMERA_RATE pictures a second, else 15.
 class StagePlatformFactory final : public PlatformFactory {
   public:
     /// `models`: the folder of the model pack.
@@ -80,6 +80,7 @@ class StagePlatformFactory final : public PlatformFactory {
     std::string unread_;
     std::unique_ptr<QTimer> observing_;
     std::string page_;
+    std::string status_;
     std::string focus_;
 };
 

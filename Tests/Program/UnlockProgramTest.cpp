@@ -168,11 +168,31 @@ TEST_F(UnlockProgramTest, obeysCommandsFromATerminal) {
     }
     expectAnUntouchedTerminal();
 
+    // The same with the keys, on a page of the settings.
+    EXPECT_EQ(tell({"settings"}), "0 ");
+    ASSERT_NO_FATAL_FAILURE(sees("Marrowby Unlock"));
+    ASSERT_TRUE(program->says("focus: Unlock with your face"));
+    bool isThere = false;
+    for (int tabs = 0; tabs < 30 && !isThere; ++tabs) {
+        press(tabKey);
+        ASSERT_TRUE(loop.runUntil([&] { return program->hasSaid("focus: "); }));
+        isThere = program->hasSaid("focus: Try It…");
+        ASSERT_TRUE(program->says("focus: "));
+    }
+    ASSERT_TRUE(isThere);
+    ASSERT_TRUE(program->order("scene live-normal 4"));
+    press(spaceKey);
+    ASSERT_NO_FATAL_FAILURE(sees("Try it"));
+    EXPECT_TRUE(program->says("status: It would unlock")) << program->recentWords();
+    ASSERT_TRUE(program->order("scene live-normal 7"));
+    EXPECT_TRUE(program->says("status: It would not unlock")) << program->recentWords();
+    EXPECT_THAT(tell({"look"}), StartsWith(looks[1].answer));
+    ASSERT_NO_FATAL_FAILURE(sees("Marrowby Unlock"));
+    expectAnUntouchedTerminal();
+
     EXPECT_EQ(tell({"pause", "5"}), "0 Paused for 5 minutes.\n");
     EXPECT_THAT(tell({"status"}), StartsWith("1 Paused: "));
     EXPECT_EQ(tell({"resume"}), "0 Resumed.\n");
-    EXPECT_EQ(tell({"settings"}), "0 ");
-    ASSERT_NO_FATAL_FAILURE(sees("Marrowby Unlock"));
     EXPECT_THAT(tell({"look", "twice"}), StartsWith("2 Marrowby Unlock knows no “twice”"));
     EXPECT_EQ(tell({"quit"}), "0 ");
     EXPECT_EQ(program->awaitEnd(), EXIT_SUCCESS) << program->recentWords();

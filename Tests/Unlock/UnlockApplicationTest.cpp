@@ -614,6 +614,89 @@ TEST_F(UnlockApplicationTest, removesTheLastFaceSoThatARestartKnows) {
     EXPECT_TRUE(application->model().state().hasPassword);
 }
 
+TEST_F(UnlockApplicationTest, endsATrialWhenSomethingElseNeedsTheCamera) {
+    setUpAll();
+    scanCamera->cameras = enrollmentCamera->cameras;
+    reopen();
+    const struct {
+        const char* reason;
+        std::function<void()> end;
+    } cases[] = {
+        {"", [this] { windows.press("Done"); }},
+        {"", [this] { windows.closeByUser(); }},
+        {"What is saved was locked, which ended the trial.",
+         [this] {
+             UnlockSettings settings = application->model().settings();
+             settings.isEnabled = false;
+             application->model().apply(std::move(settings));
+             mainThread.runPosted();
+         }},
+        {"A face is being captured, which ended the trial.",
+         [this] { application->model().captureFace([](const auto&) {}); }},
+        {"Another look began, which ended the trial.",
+         [this] { application->carryOut({.verb = Command::Verb::look}, [](const auto&) {}); }},
+        {"The screen was locked, which ended the trial.", [this] { lockScreen(); }},
+    };
+    for (const auto& [reason, end] : cases) {
+        SCOPED_TRACE(reason);
+        openVault();
+        application->model().dropCapturedFace();
+        ASSERT_TRUE(windows.press("Try It…"));
+        ASSERT_EQ(windows.page().title, "Try it");
+        end();
+        if (!windows.isOpen(Window::settings)) reopen();
+        EXPECT_EQ(windows.page().title, "Marrowby Unlock");
+        EXPECT_EQ(windows.page().problem, reason);
+        settle();
+        mainThread.advance(TimeInterval(1));
+        settle();
+        EXPECT_FALSE(scanCamera->isRunning());
+        EXPECT_TRUE(keyEvents.events.empty());
+    }
+    ASSERT_TRUE(windows.press("Try It…"));
+    EXPECT_EQ(windows.page().problem, "The screen is locked: it looks for you by itself.");
+}
+
+TEST_F(UnlockApplicationTest, renamesAFaceAndCapturesItAnewWithoutLosingIt) {
+    setUpAll();
+    reopen();
+    const auto face = [this] { return application->model().state().identities.at(0); };
+    const FaceIdentity first = face();
+    EXPECT_TRUE(press("Rename…"));
+    EXPECT_TRUE(windows.write("  "));
+    EXPECT_FALSE(press("Rename")) << "a face has a name";
+    EXPECT_TRUE(windows.write("Anna, glasses") && press("Cancel"));
+    EXPECT_EQ(face().name, "Anna");
+    EXPECT_TRUE(press("Rename…") && windows.write("Anna, glasses") && press("Rename"));
+    EXPECT_EQ(face().name, "Anna, glasses");
+
+    EXPECT_TRUE(press("Capture Anew…"));
+    EXPECT_EQ(windows.page().title, "Save your face");
+    hold(EnrollmentPose::center);
+    EXPECT_TRUE(windows.row<WindowRow::Guide>()->picture) << "shown inside the ring";
+    windows.closeByUser();
+    EXPECT_EQ(face().samples, first.samples) << "cancelled";
+
+    models.answer = [](auto /*inputs*/) {
+        return FakeNeuralModels::Outputs(
+            std::vector{NeuralOutput{"embedding", std::vector(128, -0.1F)}});
+    };
+    for (const bool isDiskFull : {true, false}) {
+        reopen();
+        if (isDiskFull) files.deny("/data/Marrowby Unlock/Faces.sealed");
+        EXPECT_TRUE(press("Capture Anew…"));
+        capture();
+        EXPECT_EQ(windows.row<WindowRow::TextField>()->text, "Anna, glasses");
+        EXPECT_TRUE(press("Save"));
+        files.heal();
+        EXPECT_EQ(face().samples == first.samples, isDiskFull);
+        if (isDiskFull) windows.closeByUser();
+    }
+    EXPECT_EQ(face().name, "Anna, glasses");
+    EXPECT_EQ(face().id, first.id);
+    EXPECT_EQ(application->model().state().identities.size(), 1U);
+}
+
 TEST_F(UnlockApplicationTest, trustsAPasswordSavedAnewWithoutARestart) {
     setUpAll();
     UnlockSettings settings = application->model().settings();

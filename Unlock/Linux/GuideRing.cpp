@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Linux/GuideRing.h"
 
+#include "Unlock/Linux/CameraView.h"
 #include "Unlock/Linux/PageColors.h"
 
 #include <QPainter>
@@ -69,13 +70,22 @@ void GuideRing::paintEvent(QPaintEvent* /*event*/) {
         painter.restore();
     }
 
-    painter.save();
     const double inner = radius - markLength - 10;
+    painter.save();
+    if (guide_.picture) {
+        QPainterPath circle;
+        circle.addEllipse(QPointF(), inner, inner);
+        painter.setClipPath(circle);
+        paintMirrored(painter, *guide_.picture, circle.boundingRect());
+    }
+    painter.restore();
+
+    painter.save();
     painter.scale(inner * 0.86, inner * 0.86);
     painter.setPen(Qt::NoPen);
     painter.setBrush(pagecolors::mix(palette().color(QPalette::WindowText),
                                      palette().color(QPalette::Window), 0.16));
-    painter.drawPath(person());
+    if (!guide_.picture) painter.drawPath(person());
     painter.restore();
 
     if (!guide_.direction) return;

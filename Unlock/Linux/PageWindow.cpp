@@ -254,6 +254,13 @@ void PageWindow::fit(bool isOtherPage) {
     const int height = std::min(rest + content_->heightAt(most.width()), most.height());
     fitted_ = {most.width(), isOtherPage ? height : std::max(height, this->height())};
     if (size() != fitted_) resize(fitted_);
+    if (!isVisible()) return;
+    // Grown over the screen's edge where it stands.
+    const QRect available = on->availableGeometry();
+    const QSize frame = fitted_ + frameGeometry().size() - size();
+    const int lowest = available.top() + available.height() - frame.height();
+    const int y = std::max(available.top(), std::min(frameGeometry().top(), lowest));
+    if (y != frameGeometry().top()) move(frameGeometry().left(), y);
 }
 
 void PageWindow::resizeEvent(QResizeEvent* event) {

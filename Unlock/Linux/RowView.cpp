@@ -2,6 +2,7 @@
 #include "Unlock/Linux/RowView.h"
 
 #include "Unlock/Linux/ButtonStrip.h"
+#include "Unlock/Linux/CameraView.h"
 #include "Unlock/Linux/GuideRing.h"
 #include "Unlock/Linux/MutedLabel.h"
 #include "Unlock/Linux/PageColors.h"
@@ -15,6 +16,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPlainTextEdit>
+#include <QProgressBar>
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <algorithm>
@@ -136,6 +138,7 @@ class TitledView : public RowView {
         control.setAccessibleName(text(title));
         control.setAccessibleDescription(text(detail));
     }
+    void nameTitle(const QString& name) { title_->setObjectName(name); }
     void strengthenTitle() { scaleFont(*title_, 1, true); }
 
   private:
@@ -151,6 +154,7 @@ class StatusView final : public TitledView {
         lead(*mark_);
         put(*fix_);
         strengthenTitle();
+        nameTitle(QStringLiteral("status"));
     }
     void show(const WindowRow& row, Mnemonics& keys) override {
         const auto& status = std::get<WindowRow::Status>(row);
@@ -298,6 +302,79 @@ class SecretFieldView final : public TitledView {
     SecretField* field_;
 };
 
+class PictureView final : public RowView {
+  public:
+    PictureView(const WindowRow& row, QWidget* parent)
+        : RowView(row, false, parent), camera_(new CameraView(this)) {
+        auto* layout = new QVBoxLayout(this);
+        layout->setContentsMargins(4, 4, 4, 4);
+        layout->addWidget(camera_, 0, Qt::AlignHCenter);
+    }
+    void show(const WindowRow& row, Mnemonics& /*keys*/) override {
+        camera_->show(std::get<WindowRow::Picture>(row));
+    }
+    /// Leaves half of it to the other rows.
+    void setRoom(int height) override { camera_->setHeight(height / 2); }
+
+  private:
+    CameraView* camera_;
+};
+
+/// With a mark at the limit.
+class MeterBar final : public QProgressBar {
+  public:
+    explicit MeterBar(QWidget* parent) : QProgressBar(parent) {
+        setRange(0, steps);
+        setFixedSize(150, 14);
+    }
+    void show(const WindowRow::Meter& meter) {
+        limit_ = meter.limit;
+        isGood_ = meter.isGood;
+        setValue(static_cast<int>(meter.level * steps));
+        setAccessibleName(QString::fromStdString(meter.title));
+        setAccessibleDescription(QString::fromStdString(meter.detail));
+        update();
+    }
+
+  protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const QRectF groove = QRectF(rect()).adjusted(1, 4, -1, -4);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(pagecolors::line(palette()));
+        painter.drawRoundedRect(groove, 3, 3);
+        QRectF bar = groove;
+        bar.setWidth(groove.width() * value() / steps);
+        painter.setBrush(isGood_ ? pagecolors::good(palette()) : pagecolors::warning(palette()));
+        painter.drawRoundedRect(bar, 3, 3);
+        painter.setPen(QPen(palette().color(QPalette::WindowText), 2));
+        const double mark = groove.left() + groove.width() * limit_;
+        painter.drawLine(QPointF(mark, 1), QPointF(mark, height() - 1));
+    }
+
+  private:
+    static constexpr int steps = 1000;
+    double limit_ = 0;
+    bool isGood_ = false;
+};
+
+class MeterView final : public TitledView {
+  public:
+    MeterView(const WindowRow& row, QWidget* parent)
+        : TitledView(row, parent), bar_(new MeterBar(this)) {
+        put(*bar_);
+    }
+    void show(const WindowRow& row, Mnemonics& /*keys*/) override {
+        const auto& meter = std::get<WindowRow::Meter>(row);
+        showTitle(meter.title, meter.detail);
+        bar_->show(meter);
+    }
+
+  private:
+    MeterBar* bar_;
+};
+
 class GuideView final : public RowView {
   public:
     GuideView(const WindowRow& row, QWidget* parent)
@@ -395,6 +472,8 @@ struct Maker {
     RowView* operator()(const WindowRow::SecretField&) const {
         return new SecretFieldView(row, parent);
     }
+    RowView* operator()(const WindowRow::Picture&) const { return new PictureView(row, parent); }
+    RowView* operator()(const WindowRow::Meter&) const { return new MeterView(row, parent); }
     RowView* operator()(const WindowRow::Guide&) const { return new GuideView(row, parent); }
     RowView* operator()(const WindowRow::Log&) const { return new LogView(row, parent); }
 };

@@ -69,8 +69,8 @@ std::expected<void, CameraError> EnrollmentCapture::start(
     services_.camera.setOnFrame([recognition = std::make_shared<Recognition>(services_),
                                  take = weakSelf_.guarded(&EnrollmentCapture::take),
                                  &mainThread = services_.mainThread](const CameraFrame& frame) {
-        mainThread.post(
-            [take, seen = recognition->see(frame), time = frame.timestamp] { take(seen, time); });
+        mainThread.post([take, seen = recognition->see(frame), picture = frame.image,
+                         time = frame.timestamp] { take(seen, picture, time); });
     });
     auto started = services_.camera.start(cameraID);
     if (started) {
@@ -81,21 +81,21 @@ std::expected<void, CameraError> EnrollmentCapture::start(
     return started;
 }
 
-void EnrollmentCapture::take(const Seen& seen, Date time) {
+void EnrollmentCapture::take(const Seen& seen, const Bitmap& picture, Date time) {
     if (seen) {
-        observe(*seen, time);
+        observe(*seen, picture, time);
     } else {
         fail(description(seen.error()));
     }
 }
 
-void EnrollmentCapture::observe(const EnrollmentFrame& frame, Date time) {
+void EnrollmentCapture::observe(const EnrollmentFrame& frame, const Bitmap& picture, Date time) {
     if (isOver_) return;
     hasSeenFrame_ = true;
     if (!session_) session_.emplace(time);
     session_->observe(frame, time);
     const auto weak = weakSelf_.handle();
-    if (callbacks_.onProgress) callbacks_.onProgress(*session_);
+    if (callbacks_.onProgress) callbacks_.onProgress(*session_, picture);
     if (!weak.get() || isOver_ || !session_->isDone()) return;
     isOver_ = true;
     services_.camera.stop();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "UnlockCore/Enrollment/EnrollmentSession.h"
+#include "UnlockCore/Foundation/Bitmap.h"
 #include "UnlockCore/Foundation/WeakSelf.h"
 #include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Platform/Imaging.h"
@@ -35,7 +36,7 @@ class EnrollmentCapture {
   public:
     /// All on the main thread. After `onDone` or `onFailed` nothing more comes.
     struct Callbacks {
-        std::function<void(const EnrollmentSession&)> onProgress;
+        std::function<void(const EnrollmentSession&, const Bitmap& picture)> onProgress;
         std::function<void(CapturedFace)> onDone;
         /// The sentence for the user.
         std::function<void(std::string)> onFailed;
@@ -60,8 +61,8 @@ class EnrollmentCapture {
     class Recognition;
     using Seen = std::expected<EnrollmentFrame, FaceRecognitionError>;
 
-    void take(const Seen& seen, Date time);
-    void observe(const EnrollmentFrame& frame, Date time);
+    void take(const Seen& seen, const Bitmap& picture, Date time);
+    void observe(const EnrollmentFrame& frame, const Bitmap& picture, Date time);
     void fail(std::string sentence);
 
     Services services_;

@@ -23,7 +23,7 @@ namespace marrowby {
 /// arguments outlive it.
 class FaceEnrollment {
   public:
-    using Progress = std::function<void(const EnrollmentSession&)>;
+    using Progress = std::function<void(const EnrollmentSession&, const Bitmap& picture)>;
 
     /// `onProgress` is called after every frame.
     FaceEnrollment(const UnlockPlatform& platform, const ModelPack& models,

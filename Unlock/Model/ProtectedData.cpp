@@ -106,10 +106,15 @@ void ProtectedData::open(Purpose purpose, Completion completion) {
         }));
 }
 
-Outcome ProtectedData::saveFace(const CapturedFace& face, const std::string& name) {
+Outcome ProtectedData::saveFace(const CapturedFace& face, const std::string& name,
+                                std::optional<UUID> replacing) {
     return afterChange(faces_.saveIdentity(face.samples, name, face.modelIdentifier, face.dimension,
-                                           std::nullopt, models_.sums),
+                                           replacing, models_.sums),
                        "Your face wasn’t saved");
+}
+
+Outcome ProtectedData::renameFace(UUID id, const std::string& name) {
+    return afterChange(faces_.rename(id, name), "The name wasn’t saved");
 }
 
 Outcome ProtectedData::setFaceEnabled(UUID id, bool enabled) {

@@ -72,7 +72,10 @@ class ProtectedData {
 
     // These need the open vault.
 
-    [[nodiscard]] Outcome saveFace(const CapturedFace& face, const std::string& name);
+    /// In place of the face `replacing`, else as another one.
+    [[nodiscard]] Outcome saveFace(const CapturedFace& face, const std::string& name,
+                                   std::optional<UUID> replacing);
+    [[nodiscard]] Outcome renameFace(UUID id, const std::string& name);
     [[nodiscard]] Outcome setFaceEnabled(UUID id, bool enabled);
     [[nodiscard]] Outcome removeFace(UUID id);
     /// Wipes `password`, saved or not.

@@ -35,8 +35,9 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
              .autoLockLimit = [this] { return length(settings_.autoLock); }}),
       passwordCheck_(platform_),
       enrollment_(platform_, resources_.models, cameraUse_,
-                  [this](const EnrollmentSession& session) {
-                      if (callbacks_.onEnrollmentProgress) callbacks_.onEnrollmentProgress(session);
+                  [this](const EnrollmentSession& session, const Bitmap& picture) {
+                      if (callbacks_.onEnrollmentProgress)
+                          callbacks_.onEnrollmentProgress(session, picture);
                   }) {
     platform_.keyEvents.vouchFor(settings_.vouchedLockers);
     platform_.keyEvents.setUnknownLockerHandler(
@@ -129,12 +130,19 @@ void UnlockModel::openVault(Completion completion) {
 }
 
 void UnlockModel::captureFace(Completion completion) {
+    endTryOut("A face is being captured, which ended the trial.");
     enrollment_.capture(settings().cameraChoice().cameraID(platform_.windowServer.activeDisplays()),
                         showing(std::move(completion)));
 }
 
-void UnlockModel::saveCapturedFace(const std::string& name, Completion completion) {
-    change([this, name] { return saveCaptured(name); }, std::move(completion));
+void UnlockModel::saveCapturedFace(const std::string& name, std::optional<UUID> replacing,
+                                   Completion completion) {
+    change([this, name, replacing] { return saveCaptured(name, replacing); },
+           std::move(completion));
+}
+
+void UnlockModel::renameFace(UUID id, const std::string& name, Completion completion) {
+    change([this, id, name] { return data_.renameFace(id, name); }, std::move(completion));
 }
 
 void UnlockModel::setFaceEnabled(UUID id, bool enabled, Completion completion) {
@@ -156,7 +164,7 @@ void UnlockModel::saveCapturedFaceAndPassword(const std::string& name, SecretByt
                                               Completion completion) {
     saveChecked(
         std::move(password), ProtectedData::Purpose::saveFaceAndPassword,
-        [this, name] { return saveCaptured(name); }, std::move(completion));
+        [this, name] { return saveCaptured(name, std::nullopt); }, std::move(completion));
 }
 
 void UnlockModel::change(std::function<Outcome()> work, Completion completion) {
@@ -187,7 +195,7 @@ void UnlockModel::saveChecked(SecretBytes password, ProtectedData::Purpose purpo
 void UnlockModel::allowAsking(const std::string& name, Completion completion) {
     change(
         [this, name] {
-            const Outcome saved = hasCapturedFace() ? saveCaptured(name) : Outcome();
+            const Outcome saved = hasCapturedFace() ? saveCaptured(name, std::nullopt) : Outcome();
             if (!saved) return saved;
             UnlockSettings settings = settings_;
             settings.asksDesktop = true;
@@ -197,10 +205,10 @@ void UnlockModel::allowAsking(const std::string& name, Completion completion) {
         std::move(completion));
 }
 
-Outcome UnlockModel::saveCaptured(const std::string& name) {
+Outcome UnlockModel::saveCaptured(const std::string& name, std::optional<UUID> replacing) {
     const CapturedFace* const face = enrollment_.captured();
     if (face == nullptr) return std::unexpected("There is no captured face to save.");
-    const Outcome saved = data_.saveFace(*face, name);
+    const Outcome saved = data_.saveFace(*face, name, replacing);
     if (saved) enrollment_.drop();
     return saved;
 }
@@ -208,6 +216,7 @@ Outcome UnlockModel::saveCaptured(const std::string& name) {
 void UnlockModel::eraseEverything() {
     enrollment_.drop();
     endTrial(std::unexpected("Everything was erased, which ended this look."));
+    endTryOut("Everything was erased, which ended the trial.");
     pause_.reset();
     const Outcome erased = data_.eraseEverything();
     // Where something is left, its settings still hold.
@@ -243,7 +252,7 @@ void UnlockModel::resume() {
 }
 
 std::optional<std::string> UnlockModel::reasonNotToLook() const {
-    if (trial_) return "A look is under way.";
+    if (!std::holds_alternative<std::monostate>(ownLook_)) return "A look is under way.";
     if (enrollment_.isCapturing()) return "A face is being captured.";
     if (platform_.lockState.isLocked()) return "The screen is locked: it looks for you by itself.";
     // Off, paused or without a locker, it looks when it is asked to.
@@ -259,21 +268,45 @@ std::optional<std::string> UnlockModel::reasonNotToLook() const {
 
 void UnlockModel::tryLook(LookEnd onEnd) {
     wireEngine();
+    endTryOut("Another look began, which ended the trial.");
     if (const auto reason = reasonNotToLook()) return onEnd(std::unexpected(*reason));
-    trial_ = Trial{.onEnd = std::move(onEnd),
-                   .look = std::make_unique<TrialLook>(
-                       TrialLook::Services{.scanner = engine_->scanner(),
-                                           .mainThread = platform_.mainThread,
-                                           .clock = platform_.clock,
-                                           .windowServer = platform_.windowServer},
-                       readiness(), weakSelf_.guarded(&UnlockModel::endTrial))};
-    trial_->look->start();
+    auto& trial = ownLook_.emplace<Trial>(Trial{
+        .onEnd = std::move(onEnd),
+        .look =
+            std::make_unique<TrialLook>(TrialLook::Services{.scanner = engine_->scanner(),
+                                                            .mainThread = platform_.mainThread,
+                                                            .clock = platform_.clock,
+                                                            .windowServer = platform_.windowServer},
+                                        readiness(), weakSelf_.guarded(&UnlockModel::endTrial))});
+    trial.look->start();
 }
 
 void UnlockModel::endTrial(const std::expected<TrialLook::Result, std::string>& result) {
+    if (!std::holds_alternative<Trial>(ownLook_)) return;
     // The callback may start another.
-    const auto ended = std::exchange(trial_, std::nullopt);
-    if (ended) ended->onEnd(result);
+    const auto ended = std::exchange(ownLook_, std::monostate());
+    std::get<Trial>(ended).onEnd(result);
+}
+
+void UnlockModel::startTryOut(TryOutCallbacks callbacks) {
+    wireEngine();
+    if (const auto reason = reasonNotToLook()) return callbacks.onEnd(*reason);
+    auto& trying = ownLook_.emplace<Trying>(Trying{
+        .onEnd = std::move(callbacks.onEnd),
+        .tryOut =
+            std::make_unique<TryOut>(TryOut::Services{.scanner = engine_->scanner(),
+                                                      .mainThread = platform_.mainThread,
+                                                      .clock = platform_.clock,
+                                                      .windowServer = platform_.windowServer,
+                                                      .readiness = [this] { return readiness(); }},
+                                     std::move(callbacks.onChange))});
+    trying.tryOut->start();
+}
+
+void UnlockModel::endTryOut(const std::string& reason) {
+    if (!std::holds_alternative<Trying>(ownLook_)) return;
+    const auto ended = std::exchange(ownLook_, std::monostate());
+    if (!reason.empty()) std::get<Trying>(ended).onEnd(reason);
 }
 
 void UnlockModel::wireEngine() {
@@ -318,6 +351,7 @@ void UnlockModel::vaultChanged(const Outcome& loaded) {
     if (data_.isOpen()) {
         show(loaded);
     } else {
+        endTryOut("What is saved was locked, which ended the trial.");
         publish();
     }
 }
@@ -328,6 +362,7 @@ void UnlockModel::lockChanged(LockEvent event) {
         noteLocker();
         enrollment_.interrupt("The screen was locked, so nothing was captured.");
         endTrial(std::unexpected("The screen was locked, which ended this look."));
+        endTryOut("The screen was locked, which ended the trial.");
     }
     if (engine_) engine_->follow(event);
 }

@@ -8,6 +8,7 @@
 #include "Unlock/Model/PasswordCheck.h"
 #include "Unlock/Model/ProtectedData.h"
 #include "Unlock/Model/TrialLook.h"
+#include "Unlock/Model/TryOut.h"
 #include "Unlock/Model/UnlockPlatform.h"
 #include "UnlockCore/Engine/LogLine.h"
 #include "UnlockCore/Engine/UnlockReadiness.h"
@@ -21,6 +22,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace marrowby {
@@ -73,7 +75,7 @@ class UnlockModel {
         std::function<void(const LogLine&)> onLog;
         std::function<void()> onAskToUpdatePassword;
         /// After every frame of an enrolment.
-        std::function<void(const EnrollmentSession&)> onEnrollmentProgress;
+        std::function<void(const EnrollmentSession&, const Bitmap& picture)> onEnrollmentProgress;
     };
 
     UnlockModel(UnlockPlatform platform, Resources resources, Callbacks callbacks);
@@ -116,7 +118,10 @@ class UnlockModel {
     void dropCapturedFace() { enrollment_.drop(); }
     [[nodiscard]] bool hasCapturedFace() const { return enrollment_.captured() != nullptr; }
 
-    void saveCapturedFace(const std::string& name, Completion completion);
+    /// In place of the face `replacing`, which stays as it is until then; else as another one.
+    void saveCapturedFace(const std::string& name, std::optional<UUID> replacing,
+                          Completion completion);
+    void renameFace(UUID id, const std::string& name, Completion completion);
     void setFaceEnabled(UUID id, bool enabled, Completion completion);
     void removeFace(UUID id, Completion completion);
 
@@ -144,6 +149,16 @@ class UnlockModel {
     /// A look that types nothing. A lock of the screen ends it.
     void tryLook(LookEnd onEnd);
 
+    struct TryOutCallbacks {
+        std::function<void(const TryOut::View&)> onChange;
+        /// With the reason, for the user; at once where it can't begin. Not after endTryOut().
+        std::function<void(const std::string&)> onEnd;
+    };
+    /// Looks and shows what it thinks until endTryOut(), a lock of the screen or of the vault, a
+    /// capture or another look.
+    void startTryOut(TryOutCallbacks callbacks);
+    void endTryOut() { endTryOut({}); }
+
     /// Builds the engine, once, as soon as a face is saved, and a password where one is typed.
     void wireEngine();
 
@@ -159,7 +174,7 @@ class UnlockModel {
     /// Checks the password, opens the vault, saves the password, then does `rest`.
     void saveChecked(SecretBytes password, ProtectedData::Purpose purpose,
                      std::function<Outcome()> rest, Completion completion);
-    [[nodiscard]] Outcome saveCaptured(const std::string& name);
+    [[nodiscard]] Outcome saveCaptured(const std::string& name, std::optional<UUID> replacing);
     /// Calls show(), then `completion`.
     [[nodiscard]] Completion showing(Completion completion);
     /// Makes a failure State::problem, or clears it.
@@ -167,6 +182,8 @@ class UnlockModel {
     [[nodiscard]] UnlockStatusFacts statusFacts() const;
     [[nodiscard]] std::optional<std::string> reasonNotToLook() const;
     void endTrial(const std::expected<TrialLook::Result, std::string>& result);
+    /// Without a reason the callback isn't called.
+    void endTryOut(const std::string& reason);
     void offerLocker(const std::string& path);
     void store(UnlockSettings settings);
     [[nodiscard]] State currentState() const;
@@ -194,7 +211,12 @@ class UnlockModel {
         LookEnd onEnd;
         std::unique_ptr<TrialLook> look;
     };
-    std::optional<Trial> trial_;
+    struct Trying {
+        std::function<void(const std::string&)> onEnd;
+        std::unique_ptr<TryOut> tryOut;
+    };
+    /// The look of the application's own that is under way.
+    std::variant<std::monostate, Trial, Trying> ownLook_;
     WeakSelf<UnlockModel> weakSelf_{this};
 };
 

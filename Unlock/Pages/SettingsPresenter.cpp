@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Pages/SettingsPresenter.h"
 
+#include "Unlock/Pages/TryPage.h"
+#include "UnlockCore/Foundation/Text.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -102,6 +105,10 @@ void chooseCamera(std::optional<std::string>& chosen, std::size_t option,
     if (option > 0 && option <= cameras.size()) chosen = cameras[option - 1].id;
 }
 
+std::string quoted(const std::string& name) {
+    return "“" + name + "”";
+}
+
 std::string modelsOf(const UnlockModel& model) {
     const ModelPack& models = model.models();
     return models.knowsRealFaces() ? models.title() + "."
@@ -120,7 +127,8 @@ SettingsPresenter::SettingsPresenter(UnlockModel& model, SystemSettings& setting
       hooks_(std::move(hooks)) {}
 
 WindowPage SettingsPresenter::page() const {
-    if (!std::holds_alternative<Nothing>(question_)) return questionPage();
+    if (const auto* trying = std::get_if<Trying>(&sheet_)) return tryPage(trying->view);
+    if (!std::holds_alternative<Nothing>(sheet_)) return questionPage();
     const UnlockSettings& settings = model_.settings();
     const UnlockStatus status = model_.status();
     WindowPage page{.title = std::string(applicationName),
@@ -206,6 +214,9 @@ void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
                                   .detail = settingsNote(settings.livenessMode, model_.words()),
                                   .options = titlesOf(livenessModes, title),
                                   .selected = indexOf(livenessModes, settings.livenessMode)});
+    rows.emplace_back(Row::Actions{.title = "See what it thinks of you",
+                                   .detail = "With the camera on. Nothing is typed or kept.",
+                                   .buttons = {button({Control::tryIt}, "Try It…")}});
     rows.emplace_back(Row::Text{"Its models: " + modelsOf(model_)});
     const auto cameras = model_.cameras();
     rows.emplace_back(cameraRow(Control::builtInDisplayCamera, "Camera at the built-in display", {},
@@ -245,10 +256,16 @@ void SettingsPresenter::addSaved(std::vector<WindowRow>& rows) const {
         rows.emplace_back(
             Row::Actions{.title = {},
                          .detail = {},
-                         .buttons = {{.id = {Control::removeFace, i},
+                         .buttons = {{.id = {Control::renameFace, i},
+                                      .title = "Rename…",
+                                      .spokenTitle = "Rename " + quoted(face.name) + "…"},
+                                     {.id = {Control::captureFaceAnew, i},
+                                      .title = "Capture Anew…",
+                                      .spokenTitle = "Capture " + quoted(face.name) + " Anew…"},
+                                     {.id = {Control::removeFace, i},
                                       .title = "Remove…",
                                       .isDestructive = true,
-                                      .spokenTitle = "Remove “" + face.name + "”…"}}});
+                                      .spokenTitle = "Remove " + quoted(face.name) + "…"}}});
     }
     Row::Actions changes{
         .title = {}, .detail = {}, .buttons = {button({Control::addFace}, "Add a Look…")}};
@@ -302,21 +319,31 @@ WindowPage SettingsPresenter::questionPage() const {
         }
         Words operator()(const RemovingFace& removing) const {
             return {
-                "Remove “" + removing.name + "”?",
+                "Remove " + quoted(removing.name) + "?",
                 "This look doesn’t unlock your " + std::string(platform.computer) + " any more.",
                 "Remove"};
         }
+        Words operator()(const RenamingFace& renaming) const {
+            return {"Rename " + quoted(renaming.oldName), {}, "Rename"};
+        }
+        Words operator()(const Trying& /*unused*/) const { return {}; }
     };
-    const Words words = std::visit(WordsOf{.platform = model_.words()}, question_);
+    const Words words = std::visit(WordsOf{.platform = model_.words()}, sheet_);
+    const auto* renaming = std::get_if<RenamingFace>(&sheet_);
+    std::vector<WindowRow> rows;
+    if (renaming != nullptr)
+        rows.emplace_back(Row::TextField{{Control::faceName}, "Name", renaming->name});
     // Return must not confirm what cannot be undone.
-    const bool isDestructive = !std::holds_alternative<Quitting>(question_);
+    const bool isDestructive =
+        std::holds_alternative<Erasing>(sheet_) || std::holds_alternative<RemovingFace>(sheet_);
     return {.title = words.title,
             .detail = words.detail,
-            .rows = {},
+            .rows = std::move(rows),
             .problem = {},
             .buttons = {{.id = {Control::cancel}, .title = "Cancel", .isDefault = isDestructive},
                         {.id = {Control::confirm},
                          .title = words.confirm,
+                         .isEnabled = renaming == nullptr || !trimmed(renaming->name).empty(),
                          .isDefault = !isDestructive,
                          .isDestructive = isDestructive}}};
 }
@@ -331,15 +358,21 @@ void SettingsPresenter::press(ControlID id) {
         open(SystemSettings::Pane::inputMonitoring);
     }
     if (id.control == Control::addFace)
-        hooks_.onOnboarding(model_.state().isEnrolled ? UnlockOnboardingMode::addLook
-                                                      : UnlockOnboardingMode::setUp);
+        hooks_.onOnboarding(
+            model_.state().isEnrolled ? UnlockOnboardingMode::addLook : UnlockOnboardingMode::setUp,
+            std::nullopt);
     if (id.control == Control::updatePassword)
-        hooks_.onOnboarding(UnlockOnboardingMode::updatePassword);
+        hooks_.onOnboarding(UnlockOnboardingMode::updatePassword, std::nullopt);
+    if (id.control == Control::captureFaceAnew && id.item < faces.size())
+        hooks_.onOnboarding(UnlockOnboardingMode::addLook, faces[id.item].id);
+    if (id.control == Control::renameFace && id.item < faces.size())
+        sheet_ = RenamingFace{faces[id.item].id, faces[id.item].name, faces[id.item].name};
+    if (id.control == Control::tryIt) tryIt();
     if (id.control == Control::removeFace && id.item < faces.size())
-        question_ = RemovingFace{faces[id.item].id, faces[id.item].name};
-    if (id.control == Control::erase) question_ = Erasing{};
-    if (id.control == Control::quit) question_ = Quitting{};
-    if (id.control == Control::cancel) question_ = Nothing{};
+        sheet_ = RemovingFace{faces[id.item].id, faces[id.item].name};
+    if (id.control == Control::erase) sheet_ = Erasing{};
+    if (id.control == Control::quit) sheet_ = Quitting{};
+    if (id.control == Control::cancel) leaveSheet();
     if (id.control == Control::confirm) confirm();
     if (id.control == Control::vouchForLocker || id.control == Control::declineLocker)
         change([&](UnlockSettings& settings) {
@@ -353,10 +386,10 @@ void SettingsPresenter::applyFix() {
     if (!fix) return;
     switch (*fix) {
         case UnlockStatusFix::setUp:
-            return hooks_.onOnboarding(UnlockOnboardingMode::setUp);
+            return hooks_.onOnboarding(UnlockOnboardingMode::setUp, std::nullopt);
         case UnlockStatusFix::savePassword:
         case UnlockStatusFix::updatePassword:
-            return hooks_.onOnboarding(UnlockOnboardingMode::updatePassword);
+            return hooks_.onOnboarding(UnlockOnboardingMode::updatePassword, std::nullopt);
         case UnlockStatusFix::allowCamera:
             return model_.requestCameraAccess();
         case UnlockStatusFix::openCameraSettings:
@@ -366,21 +399,49 @@ void SettingsPresenter::applyFix() {
         case UnlockStatusFix::touchID:
             return openVault();
         case UnlockStatusFix::captureAgain:
-            return hooks_.onOnboarding(UnlockOnboardingMode::addLook);
+            return hooks_.onOnboarding(UnlockOnboardingMode::addLook, std::nullopt);
         case UnlockStatusFix::resume:
             return model_.resume();
         case UnlockStatusFix::erase:
-            question_ = Erasing{};
+            sheet_ = Erasing{};
             return;
     }
 }
 
 void SettingsPresenter::confirm() {
-    const Question question = std::exchange(question_, Nothing{});
+    const Sheet question = std::exchange(sheet_, Nothing{});
     if (std::holds_alternative<Erasing>(question)) model_.eraseEverything();
     if (std::holds_alternative<Quitting>(question)) hooks_.onQuit();
     if (const auto* removing = std::get_if<RemovingFace>(&question))
         model_.removeFace(removing->id, [](const auto& /*the model's problem*/) {});
+    if (const auto* renaming = std::get_if<RenamingFace>(&question))
+        model_.renameFace(renaming->id, renaming->name, [](const auto& /*the model's problem*/) {});
+}
+
+void SettingsPresenter::tryIt() {
+    sheet_ = Trying{};
+    model_.startTryOut(
+        {.onChange = weakSelf_.guarded([](SettingsPresenter& self, const TryOut::View& view) {
+             if (auto* trying = std::get_if<Trying>(&self.sheet_)) trying->view = view;
+             self.hooks_.onChange();
+         }),
+         .onEnd = weakSelf_.guarded([](SettingsPresenter& self, const std::string& reason) {
+             self.sheet_ = Nothing{};
+             self.advice_ = reason;
+             self.hooks_.onChange();
+         })});
+}
+
+void SettingsPresenter::leaveSheet() {
+    if (std::holds_alternative<Trying>(sheet_)) model_.endTryOut();
+    sheet_ = Nothing{};
+}
+
+void SettingsPresenter::enter(ControlID id, std::string text) {
+    auto* renaming = std::get_if<RenamingFace>(&sheet_);
+    if (renaming == nullptr || id.control != Control::faceName) return;
+    renaming->name = std::move(text);
+    hooks_.onChange();
 }
 
 void SettingsPresenter::open(SystemSettings::Pane pane) {
@@ -432,7 +493,7 @@ void SettingsPresenter::choose(ControlID id, std::size_t option) {
 }
 
 void SettingsPresenter::windowClosed() {
-    question_ = Nothing{};
+    leaveSheet();
     advice_.clear();
     model_.forgetProblem();
 }

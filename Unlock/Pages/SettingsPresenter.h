@@ -5,10 +5,12 @@
 #include "Unlock/Model/UnlockModel.h"
 #include "Unlock/Pages/WindowPresenter.h"
 #include "UnlockCore/Foundation/UUID.h"
+#include "UnlockCore/Foundation/WeakSelf.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Status/UnlockOnboardingFlow.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -20,7 +22,8 @@ class SettingsPresenter final : public WindowPresenter {
   public:
     struct Hooks {
         std::function<void()> onChange;
-        std::function<void(UnlockOnboardingMode)> onOnboarding;
+        /// `replacing`: the face to capture anew.
+        std::function<void(UnlockOnboardingMode, std::optional<UUID> replacing)> onOnboarding;
         std::function<void()> onQuit;
     };
 
@@ -31,7 +34,7 @@ class SettingsPresenter final : public WindowPresenter {
     void press(ControlID id) override;
     void toggle(ControlID id, bool isOn) override;
     void choose(ControlID id, std::size_t option) override;
-    void enter(ControlID /*id*/, std::string /*text*/) override {}
+    void enter(ControlID id, std::string text) override;
     void enter(ControlID /*id*/, SecretBytes /*secret*/) override {}
     void windowClosed() override;
 
@@ -43,8 +46,16 @@ class SettingsPresenter final : public WindowPresenter {
         UUID id;
         std::string name;
     };
-    /// What the user is asked to confirm.
-    using Question = std::variant<Nothing, Erasing, Quitting, RemovingFace>;
+    struct RenamingFace {
+        UUID id;
+        std::string oldName;
+        std::string name;
+    };
+    struct Trying {
+        TryOut::View view;
+    };
+    /// What is shown in place of the settings: a question, or the trial.
+    using Sheet = std::variant<Nothing, Erasing, Quitting, RemovingFace, RenamingFace, Trying>;
 
     [[nodiscard]] WindowPage questionPage() const;
     void addLooking(std::vector<WindowRow>& rows) const;
@@ -53,6 +64,9 @@ class SettingsPresenter final : public WindowPresenter {
     void applyFix();
     void openVault();
     void confirm();
+    void tryIt();
+    /// Back to the settings.
+    void leaveSheet();
     void open(SystemSettings::Pane pane);
     void change(const std::function<void(UnlockSettings&)>& edit);
 
@@ -61,9 +75,10 @@ class SettingsPresenter final : public WindowPresenter {
     const UnlockJournal& journal_;
     const SystemClock& clock_;
     Hooks hooks_;
-    Question question_;
-    /// Set when the system's settings could not be opened.
+    Sheet sheet_;
+    /// Why the system's settings could not be opened, or the trial ended.
     std::string advice_;
+    WeakSelf<SettingsPresenter> weakSelf_{this};
 };
 
 }  // namespace marrowby

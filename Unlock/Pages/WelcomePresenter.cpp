@@ -20,17 +20,21 @@ WindowButton button(Control control, std::string title) {
 
 }  // namespace
 
-WelcomePresenter::WelcomePresenter(UnlockOnboardingMode mode, UnlockModel& model,
-                                   SystemSettings& settings, Hooks hooks)
+WelcomePresenter::WelcomePresenter(UnlockOnboardingMode mode, std::optional<UUID> replacing,
+                                   UnlockModel& model, SystemSettings& settings, Hooks hooks)
     : model_(model),
       systemSettings_(settings),
       hooks_(std::move(hooks)),
       flow_(mode, model.state().opening),
+      replacing_(replacing),
       consents_(model.settings().asksDesktop),
       triggers_(model.settings().triggers),
       opensAtLogin_(!model.settings().hasFinishedWelcome || settings.opensAtLogin()) {
     const auto& faces = model.state().identities;
     if (mode == UnlockOnboardingMode::setUp && !faces.empty()) name_ = faces.front().name;
+    const auto old = std::ranges::find(
+        faces, replacing, [](const FaceIdentity& face) { return std::optional(face.id); });
+    if (replacing && old != faces.end()) name_ = old->name;
 }
 
 UnlockOnboardingFacts WelcomePresenter::facts() const {
@@ -167,8 +171,9 @@ WindowPage WelcomePresenter::body() const {
         case Step::name:
             page.title = "Name this look";
             page.detail =
-                "With glasses, without: every look has a name, so that you can tell them "
-                "apart in the settings.";
+                replacing_ ? "What was captured now takes the place of this look."
+                           : "With glasses, without: every look has a name, so that you can tell "
+                             "them apart in the settings.";
             if (model_.hasCapturedFace()) {
                 page.rows = {Row::TextField{{Control::faceName}, "Name", name_}};
             } else {
@@ -321,11 +326,12 @@ void WelcomePresenter::modelChanged() {
     windowShown();
 }
 
-void WelcomePresenter::captureProgressed(const EnrollmentSession& session) {
+void WelcomePresenter::captureProgressed(const EnrollmentSession& session, const Bitmap& picture) {
     if (flow_.step() != Step::enrol) return;
     guide_ = windowrow::Guide{.progress = session.progress(),
                               .direction = session.headTurn(),
-                              .hint = std::string(text(session.hint()))};
+                              .hint = std::string(text(session.hint())),
+                              .picture = windowrow::CameraPicture{picture, std::nullopt}};
     hooks_.onChange();
 }
 
@@ -346,7 +352,7 @@ void WelcomePresenter::goForward() {
         saveConsent();
     } else if (flow_.step() == Step::name && flow_.mode() == UnlockOnboardingMode::addLook &&
                flow_.canGoForward(facts())) {
-        save([this](auto then) { model_.saveCapturedFace(name_, std::move(then)); });
+        save([this](auto then) { model_.saveCapturedFace(name_, replacing_, std::move(then)); });
     } else {
         moveOn();
     }
@@ -358,7 +364,9 @@ void WelcomePresenter::savePassword() {
     const bool isSetUp = flow_.mode() == UnlockOnboardingMode::setUp;
     if (isSetUp && !isTyped && model_.state().hasPassword) {
         if (model_.hasCapturedFace()) {
-            save([this](auto then) { model_.saveCapturedFace(name_, std::move(then)); });
+            save([this](auto then) {
+                model_.saveCapturedFace(name_, std::nullopt, std::move(then));
+            });
         } else {
             passwordSaved_ = true;
             moveOn();

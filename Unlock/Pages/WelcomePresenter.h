@@ -27,13 +27,14 @@ class WelcomePresenter final : public WindowPresenter {
         std::function<void()> onSettings;
     };
 
-    WelcomePresenter(UnlockOnboardingMode mode, UnlockModel& model, SystemSettings& settings,
-                     Hooks hooks);
+    /// `replacing`: the saved face that an added look takes the place of, once it is saved.
+    WelcomePresenter(UnlockOnboardingMode mode, std::optional<UUID> replacing, UnlockModel& model,
+                     SystemSettings& settings, Hooks hooks);
 
     /// Starts the capture if the step needs one.
     void windowShown();
     void modelChanged();
-    void captureProgressed(const EnrollmentSession& session);
+    void captureProgressed(const EnrollmentSession& session, const Bitmap& picture);
 
     [[nodiscard]] WindowPage page() const override;
     void press(ControlID id) override;
@@ -68,6 +69,7 @@ class WelcomePresenter final : public WindowPresenter {
     SystemSettings& systemSettings_;
     Hooks hooks_;
     UnlockOnboardingFlow flow_;
+    const std::optional<UUID> replacing_;
     bool understood_ = false;
     bool passwordSaved_ = false;
     /// The user said yes to having the desktop open the lock.

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Bitmap.h"
+#include "UnlockCore/Foundation/Geometry.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -34,8 +37,11 @@ enum class WindowControl : std::uint8_t {
     externalDisplayCamera,
     autoLock,
     openVault,
+    tryIt,
     addFace,
     useFace,
+    renameFace,
+    captureFaceAnew,
     removeFace,
     updatePassword,
     vouchForLocker,
@@ -126,6 +132,32 @@ struct SecretField {
     std::string title;
     friend bool operator==(const SecretField&, const SecretField&) = default;
 };
+/// A picture of the camera, drawn as in a mirror. Equal to its copies only.
+struct CameraPicture {
+    Bitmap image;
+    /// To be framed, in the image's pixels.
+    std::optional<Rect> face;
+    friend bool operator==(const CameraPicture& one, const CameraPicture& other) {
+        return one.image.sharedBytes() == other.image.sharedBytes() && one.face == other.face;
+    }
+};
+struct Picture {
+    /// What it shows, for assistive technology.
+    std::string title;
+    /// None yet.
+    std::optional<CameraPicture> picture;
+    friend bool operator==(const Picture&, const Picture&) = default;
+};
+/// A bar with a mark at its limit.
+struct Meter {
+    std::string title;
+    std::string detail;
+    /// Both 0…1.
+    double level = 0;
+    double limit = 0;
+    bool isGood = false;
+    friend bool operator==(const Meter&, const Meter&) = default;
+};
 /// The ring around the user's face during a capture.
 struct Guide {
     /// 0…1.
@@ -133,6 +165,8 @@ struct Guide {
     /// Where the guide points, in degrees from 0 for up, clockwise.
     std::optional<double> direction;
     std::string hint;
+    /// Shown inside.
+    std::optional<CameraPicture> picture{};
     friend bool operator==(const Guide&, const Guide&) = default;
 };
 /// Newest last; scrolled to the end.
@@ -144,10 +178,10 @@ struct Log {
 }  // namespace windowrow
 
 /// Rows are laid out from top to bottom.
-struct WindowRow
-    : std::variant<windowrow::Heading, windowrow::Text, windowrow::Status, windowrow::Toggle,
-                   windowrow::Choice, windowrow::Actions, windowrow::TextField,
-                   windowrow::SecretField, windowrow::Guide, windowrow::Log> {
+struct WindowRow : std::variant<windowrow::Heading, windowrow::Text, windowrow::Status,
+                                windowrow::Toggle, windowrow::Choice, windowrow::Actions,
+                                windowrow::TextField, windowrow::SecretField, windowrow::Picture,
+                                windowrow::Meter, windowrow::Guide, windowrow::Log> {
     using Heading = windowrow::Heading;
     using Text = windowrow::Text;
     using Status = windowrow::Status;
@@ -156,6 +190,8 @@ struct WindowRow
     using Actions = windowrow::Actions;
     using TextField = windowrow::TextField;
     using SecretField = windowrow::SecretField;
+    using Picture = windowrow::Picture;
+    using Meter = windowrow::Meter;
     using Guide = windowrow::Guide;
     using Log = windowrow::Log;
     using variant::variant;

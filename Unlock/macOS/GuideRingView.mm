@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #import "Unlock/macOS/GuideRingView.h"
 
+#import "Unlock/macOS/CameraView.h"
+
 #include <cmath>
 #include <numbers>
 
@@ -16,11 +18,13 @@ constexpr CGFloat markSize = 7;
 @implementation MarrowbyGuideRingView {
     double _progress;
     std::optional<double> _direction;
+    std::optional<marrowby::windowrow::CameraPicture> _picture;
 }
 
 - (void)showGuide:(const marrowby::windowrow::Guide&)guide {
     _progress = guide.progress;
     _direction = guide.direction;
+    _picture = guide.picture;
     self.needsDisplay = YES;
 }
 
@@ -30,6 +34,14 @@ constexpr CGFloat markSize = 7;
 
 - (void)drawRect:(NSRect)__unused dirtyRect {
     const NSPoint centre = NSMakePoint(NSMidX(self.bounds), NSMidY(self.bounds));
+    if (_picture) {
+        const CGFloat inner = radius - lineWidth;
+        const NSRect place = NSMakeRect(centre.x - inner, centre.y - inner, 2 * inner, 2 * inner);
+        [NSGraphicsContext saveGraphicsState];
+        [[NSBezierPath bezierPathWithOvalInRect:place] addClip];
+        marrowby::drawMirrored(*_picture, place);
+        [NSGraphicsContext restoreGraphicsState];
+    }
     // Degrees, counter-clockwise from 3 o'clock.
     [self strokeFrom:90 by:-360 around:centre in:NSColor.quaternaryLabelColor];
     [self strokeFrom:90 by:-360 * _progress around:centre in:NSColor.controlAccentColor];

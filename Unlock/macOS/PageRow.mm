@@ -2,6 +2,7 @@
 #include "Unlock/macOS/PageRow.h"
 
 #include "Platforms/macOS/FoundationText.h"
+#include "Unlock/macOS/CameraView.h"
 #include "Unlock/macOS/ControlTarget.h"
 #include "Unlock/macOS/GuideRingView.h"
 #include "Unlock/macOS/PageWindow.h"
@@ -259,6 +260,39 @@ class SecretFieldRow final : public FieldRow {
     ControlID id_;
 };
 
+class PictureRow final : public PageRow {
+  public:
+    explicit PictureRow(const WindowRow& row)
+        : PageRow(row), camera_([[MarrowbyCameraView alloc] init]) {
+        NSStackView* const stack = [NSStackView stackViewWithViews:@[ camera_ ]];
+        stack.orientation = NSUserInterfaceLayoutOrientationVertical;
+        stack.alignment = NSLayoutAttributeCenterX;
+        setView(stack);
+    }
+    void show(const WindowRow& row) override {
+        [camera_ showPicture:std::get<WindowRow::Picture>(row)];
+    }
+
+  private:
+    MarrowbyCameraView* camera_;
+};
+
+class MeterRow final : public CardRow {
+  public:
+    explicit MeterRow(const WindowRow& row)
+        : CardRow(row), meter_([[MarrowbyMeterView alloc] init]) {
+        trail(meter_);
+    }
+    void show(const WindowRow& row) override {
+        const auto& meter = std::get<WindowRow::Meter>(row);
+        showTitle(meter.title, meter.detail, nil);
+        [meter_ showMeter:meter];
+    }
+
+  private:
+    MarrowbyMeterView* meter_;
+};
+
 class GuideRow final : public PageRow {
   public:
     explicit GuideRow(const WindowRow& row)
@@ -345,6 +379,8 @@ struct Maker {
     Made operator()(const WindowRow::SecretField&) const {
         return std::make_shared<SecretFieldRow>(row);
     }
+    Made operator()(const WindowRow::Picture&) const { return std::make_shared<PictureRow>(row); }
+    Made operator()(const WindowRow::Meter&) const { return std::make_shared<MeterRow>(row); }
     Made operator()(const WindowRow::Guide&) const { return std::make_shared<GuideRow>(row); }
     Made operator()(const WindowRow::Log&) const { return std::make_shared<LogRow>(row); }
 };
@@ -393,6 +429,8 @@ void PageButtons::show(const std::vector<WindowButton>& buttons, const Window& w
         view.enabled = button.isEnabled;
         view.keyEquivalent = button.isDefault ? @"\r" : @"";
         view.hasDestructiveAction = button.isDestructive;
+        if (!button.spokenTitle.empty())
+            view.accessibilityLabel = foundationText(button.spokenTitle);
         const ControlID id = button.id;
         [MarrowbyControlTarget attachTo:view
                                 calling:^(NSControl*) {

@@ -44,6 +44,8 @@ class PageWindow : public std::enable_shared_from_this<PageWindow> {
     void build();
     void draw(const WindowPage& page);
     void drawRows(const std::vector<WindowRow>& rows);
+    /// Takes the page's height, as far as the screen goes; on the same page it only grows.
+    void fit(bool isOtherPage);
     /// Also resets controls whose change the presenter rejected.
     void redraw();
 

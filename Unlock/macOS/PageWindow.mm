@@ -9,12 +9,18 @@
 /// Reports its closing by the user, also by Escape.
 @interface MarrowbyPageWindow : NSWindow <NSWindowDelegate>
 @property(nonatomic, copy) void (^onClose)(void);
+/// The user gave it a size.
+@property(nonatomic) BOOL hasUsersSize;
 @end
 
 @implementation MarrowbyPageWindow
 
 - (void)cancelOperation:(id)sender {
     [self performClose:sender];
+}
+
+- (void)windowDidEndLiveResize:(NSNotification*)__unused notification {
+    self.hasUsersSize = YES;
 }
 
 - (BOOL)windowShouldClose:(NSWindow*)__unused sender {
@@ -44,7 +50,8 @@ namespace {
 constexpr CGFloat margin = 22;
 constexpr CGFloat rowSpacing = 10;
 constexpr NSSize firstSize{600, 680};
-constexpr NSSize smallestSize{460, 380};
+constexpr NSSize smallestSize{320, 160};
+constexpr CGFloat greatestHeight = 760;
 
 }  // namespace
 
@@ -158,11 +165,26 @@ void PageWindow::draw(const WindowPage& page) {
     showText(problem_, page.problem);
     buttons_.show(page.buttons, weak_from_this());
     page_ = page;
+    fit(isOtherPage);
     if (!isOtherPage) return;
     [scroll_.contentView scrollToPoint:NSZeroPoint];
     const auto typed =
         std::ranges::find_if(rows_, [](const auto& row) { return row->field() != nil; });
     [window_ makeFirstResponder:typed == rows_.end() ? nil : (*typed)->field()];
+}
+
+void PageWindow::fit(bool isOtherPage) {
+    if (window_.hasUsersSize) return;
+    [window_.contentView layoutSubtreeIfNeeded];
+    const CGFloat missing = content_.fittingSize.height - scroll_.contentView.bounds.size.height;
+    const NSSize shown = window_.contentView.frame.size;
+    const CGFloat titleBar = window_.frame.size.height - shown.height;
+    NSScreen* const screen = window_.screen ? window_.screen : NSScreen.mainScreen;
+    const CGFloat most = std::min(
+        greatestHeight, screen ? screen.visibleFrame.size.height - titleBar : shown.height);
+    const CGFloat height = std::min(std::max(shown.height + missing, smallestSize.height), most);
+    if (height > shown.height || (isOtherPage && height < shown.height))
+        [window_ setContentSize:NSMakeSize(shown.width, height)];
 }
 
 void PageWindow::drawRows(const std::vector<WindowRow>& rows) {

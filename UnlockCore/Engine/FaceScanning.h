@@ -2,6 +2,7 @@
 #pragma once
 
 #include "UnlockCore/Engine/ScanConfiguration.h"
+#include "UnlockCore/Engine/ScanInsight.h"
 #include "UnlockCore/Engine/ScanObservation.h"
 
 #include <cstdint>
@@ -23,6 +24,8 @@ class FaceScanning {
         std::function<void(std::string message)> onCameraFailed;
         /// The configured camera can't be had: the one of this name looks instead. May be empty.
         std::function<void(const std::string& camera)> onOtherCamera{};
+        /// After every frame. Empty: nothing is made for it.
+        std::function<void(ScanInsight)> onInsight{};
     };
 
     virtual ~FaceScanning() = default;

@@ -7,35 +7,6 @@
 
 namespace marrowby {
 
-namespace {
-
-constexpr float headTurnLevel = 0.5F;
-
-struct Bar {
-    float level;
-    std::int64_t frames;
-};
-
-Bar bar(LivenessCue cue, const LivenessTuning& tuning) {
-    switch (cue) {
-        case LivenessCue::realFace:
-            return {tuning.spoofThreshold, tuning.spoofMinimumFrames};
-        case LivenessCue::planar:
-            return {tuning.planarLevel, tuning.planarFrames};
-        case LivenessCue::moire:
-            return {tuning.moireLevel, tuning.moireFrames};
-        case LivenessCue::glossGlare:
-            return {tuning.glossLevel, tuning.glossFrames};
-        case LivenessCue::deviceDetected:
-            return {tuning.deviceLevel, tuning.deviceFrames};
-        case LivenessCue::headTurn:
-            return {headTurnLevel, tuning.headTurnFrames};
-    }
-    fatal("an unknown liveness cue");
-}
-
-}  // namespace
-
 LivenessEvaluator::LivenessEvaluator(LivenessMode mode, const LivenessTuning& tuning,
                                      std::set<LivenessCue> enabledCues)
     : mode_(mode), tuning_(tuning), enabledCues_(std::move(enabledCues)) {}
@@ -51,7 +22,7 @@ LivenessSnapshot LivenessEvaluator::observe(const std::map<LivenessCue, CueReadi
 
 void LivenessEvaluator::update(LivenessCue cue, const std::map<LivenessCue, CueReading>& readings) {
     LivenessCueState& state = states_[cue];
-    const auto [level, frames] = bar(cue, tuning_);
+    const auto [level, frames] = cueBar(cue, tuning_);
 
     if (role(cue) == LivenessCueRole::model) {
         const bool measured = realFace_.mean.has_value();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Liveness/LivenessTuning.h"
 
+#include "UnlockCore/Foundation/Fatal.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -31,6 +33,8 @@ constexpr LivenessTuning standardTuning{.liveThreshold = 0.62F,
                                         .deviceLevel = 0.95F,
                                         .deviceFrames = 8,
                                         .headTurnFrames = 3};
+
+constexpr float headTurnLevel = 0.5F;
 
 // More agreement over a longer time, and a doubtful face denied sooner.
 constexpr LivenessTuning strictTuning = [] {
@@ -75,6 +79,24 @@ LivenessTuning scaled(LivenessTuning tuning, const MinimumCounts& minimums,
 }
 
 }  // namespace
+
+CueBar cueBar(LivenessCue cue, const LivenessTuning& tuning) {
+    switch (cue) {
+        case LivenessCue::realFace:
+            return {tuning.spoofThreshold, tuning.spoofMinimumFrames};
+        case LivenessCue::planar:
+            return {tuning.planarLevel, tuning.planarFrames};
+        case LivenessCue::moire:
+            return {tuning.moireLevel, tuning.moireFrames};
+        case LivenessCue::glossGlare:
+            return {tuning.glossLevel, tuning.glossFrames};
+        case LivenessCue::deviceDetected:
+            return {tuning.deviceLevel, tuning.deviceFrames};
+        case LivenessCue::headTurn:
+            return {headTurnLevel, tuning.headTurnFrames};
+    }
+    fatal("an unknown liveness cue");
+}
 
 LivenessTuning livenessTuning(LivenessMode mode, double framesPerSecond) {
     switch (mode) {

@@ -35,6 +35,13 @@ struct LivenessTuning {
     friend bool operator==(const LivenessTuning&, const LivenessTuning&) = default;
 };
 
+/// A cue fires at so many frames of at least this level; the model at a mean at or below it.
+struct CueBar {
+    float level = 0;
+    std::int64_t frames = 0;
+};
+[[nodiscard]] CueBar cueBar(LivenessCue cue, const LivenessTuning& tuning);
+
 /// The lock screen's tuning in a mode, at this frame rate.
 [[nodiscard]] LivenessTuning livenessTuning(LivenessMode mode,
                                             double framesPerSecond = FrameRateEstimate::assumed);

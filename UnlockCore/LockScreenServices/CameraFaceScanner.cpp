@@ -6,6 +6,7 @@
 #include "UnlockCore/Recognition/FaceMatcher.h"
 #include "UnlockCore/Recognition/FaceRecognizer.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cassert>
 #include <utility>
@@ -127,6 +128,7 @@ class CameraFaceScanner::Loop {
           models_(std::move(models)),
           scan_(scan),
           isOver_(scan->isOver),
+          givesInsight_(scan->callbacks.onInsight != nullptr),
           onFault_(std::move(onFault)),
           faceScan_(configuration_.livenessMode) {}
 
@@ -145,6 +147,12 @@ class CameraFaceScanner::Loop {
             services_.mainThread.post(
                 [fail = onFault_, fault = *std::move(fault)] { fail(fault); });
             return;
+        }
+        if (givesInsight_) {
+            services_.mainThread.post([weak = scan_, seen = insight(frame, step, *recognizer)] {
+                const auto scan = weak.lock();
+                if (scan && !*scan->isOver) scan->callbacks.onInsight(seen);
+            });
         }
         services_.mainThread.post([weak = scan_, observation = observation(step, *recognizer)] {
             const auto scan = weak.lock();
@@ -172,12 +180,52 @@ class CameraFaceScanner::Loop {
         return face;
     }
 
+    [[nodiscard]] ScanInsight insight(const CameraFrame& frame, const FaceScan::Step& step,
+                                      const FaceRecognizer& recognizer) const {
+        const float limit = facematcher::clampedThreshold(configuration_.threshold);
+        ScanInsight insight{.picture = frame.image,
+                            .face = std::nullopt,
+                            .likenesses = {},
+                            .likenessLimit = limit,
+                            .cues = cues(step.liveness),
+                            .decision = step.liveness.decision};
+        if (!step.recognition) return insight;
+        insight.face = step.recognition->face.boundingBox;
+        for (const ScoredIdentity& scored :
+             facematcher::score(step.recognition->embedding, *configuration_.identities,
+                                recognizer.embedder().modelIdentifier())) {
+            // A match takes both.
+            insight.likenesses.push_back(
+                {.name = scored.identity.name,
+                 .similarity = std::min(scored.templateSimilarity, scored.bestSampleSimilarity),
+                 .isEnabled = scored.identity.isEnabled});
+        }
+        return insight;
+    }
+    [[nodiscard]] std::vector<ScanInsight::Cue> cues(const LivenessSnapshot& liveness) const {
+        const LivenessTuning tuning = faceScan_.tuning();
+        const auto heeded = enabledLivenessCues(configuration_.livenessMode);
+        std::vector<ScanInsight::Cue> cues;
+        for (const auto& [cue, state] : liveness.cueStates) {
+            const bool isModel = role(cue) == LivenessCueRole::model;
+            cues.push_back({.cue = cue,
+                            .level = state.reading.confidence > 0
+                                         ? std::optional(state.reading.level)
+                                         : std::nullopt,
+                            .limit = isModel ? tuning.liveThreshold : cueBar(cue, tuning).level,
+                            .isHeeded = heeded.contains(cue),
+                            .hasFired = state.hasFired});
+        }
+        return cues;
+    }
+
     const Services services_;
     const std::shared_ptr<WorkQueue> helper_;
     const ScanConfiguration configuration_;
     const std::shared_ptr<const Models> models_;
     const std::weak_ptr<Scan> scan_;
     const std::shared_ptr<const std::atomic<bool>> isOver_;
+    const bool givesInsight_;
     const std::function<void(std::string)> onFault_;
     FaceScan faceScan_;
     FaultRow faults_;

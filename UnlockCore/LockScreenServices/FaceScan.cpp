@@ -96,7 +96,7 @@ const FaceScan::Step& FaceScan::judge(Findings findings, Date at, TimeInterval d
             measured.deviceOverlapFraction = rectangle->faceOverlapFraction;
         }
         if (measured.antiSpoof) lastScoredAt_ = at;
-        analyzer_.retune(livenessTuning(mode_, pace_.framesPerSecond()));
+        analyzer_.retune(tuning());
         analyzer_.ingest(measured, subject_);
     } else if (followed_) {
         followed_->wasMissed = true;

@@ -10,6 +10,7 @@
 #include "UnlockCore/Liveness/LivenessEvaluator.h"
 #include "UnlockCore/Liveness/LivenessFrame.h"
 #include "UnlockCore/Liveness/LivenessMode.h"
+#include "UnlockCore/Liveness/LivenessTuning.h"
 #include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Platform/FourierTransform.h"
 #include "UnlockCore/Platform/Imaging.h"
@@ -76,6 +77,11 @@ class FaceScan {
     /// The two halves of take(), for keeping findings and judging them again.
     [[nodiscard]] Findings study(const CameraFrame& frame, const Services& services) const;
     const Step& judge(Findings findings, Date at, TimeInterval duration = {});
+
+    /// The tuning of the last step.
+    [[nodiscard]] LivenessTuning tuning() const {
+        return livenessTuning(mode_, pace_.framesPerSecond());
+    }
 
   private:
     /// The followed face as last seen.

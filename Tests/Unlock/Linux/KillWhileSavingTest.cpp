@@ -90,7 +90,7 @@ TEST_F(KillWhileSavingTest, losesNoSavedData) {
         std::make_unique<UnlockModel>(platform(), realResources(), UnlockModel::Callbacks{});
     model->captureFace([](const auto&) {});
     holdAllPoses();
-    model->saveCapturedFace("Anna", [](const auto&) {});
+    model->saveCapturedFace("Anna", std::nullopt, [](const auto&) {});
     settle();
     save(*model, "secret");
     ASSERT_TRUE(model->state().isEnrolled && model->state().hasPassword);

@@ -385,6 +385,37 @@ TEST_F(CameraFaceScannerTest, SaysWhenAnotherCameraLooks) {
     EXPECT_TRUE(failures.empty());
 }
 
+TEST_F(CameraFaceScannerTest, TellsWhatItThinksToWhomItIsAsked) {
+    FaceIdentity off = identity("Off", {0, 1});
+    off.isEnabled = false;
+    enroll({identity("Owner", {1, 0}), off});
+    std::vector<ScanInsight> insights;
+    auto asking = callbacks();
+    asking.onInsight = [&](ScanInsight insight) { insights.push_back(std::move(insight)); };
+    scanner->start(look, configuration, asking);
+    settle();
+    observe();
+    ASSERT_EQ(insights.size(), 1U);
+    const ScanInsight& seen = insights.front();
+    EXPECT_EQ(seen.face, antiSpoof->lastBox);
+    ASSERT_EQ(seen.likenesses.size(), 2U);
+    EXPECT_EQ(seen.likenesses[0].name, "Owner");
+    EXPECT_FLOAT_EQ(seen.likenesses[0].similarity, 1);
+    EXPECT_FALSE(seen.likenesses[1].isEnabled);
+    EXPECT_EQ(seen.likenessLimit, 0.5F);
+    EXPECT_EQ(seen.cues.size(), allLivenessCues.size());
+    EXPECT_EQ(seen.cues.front().level, 1.F);
+    for (const ScanInsight::Cue& cue : seen.cues)
+        EXPECT_GT(cue.limit, 0) << title(cue.cue);
+
+    vision.removeFaces();
+    observe();
+    EXPECT_FALSE(insights.back().face);
+    start();
+    observe();
+    EXPECT_EQ(insights.size(), 2U) << "nobody asked";
+}
+
 TEST_F(CameraFaceScannerTest, LetsItsCallbacksStopAndStartIt) {
     startFully(ScanID{1});
     deliver();
