@@ -18,6 +18,7 @@
 #include <QScrollBar>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace marrowby {
@@ -30,6 +31,8 @@ constexpr QSize largestFirstSize{600, 760};
 constexpr QSize smallestSize{320, 160};
 /// A window manager's title bar and borders.
 constexpr QSize decoration{8, 40};
+/// Points by which a fractional scale may change a size.
+constexpr int scalingError = 3;
 
 int heightOf(const QLayout& layout, int width) {
     return layout.hasHeightForWidth() ? layout.heightForWidth(width) : layout.sizeHint().height();
@@ -197,6 +200,11 @@ PageWindow::PageWindow(WindowPresenter& presenter, std::function<void()> onClose
 
 PageWindow::~PageWindow() = default;
 
+// The window manager places it: it knows its own borders.
+void PageWindow::setVisible(bool visible) {
+    QWidget::setVisible(visible);
+}
+
 void PageWindow::refresh() {
     if (presenter_ == nullptr) return;
     WindowPage page = presenter_->page();
@@ -251,9 +259,13 @@ void PageWindow::fit(bool isOtherPage) {
     const int rest = margins.top() + margins.bottom() + heightOf(*header_, most.width()) +
                      heightOf(*foot_, most.width());
     content_->setRoom(most.height() - rest);
-    const int height = std::min(rest + content_->heightAt(most.width()), most.height());
-    fitted_ = {most.width(), isOtherPage ? height : std::max(height, this->height())};
-    if (size() != fitted_) resize(fitted_);
+    const int height =
+        std::min(rest + content_->heightAt(most.width()) + scalingError, most.height());
+    // Not by the present height: scaling may round it, again and again.
+    const QSize wanted{most.width(), isOtherPage ? height : std::max(height, fitted_.height())};
+    if (std::exchange(fitted_, wanted) == wanted) return;
+    if (std::ranges::find(given_, wanted) == given_.end()) given_.push_back(wanted);
+    resize(wanted);
     if (!isVisible()) return;
     // Grown over the screen's edge where it stands.
     const QRect available = on->availableGeometry();
@@ -265,7 +277,13 @@ void PageWindow::fit(bool isOtherPage) {
 
 void PageWindow::resizeEvent(QResizeEvent* event) {
     QDialog::resizeEvent(event);
-    if (event->spontaneous() && size() != fitted_) isUsersSize_ = true;
+    // One given earlier may come late.
+    const bool isGiven = std::ranges::any_of(given_, [this](QSize given) {
+        const QSize off = size() - given;
+        return std::abs(off.width()) <= scalingError && std::abs(off.height()) <= scalingError;
+    });
+    if (event->spontaneous() && !isGiven) isUsersSize_ = true;
+    if (!isUsersSize_) return;
     layout()->activate();
     content_->setRoom(scroll_->viewport()->height());
 }

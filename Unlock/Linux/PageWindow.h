@@ -31,6 +31,7 @@ class PageWindow final : public QDialog, private ControlSink {
     PageWindow(WindowPresenter& presenter, std::function<void()> onClosed);
     ~PageWindow() override;
 
+    void setVisible(bool visible) override;
     void refresh();
     /// Hides the window, detaches the presenter, wipes typed secrets, and deletes itself once none
     /// of its code runs.
@@ -64,8 +65,9 @@ class PageWindow final : public QDialog, private ControlSink {
     WindowPresenter* presenter_;
     std::function<void()> onClosed_;
     std::optional<WindowPage> page_;
-    /// The size given last; another one is the user's.
     QSize fitted_;
+    /// Every size that fit() gave; another one is the user's.
+    std::vector<QSize> given_;
     bool isUsersSize_ = false;
 
     QBoxLayout* header_;

@@ -306,11 +306,22 @@ INSTANTIATE_TEST_SUITE_P(Screens, WindowsTest,
 TEST(WindowTest, keepTheSizeThatTheUserGaveThem) {
     Windows computer({1280, 800});
     computer.reopen();
-    const int fitted = computer.window().height();
-    EXPECT_LT(fitted, 300) << "a page of few rows";
-    computer.window().windowHandle()->resize(700, 500);
-    QApplication::processEvents();
+    const auto resize = [&](QSize size) {
+        computer.window().windowHandle()->resize(size);
+        QApplication::processEvents();
+    };
+    const QSize welcome = computer.window().size();
+    EXPECT_LT(welcome.height(), 300) << "a page of few rows";
+    resize(welcome + QSize(1, 1));
     EXPECT_TRUE(computer.act("Continue"));
+    const QSize security = computer.window().size();
+    EXPECT_GT(security.height(), welcome.height() + 50) << "a scale’s rounding is no wish";
+    resize(welcome);
+    EXPECT_TRUE(computer.act("Back"));
+    EXPECT_TRUE(computer.act("Continue"));
+    EXPECT_EQ(computer.window().size(), security) << "nor is a size that came late";
+    resize({700, 500});
+    EXPECT_TRUE(computer.act("Back"));
     EXPECT_EQ(computer.window().size(), QSize(700, 500));
 }
 
