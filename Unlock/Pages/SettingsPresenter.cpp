@@ -466,7 +466,8 @@ void SettingsPresenter::toggle(ControlID id, bool isOn) {
     });
     if (id.control == Control::enabled && isOn) model_.wireEngine();
     // The welcome flow explains it, and asks the owner.
-    if (id.control == Control::consent && isOn) hooks_.onOnboarding(UnlockOnboardingMode::setUp);
+    if (id.control == Control::consent && isOn)
+        hooks_.onOnboarding(UnlockOnboardingMode::setUp, std::nullopt);
     hooks_.onChange();
 }
 
