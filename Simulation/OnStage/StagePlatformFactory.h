@@ -30,8 +30,8 @@ namespace marrowby {
 /// “reel NAME N” (the same, drawn before the answer), “nobody”, “password TEXT”, “owner yes”,
 /// “owner no”, “clock SECONDS” (forward) and “picture FILE” (the cameras’ newest, as PNG). Writes
 /// to the standard output what a window shows first (“page: TITLE”), the state it tells first
-/// (“status: TEXT”), what has the focus, and when a camera that was started gives its first picture.
-/// The cameras give MARROWBY_CAMERA_RATE pictures a second, else 15.
+/// (“status: TEXT”), what has the focus, and when a camera that was started gives its first
+/// picture. The cameras give MARROWBY_CAMERA_RATE pictures a second, else 15.
 class StagePlatformFactory final : public PlatformFactory {
   public:
     /// `models`: the folder of the model pack.
