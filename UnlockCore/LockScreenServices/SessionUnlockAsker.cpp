@@ -16,31 +16,33 @@ void SessionUnlockAsker::typeStoredPassword(std::function<bool()> stillLocked,
         .completion = std::move(completion),
         .timeout = services_.mainThread.at(services_.clock.now() + answerLimit, answerLimit / 10,
                                            weakSelf_.guarded([number](SessionUnlockAsker& self) {
-                                               if (self.isCurrent(number)) self.runOut();
+                                               if (const Attempt* attempt = self.current(number))
+                                                   self.runOut(*attempt);
                                            }))};
     services_.session.read(
         weakSelf_.guarded([number](SessionUnlockAsker& self, const SessionUnlockFacts& facts) {
-            if (self.isCurrent(number) && !self.attempt_->isAsked) self.decide(facts);
+            Attempt* const attempt = self.current(number);
+            if (attempt != nullptr && !attempt->isAsked) self.decide(*attempt, facts);
         }));
 }
 
-void SessionUnlockAsker::decide(const SessionUnlockFacts& facts) {
-    if (!services_.isWanted() || !attempt_->stillLocked()) return end(TypingOutcome::Stopped{});
+void SessionUnlockAsker::decide(Attempt& attempt, const SessionUnlockFacts& facts) {
+    if (!services_.isWanted() || !attempt.stillLocked()) return end(TypingOutcome::Stopped{});
     if (const auto refusal = SessionUnlockRule::refusal(facts))
         return end(TypingOutcome::NotAsked{std::string(description(*refusal))});
-    attempt_->isAsked = true;
+    attempt.isAsked = true;
     services_.session.ask(weakSelf_.guarded(
-        [number = attempt_->number](SessionUnlockAsker& self,
-                                    const std::expected<void, std::string>& answer) {
-            if (!self.isCurrent(number)) return;
+        [number = attempt.number](SessionUnlockAsker& self,
+                                  const std::expected<void, std::string>& answer) {
+            if (self.current(number) == nullptr) return;
             if (answer) return self.end(TypingOutcome::Asked{});
             self.end(TypingOutcome::NotAsked{"The system refused: " + answer.error()});
         }));
 }
 
-void SessionUnlockAsker::runOut() {
+void SessionUnlockAsker::runOut(const Attempt& attempt) {
     // A request without an answer may have been carried out.
-    if (attempt_->isAsked) return end(TypingOutcome::Asked{});
+    if (attempt.isAsked) return end(TypingOutcome::Asked{});
     end(TypingOutcome::NotAsked{std::string(description(SessionUnlockRule::Refusal::noSession))});
 }
 

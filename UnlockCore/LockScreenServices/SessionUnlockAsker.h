@@ -49,11 +49,12 @@ class SessionUnlockAsker final : public PasswordTyping {
         bool isAsked = false;
     };
 
-    [[nodiscard]] bool isCurrent(std::uint64_t attempt) const {
-        return attempt_ && attempt_->number == attempt;
+    /// Null where this attempt has ended.
+    [[nodiscard]] Attempt* current(std::uint64_t number) {
+        return attempt_ && attempt_->number == number ? &*attempt_ : nullptr;
     }
-    void decide(const SessionUnlockFacts& facts);
-    void runOut();
+    void decide(Attempt& attempt, const SessionUnlockFacts& facts);
+    void runOut(const Attempt& attempt);
     void end(const TypingOutcome& outcome);
 
     Services services_;

@@ -36,7 +36,7 @@ class ShellWatcher::Names {
         return std::ranges::max(names_, {}, &Name::shell).shell;
     }
 
-    void read(std::function<void(Shell)> onRead) {
+    void read(const std::function<void(Shell)>& onRead) {
         if (subscriptions_.empty()) return;
         const auto left = std::make_shared<std::size_t>(names_.size());
         for (Name& name : names_) {
@@ -117,8 +117,8 @@ ShellWatcher::Shell ShellWatcher::shell() const {
     return names_->shell();
 }
 
-void ShellWatcher::read(std::function<void(Shell)> onRead) {
-    names_->read(std::move(onRead));
+void ShellWatcher::read(const std::function<void(Shell)>& onRead) {
+    names_->read(onRead);
 }
 
 }  // namespace marrowby

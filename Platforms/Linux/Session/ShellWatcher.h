@@ -30,7 +30,7 @@ class ShellWatcher {
 
     [[nodiscard]] Shell shell() const;
     /// Asks the bus anew. The callback comes once, later, and not where the bus has gone.
-    void read(std::function<void(Shell)> onRead);
+    void read(const std::function<void(Shell)>& onRead);
 
   private:
     class Names;
