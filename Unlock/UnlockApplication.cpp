@@ -71,6 +71,15 @@ UnlockApplication::~UnlockApplication() {
 void UnlockApplication::didFinishLaunching(const UnlockOpening::Launch& launch) {
     if (hooks_.log) hooks_.log({.start = "Models: ", .detail = model_->models().title()});
     if (const auto window = UnlockOpening::onLaunch(openingState(), launch)) open(*window);
+    if (platform_.statusItem != nullptr)
+        platform_.statusItem->onCommand = [this](StatusItem::Command command) {
+            carryOut(command);
+        };
+    if (platform_.notices != nullptr && launch.isAtLogin)
+        reminder_ = std::make_unique<OwnerReminder>(*platform_.notices, platform_.words, [this] {
+            model_->openVault([](const auto& /*the model's problem*/) {});
+        });
+    showStatus();
 }
 
 void UnlockApplication::shouldHandleReopen() {
@@ -86,6 +95,8 @@ void UnlockApplication::carryOut(const Command& command, CommandAnswer answer) {
 void UnlockApplication::willTerminate() {
     permissionTimer_.reset();
     opening_.reset();
+    reminder_.reset();
+    if (platform_.statusItem != nullptr) platform_.statusItem->onCommand = {};
     windows_.close(Window::welcome);
     windows_.close(Window::settings);
     commands_.reset();
@@ -140,6 +151,34 @@ void UnlockApplication::modelChanged() {
     if (welcome_ && windows_.isOpen(Window::welcome)) welcome_->modelChanged();
     windows_.refresh(Window::welcome);
     windows_.refresh(Window::settings);
+    showStatus();
+}
+
+void UnlockApplication::showStatus() {
+    const UnlockStatus status = model_->status();
+    const UnlockModel::State& state = model_->state();
+    if (platform_.statusItem != nullptr)
+        platform_.statusItem->show(
+            {.status = status.title(platform_.words), .isPaused = state.isPaused});
+    if (reminder_)
+        reminder_->update(
+            {.isCheckMissing = std::holds_alternative<UnlockStatus::NeedsTouchID>(status),
+             .isCheckPassed = state.vaultUnlocked,
+             .isScreenLocked = state.isScreenLocked});
+}
+
+void UnlockApplication::carryOut(StatusItem::Command command) {
+    switch (command) {
+        case StatusItem::Command::settings:
+            return open(Window::settings);
+        case StatusItem::Command::pause:
+            return model_->pause(std::nullopt);
+        case StatusItem::Command::resume:
+            return model_->resume();
+        case StatusItem::Command::quit:
+            if (hooks_.terminate) hooks_.terminate();
+            return;
+    }
 }
 
 void UnlockApplication::watchPermissions() {

@@ -3,6 +3,7 @@
 
 #include "Unlock/ApplicationWindows.h"
 #include "Unlock/CommandResponder.h"
+#include "Unlock/Model/OwnerReminder.h"
 #include "Unlock/Model/UnlockJournal.h"
 #include "Unlock/Model/UnlockModel.h"
 #include "Unlock/Pages/SettingsPresenter.h"
@@ -48,6 +49,9 @@ class UnlockApplication {
     void show(UnlockOpening::Window window);
     void startWelcome(UnlockOnboardingMode mode, std::optional<UUID> replacing = {});
     void modelChanged();
+    /// Outside the windows.
+    void showStatus();
+    void carryOut(StatusItem::Command command);
     void watchPermissions();
     [[nodiscard]] UnlockOpening::State openingState() const;
 
@@ -59,6 +63,8 @@ class UnlockApplication {
     std::unique_ptr<WelcomePresenter> welcome_;
     std::unique_ptr<SettingsPresenter> settings_;
     std::unique_ptr<CommandResponder> commands_;
+    /// Null unless opened at login.
+    std::unique_ptr<OwnerReminder> reminder_;
     /// Polls the permissions while a window shows them: their changes are not announced.
     std::unique_ptr<MainThread::Timer> permissionTimer_;
     std::unique_ptr<MainThread::Timer> opening_;

@@ -21,6 +21,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -60,9 +61,9 @@ class ProgramTest : public testing::Test {
             << R"({"unlock.scanSeconds": 10})";
     }
 
-    void start() {
+    void start(std::vector<std::string> arguments = {}) {
         program.reset();
-        program = std::make_unique<StagedProgram>(loop, environment);
+        program = std::make_unique<StagedProgram>(loop, environment, std::move(arguments));
         ASSERT_TRUE(program->says("launched")) << program->recentWords();
         ASSERT_TRUE(program->order(std::string("password ") + ownersPassword));
     }

@@ -4,6 +4,7 @@
 #include "Platforms/Posix/OpenSslCipher.h"
 #include "Tests/Fakes/FakeCaptureSession.h"
 #include "Tests/Fakes/FakeDefaultsStore.h"
+#include "Tests/Fakes/FakeDesktopNotices.h"
 #include "Tests/Fakes/FakeFaceVision.h"
 #include "Tests/Fakes/FakeFileSystem.h"
 #include "Tests/Fakes/FakeFourierTransform.h"
@@ -82,7 +83,9 @@ struct FakeComputer {
                 .systemSettings = systemSettings,
                 .windowServer = windowServer,
                 .sessionUnlocking = desktop,
-                .activities = &activities};
+                .activities = &activities,
+                .notices = &notices,
+                .statusItem = &statusItem};
     }
 
     [[nodiscard]] UnlockModel::Resources resources() const {
@@ -181,6 +184,8 @@ struct FakeComputer {
     FakeProcessActivities activities;
     /// Where it can be asked.
     FakeSessionUnlocking* desktop = nullptr;
+    FakeDesktopNotices notices;
+    FakeStatusItem statusItem;
     std::optional<std::string> sessionInWords = "it is there";
 };
 

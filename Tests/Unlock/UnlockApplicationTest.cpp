@@ -148,6 +148,67 @@ TEST_F(UnlockApplicationTest, waitsForTheOwnerAfterARestart) {
     EXPECT_EQ(application->model().state().identities.size(), 1U);
 }
 
+TEST_F(UnlockApplicationTest, remindsTheOwnerAfterALoginUntilTheCheckWasPassed) {
+    setUpAll();
+    application->didFinishLaunching({.isAtLogin = true, .isVisible = true});
+    EXPECT_FALSE(notices.shown);
+    start();
+    application->didFinishLaunching({.isAtLogin = false, .isVisible = true});
+    EXPECT_FALSE(notices.shown);
+    start();
+    application->didFinishLaunching({.isAtLogin = true, .isVisible = true});
+    ASSERT_TRUE(notices.shown);
+    EXPECT_EQ(notices.shown->title, "Needs Touch ID once this session");
+
+    lockScreen();
+    EXPECT_FALSE(notices.shown);
+    const auto press = [this] {
+        notices.onPressed();
+        settle();
+    };
+    owner.prompts.clear();
+    press();
+    EXPECT_TRUE(owner.prompts.empty());
+    EXPECT_FALSE(looksOnReturn());
+    EXPECT_TRUE(notices.shown);
+
+    // Refused, it comes again after the next lock.
+    owner.answer = false;
+    press();
+    press();
+    EXPECT_EQ(owner.prompts.size(), 1U);
+    EXPECT_FALSE(notices.shown);
+    EXPECT_FALSE(looksOnReturn());
+    ASSERT_TRUE(notices.shown);
+    owner.answer = true;
+    press();
+    EXPECT_TRUE(application->model().status().isReady());
+    EXPECT_TRUE(looksOnReturn());
+    EXPECT_FALSE(notices.shown);
+
+    start();
+    application->didFinishLaunching({.isAtLogin = true, .isVisible = true});
+    EXPECT_TRUE(notices.shown);
+    application->willTerminate();
+    EXPECT_FALSE(notices.shown || notices.onPressed || statusItem.onCommand);
+}
+
+TEST_F(UnlockApplicationTest, obeysTheTray) {
+    setUpAll();
+    application->didFinishLaunching({.isAtLogin = true, .isVisible = true});
+    using Command = StatusItem::Command;
+    EXPECT_EQ(statusItem.shown, (StatusItem::Content{.status = "Ready"}));
+    statusItem.onCommand(Command::pause);
+    EXPECT_EQ(statusItem.shown, (StatusItem::Content{.status = "Paused", .isPaused = true}));
+    statusItem.onCommand(Command::resume);
+    EXPECT_FALSE(statusItem.shown->isPaused);
+    statusItem.onCommand(Command::settings);
+    mainThread.advance(TimeInterval(1));
+    EXPECT_TRUE(windows.isOpen(Window::settings));
+    statusItem.onCommand(Command::quit);
+    EXPECT_TRUE(terminated);
+}
+
 TEST_F(UnlockApplicationTest, startsALookWhenThePointerComesToTheIsland) {
     scanCamera->cameras = enrollmentCamera->cameras;
     setUpAll();

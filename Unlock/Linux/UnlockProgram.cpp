@@ -3,6 +3,7 @@
 
 #include "Platforms/Linux/Desktop/Account.h"
 #include "Platforms/Linux/Desktop/BusAddress.h"
+#include "Platforms/Linux/Desktop/FreedesktopNotices.h"
 #include "Platforms/Linux/Desktop/JournaldLog.h"
 #include "Platforms/Linux/Desktop/JsonDefaultsStore.h"
 #include "Platforms/Linux/Desktop/LinuxSystemSettings.h"
@@ -31,6 +32,7 @@
 #include "Unlock/Linux/MissingModelsPresenter.h"
 #include "Unlock/Linux/ModelPreparation.h"
 #include "Unlock/Linux/QtApplicationWindows.h"
+#include "Unlock/Linux/QtStatusItem.h"
 #include "Unlock/SelfCheck.h"
 #include "Unlock/UnlockApplication.h"
 
@@ -267,6 +269,11 @@ class CompositionRoot {
 
     X11WindowServer windowServer_{sessionPlaces_.display};
     QtApplicationWindows windows_;
+    FreedesktopNotices notices_{
+        sessionPlaces_.sessionBus, [this](const std::string& sentence) {
+            log_.write({.message = sentence, .event = std::string(logevent::noNotices)});
+        }};
+    QtStatusItem statusItem_{sessionPlaces_.sessionBus};
     MissingModelsPresenter missing_;
     std::unique_ptr<ModelPreparation> preparation_;
     UnlockOpening::Launch launch_;
@@ -322,7 +329,9 @@ std::expected<void, std::string> CompositionRoot::start() {
                        .keyEvents = *keyEvents_,
                        .systemSettings = systemSettings_,
                        .windowServer = windowServer_,
-                       .sessionUnlocking = session_.unlocking()},
+                       .sessionUnlocking = session_.unlocking(),
+                       .notices = &notices_,
+                       .statusItem = &statusItem_},
         UnlockModel::Resources{
             .dataBase = paths_.folders.dataHome, .testTag = {}, .models = *std::move(pack)},
         windows_,

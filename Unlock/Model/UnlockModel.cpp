@@ -25,6 +25,7 @@ UnlockModel::UnlockModel(UnlockPlatform platform, Resources resources, Callbacks
       resources_(std::move(resources)),
       callbacks_(std::move(callbacks)),
       settings_(settingsIn(platform_.defaults)),
+      isScreenLocked_(platform_.lockState.isLocked()),
       data_(platform_, AppDataFolder::in(resources_.dataBase, resources_.testTag),
             resources_.models,
             {.onVaultChange = [this](const Outcome& loaded) { vaultChanged(loaded); },
@@ -364,7 +365,10 @@ void UnlockModel::lockChanged(LockEvent event) {
         endTrial(std::unexpected("The screen was locked, which ended this look."));
         endTryOut("The screen was locked, which ended the trial.");
     }
+    if (event == LockEvent::screenLocked) isScreenLocked_ = true;
+    if (event == LockEvent::screenUnlocked) isScreenLocked_ = false;
     if (engine_) engine_->follow(event);
+    publish();
 }
 
 void UnlockModel::noteLocker() {
@@ -413,6 +417,7 @@ UnlockModel::State UnlockModel::currentState() const {
         .accessibilityTrusted = platform_.mayOpen(),
         .maySpaceKeyBeHeard = platform_.spaceKeys.hasListenAccess(),
         .hasCamera = !cameras().empty(),
+        .isScreenLocked = isScreenLocked_,
         .hasSeenLocker = settings_.hasSeenLocker || platform_.lockEvents.locker().isPresent,
         .fault = data_.fault(),
         .modelsChanged = data_.haveModelsChanged(),

@@ -54,6 +54,7 @@ class UnlockModel {
         bool accessibilityTrusted = false;
         bool maySpaceKeyBeHeard = false;
         bool hasCamera = false;
+        bool isScreenLocked = false;
         /// As UnlockStatusFacts::hasSeenLocker.
         bool hasSeenLocker = false;
         /// As ProtectedData::fault().
@@ -195,6 +196,8 @@ class UnlockModel {
     Callbacks callbacks_;
     UnlockSettings settings_;
     std::optional<std::string> problem_;
+    /// As told by the last event.
+    bool isScreenLocked_;
     CameraUseRegistry cameraUse_;
     ProtectedData data_;
     PasswordCheck passwordCheck_;

@@ -4,6 +4,7 @@
 #include "UnlockCore/Platform/AuthenticatedCipher.h"
 #include "UnlockCore/Platform/CaptureSession.h"
 #include "UnlockCore/Platform/DefaultsStore.h"
+#include "UnlockCore/Platform/DesktopNotices.h"
 #include "UnlockCore/Platform/FaceVision.h"
 #include "UnlockCore/Platform/FileSystem.h"
 #include "UnlockCore/Platform/FourierTransform.h"
@@ -19,6 +20,7 @@
 #include "UnlockCore/Platform/ScreenLock.h"
 #include "UnlockCore/Platform/SessionUnlocking.h"
 #include "UnlockCore/Platform/SpaceKeys.h"
+#include "UnlockCore/Platform/StatusItem.h"
 #include "UnlockCore/Platform/SystemClock.h"
 #include "UnlockCore/Platform/SystemSettings.h"
 #include "UnlockCore/Platform/VaultKeyStore.h"
@@ -67,6 +69,9 @@ struct UnlockPlatform {
     SessionUnlocking* sessionUnlocking = nullptr;
     /// Null where the system does not throttle processes.
     ProcessActivities* activities = nullptr;
+    /// Null where the desktop shows none.
+    DesktopNotices* notices = nullptr;
+    StatusItem* statusItem = nullptr;
     /// Called after the vault was opened or locked, on that thread. May be empty.
     std::function<void()> vaultDidChange{};
 

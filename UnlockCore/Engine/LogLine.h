@@ -28,6 +28,7 @@ inline constexpr std::string_view modelsChanged = "models-changed";
 inline constexpr std::string_view cameraMissing = "camera-missing";
 inline constexpr std::string_view displayLost = "display-lost";
 inline constexpr std::string_view road = "road";
+inline constexpr std::string_view noNotices = "no-notices";
 }  // namespace logevent
 
 /// One short English sentence for the log, in pieces: fixed text costs no allocation. All views are

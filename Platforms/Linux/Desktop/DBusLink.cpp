@@ -102,8 +102,8 @@ void DBusLink::serve(const QString& path, QDBusVirtualObject& object) {
     connection_->bus.registerVirtualObject(path, &object);
 }
 
-void DBusLink::call(QDBusMessage message, MessageHandler handler) {
-    message.setAutoStartService(false);
+void DBusLink::call(QDBusMessage message, MessageHandler handler, Activation activation) {
+    message.setAutoStartService(activation == Activation::allowed);
     auto* watcher =
         new QDBusPendingCallWatcher(connection_->bus.asyncCall(message), &connection_->calls);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,

@@ -52,8 +52,10 @@ class DBusLink {
                                           std::function<void(bool)> handler);
     /// Exports the object at the path. Only while connected.
     void serve(const QString& path, QDBusVirtualObject& object);
-    /// Does not activate the service; the reply may be an error. Only while connected.
-    void call(QDBusMessage message, MessageHandler handler);
+    enum class Activation { never, allowed };
+    /// The reply may be an error. Only while connected.
+    void call(QDBusMessage message, MessageHandler handler,
+              Activation activation = Activation::never);
 
   private:
     struct Connection;

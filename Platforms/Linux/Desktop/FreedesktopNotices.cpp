@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Platforms/Linux/Desktop/FreedesktopNotices.h"
+
+#include "Platforms/Linux/Desktop/DBusLink.h"
+
+#include <QStringList>
+#include <QVariantMap>
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace marrowby {
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.Notifications");
+const QString path = QStringLiteral("/org/freedesktop/Notifications");
+const QString buttonKey = QStringLiteral("confirm");
+/// Of a press on the notice itself.
+const QString noticeKey = QStringLiteral("default");
+constexpr std::int32_t staysUp = 0;
+
+QDBusMessage method(const char* name, const QVariantList& arguments = {}) {
+    auto message =
+        QDBusMessage::createMethodCall(service, path, service, QString::fromLatin1(name));
+    message.setArguments(arguments);
+    return message;
+}
+
+}  // namespace
+
+class FreedesktopNotices::Server {
+  public:
+    Server(FreedesktopNotices& notices, std::string busAddress,
+           std::function<void(const std::string&)> onUnavailable)
+        : notices_(notices),
+          onUnavailable_(std::move(onUnavailable)),
+          link_(std::move(busAddress),
+                {.onConnected = [this] { onConnected(); }, .onLost = [this] { onLost(); }}) {}
+
+    void show(const Notice& notice) {
+        withdraw();
+        wanted_ = notice;
+        if (!std::exchange(isStarted_, true)) {
+            link_.start();
+            if (!isConnected_) tell();
+        } else if (isConnected_) {
+            ask();
+        }
+    }
+
+    void withdraw() {
+        wanted_.reset();
+        forget();
+    }
+
+  private:
+    void onConnected() {
+        isConnected_ = true;
+        const auto on = [this](const char* member, DBusLink::MessageHandler handler) {
+            subscriptions_.push_back(link_.subscribe({.service = service,
+                                                      .path = path,
+                                                      .interface = service,
+                                                      .member = QString::fromLatin1(member)},
+                                                     std::move(handler)));
+        };
+        on("ActionInvoked", [this](const QDBusMessage& signal) {
+            const QString key = signal.arguments().value(1).toString();
+            if (isShown(signal) && (key == buttonKey || key == noticeKey)) press();
+        });
+        on("NotificationClosed", [this](const QDBusMessage& signal) {
+            if (!isShown(signal)) return;
+            shown_.reset();
+            wanted_.reset();
+        });
+        subscriptions_.push_back(link_.watchOwner(service, [this](bool hasOwner) {
+            shown_.reset();
+            ++asked_;
+            if (hasOwner && wanted_) ask();
+        }));
+        if (wanted_) ask();
+    }
+
+    void onLost() {
+        isConnected_ = false;
+        subscriptions_.clear();
+        shown_.reset();
+        ++asked_;
+    }
+
+    [[nodiscard]] bool isShown(const QDBusMessage& signal) const {
+        return shown_ && signal.arguments().value(0).toUInt() == *shown_;
+    }
+
+    void press() {
+        // Without a button there is no answer to a second press.
+        withdraw();
+        if (const auto report = notices_.onPressed) report();
+    }
+
+    void ask() {
+        forget();
+        link_.call(
+            method("GetCapabilities"),
+            [this, asked = asked_](const QDBusMessage& reply) {
+                if (asked != asked_) return;
+                const bool hasButtons =
+                    reply.type() == QDBusMessage::ReplyMessage &&
+                    reply.arguments().value(0).toStringList().contains(QStringLiteral("actions"));
+                if (!hasButtons) return tell();
+                notify();
+            },
+            DBusLink::Activation::allowed);
+    }
+
+    void notify() {
+        const auto text = [](const std::string& utf8) { return QString::fromStdString(utf8); };
+        const QString button = text(wanted_->button);
+        link_.call(method("Notify",
+                          {QStringLiteral("Marrowby Unlock"), std::uint32_t{0},
+                           QStringLiteral("app.quenby.unlock"), text(wanted_->title),
+                           text(wanted_->text), QStringList{noticeKey, button, buttonKey, button},
+                           QVariantMap{{QStringLiteral("desktop-entry"),
+                                        QStringLiteral("app.quenby.unlock")}},
+                           staysUp}),
+                   [this, asked = asked_](const QDBusMessage& reply) {
+                       if (reply.type() != QDBusMessage::ReplyMessage) return;
+                       const std::uint32_t id = reply.arguments().value(0).toUInt();
+                       if (asked == asked_) {
+                           shown_ = id;
+                       } else {
+                           close(id);
+                       }
+                   });
+    }
+
+    /// Takes away the one that is shown, or on its way.
+    void forget() {
+        ++asked_;
+        if (const auto id = std::exchange(shown_, std::nullopt)) close(*id);
+    }
+
+    void close(std::uint32_t id) {
+        link_.call(method("CloseNotification", {id}), [](const QDBusMessage&) {});
+    }
+
+    void tell() {
+        if (const auto report = std::exchange(onUnavailable_, {}))
+            report("The desktop shows no notification with a button: confirm in the settings.");
+    }
+
+    FreedesktopNotices& notices_;
+    std::function<void(const std::string&)> onUnavailable_;
+    std::optional<Notice> wanted_;
+    /// Its number at the server.
+    std::optional<std::uint32_t> shown_;
+    /// Replies to an earlier question come too late.
+    std::uint64_t asked_ = 0;
+    bool isStarted_ = false;
+    bool isConnected_ = false;
+    DBusLink link_;
+    // Destroyed before the connection.
+    std::vector<DBusLink::Subscription> subscriptions_;
+};
+
+FreedesktopNotices::FreedesktopNotices(std::string busAddress,
+                                       std::function<void(const std::string&)> onUnavailable)
+    : server_(std::make_unique<Server>(*this, std::move(busAddress), std::move(onUnavailable))) {}
+
+FreedesktopNotices::~FreedesktopNotices() = default;
+
+void FreedesktopNotices::show(const Notice& notice) {
+    server_->show(notice);
+}
+
+void FreedesktopNotices::withdraw() {
+    server_->withdraw();
+}
+
+}  // namespace marrowby
