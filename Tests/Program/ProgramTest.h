@@ -76,6 +76,17 @@ class ProgramTest : public testing::Test {
         ASSERT_EQ(second.exitCode(), 0) << second.readAllStandardError().toStdString();
     }
 
+    /// A terminal's command: its exit status, and then all that it printed.
+    std::string tell(const QStringList& words) {
+        QProcess terminal;
+        terminal.setProcessChannelMode(QProcess::MergedChannels);
+        terminal.setProcessEnvironment(environment);
+        terminal.start(MARROWBY_PROGRAM, words);
+        EXPECT_TRUE(loop.runUntil([&] { return terminal.state() == QProcess::NotRunning; }));
+        return std::to_string(terminal.exitCode()) + " " +
+               terminal.readAllStandardOutput().toStdString();
+    }
+
     void touch() { ASSERT_TRUE(hands->tap(xkey::leftShift)); }
     /// Presses a key once the program's window has the focus; the terminal would get it before.
     void press(std::uint32_t key) {

@@ -22,17 +22,6 @@ std::string contentOf(const std::filesystem::path& file) {
 
 class UnlockProgramTest : public ProgramTest {
   protected:
-    /// A terminal's command: its exit status, and then all that it printed.
-    std::string tell(const QStringList& words) {
-        QProcess terminal;
-        terminal.setProcessChannelMode(QProcess::MergedChannels);
-        terminal.setProcessEnvironment(environment);
-        terminal.start(MARROWBY_PROGRAM, words);
-        EXPECT_TRUE(loop.runUntil([&] { return terminal.state() == QProcess::NotRunning; }));
-        return std::to_string(terminal.exitCode()) + " " +
-               terminal.readAllStandardOutput().toStdString();
-    }
-
     /// A valid pack with another embedder file: it differs by an unknown protobuf field at its end,
     /// so that it computes the same.
     void exchangeModels() {

@@ -27,6 +27,7 @@
 #include "Platforms/macOS/RunLoopMainThread.h"
 #include "Platforms/macOS/SecurityKeychain.h"
 #include "Platforms/macOS/UserDefaultsStore.h"
+#include "Platforms/macOS/UserNotificationNotices.h"
 #include "Platforms/macOS/VDspFourierTransform.h"
 #include "Platforms/macOS/VisionFaceVision.h"
 #include "Unlock/SelfCheck.h"
@@ -89,6 +90,7 @@ class MacApplication {
     AppKitSystemSettings systemSettings_;
     AppKitWindowServer windowServer_;
     FoundationProcessActivities activities_;
+    UserNotificationNotices notices_{mainThread_};
     AppKitApplicationWindows windows_;
     UnlockApplication application_;
 };

@@ -132,6 +132,7 @@ UnlockPlatform MacApplication::platform() {
             .systemSettings = systemSettings_,
             .windowServer = windowServer_,
             .activities = &activities_,
+            .notices = &notices_,
             .vaultDidChange = [this] { localCenter_->post(vaultDidChange); }};
 }
 
