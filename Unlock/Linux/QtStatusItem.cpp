@@ -31,10 +31,9 @@ class QtStatusItem::Tray {
                                             }}) {}
 
     void show(const Content& content) {
-        const bool isFirst = !content_;
         content_ = content;
         // Qt decides with its first icon whether there is a tray, so none is made before.
-        if (isFirst) link_.start();
+        if (!std::exchange(isStarted_, true)) link_.start();
         if (icon_) icon_->show(content);
     }
 
@@ -98,11 +97,12 @@ class QtStatusItem::Tray {
         icon_.reset();
         if (!isThere) return;
         icon_.emplace(item_);
-        icon_->show(*content_);
+        icon_->show(content_);
     }
 
     QtStatusItem& item_;
-    std::optional<Content> content_;
+    Content content_;
+    bool isStarted_ = false;
     DBusLink link_;
     // Destroyed before the connection.
     DBusLink::Subscription owner_;

@@ -103,35 +103,35 @@ class FreedesktopNotices::Server {
         link_.call(
             method("GetCapabilities"),
             [this, asked = asked_](const QDBusMessage& reply) {
-                if (asked != asked_) return;
+                if (asked != asked_ || !wanted_) return;
                 const bool hasButtons =
                     reply.type() == QDBusMessage::ReplyMessage &&
                     reply.arguments().value(0).toStringList().contains(QStringLiteral("actions"));
                 if (!hasButtons) return tell();
-                notify();
+                notify(*wanted_);
             },
             DBusLink::Activation::allowed);
     }
 
-    void notify() {
+    void notify(const Notice& notice) {
         const auto text = [](const std::string& utf8) { return QString::fromStdString(utf8); };
-        const QString button = text(wanted_->button);
-        link_.call(method("Notify",
-                          {QStringLiteral("Marrowby Unlock"), std::uint32_t{0},
-                           QStringLiteral("app.quenby.unlock"), text(wanted_->title),
-                           text(wanted_->text), QStringList{noticeKey, button, buttonKey, button},
-                           QVariantMap{{QStringLiteral("desktop-entry"),
-                                        QStringLiteral("app.quenby.unlock")}},
-                           staysUp}),
-                   [this, asked = asked_](const QDBusMessage& reply) {
-                       if (reply.type() != QDBusMessage::ReplyMessage) return;
-                       const std::uint32_t id = reply.arguments().value(0).toUInt();
-                       if (asked == asked_) {
-                           shown_ = id;
-                       } else {
-                           close(id);
-                       }
-                   });
+        const QString button = text(notice.button);
+        link_.call(
+            method("Notify", {QStringLiteral("Marrowby Unlock"), std::uint32_t{0},
+                              QStringLiteral("app.quenby.unlock"), text(notice.title),
+                              text(notice.text), QStringList{noticeKey, button, buttonKey, button},
+                              QVariantMap{{QStringLiteral("desktop-entry"),
+                                           QStringLiteral("app.quenby.unlock")}},
+                              staysUp}),
+            [this, asked = asked_](const QDBusMessage& reply) {
+                if (reply.type() != QDBusMessage::ReplyMessage) return;
+                const std::uint32_t id = reply.arguments().value(0).toUInt();
+                if (asked == asked_) {
+                    shown_ = id;
+                } else {
+                    close(id);
+                }
+            });
     }
 
     /// Takes away the one that is shown, or on its way.
