@@ -221,6 +221,8 @@ TEST_F(UnlockApplicationTest, startsALookWhenThePointerComesToTheIsland) {
     EXPECT_EQ(log[lines], "Looking (hover)");
     settle();
     EXPECT_TRUE(scanCamera->isRunning());
+    // A slow lock screen shows its field meanwhile.
+    EXPECT_EQ(keyEvents.all<FakeKeyEvents::Note>(), std::vector{FakeKeyEvents::Note::fieldWoken});
 }
 
 TEST_F(UnlockApplicationTest, endsTheScanWhenWhatItNeedsIsGone) {
@@ -829,6 +831,7 @@ TEST_F(AskedDesktopTest, isSetUpByAYesAndAsksOnlyWhileThatStands) {
     EXPECT_FALSE(application->model().state().hasPassword);
     EXPECT_EQ(tell({.verb = Command::Verb::status}).status, CommandReply::Status::done);
     EXPECT_TRUE(looksOnReturn());
+    EXPECT_TRUE(keyEvents.events.empty());
 
     reopen();
     EXPECT_THAT(everything(), Not(HasSubstr("Password…")));
