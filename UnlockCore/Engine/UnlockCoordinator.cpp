@@ -67,7 +67,7 @@ void UnlockCoordinator::handle(Event event) {
         machine_.hasEffects(event, snapshot(now))) {
         reading_ = read(now);
     }
-    if (road_) note(event, now);
+    if (road_) note(event, *road_, now);
     for (const Effect& effect : machine_.handle(std::move(event), snapshot(now)))
         std::visit(Performer{*this, now}, effect);
     rescheduleTimer();
@@ -120,18 +120,18 @@ void UnlockCoordinator::rescheduleTimer() {
         }))};
 }
 
-void UnlockCoordinator::note(const Event& event, Date now) {
+void UnlockCoordinator::note(const Event& event, UnlockRoad& road, Date now) {
     using Step = UnlockRoad::Step;
     if (const auto* const frame = std::get_if<Event::Frame>(&event)) {
-        road_->reach(Step::firstPicture, now);
+        road.reach(Step::firstPicture, now);
         const auto* const face = std::get_if<ScanObservation::Face>(&frame->observation);
-        if (face != nullptr) road_->reach(Step::firstFace, now);
-        if (face != nullptr && face->match) road_->reach(Step::firstMatch, now);
+        if (face != nullptr) road.reach(Step::firstFace, now);
+        if (face != nullptr && face->match) road.reach(Step::firstMatch, now);
     } else if (const auto* const ended = std::get_if<Event::Typed>(&event)) {
         if (const auto* const typed = std::get_if<TypingOutcome::Typed>(&ended->outcome)) {
-            if (typed->firstKeyAt) road_->reach(Step::firstKey, *typed->firstKeyAt);
-            road_->reach(Step::typed, now);
-            if (callbacks_.onLog) callbacks_.onLog(road_->line());
+            if (typed->firstKeyAt) road.reach(Step::firstKey, *typed->firstKeyAt);
+            road.reach(Step::typed, now);
+            if (callbacks_.onLog) callbacks_.onLog(road.line());
         }
         road_.reset();
     }
@@ -159,7 +159,8 @@ void UnlockCoordinator::startScan(ScanID scan, Date now) {
                                                      "through ",
                                             .detail = camera});
              })});
-    road_->reach(UnlockRoad::Step::cameraAsked, collaborators_.clock.now());
+    // The failure of a camera is handled after this.
+    if (road_) road_->reach(UnlockRoad::Step::cameraAsked, collaborators_.clock.now());
     collaborators_.typer.expectTyping(
         [&lockState = collaborators_.lockState] { return lockState.isLocked(); });
 }

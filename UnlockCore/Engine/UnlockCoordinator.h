@@ -122,7 +122,8 @@ class UnlockCoordinator {
     };
 
     void handle(Event event);
-    void note(const Event& event, Date now);
+    /// The steps that an event tells of; the last ends the road.
+    void note(const Event& event, UnlockRoad& road, Date now);
     void rescheduleTimer();
     [[nodiscard]] Reading read(Date now) const;
     [[nodiscard]] bool isReadingRecent(Date now) const;

@@ -26,8 +26,9 @@ LogLine UnlockRoad::line() const {
     static_assert(names.size() == stepCount);
     std::string steps;
     for (std::size_t i = 0; i < stepCount; ++i) {
-        if (!reached_[i]) continue;
-        const auto milliseconds = std::llround((*reached_[i] - begin_).count() * 1000);
+        const auto reached = reached_.at(i);
+        if (!reached) continue;
+        const auto milliseconds = std::llround((*reached - begin_).count() * 1000);
         if (!steps.empty()) steps += ' ';
         steps.append(names[i]).append("=").append(std::to_string(milliseconds));
     }

@@ -31,16 +31,16 @@ struct UnlockSettings {
     std::optional<std::string> builtInDisplayCameraID;
     std::optional<std::string> externalDisplayCameraID;
     bool hasFinishedWelcome = false;
-    PasswordHealth passwordHealth;
     /// The user allowed having the desktop open the lock, without a password.
     bool asksDesktop = false;
+    /// A screen locker has locked the screen before.
+    bool hasSeenLocker = false;
+    PasswordHealth passwordHealth;
     /// Unknown screen lockers, by the paths of their executables: those that the user vouched for,
     /// those that the user declined, and the one to ask about.
     std::vector<std::string> vouchedLockers{};
     std::vector<std::string> declinedLockers{};
     std::optional<std::string> offeredLocker{};
-    /// A screen locker has locked the screen before.
-    bool hasSeenLocker = false;
     /// As UnlockStatusFacts::untypedLocker.
     std::optional<std::string> untypedLocker{};
 

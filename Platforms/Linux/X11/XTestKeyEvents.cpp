@@ -278,10 +278,10 @@ class XTestKeyEventSource final : public KeyEventSource {
         if (!identified) return identified.error();
         if (!chooseKeys()) return LockerDoubt{.fact = LockerDoubt::Fact::keysAreReserved};
         if (!pace_.dialog.empty()) {
-            const bool isRenewed =
-                pace_.renewsDialog && identified->dialog && !isOurs(*identified->dialog);
-            if ((isRenewed && !endDialog(*identified->dialog, stillLocked)) ||
-                !awaitDialog(identified->program, stillLocked)) {
+            const auto& former = identified->dialog;
+            const bool stays = !pace_.renewsDialog || !former || isOurs(*former) ||
+                               endDialog(*former, stillLocked);
+            if (!stays || !awaitDialog(identified->program, stillLocked)) {
                 return LockerDoubt{.fact = LockerDoubt::Fact::dialogIsMissing,
                                    .path = identified->program.path};
             }

@@ -20,9 +20,9 @@ UnlockSettings everythingChanged() {
             .builtInDisplayCameraID = "built-in",
             .externalDisplayCameraID = "desk",
             .hasFinishedWelcome = true,
-            .passwordHealth = {.failures = 2, .suspended = true, .needsNotice = true},
             .asksDesktop = true,
             .hasSeenLocker = true,
+            .passwordHealth = {.failures = 2, .suspended = true, .needsNotice = true},
             .untypedLocker = "slock"};
 }
 
