@@ -200,9 +200,9 @@ PageWindow::PageWindow(WindowPresenter& presenter, std::function<void()> onClose
 
 PageWindow::~PageWindow() = default;
 
-// The window manager places it: it knows its own borders.
+// The window manager places it: it knows its own borders. A QDialog would place itself.
 void PageWindow::setVisible(bool visible) {
-    QWidget::setVisible(visible);
+    QWidget::setVisible(visible);  // NOLINT(bugprone-parent-virtual-call)
 }
 
 void PageWindow::refresh() {
