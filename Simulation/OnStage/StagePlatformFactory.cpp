@@ -60,7 +60,7 @@ std::string focused() {
 
 ScriptedCamera::Device builtInCamera() {
     const char* const rate = std::getenv("MARROWBY_CAMERA_RATE");
-    return rate != nullptr ? ScriptedCamera::builtInCamera(std::atof(rate))
+    return rate != nullptr ? ScriptedCamera::builtInCamera(std::strtod(rate, nullptr))
                            : ScriptedCamera::builtInCamera();
 }
 

@@ -20,9 +20,9 @@ struct SessionUnlockAskerTest : testing::Test {
         asker->typeStoredPassword(
             [this] { return isLocked; },
             [this](const TypingOutcome& outcome) {
-                const auto* not_ = std::get_if<TypingOutcome::NotAsked>(&outcome);
+                const auto* notAsked = std::get_if<TypingOutcome::NotAsked>(&outcome);
                 const bool isAsked = std::holds_alternative<TypingOutcome::Asked>(outcome);
-                outcomes.push_back(not_ ? not_->message : isAsked ? "asked" : "stopped");
+                outcomes.push_back(notAsked ? notAsked->message : isAsked ? "asked" : "stopped");
             });
     }
     void advance(double seconds) { mainThread.advance(TimeInterval(seconds)); }
