@@ -245,6 +245,12 @@ static NSSize wantedSize(NSView* view, CGFloat width) {
 @end
 
 @implementation NSView (MacOnLinux)
+- (NSSize)fittingSize {
+    return wantedSize(self, self.bounds.size.width);
+}
+- (void)layoutSubtreeIfNeeded {
+    if ([self isKindOfClass:NSStackView.class]) [static_cast<NSStackView*>(self) arrange];
+}
 - (NSLayoutDimension*)widthAnchor {
     return [MacDimension of:self under:&widthKey];
 }

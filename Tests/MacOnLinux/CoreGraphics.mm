@@ -90,6 +90,15 @@ CFDictionaryRef CGSessionCopyCurrentDictionary(void) {
     if (!facts) return nullptr;
     return (__bridge_retained CFDictionaryRef)marrowby::counted([facts mutableCopy]);
 }
+/// A laptop without another display.
+CGError CGGetOnlineDisplayList(uint32_t most, CGDirectDisplayID* displays, uint32_t* count) {
+    *count = most > 0 ? 1 : 0;
+    if (most > 0) displays[0] = 1;
+    return kCGErrorSuccess;
+}
+bool CGDisplayIsBuiltin(CGDirectDisplayID display) {
+    return display == 1;
+}
 CFTimeInterval CGEventSourceSecondsSinceLastEventType(CGEventSourceStateID, CGEventType) {
     return 1.5;
 }

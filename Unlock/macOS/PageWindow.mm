@@ -175,9 +175,10 @@ void PageWindow::draw(const WindowPage& page) {
 
 void PageWindow::fit(bool isOtherPage) {
     if (window_.hasUsersSize) return;
-    [window_.contentView layoutSubtreeIfNeeded];
+    NSView* const whole = window_.contentView;
+    [whole layoutSubtreeIfNeeded];
     const CGFloat missing = content_.fittingSize.height - scroll_.contentView.bounds.size.height;
-    const NSSize shown = window_.contentView.frame.size;
+    const NSSize shown = whole.frame.size;
     const CGFloat titleBar = window_.frame.size.height - shown.height;
     NSScreen* const screen = window_.screen ? window_.screen : NSScreen.mainScreen;
     const CGFloat most = std::min(

@@ -8,6 +8,7 @@
 
 #undef RELEASE
 
+#import <CoreGraphics/CoreGraphics.h>
 #include <dispatch/dispatch.h>
 
 #define NSLineCapStyleRound NSRoundLineCapStyle
@@ -49,6 +50,8 @@ typedef NSInteger NSWindowAnimationBehavior;
 @property(copy) NSString* accessibilityHelp;
 @property BOOL translatesAutoresizingMaskIntoConstraints;
 @property(readonly) NSSize intrinsicContentSize;
+@property(readonly) NSSize fittingSize;
+- (void)layoutSubtreeIfNeeded;
 - (void)setContentHuggingPriority:(NSLayoutPriority)priority
                    forOrientation:(NSLayoutConstraintOrientation)orientation;
 - (void)setContentCompressionResistancePriority:(NSLayoutPriority)priority

@@ -11,12 +11,15 @@ typedef int32_t CGEventSourceStateID;
 typedef uint32_t CGEventTapLocation;
 typedef uint32_t CGEventType;
 typedef uint16_t CGKeyCode;
+typedef uint32_t CGDirectDisplayID;
+typedef int32_t CGError;
 typedef uint16_t UniChar;
 typedef unsigned long UniCharCount;
 
 enum {
     kCGEventSourceStateHIDSystemState = 1,
     kCGHIDEventTap = 0,
+    kCGErrorSuccess = 0,
     kCGEventFlagMaskCommand = 0x100000
 };
 #define kCGAnyInputEventType ((CGEventType)(~0))
@@ -32,6 +35,8 @@ void CGEventKeyboardSetUnicodeString(CGEventRef event, UniCharCount length, cons
 void CGEventPost(CGEventTapLocation tap, CGEventRef event);
 bool CGPreflightPostEventAccess(void);
 CFDictionaryRef CGSessionCopyCurrentDictionary(void);
+CGError CGGetOnlineDisplayList(uint32_t most, CGDirectDisplayID* displays, uint32_t* count);
+bool CGDisplayIsBuiltin(CGDirectDisplayID display);
 #ifdef __cplusplus
 }
 #endif
