@@ -56,7 +56,7 @@ std::optional<Wanted> wanted(std::span<char*> arguments) {
         wanted.pictures = arguments[1];
         arguments = arguments.subspan(2);
     } else if (arguments.size() > 1 && std::string_view(arguments[0]) == "--road") {
-        wanted.unlocks = std::atoi(arguments[1]);
+        wanted.unlocks = static_cast<int>(std::strtol(arguments[1], nullptr, 10));
         if (*wanted.unlocks < 1) return std::nullopt;
         arguments = arguments.subspan(2);
     }
