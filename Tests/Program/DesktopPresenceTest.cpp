@@ -24,6 +24,7 @@ class DesktopPresenceTest : public ProgramTest {
         ProgramTest::SetUp();
         if (IsSkipped() || HasFatalFailure()) return;
         qDBusRegisterMetaType<QList<int>>();
+        environment.insert("ASAN_OPTIONS", wholeStacks);
         noticeServer_ = startMock(*bus, notices,
                                   {"--session", "--template", "notification_daemon", "-p",
                                    R"({"capabilities": "body actions"})"});

@@ -30,6 +30,8 @@ namespace marrowby {
 inline constexpr const char* ownersPassword = "Corr3ct-HoRse_b@ttery!";
 inline constexpr std::uint32_t spaceKey = 0x0020;
 inline constexpr std::uint32_t tabKey = 0xFF09;
+/// ASAN_OPTIONS of a program that uses what Qt leaks: it knows those leaks by their stacks.
+inline constexpr const char* wholeStacks = "fast_unwind_on_malloc=0";
 
 /// The program on a private desktop: window manager, focused terminal, bus, unlocked keyring, home
 /// folders.

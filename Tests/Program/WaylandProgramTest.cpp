@@ -167,6 +167,7 @@ TEST_F(WaylandProgramTest, saysOnSwayThatItCannotUnlockAndLetsItsUserOut) {
     ASSERT_FALSE(socket.empty()) << "sway has ended";
     environment.insert("WAYLAND_DISPLAY", QString::fromStdString(socket));
     environment.insert("QT_QPA_PLATFORM", "wayland");
+    environment.insert("ASAN_OPTIONS", wholeStacks);
     environment.remove("DISPLAY");
     const auto press = [&](const char* key) {
         ASSERT_TRUE(loop.runUntil([this] { return program->hasFocus(); }))
