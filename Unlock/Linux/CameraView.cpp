@@ -13,7 +13,7 @@ namespace marrowby {
 
 namespace {
 
-constexpr double corner = 10;
+constexpr double pictureCorner = 10;
 
 /// Shares the bytes, which outlive it.
 QImage imageOf(const Bitmap& bitmap) {
@@ -65,7 +65,7 @@ void CameraView::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     QPainterPath outline;
-    outline.addRoundedRect(rect(), corner, corner);
+    outline.addRoundedRect(rect(), pictureCorner, pictureCorner);
     painter.setClipPath(outline);
     painter.fillRect(rect(), pagecolors::mix(palette().color(QPalette::WindowText),
                                              palette().color(QPalette::Window), 0.16));
@@ -76,7 +76,7 @@ void CameraView::paintEvent(QPaintEvent* /*event*/) {
     painter.setPen(QPen(pagecolors::good(palette()), 2));
     painter.drawRoundedRect(
         filling(picture_->image, rect()).mapRect(QRectF(face.x, face.y, face.width, face.height)),
-        corner, corner);
+        pictureCorner, pictureCorner);
 }
 
 }  // namespace marrowby

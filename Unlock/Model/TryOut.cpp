@@ -7,7 +7,7 @@ namespace marrowby {
 
 namespace {
 
-constexpr TimeInterval pauseTolerance{0.2};
+constexpr TimeInterval resultTolerance{0.2};
 
 }  // namespace
 
@@ -33,7 +33,7 @@ void TryOut::look() {
 void TryOut::lookEnded(const TrialLook::Result& result) {
     view_.result = result;
     next_ =
-        services_.mainThread.at(services_.clock.now() + pause, pauseTolerance, [this] { look(); });
+        services_.mainThread.at(services_.clock.now() + pause, resultTolerance, [this] { look(); });
     tell();
 }
 

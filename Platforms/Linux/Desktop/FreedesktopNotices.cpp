@@ -13,16 +13,16 @@
 namespace marrowby {
 namespace {
 
-const QString service = QStringLiteral("org.freedesktop.Notifications");
-const QString path = QStringLiteral("/org/freedesktop/Notifications");
+const QString noticesService = QStringLiteral("org.freedesktop.Notifications");
+const QString noticesPath = QStringLiteral("/org/freedesktop/Notifications");
 const QString buttonKey = QStringLiteral("confirm");
 /// Of a press on the notice itself.
 const QString noticeKey = QStringLiteral("default");
 constexpr std::int32_t staysUp = 0;
 
 QDBusMessage method(const char* name, const QVariantList& arguments = {}) {
-    auto message =
-        QDBusMessage::createMethodCall(service, path, service, QString::fromLatin1(name));
+    auto message = QDBusMessage::createMethodCall(noticesService, noticesPath, noticesService,
+                                                  QString::fromLatin1(name));
     message.setArguments(arguments);
     return message;
 }
@@ -58,9 +58,9 @@ class FreedesktopNotices::Server {
     void onConnected() {
         isConnected_ = true;
         const auto on = [this](const char* member, DBusLink::MessageHandler handler) {
-            subscriptions_.push_back(link_.subscribe({.service = service,
-                                                      .path = path,
-                                                      .interface = service,
+            subscriptions_.push_back(link_.subscribe({.service = noticesService,
+                                                      .path = noticesPath,
+                                                      .interface = noticesService,
                                                       .member = QString::fromLatin1(member)},
                                                      std::move(handler)));
         };
@@ -73,7 +73,7 @@ class FreedesktopNotices::Server {
             shown_.reset();
             wanted_.reset();
         });
-        subscriptions_.push_back(link_.watchOwner(service, [this](bool hasOwner) {
+        subscriptions_.push_back(link_.watchOwner(noticesService, [this](bool hasOwner) {
             shown_.reset();
             ++asked_;
             if (hasOwner && wanted_) ask();

@@ -13,8 +13,8 @@
 namespace marrowby {
 namespace {
 
-const QString service = QStringLiteral("org.gnome.Mutter.IdleMonitor");
-const QString path = QStringLiteral("/org/gnome/Mutter/IdleMonitor/Core");
+const QString monitorService = QStringLiteral("org.gnome.Mutter.IdleMonitor");
+const QString monitorPath = QStringLiteral("/org/gnome/Mutter/IdleMonitor/Core");
 
 /// The watch's number in a reply or a signal.
 std::optional<std::uint32_t> watchIn(const QDBusMessage& message) {
@@ -50,12 +50,12 @@ class GnomeInputIdle::Monitor {
 
     void onConnected() {
         subscriptions_.push_back(
-            link_.subscribe({.service = service,
-                             .path = path,
-                             .interface = service,
+            link_.subscribe({.service = monitorService,
+                             .path = monitorPath,
+                             .interface = monitorService,
                              .member = QStringLiteral("WatchFired")},
                             [this](const QDBusMessage& signal) { fired(watchIn(signal)); }));
-        subscriptions_.push_back(link_.watchOwner(service, [this](bool hasOwner) {
+        subscriptions_.push_back(link_.watchOwner(monitorService, [this](bool hasOwner) {
             forgetWatches();
             if (hasOwner) watch();
         }));
@@ -84,8 +84,8 @@ class GnomeInputIdle::Monitor {
     /// Drops the reply of an earlier instance of the service.
     void add(const char* method, const QVariantList& arguments,
              std::function<void(std::uint32_t)> onAdded) {
-        auto call =
-            QDBusMessage::createMethodCall(service, path, service, QString::fromLatin1(method));
+        auto call = QDBusMessage::createMethodCall(monitorService, monitorPath, monitorService,
+                                                   QString::fromLatin1(method));
         call.setArguments(arguments);
         link_.call(call, [this, generation = generation_,
                           onAdded = std::move(onAdded)](const QDBusMessage& reply) {
