@@ -364,11 +364,12 @@ void UnlockModel::lockChanged(LockEvent event) {
         enrollment_.interrupt("The screen was locked, so nothing was captured.");
         endTrial(std::unexpected("The screen was locked, which ended this look."));
         endTryOut("The screen was locked, which ended the trial.");
+        isScreenLocked_ = true;
     }
-    if (event == LockEvent::screenLocked) isScreenLocked_ = true;
     if (event == LockEvent::screenUnlocked) isScreenLocked_ = false;
     if (engine_) engine_->follow(event);
-    publish();
+    // Nothing that is published changes with the displays’ sleep.
+    if (event == LockEvent::screenLocked || event == LockEvent::screenUnlocked) publish();
 }
 
 void UnlockModel::noteLocker() {
@@ -377,9 +378,7 @@ void UnlockModel::noteLocker() {
     settings.untypedLocker.reset();
     if (const auto name = platform_.lockEvents.locker().untyped; !name.empty())
         settings.untypedLocker = name;
-    if (settings == settings_) return;
-    store(std::move(settings));
-    publish();
+    if (settings != settings_) store(std::move(settings));
 }
 
 Completion UnlockModel::showing(Completion completion) {

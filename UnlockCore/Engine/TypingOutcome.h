@@ -17,6 +17,7 @@ struct Failed {
 };
 /// The password and Return were posted.
 struct Typed {
+    /// For the log.
     std::optional<Date> firstKeyAt{};
     friend bool operator==(const Typed&, const Typed&) = default;
 };

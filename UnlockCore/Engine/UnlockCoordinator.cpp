@@ -161,15 +161,17 @@ void UnlockCoordinator::startScan(ScanID scan, Date now) {
              })});
     // The failure of a camera is handled after this.
     if (road_) road_->reach(UnlockRoad::Step::cameraAsked, collaborators_.clock.now());
-    collaborators_.typer.expectTyping(
-        [&lockState = collaborators_.lockState] { return lockState.isLocked(); });
+    collaborators_.typer.expectTyping(stillLocked());
+}
+
+std::function<bool()> UnlockCoordinator::stillLocked() const {
+    return [&lockState = collaborators_.lockState] { return lockState.isLocked(); };
 }
 
 void UnlockCoordinator::typePassword() {
     if (road_) road_->reach(UnlockRoad::Step::confirmed, collaborators_.clock.now());
     collaborators_.typer.typeStoredPassword(
-        [&lockState = collaborators_.lockState] { return lockState.isLocked(); },
-        weakSelf_.guarded([](UnlockCoordinator& self, TypingOutcome outcome) {
+        stillLocked(), weakSelf_.guarded([](UnlockCoordinator& self, TypingOutcome outcome) {
             self.send(Event::Typed{std::move(outcome)});
         }));
 }

@@ -129,6 +129,8 @@ class UnlockCoordinator {
     [[nodiscard]] bool isReadingRecent(Date now) const;
     [[nodiscard]] UnlockSnapshot snapshot(Date now) const;
     void startScan(ScanID scan, Date now);
+    /// For another thread.
+    [[nodiscard]] std::function<bool()> stillLocked() const;
     void typePassword();
     [[nodiscard]] bool isOnOwnThread() const { return std::this_thread::get_id() == thread_; }
 

@@ -41,6 +41,10 @@ class StoredPasswordTyper final : public PasswordTyping {
     void stop() { typings_->stop(); }
 
   private:
+    /// Until the typing is stopped, the vault locked or the screen unlocked.
+    [[nodiscard]] std::function<bool()> mayGoOn(TypingsUnderWay::Order order,
+                                                std::function<bool()> stillLocked) const;
+
     const CredentialStore& credentials_;
     KeyEvents& keyEvents_;
     WorkQueues& workQueues_;

@@ -7,6 +7,11 @@
 
 namespace marrowby {
 
+LockOpening lockOpening(bool canAskDesktop, bool isAskingForbidden, bool canType) {
+    if (canAskDesktop) return isAskingForbidden ? LockOpening::forbidden : LockOpening::asking;
+    return canType ? LockOpening::typing : LockOpening::unsupported;
+}
+
 bool isAskingForbiddenBy(std::string_view policy) {
     for (const auto piece : policy | std::views::split('\n')) {
         const std::string line = trimmed(std::string(piece.begin(), piece.end()));

@@ -29,6 +29,10 @@ enum class LockOpening : std::uint8_t {
     return opening == LockOpening::forbidden || opening == LockOpening::unsupported;
 }
 
+/// How a Wayland session's lock is opened: by its desktop, if that is one that can be asked, before
+/// typing.
+[[nodiscard]] LockOpening lockOpening(bool canAskDesktop, bool isAskingForbidden, bool canType);
+
 /// Of the administrator's policy file. A line `ask-desktop-to-unlock = no` forbids it, and so does
 /// any other value but yes.
 [[nodiscard]] bool isAskingForbiddenBy(std::string_view policy);

@@ -31,9 +31,7 @@ void DesktopUnlocking::update() {
 }
 
 LockOpening DesktopUnlocking::opening() const {
-    if (hasSeenShell_) return isForbidden_ ? LockOpening::forbidden : LockOpening::asking;
-    return canTypeThroughKernel && canTypeThroughKernel() ? LockOpening::typing
-                                                          : LockOpening::unsupported;
+    return lockOpening(hasSeenShell_, isForbidden_, canTypeThroughKernel && canTypeThroughKernel());
 }
 
 void DesktopUnlocking::read(std::function<void(const SessionUnlockFacts&)> onRead) {

@@ -2,8 +2,8 @@
 #include "Platforms/Linux/Session/GnomeInputIdle.h"
 
 #include "Platforms/Linux/Desktop/DBusLink.h"
-#include "Platforms/Linux/Desktop/IdleEdges.h"
 #include "Platforms/Linux/Desktop/UnixClock.h"
+#include "UnlockCore/Platform/IdleEdges.h"
 
 #include <chrono>
 #include <cstdint>

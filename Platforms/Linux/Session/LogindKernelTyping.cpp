@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Session/LogindKernelTyping.h"
 
+#include "Platforms/Linux/Session/LogindProperties.h"
 #include "UnlockCore/Foundation/Mutex.h"
 
 #include <QDBusArgument>
@@ -45,17 +46,6 @@ QDBusMessage sessionProperties() {
 bool isTrue(const QVariantMap& properties, const char* name) {
     const QVariant value = properties.value(QString::fromLatin1(name));
     return value.typeId() == QMetaType::Bool && value.toBool();
-}
-
-std::optional<std::uint32_t> userOf(const QVariantMap& properties) {
-    const auto user = properties.value(QStringLiteral("User")).value<QDBusArgument>();
-    if (user.currentSignature() != QLatin1String("(uo)")) return std::nullopt;
-    quint32 id = 0;
-    QDBusObjectPath path;
-    user.beginStructure();
-    user >> id >> path;
-    user.endStructure();
-    return id;
 }
 
 KernelTypingFacts::Kind kindOf(const QVariantMap& properties) {
@@ -140,7 +130,7 @@ LogindKernelTyping::~LogindKernelTyping() = default;
 
 bool LogindKernelTyping::mayType() const {
     const QVariantMap properties = bus_->properties();
-    const auto owner = userOf(properties);
+    const auto owner = userOfPair(properties.value(QStringLiteral("User")));
     if (!owner) return false;
     const std::string sessionDisplay =
         properties.value(QStringLiteral("Display")).toString().toStdString();

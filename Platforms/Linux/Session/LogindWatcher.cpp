@@ -3,6 +3,7 @@
 
 #include "Platforms/Linux/Desktop/DBusLink.h"
 #include "Platforms/Linux/Desktop/UnixClock.h"
+#include "Platforms/Linux/Session/LogindProperties.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
@@ -53,18 +54,6 @@ std::optional<T> firstValue(const QDBusMessage& reply) {
 std::optional<bool> boolean(const QVariant& value) {
     if (value.typeId() != QMetaType::Bool) return std::nullopt;
     return value.toBool();
-}
-
-/// The user in a property of type (uo).
-std::optional<std::uint32_t> userOfPair(const QVariant& value) {
-    const auto pair = value.value<QDBusArgument>();
-    if (pair.currentSignature() != QLatin1String("(uo)")) return std::nullopt;
-    quint32 user = 0;
-    QDBusObjectPath path;
-    pair.beginStructure();
-    pair >> user >> path;
-    pair.endStructure();
-    return user;
 }
 
 /// The path in a property of type (so); empty if there is none.

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Wayland/WaylandInputIdle.h"
 
-#include "Platforms/Linux/Desktop/IdleEdges.h"
 #include "Platforms/Linux/Desktop/UnixClock.h"
+#include "UnlockCore/Platform/IdleEdges.h"
 
 #include <QSocketNotifier>
 #include <chrono>

@@ -63,5 +63,14 @@ TEST(SessionUnlockRule, readsTheAdministratorsPolicy) {
         EXPECT_EQ(isAskingForbiddenBy(policy), isForbidden) << policy;
 }
 
+TEST(LockOpeningTest, asksADesktopBeforeTypingAndNeverPastAPolicy) {
+    for (const bool canType : {false, true}) {
+        EXPECT_EQ(lockOpening(true, false, canType), LockOpening::asking);
+        EXPECT_EQ(lockOpening(true, true, canType), LockOpening::forbidden);
+    }
+    EXPECT_EQ(lockOpening(false, true, true), LockOpening::typing);
+    EXPECT_EQ(lockOpening(false, false, false), LockOpening::unsupported);
+}
+
 }  // namespace
 }  // namespace marrowby

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Platforms/Linux/Desktop/IdleEdges.h"
 #include "Platforms/Linux/Desktop/UnixClock.h"
 #include "Platforms/Linux/Session/GnomeInputIdle.h"
 #include "Platforms/Linux/Wayland/WaylandInputIdle.h"
 #include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
+#include "UnlockCore/Platform/IdleEdges.h"
 
 #include <cstdint>
 #include <functional>
