@@ -500,6 +500,13 @@ TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
     EXPECT_EQ(stored.externalDisplayCameraID, "desk");
     EXPECT_TRUE(systemSettings.atLogin);
 
+    lockEvents.fault = "Locks are not noticed.";
+    reopen();
+    EXPECT_EQ(windows.page().problem, "Locks are not noticed.");
+    lockEvents.fault.reset();
+    reopen();
+    EXPECT_EQ(windows.page().problem, "");
+
     EXPECT_TRUE(toggle("Unlock with your face", false));
     EXPECT_FALSE(application->model().state().vaultUnlocked);
     EXPECT_EQ(windows.row<WindowRow::Status>()->title, "Off");

@@ -138,7 +138,9 @@ class CompositionRoot {
 
     /// Starts the application, or shows the window that says what is missing.
     void launch(bool isAtLogin) {
-        session_.onDisplayAway = [this](const std::string& sentence) { log_.write(sentence); };
+        session_.onAway = [this](const std::string& sentence) {
+            log_.write({.message = sentence, .event = std::string(logevent::sessionAway)});
+        };
         session_.start();
         launch_ = {.isAtLogin = isAtLogin, .isVisible = !session_.lockState().isLocked()};
         const auto started = start();

@@ -405,6 +405,12 @@ void UnlockModel::store(UnlockSettings settings) {
     settings_ = std::move(settings);
 }
 
+std::optional<std::string> UnlockModel::currentProblem() const {
+    if (problem_) return problem_;
+    if (auto problem = platform_.lockEvents.problem()) return problem;
+    return platform_.defaults.problem();
+}
+
 UnlockModel::State UnlockModel::currentState() const {
     return State{
         .isEnrolled = data_.isEnrolled(),
@@ -421,7 +427,7 @@ UnlockModel::State UnlockModel::currentState() const {
         .fault = data_.fault(),
         .modelsChanged = data_.haveModelsChanged(),
         .isPaused = pause_.has_value(),
-        .problem = problem_ ? problem_ : platform_.defaults.problem(),
+        .problem = currentProblem(),
         .settings = settings_};
 }
 

@@ -63,7 +63,8 @@ class UnlockModel {
         bool modelsChanged = false;
         /// Between pause() and resume().
         bool isPaused = false;
-        /// The last failure, for the user, or what is wrong with the settings' file.
+        /// The last failure, for the user, or what is wrong with noticing locks or with the
+        /// settings' file.
         std::optional<std::string> problem;
         UnlockSettings settings;
         friend bool operator==(const State&, const State&) = default;
@@ -188,6 +189,7 @@ class UnlockModel {
     void offerLocker(const std::string& path);
     void store(UnlockSettings settings);
     [[nodiscard]] State currentState() const;
+    [[nodiscard]] std::optional<std::string> currentProblem() const;
     /// Tells the engine and the windows if the state has changed.
     void publish();
 

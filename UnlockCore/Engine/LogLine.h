@@ -27,6 +27,7 @@ inline constexpr std::string_view activityIgnored = "activity-ignored";
 inline constexpr std::string_view modelsChanged = "models-changed";
 inline constexpr std::string_view cameraMissing = "camera-missing";
 inline constexpr std::string_view displayLost = "display-lost";
+inline constexpr std::string_view sessionAway = "session-away";
 inline constexpr std::string_view road = "road";
 inline constexpr std::string_view noNotices = "no-notices";
 }  // namespace logevent

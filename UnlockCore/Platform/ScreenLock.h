@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace marrowby {
@@ -31,6 +32,8 @@ class LockEventWatching {
     [[nodiscard]] virtual bool isSleeping() const = 0;
     /// Read afresh.
     [[nodiscard]] virtual SessionLocker locker() const { return {}; }
+    /// What keeps locks from being noticed now, as a sentence for the user.
+    [[nodiscard]] virtual std::optional<std::string> problem() const { return std::nullopt; }
     virtual void start() = 0;
     virtual void stop() = 0;
 };

@@ -107,13 +107,14 @@ void DesktopSession::start() {
         update();
         if (sources_->unlocking) sources_->unlocking->update();
     };
+    const auto away = [this](const std::string& sentence) {
+        if (onAway) onAway(sentence);
+    };
     sources_->savers.onChange = update;
-    if (sources_->display) {
-        sources_->display->start(
-            {.onChange = update, .onAway = [this](const std::string& sentence) {
-                 if (onDisplayAway) onDisplayAway(sentence);
-             }});
-    }
+    sources_->savers.onBusLost = [this, away] {
+        if (const auto problem = sources_->lock.problem()) away(*problem);
+    };
+    if (sources_->display) sources_->display->start({.onChange = update, .onAway = away});
     sources_->logind.start();
     sources_->savers.start();
     if (sources_->desktopIdle) sources_->desktopIdle->start();

@@ -39,8 +39,9 @@ class DesktopSession {
     DesktopSession(const DesktopSession&) = delete;
     DesktopSession& operator=(const DesktopSession&) = delete;
 
-    /// Called with a sentence for the user when the display is missing at the start or lost.
-    std::function<void(const std::string&)> onDisplayAway;
+    /// Called with a sentence for the user when the display is missing at the start or lost, or
+    /// the session bus is lost.
+    std::function<void(const std::string&)> onAway;
 
     /// Whether this process may type through the kernel; may be empty. Set before start().
     std::function<bool()> canTypeThroughKernel;

@@ -58,6 +58,12 @@ SessionLocker LinuxLockMonitor::locker() const {
     return locker;
 }
 
+std::optional<std::string> LinuxLockMonitor::problem() const {
+    if (!savers_.isBusLost()) return std::nullopt;
+    return "The session bus is gone. Until it is back, the keyring can’t be reached, and a lock "
+           "that is only announced there isn’t noticed.";
+}
+
 void LinuxLockMonitor::update() {
     const SessionState now = sessionState();
     for (const SessionChange& change : changes(std::exchange(session_, now), now)) {

@@ -16,10 +16,11 @@ class ScreenSaverWatcher::Savers {
     Savers(ScreenSaverWatcher& watcher, std::string busAddress)
         : watcher_(watcher),
           link_(std::move(busAddress),
-                {.onConnected = [this] { onConnected(); }, .onLost = [this] { forget(); }}) {}
+                {.onConnected = [this] { onConnected(); }, .onLost = [this] { lose(); }}) {}
 
     void start() { link_.start(); }
 
+    [[nodiscard]] bool isBusLost() const { return isBusLost_; }
     [[nodiscard]] std::string_view active() const {
         const auto* const saver = std::ranges::find(savers_, LockReading::locked, &Saver::reading);
         return saver == savers_.end() ? std::string_view() : saver->service;
@@ -36,6 +37,7 @@ class ScreenSaverWatcher::Savers {
     };
 
     void onConnected() {
+        isBusLost_ = false;
         for (Saver& saver : savers_) {
             const QString service = QString::fromLatin1(saver.service);
             subscriptions_.push_back(link_.subscribe(
@@ -77,11 +79,13 @@ class ScreenSaverWatcher::Savers {
         report();
     }
 
-    void forget() {
+    void lose() {
+        isBusLost_ = true;
         subscriptions_.clear();
         for (Saver& saver : savers_)
             saver.reading = LockReading::unknown;
         report();
+        if (watcher_.onBusLost) watcher_.onBusLost();
     }
 
     void report() { watcher_.set(std::ranges::max(savers_, {}, &Saver::reading).reading); }
@@ -95,6 +99,7 @@ class ScreenSaverWatcher::Savers {
         {.service = "org.cinnamon.ScreenSaver", .path = "/org/cinnamon/ScreenSaver"},
         {.service = "org.xfce.ScreenSaver", .path = "/org/xfce/ScreenSaver"},
     }};
+    bool isBusLost_ = false;
     DBusLink link_;
     // Destroyed before the connection.
     std::vector<DBusLink::Subscription> subscriptions_;
@@ -112,6 +117,10 @@ void ScreenSaverWatcher::start() {
 LockReading ScreenSaverWatcher::reading() const {
     const MutexLock lock(mutex_);
     return reading_;
+}
+
+bool ScreenSaverWatcher::isBusLost() const {
+    return savers_->isBusLost();
 }
 
 std::string_view ScreenSaverWatcher::activeSaver() const {

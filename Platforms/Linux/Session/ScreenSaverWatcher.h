@@ -22,6 +22,8 @@ class ScreenSaverWatcher {
 
     /// After each change of the reading; must not destroy the watcher.
     std::function<void()> onChange;
+    /// The connected bus has gone; must not destroy the watcher.
+    std::function<void()> onBusLost;
 
     /// Call once.
     void start();
@@ -29,6 +31,8 @@ class ScreenSaverWatcher {
     /// `locked` when a saver is active, `unlocked` when none is and at least one answers. Any
     /// thread.
     [[nodiscard]] LockReading reading() const;
+    /// Until a lost bus is back. Main thread.
+    [[nodiscard]] bool isBusLost() const;
     /// Bus name of an active saver, or empty.
     [[nodiscard]] std::string_view activeSaver() const;
 

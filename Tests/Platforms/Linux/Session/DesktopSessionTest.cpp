@@ -41,7 +41,7 @@ TEST(DesktopSession, resumesWhenItsDisplayComesBack) {
                            mainThread);
     session.lockEvents().onEvent = [&heard](LockEvent event) { heard.push_back(event); };
     session.lockEvents().start();
-    session.onDisplayAway = [&](const std::string& text) { sentences.push_back(text); };
+    session.onAway = [&](const std::string& text) { sentences.push_back(text); };
     session.start();
     EXPECT_THAT(sentences, ElementsAre("The display “" + display->name() + "” can’t be opened."));
     EXPECT_EQ(session.lockState().state(), LockState());

@@ -62,9 +62,14 @@ class MockLogind {
         call(managerPath, "AddMethod", {managerInterface, method, signature, "o", code});
     }
     [[nodiscard]] std::size_t inhibitorCount() const {
-        const auto list = bus_.call(logindName, managerPath, managerInterface, "ListInhibitors")
-                              .value<QDBusArgument>();
+        const QVariant reply =
+            bus_.call(logindName, managerPath, managerInterface, "ListInhibitors");
         std::size_t count = 0;
+        if (!reply.isValid()) {
+            ADD_FAILURE() << "The mock does not answer.";
+            return count;
+        }
+        const auto list = reply.value<QDBusArgument>();
         list.beginArray();
         for (; !list.atEnd(); ++count) {
             QString what;

@@ -120,9 +120,9 @@ TEST_F(SessionWatchingTest, delaysSleepUntilItsHandlersRan) {
     mock.prepareForSleep(true);
     ASSERT_TRUE(loop.runUntil([&] { return countInHandler.has_value(); }));
     EXPECT_EQ(countInHandler, 1);
-    EXPECT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 0; }));
+    EXPECT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 0; })) << mock.inhibitorCount();
     mock.prepareForSleep(false);
-    EXPECT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 1; }));
+    EXPECT_TRUE(loop.runUntil([&] { return mock.inhibitorCount() == 1; })) << mock.inhibitorCount();
 }
 
 TEST_F(SessionWatchingTest, findsTheSessionByProcessAndByTheUsersDisplay) {
@@ -193,6 +193,17 @@ TEST_F(SessionWatchingTest, followsScreenSaversThatComeAndGo) {
         savers->start();
         EXPECT_TRUE(becomes(locked)) << service;
     }
+}
+
+TEST_F(SessionWatchingTest, tellsWhileTheSessionBusIsGone) {
+    watch();
+    std::optional<std::string> told;
+    savers->onBusLost = [&] { told = lock->problem(); };
+    EXPECT_EQ(lock->problem(), std::nullopt);
+    bus->kill();
+    ASSERT_TRUE(loop.runUntil([&] { return told.has_value(); }));
+    ASSERT_TRUE(bus->startDaemon());
+    EXPECT_TRUE(loop.runUntil([&] { return !lock->problem(); }));
 }
 
 }  // namespace
