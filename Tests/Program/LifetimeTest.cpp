@@ -3,10 +3,13 @@
 
 #include <random>
 
+#include <gmock/gmock.h>
 #include <signal.h>
 
 namespace marrowby {
 namespace {
+
+using testing::StartsWith;
 
 /// What the program uses goes away while it is used.
 class LifetimeTest : public ProgramTest {
@@ -79,7 +82,11 @@ TEST_F(LifetimeTest, unlocksWithoutTheBusAndWithALockedKeyring) {
     ASSERT_TRUE(program->order("scene live-normal 4"));
     keyring.reset();
     bus->kill();
+    EXPECT_TRUE(program->logs(logevent::sessionAway)) << program->recentWords();
+    EXPECT_THAT(tell({"status"}), StartsWith("3 There is no session bus here"));
     ASSERT_NO_FATAL_FAILURE(expectThatItUnlocks());
+    ASSERT_TRUE(bus->startDaemon());
+    EXPECT_TRUE(loop.runUntil([&] { return tell({"status"}).starts_with("0 Ready: "); }));
     EXPECT_EQ(program->terminate(), EXIT_SUCCESS) << program->recentWords();
     expectAnUntouchedTerminal();
 }

@@ -10,7 +10,7 @@
 #include "Tests/Program/StagedProgram.h"
 #include "UnlockCore/Engine/LogLine.h"
 
-#include <QProcess>
+#include <QProcessEnvironment>
 #include <QTimer>
 #include <cstdint>
 #include <filesystem>
@@ -71,22 +71,12 @@ class ProgramTest : public testing::Test {
     }
     /// Starts a second instance, which hands over to the first.
     void openWindow() {
-        QProcess second;
-        second.setProcessEnvironment(environment);
-        second.start(MARROWBY_PROGRAM, QStringList());
-        ASSERT_TRUE(loop.runUntil([&] { return second.state() == QProcess::NotRunning; }));
-        ASSERT_EQ(second.exitCode(), 0) << second.readAllStandardError().toStdString();
+        const std::string reply = tell({});
+        ASSERT_TRUE(reply.starts_with("0 ")) << reply;
     }
 
-    /// A terminal's command: its exit status, and then all that it printed.
-    std::string tell(const QStringList& words) {
-        QProcess terminal;
-        terminal.setProcessChannelMode(QProcess::MergedChannels);
-        terminal.setProcessEnvironment(environment);
-        terminal.start(MARROWBY_PROGRAM, words);
-        EXPECT_TRUE(loop.runUntil([&] { return terminal.state() == QProcess::NotRunning; }));
-        return std::to_string(terminal.exitCode()) + " " +
-               terminal.readAllStandardOutput().toStdString();
+    std::string tell(std::vector<std::string> words) {
+        return commandReply(loop, environment, std::move(words));
     }
 
     void touch() { ASSERT_TRUE(hands->tap(xkey::leftShift)); }

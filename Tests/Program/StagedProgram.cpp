@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Tests/Program/StagedProgram.h"
 
+#include "Simulation/Desktop/ChildProcess.h"
+
 #include <algorithm>
+#include <fstream>
 #include <iterator>
 #include <ranges>
+#include <sstream>
 #include <utility>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 
@@ -31,6 +36,13 @@ auto tellsOf(std::string_view event, std::string_view subject) {
     };
 }
 
+std::vector<std::string> variables(const QProcessEnvironment& environment) {
+    std::vector<std::string> list;
+    for (const QString& variable : environment.toStringList())
+        list.push_back(variable.toStdString());
+    return list;
+}
+
 }  // namespace
 
 StagedProgram::StagedProgram(QtLoop& loop, QProcessEnvironment environment,
@@ -49,11 +61,8 @@ StagedProgram::StagedProgram(QtLoop& loop, QProcessEnvironment environment,
     }
     journal_ = *std::move(journal);
     environment.insert("MARROWBY_JOURNAL", QString::fromStdString(socket));
-    std::vector<std::string> variables;
-    for (const QString& variable : environment.toStringList())
-        variables.push_back(variable.toStdString());
     auto started =
-        ProgramOnStage::start(program, std::move(arguments), std::move(variables),
+        ProgramOnStage::start(program, std::move(arguments), variables(environment),
                               [this](const std::string& line) { lines_.push_back(line); });
     if (!started) {
         ADD_FAILURE() << started.error();
@@ -126,6 +135,26 @@ int StagedProgram::awaitEnd() {
     loop_.runPending();
     if (!ended || !program_) return -1;
     return program_->process().exitStatus().value_or(-1);
+}
+
+std::string commandReply(QtLoop& loop, const QProcessEnvironment& environment,
+                         std::vector<std::string> words) {
+    const auto folder = PrivateFolder::create();
+    if (!folder) return folder.error();
+    const std::string printed = folder->path() / "printed";
+    const OwnedFile output(
+        ::open(printed.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
+    words.insert(words.begin(), MARROWBY_PROGRAM);
+    const auto terminal = ChildProcess::start({.arguments = std::move(words),
+                                               .environment = variables(environment),
+                                               .standardOutput = output.get(),
+                                               .standardError = output.get(),
+                                               .endSignal = SIGKILL});
+    if (!terminal) return terminal.error();
+    EXPECT_TRUE(loop.runUntil([&] { return !terminal->isRunning(); }));
+    std::ostringstream reply;
+    reply << terminal->exitStatus().value_or(-1) << " " << std::ifstream(printed).rdbuf();
+    return reply.str();
 }
 
 }  // namespace marrowby

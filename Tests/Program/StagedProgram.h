@@ -63,4 +63,8 @@ class StagedProgram {
     std::size_t heardEntries_ = 0;
 };
 
+/// A terminal's command to the running program: its exit status, and then all that it printed.
+[[nodiscard]] std::string commandReply(QtLoop& loop, const QProcessEnvironment& environment,
+                                       std::vector<std::string> words);
+
 }  // namespace marrowby

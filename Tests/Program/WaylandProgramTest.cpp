@@ -88,15 +88,6 @@ class WaylandProgramTest : public ProgramTest {
         input.start(1700);
         return loop.runUntil(condition);
     }
-    /// A command's output.
-    std::string tell(const QStringList& words) {
-        QProcess terminal;
-        terminal.setProcessEnvironment(environment);
-        terminal.start(MARROWBY_PROGRAM, words);
-        EXPECT_TRUE(loop.runUntil([&] { return terminal.state() == QProcess::NotRunning; }));
-        return terminal.readAllStandardOutput().toStdString();
-    }
-
     std::optional<MockLogind> logind;
     MockService shell;
     MockService idle;

@@ -3,8 +3,10 @@
 
 #include "Platforms/Linux/Desktop/UnixClock.h"
 #include "UnlockCore/Foundation/Fatal.h"
+#include "UnlockCore/Foundation/Mutex.h"
 
-#include <QMetaObject>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QObject>
 #include <QPointer>
 #include <QSocketNotifier>
@@ -12,6 +14,8 @@
 #include <algorithm>
 #include <compare>
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <thread>
@@ -45,9 +49,33 @@ std::int64_t unixNanosecondsNow() {
 
 }  // namespace
 
-struct QtMainThread::Receiver {
-    QObject object;
-    std::thread::id thread = std::this_thread::get_id();
+/// Runs posted work. Its queue is our own, so that the thread sanitizer sees under its lock what is
+/// handed over, which it does not in Qt's.
+class QtMainThread::Receiver final : public QObject {
+  public:
+    const std::thread::id homeThread = std::this_thread::get_id();
+
+    void post(std::function<void()> work) {
+        {
+            const MutexLock lock(mutex_);
+            posted_.push_back(std::move(work));
+        }
+        // An event for each, so that Qt's other events keep their turns.
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    }
+
+  private:
+    void customEvent(QEvent* /*event*/) override { takeFirst()(); }
+
+    [[nodiscard]] std::function<void()> takeFirst() {
+        const MutexLock lock(mutex_);
+        auto work = std::move(posted_.front());
+        posted_.pop_front();
+        return work;
+    }
+
+    Mutex mutex_;
+    std::deque<std::function<void()>> posted_ GUARDED_BY(mutex_);
 };
 
 /// All one-shot calls, over one wall-clock timerfd.
@@ -164,17 +192,16 @@ class QtMainThread::IntervalTimer final : public Timer {
 };
 
 QtMainThread::QtMainThread()
-    : receiver_(std::make_unique<Receiver>()),
-      alarms_(std::make_shared<Alarms>(receiver_->object)) {}
+    : receiver_(std::make_unique<Receiver>()), alarms_(std::make_shared<Alarms>(*receiver_)) {}
 
 QtMainThread::~QtMainThread() = default;
 
 bool QtMainThread::isCurrent() const {
-    return std::this_thread::get_id() == receiver_->thread;
+    return std::this_thread::get_id() == receiver_->homeThread;
 }
 
 void QtMainThread::post(std::function<void()> work) {
-    QMetaObject::invokeMethod(&receiver_->object, std::move(work), Qt::QueuedConnection);
+    receiver_->post(std::move(work));
 }
 
 // The tolerance is unused: a timerfd is exact.
@@ -186,7 +213,7 @@ std::unique_ptr<MainThread::Timer> QtMainThread::at(Date fireDate, TimeInterval 
 std::unique_ptr<MainThread::Timer> QtMainThread::every(TimeInterval interval,
                                                        TimeInterval tolerance,
                                                        std::function<void()> work) {
-    return std::make_unique<IntervalTimer>(receiver_->object, interval, tolerance, std::move(work));
+    return std::make_unique<IntervalTimer>(*receiver_, interval, tolerance, std::move(work));
 }
 
 }  // namespace marrowby

@@ -26,7 +26,7 @@ class QtMainThread final : public MainThread {
     class Alarms;
     class AlarmTimer;
     class IntervalTimer;
-    struct Receiver;
+    class Receiver;
 
     std::unique_ptr<Receiver> receiver_;
     std::shared_ptr<Alarms> alarms_;
