@@ -51,7 +51,7 @@ void addClearing(Actions& actions, FieldClearing clearing, TimeInterval pause) {
     }
 }
 
-void addText(Actions& actions, std::span<const char16_t> units) {
+void addText(Actions& actions, std::span<const char16_t> units, TimeInterval pause) {
     std::size_t offset = 0;
     while (offset < units.size()) {
         std::size_t count = std::min(KeystrokePlan::chunkLength, units.size() - offset);
@@ -62,7 +62,7 @@ void addText(Actions& actions, std::span<const char16_t> units) {
         for (const bool down : {true, false}) {
             actions.emplace_back(
                 KeystrokeAction::Text{.offset = offset, .count = count, .down = down});
-            actions.emplace_back(KeystrokeAction::Pause{KeystrokePlan::chunkPause});
+            actions.emplace_back(KeystrokeAction::Pause{pause});
         }
         offset += count;
     }
@@ -75,10 +75,10 @@ KeystrokePlan KeystrokePlan::make(std::span<const char16_t> units, FieldClearing
     KeystrokePlan plan;
     plan.actions.emplace_back(KeystrokeAction::LockCheck{});
     if (pace.tapsFirst) addWaking(plan.actions, pace);
-    if (pace.clearsField) addClearing(plan.actions, clearing, pace.shortcut);
-    addText(plan.actions, units);
+    addClearing(plan.actions, clearing, pace.shortcut);
+    addText(plan.actions, units, pace.afterText);
     plan.actions.emplace_back(KeystrokeAction::LockCheck{});
-    addTap(plan.actions, EditingKey::enter, false, returnPause);
+    addTap(plan.actions, EditingKey::enter, false, pace.afterReturn);
     return plan;
 }
 

@@ -56,9 +56,6 @@ struct KeystrokePlan {
 
     /// The most UTF-16 units in one event; a surrogate pair is never parted.
     static constexpr std::size_t chunkLength = 20;
-    /// After each event of Return, and of a chunk.
-    static constexpr TimeInterval returnPause{0.012};
-    static constexpr TimeInterval chunkPause{0.004};
 
     [[nodiscard]] static KeystrokePlan make(std::span<const char16_t> units, FieldClearing clearing,
                                             const KeyPace& pace);

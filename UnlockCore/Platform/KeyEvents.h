@@ -34,10 +34,11 @@ struct KeyPace {
     /// Press a key first to wake it, and how long until it takes the next.
     bool tapsFirst = true;
     TimeInterval wake{0.300};
-    /// The field may hold text.
-    bool clearsField = true;
     /// After each of a shortcut's keys: some lockers read the held modifiers late.
     TimeInterval shortcut{0.030};
+    /// After each event of a chunk of text, and of Return.
+    TimeInterval afterText{0.004};
+    TimeInterval afterReturn{0.012};
 };
 
 /// Posts the keys of one typing. Destroying it returns keys borrowed from the keyboard layout. One

@@ -74,15 +74,23 @@ struct LockerPace {
     TimeInterval shortcut{};
     /// Delay from remapping a key to its first press.
     TimeInterval lending{};
-    /// The helper that shows its password field; no keys before the helper has a window.
+    /// The helper that shows its password field.
     std::string_view dialog{};
-    /// The dialog's window can be found. xsecurelock's cannot, but keys for it are queued until it
-    /// is up.
-    bool dialogIsOnScreen = true;
-    /// The field is cleared by ending the dialog with Escape; the next key starts another, which
-    /// misses keys from before its window appeared. xscreensaver's reads the modifiers so late,
-    /// while it handles remapped keys, that shortcuts fail.
-    bool renewsDialog = false;
+    /// What tells that the helper takes keys.
+    enum class DialogSign {
+        /// It has a window.
+        window,
+        /// It is connected; the locker keeps keys for it until it is up.
+        client,
+        /// Raw keys are delivered to it, and it has handled two taps: the first dismisses a page
+        /// that
+        /// says that a password was wrong, and the helper with it.
+        rawKeys,
+    };
+    DialogSign dialogSign = DialogSign::window;
+    /// The field is cleared by a key that gives Control-U without Control: a helper that asks for
+    /// the modifiers when it handles a raw key is too late for a shortcut.
+    bool erasesByOneKey = false;
     /// Keys before the event loop starts are lost: i3lock accepts a password then, but the request
     /// to leave its loop is forgotten when the loop starts.
     bool needsEventLoop = false;

@@ -16,6 +16,8 @@ namespace marrowby {
 namespace {
 
 constexpr std::uint8_t fromServer = 0;
+constexpr std::uint8_t fromClient = 1;
+constexpr std::uint8_t clientEnded = 3;
 constexpr std::uint8_t startOfData = 4;
 constexpr std::uint8_t endOfData = 5;
 constexpr std::size_t eventSize = 32;
@@ -62,6 +64,8 @@ bool XKeyDeliveries::start() {
     // A single range: with several, the server was seen to omit XInput 2 events.
     xcb_record_range_t range{};
     range.delivered_events = {.first = XCB_KEY_PRESS, .last = lastEvent};
+    range.client_died = 1;
+    range.core_requests = {.first = XCB_QUERY_POINTER, .last = XCB_QUERY_POINTER};
     const xcb_record_client_spec_t everybody = XCB_RECORD_CS_ALL_CLIENTS;
     const XcbConnection::Owned<xcb_generic_error_t> error(xcb_request_check(
         control_.get(),
@@ -94,6 +98,10 @@ XKeyDeliveries::Part XKeyDeliveries::take() {
 std::vector<std::uint32_t> XKeyDeliveries::receivers() {
     std::vector<std::uint32_t> found;
     while (const auto part = hasEnded_ ? nullptr : take()) {
+        if (part->category == fromClient)
+            noteQuestions(part->xid_base, std::size_t{4} * part->length);
+        // Another client may get the same ID.
+        if (part->category == clientEnded) rawKeys_.erase(part->xid_base);
         if (part->category != fromServer) continue;
         const std::span events(
             xcb_record_enable_context_data(part.get()),
@@ -104,6 +112,13 @@ std::vector<std::uint32_t> XKeyDeliveries::receivers() {
             // Sent by a client (SendEvent), not delivered by the server.
             if ((event.response_type & 0x80) != 0) continue;
             const auto type = static_cast<std::uint8_t>(event.response_type & 0x7F);
+            if (type == XCB_GE_GENERIC && event.extension == inputOpcode_ &&
+                event.event_type >= XCB_INPUT_RAW_KEY_PRESS &&
+                event.event_type <= XCB_INPUT_RAW_MOTION) {
+                auto& keys = rawKeys_[part->xid_base];
+                ++keys.received;
+                ++keys.unhandled;
+            }
             const bool isKey = type == XCB_KEY_PRESS || type == XCB_KEY_RELEASE ||
                                (deviceKeyPress_ != 0 &&
                                 (type == deviceKeyPress_ || type == deviceKeyPress_ + 1)) ||
@@ -115,6 +130,18 @@ std::vector<std::uint32_t> XKeyDeliveries::receivers() {
         }
     }
     return found;
+}
+
+void XKeyDeliveries::noteQuestions(std::uint32_t client, std::size_t bytes) {
+    const auto found = rawKeys_.find(client);
+    if (found == rawKeys_.end()) return;
+    auto& unhandled = found->second.unhandled;
+    unhandled -= std::min(unhandled, bytes / sizeof(xcb_query_pointer_request_t));
+}
+
+XKeyDeliveries::RawKeys XKeyDeliveries::rawKeys(std::uint32_t client) const {
+    const auto found = rawKeys_.find(client);
+    return found == rawKeys_.end() ? RawKeys() : found->second;
 }
 
 bool XKeyDeliveries::wait(std::chrono::milliseconds limit) const {

@@ -4,7 +4,9 @@
 #include "Platforms/Linux/X11/XcbConnection.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -14,7 +16,7 @@
 namespace marrowby {
 
 /// Reports which clients receive key events, whoever presses the keys, from creation on (RECORD
-/// extension). Raw keys, which go to every subscriber, are not reported. One thread.
+/// extension). One thread.
 class XKeyDeliveries {
   public:
     /// Null when the display has no RECORD extension.
@@ -24,8 +26,17 @@ class XKeyDeliveries {
     XKeyDeliveries& operator=(const XKeyDeliveries&) = delete;
 
     /// The resource ID base of each client that received a key since the last call, without
-    /// duplicates.
+    /// duplicates. Raw keys, which go to every subscriber, do not count.
     [[nodiscard]] std::vector<std::uint32_t> receivers();
+    struct RawKeys {
+        /// Raw events that the client received.
+        std::size_t received = 0;
+        /// Those for which it has not yet asked where the pointer is, as clients do that need the
+        /// modifiers.
+        std::size_t unhandled = 0;
+    };
+    /// As of the last call of receivers().
+    [[nodiscard]] RawKeys rawKeys(std::uint32_t client) const;
     /// Blocks until there is more to read; false on timeout.
     [[nodiscard]] bool wait(std::chrono::milliseconds limit) const;
     [[nodiscard]] bool isLost() const { return data_->hasError() || hasEnded_; }
@@ -39,6 +50,7 @@ class XKeyDeliveries {
     };
     using Part = std::unique_ptr<xcb_record_enable_context_reply_t, Wipe>;
     [[nodiscard]] Part take();
+    void noteQuestions(std::uint32_t client, std::size_t bytes);
 
     const XcbConnection& control_;
     std::unique_ptr<XcbConnection> data_;
@@ -47,6 +59,7 @@ class XKeyDeliveries {
     std::uint8_t inputOpcode_ = 0;
     std::uint8_t deviceKeyPress_ = 0;
     bool hasEnded_ = false;
+    std::map<std::uint32_t, RawKeys> rawKeys_;
 };
 
 }  // namespace marrowby

@@ -95,13 +95,23 @@ bool XKeyGuard::isUnchanged(const XKeyHolder& holder) const {
 }
 
 XKeyGuard::Sent XKeyGuard::send(std::span<const Event> events, const XKeyHolder* holder) const {
+    return Burst(*this, holder).send(events);
+}
+
+XKeyGuard::Burst::Burst(const XKeyGuard& guard, const XKeyHolder* holder)
+    : connection_(guard.connection_), isHolders_([&] {
+          xcb_grab_server(connection_.get());
+          return holder == nullptr || guard.isUnchanged(*holder);
+      }()) {}
+
+XKeyGuard::Burst::~Burst() {
+    xcb_ungrab_server(connection_.get());
+    connection_.flush();
+}
+
+XKeyGuard::Sent XKeyGuard::Burst::send(std::span<const Event> events) const {
+    if (!isHolders_) return connection_.hasError() ? Sent::displayLost : Sent::toNobody;
     xcb_connection_t* const xcb = connection_.get();
-    xcb_grab_server(xcb);
-    if (holder != nullptr && !isUnchanged(*holder)) {
-        xcb_ungrab_server(xcb);
-        connection_.flush();
-        return connection_.hasError() ? Sent::displayLost : Sent::toNobody;
-    }
     // Flushed first, so that the following requests go out in one write.
     connection_.flush();
     const auto grabCookie =
@@ -112,7 +122,6 @@ XKeyGuard::Sent XKeyGuard::send(std::span<const Event> events, const XKeyHolder*
                             XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
     }
     xcb_ungrab_keyboard(xcb, XCB_CURRENT_TIME);
-    xcb_ungrab_server(xcb);
     // The reply arrives after any key event that came back to us.
     const auto lastCookie = xcb_get_input_focus(xcb);
     connection_.flush();

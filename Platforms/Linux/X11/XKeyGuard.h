@@ -28,7 +28,7 @@ struct XKeyHolder {
 /// excluded: no grab applies to those.
 ///
 /// Whether the holder is still the same is checked under the same server grab, so no client can
-/// replace it between the check and the key.
+/// replace it between the check and the keys.
 ///
 /// One thread; the connection outlives it.
 class XKeyGuard {
@@ -59,6 +59,22 @@ class XKeyGuard {
     /// Sends the events in order to `holder` only or, if it is null, to whichever client has the
     /// grab.
     [[nodiscard]] Sent send(std::span<const Event> events, const XKeyHolder* holder) const;
+
+    /// Has the server serve us alone while it lives: no other client can take the keyboard or delay
+    /// the keys. Keep it short: the display stands still.
+    class Burst {
+      public:
+        explicit Burst(const XKeyGuard& guard, const XKeyHolder* holder);
+        ~Burst();
+        Burst(const Burst&) = delete;
+        Burst& operator=(const Burst&) = delete;
+
+        [[nodiscard]] Sent send(std::span<const Event> events) const;
+
+      private:
+        const XcbConnection& connection_;
+        const bool isHolders_;
+    };
     void release();
 
   private:

@@ -79,25 +79,16 @@ class Bystander {
 
 }  // namespace
 
-struct XTestKeyEvents::Woken {
-    explicit Woken(std::unique_ptr<XcbConnection> display)
-        : connection(std::move(display)), bystander(*connection) {}
-
-    std::unique_ptr<XcbConnection> connection;
-    /// Since before the dialog came.
-    Bystander bystander;
-    std::uint32_t client = 0;
-};
-
 struct XTestKeyEvents::Rules {
     Pause pause;
     std::vector<std::string> vouchedPaths;
     std::function<void(const LockerDoubt&)> onDoubt;
     std::function<void(std::string)> onUnknownLocker;
-    std::unique_ptr<Woken> woken;
 };
 
 namespace {
+
+constexpr std::size_t eventsOfTwoTaps = 4;
 
 class XTestKeyEventSource final : public KeyEventSource {
   public:
@@ -144,42 +135,48 @@ class XTestKeyEventSource final : public KeyEventSource {
         return !doubt && isUndisturbed() && synchronize();
     }
 
-    /// The dialog that the locker shows for a harmless key; none where it needs none, has one
-    /// already or is not admitted.
-    [[nodiscard]] std::optional<std::uint32_t> wakeDialog(
-        const std::function<bool()>& stillLocked) {
+    /// Has the locker show its dialog for a harmless key, where it needs one and is admitted.
+    void wakeDialog(const std::function<bool()>& stillLocked) {
         const auto locker = identify(stillLocked);
-        if (!locker || pace_.dialog.empty() || locker->dialog ||
-            !awaitDialog(locker->program, stillLocked))
-            return std::nullopt;
-        return dialogAmong(programs_.clients(), locker->program);
+        if (locker && !pace_.dialog.empty()) (void)awaitDialog(*locker, stillLocked);
     }
 
     [[nodiscard]] KeyPace pace() const override {
         return {.tapsFirst = false,
                 .wake = {},
-                .clearsField = !pace_.renewsDialog,
-                .shortcut = pace_.shortcut};
+                .shortcut = pace_.shortcut,
+                .afterText = {},
+                .afterReturn = {}};
     }
 
     /// Non-modifier keys are pressed and released in one stroke, because the press may end the
     /// locker.
     [[nodiscard]] bool post(const KeyPress& press) override {
-        const auto key = find(xkey::keysym(press.key));
+        if (pace_.erasesByOneKey && press.key == EditingKey::control) return true;
+        const auto key = find(pace_.erasesByOneKey && press.key == EditingKey::letterU
+                                  ? xkey::eraseLine
+                                  : xkey::keysym(press.key));
         if (!key || !holder_ || !releaseHeldModifiers()) return false;
-        if (!isModifier(*key)) return !press.down || tap(*key);
-        if (press.down) heldModifier_ = key;
-        if (!stroke(std::array{XKeyGuard::Event{.key = *key, .down = press.down}})) return false;
-        if (!press.down) heldModifier_.reset();
+        if (isModifier(*key)) {
+            if (press.down) heldModifier_ = key;
+            if (!stroke(XKeyGuard::Burst(guard_, &*holder_),
+                        std::array{XKeyGuard::Event{.key = *key, .down = press.down}}))
+                return false;
+            if (!press.down) heldModifier_.reset();
+        } else if (press.down && !tap(XKeyGuard::Burst(guard_, &*holder_), *key)) {
+            return false;
+        }
+        rules_.pause(lockertiming::eventGap);
         return true;
     }
 
     [[nodiscard]] bool postText(std::span<const char16_t> units, bool down) override {
         if (!down) return true;
         if (!holder_ || !releaseHeldModifiers()) return false;
+        const XKeyGuard::Burst burst(guard_, &*holder_);
         while (!units.empty()) {
             const auto key = find(xkb_utf32_to_keysym(takeCharacter(units)));
-            if (!key || !tap(*key)) return false;
+            if (!key || !tap(burst, *key)) return false;
         }
         return true;
     }
@@ -222,14 +219,8 @@ class XTestKeyEventSource final : public KeyEventSource {
         return std::ranges::find(layout_.modifierKeys(), key) != layout_.modifierKeys().end();
     }
 
-    struct Locker {
-        ClientProgram program;
-        /// The client of its dialog, from before our first key.
-        std::optional<std::uint32_t> dialog;
-    };
-
     /// The locker that keys would reach; its pace and the holder of the keyboard become known.
-    [[nodiscard]] std::expected<Locker, LockerDoubt> identify(
+    [[nodiscard]] std::expected<ClientProgram, LockerDoubt> identify(
         const std::function<bool()>& stillLocked) {
         guard_.arm();
         LockerFacts facts;
@@ -247,7 +238,6 @@ class XTestKeyEventSource final : public KeyEventSource {
             readCovers(facts, holder);
         }
         // Only the receiver is unknown: worth a test key.
-        const auto clientsBefore = programs_.clients();
         if (doubtIs(LockerDoubt::Fact::keyReachesNobody)) {
             deliveries_ = XKeyDeliveries::create(*connection_);
             if (const auto client = tapReceiver()) {
@@ -267,29 +257,19 @@ class XTestKeyEventSource final : public KeyEventSource {
             return std::unexpected(LockerDoubt{.fact = LockerDoubt::Fact::keyReachesNobody});
         pace_ = verdict->pace;
         holder_ = std::move(holder);
-        Locker locker{.program = *std::move(facts.receiver), .dialog = std::nullopt};
-        if (!pace_.dialog.empty()) locker.dialog = dialogAmong(clientsBefore, locker.program);
-        return locker;
+        return *std::move(facts.receiver);
     }
 
     /// `nullopt` when ready for the first key.
     [[nodiscard]] Doubt admit(const std::function<bool()>& stillLocked) {
-        const auto identified = identify(stillLocked);
-        if (!identified) return identified.error();
+        const auto locker = identify(stillLocked);
+        if (!locker) return locker.error();
         if (!chooseKeys()) return LockerDoubt{.fact = LockerDoubt::Fact::keysAreReserved};
-        if (!pace_.dialog.empty()) {
-            const auto& former = identified->dialog;
-            const bool stays = !pace_.renewsDialog || !former || isOurs(*former) ||
-                               endDialog(*former, stillLocked);
-            if (!stays || !awaitDialog(identified->program, stillLocked)) {
-                return LockerDoubt{.fact = LockerDoubt::Fact::dialogIsMissing,
-                                   .path = identified->program.path};
-            }
-        }
-        const auto locker = identified->program.process;
-        const auto hasReadAll = [&] { return programs_.hasReadAll(locker); };
+        if (!pace_.dialog.empty() && !awaitDialog(*locker, stillLocked))
+            return LockerDoubt{.fact = LockerDoubt::Fact::dialogIsMissing, .path = locker->path};
+        const auto hasReadAll = [&] { return programs_.hasReadAll(locker->process); };
         if (pace_.needsEventLoop)
-            give(stillLocked, [&] { return ClientPrograms::isInEventLoop(locker); });
+            give(stillLocked, [&] { return ClientPrograms::isInEventLoop(locker->process); });
         // After the locker has handled the test key: many lose a MappingNotify that arrives during
         // a key lookup.
         give(stillLocked, hasReadAll);
@@ -342,6 +322,8 @@ class XTestKeyEventSource final : public KeyEventSource {
                              [&](xcb_keycode_t key) { return guard_.covers(key); });
         std::vector<xcb_keycode_t> lent;
         for (auto& use : used()) {
+            if (pace_.erasesByOneKey && use.keysym == xkey::leftControl)
+                use = {.keysym = xkey::eraseLine, .key = 0, .isLent = true};
             use.isLent |= !guard_.covers(use.key) && !isModifier(use.key);
             if (!use.isLent) continue;
             if (lent.size() == free.size()) return false;
@@ -379,29 +361,52 @@ class XTestKeyEventSource final : public KeyEventSource {
         return std::nullopt;
     }
 
-    /// Whether our key has brought the dialog up and nobody has pressed one since: its field is
-    /// empty.
-    [[nodiscard]] bool isOurs(std::uint32_t dialog) const {
-        return rules_.woken && rules_.woken->client == dialog &&
-               rules_.woken->bystander.isUndisturbed();
-    }
-
-    /// False when the dialog does not end, or the locker does.
-    [[nodiscard]] bool endDialog(std::uint32_t dialog,
-                                 const std::function<bool()>& stillLocked) const {
-        return await(xkey::escape, TimeInterval{}, stillLocked,
-                     [&] { return programs_.behind(dialog) ? Sight::none : Sight::there; });
-    }
-
-    /// Waits until the locker shows its field. A locker that has just started ignores keys for a
-    /// while, so it is tapped again.
+    /// Waits until the locker's dialog takes keys. A locker that has just started ignores keys for
+    /// a while, so it is tapped again.
     [[nodiscard]] bool awaitDialog(const ClientProgram& locker,
-                                   const std::function<bool()>& stillLocked) const {
-        return await(xkey::leftShift, lockertiming::dialogTapStep, stillLocked, [&] {
-            const auto client = dialogAmong(programs_.clients(), locker);
-            if (!client) return Sight::none;
-            return !pace_.dialogIsOnScreen || showsWindowOf(*client) ? Sight::there : Sight::coming;
-        });
+                                   const std::function<bool()>& stillLocked) {
+        TimeInterval untilTap = lockertiming::dialogTapStep;
+        for (TimeInterval waited{}; waited < lockertiming::dialogLimit && stillLocked();
+             waited += lockertiming::dialogStep) {
+            const auto dialog = dialogAmong(programs_.clients(), locker);
+            const Sight sight = dialog ? look(*dialog) : Sight::none;
+            if (sight == Sight::there) return true;
+            if (sight == Sight::coming) untilTap = lockertiming::dialogTapStep;
+            if (sight == Sight::dubious) untilTap = {};
+            if (untilTap <= TimeInterval{}) {
+                untilTap = lockertiming::dialogTapStep;
+                if (!holder_ || !tapHarmless(xkey::leftShift, &*holder_)) return false;
+            }
+            untilTap -= lockertiming::dialogStep;
+            rules_.pause(lockertiming::dialogStep);
+        }
+        return false;
+    }
+
+    enum class Sight {
+        none,
+        coming,
+        /// It may end at the tap that it has handled.
+        dubious,
+        there,
+    };
+
+    [[nodiscard]] Sight look(std::uint32_t dialog) {
+        switch (pace_.dialogSign) {
+            case LockerPace::DialogSign::client:
+                break;
+            case LockerPace::DialogSign::window:
+                return showsWindowOf(dialog) ? Sight::there : Sight::coming;
+            case LockerPace::DialogSign::rawKeys: {
+                // Reads what was delivered.
+                (void)isUndisturbed();
+                const auto keys = deliveries_->rawKeys(dialog);
+                if (keys.unhandled > 0) return Sight::coming;
+                if (keys.received == 0) return Sight::none;
+                return keys.received < eventsOfTwoTaps ? Sight::dubious : Sight::there;
+            }
+        }
+        return Sight::there;
     }
 
     /// Waits a limited time for a condition. Not every locker shows it, so a timeout is no failure.
@@ -410,29 +415,6 @@ class XTestKeyEventSource final : public KeyEventSource {
              waited += lockertiming::busyStep) {
             rules_.pause(lockertiming::busyStep);
         }
-    }
-
-    enum class Sight { none, coming, there };
-
-    /// Polls `look` until `there`, with a time limit. While it says `none`, taps a harmless key,
-    /// first after `firstTap`.
-    [[nodiscard]] bool await(xcb_keysym_t keysym, TimeInterval firstTap,
-                             const std::function<bool()>& stillLocked,
-                             const std::function<Sight()>& look) const {
-        TimeInterval untilTap = firstTap;
-        for (TimeInterval waited{}; waited < lockertiming::dialogLimit && stillLocked();
-             waited += lockertiming::dialogStep) {
-            const Sight sight = look();
-            if (sight == Sight::there) return true;
-            if (sight == Sight::coming) untilTap = lockertiming::dialogTapStep;
-            if (untilTap <= TimeInterval{}) {
-                untilTap = lockertiming::dialogTapStep;
-                if (!holder_ || !tapHarmless(keysym, &*holder_)) return false;
-            }
-            untilTap -= lockertiming::dialogStep;
-            rules_.pause(lockertiming::dialogStep);
-        }
-        return false;
     }
 
     /// Whether a window of `client` is viewable, at any depth.
@@ -482,18 +464,17 @@ class XTestKeyEventSource final : public KeyEventSource {
         connection_->flush();
     }
 
-    [[nodiscard]] bool tap(xcb_keycode_t key) {
-        return stroke(std::array{XKeyGuard::Event{.key = key, .down = true},
-                                 XKeyGuard::Event{.key = key, .down = false}});
+    [[nodiscard]] bool tap(const XKeyGuard::Burst& burst, xcb_keycode_t key) {
+        return stroke(burst, std::array{XKeyGuard::Event{.key = key, .down = true},
+                                        XKeyGuard::Event{.key = key, .down = false}});
     }
 
-    [[nodiscard]] bool stroke(std::span<const XKeyGuard::Event> events) {
-        if (!holder_ || !isUndisturbed()) return false;
-        const auto sent = guard_.send(events, &*holder_);
+    [[nodiscard]] bool stroke(const XKeyGuard::Burst& burst,
+                              std::span<const XKeyGuard::Event> events) {
+        if (!isUndisturbed()) return false;
+        const auto sent = burst.send(events);
         isStopped_ |= sent == XKeyGuard::Sent::toNobody;
-        if (sent != XKeyGuard::Sent::toHolder || !isUndisturbed()) return false;
-        rules_.pause(lockertiming::eventGap);
-        return true;
+        return sent == XKeyGuard::Sent::toHolder && isUndisturbed();
     }
 
     /// Waits until the server has processed all requests; false when the display is lost.
@@ -584,34 +565,17 @@ XTestKeyEvents::Rules XTestKeyEvents::rules() const {
     return {.pause = pause_,
             .vouchedPaths = vouched_,
             .onDoubt = onDoubt,
-            .onUnknownLocker = onUnknownLocker_,
-            .woken = nullptr};
+            .onUnknownLocker = onUnknownLocker_};
 }
 
 void XTestKeyEvents::wakeField(const std::function<bool()>& stillLocked) {
-    {
-        const MutexLock lock(mutex_);
-        woken_.reset();
-    }
-    auto watching = XcbConnection::create(displayName_);
-    if (!watching) return;
-    auto woken = std::make_unique<Woken>(*std::move(watching));
     const auto source = makeXTestSource(displayName_, rules(), {}, {});
-    const auto dialog = source ? source->wakeDialog(stillLocked) : std::nullopt;
-    if (!dialog) return;
-    woken->client = *dialog;
-    const MutexLock lock(mutex_);
-    woken_ = std::move(woken);
+    if (source) source->wakeDialog(stillLocked);
 }
 
 std::unique_ptr<KeyEventSource> XTestKeyEvents::makeSource(std::span<const char16_t> text,
                                                            std::span<const EditingKey> keys) {
-    auto typing = rules();
-    {
-        const MutexLock lock(mutex_);
-        typing.woken = std::move(woken_);
-    }
-    return makeXTestSource(displayName_, std::move(typing), text, keys);
+    return makeXTestSource(displayName_, rules(), text, keys);
 }
 
 }  // namespace marrowby

@@ -49,8 +49,6 @@ class XTestKeyEvents final : public KeyEvents {
     void wakeField(const std::function<bool()>& stillLocked) override;
     void pause(TimeInterval duration) override { pause_(duration); }
 
-    /// A dialog that wakeField() has brought up.
-    struct Woken;
     /// What one source goes by.
     struct Rules;
 
@@ -62,8 +60,6 @@ class XTestKeyEvents final : public KeyEvents {
     mutable Mutex mutex_;
     std::vector<std::string> vouched_ GUARDED_BY(mutex_);
     std::function<void(std::string)> onUnknownLocker_ GUARDED_BY(mutex_);
-    /// Until the next source.
-    std::unique_ptr<Woken> woken_ GUARDED_BY(mutex_);
     /// Kept open: trust is checked before every event of the engine.
     mutable std::unique_ptr<XcbConnection> trusted_ GUARDED_BY(mutex_);
 };

@@ -55,6 +55,6 @@ inline constexpr std::uint32_t hidEventTap = 0;
 
 /// The login window's field. It gets no waking key: lost first keys were never observed.
 inline constexpr KeyPace loginWindowPace{
-    .tapsFirst = false, .wake = {}, .clearsField = true, .shortcut = TimeInterval(0.012)};
+    .tapsFirst = false, .wake = {}, .shortcut = TimeInterval(0.012)};
 
 }  // namespace marrowby

@@ -251,6 +251,45 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"beyondAsciiOnGermanXsecurelock", xsecurelock, "de", "é ß ž字😀 Пар yZ"}),
     [](const auto& test) { return std::string(test.param.name); });
 
+class LockerTypingAfterAMistake : public LockerTyping,
+                                  public testing::WithParamInterface<ScreenLocker::Kind> {};
+
+TEST_P(LockerTypingAfterAMistake, unlocksALockerThatHasJustRefusedSomebodysPassword) {
+    useLocker(GetParam());
+    ASSERT_NO_FATAL_FAILURE(lock("Right 1"));
+    if (IsSkipped()) return;
+    keyEvents_->wakeField([&] { return locker_->isRunning(); });
+    ASSERT_TRUE(somebody_->write("wrong"));
+    ASSERT_TRUE(somebody_->tap(XKB_KEY_Return));
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (locker_->refusals() == 0 && std::chrono::steady_clock::now() < deadline)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    ASSERT_EQ(locker_->refusals(), 1U);
+    EXPECT_TRUE(type("Right 1"));
+    EXPECT_TRUE(isUnlockedInTime());
+    EXPECT_EQ(locker_->refusals(), 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Everywhere, LockerTypingAfterAMistake,
+                         testing::Values(ScreenLocker::Kind::i3lock,
+                                         ScreenLocker::Kind::xsecurelock,
+                                         ScreenLocker::Kind::xscreensaver,
+                                         ScreenLocker::Kind::mateScreensaver),
+                         [](const auto& test) {
+                             switch (test.param) {
+                                 case ScreenLocker::Kind::i3lock:
+                                 case ScreenLocker::Kind::i3lockInBackground:
+                                     break;
+                                 case ScreenLocker::Kind::xsecurelock:
+                                     return "xsecurelock";
+                                 case ScreenLocker::Kind::xscreensaver:
+                                     return "xscreensaver";
+                                 case ScreenLocker::Kind::mateScreensaver:
+                                     return "mateScreensaver";
+                             }
+                             return "i3lock";
+                         });
+
 TEST_F(LockerTyping, stopsWhenSomebodyElseTypes) {
     ASSERT_NO_FATAL_FAILURE(lock("right"));
     if (IsSkipped()) return;

@@ -53,26 +53,29 @@ std::string spelled(const KeystrokePlan& plan) {
 
 TEST(KeystrokePlan, clearsTypesAndEntersAtThePaceOfTheField) {
     const std::string typed = "check T0+6 .4 t0+6 .4 check +return .12 -return .12";
-    const KeyPace bare{.tapsFirst = false, .wake = {}, .clearsField = false, .shortcut = {}};
+    const std::string typedAtOnce = "check T0+6 .0 t0+6 .0 check +return .0 -return .0";
+    const KeyPace noWaits{
+        .tapsFirst = false, .wake = {}, .shortcut = {}, .afterText = {}, .afterReturn = {}};
     struct Case {
         FieldClearing clearing;
         KeyPace pace;
         std::string before;
+        std::string text;
     };
-    for (const auto& [clearing, pace, before] : std::vector<Case>{
+    for (const auto& [clearing, pace, before, text] : std::vector<Case>{
              {FieldClearing::toTheEndThenBack, pacedShortcuts,
               "+command! .12 +right! .12 -right! .12 -command .12 "
-              "+command! .12 +backspace! .12 -backspace! .12 -command .12 "},
+              "+command! .12 +backspace! .12 -backspace! .12 -command .12 ",
+              typed},
              {FieldClearing::controlU,
               {},
-              "+shift .30 -shift .30 .300 check +control .30 +U .30 -U .30 -control .30 "},
-             {FieldClearing::controlU,
-              {.tapsFirst = false, .wake = {}, .clearsField = true, .shortcut = {}},
-              "+control .0 +U .0 -U .0 -control .0 "},
-             {FieldClearing::controlU, bare, ""},
+              "+shift .30 -shift .30 .300 check +control .30 +U .30 -U .30 -control .30 ",
+              typed},
+             {FieldClearing::controlU, noWaits, "+control .0 +U .0 -U .0 -control .0 ",
+              typedAtOnce},
          }) {
         std::string whole = "check ";
-        whole.append(before).append(typed);
+        whole.append(before).append(text);
         EXPECT_EQ(spelled(KeystrokePlan::make(u"secret"sv, clearing, pace)), whole);
     }
 }
