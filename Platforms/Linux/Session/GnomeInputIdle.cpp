@@ -16,13 +16,18 @@ namespace {
 const QString monitorService = QStringLiteral("org.gnome.Mutter.IdleMonitor");
 const QString monitorPath = QStringLiteral("/org/gnome/Mutter/IdleMonitor/Core");
 
-/// The watch's number in a reply or a signal.
-std::optional<std::uint32_t> watchIn(const QDBusMessage& message) {
+/// The first value of a reply or a signal.
+template <typename Number>
+std::optional<Number> numberIn(const QDBusMessage& message) {
     const QVariant value = message.arguments().value(0);
-    if (message.type() == QDBusMessage::ErrorMessage || value.typeId() != QMetaType::UInt)
+    if (message.type() == QDBusMessage::ErrorMessage ||
+        value.metaType() != QMetaType::fromType<Number>())
         return std::nullopt;
-    return value.toUInt();
+    return value.value<Number>();
 }
+
+const auto pauseMilliseconds =
+    static_cast<qulonglong>(std::chrono::ceil<std::chrono::milliseconds>(IdleEdges::pause).count());
 
 }  // namespace
 
@@ -49,12 +54,12 @@ class GnomeInputIdle::Monitor {
     };
 
     void onConnected() {
-        subscriptions_.push_back(
-            link_.subscribe({.service = monitorService,
-                             .path = monitorPath,
-                             .interface = monitorService,
-                             .member = QStringLiteral("WatchFired")},
-                            [this](const QDBusMessage& signal) { fired(watchIn(signal)); }));
+        subscriptions_.push_back(link_.subscribe(
+            {.service = monitorService,
+             .path = monitorPath,
+             .interface = monitorService,
+             .member = QStringLiteral("WatchFired")},
+            [this](const QDBusMessage& signal) { fired(numberIn<std::uint32_t>(signal)); }));
         subscriptions_.push_back(link_.watchOwner(monitorService, [this](bool hasOwner) {
             forgetWatches();
             if (hasOwner) watch();
@@ -64,9 +69,8 @@ class GnomeInputIdle::Monitor {
 
     void watch() {
         watches_.emplace();
-        const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(IdleEdges::pause);
-        add("AddIdleWatch", {static_cast<qulonglong>(milliseconds.count())},
-            [this](std::uint32_t id) { watches_->pause = id; });
+        ask<std::uint32_t>("AddIdleWatch", {pauseMilliseconds},
+                           [this](std::uint32_t id) { watches_->pause = id; });
     }
 
     void fired(std::optional<std::uint32_t> id) {
@@ -74,23 +78,36 @@ class GnomeInputIdle::Monitor {
         if (id == watches_->pause) {
             watches_->edges.paused(unixtime::uptime());
             watches_->input.reset();
-            add("AddUserActiveWatch", {}, [this](std::uint32_t input) { watches_->input = input; });
+            ask<std::uint32_t>("AddUserActiveWatch", {}, [this](std::uint32_t input) {
+                watches_->input = input;
+                findEarlierInput(input);
+            });
         } else if (id == watches_->input) {
             watches_->edges.resumed();
             watches_->input.reset();
         }
     }
 
-    /// Drops the reply of an earlier instance of the service.
-    void add(const char* method, const QVariantList& arguments,
-             std::function<void(std::uint32_t)> onAdded) {
+    /// Of input that came before its watch was there, only the idle time tells.
+    void findEarlierInput(std::uint32_t input) {
+        ask<qulonglong>("GetIdletime", {}, [this, input](qulonglong milliseconds) {
+            if (watches_->input != input || milliseconds >= pauseMilliseconds) return;
+            watches_->edges.resumed();
+            watches_->input.reset();
+        });
+    }
+
+    /// Drops errors, and the reply of an earlier instance of the service.
+    template <typename Number>
+    void ask(const char* method, const QVariantList& arguments,
+             std::function<void(Number)> onAnswer) {
         auto call = QDBusMessage::createMethodCall(monitorService, monitorPath, monitorService,
                                                    QString::fromLatin1(method));
         call.setArguments(arguments);
         link_.call(call, [this, generation = generation_,
-                          onAdded = std::move(onAdded)](const QDBusMessage& reply) {
-            const auto id = watchIn(reply);
-            if (generation == generation_ && watches_ && id) onAdded(*id);
+                          onAnswer = std::move(onAnswer)](const QDBusMessage& reply) {
+            const auto number = numberIn<Number>(reply);
+            if (generation == generation_ && watches_ && number) onAnswer(*number);
         });
     }
 

@@ -139,16 +139,17 @@ TEST_F(InputIdleTest, hearsGnome) {
         // Each instance counts its watches anew, and may fire those of others.
         const auto monitor = startMock(*bus, name, {"--session", name, path, name});
         ASSERT_TRUE(monitor);
-        const auto answer = [&](const char* method, const char* in, unsigned id) {
+        const auto answer = [&](const char* method, const char* in, const char* out, unsigned it) {
             bus->call(name, path, mock, "AddMethod",
-                      {name, method, in, "u", "ret = " + QString::number(id)});
+                      {name, method, in, out, "ret = " + QString::number(it)});
         };
         const auto fire = [&](unsigned id) {
             bus->call(name, path, mock, "EmitSignal",
                       {name, "WatchFired", "u", QVariantList{quint32{id}}});
         };
-        answer("AddIdleWatch", "t", 7);
-        answer("AddUserActiveWatch", "", 8);
+        answer("AddIdleWatch", "t", "u", 7);
+        answer("AddUserActiveWatch", "", "u", 8);
+        answer("GetIdletime", "", "t", 1000);
         GnomeInputIdle late(bus->address());
         late.start();
         ASSERT_TRUE(loop.runUntil([&] { return reading(late) == "active"; }));
@@ -162,6 +163,10 @@ TEST_F(InputIdleTest, hearsGnome) {
         }));
         fire(7);
         ASSERT_TRUE(loop.runUntil([&] { return reading(late) == "paused"; }));
+        // Input that comes before its watch is there; the watch waits for the next.
+        answer("GetIdletime", "", "t", 30);
+        fire(7);
+        ASSERT_TRUE(loop.runUntil([&] { return reading(late) == "active"; }));
     }
     EXPECT_TRUE(loop.runUntil([&] { return reading(idle) == "unknown"; }));
 }
