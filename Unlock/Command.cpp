@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Command.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -24,7 +26,8 @@ std::optional<std::int64_t> minutesIn(std::string_view word) {
 }
 
 std::unexpected<std::string> unknown(const std::string& word) {
-    return std::unexpected("Marrowby Unlock knows no “" + word + "”; --help says what it knows.");
+    return std::unexpected(translated(
+        "Marrowby Unlock knows no “{word}”; --help says what it knows.", {{"word", word}}));
 }
 
 }  // namespace
@@ -58,8 +61,9 @@ std::expected<Command, std::string> Command::parse(std::span<const std::string> 
     if (*verb == Verb::pause && words.size() > used) {
         command.minutes = minutesIn(words[used]);
         if (!command.minutes)
-            return std::unexpected("A pause lasts from 1 to " + std::to_string(maxMinutes) +
-                                   " minutes, not “" + words[used] + "”.");
+            return std::unexpected(
+                translated("A pause lasts from 1 to {most} minutes, not “{word}”.",
+                           {{"most", maxMinutes}, {"word", words[used]}}));
         ++used;
     }
     if (words.size() > used) return unknown(words[used]);

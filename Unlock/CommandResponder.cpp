@@ -2,6 +2,7 @@
 #include "Unlock/CommandResponder.h"
 
 #include "Unlock/Fact.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <utility>
 #include <vector>
@@ -12,8 +13,11 @@ namespace {
 
 using Status = CommandReply::Status;
 
-constexpr std::string_view applicationName = "Marrowby Unlock";
-constexpr std::string_view inTheSettings = "See “marrowby-unlock settings”.";
+constexpr auto inTheSettings = Phrase("See “marrowby-unlock settings”.");
+
+std::string saved(bool isSaved) {
+    return isSaved ? translated("saved.") : translated("not saved.");
+}
 
 std::string joined(const std::vector<std::string>& lines) {
     std::string text;
@@ -51,9 +55,11 @@ void CommandResponder::carryOut(const Command& command, CommandAnswer answer) {
 
 CommandReply CommandResponder::status() const {
     const UnlockStatus status = model_.status();
-    return {.status = status.isReady() ? Status::done : Status::no,
-            .text = status.title(model_.words()) + ": " +
-                    status.detail(applicationName, model_.words(), model_.state().opening)};
+    return {
+        .status = status.isReady() ? Status::done : Status::no,
+        .text = translated("{title}: {detail}",
+                           {{"title", status.title(model_.words())},
+                            {"detail", status.detail(model_.words(), model_.state().opening)}})};
 }
 
 CommandReply CommandResponder::facts() const {
@@ -61,25 +67,28 @@ CommandReply CommandResponder::facts() const {
     const UnlockStatus status = model_.status();
     const auto fix = status.fix();
     std::vector<Fact> facts{
-        {.subject = "Status",
+        {.subject = translated("Status"),
          .isGood = status.isReady(),
          .what = this->status().text,
-         .fix = fix ? "“" + std::string(title(*fix, model_.words())) + "” in the settings does it."
+         .fix = fix ? translated("“{button}” in the settings does it.",
+                                 {{"button", title(*fix, model_.words())}})
                     : std::string()},
-        {.subject = "Face",
+        {.subject = translated("Face"),
          .isGood = state.isEnrolled,
-         .what = state.isEnrolled ? "saved." : "not saved.",
-         .fix = std::string(inTheSettings)},
+         .what = saved(state.isEnrolled),
+         .fix = translated(inTheSettings)},
         opening(),
-        {.subject = "Open at login",
+        {.subject = translated("Open at login"),
          .isGood = systemSettings_.opensAtLogin(),
-         .what = systemSettings_.opensAtLogin()
-                     ? "on."
-                     : "off, so nothing looks for you after a restart until you open it.",
-         .fix = std::string(inTheSettings),
+         .what =
+             systemSettings_.opensAtLogin()
+                 ? translated("on.")
+                 : translated("off, so nothing looks for you after a restart until you open it."),
+         .fix = translated(inTheSettings),
          .need = Fact::Need::optional}};
     if (state.problem)
-        facts.push_back({.subject = "Last problem", .isGood = false, .what = *state.problem});
+        facts.push_back(
+            {.subject = translated("Last problem"), .isGood = false, .what = *state.problem});
     CommandReply reply;
     std::vector<std::string> lines;
     for (const Fact& fact : facts) {
@@ -94,22 +103,23 @@ Fact CommandResponder::opening() const {
     const UnlockModel::State& state = model_.state();
     switch (state.opening) {
         case LockOpening::typing:
-            return {.subject = model_.words().password.atStart,
+            return {.subject = translated(model_.words().password.atStart),
                     .isGood = state.hasPassword,
-                    .what = state.hasPassword ? "saved." : "not saved.",
-                    .fix = std::string(inTheSettings)};
+                    .what = saved(state.hasPassword),
+                    .fix = translated(inTheSettings)};
         case LockOpening::asking:
-            return {.subject = "Unlocking without a password",
+            return {.subject = translated("Unlocking without a password"),
                     .isGood = state.settings.asksDesktop,
-                    .what = state.settings.asksDesktop ? "allowed." : "not allowed.",
-                    .fix = std::string(inTheSettings)};
+                    .what = state.settings.asksDesktop ? translated("allowed.")
+                                                       : translated("not allowed."),
+                    .fix = translated(inTheSettings)};
         case LockOpening::forbidden:
         case LockOpening::unsupported:
             break;
     }
-    return {.subject = "Opening the lock",
+    return {.subject = translated("Opening the lock"),
             .isGood = false,
-            .what = std::string(reasonNotPossible(state.opening))};
+            .what = translated(reasonNotPossible(state.opening))};
 }
 
 CommandReply CommandResponder::pause(const Command& command) {
@@ -117,15 +127,15 @@ CommandReply CommandResponder::pause(const Command& command) {
     std::optional<TimeInterval> atMost;
     if (command.minutes) atMost = TimeInterval(static_cast<double>(*command.minutes) * minute);
     model_.pause(atMost);
-    if (!command.minutes) return {.text = "Paused until “marrowby-unlock resume”."};
-    return {.text = "Paused for " + std::to_string(*command.minutes) +
-                    (*command.minutes == 1 ? " minute." : " minutes.")};
+    if (!command.minutes) return {.text = translated("Paused until “marrowby-unlock resume”.")};
+    return {.text = counted("Paused for {count} minute.", "Paused for {count} minutes.",
+                            static_cast<std::uint64_t>(*command.minutes))};
 }
 
 CommandReply CommandResponder::resume() {
-    if (!model_.state().isPaused) return {.text = "It was not paused."};
+    if (!model_.state().isPaused) return {.text = translated("It was not paused.")};
     model_.resume();
-    return {.text = "Resumed."};
+    return {.text = translated("Resumed.")};
 }
 
 void CommandResponder::look(CommandAnswer answer) {
@@ -133,9 +143,10 @@ void CommandResponder::look(CommandAnswer answer) {
     model_.tryLook([answer = std::move(answer), types](const auto& result) {
         if (!result) return answer({.status = Status::no, .text = result.error()});
         std::vector<std::string> lines = result->lines;
-        lines.emplace_back(!result->wouldUnlock ? "At the lock screen it would not unlock."
-                           : types ? "At the lock screen it would type your password now."
-                                   : "At the lock screen it would have the desktop unlock now.");
+        lines.push_back(
+            !result->wouldUnlock ? translated("At the lock screen it would not unlock.")
+            : types              ? translated("At the lock screen it would type your password now.")
+                    : translated("At the lock screen it would have the desktop unlock now."));
         answer({.status = result->wouldUnlock ? Status::done : Status::no, .text = joined(lines)});
     });
 }

@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Fact.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <algorithm>
 
 namespace marrowby {
 
 std::string Fact::line() const {
-    const std::string_view mark = isGood ? "ok  " : isMissing() ? "NO  " : "-   ";
-    std::string line = std::string(mark).append(subject).append(": ").append(
-        what.empty() ? "the system doesn’t say why" : what);
+    // For eyes and programs alike, whatever the language.
+    const std::string mark = isGood ? "ok  " : isMissing() ? "NO  " : "-   ";
+    std::string line =
+        mark +
+        translated("{subject}: {what}",
+                   {{"subject", subject},
+                    {"what", what.empty() ? translated("the system doesn’t say why") : what}});
     if (line.back() != '.') line += '.';
     if (!isGood && !fix.empty()) line.append(" ").append(fix);
     // Device names and error texts may contain terminal escapes.

@@ -11,7 +11,7 @@ namespace marrowby {
 struct Fact {
     enum class Need : std::uint8_t { needed, optional };
 
-    std::string_view subject;
+    std::string subject;
     bool isGood = false;
     /// A sentence that may lack its capital, and its full stop where the system wrote it.
     std::string what;

@@ -2,6 +2,7 @@
 #include "Unlock/SelfCheck.h"
 
 #include "Unlock/Model/ModelLoaders.h"
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/LockScreenServices/CameraFaceScanner.h"
 #include "UnlockCore/Status/UnlockStatus.h"
 
@@ -15,18 +16,20 @@ namespace marrowby {
 
 namespace {
 
-constexpr std::string_view cameraFix = "Connect a camera, or end the program that uses it.";
+constexpr auto cameraFix = Phrase("Connect a camera, or end the program that uses it.");
+
+constexpr auto switchItOn = Phrase("Switch it on in {place}.");
 
 std::string permissionName(CameraManager::Permission permission) {
     switch (permission) {
         case CameraManager::Permission::notDetermined:
-            return "not asked for yet.";
+            return translated("not asked for yet.");
         case CameraManager::Permission::granted:
-            return "granted.";
+            return translated("granted.");
         case CameraManager::Permission::denied:
-            return "denied.";
+            return translated("denied.");
         case CameraManager::Permission::restricted:
-            return "restricted on this computer.";
+            return translated("restricted on this computer.");
     }
     return {};
 }
@@ -34,7 +37,8 @@ std::string permissionName(CameraManager::Permission permission) {
 std::string seconds(TimeInterval interval) {
     const auto hundredths = std::llround(interval.count() * 100);
     const auto rest = std::to_string(hundredths % 100);
-    return std::to_string(hundredths / 100) + (rest.size() < 2 ? ".0" : ".") + rest + " s";
+    return translated("{seconds} s", {{"seconds", std::to_string(hundredths / 100) +
+                                                      (rest.size() < 2 ? ".0" : ".") + rest}});
 }
 
 std::string pixels(const Size& size) {
@@ -43,15 +47,16 @@ std::string pixels(const Size& size) {
 }
 
 std::string cameraInWords(const std::optional<CameraManager::Opened>& camera) {
-    if (!camera) return "none";
+    if (!camera) return translated("none");
     const std::string& name = camera->device.name;
-    std::string text = name.empty() ? "one without a name" : name;
-    if (!camera->format) return text + ", in a format of its own";
-    text += ", set to " + pixels({.width = static_cast<double>(camera->format->width),
-                                  .height = static_cast<double>(camera->format->height)});
-    if (const auto rate = camera->format->frameRate)
-        text += " at " + std::to_string(std::llround(*rate)) + " a second";
-    return text;
+    const Filling named("camera", name.empty() ? translated("one without a name") : name);
+    if (!camera->format) return translated("{camera}, in a format of its own", {named});
+    const Filling size("size", pixels({.width = static_cast<double>(camera->format->width),
+                                       .height = static_cast<double>(camera->format->height)}));
+    const auto rate = camera->format->frameRate;
+    if (!rate) return translated("{camera}, set to {size}", {named, size});
+    return translated("{camera}, set to {size} at {rate} a second",
+                      {named, size, {"rate", std::llround(*rate)}});
 }
 
 }  // namespace
@@ -105,45 +110,50 @@ void SelfCheck::say(const Fact& fact) {
 void SelfCheck::checkPermissions() {
     const PlatformWords& words = services_.words;
     const auto camera = camera_.permission();
-    say({.subject = "Camera permission",
+    say({.subject = translated("Camera permission"),
          .isGood = camera == CameraManager::Permission::granted,
          .what = permissionName(camera),
-         .fix = words.camera.advice("Switch it on in ")});
+         .fix = words.camera.advice(switchItOn)});
     const bool isTyped = services_.sessionUnlocking == nullptr ||
                          services_.sessionUnlocking->opening() == LockOpening::typing;
     const bool isTrusted = services_.keyEvents.isTrusted();
     if (isTyped)
-        say({.subject = words.typing.rightAtStart,
+        say({.subject = translated(words.typing.rightAtStart),
              .isGood = isTrusted,
-             .what = isTrusted ? "granted." : "not granted.",
-             .fix = words.accessibility.advice("Switch it on in ")});
+             .what = isTrusted ? translated("granted.") : translated("not granted."),
+             .fix = words.accessibility.advice(switchItOn)});
     const bool mayWatch = services_.spaceKeys.hasListenAccess();
-    say({.subject = "Watching keys",
+    say({.subject = translated("Watching keys"),
          .isGood = mayWatch,
-         .what = mayWatch ? "granted." : "not granted, so Space starts nothing; any activity does.",
-         .fix = words.inputMonitoring.advice("Switch it on in "),
+         .what = mayWatch ? translated("granted.")
+                          : translated("not granted, so Space starts nothing; any activity does."),
+         .fix = words.inputMonitoring.advice(switchItOn),
          .need = Fact::Need::optional});
 }
 
 void SelfCheck::checkSession() {
     const auto facts = services_.sessionInWords();
-    const std::string_view fix = "Start it in the session in front of you.";
+    const std::string fix = translated("Start it in the session in front of you.");
     if (!facts) {
-        say({.subject = "Session",
+        say({.subject = translated("Session"),
              .isGood = false,
-             .what = "there is no session to ask about.",
-             .fix = std::string(fix)});
+             .what = translated("there is no session to ask about."),
+             .fix = fix});
         return;
     }
-    say({.subject = "Session",
+    say({.subject = translated("Session"),
          .isGood = services_.lockState.state().isOnConsole.value_or(false),
-         .what = facts->empty() ? "it says nothing of itself." : *facts + ".",
-         .fix = std::string(fix)});
+         .what = facts->empty() ? translated("it says nothing of itself.")
+                                : translated("{facts}.", {{"facts", *facts}}),
+         .fix = fix});
 }
 
 void SelfCheck::checkModels() {
     const auto missing = [this](const std::string& why) {
-        say({.subject = "Models", .isGood = false, .what = why, .fix = services_.preparingAdvice});
+        say({.subject = translated("Models"),
+             .isGood = false,
+             .what = why,
+             .fix = services_.preparingAdvice});
     };
     if (!services_.pack) return missing(services_.pack.error());
     const ModelPack& pack = *services_.pack;
@@ -153,22 +163,25 @@ void SelfCheck::checkModels() {
     if (!embedder) return missing(description(embedder.error()));
     const auto realFace = antiSpoofLoader(pack, services_.models, services_.words)();
     if (!realFace) return missing(description(realFace.error()));
-    say({.subject = "Models",
+    say({.subject = translated("Models"),
          .isGood = true,
-         .what = pack.name + ", loaded in " + seconds(services_.clock.now() - began) + "."});
+         .what = translated(
+             "{models}, loaded in {time}.",
+             {{"models", pack.name}, {"time", seconds(services_.clock.now() - began)}})});
 }
 
 void SelfCheck::checkKeyStore() {
     VaultKeyStore& store = services_.trialKeyStore;
     const PlatformWords& words = services_.words;
     const auto tell = [&](bool isGood, std::string what) {
-        say({.subject = "Key store",
+        say({.subject = translated("Key store"),
              .isGood = isGood,
              .what = std::move(what),
-             .fix = std::string(words.keyStore.remedy)});
+             .fix = translated(words.keyStore.remedy)});
     };
     std::array<std::uint8_t, 32> key{};
-    if (!services_.cipher.random(key)) return tell(false, "the system has no random numbers.");
+    if (!services_.cipher.random(key))
+        return tell(false, translated("the system has no random numbers."));
     const auto saved = store.saveKey(key);
     auto loaded = store.loadKey();
     const auto kept = loaded ? std::move(*loaded) : std::optional<SecretBytes>();
@@ -177,49 +190,52 @@ void SelfCheck::checkKeyStore() {
     if (!saved) return tell(false, description(saved.error(), words));
     if (!loaded) return tell(false, description(loaded.error(), words));
     if (!deleted) return tell(false, description(deleted.error(), words));
-    tell(isSame, isSame ? "a key was kept, read and removed." : "it gave another key back.");
+    tell(isSame, isSame ? translated("a key was kept, read and removed.")
+                        : translated("it gave another key back."));
 }
 
 void SelfCheck::checkOwner() {
     const auto possible = services_.ownerCheck.canConfirm();
-    say({.subject = "Owner’s check",
+    say({.subject = translated("Owner’s check"),
          .isGood = possible.has_value(),
-         .what = possible ? "available." : possible.error(),
-         .fix = std::string(services_.words.ownerCheck.remedy)});
+         .what = possible ? translated("available.") : possible.error(),
+         .fix = translated(services_.words.ownerCheck.remedy)});
 }
 
 void SelfCheck::checkOpening() {
     const SessionUnlocking* const session = services_.sessionUnlocking;
     const LockOpening opening = session != nullptr ? session->opening() : LockOpening::typing;
     if (opening == LockOpening::typing) return checkTyping();
-    Fact fact{.subject = "Opening the lock", .isGood = false, .what = {}};
+    Fact fact{.subject = translated("Opening the lock"), .isGood = false, .what = {}};
     if (isClosed(opening)) {
-        fact.what = reasonNotPossible(opening);
+        fact.what = translated(reasonNotPossible(opening));
     } else {
         fact.isGood = session->isSessionKnown();
-        fact.what = fact.isGood ? "the desktop is asked, without a password."
-                                : "logind doesn’t answer about this session.";
+        fact.what = fact.isGood ? translated("the desktop is asked, without a password.")
+                                : translated("logind doesn’t answer about this session.");
     }
     say(fact);
 }
 
 void SelfCheck::checkTyping() {
-    Fact typing{.subject = "Typing",
+    Fact typing{.subject = translated("Typing"),
                 .isGood = false,
-                .what = "the system takes no keys from this program.",
-                .fix = services_.words.accessibility.advice("Switch it on in ")};
+                .what = translated("the system takes no keys from this program."),
+                .fix = services_.words.accessibility.advice(switchItOn)};
     if (services_.keyEvents.canType()) {
         typing.isGood = services_.keyEvents.makeSource({}, {}) != nullptr;
-        typing.what = typing.isGood ? "allowed." : "allowed, but no keyboard could be made.";
+        typing.what = typing.isGood ? translated("allowed.")
+                                    : translated("allowed, but no keyboard could be made.");
     }
     say(typing);
 }
 
 void SelfCheck::checkWindowSpace() {
     const bool isFound = services_.windowServer.hasLockScreenSpaces();
-    say({.subject = "Space above the lock screen",
+    say({.subject = translated("Space above the lock screen"),
          .isGood = isFound,
-         .what = isFound ? "found." : "not found, so the island lies where this system lets it.",
+         .what = isFound ? translated("found.")
+                         : translated("not found, so the island lies where this system lets it."),
          .need = Fact::Need::optional});
 }
 
@@ -239,10 +255,10 @@ void SelfCheck::startCamera() {
                                            [this] { cameraEnds(std::nullopt); });
         return;
     }
-    say({.subject = "Camera",
+    say({.subject = translated("Camera"),
          .isGood = false,
          .what = description(started.error(), services_.words),
-         .fix = std::string(cameraFix)});
+         .fix = translated(cameraFix)});
     onEnd_(isAllThere_);
 }
 
@@ -251,14 +267,15 @@ void SelfCheck::cameraEnds(const std::optional<Size>& picture) {
     // Kept alive: the timer may be the caller.
     const auto timeout = std::exchange(timeout_, nullptr);
     const TimeInterval took = services_.clock.now() - cameraBegan_;
+    const Filling camera("camera", cameraInWords(camera_.opened()));
     camera_.stop();
-    say({.subject = "Camera",
+    say({.subject = translated("Camera"),
          .isGood = picture.has_value(),
-         .what =
-             cameraInWords(camera_.opened()) +
-             (picture ? "; first picture of " + pixels(*picture) + " after " + seconds(took) + "."
-                      : "; no picture came within " + seconds(longestWait) + "."),
-         .fix = std::string(cameraFix)});
+         .what = picture ? translated("{camera}; first picture of {size} after {time}.",
+                                      {camera, {"size", pixels(*picture)}, {"time", seconds(took)}})
+                         : translated("{camera}; no picture came within {time}.",
+                                      {camera, {"time", seconds(longestWait)}}),
+         .fix = translated(cameraFix)});
     const auto onEnd = onEnd_;
     onEnd(isAllThere_);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/UnlockApplication.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <utility>
 
 namespace marrowby {
@@ -69,7 +71,10 @@ UnlockApplication::~UnlockApplication() {
 }
 
 void UnlockApplication::didFinishLaunching(const UnlockOpening::Launch& launch) {
-    if (hooks_.log) hooks_.log({.start = "Models: ", .detail = model_->models().title()});
+    if (hooks_.log)
+        hooks_.log({.sentence = Phrase("Models: {what}"),
+                    .what = model_->models().knownAs(),
+                    .detail = model_->models().name});
     if (const auto window = UnlockOpening::onLaunch(openingState(), launch)) open(*window);
     if (platform_.statusItem != nullptr)
         platform_.statusItem->onCommand = [this](StatusItem::Command command) {

@@ -4,6 +4,7 @@
 #import "Platforms/macOS/DispatchWorkQueues.h"
 #import "Platforms/macOS/FoundationError.h"
 #import "Platforms/macOS/PixelBufferImage.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <atomic>
 #include <cstdint>
@@ -309,7 +310,7 @@ std::expected<std::unique_ptr<CaptureInput>, std::string> AVFoundationCaptureSes
     @autoreleasepool {
         @try {
             AVCaptureDevice* device = [AVCaptureDevice deviceWithUniqueID:foundationText(deviceID)];
-            if (!device) return std::unexpected("it isn’t connected any more.");
+            if (!device) return std::unexpected(translated("it isn’t connected any more."));
             NSError* error = nil;
             AVCaptureDeviceInput* input = [AVCaptureDeviceInput deviceInputWithDevice:device
                                                                                 error:&error];

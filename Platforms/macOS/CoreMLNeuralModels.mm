@@ -3,6 +3,7 @@
 
 #import "Platforms/macOS/CoreFoundationOwner.h"
 #import "Platforms/macOS/FoundationError.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -69,7 +70,8 @@ class ImageBuffers {
     /// Copies the image into a new buffer, or says why not.
     [[nodiscard]] std::expected<CoreFoundationOwner<CVPixelBufferRef>, std::string> fill(
         const Bitmap& image) {
-        if (image.format() != bgrx8) return std::unexpected("an image of the wrong layout");
+        if (image.format() != bgrx8)
+            return std::unexpected(translated("an image of the wrong layout"));
         if (!pool_ || image.width() != width_ || image.height() != height_) {
             if (const CVReturn failed = makePool(image.width(), image.height()); failed) {
                 return failure(failed);
@@ -99,7 +101,8 @@ class ImageBuffers {
 
   private:
     static std::unexpected<std::string> failure(CVReturn status) {
-        return std::unexpected("no buffer for an image (" + std::to_string(status) + ")");
+        return std::unexpected(
+            translated("no buffer for an image ({number})", {{"number", status}}));
     }
 
     CVReturn makePool(int width, int height) {

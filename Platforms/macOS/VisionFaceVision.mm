@@ -4,6 +4,7 @@
 #import "Platforms/macOS/CoreGraphicsBitmap.h"
 #import "Platforms/macOS/FoundationError.h"
 #import "Platforms/macOS/Rules/VisionCorner.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <algorithm>
 #include <array>
@@ -16,7 +17,7 @@ namespace marrowby {
 
 namespace {
 
-constexpr const char* unreadable = "The picture couldn’t be searched for faces.";
+constexpr auto unreadable = Phrase("The picture couldn’t be searched for faces.");
 
 struct Found {
     VNImageRequestHandler* handler;
@@ -34,7 +35,7 @@ VNImageRequestHandler* requestHandler(const Bitmap& image) {
 }
 
 std::optional<std::string> perform(VNImageRequestHandler* handler, NSArray<VNRequest*>* requests) {
-    if (!handler) return unreadable;
+    if (!handler) return translated(unreadable);
     NSError* error = nil;
     if ([handler performRequests:requests error:&error]) return std::nullopt;
     return sentence(error);

@@ -36,12 +36,13 @@ std::expected<PrivateSession, std::string> PrivateSession::create(
 
 std::vector<std::string> PrivateSession::displayVariables() const {
     std::vector<std::string> variables = homeVariables(home());
-    variables.insert(variables.end(),
-                     {"DISPLAY=" + displayName(), "WAYLAND_DISPLAY=", "XDG_SESSION_TYPE=x11",
-                      // Not the machine’s own session.
-                      "DBUS_SYSTEM_BUS_ADDRESS=unix:path=" + (home() / "no-system-bus").string(),
-                      "LC_ALL=C.UTF-8", "QT_QPA_PLATFORM=xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1",
-                      "QT_SCALE_FACTOR=" + std::to_string(scale_)});
+    variables.insert(
+        variables.end(),
+        {"DISPLAY=" + displayName(), "WAYLAND_DISPLAY=", "XDG_SESSION_TYPE=x11",
+         // Not the machine’s own session.
+         "DBUS_SYSTEM_BUS_ADDRESS=unix:path=" + (home() / "no-system-bus").string(),
+         "LC_ALL=C.UTF-8", "LANGUAGE=", "QT_QPA_PLATFORM=xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1",
+         "QT_SCALE_FACTOR=" + std::to_string(scale_)});
     return variables;
 }
 

@@ -54,13 +54,14 @@ std::string seconds(TimeInterval interval) {
 struct Stage::Parts {
     Parts(PrivateSession privateSession, DesktopUser somebody,
           std::unique_ptr<XcbConnection> display, std::filesystem::path modelFolder,
-          std::filesystem::path programFile, int cameraRate)
+          std::filesystem::path programFile, int cameraRate, std::string languageOfTexts)
         : session(std::move(privateSession)),
           atDesk(std::move(somebody)),
           connection(std::move(display)),
           models(std::move(modelFolder)),
           programPath(std::move(programFile)),
-          picturesPerSecond(cameraRate) {}
+          picturesPerSecond(cameraRate),
+          language(std::move(languageOfTexts)) {}
 
     PrivateSession session;
     DesktopUser atDesk;
@@ -68,6 +69,7 @@ struct Stage::Parts {
     const std::filesystem::path models;
     const std::filesystem::path programPath;
     const int picturesPerSecond;
+    const std::string language;
     Interruption interruption;
     ContactSheet sheet;
     UnixSystemClock clock;
@@ -109,6 +111,8 @@ std::vector<std::string> Stage::Parts::environment() const {
     std::vector<std::string> environment = session.environment();
     environment.push_back("MARROWBY_MODELS=" + models.string());
     environment.push_back("MARROWBY_CAMERA_RATE=" + std::to_string(picturesPerSecond));
+    // Of a name that stands twice the first counts.
+    environment.insert(environment.begin(), "LANGUAGE=" + language);
     environment.push_back("MARROWBY_JOURNAL=" + journalSocket().string());
     return environment;
 }
@@ -131,9 +135,10 @@ Stage::Result<std::unique_ptr<Stage>> Stage::create(const Places& places) {
             << R"({"unlock.scanSeconds": 10})";
     }
 
-    auto parts = std::make_unique<Parts>(
-        *std::move(session), *std::move(somebody), *std::move(connection),
-        std::filesystem::absolute(places.models), places.program, places.picturesPerSecond);
+    auto parts =
+        std::make_unique<Parts>(*std::move(session), *std::move(somebody), *std::move(connection),
+                                std::filesystem::absolute(places.models), places.program,
+                                places.picturesPerSecond, places.language);
     auto journal = ProgramJournal::create(
         parts->journalSocket(),
         [parts = parts.get()](const ProgramJournal::Entry& entry) { parts->note(entry); });

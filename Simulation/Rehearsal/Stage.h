@@ -39,6 +39,8 @@ class Stage {
         PrivateScreen screen{};
         /// Of the cameras.
         int picturesPerSecond = 15;
+        /// Of the program’s texts; English where it is empty.
+        std::string language{};
     };
 
     [[nodiscard]] static Result<std::unique_ptr<Stage>> create(const Places& places);

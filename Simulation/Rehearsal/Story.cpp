@@ -112,7 +112,7 @@ Step sleepAndWake(Stage& stage) {
 
 Step comeBack(Stage& stage) {
     if (auto woken = sleepAndWake(stage); !woken) return woken;
-    return stage.waitForEvent(logevent::looking, shortly, rawValue(LookReason::wake));
+    return stage.waitForEvent(logevent::looking, shortly, name(LookReason::wake).english());
 }
 
 bool has(const Log& log, std::string_view event) {
@@ -160,9 +160,12 @@ Step ownerReturns(Stage& stage, std::string_view scene, LookReason reason,
         .then([&] { return lockScreen(stage); })
         .then([&] { return stage.putInFront(scene, owner); })
         .then(act)
-        .then([&] { return stage.waitForEvent(logevent::looking, shortly, rawValue(reason)); })
+        .then(
+            [&] { return stage.waitForEvent(logevent::looking, shortly, name(reason).english()); })
         .then([&] { return stage.waitForEvent(logevent::recognised, aScan); })
-        .then([&] { return getsIn(stage, "Recognised (" + std::string(rawValue(reason)) + ")"); })
+        .then([&] {
+            return getsIn(stage, "Recognised (" + std::string(name(reason).english()) + ")");
+        })
         .result();
 }
 
@@ -207,7 +210,7 @@ Ending setUp(Stage& stage) {
         .then([&] { return pressTo(stage, "Continue", "Save your face"); })
         .then([&] {
             return stage.waitUntil("a turned head", anEnrolment, [&] {
-                return stage.shows(prompt(EnrollmentPose::topRight)) ||
+                return stage.shows(prompt(EnrollmentPose::topRight).english()) ||
                        stage.page() == "Name this look";
             });
         })
@@ -234,8 +237,8 @@ Ending setUp(Stage& stage) {
 Step lookOnlyOn(Stage& stage, UnlockTrigger wanted, UnlockTrigger former) {
     return inSettings(stage, [&] {
         return Steps()
-            .then([&] { return stage.press(title(wanted)); })
-            .then([&] { return stage.press(title(former)); })
+            .then([&] { return stage.press(title(wanted).english()); })
+            .then([&] { return stage.press(title(former).english()); })
             .result();
     });
 }
@@ -340,7 +343,7 @@ Ending noneGetsIn(Stage& stage, const std::vector<Visitor>& visitors,
                    .then([&] { return comeBack(stage); })
                    .then([&] {
                        return stage.waitForEvent(logevent::failed, aScan,
-                                                 title(UnlockFailure::NotRecognised{}));
+                                                 title(UnlockFailure::NotRecognised{}).english());
                    })
                    .then([&] { return stage.letPass(TimeInterval(0.5)); })
                    .then([&] { stage.photograph(visitor.caption); })
@@ -390,7 +393,7 @@ Step typeWrongPassword(Stage& stage, std::size_t time, std::string_view verdict)
         .then([&] { return stage.waitForEvent(verdict, passwordCheck); })
         .then([&] {
             return stage.waitForEvent(logevent::failed, shortly,
-                                      title(UnlockFailure::PasswordRejected{}));
+                                      title(UnlockFailure::PasswordRejected{}).english());
         })
         .then([&] { return check(stage.isLockerRunning(), "The locker has ended."); })
         .result();
@@ -474,7 +477,7 @@ Ending everythingIsErased(Stage& stage) {
 std::expected<void, std::string> confirmOwner(Stage& stage) {
     return inSettings(stage, [&] {
         return Steps()
-            .then([&] { return stage.press(linuxWords.ownerCheck.button); })
+            .then([&] { return stage.press(linuxWords.ownerCheck.button.english()); })
             .then([&] {
                 return stage.waitUntil("what comes after it", shortly, [&] {
                     return stage.shows("Ready") ||

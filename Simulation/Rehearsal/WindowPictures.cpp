@@ -56,7 +56,13 @@ Step takeWindowPictures(const std::filesystem::path& models, const std::filesyst
         if (auto confirmed = confirmOwner(**stage); !confirmed) return confirmed;
         if (auto taken = picture(**stage, folder, "settings", scale); !taken) return taken;
     }
-    return {};
+    const auto german = Stage::create({.models = models,
+                                       .program = program,
+                                       .home = home->path(),
+                                       .screen = screen(1),
+                                       .language = "de"});
+    if (!german) return std::unexpected(german.error());
+    return picture(**german, folder, "settings-de", 1);
 }
 
 }  // namespace marrowby

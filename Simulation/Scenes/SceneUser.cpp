@@ -69,12 +69,12 @@ Placement away(const Placement& home) {
 EnrollmentSession::Hint hintSaying(std::string_view sentence) {
     using Hint = EnrollmentSession::Hint;
     for (const EnrollmentPose pose : allEnrollmentPoses) {
-        if (prompt(pose) == sentence) return Hint::Pose{pose};
+        if (translated(prompt(pose)) == sentence) return Hint::Pose{pose};
     }
     for (const Hint& hint : {Hint(Hint::NoFace{}), Hint(Hint::Closer{}), Hint(Hint::Done{})}) {
-        if (text(hint) == sentence) return hint;
+        if (translated(text(hint)) == sentence) return hint;
     }
-    return Hint::TooFar{std::string(sentence)};
+    return Hint::TooFar{};
 }
 
 SceneUser::SceneUser(std::uint64_t seed, const Placement& home)

@@ -43,7 +43,7 @@ std::string text(const OverlayPhase& phase) {
     constexpr const char* names[] = {"failure: ", "hidden",  "closed", "scanning",
                                      "prompt",    "success", "leaving"};
     const auto* failure = std::get_if<OverlayPhase::Failure>(&phase);
-    return names[phase.index()] + (failure ? std::string(title(failure->failure)) : "");
+    return names[phase.index()] + (failure ? inEnglish(title(failure->failure)) : "");
 }
 
 std::string text(const UnlockMachine::Effect& effect) {

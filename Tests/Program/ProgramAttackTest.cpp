@@ -44,7 +44,7 @@ class ProgramAttackTest : public ProgramTest {
         ASSERT_TRUE(program->logs(logevent::locked)) << program->recentWords();
         ASSERT_TRUE(comesBackUntil([&] { return program->hasLogged(logevent::recognised); }))
             << program->recentWords();
-        EXPECT_TRUE(program->logs(logevent::failed, title(UnlockFailure::TypingFailed{})))
+        EXPECT_TRUE(program->logs(logevent::failed, title(UnlockFailure::TypingFailed{}).english()))
             << program->recentWords();
     }
     void expectNothingFor(std::vector<std::string> disguise) {

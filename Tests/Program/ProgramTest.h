@@ -55,6 +55,8 @@ class ProgramTest : public testing::Test {
         environment.insert("DBUS_SESSION_BUS_ADDRESS", QString::fromStdString(bus->address()));
         environment.insert("MARROWBY_MODELS", MARROWBY_SOURCE_DIR "/Models");
         environment.insert("WAYLAND_DISPLAY", "");
+        environment.insert("LC_ALL", "C.UTF-8");
+        environment.insert("LANGUAGE", "");
         for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
             environment.insert(name, QString::fromStdString(home.path().string()));
         // Long scans for slow machines.

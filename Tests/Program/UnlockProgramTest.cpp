@@ -207,6 +207,20 @@ TEST_F(UnlockProgramTest, obeysCommandsFromATerminal) {
         HasSubstr("\nNO  Last problem: The settings couldn’t be read and won’t be saved: "));
 }
 
+TEST_F(UnlockProgramTest, speaksTheUsersLanguage) {
+    environment.insert("LANGUAGE", "de");
+    ASSERT_NO_FATAL_FAILURE(start());
+    EXPECT_EQ(tell({"status"}),
+              "1 Noch nicht eingerichtet: Sichern Sie Ihr Gesicht und Ihr Login-Passwort; dann ist "
+              "es bereit.\n");
+    EXPECT_EQ(tell({"pause", "2"}), "0 Pause für 2 Minuten.\n");
+    EXPECT_THAT(tell({"dance"}), StartsWith("2 Marrowby Unlock kennt „dance“ nicht"));
+    // The log is for those who maintain it.
+    EXPECT_THAT(program->recentWords(), testing::HasSubstr("Paused"));
+    EXPECT_EQ(tell({"quit"}), "0 ");
+    EXPECT_EQ(program->awaitEnd(), EXIT_SUCCESS) << program->recentWords();
+}
+
 TEST_F(UnlockProgramTest, preparesItsModelsFromItsWindow) {
     // Installed beside a script that stops in the middle, goes on the next time, and then fails.
     const auto root = home.path() / "installed";

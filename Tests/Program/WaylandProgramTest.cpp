@@ -108,7 +108,8 @@ TEST_F(WaylandProgramTest, hasTheDesktopUnlockForItsOwnerAlone) {
     logind->setSession("LockedHint", true);
     ASSERT_TRUE(program->logs(logevent::locked)) << program->recentWords();
     ASSERT_TRUE(returnsUntil([&] {
-        return program->hasLogged(logevent::failed, title(UnlockFailure::NotRecognised{}));
+        return program->hasLogged(logevent::failed,
+                                  title(UnlockFailure::NotRecognised{}).english());
     })) << program->recentWords();
     EXPECT_FALSE(program->hasLogged(logevent::askedDesktop)) << program->recentWords();
 
@@ -123,7 +124,7 @@ TEST_F(WaylandProgramTest, hasTheDesktopUnlockForItsOwnerAlone) {
     logind->setSession("LockedHint", true);
     ASSERT_TRUE(program->logs(logevent::locked)) << program->recentWords();
     ASSERT_TRUE(returnsUntil([&] {
-        return program->hasLogged(logevent::failed, title(UnlockFailure::NotOpened{}));
+        return program->hasLogged(logevent::failed, title(UnlockFailure::NotOpened{}).english());
     })) << program->recentWords();
     ASSERT_TRUE(program->logs(logevent::stoodDown)) << program->recentWords();
     expectAnUntouchedTerminal();

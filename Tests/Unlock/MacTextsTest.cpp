@@ -18,7 +18,7 @@ std::string titleOf(const UnlockStatus& status) {
     return status.title(macWords);
 }
 std::string detailOf(const UnlockStatus& status) {
-    return status.detail("Marrowby Unlock", macWords);
+    return status.detail(macWords);
 }
 
 /// The sentences that are put together of the platform's words, letter by letter.
@@ -44,7 +44,7 @@ TEST(MacTexts, readAsOnAMac) {
         {detailOf(Status::Ready{}),
          "Looks for you when you come back to your locked Mac, and types your password when it’s "
          "you."},
-        {std::string(title(UnlockStatusFix::touchID, macWords)), "Use Touch ID…"},
+        {title(UnlockStatusFix::touchID, macWords), "Use Touch ID…"},
         {settingsNote(LivenessMode::strict, macWords),
          "Also asks for a small turn of the head, in the notch."},
         {description(KeystrokeError::noAccessibility, macWords),

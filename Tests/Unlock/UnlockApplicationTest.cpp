@@ -117,10 +117,10 @@ class UnlockApplicationTest : public testing::Test, protected FakeComputer {
 
 TEST_F(UnlockApplicationTest, neverSaysANameInTheLog) {
     UnlockJournal journal;
-    journal.add({.start = "Recognised ", .name = "Anna"}, mainThread.now());
+    journal.add({.sentence = Phrase("Recognised {name}"), .name = "Anna"}, mainThread.now());
     EXPECT_EQ(journal.entries().back().text, "Recognised");
     for (int i = 0; i < 1000; ++i)
-        journal.add({.start = "Unlocked"}, mainThread.now());
+        journal.add({.sentence = Phrase("Unlocked")}, mainThread.now());
     EXPECT_EQ(journal.entries().size(), UnlockJournal::capacity);
 }
 

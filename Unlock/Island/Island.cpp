@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Island/Island.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -20,7 +22,7 @@ using panelshape::Polyline;
 using panelshape::RoundedRectangle;
 using panelshape::Text;
 
-constexpr const char* promptText = "Turn your head a little";
+constexpr auto promptText = Phrase("Turn your head a little");
 
 constexpr PanelColor pillColor{.red = 0.04, .green = 0.04, .blue = 0.05};
 constexpr PanelColor white{.red = 1, .green = 1, .blue = 1};
@@ -80,10 +82,10 @@ PanelColor faded(PanelColor color, double alpha) {
     return color;
 }
 
-std::string_view textOf(const OverlayPhase& phase) {
+std::string textOf(const OverlayPhase& phase) {
     if (const auto* failure = std::get_if<OverlayPhase::Failure>(&phase))
-        return title(failure->failure);
-    return is<OverlayPhase::Prompt>(phase) ? promptText : "";
+        return translated(title(failure->failure));
+    return is<OverlayPhase::Prompt>(phase) ? translated(promptText) : std::string();
 }
 
 double widthOf(std::string_view text) {
@@ -326,7 +328,7 @@ PanelDrawing Island::drawing() const {
                     .y = pill.y + notch.height,
                     .width = pill.width,
                     .height = pill.height - notch.height};
-    const std::string_view text = textOf(phase);
+    const std::string text = textOf(phase);
     Point icon = room.centre();
     if (!text.empty()) icon.x = room.x + inset + ringRadius;
     Painter painter(drawing, shown, alpha);

@@ -36,7 +36,7 @@ struct CommandLine : std::variant<commandline::Help, commandline::Version, comma
     [[nodiscard]] static std::expected<CommandLine, std::string> parse(
         std::span<const std::string> arguments);
 
-    [[nodiscard]] static std::string_view usage();
+    [[nodiscard]] static std::string usage();
 };
 
 }  // namespace marrowby

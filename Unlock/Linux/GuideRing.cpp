@@ -3,6 +3,7 @@
 
 #include "Unlock/Linux/CameraView.h"
 #include "Unlock/Linux/PageColors.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -38,7 +39,7 @@ GuideRing::GuideRing(QWidget* parent) : QWidget(parent) {
 void GuideRing::show(const windowrow::Guide& guide) {
     if (guide == guide_) return;
     guide_ = guide;
-    setAccessibleName(QStringLiteral("Captured"));
+    setAccessibleName(QString::fromStdString(translated("Captured")));
     setAccessibleDescription(
         QStringLiteral("%1 %").arg(static_cast<int>(std::clamp(guide.progress, 0.0, 1.0) * 100)));
     update();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Linux/ModelPreparation.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <QCoreApplication>
 #include <QPointer>
 #include <QProcess>
@@ -30,14 +32,15 @@ ModelPreparation::ModelPreparation(const std::filesystem::path& script,
     QObject::connect(process, &QProcess::errorOccurred, process,
                      [this](QProcess::ProcessError error) {
                          if (error == QProcess::FailedToStart)
-                             end("The script that prepares them can’t be run.");
+                             end(translated("The script that prepares them can’t be run."));
                      });
-    QObject::connect(process, &QProcess::finished, process,
-                     [this, process](int code, QProcess::ExitStatus status) {
-                         if (status == QProcess::NormalExit && code == 0) return end({});
-                         const QString why = lastLine(process->readAllStandardError());
-                         end(why.isEmpty() ? "They couldn’t be prepared." : why.toStdString());
-                     });
+    QObject::connect(
+        process, &QProcess::finished, process,
+        [this, process](int code, QProcess::ExitStatus status) {
+            if (status == QProcess::NormalExit && code == 0) return end({});
+            const QString why = lastLine(process->readAllStandardError());
+            end(why.isEmpty() ? translated("They couldn’t be prepared.") : why.toStdString());
+        });
     process->start(QString::fromStdString(script.string()),
                    {QStringLiteral("--progress"), QString::fromStdString(folder.string())});
 }

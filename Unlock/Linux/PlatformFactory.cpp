@@ -10,6 +10,7 @@
 #include "Platforms/Linux/Secrets/PamPasswordVerifier.h"
 #include "Platforms/Linux/Secrets/PolkitOwnerCheck.h"
 #include "Platforms/Linux/Vision/OnnxModelFiles.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <optional>
 
@@ -24,14 +25,15 @@ std::expected<ModelPack, std::string> PlatformFactory::models(
         auto pack = ModelPack::read(folder, files);
         if (pack && pack->knowsRealFaces()) return *std::move(pack);
         if (pack) {
-            problem = description({.name = "the rehearsal’s", .reason = "knows no real faces"});
+            problem = description({.reason = translated("the rehearsal’s knows no real faces")});
             continue;
         }
         std::error_code error;
         if (!problem || std::filesystem::exists(folder / ModelPack::manifestFile, error))
             problem = description(pack.error());
     }
-    return std::unexpected(problem.value_or("There is no folder to look for models in."));
+    return std::unexpected(
+        problem.value_or(translated("There is no folder to look for models in.")));
 }
 
 std::unique_ptr<SystemClock> PlatformFactory::makeClock() {

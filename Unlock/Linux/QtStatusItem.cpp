@@ -2,6 +2,7 @@
 #include "Unlock/Linux/QtStatusItem.h"
 
 #include "Platforms/Linux/Desktop/DBusLink.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <QAction>
 #include <QApplication>
@@ -40,8 +41,8 @@ class QtStatusItem::Tray {
   private:
     struct Icon {
         explicit Icon(QtStatusItem& item) : status(menu.addAction(QString())) {
-            const auto entry = [&](const char* title, Command command) {
-                QAction* const action = menu.addAction(QString::fromUtf8(title));
+            const auto entry = [&](Phrase title, Command command) {
+                QAction* const action = menu.addAction(QString::fromStdString(translated(title)));
                 QObject::connect(action, &QAction::triggered, action, [&item, command] {
                     if (const auto report = item.onCommand) report(command);
                 });
@@ -49,11 +50,11 @@ class QtStatusItem::Tray {
             };
             status->setEnabled(false);
             menu.addSeparator();
-            entry("Settings…", Command::settings);
-            pause = entry("Pause", Command::pause);
-            resume = entry("Resume", Command::resume);
+            entry(Phrase("Settings…"), Command::settings);
+            pause = entry(Phrase("Pause"), Command::pause);
+            resume = entry(Phrase("Resume"), Command::resume);
             menu.addSeparator();
-            entry("Quit", Command::quit);
+            entry(Phrase("Quit"), Command::quit);
             const QIcon standIn = QApplication::style()->standardIcon(QStyle::SP_ComputerIcon);
             tray.setIcon(QIcon::fromTheme(QStringLiteral("app.quenby.unlock"), standIn));
             tray.setContextMenu(&menu);
@@ -65,9 +66,9 @@ class QtStatusItem::Tray {
         }
 
         void show(const Content& content) {
-            const QString text = QString::fromStdString(content.status);
-            status->setText(text);
-            tray.setToolTip(QStringLiteral("Marrowby Unlock: ") + text);
+            status->setText(QString::fromStdString(content.status));
+            tray.setToolTip(QString::fromStdString(
+                translated("Marrowby Unlock: {status}", {{"status", content.status}})));
             pause->setVisible(!content.isPaused);
             resume->setVisible(content.isPaused);
             tray.show();

@@ -7,6 +7,7 @@
 #include "Unlock/Linux/MutedLabel.h"
 #include "Unlock/Linux/PageColors.h"
 #include "Unlock/Linux/SwitchButton.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <QAccessible>
 #include <QComboBox>
@@ -420,7 +421,7 @@ class LogView final : public RowView {
         lines_->setTabChangesFocus(true);
         lines_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
         scaleFont(*lines_, 0.9);
-        lines_->setAccessibleName(QStringLiteral("Log"));
+        lines_->setAccessibleName(text(translated("Log")));
         lines_->setFrameShape(QFrame::NoFrame);
         lines_->document()->setDocumentMargin(6);
         // Shows the card’s background.

@@ -4,6 +4,7 @@
 #include "Platforms/Linux/Desktop/Account.h"
 #include "Platforms/Linux/Desktop/BusAddress.h"
 #include "Platforms/Linux/Desktop/FreedesktopNotices.h"
+#include "Platforms/Linux/Desktop/GettextCatalogue.h"
 #include "Platforms/Linux/Desktop/JournaldLog.h"
 #include "Platforms/Linux/Desktop/JsonDefaultsStore.h"
 #include "Platforms/Linux/Desktop/LinuxSystemSettings.h"
@@ -35,16 +36,21 @@
 #include "Unlock/Linux/QtStatusItem.h"
 #include "Unlock/SelfCheck.h"
 #include "Unlock/UnlockApplication.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QIcon>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QSessionManager>
+#include <QTranslator>
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <optional>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -105,13 +111,14 @@ std::unique_ptr<KeyEvents> makeKeyEvents(const DesktopSession::Places& places,
 }
 
 std::optional<std::string> inWords(const LockState& session) {
-    const auto fact = [](const char* what, bool value) {
-        return std::string(what) + " is " + (value ? "true" : "false");
+    const auto fact = [](Phrase what, bool value) {
+        return translated(what, {{"value", value ? Phrase("true") : Phrase("false")}});
     };
     std::string facts;
-    if (session.isScreenLocked) facts = fact("locked", *session.isScreenLocked);
+    if (session.isScreenLocked) facts = fact(Phrase("locked is {value}"), *session.isScreenLocked);
     if (session.isOnConsole)
-        facts += (facts.empty() ? "" : ", ") + fact("on the console", *session.isOnConsole);
+        facts += (facts.empty() ? "" : ", ") +
+                 fact(Phrase("on the console is {value}"), *session.isOnConsole);
     if (facts.empty()) return std::nullopt;
     return facts;
 }
@@ -123,16 +130,18 @@ class CompositionRoot {
         : paths_(std::move(paths)),
           factory_(factory),
           log_(log),
-          missing_(paths_.preparingCommand(),
-                   {.onLookAgain = [this] { lookAgain(); },
-                    .onQuit = &CompositionRoot::end,
-                    .onPrepare = paths_.hasScript() ? std::function([this] { prepareModels(); })
-                                                    : std::function<void()>(),
-                    .onCancel = [this] { stopPreparing("It was stopped. What has come is kept."); },
-                    .onCopy =
-                        [](const std::string& command) {
-                            QGuiApplication::clipboard()->setText(QString::fromStdString(command));
-                        }}) {
+          missing_(
+              paths_.preparingCommand(),
+              {.onLookAgain = [this] { lookAgain(); },
+               .onQuit = &CompositionRoot::end,
+               .onPrepare = paths_.hasScript() ? std::function([this] { prepareModels(); })
+                                               : std::function<void()>(),
+               .onCancel =
+                   [this] { stopPreparing(translated("It was stopped. What has come is kept.")); },
+               .onCopy =
+                   [](const std::string& command) {
+                       QGuiApplication::clipboard()->setText(QString::fromStdString(command));
+                   }}) {
         session_.canTypeThroughKernel = [this] { return keyEvents_->canType(); };
     }
 
@@ -168,7 +177,8 @@ class CompositionRoot {
              .imaging = imaging_,
              .models = models_,
              .pack = factory_.models(paths_.modelFolders()),
-             .preparingAdvice = "Prepare them with " + paths_.preparingCommand() + ".",
+             .preparingAdvice = translated("Prepare them with {command}.",
+                                           {{"command", paths_.preparingCommand()}}),
              .trialKeyStore = trialKeyStore,
              .cipher = cipher_,
              .ownerCheck = *ownerCheck_,
@@ -211,7 +221,7 @@ class CompositionRoot {
     [[nodiscard]] std::expected<void, std::string> start();
     void prepareModels() {
         using Window = ApplicationWindows::Window;
-        missing_.setProgress("Starting");
+        missing_.setProgress(translated("Starting"));
         windows_.refresh(Window::welcome);
         preparation_ = std::make_unique<ModelPreparation>(
             paths_.script(), paths_.userModels(),
@@ -363,6 +373,16 @@ void endWithoutDisplay() {
     std::_Exit(EXIT_FAILURE);
 }
 
+/// Qt's own texts, such as those of a text field's menu, and the direction of writing.
+void speakTheUsersLanguage(QTranslator& textsOfQt) {
+    const QString folder = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+    // Translators: “right to left” in languages that are written so, else as it stands.
+    const bool isMirrored = translated("left to right") == "right to left";
+    if (textsOfQt.load(QLocale::system(), QStringLiteral("qtbase"), QStringLiteral("_"), folder))
+        QApplication::installTranslator(&textsOfQt);
+    QApplication::setLayoutDirection(isMirrored ? Qt::RightToLeft : Qt::LeftToRight);
+}
+
 int refuse(const std::string& sentence, CommandReply::Status status = CommandReply::Status::no) {
     std::cerr << sentence << '\n';
     return static_cast<int>(status);
@@ -371,11 +391,12 @@ int refuse(const std::string& sentence, CommandReply::Status status = CommandRep
 std::string inWords(SingleInstance::Unreached unreached) {
     switch (unreached) {
         case SingleInstance::Unreached::noBus:
-            return "There is no session bus here over which Marrowby Unlock could be reached.";
+            return translated(
+                "There is no session bus here over which Marrowby Unlock could be reached.");
         case SingleInstance::Unreached::notRunning:
-            return "Marrowby Unlock isn’t running: open it from the applications menu.";
+            return translated("Marrowby Unlock isn’t running: open it from the applications menu.");
         case SingleInstance::Unreached::silent:
-            return "Marrowby Unlock runs, but didn’t answer.";
+            return translated("Marrowby Unlock runs, but didn’t answer.");
     }
     return {};
 }
@@ -388,9 +409,11 @@ CommandReply::Status tell(const Command& command, const std::vector<std::string>
             std::cerr << inWords(reply.error()) << '\n';
             return CommandReply::Status::unreached;
         }
-        std::cout
-            << Fact{.subject = "Running", .isGood = false, .what = inWords(reply.error())}.line()
-            << '\n';
+        std::cout << Fact{.subject = translated("Running"),
+                          .isGood = false,
+                          .what = inWords(reply.error())}
+                         .line()
+                  << '\n';
         return CommandReply::Status::no;
     }
     if (!reply->text.empty()) std::cout << reply->text << '\n' << std::flush;
@@ -400,6 +423,10 @@ CommandReply::Status tell(const Command& command, const std::vector<std::string>
 }  // namespace
 
 int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& factory) {
+    std::error_code noProgram;
+    static const GettextCatalogue catalogue(
+        GettextCatalogue::folderFor(std::filesystem::read_symlink("/proc/self/exe", noProgram)));
+    useCatalogue(&catalogue);
     const std::vector<std::string> words(arguments + std::min(argumentCount, 1),
                                          arguments + argumentCount);
     const auto wish = CommandLine::parse(words);
@@ -414,7 +441,8 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
     }
     const JournaldLog log(programName, factory.journalSocket());
     if (!makeProcessUndumpable()) {
-        return refuse("This process’s memory can’t be kept private, so nothing was started.");
+        return refuse(
+            translated("This process’s memory can’t be kept private, so nothing was started."));
     }
     ProcessSignals signals;
     auto told = CommandReply::Status::done;
@@ -435,6 +463,8 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
     QApplication::setApplicationDisplayName(QStringLiteral("Marrowby Unlock"));
     QApplication::setDesktopFileName(applicationIdentifier);
     QApplication application(argumentCount, arguments);
+    QTranslator textsOfQt;
+    speakTheUsersLanguage(textsOfQt);
     QApplication::setQuitOnLastWindowClosed(
         UnlockApplication::shouldTerminateAfterLastWindowClosed());
     QApplication::setWindowIcon(QIcon::fromTheme(applicationIdentifier));
@@ -445,7 +475,8 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
 
     const auto folders = XdgFolders::current();
     const auto account = Account::current();
-    if (!folders || !account) return refuse("This account has no home folder to keep anything in.");
+    if (!folders || !account)
+        return refuse(translated("This account has no home folder to keep anything in."));
     ProgramPaths paths{.folders = *folders,
                        .userName = account->name,
                        .program = QApplication::applicationFilePath().toStdString()};
@@ -459,7 +490,7 @@ int UnlockProgram::run(int argumentCount, char** arguments, PlatformFactory& fac
         case SingleInstance::Claim::handedOver:
             return EXIT_SUCCESS;
         case SingleInstance::Claim::unreachable:
-            return refuse("Marrowby Unlock runs already, and doesn’t answer.");
+            return refuse(translated("Marrowby Unlock runs already, and doesn’t answer."));
         case SingleInstance::Claim::first:
             break;
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Model/EnrollmentCapture.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Recognition/FaceRecognizer.h"
 
 #include <utility>
@@ -75,7 +76,8 @@ std::expected<void, CameraError> EnrollmentCapture::start(
     auto started = services_.camera.start(cameraID);
     if (started) {
         heartbeat_ = services_.mainThread.every(longestSilence, TimeInterval(0.5), [this] {
-            if (!std::exchange(hasSeenFrame_, false)) fail("The camera stopped sending pictures.");
+            if (!std::exchange(hasSeenFrame_, false))
+                fail(translated("The camera stopped sending pictures."));
         });
     }
     return started;

@@ -2,6 +2,7 @@
 #include "Unlock/Model/FaceEnrollment.h"
 
 #include "Unlock/Model/ModelLoaders.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <utility>
 
@@ -22,7 +23,7 @@ FaceEnrollment::FaceEnrollment(const UnlockPlatform& platform, const ModelPack& 
 
 void FaceEnrollment::capture(const std::optional<std::string>& cameraID, Completion completion) {
     if (std::holds_alternative<Capturing>(state_)) {
-        completion(std::unexpected("Your face is being captured already."));
+        completion(std::unexpected(translated("Your face is being captured already.")));
         return;
     }
     drop();

@@ -2,6 +2,7 @@
 #include "Unlock/Model/ModelPack.h"
 
 #include "Unlock/Model/PublishedModels.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <array>
 #include <cstdint>
@@ -22,13 +23,16 @@ using Values = std::vector<ModelFileFacts::Value>;
 
 constexpr const char* identifierKey = "marrowby.model.identifier";
 
+constexpr auto isNotThere = Phrase("{name} isn’t there");
+
 struct Role {
     const char* key;
-    const char* name;
+    Phrase name;
 };
-constexpr std::array roles{
-    Role{"finder", "the face finder"}, Role{"landmarks", "the finder of face landmarks"},
-    Role{"embedder", "the face model"}, Role{"realFace", "the real-face model"}};
+constexpr std::array roles{Role{"finder", Phrase("the face finder")},
+                           Role{"landmarks", Phrase("the finder of face landmarks")},
+                           Role{"embedder", Phrase("the face model")},
+                           Role{"realFace", Phrase("the real-face model")}};
 
 /// A manifest entry.
 struct Entry {
@@ -85,11 +89,12 @@ Manifest read(const Json& manifest) {
 
 std::expected<Manifest, ModelPackError> readManifest(const std::filesystem::path& path) {
     std::ifstream stream(path);
-    if (!stream) return std::unexpected(ModelPackError{ModelPack::manifestFile, "isn’t there"});
+    const Filling name("name", ModelPack::manifestFile);
+    if (!stream) return std::unexpected(ModelPackError{translated(isNotThere, {name})});
     try {
         return read(Json::parse(stream));
     } catch (const Json::exception&) {
-        return std::unexpected(ModelPackError{ModelPack::manifestFile, "is damaged"});
+        return std::unexpected(ModelPackError{translated("{name} is damaged", {name})});
     }
 }
 
@@ -110,27 +115,32 @@ bool isAsPublished(const Manifest& manifest) {
 /// Why the file is not what its entry says; empty when it is.
 std::string fault(const Entry& entry, const std::filesystem::path& folder,
                   const ModelFiles& files) {
+    const Filling name("name", entry.name + " (" + entry.file + ")");
     // A plain name: no path out of the folder.
     if (std::filesystem::path(entry.file).filename() != entry.file)
-        return "lies outside of the pack";
+        return translated("{name} lies outside of the pack", {name});
     const auto facts = files.facts(folder / entry.file);
     std::error_code error;
-    if (!facts && !std::filesystem::exists(folder / entry.file, error)) return "isn’t there";
-    if (!facts || facts->sha256 != entry.sha256) return "was changed";
+    if (!facts && !std::filesystem::exists(folder / entry.file, error))
+        return translated(isNotThere, {name});
+    if (!facts || facts->sha256 != entry.sha256) return translated("{name} was changed", {name});
     const auto found = facts->metadata.find(identifierKey);
     const std::string identifier = found == facts->metadata.end() ? "" : found->second;
     if (identifier != entry.identifier) {
-        return "says it is “" + identifier + "”, not “" + entry.identifier + "”";
+        return translated("{name} says it is “{found}”, not “{expected}”",
+                          {name, {"found", identifier}, {"expected", entry.identifier}});
     }
-    if (facts->inputs != entry.inputs) return "takes other inputs than its description says";
-    if (facts->outputs != entry.outputs) return "gives other outputs than its description says";
+    if (facts->inputs != entry.inputs)
+        return translated("{name} takes other inputs than its description says", {name});
+    if (facts->outputs != entry.outputs)
+        return translated("{name} gives other outputs than its description says", {name});
     return {};
 }
 
 }  // namespace
 
 std::string description(const ModelPackError& error) {
-    return "The model pack can’t be used: " + error.name + " " + error.reason + ".";
+    return translated("The model pack can’t be used: {reason}.", {{"reason", error.reason}});
 }
 
 std::expected<ModelPack, ModelPackError> ModelPack::read(const std::filesystem::path& folder,
@@ -142,11 +152,11 @@ std::expected<ModelPack, ModelPackError> ModelPack::read(const std::filesystem::
     for (const Role& role : roles) {
         const auto entry = models.find(role.key);
         if (entry == models.end()) {
-            return std::unexpected(ModelPackError{role.name, "is missing"});
+            return std::unexpected(
+                ModelPackError{translated("{name} is missing", {{"name", role.name}})});
         }
         if (auto reason = fault(entry->second, folder, files); !reason.empty()) {
-            return std::unexpected(ModelPackError{
-                entry->second.name + " (" + entry->second.file + ")", std::move(reason)});
+            return std::unexpected(ModelPackError{std::move(reason)});
         }
         sums.emplace(role.key, entry->second.sha256);
     }
@@ -168,8 +178,13 @@ std::string ModelPack::sumOf(const std::string& role) const {
 }
 
 std::string ModelPack::title() const {
-    if (isPublished) return name + ", as published";
-    return name == standardName ? name + " by its name only, not as published" : name;
+    return translated(knownAs(), {{"detail", name}});
+}
+
+Phrase ModelPack::knownAs() const {
+    if (isPublished) return Phrase("{detail}, as published");
+    return name == standardName ? Phrase("{detail} by its name only, not as published")
+                                : Phrase("{detail}");
 }
 
 }  // namespace marrowby

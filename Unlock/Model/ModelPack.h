@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Liveness/MiniFASNet.h"
 #include "UnlockCore/Platform/ModelFiles.h"
 #include "UnlockCore/Recognition/FaceIdentity.h"
@@ -13,8 +14,7 @@ namespace marrowby {
 
 /// Why a pack of models cannot be used.
 struct ModelPackError {
-    /// The model's name, or the manifest.
-    std::string name;
+    /// What is wrong with which file, as a clause for the user.
     std::string reason;
     friend bool operator==(const ModelPackError&, const ModelPackError&) = default;
 };
@@ -41,7 +41,8 @@ struct ModelPack {
 
     /// Of the model in this role; empty where none was computed.
     [[nodiscard]] std::string sumOf(const std::string& role) const;
-    /// The name, and whether the files are the published ones.
+    /// The name, as {detail}, and whether the files are the published ones.
+    [[nodiscard]] Phrase knownAs() const;
     [[nodiscard]] std::string title() const;
 
     static constexpr const char* manifestFile = "pack.json";

@@ -27,8 +27,8 @@ void OwnerReminder::update(const Facts& facts) {
     phase_ = Phase::asking;
     const UnlockStatus missing = UnlockStatus::NeedsTouchID{};
     notices_.show({.title = missing.title(words_),
-                   .text = missing.detail({}, words_),
-                   .button = std::string(words_.ownerCheck.button)});
+                   .text = missing.detail(words_),
+                   .button = translated(words_.ownerCheck.button)});
 }
 
 void OwnerReminder::press() {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Model/PasswordCheck.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/PasswordEntry/KeystrokePlan.h"
 #include "UnlockCore/Storage/CredentialStore.h"
 
@@ -17,22 +18,22 @@ std::optional<std::string> refusalOf(const PasswordCheckResult& result,
                                      const PlatformWords& words) {
     if (std::holds_alternative<PasswordCheckResult::Correct>(result)) return std::nullopt;
     if (const auto* unavailable = std::get_if<PasswordCheckResult::Unavailable>(&result)) {
-        return "The password couldn’t be checked, so nothing was saved. " +
-               unavailable->explanation;
+        return translated("The password couldn’t be checked, so nothing was saved. {explanation}",
+                          {{"explanation", unavailable->explanation}});
     }
-    return "That isn’t your " + std::string(words.password.inSentence) + ".";
+    return translated("That isn’t your {password}.", {{"password", words.password.inSentence}});
 }
 
 }  // namespace
 
 void PasswordCheck::check(SecretBytes password, std::function<void(const Result&)> then) {
     if (password.empty()) {
-        then(std::unexpected(std::string(description(CredentialError::empty))));
+        then(std::unexpected(translated(description(CredentialError::empty))));
         return;
     }
     if (const auto objection = typablepassword::objection(password.values())) {
         password.wipe();
-        then(std::unexpected(std::string(*objection)));
+        then(std::unexpected(translated(*objection)));
         return;
     }
     const auto held = std::make_shared<SecretBytes>(std::move(password));

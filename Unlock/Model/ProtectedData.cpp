@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Model/ProtectedData.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Storage/UnlockDataEraser.h"
 
 #include <algorithm>
@@ -14,15 +15,16 @@ namespace {
 
 std::string reason(ProtectedData::Purpose purpose, const PlatformWords& words,
                    LockOpening opening) {
-    const std::string password(words.password.inSentence);
+    const Filling password("password", words.password.inSentence);
     switch (purpose) {
         case ProtectedData::Purpose::showOrChange:
-            return opening == LockOpening::typing ? "open your saved face and " + password
-                                                  : "open your saved face";
+            return opening == LockOpening::typing
+                       ? translated("open your saved face and {password}", {password})
+                       : translated("open your saved face");
         case ProtectedData::Purpose::savePassword:
-            return "save your " + password;
+            return translated("save your {password}", {password});
         case ProtectedData::Purpose::saveFaceAndPassword:
-            return "save your face and " + password;
+            return translated("save your face and {password}", {password});
     }
     return {};
 }
@@ -31,18 +33,19 @@ Outcome outcomeOf(const std::expected<void, StorageError>& result, const Platfor
     if (result) return {};
     const auto* refused = std::get_if<OwnerCheckError>(&result.error());
     if (refused != nullptr && std::holds_alternative<OwnerCheckError::Cancelled>(*refused)) {
-        return std::unexpected(std::string(words.ownerCheck.prompt) +
-                               " was cancelled, so nothing was saved.");
+        return std::unexpected(translated("{check} was cancelled, so nothing was saved.",
+                                          {{"check", words.ownerCheck.prompt}}));
     }
     return std::unexpected(description(result.error(), words));
 }
 
-/// Says what was not done where the disk is full or may not be written to.
-Outcome outcomeOfWriting(const std::expected<void, StorageError>& result, std::string_view failure,
+/// Says what was not done, with {reason}, where the disk is full or may not be written to.
+Outcome outcomeOfWriting(const std::expected<void, StorageError>& result, Phrase failure,
                          const PlatformWords& words) {
     const auto* file = result ? nullptr : std::get_if<FileError>(&result.error());
     if (file == nullptr) return outcomeOf(result, words);
-    return std::unexpected(std::string(failure) + ": " + file->message + ".");
+    return std::unexpected(
+        translated(failure, {{"reason", file->message}, {"password", words.password.inSentence}}));
 }
 
 /// None of an error that says nothing of what is saved, such as the owner’s no.
@@ -110,29 +113,30 @@ Outcome ProtectedData::saveFace(const CapturedFace& face, const std::string& nam
                                 std::optional<UUID> replacing) {
     return afterChange(faces_.saveIdentity(face.samples, name, face.modelIdentifier, face.dimension,
                                            replacing, models_.sums),
-                       "Your face wasn’t saved");
+                       Phrase("Your face wasn’t saved: {reason}."));
 }
 
 Outcome ProtectedData::renameFace(UUID id, const std::string& name) {
-    return afterChange(faces_.rename(id, name), "The name wasn’t saved");
+    return afterChange(faces_.rename(id, name), Phrase("The name wasn’t saved: {reason}."));
 }
 
 Outcome ProtectedData::setFaceEnabled(UUID id, bool enabled) {
-    return afterChange(faces_.setEnabled(enabled, id), "The change wasn’t saved");
+    return afterChange(faces_.setEnabled(enabled, id),
+                       Phrase("The change wasn’t saved: {reason}."));
 }
 
 Outcome ProtectedData::removeFace(UUID id) {
     // No faces, no file: isEnrolled() must tell before the vault is opened.
     const bool isLast = faces().size() == 1 && faces().front().id == id;
-    return afterChange(isLast ? faces_.removeAll() : faces_.remove(id), "The face wasn’t removed");
+    return afterChange(isLast ? faces_.removeAll() : faces_.remove(id),
+                       Phrase("The face wasn’t removed: {reason}."));
 }
 
 Outcome ProtectedData::savePassword(SecretBytes& password) {
     const auto saved = credentials_.save(password);
     if (saved && fault_ == SavedDataFault::passwordDamaged) fault_.reset();
-    return outcomeOfWriting(
-        saved, "Your " + std::string(platform_.words.password.inSentence) + " wasn’t saved",
-        platform_.words);
+    return outcomeOfWriting(saved, Phrase("Your {password} wasn’t saved: {reason}."),
+                            platform_.words);
 }
 
 Outcome ProtectedData::eraseEverything() {
@@ -165,9 +169,9 @@ std::expected<void, StorageError> ProtectedData::load() {
     if (loaded && models_.isPublished) std::ignore = faces_.adoptModels(models_.sums);
     updateComparableFaces();
     if (loaded && haveModelsChanged()) {
-        callbacks_.onLog(
-            {.event = logevent::modelsChanged,
-             .detail = UnlockStatus(UnlockStatus::ModelsChanged{}).title(platform_.words)});
+        callbacks_.onLog({.event = logevent::modelsChanged,
+                          .sentence = Phrase("{what}"),
+                          .what = modelsChangedTitle});
     }
     return loaded;
 }
@@ -187,7 +191,7 @@ void ProtectedData::updateComparableFaces() {
 }
 
 Outcome ProtectedData::afterChange(const std::expected<void, StorageError>& result,
-                                   std::string_view failure) {
+                                   Phrase failure) {
     updateComparableFaces();
     return outcomeOfWriting(result, failure, platform_.words);
 }

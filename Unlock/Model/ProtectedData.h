@@ -7,6 +7,7 @@
 #include "Unlock/Model/UnlockPlatform.h"
 #include "UnlockCore/Engine/LogLine.h"
 #include "UnlockCore/Engine/ScanConfiguration.h"
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/SecretBytes.h"
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Foundation/UUID.h"
@@ -90,7 +91,7 @@ class ProtectedData {
     [[nodiscard]] std::optional<SavedDataFault> passwordFault() const;
     void updateComparableFaces();
     [[nodiscard]] Outcome afterChange(const std::expected<void, StorageError>& result,
-                                      std::string_view failure);
+                                      Phrase failure);
 
     const UnlockPlatform& platform_;
     const AppDataFolder folder_;

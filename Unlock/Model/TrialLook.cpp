@@ -56,7 +56,7 @@ void TrialLook::note(const LogLine& line) {
     if (line.event == logevent::looking) {
         hasLooked_ = true;
     } else {
-        lines_.push_back(line.withoutNames());
+        lines_.push_back(line.shown());
     }
 }
 

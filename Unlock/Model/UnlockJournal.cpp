@@ -4,7 +4,7 @@
 namespace marrowby {
 
 void UnlockJournal::add(const LogLine& line, Date now) {
-    entries_.push_back({now, line.withoutNames()});
+    entries_.push_back({now, line.shown()});
     if (entries_.size() > capacity) entries_.pop_front();
 }
 

@@ -10,7 +10,7 @@
 
 namespace marrowby {
 
-/// The engine's last log lines, in memory only and without names. Main thread.
+/// The engine's last log lines as they are shown, in memory only and without names. Main thread.
 class UnlockJournal {
   public:
     static constexpr std::size_t capacity = 200;

@@ -2,6 +2,7 @@
 #include "Unlock/Model/UnlockModel.h"
 
 #include "Unlock/Model/EngineHost.h"
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Recognition/MatchStrictness.h"
 
 #include <tuple>
@@ -131,7 +132,7 @@ void UnlockModel::openVault(Completion completion) {
 }
 
 void UnlockModel::captureFace(Completion completion) {
-    endTryOut("A face is being captured, which ended the trial.");
+    endTryOut(translated("A face is being captured, which ended the trial."));
     enrollment_.capture(settings().cameraChoice().cameraID(platform_.windowServer.activeDisplays()),
                         showing(std::move(completion)));
 }
@@ -208,7 +209,7 @@ void UnlockModel::allowAsking(const std::string& name, Completion completion) {
 
 Outcome UnlockModel::saveCaptured(const std::string& name, std::optional<UUID> replacing) {
     const CapturedFace* const face = enrollment_.captured();
-    if (face == nullptr) return std::unexpected("There is no captured face to save.");
+    if (face == nullptr) return std::unexpected(translated("There is no captured face to save."));
     const Outcome saved = data_.saveFace(*face, name, replacing);
     if (saved) enrollment_.drop();
     return saved;
@@ -216,8 +217,8 @@ Outcome UnlockModel::saveCaptured(const std::string& name, std::optional<UUID> r
 
 void UnlockModel::eraseEverything() {
     enrollment_.drop();
-    endTrial(std::unexpected("Everything was erased, which ended this look."));
-    endTryOut("Everything was erased, which ended the trial.");
+    endTrial(std::unexpected(translated("Everything was erased, which ended this look.")));
+    endTryOut(translated("Everything was erased, which ended the trial."));
     pause_.reset();
     const Outcome erased = data_.eraseEverything();
     // Where something is left, its settings still hold.
@@ -238,7 +239,7 @@ void UnlockModel::pause(std::optional<TimeInterval> atMost) {
         pause_->end = platform_.mainThread.at(platform_.clock.now() + *atMost, pauseTolerance,
                                               weakSelf_.guarded(&UnlockModel::resume));
     }
-    if (callbacks_.onLog) callbacks_.onLog({.start = "Paused"});
+    if (callbacks_.onLog) callbacks_.onLog({.sentence = Phrase("Paused")});
     publish();
 }
 
@@ -248,14 +249,16 @@ void UnlockModel::resume() {
     platform_.mainThread.post(
         [end = std::shared_ptr<MainThread::Timer>(std::move(pause_->end))] {});
     pause_.reset();
-    if (callbacks_.onLog) callbacks_.onLog({.start = "Resumed"});
+    if (callbacks_.onLog) callbacks_.onLog({.sentence = Phrase("Resumed")});
     publish();
 }
 
 std::optional<std::string> UnlockModel::reasonNotToLook() const {
-    if (!std::holds_alternative<std::monostate>(ownLook_)) return "A look is under way.";
-    if (enrollment_.isCapturing()) return "A face is being captured.";
-    if (platform_.lockState.isLocked()) return "The screen is locked: it looks for you by itself.";
+    if (!std::holds_alternative<std::monostate>(ownLook_))
+        return translated("A look is under way.");
+    if (enrollment_.isCapturing()) return translated("A face is being captured.");
+    if (platform_.lockState.isLocked())
+        return translated("The screen is locked: it looks for you by itself.");
     // Off, paused or without a locker, it looks when it is asked to.
     UnlockStatusFacts facts = statusFacts();
     facts.isEnabled = true;
@@ -263,13 +266,13 @@ std::optional<std::string> UnlockModel::reasonNotToLook() const {
     facts.hasSeenLocker = true;
     facts.untypedLocker.reset();
     const auto status = UnlockStatus::of(facts);
-    if (!status.isReady()) return status.title(words()) + ".";
+    if (!status.isReady()) return translated("{status}.", {{"status", status.title(words())}});
     return std::nullopt;
 }
 
 void UnlockModel::tryLook(LookEnd onEnd) {
     wireEngine();
-    endTryOut("Another look began, which ended the trial.");
+    endTryOut(translated("Another look began, which ended the trial."));
     if (const auto reason = reasonNotToLook()) return onEnd(std::unexpected(*reason));
     auto& trial = ownLook_.emplace<Trial>(Trial{
         .onEnd = std::move(onEnd),
@@ -352,7 +355,7 @@ void UnlockModel::vaultChanged(const Outcome& loaded) {
     if (data_.isOpen()) {
         show(loaded);
     } else {
-        endTryOut("What is saved was locked, which ended the trial.");
+        endTryOut(translated("What is saved was locked, which ended the trial."));
         publish();
     }
 }
@@ -361,9 +364,9 @@ void UnlockModel::lockChanged(LockEvent event) {
     // The scans need the camera.
     if (event == LockEvent::screenLocked) {
         noteLocker();
-        enrollment_.interrupt("The screen was locked, so nothing was captured.");
-        endTrial(std::unexpected("The screen was locked, which ended this look."));
-        endTryOut("The screen was locked, which ended the trial.");
+        enrollment_.interrupt(translated("The screen was locked, so nothing was captured."));
+        endTrial(std::unexpected(translated("The screen was locked, which ended this look.")));
+        endTryOut(translated("The screen was locked, which ended the trial."));
         isScreenLocked_ = true;
     }
     if (event == LockEvent::screenUnlocked) isScreenLocked_ = false;

@@ -2,6 +2,7 @@
 #include "Unlock/Pages/SettingsPresenter.h"
 
 #include "Unlock/Pages/TryPage.h"
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/Text.h"
 
 #include <algorithm>
@@ -34,11 +35,11 @@ std::size_t indexOf(const std::array<T, N>& all, const T& value) {
 }
 
 template <typename T, std::size_t N>
-std::vector<std::string> titlesOf(const std::array<T, N>& all, std::string_view (*title)(T)) {
+std::vector<std::string> titlesOf(const std::array<T, N>& all, Phrase (*title)(T)) {
     std::vector<std::string> titles;
     titles.reserve(N);
     for (const T each : all)
-        titles.emplace_back(title(each));
+        titles.push_back(translated(title(each)));
     return titles;
 }
 
@@ -47,13 +48,13 @@ std::string age(TimeInterval since) {
     constexpr double hour = 3600;
     constexpr double day = 86400;
     const double seconds = since.count();
-    const auto whole = [](double value) {
-        return std::to_string(static_cast<std::int64_t>(value));
+    const auto count = [](double value) {
+        return Filling("count", static_cast<std::int64_t>(value));
     };
-    if (seconds < minute) return "just now";
-    if (seconds < hour) return whole(seconds / minute) + " min ago";
-    if (seconds < day) return whole(seconds / hour) + " h ago";
-    return whole(seconds / day) + " d ago";
+    if (seconds < minute) return translated("just now");
+    if (seconds < hour) return translated("{count} min ago", {count(seconds / minute)});
+    if (seconds < day) return translated("{count} h ago", {count(seconds / hour)});
+    return translated("{count} d ago", {count(seconds / day)});
 }
 
 const PlatformWords::Right& rightOf(SystemSettings::Pane pane, const PlatformWords& words) {
@@ -75,7 +76,7 @@ std::optional<WindowButton> fixFor(const UnlockStatus& status, const PlatformWor
         (fix == UnlockStatusFix::openAccessibilitySettings && !words.accessibility.hasPlace())) {
         return std::nullopt;
     }
-    return button({Control::fix}, std::string(title(*fix, words)));
+    return button({Control::fix}, title(*fix, words));
 }
 
 /// The automatic choice is first.
@@ -84,7 +85,7 @@ Row cameraRow(Control control, std::string title, std::string detail,
     Row::Choice row{.id = {control},
                     .title = std::move(title),
                     .detail = std::move(detail),
-                    .options = {"Automatic"},
+                    .options = {translated("Automatic")},
                     .selected = 0};
     for (const CameraDevice& device : cameras) {
         if (device.id == chosen) row.selected = row.options.size();
@@ -92,8 +93,9 @@ Row cameraRow(Control control, std::string title, std::string detail,
     }
     if (chosen && row.selected == 0) {
         row.selected = row.options.size();
-        row.options.emplace_back("The one chosen before");
-        row.detail = "The chosen camera isn’t connected. Until it is, another one looks.";
+        row.options.push_back(translated("The one chosen before"));
+        row.detail =
+            translated("The chosen camera isn’t connected. Until it is, another one looks.");
     }
     return row;
 }
@@ -105,14 +107,11 @@ void chooseCamera(std::optional<std::string>& chosen, std::size_t option,
     if (option > 0 && option <= cameras.size()) chosen = cameras[option - 1].id;
 }
 
-std::string quoted(const std::string& name) {
-    return "“" + name + "”";
-}
-
 std::string modelsOf(const UnlockModel& model) {
     const ModelPack& models = model.models();
-    return models.knowsRealFaces() ? models.title() + "."
-                                   : "the rehearsal’s, which know made-up people only.";
+    return models.knowsRealFaces()
+               ? translated("Its models: {models}.", {{"models", models.title()}})
+               : translated("Its models: the rehearsal’s, which know made-up people only.");
 }
 
 }  // namespace
@@ -137,150 +136,164 @@ WindowPage SettingsPresenter::page() const {
                     .problem = advice_.empty() ? model_.state().problem.value_or("") : advice_,
                     .buttons = {}};
     page.rows = {Row::Toggle{.id = {Control::enabled},
-                             .title = "Unlock with your face",
+                             .title = translated("Unlock with your face"),
                              .detail = {},
                              .isOn = settings.isEnabled},
                  Row::Status{.isGood = status.isReady(),
                              .title = status.title(model_.words()),
-                             .detail = status.detail(applicationName, model_.words(),
-                                                     model_.state().opening),
+                             .detail = status.detail(model_.words(), model_.state().opening),
                              .fix = fixFor(status, model_.words())}};
     if (settings.offeredLocker) {
         page.rows.emplace_back(Row::Actions{
-            .title = "Is “" + *settings.offeredLocker + "” your screen locker?",
-            .detail = "It had the keyboard and covered the screen when your password was to be "
-                      "typed. Marrowby Unlock doesn’t know it, so nothing was typed. Say yes only "
-                      "if you lock your screen with it.",
-            .buttons = {button({Control::vouchForLocker}, "Yes, Type Into It"),
-                        button({Control::declineLocker}, "No")}});
+            .title = translated("Is “{locker}” your screen locker?",
+                                {{"locker", *settings.offeredLocker}}),
+            .detail = translated(
+                "It had the keyboard and covered the screen when your password was to be "
+                "typed. Marrowby Unlock doesn’t know it, so nothing was typed. Say yes only "
+                "if you lock your screen with it."),
+            .buttons = {button({Control::vouchForLocker}, translated("Yes, Type Into It")),
+                        button({Control::declineLocker}, translated("No"))}});
     }
     if (model_.state().opening == LockOpening::asking) {
         page.rows.emplace_back(Row::Toggle{.id = {Control::consent},
-                                           .title = "Unlock without your password",
-                                           .detail = std::string(askingExplanation),
+                                           .title = translated("Unlock without your password"),
+                                           .detail = translated(askingExplanation),
                                            .isOn = settings.asksDesktop});
     }
     addLooking(page.rows);
     addSaved(page.rows);
     addActivity(page.rows);
-    page.buttons = {{.id = {Control::erase}, .title = "Erase Everything…", .isDestructive = true},
-                    button({Control::quit}, "Quit…")};
+    page.buttons = {
+        {.id = {Control::erase}, .title = translated("Erase Everything…"), .isDestructive = true},
+        button({Control::quit}, translated("Quit…"))};
     return page;
 }
 
 void SettingsPresenter::addLooking(std::vector<WindowRow>& rows) const {
     const UnlockSettings& settings = model_.settings();
-    rows.emplace_back(Row::Heading{"Looking"});
+    rows.emplace_back(Row::Heading{translated("Looking")});
     rows.emplace_back(Row::Toggle{.id = {Control::returnTrigger},
-                                  .title = std::string(title(UnlockTrigger::onReturn)),
+                                  .title = translated(title(UnlockTrigger::onReturn)),
                                   .detail = {},
                                   .isOn = settings.triggers.contains(UnlockTrigger::onReturn)});
     const bool isTyped = model_.state().opening == LockOpening::typing;
     const bool offersSpace = isTyped || model_.state().maySpaceKeyBeHeard;
     if (offersSpace) {
         rows.emplace_back(Row::Toggle{.id = {Control::spaceTrigger},
-                                      .title = std::string(title(UnlockTrigger::onSpace)),
+                                      .title = translated(title(UnlockTrigger::onSpace)),
                                       .detail = {},
                                       .isOn = settings.triggers.contains(UnlockTrigger::onSpace)});
     }
     if (offersSpace && settings.triggers.contains(UnlockTrigger::onSpace) &&
         !model_.state().maySpaceKeyBeHeard) {
         const PlatformWords::Right& right = model_.words().inputMonitoring;
-        Row::Status status{.isGood = false,
-                           .title = "Space isn’t heard",
-                           .detail = right.advice("Marrowby Unlock needs to be allowed in "),
-                           .fix = {}};
+        Row::Status status{
+            .isGood = false,
+            .title = translated("Space isn’t heard"),
+            .detail = right.advice(Phrase("Marrowby Unlock needs to be allowed in {place}.")),
+            .fix = {}};
         if (right.hasPlace())
-            status.fix = button({Control::openInputMonitoringSettings}, "Open Settings…");
+            status.fix =
+                button({Control::openInputMonitoringSettings}, translated("Open Settings…"));
         rows.emplace_back(std::move(status));
     }
     std::vector<std::string> seconds;
     seconds.reserve(UnlockSettings::scanSecondsChoices.size());
     for (const std::int64_t each : UnlockSettings::scanSecondsChoices)
-        seconds.push_back(std::to_string(each) + " seconds");
+        seconds.push_back(
+            counted("{count} second", "{count} seconds", static_cast<std::uint64_t>(each)));
     rows.emplace_back(
         Row::Choice{.id = {Control::scanSeconds},
-                    .title = "Look for",
+                    .title = translated("Look for"),
                     .detail = {},
                     .options = std::move(seconds),
                     .selected = indexOf(UnlockSettings::scanSecondsChoices, settings.scanSeconds)});
     rows.emplace_back(Row::Choice{.id = {Control::strictness},
-                                  .title = "How alike a face must be",
+                                  .title = translated("How alike a face must be"),
                                   .detail = {},
                                   .options = titlesOf(allMatchStrictnesses, displayName),
                                   .selected = indexOf(allMatchStrictnesses, settings.strictness)});
     rows.emplace_back(Row::Choice{.id = {Control::livenessMode},
-                                  .title = "Proof that it’s you, and not a picture",
+                                  .title = translated("Proof that it’s you, and not a picture"),
                                   .detail = settingsNote(settings.livenessMode, model_.words()),
                                   .options = titlesOf(livenessModes, title),
                                   .selected = indexOf(livenessModes, settings.livenessMode)});
-    rows.emplace_back(Row::Actions{.title = "See what it thinks of you",
-                                   .detail = "With the camera on. Nothing is typed or kept.",
-                                   .buttons = {button({Control::tryIt}, "Try It…")}});
-    rows.emplace_back(Row::Text{"Its models: " + modelsOf(model_)});
+    rows.emplace_back(
+        Row::Actions{.title = translated("See what it thinks of you"),
+                     .detail = translated("With the camera on. Nothing is typed or kept."),
+                     .buttons = {button({Control::tryIt}, translated("Try It…"))}});
+    rows.emplace_back(Row::Text{modelsOf(model_)});
     const auto cameras = model_.cameras();
-    rows.emplace_back(cameraRow(Control::builtInDisplayCamera, "Camera at the built-in display", {},
+    rows.emplace_back(cameraRow(Control::builtInDisplayCamera,
+                                translated("Camera at the built-in display"), {},
                                 settings.builtInDisplayCameraID, cameras));
-    rows.emplace_back(cameraRow(Control::externalDisplayCamera, "Camera at an external display",
-                                "Used whenever one is in use.", settings.externalDisplayCameraID,
-                                cameras));
+    rows.emplace_back(cameraRow(
+        Control::externalDisplayCamera, translated("Camera at an external display"),
+        translated("Used whenever one is in use."), settings.externalDisplayCameraID, cameras));
     // Nothing can be shown above the lock of a desktop that is asked.
     if (isTyped) {
         rows.emplace_back(Row::Toggle{.id = {Control::showsAnimation},
-                                      .title = "Show what it does at the lock screen",
+                                      .title = translated("Show what it does at the lock screen"),
                                       .detail = {},
                                       .isOn = settings.showsAnimation});
     }
     rows.emplace_back(Row::Toggle{.id = {Control::openAtLogin},
-                                  .title = "Open at login",
+                                  .title = translated("Open at login"),
                                   .detail = {},
                                   .isOn = systemSettings_.opensAtLogin()});
 }
 
 void SettingsPresenter::addSaved(std::vector<WindowRow>& rows) const {
     const UnlockModel::State& state = model_.state();
-    rows.emplace_back(Row::Heading{"Saved, encrypted"});
+    rows.emplace_back(Row::Heading{translated("Saved, encrypted")});
     if (state.isEnrolled && state.identities.empty()) {
-        rows.emplace_back(Row::Actions{.title = "Your face",
-                                       .detail = {},
-                                       .buttons = {button({Control::openVault}, "Show…")}});
+        rows.emplace_back(
+            Row::Actions{.title = translated("Your face"),
+                         .detail = {},
+                         .buttons = {button({Control::openVault}, translated("Show…"))}});
     }
     for (std::size_t i = 0; i < state.identities.size(); ++i) {
         const FaceIdentity& face = state.identities[i];
+        const Filling saved("age", age(clock_.now() - face.createdAt));
+        const Filling name("name", face.name);
         rows.emplace_back(Row::Toggle{
             .id = {Control::useFace, i},
             .title = face.name,
-            .detail = "Saved " + age(clock_.now() - face.createdAt) +
-                      (model_.isComparable(face) ? "" : ", by other models: not looked for"),
+            .detail = model_.isComparable(face)
+                          ? translated("Saved {age}", {saved})
+                          : translated("Saved {age}, by other models: not looked for", {saved}),
             .isOn = face.isEnabled});
         rows.emplace_back(
             Row::Actions{.title = {},
                          .detail = {},
                          .buttons = {{.id = {Control::renameFace, i},
-                                      .title = "Rename…",
-                                      .spokenTitle = "Rename " + quoted(face.name) + "…"},
+                                      .title = translated("Rename…"),
+                                      .spokenTitle = translated("Rename “{name}”…", {name})},
                                      {.id = {Control::captureFaceAnew, i},
-                                      .title = "Capture Anew…",
-                                      .spokenTitle = "Capture " + quoted(face.name) + " Anew…"},
+                                      .title = translated("Capture Anew…"),
+                                      .spokenTitle = translated("Capture “{name}” Anew…", {name})},
                                      {.id = {Control::removeFace, i},
-                                      .title = "Remove…",
+                                      .title = translated("Remove…"),
                                       .isDestructive = true,
-                                      .spokenTitle = "Remove " + quoted(face.name) + "…"}}});
+                                      .spokenTitle = translated("Remove “{name}”…", {name})}}});
     }
-    Row::Actions changes{
-        .title = {}, .detail = {}, .buttons = {button({Control::addFace}, "Add a Look…")}};
+    Row::Actions changes{.title = {},
+                         .detail = {},
+                         .buttons = {button({Control::addFace}, translated("Add a Look…"))}};
     if (state.opening == LockOpening::typing) {
-        changes.buttons.push_back(button({Control::updatePassword},
-                                         (state.hasPassword ? "Update " : "Save ") +
-                                             std::string(model_.words().password.onButton) + "…"));
+        changes.buttons.push_back(
+            button({Control::updatePassword},
+                   translated(state.hasPassword ? Phrase("Update {password}…")
+                                                : Phrase("Save {password}…"),
+                              {{"password", model_.words().password.onButton}})));
     }
     rows.emplace_back(std::move(changes));
-    rows.emplace_back(
-        Row::Choice{.id = {Control::autoLock},
-                    .title = "Ask for " + std::string(model_.words().ownerCheck.name) + " again",
-                    .detail = std::string(autoLockExplanation),
-                    .options = titlesOf(allAutoLockIntervals, title),
-                    .selected = indexOf(allAutoLockIntervals, model_.settings().autoLock)});
+    rows.emplace_back(Row::Choice{
+        .id = {Control::autoLock},
+        .title = translated("Ask for {check} again", {{"check", model_.words().ownerCheck.name}}),
+        .detail = translated(autoLockExplanation),
+        .options = titlesOf(allAutoLockIntervals, title),
+        .selected = indexOf(allAutoLockIntervals, model_.settings().autoLock)});
 }
 
 void SettingsPresenter::addActivity(std::vector<WindowRow>& rows) const {
@@ -290,8 +303,9 @@ void SettingsPresenter::addActivity(std::vector<WindowRow>& rows) const {
     const Date now = clock_.now();
     const std::size_t count = std::min(shownEntries, entries.size());
     for (std::size_t i = entries.size() - count; i < entries.size(); ++i)
-        log.lines.push_back(entries[i].text + " · " + age(now - entries[i].at));
-    rows.emplace_back(Row::Heading{"Lately"});
+        log.lines.push_back(translated(
+            "{event} · {age}", {{"event", entries[i].text}, {"age", age(now - entries[i].at)}}));
+    rows.emplace_back(Row::Heading{translated("Lately")});
     rows.emplace_back(std::move(log));
 }
 
@@ -305,26 +319,31 @@ WindowPage SettingsPresenter::questionPage() const {
         const PlatformWords& platform;
         Words operator()(const Nothing& /*unused*/) const { return {}; }
         Words operator()(const Erasing& /*unused*/) const {
-            return {"Erase everything?",
-                    "Your face, your " + std::string(platform.password.inSentence) +
-                        " and the key are removed from this " + std::string(platform.computer) +
-                        ". To use it again, set it up again.",
-                    "Erase"};
+            return {
+                translated("Erase everything?"),
+                translated(
+                    "Your face, your {password} and the key are removed from this {computer}. "
+                    "To use it again, set it up again.",
+                    {{"password", platform.password.inSentence}, {"computer", platform.computer}}),
+                translated("Erase")};
         }
         Words operator()(const Quitting& /*unused*/) const {
-            return {"Quit Marrowby Unlock?",
-                    "The lock screen stays as it is until you open it again from " +
-                        std::string(platform.applications) + ".",
-                    "Quit"};
+            return {translated("Quit Marrowby Unlock?"),
+                    translated("The lock screen stays as it is until you open it again from "
+                               "{applications}.",
+                               {{"applications", platform.applications}}),
+                    translated("Quit")};
         }
         Words operator()(const RemovingFace& removing) const {
-            return {
-                "Remove " + quoted(removing.name) + "?",
-                "This look doesn’t unlock your " + std::string(platform.computer) + " any more.",
-                "Remove"};
+            return {translated("Remove “{name}”?", {{"name", removing.name}}),
+                    translated("This look doesn’t unlock your {computer} any more.",
+                               {{"computer", platform.computer}}),
+                    translated("Remove")};
         }
         Words operator()(const RenamingFace& renaming) const {
-            return {"Rename " + quoted(renaming.oldName), {}, "Rename"};
+            return {translated("Rename “{name}”", {{"name", renaming.oldName}}),
+                    {},
+                    translated("Rename")};
         }
         Words operator()(const Trying& /*unused*/) const { return {}; }
     };
@@ -332,20 +351,22 @@ WindowPage SettingsPresenter::questionPage() const {
     const auto* renaming = std::get_if<RenamingFace>(&sheet_);
     std::vector<WindowRow> rows;
     if (renaming != nullptr)
-        rows.emplace_back(Row::TextField{{Control::faceName}, "Name", renaming->name});
+        rows.emplace_back(Row::TextField{{Control::faceName}, translated("Name"), renaming->name});
     // Return must not confirm what cannot be undone.
     const bool isDestructive =
         std::holds_alternative<Erasing>(sheet_) || std::holds_alternative<RemovingFace>(sheet_);
-    return {.title = words.title,
-            .detail = words.detail,
-            .rows = std::move(rows),
-            .problem = {},
-            .buttons = {{.id = {Control::cancel}, .title = "Cancel", .isDefault = isDestructive},
-                        {.id = {Control::confirm},
-                         .title = words.confirm,
-                         .isEnabled = renaming == nullptr || !trimmed(renaming->name).empty(),
-                         .isDefault = !isDestructive,
-                         .isDestructive = isDestructive}}};
+    return {
+        .title = words.title,
+        .detail = words.detail,
+        .rows = std::move(rows),
+        .problem = {},
+        .buttons = {
+            {.id = {Control::cancel}, .title = translated("Cancel"), .isDefault = isDestructive},
+            {.id = {Control::confirm},
+             .title = words.confirm,
+             .isEnabled = renaming == nullptr || !trimmed(renaming->name).empty(),
+             .isDefault = !isDestructive,
+             .isDestructive = isDestructive}}};
 }
 
 void SettingsPresenter::press(ControlID id) {
@@ -445,7 +466,8 @@ void SettingsPresenter::enter(ControlID id, std::string text) {
 }
 
 void SettingsPresenter::open(SystemSettings::Pane pane) {
-    if (!systemSettings_.open(pane)) advice_ = rightOf(pane, model_.words()).advice("It is in ");
+    if (!systemSettings_.open(pane))
+        advice_ = rightOf(pane, model_.words()).advice(Phrase("It is in {place}."));
 }
 
 void SettingsPresenter::toggle(ControlID id, bool isOn) {
@@ -454,7 +476,7 @@ void SettingsPresenter::toggle(ControlID id, bool isOn) {
     if (id.control == Control::useFace && id.item < faces.size())
         model_.setFaceEnabled(faces[id.item].id, isOn, [](const auto& /*the model's problem*/) {});
     if (id.control == Control::openAtLogin && !systemSettings_.setOpensAtLogin(isOn))
-        advice_ = "The system didn’t take the change.";
+        advice_ = translated("The system didn’t take the change.");
     change([&](UnlockSettings& settings) {
         if (id.control == Control::enabled) settings.isEnabled = isOn;
         if (id.control == Control::consent && !isOn) settings.asksDesktop = false;

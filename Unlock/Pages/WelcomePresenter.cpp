@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Unlock/Pages/WelcomePresenter.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Storage/StorageError.h"
 
 #include <algorithm>
@@ -58,17 +59,18 @@ WindowPage WelcomePresenter::page() const {
     if (isClosed(model_.state().opening) && flow_.mode() == UnlockOnboardingMode::setUp)
         return page;
     if (flow_.canGoBack()) {
-        WindowButton back = button(Control::goBack, "Back");
+        WindowButton back = button(Control::goBack, translated("Back"));
         back.isEnabled = !isBusy_;
         page.buttons.push_back(std::move(back));
     }
-    WindowButton forward = button(Control::goForward, "Continue");
+    WindowButton forward = button(Control::goForward, translated("Continue"));
     forward.isDefault = true;
     // The password is checked on Continue, not while it is typed.
     const bool isSavedByIt =
         flow_.step() == Step::password || (flow_.step() == Step::consent && consents_);
     forward.isEnabled = !isBusy_ && (isSavedByIt || flow_.canGoForward(facts()));
-    if (flow_.isLastStep()) forward.title = flow_.step() == Step::done ? "Done" : "Save";
+    if (flow_.isLastStep())
+        forward.title = flow_.step() == Step::done ? translated("Done") : translated("Save");
     page.buttons.push_back(std::move(forward));
     return page;
 }
@@ -80,87 +82,97 @@ WindowPage WelcomePresenter::body() const {
     WindowPage page;
     switch (flow_.step()) {
         case Step::welcome:
-            page.title = "Welcome to Marrowby Unlock";
+            page.title = translated("Welcome to Marrowby Unlock");
             if (isClosed(state.opening)) {
                 describeClosed(page);
                 break;
             }
-            page.detail = "When you come back to your locked " + std::string(words.computer) +
-                          ", it looks for you for a few seconds and " +
-                          (isTyped ? "types your password when it’s you."
-                                   : "has the desktop unlock when it’s you.");
+            page.detail = isTyped
+                              ? translated(
+                                    "When you come back to your locked {computer}, it looks for "
+                                    "you for a few seconds and types your password when it’s you.",
+                                    {{"computer", words.computer}})
+                              : translated(
+                                    "When you come back to your locked {computer}, it looks for "
+                                    "you for a few seconds and has the desktop unlock when it’s "
+                                    "you.",
+                                    {{"computer", words.computer}});
             page.rows = {Row::Text{
-                isTyped ? "Setting it up takes about two minutes: two permissions, your face from "
-                          "nine sides, and your password."
-                        : "Setting it up takes about two minutes: the camera, your face from nine "
-                          "sides, and your yes."}};
+                isTyped
+                    ? translated(
+                          "Setting it up takes about two minutes: two permissions, your face from "
+                          "nine sides, and your password.")
+                    : translated(
+                          "Setting it up takes about two minutes: the camera, your face from nine "
+                          "sides, and your yes.")}};
             break;
         case Step::security:
-            page.title = "What it keeps, and how safe it is";
+            page.title = translated("What it keeps, and how safe it is");
             page.rows = {
                 aboutWhatIsKept(),
-                Row::Text{"A camera sees less than " + std::string(words.ownerCheck.finger) +
-                          " feels. Most photos and screens are "
-                          "turned away, but a cut-out mask, a large screen, or somebody who looks "
-                          "very much like you may get in; strict mode in the settings is harder "
-                          "to fool. It never works right after a restart."},
+                Row::Text{translated(
+                    "A camera sees less than {finger} feels. Most photos and screens are turned "
+                    "away, but a cut-out mask, a large screen, or somebody who looks very much "
+                    "like you may get in; strict mode in the settings is harder to fool. It never "
+                    "works right after a restart.",
+                    {{"finger", words.ownerCheck.finger}})},
                 isTyped
-                    ? Row::Text{"It keeps other people out, not programs: whatever program you run "
-                                "may "
-                                "read the key from your " +
-                                std::string(words.keyStore.inSentence) +
-                                " and the password from its file, "
-                                "without your face and without a question. Run only what you would "
-                                "trust with your password."}
-                    : Row::Text{"It keeps other people out, not programs: whatever program you "
-                                "run may ask the desktop to unlock, too."},
+                    ? Row::Text{translated(
+                          "It keeps other people out, not programs: whatever program you run may "
+                          "read the key from your {keyStore} and the password from its file, "
+                          "without your face and without a question. Run only what you would "
+                          "trust with your password.",
+                          {{"keyStore", words.keyStore.inSentence}})}
+                    : Row::Text{translated(
+                          "It keeps other people out, not programs: whatever program you "
+                          "run may ask the desktop to unlock, too.")},
                 Row::Toggle{.id = {Control::understood},
-                            .title = "I understand",
+                            .title = translated("I understand"),
                             .detail = {},
                             .isOn = understood_}};
             break;
         case Step::camera: {
-            page.title = "Allow the camera";
-            page.detail = "It is on only while it looks for you, and while you save your face.";
-            Row::Status status{
-                .isGood = facts().cameraAllowed,
-                .title = facts().cameraAllowed ? "Camera allowed" : "Not allowed yet",
-                .detail = {},
-                .fix = {}};
+            page.title = translated("Allow the camera");
+            page.detail =
+                translated("It is on only while it looks for you, and while you save your face.");
+            Row::Status status{.isGood = facts().cameraAllowed,
+                               .title = facts().cameraAllowed ? translated("Camera allowed")
+                                                              : translated("Not allowed yet"),
+                               .detail = {},
+                               .fix = {}};
             if (state.cameraPermission == CameraManager::Permission::notDetermined) {
-                status.fix = button(Control::allowCamera,
-                                    std::string(title(UnlockStatusFix::allowCamera, words)));
+                status.fix =
+                    button(Control::allowCamera, title(UnlockStatusFix::allowCamera, words));
             } else if (state.cameraPermission == CameraManager::Permission::granted &&
                        !state.hasCamera) {
                 const UnlockStatus missing = UnlockStatus::NoCamera{};
                 status.title = missing.title(words);
-                status.detail = missing.detail({}, words);
+                status.detail = missing.detail(words);
             } else if (!status.isGood) {
-                status.title = "Camera not allowed";
-                status.detail = words.camera.advice("Turned off in ");
+                status.title = translated("Camera not allowed");
+                status.detail = words.camera.advice(Phrase("Turned off in {place}."));
                 if (words.camera.hasPlace())
-                    status.fix =
-                        button(Control::openCameraSettings,
-                               std::string(title(UnlockStatusFix::openCameraSettings, words)));
+                    status.fix = button(Control::openCameraSettings,
+                                        title(UnlockStatusFix::openCameraSettings, words));
             }
             page.rows = {std::move(status)};
             break;
         }
         case Step::accessibility: {
-            page.title = "Allow typing your password";
-            page.detail = words.typing.purpose;
+            page.title = translated("Allow typing your password");
+            page.detail = translated(words.typing.purpose);
             Row::Status status{
                 .isGood = state.accessibilityTrusted,
-                .title = std::string(state.accessibilityTrusted ? words.typing.allowed
-                                                                : words.typing.notAllowed),
+                .title = translated(state.accessibilityTrusted ? words.typing.allowed
+                                                               : words.typing.notAllowed),
                 .detail = {},
                 .fix = {}};
             if (!status.isGood) {
-                status.detail = words.accessibility.advice("Switch Marrowby Unlock on in ");
+                status.detail =
+                    words.accessibility.advice(Phrase("Switch Marrowby Unlock on in {place}."));
                 if (words.accessibility.hasPlace())
-                    status.fix = button(
-                        Control::openAccessibilitySettings,
-                        std::string(title(UnlockStatusFix::openAccessibilitySettings, words)));
+                    status.fix = button(Control::openAccessibilitySettings,
+                                        title(UnlockStatusFix::openAccessibilitySettings, words));
             }
             page.rows = {std::move(status)};
             break;
@@ -169,110 +181,122 @@ WindowPage WelcomePresenter::body() const {
             describeCapture(page);
             break;
         case Step::name:
-            page.title = "Name this look";
+            page.title = translated("Name this look");
             page.detail =
-                replacing_ ? "What was captured now takes the place of this look."
-                           : "With glasses, without: every look has a name, so that you can tell "
-                             "them apart in the settings.";
+                replacing_
+                    ? translated("What was captured now takes the place of this look.")
+                    : translated(
+                          "With glasses, without: every look has a name, so that you can tell "
+                          "them apart in the settings.");
             if (model_.hasCapturedFace()) {
-                page.rows = {Row::TextField{{Control::faceName}, "Name", name_}};
+                page.rows = {Row::TextField{{Control::faceName}, translated("Name"), name_}};
             } else {
-                page.rows = {Row::Text{"Your face is saved already."}};
+                page.rows = {Row::Text{translated("Your face is saved already.")}};
             }
             break;
         case Step::password:
             describePassword(page);
             break;
         case Step::consent:
-            page.title = "Unlock without your password?";
-            page.detail = askingExplanation;
+            page.title = translated("Unlock without your password?");
+            page.detail = translated(askingExplanation);
             page.rows = {Row::Toggle{.id = {Control::consent},
-                                     .title = "Yes, unlock without my password",
+                                     .title = translated("Yes, unlock without my password"),
                                      .detail = {},
                                      .isOn = consents_}};
-            if (isBusy_) page.rows.emplace_back(Row::Text{"Saving…"});
+            if (isBusy_) page.rows.emplace_back(Row::Text{translated("Saving…")});
             break;
         case Step::triggers:
-            page.title = "When should it look for you?";
-            page.rows = {Row::Toggle{.id = {Control::returnTrigger},
-                                     .title = std::string(title(UnlockTrigger::onReturn)),
-                                     .detail = "The screen wakes, or you touch a key or " +
-                                               std::string(words.pointer) + ".",
-                                     .isOn = triggers_.contains(UnlockTrigger::onReturn)}};
+            page.title = translated("When should it look for you?");
+            page.rows = {Row::Toggle{
+                .id = {Control::returnTrigger},
+                .title = translated(title(UnlockTrigger::onReturn)),
+                .detail = translated("The screen wakes, or you touch a key or {pointer}.",
+                                     {{"pointer", words.pointer}}),
+                .isOn = triggers_.contains(UnlockTrigger::onReturn)}};
             if (isTyped || state.maySpaceKeyBeHeard) {
                 page.rows.emplace_back(
                     Row::Toggle{.id = {Control::spaceTrigger},
-                                .title = std::string(title(UnlockTrigger::onSpace)),
+                                .title = translated(title(UnlockTrigger::onSpace)),
                                 .detail = {},
                                 .isOn = triggers_.contains(UnlockTrigger::onSpace)});
             }
             break;
         case Step::done:
-            page.title = "That’s it";
-            page.detail =
+            page.title = translated("That’s it");
+            page.detail = translated(
                 "Lock your screen, come back, and look at it. Open Marrowby Unlock again "
-                "to change anything.";
-            page.rows = {
-                Row::Toggle{.id = {Control::openAtLogin},
-                            .title = "Open at login",
-                            .detail = "Otherwise nothing looks for you after a restart until you "
-                                      "open it.",
-                            .isOn = opensAtLogin_}};
+                "to change anything.");
+            page.rows = {Row::Toggle{
+                .id = {Control::openAtLogin},
+                .title = translated("Open at login"),
+                .detail = translated("Otherwise nothing looks for you after a restart until you "
+                                     "open it."),
+                .isOn = opensAtLogin_}};
             break;
     }
     return page;
 }
 
 void WelcomePresenter::describeCapture(WindowPage& page) const {
-    page.title = "Save your face";
-    page.detail = "Sit as you usually do, and follow the ring with your head.";
+    page.title = translated("Save your face");
+    page.detail = translated("Sit as you usually do, and follow the ring with your head.");
     Row::Actions again{.title = {}, .detail = {}, .buttons = {}};
     if (guide_) {
         page.rows.push_back(*guide_);
     } else if (model_.hasCapturedFace()) {
-        page.rows.push_back(Row::Status{true, "Got it", "Your face is captured.", {}});
-        again.buttons = {button(Control::captureAgain, "Capture Again")};
+        page.rows.push_back(
+            Row::Status{true, translated("Got it"), translated("Your face is captured."), {}});
+        again.buttons = {button(Control::captureAgain, translated("Capture Again"))};
     } else if (facts().enrolmentComplete) {
-        page.rows.push_back(Row::Status{true, "Your face is saved already.", {}, {}});
-        again.buttons = {button(Control::captureAgain, "Capture Again")};
+        page.rows.push_back(Row::Status{true, translated("Your face is saved already."), {}, {}});
+        again.buttons = {button(Control::captureAgain, translated("Capture Again"))};
     } else {
-        again.buttons = {button(Control::captureAgain, problem_.empty() ? "Start" : "Try Again")};
+        again.buttons = {button(Control::captureAgain,
+                                problem_.empty() ? translated("Start") : translated("Try Again"))};
     }
     if (!again.buttons.empty()) page.rows.push_back(std::move(again));
 }
 
 void WelcomePresenter::describePassword(WindowPage& page) const {
     const PlatformWords::Password& words = model_.words().password;
-    page.title =
-        (flow_.mode() == UnlockOnboardingMode::updatePassword ? "Update your " : "Save your ") +
-        std::string(words.inSentence);
-    page.detail = "It is checked, then encrypted, and typed only at your own lock screen.";
+    page.title = translated(flow_.mode() == UnlockOnboardingMode::updatePassword
+                                ? Phrase("Update your {password}")
+                                : Phrase("Save your {password}"),
+                            {{"password", words.inSentence}});
+    page.detail =
+        translated("It is checked, then encrypted, and typed only at your own lock screen.");
     if (flow_.mode() == UnlockOnboardingMode::setUp && model_.state().hasPassword) {
-        page.rows.push_back(
-            Row::Text{"A password is saved already. Leave the field empty to keep it."});
+        page.rows.push_back(Row::Text{
+            translated("A password is saved already. Leave the field empty to keep it.")});
     }
-    page.rows.push_back(Row::SecretField{{Control::password}, std::string(words.atStart)});
-    if (isBusy_) page.rows.push_back(Row::Text{"Checking…"});
+    page.rows.push_back(Row::SecretField{{Control::password}, translated(words.atStart)});
+    if (isBusy_) page.rows.push_back(Row::Text{translated("Checking…")});
 }
 
 void WelcomePresenter::describeClosed(WindowPage& page) const {
     const UnlockStatus status = UnlockStatus::NotPossible{model_.state().opening};
-    page.detail = status.title(model_.words()) + ".";
-    page.rows = {Row::Text{std::string(reasonNotPossible(model_.state().opening))},
-                 Row::Text{"Your lock screen stays as it is. In the settings you can look around, "
-                           "erase what is saved, and quit."}};
-    page.buttons = {button(Control::openSettings, "Settings…")};
+    page.detail = translated("{status}.", {{"status", status.title(model_.words())}});
+    page.rows = {Row::Text{translated(reasonNotPossible(model_.state().opening))},
+                 Row::Text{translated(
+                     "Your lock screen stays as it is. In the settings you can look around, "
+                     "erase what is saved, and quit.")}};
+    page.buttons = {button(Control::openSettings, translated("Settings…"))};
     page.buttons.front().isDefault = true;
 }
 
 windowrow::Text WelcomePresenter::aboutWhatIsKept() const {
     const PlatformWords& words = model_.words();
     const bool isTyped = model_.state().opening == LockOpening::typing;
-    return {"It keeps numbers that describe your face, never a picture, and " +
-            std::string(isTyped ? "your login password. Both" : "no password. They") +
-            " are encrypted with a key in your " + std::string(words.keyStore.inSentence) +
-            ", which " + std::string(words.ownerCheck.orPassword) +
-            " releases once after every restart."};
+    return {translated(
+        isTyped
+            ? Phrase("It keeps numbers that describe your face, never a picture, and your login "
+                     "password. Both are encrypted with a key in your {keyStore}, which {check} "
+                     "releases once after every restart.")
+            : Phrase("It keeps numbers that describe your face, never a picture, and no password. "
+                     "They are encrypted with a key in your {keyStore}, which {check} releases "
+                     "once after every restart."),
+        {{"keyStore", words.keyStore.inSentence}, {"check", words.ownerCheck.orPassword}})};
 }
 
 void WelcomePresenter::press(ControlID id) {
@@ -330,7 +354,7 @@ void WelcomePresenter::captureProgressed(const EnrollmentSession& session, const
     if (flow_.step() != Step::enrol) return;
     guide_ = windowrow::Guide{.progress = session.progress(),
                               .direction = session.headTurn(),
-                              .hint = std::string(text(session.hint())),
+                              .hint = translated(text(session.hint())),
                               .picture = windowrow::CameraPicture{picture, std::nullopt}};
     hooks_.onChange();
 }
@@ -374,7 +398,7 @@ void WelcomePresenter::savePassword() {
         return;
     }
     if (!isTyped) {
-        problem_ = description(CredentialError::empty);
+        problem_ = translated(description(CredentialError::empty));
         return;
     }
     save([this, isSetUp, &secret](auto then) {
@@ -419,7 +443,7 @@ void WelcomePresenter::capture() {
     guide_ = windowrow::Guide{
         .progress = 0,
         .direction = {},
-        .hint = std::string(text(EnrollmentSession::Hint(EnrollmentSession::Hint::NoFace{})))};
+        .hint = translated(text(EnrollmentSession::Hint(EnrollmentSession::Hint::NoFace{})))};
     model_.captureFace(weakSelf_.guarded([](WelcomePresenter& presenter, const Outcome& outcome) {
         presenter.guide_.reset();
         if (outcome) {

@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #import "Unlock/macOS/AppDelegate.h"
 
+#import "Platforms/macOS/FoundationText.h"
 #include "Unlock/macOS/MacApplication.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <memory>
 
 #import <Carbon/Carbon.h>
 
 namespace {
+
+using marrowby::foundationText;
+using marrowby::Phrase;
+using marrowby::translated;
 
 /// From the launch event's parameters.
 bool isLaunchAtLogin() {
@@ -26,24 +32,26 @@ NSMenuItem* submenu(NSString* title, NSArray<NSMenuItem*>* items) {
     return entry;
 }
 
-NSMenuItem* item(NSString* title, SEL action, NSString* key) {
-    return [[NSMenuItem alloc] initWithTitle:title action:action keyEquivalent:key];
+NSMenuItem* item(Phrase title, SEL action, NSString* key) {
+    return [[NSMenuItem alloc] initWithTitle:foundationText(translated(title))
+                                      action:action
+                               keyEquivalent:key];
 }
 
 /// Invisible in an agent application, but provides the windows' keyboard shortcuts.
 NSMenu* mainMenu() {
     NSMenu* const menu = [[NSMenu alloc] init];
     [menu addItem:submenu(@"Marrowby Unlock", @[])];
-    [menu addItem:submenu(@"Edit", @[
-              item(@"Undo", @selector(undo:), @"z"),
-              item(@"Cut", @selector(cut:), @"x"),
-              item(@"Copy", @selector(copy:), @"c"),
-              item(@"Paste", @selector(paste:), @"v"),
-              item(@"Select All", @selector(selectAll:), @"a"),
+    [menu addItem:submenu(foundationText(translated("Edit")), @[
+              item(Phrase("Undo"), @selector(undo:), @"z"),
+              item(Phrase("Cut"), @selector(cut:), @"x"),
+              item(Phrase("Copy"), @selector(copy:), @"c"),
+              item(Phrase("Paste"), @selector(paste:), @"v"),
+              item(Phrase("Select All"), @selector(selectAll:), @"a"),
           ])];
-    [menu addItem:submenu(@"Window", @[
-              item(@"Minimize", @selector(performMiniaturize:), @"m"),
-              item(@"Close", @selector(performClose:), @"w"),
+    [menu addItem:submenu(foundationText(translated("Window")), @[
+              item(Phrase("Minimize"), @selector(performMiniaturize:), @"m"),
+              item(Phrase("Close"), @selector(performClose:), @"w"),
           ])];
     return menu;
 }

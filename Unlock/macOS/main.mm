@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#import "Platforms/macOS/BundleCatalogue.h"
 #include "Platforms/macOS/ProcessHardening.h"
 #include "Unlock/macOS/AppDelegate.h"
 #include "Unlock/macOS/MacApplication.h"
@@ -33,6 +34,8 @@ int main(int count, char** arguments) {
             NSLog(@"Other processes may look into this one’s memory, so it doesn’t start.");
             return 1;
         }
+        static const marrowby::BundleCatalogue catalogue;
+        marrowby::useCatalogue(&catalogue);
         NSApplication* const application = NSApplication.sharedApplication;
         if (count > 1 && std::string_view(arguments[1]) == "--self-check") selfCheck();
         // NSApplication does not retain its delegate.

@@ -26,16 +26,16 @@ std::string_view rawValue(AutoLockInterval interval) {
     return {};
 }
 
-std::string_view title(AutoLockInterval interval) {
+Phrase title(AutoLockInterval interval) {
     switch (interval) {
         case AutoLockInterval::week:
-            return "After 7 days";
+            return Phrase("After 7 days");
         case AutoLockInterval::twoWeeks:
-            return "After 14 days";
+            return Phrase("After 14 days");
         case AutoLockInterval::month:
-            return "After 30 days";
+            return Phrase("After 30 days");
         case AutoLockInterval::never:
-            return "Only after a restart";
+            return Phrase("Only after a restart");
     }
     return {};
 }

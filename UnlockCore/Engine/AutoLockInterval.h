@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/Time.h"
 
 #include <array>
@@ -16,12 +17,12 @@ inline constexpr std::array allAutoLockIntervals{AutoLockInterval::week, AutoLoc
                                                  AutoLockInterval::month, AutoLockInterval::never};
 
 /// Shown with the choice in the settings.
-inline constexpr std::string_view autoLockExplanation =
-    "The key is in memory until you restart or the time below passes.";
+inline constexpr auto autoLockExplanation =
+    Phrase("The key is in memory until you restart or the time below passes.");
 
 [[nodiscard]] std::optional<AutoLockInterval> autoLockInterval(std::string_view rawValue);
 [[nodiscard]] std::string_view rawValue(AutoLockInterval interval);
-[[nodiscard]] std::string_view title(AutoLockInterval interval);
+[[nodiscard]] Phrase title(AutoLockInterval interval);
 /// None: never.
 [[nodiscard]] std::optional<TimeInterval> length(AutoLockInterval interval);
 

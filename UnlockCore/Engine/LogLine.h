@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <string>
 #include <string_view>
 
@@ -32,8 +34,8 @@ inline constexpr std::string_view road = "road";
 inline constexpr std::string_view noNotices = "no-notices";
 }  // namespace logevent
 
-/// One short English sentence for the log, in pieces: fixed text costs no allocation. All views are
-/// of static text.
+/// One short sentence about what the engine did: English for the log, in the user's language for
+/// the windows. Costs no allocation where all of it is fixed.
 struct LogLine {
     /// Lines for debugging go to the system’s log only.
     enum class Level { info, debug };
@@ -41,31 +43,43 @@ struct LogLine {
     Level level = Level::info;
     /// One of logevent.
     std::string_view event{};
-    std::string_view start{};
-    std::string_view middle{};
-    /// Any text that is not static and names nobody.
+    /// May hold {what}, {detail} and {name}.
+    Phrase sentence{};
+    /// May hold {detail}.
+    Phrase what{};
+    /// Any text that is not fixed and names nobody.
     std::string detail{};
-    std::string_view end{};
     /// Of a person.
     std::string name{};
 
     [[nodiscard]] std::string text() const {
-        std::string text(start);
-        return text.append(middle).append(detail).append(end).append(name);
+        return inEnglish(sentence, {{"what", englishWhat()}, {"detail", detail}, {"name", name}});
     }
     /// What the event is about: a reason, a cue, a failure’s title.
-    [[nodiscard]] std::string subject() const { return std::string(middle) + detail; }
+    [[nodiscard]] std::string subject() const { return what.empty() ? detail : englishWhat(); }
     /// For logs that other users may read.
     [[nodiscard]] std::string withoutNames() const {
         LogLine nameless = *this;
         nameless.name.clear();
-        std::string text = nameless.text();
+        return withoutLastSpace(nameless.text());
+    }
+    /// In the user's language, without names.
+    [[nodiscard]] std::string shown() const {
+        return withoutLastSpace(
+            translated(sentence, {{"what", translated(what, {{"detail", detail}})},
+                                  {"detail", detail},
+                                  {"name", std::string()}}));
+    }
+
+    /// Equal text is equal.
+    friend bool operator==(const LogLine& a, const LogLine& b) { return a.text() == b.text(); }
+
+  private:
+    [[nodiscard]] std::string englishWhat() const { return inEnglish(what, {{"detail", detail}}); }
+    [[nodiscard]] static std::string withoutLastSpace(std::string text) {
         if (text.ends_with(' ')) text.pop_back();
         return text;
     }
-
-    /// Equal text is equal, however it is split.
-    friend bool operator==(const LogLine& a, const LogLine& b) { return a.text() == b.text(); }
 };
 
 }  // namespace marrowby

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/Time.h"
 
 #include <optional>
@@ -25,9 +26,11 @@ struct Typed {
 struct Asked {
     friend bool operator==(const Asked&, const Asked&) = default;
 };
-/// The desktop was not asked, or refused; the message is a sentence for the user.
+/// The desktop was not asked, or refused.
 struct NotAsked {
-    std::string message;
+    /// A sentence; may hold {detail}.
+    Phrase reason;
+    std::string detail{};
     friend bool operator==(const NotAsked&, const NotAsked&) = default;
 };
 /// Abandoned before the end, for example because the lock screen went away.

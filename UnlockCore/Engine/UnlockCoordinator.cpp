@@ -155,8 +155,8 @@ void UnlockCoordinator::startScan(ScanID scan, Date now) {
              weakSelf_.guarded([](const UnlockCoordinator& self, const std::string& camera) {
                  if (self.callbacks_.onLog)
                      self.callbacks_.onLog({.event = logevent::cameraMissing,
-                                            .start = "The chosen camera isn’t connected: looking "
-                                                     "through ",
+                                            .sentence = Phrase("The chosen camera isn’t connected: "
+                                                               "looking through {detail}"),
                                             .detail = camera});
              })});
     // The failure of a camera is handled after this.

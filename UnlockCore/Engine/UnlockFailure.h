@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <string>
 #include <string_view>
 #include <variant>
@@ -61,8 +63,8 @@ struct UnlockFailure
     using variant::variant;
 };
 
-/// For the log and the island; static. A face that is not live reads like an unknown one: an
+/// For the log and the island. A face that is not live reads like an unknown one: an
 /// attacker is not told which check failed.
-[[nodiscard]] std::string_view title(const UnlockFailure& failure);
+[[nodiscard]] Phrase title(const UnlockFailure& failure);
 
 }  // namespace marrowby

@@ -11,16 +11,16 @@ namespace marrowby {
 
 using unlockmachine::LookReason;
 
-std::string_view unlockmachine::rawValue(LookReason reason) {
+Phrase unlockmachine::name(LookReason reason) {
     switch (reason) {
         case LookReason::wake:
-            return "wake";
+            return Phrase("wake");
         case LookReason::activity:
-            return "activity";
+            return Phrase("activity");
         case LookReason::space:
-            return "space";
+            return Phrase("space");
         case LookReason::hover:
-            return "hover";
+            return Phrase("hover");
     }
     return {};
 }
@@ -38,8 +38,8 @@ struct UnlockMachine::Turn {
         effects.push_back(std::move(effect));
     }
     void log(LogLine line) { add(Effect::Log{std::move(line)}); }
-    void log(std::string_view event, std::string_view sentence) {
-        log(LogLine{.event = event, .start = sentence});
+    void log(std::string_view event, Phrase sentence) {
+        log(LogLine{.event = event, .sentence = sentence});
     }
 };
 
@@ -90,7 +90,7 @@ void UnlockMachine::on(const Event::Lock& event, Turn& turn) {
             policy_.screenLocked(world.now, world.isSleeping);
             emptyActivityLooks_ = 0;
             hasAskedInVain_ = false;
-            turn.log(logevent::locked, "Locked: waiting for you to come back");
+            turn.log(logevent::locked, Phrase("Locked: waiting for you to come back"));
             if (!world.isSleeping && isAble(world) && std::holds_alternative<Phase::Idle>(phase_)) {
                 rearm(turn);
             }
@@ -135,17 +135,18 @@ void UnlockMachine::on(const Event::Activity& event, Turn& turn) {
     if (!world.triggers.contains(UnlockTrigger::onReturn)) return;
     const InputActivity& activity = event.activity;
     if (const auto refusal = policy_.activityRefusal(activity.at, activity.quietFor)) {
-        logActivityIgnored(
-            {.event = logevent::activityIgnored, .start = "Activity ignored: ", .middle = *refusal},
-            turn);
+        logActivityIgnored({.event = logevent::activityIgnored,
+                            .sentence = Phrase("Activity ignored: {what}"),
+                            .what = *refusal},
+                           turn);
     } else if (emptyActivityLooks_ < maxEmptyActivityLooks) {
         startScan(LookReason::activity, turn);
     } else {
-        logActivityIgnored({.event = logevent::activityIgnored,
-                            .start = "Activity ignored: ",
-                            .detail = std::to_string(emptyActivityLooks_),
-                            .end = " looks in a row saw nobody"},
-                           turn);
+        logActivityIgnored(
+            {.event = logevent::activityIgnored,
+             .sentence = Phrase("Activity ignored: {detail} looks in a row saw nobody"),
+             .detail = std::to_string(emptyActivityLooks_)},
+            turn);
     }
 }
 
@@ -167,7 +168,7 @@ void UnlockMachine::on(Event::Frame& event, Turn& turn) {
         scan->livenessConfirmed = false;
         if (std::holds_alternative<ScanObservation::CutOff>(event.observation) &&
             !std::exchange(scan->sawCutOff, true)) {
-            turn.log(logevent::faceCutOff, "The face reaches over the picture’s edge");
+            turn.log(logevent::faceCutOff, Phrase("The face reaches over the picture’s edge"));
         }
     }
     if (scan->match && scan->livenessConfirmed) conclude(turn);
@@ -179,8 +180,8 @@ bool UnlockMachine::goesOn(Scan& scan, ScanObservation::Face& face, Turn& turn) 
     if (const auto* denied = std::get_if<LivenessDecision::Denied>(&face.decision)) {
         turn.add(Effect::StopCamera{});
         turn.log({.event = logevent::turnedAway,
-                  .start = "Turned away: ",
-                  .middle = title(denied->cue)});
+                  .sentence = Phrase("Turned away: {what}"),
+                  .what = title(denied->cue)});
         fail(UnlockFailure::NotLive{}, turn);
         return false;
     }
@@ -201,7 +202,7 @@ bool UnlockMachine::goesOn(Scan& scan, ScanObservation::Face& face, Turn& turn) 
     if (waiting != nullptr && waiting->needs == LivenessNeeds::headTurn && !scan.prompt) {
         scan.prompt = LivenessPrompt::turnHead;
         setOverlay(OverlayPhase::Prompt{}, turn);
-        turn.log(logevent::asked, "Asked: Turn your head a little");
+        turn.log(logevent::asked, Phrase("Asked: Turn your head a little"));
     }
     return true;
 }
@@ -216,14 +217,14 @@ void UnlockMachine::on(Event::Typed& event, Turn& turn) {
         }
         void operator()(TypingOutcome::Typed&) {
             machine.phase_ = Phase::Verifying{.since = turn.world.now, .isAsked = false};
-            turn.log(logevent::typed, "Typed the password and Return");
+            turn.log(logevent::typed, Phrase("Typed the password and Return"));
         }
         void operator()(TypingOutcome::Asked&) {
             machine.phase_ = Phase::Verifying{.since = turn.world.now, .isAsked = true};
-            turn.log(logevent::askedDesktop, "Asked the desktop to unlock");
+            turn.log(logevent::askedDesktop, Phrase("Asked the desktop to unlock"));
         }
         void operator()(TypingOutcome::NotAsked& notAsked) {
-            machine.failToOpen(std::move(notAsked.message), turn);
+            machine.failToOpen(notAsked.reason, std::move(notAsked.detail), turn);
         }
         void operator()(TypingOutcome::Stopped&) {
             machine.policy_.scanEnded(turn.world.now);
@@ -264,7 +265,7 @@ void UnlockMachine::on(const Event::Tick&, Turn& turn) {
         void operator()(const Phase::Scanning&) { machine.giveUp(turn); }
         void operator()(const Phase::Verifying& verifying) {
             if (!verifying.isAsked) return machine.turnDownPassword(turn);
-            machine.failToOpen("The screen stayed locked.", turn);
+            machine.failToOpen(Phrase("The screen stayed locked."), {}, turn);
         }
         void operator()(const Phase::Failed&) {
             if (machine.isAble(turn.world)) {
@@ -316,7 +317,7 @@ void UnlockMachine::startScan(LookReason reason, Turn& turn) {
     setOverlay(OverlayPhase::Scanning{}, turn);
     turn.add(Effect::StartCamera{id});
     turn.log(
-        {.event = logevent::looking, .start = "Looking (", .middle = rawValue(reason), .end = ")"});
+        {.event = logevent::looking, .sentence = Phrase("Looking ({what})"), .what = name(reason)});
 }
 
 void UnlockMachine::fail(UnlockFailure failure, Turn& turn) {
@@ -325,9 +326,9 @@ void UnlockMachine::fail(UnlockFailure failure, Turn& turn) {
     }
     phase_ = Phase::Failed{failure, turn.world.now + failureHold};
     policy_.scanEnded(turn.world.now);
-    const std::string_view words = title(failure);
+    const Phrase words = title(failure);
     setOverlay(OverlayPhase::Failure{std::move(failure)}, turn);
-    turn.log({.event = logevent::failed, .middle = words});
+    turn.log({.event = logevent::failed, .sentence = Phrase("{what}"), .what = words});
 }
 
 void UnlockMachine::standDown(LogLine line, Turn& turn) {
@@ -338,7 +339,8 @@ void UnlockMachine::standDown(LogLine line, Turn& turn) {
 }
 
 void UnlockMachine::standDownUnable(Turn& turn) {
-    standDown({.event = logevent::stoodDown, .start = "Stood down (can’t unlock now)"}, turn);
+    standDown({.event = logevent::stoodDown, .sentence = Phrase("Stood down (can’t unlock now)")},
+              turn);
 }
 
 void UnlockMachine::returnToIdle(Turn& turn) {
@@ -351,7 +353,7 @@ void UnlockMachine::returnToIdle(Turn& turn) {
             health_.failures = 0;
             turn.add(Effect::PasswordHealth{health_});
         }
-        turn.log(logevent::unlocked, "Unlocked");
+        turn.log(logevent::unlocked, Phrase("Unlocked"));
     } else if (currentScan() != nullptr) {
         turn.add(Effect::StopCamera{});
     }
@@ -369,15 +371,15 @@ void UnlockMachine::giveUp(Turn& turn) {
     turn.add(Effect::StopCamera{});
     if (scan.sawMatch) {
         turn.log(logevent::stoppedLooking,
-                 "Stopped looking: the face matched but wasn’t confirmed real");
+                 Phrase("Stopped looking: the face matched but wasn’t confirmed real"));
         return fail(UnlockFailure::NotLive{}, turn);
     }
     if (scan.sawCutOff) {
         turn.log(logevent::stoppedLooking,
-                 "Stopped looking: the face reached over the picture’s edge");
+                 Phrase("Stopped looking: the face reached over the picture’s edge"));
         return fail(UnlockFailure::FaceCutOff{}, turn);
     }
-    turn.log(logevent::stoppedLooking, "Stopped looking: no answer in time");
+    turn.log(logevent::stoppedLooking, Phrase("Stopped looking: no answer in time"));
     if (scan.sawFace) {
         emptyActivityLooks_ = 0;
     } else if (scan.reason == LookReason::activity) {
@@ -405,7 +407,9 @@ void UnlockMachine::conclude(Turn& turn) {
         phase_ = Phase::Typing{};
         setOverlay(OverlayPhase::Success{}, turn);
         turn.add(Effect::TypePassword{});
-        turn.log({.event = logevent::recognised, .start = "Recognised ", .name = std::move(name)});
+        turn.log({.event = logevent::recognised,
+                  .sentence = Phrase("Recognised {name}"),
+                  .name = std::move(name)});
         return;
     }
     switch (refuse->refusal) {
@@ -420,9 +424,8 @@ void UnlockMachine::conclude(Turn& turn) {
         case UnlockGate::Refusal::noMatch:
         case UnlockGate::Refusal::notLive:
             return standDown({.event = logevent::stoodDown,
-                              .start = "Stood down (refused: ",
-                              .middle = rawValue(refuse->refusal),
-                              .end = ")"},
+                              .sentence = Phrase("Stood down (refused: {what})"),
+                              .what = name(refuse->refusal)},
                              turn);
     }
 }
@@ -436,16 +439,20 @@ void UnlockMachine::turnDownPassword(Turn& turn) {
     turn.add(Effect::PasswordHealth{health_});
     if (health_.suspended) {
         turn.log(logevent::typingSuspended,
-                 "Password turned down twice: typing stops until it’s updated");
+                 Phrase("Password turned down twice: typing stops until it’s updated"));
     } else {
-        turn.log(logevent::passwordTurnedDown, "Password turned down");
+        turn.log(logevent::passwordTurnedDown, Phrase("Password turned down"));
     }
     fail(UnlockFailure::PasswordRejected{}, turn);
 }
 
-void UnlockMachine::failToOpen(std::string message, Turn& turn) {
+void UnlockMachine::failToOpen(Phrase reason, std::string detail, Turn& turn) {
     hasAskedInVain_ = true;
-    turn.log({.event = logevent::notUnlocked, .start = "Not unlocked: ", .detail = message});
+    std::string message = translated(reason, {{"detail", detail}});
+    turn.log({.event = logevent::notUnlocked,
+              .sentence = Phrase("Not unlocked: {what}"),
+              .what = reason,
+              .detail = std::move(detail)});
     fail(UnlockFailure::NotOpened{std::move(message)}, turn);
 }
 

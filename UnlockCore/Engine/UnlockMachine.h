@@ -10,6 +10,7 @@
 #include "UnlockCore/Engine/TypingOutcome.h"
 #include "UnlockCore/Engine/UnlockFailure.h"
 #include "UnlockCore/Engine/UnlockSnapshot.h"
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Liveness/LivenessMode.h"
 #include "UnlockCore/LockWatching/LockScreenActivityMonitor.h"
@@ -30,7 +31,7 @@ namespace unlockmachine {
 enum class LookReason { wake, activity, space, hover };
 
 /// For log lines.
-[[nodiscard]] std::string_view rawValue(LookReason reason);
+[[nodiscard]] Phrase name(LookReason reason);
 
 /// One scan in progress.
 struct Scan {
@@ -277,7 +278,7 @@ class UnlockMachine {
     void giveUp(Turn& turn);
     void conclude(Turn& turn);
     void turnDownPassword(Turn& turn);
-    void failToOpen(std::string message, Turn& turn);
+    void failToOpen(Phrase reason, std::string detail, Turn& turn);
     void logActivityIgnored(LogLine line, Turn& turn);
 
     [[nodiscard]] Scan* currentScan();

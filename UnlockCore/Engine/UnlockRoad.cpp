@@ -34,7 +34,7 @@ LogLine UnlockRoad::line() const {
     }
     return {.level = LogLine::Level::debug,
             .event = logevent::road,
-            .start = "Milliseconds since the return: ",
+            .sentence = Phrase("Milliseconds since the return: {detail}"),
             .detail = std::move(steps)};
 }
 

@@ -29,26 +29,26 @@ std::string_view rawValue(EnrollmentPose pose) {
     fatal("not an enrolment pose");
 }
 
-std::string_view prompt(EnrollmentPose pose) {
+Phrase prompt(EnrollmentPose pose) {
     switch (pose) {
         case EnrollmentPose::center:
-            return "Look straight at the camera";
+            return Phrase("Look straight at the camera");
         case EnrollmentPose::left:
-            return "Turn your head a little to the left";
+            return Phrase("Turn your head a little to the left");
         case EnrollmentPose::topLeft:
-            return "Now up and to the left";
+            return Phrase("Now up and to the left");
         case EnrollmentPose::top:
-            return "Tilt your head up a little";
+            return Phrase("Tilt your head up a little");
         case EnrollmentPose::topRight:
-            return "Now up and to the right";
+            return Phrase("Now up and to the right");
         case EnrollmentPose::right:
-            return "Turn your head a little to the right";
+            return Phrase("Turn your head a little to the right");
         case EnrollmentPose::bottomRight:
-            return "Now down and to the right";
+            return Phrase("Now down and to the right");
         case EnrollmentPose::bottom:
-            return "Tilt your head down a little";
+            return Phrase("Tilt your head down a little");
         case EnrollmentPose::bottomLeft:
-            return "Now down and to the left";
+            return Phrase("Now down and to the left");
     }
     fatal("not an enrolment pose");
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <array>
 #include <string_view>
 
@@ -28,6 +30,6 @@ inline constexpr std::array allEnrollmentPoses{
 /// The name that a stored sample carries.
 [[nodiscard]] std::string_view rawValue(EnrollmentPose pose);
 /// What the user is asked to do.
-[[nodiscard]] std::string_view prompt(EnrollmentPose pose);
+[[nodiscard]] Phrase prompt(EnrollmentPose pose);
 
 }  // namespace marrowby

@@ -30,24 +30,22 @@ bool isGoodEnough(const EnrollmentFrame::Face& face) {
 }
 
 struct HintText {
-    std::string_view operator()(const EnrollmentSession::Hint::Pose& wanted) const {
+    Phrase operator()(const EnrollmentSession::Hint::Pose& wanted) const {
         return prompt(wanted.pose);
     }
-    std::string_view operator()(const EnrollmentSession::Hint::TooFar& turn) const {
-        return turn.text;
+    Phrase operator()(const EnrollmentSession::Hint::TooFar& turn) const { return turn.text; }
+    Phrase operator()(const EnrollmentSession::Hint::NoFace&) const {
+        return Phrase("Look at the camera");
     }
-    std::string_view operator()(const EnrollmentSession::Hint::NoFace&) const {
-        return "Look at the camera";
+    Phrase operator()(const EnrollmentSession::Hint::Closer&) const {
+        return Phrase("Come a little closer");
     }
-    std::string_view operator()(const EnrollmentSession::Hint::Closer&) const {
-        return "Come a little closer";
-    }
-    std::string_view operator()(const EnrollmentSession::Hint::Done&) const { return "Got it"; }
+    Phrase operator()(const EnrollmentSession::Hint::Done&) const { return Phrase("Got it"); }
 };
 
 }  // namespace
 
-std::string_view text(const EnrollmentSession::Hint& hint) {
+Phrase text(const EnrollmentSession::Hint& hint) {
     return std::visit(HintText{}, hint);
 }
 
@@ -87,7 +85,7 @@ void EnrollmentSession::see(const EnrollmentFrame::Face& face, Date now) {
     const std::optional<HeadAngles> head = angles(face);
     if (!head) return resetHold();
     if (const auto correction = overTurnText(*head)) {
-        hint_ = Hint::TooFar{std::string(*correction)};
+        hint_ = Hint::TooFar{*correction};
         return resetHold();
     }
     headTurn_ = guideDirection(pose, *head);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "UnlockCore/Enrollment/EnrollmentPose.h"
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Recognition/FaceEmbedding.h"
 #include "UnlockCore/Recognition/FaceIdentity.h"
@@ -56,7 +57,7 @@ struct Pose {
 };
 /// The head is turned too far.
 struct TooFar {
-    std::string text;
+    Phrase text;
     friend bool operator==(const TooFar&, const TooFar&) = default;
 };
 struct NoFace {
@@ -121,6 +122,6 @@ class EnrollmentSession {
     int streak_ = 0;
 };
 
-[[nodiscard]] std::string_view text(const EnrollmentSession::Hint& hint);
+[[nodiscard]] Phrase text(const EnrollmentSession::Hint& hint);
 
 }  // namespace marrowby

@@ -80,13 +80,13 @@ bool isHeld(EnrollmentPose pose, HeadAngles head, float tolerance) {
            isWithin(-head.pitch, wanted.up, straightPitch, turnedPitch, farthestPitch, tolerance);
 }
 
-std::optional<std::string_view> overTurnText(HeadAngles head) {
+std::optional<Phrase> overTurnText(HeadAngles head) {
     const float yaw = std::abs(head.yaw) / farthestYaw;
     const float pitch = std::abs(head.pitch) / farthestPitch;
     if (yaw < 1 && pitch < 1) return std::nullopt;
-    if (yaw >= 1 && pitch >= 1) return "Not quite so far";
-    if (pitch > yaw) return head.pitch < 0 ? "Not so far up" : "Not so far down";
-    return head.yaw > 0 ? "Not so far to the left" : "Not so far to the right";
+    if (yaw >= 1 && pitch >= 1) return Phrase("Not quite so far");
+    if (pitch > yaw) return head.pitch < 0 ? Phrase("Not so far up") : Phrase("Not so far down");
+    return head.yaw > 0 ? Phrase("Not so far to the left") : Phrase("Not so far to the right");
 }
 
 double guideDirection(EnrollmentPose pose, HeadAngles head) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "UnlockCore/Enrollment/EnrollmentPose.h"
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/Time.h"
 
 #include <optional>
@@ -22,7 +23,7 @@ struct HeadAngles {
 [[nodiscard]] bool isHeld(EnrollmentPose pose, HeadAngles head, float tolerance);
 
 /// What to say to a head that is turned further than any pose asks for.
-[[nodiscard]] std::optional<std::string_view> overTurnText(HeadAngles head);
+[[nodiscard]] std::optional<Phrase> overTurnText(HeadAngles head);
 
 /// Where the guide on the screen points: the way the head is turned, in degrees from 0 for up,
 /// clockwise (90 is right, 180 down, 270 left) in the mirrored picture that the user sees, where

@@ -3,12 +3,12 @@
 
 namespace marrowby {
 
-std::string_view description(SecretMemoryError error) {
+Phrase description(SecretMemoryError error) {
     switch (error) {
         case SecretMemoryError::outOfMemory:
-            return "There’s no memory left to hold a secret.";
+            return Phrase("There’s no memory left to hold a secret.");
         case SecretMemoryError::pageLockRefused:
-            return "The system won’t keep a secret out of swap, so it wasn’t read.";
+            return Phrase("The system won’t keep a secret out of swap, so it wasn’t read.");
     }
     return {};
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -15,7 +17,7 @@ namespace marrowby {
 
 enum class SecretMemoryError { outOfMemory, pageLockRefused };
 
-[[nodiscard]] std::string_view description(SecretMemoryError error);
+[[nodiscard]] Phrase description(SecretMemoryError error);
 
 /// Memory pages that are never swapped out and left out of core dumps. One implementation per
 /// operating system; the build chooses.

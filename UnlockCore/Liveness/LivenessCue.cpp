@@ -8,40 +8,47 @@ namespace {
 struct Words {
     std::string_view rawValue;
     LivenessCueRole role;
-    std::string_view title;
-    std::string_view description;
-    std::string_view denialMessage;
+    Phrase title;
+    Phrase description;
+    Phrase denialMessage;
 };
 
 Words words(LivenessCue cue) {
     switch (cue) {
         case LivenessCue::realFace:
-            return {"realFace", LivenessCueRole::model, "Real-face model",
-                    "MiniFASNet’s judgement, frame by frame: a live face, or a print or a screen.",
-                    "The real-face model saw a photo or a screen, not a face."};
-        case LivenessCue::planar:
-            return {"planar", LivenessCueRole::deny, "Flat motion",
-                    "The face moved as one flat plane, as a photo or a screen does, not as a head "
-                    "with a nose in front.",
-                    "The face moved as one flat picture does."};
-        case LivenessCue::moire:
-            return {"moire", LivenessCueRole::deny, "Screen pattern",
-                    "A fine regular pattern in the skin: a screen’s pixels seen by the camera.",
-                    "A screen’s pixel pattern showed in the face."};
-        case LivenessCue::glossGlare:
             return {
-                "glossGlare", LivenessCueRole::deny, "Glare",
-                "One large flat highlight: glass or a screen, not skin’s small scattered shine.",
-                "Glare like a screen’s: this looks like a photo on a display."};
+                "realFace", LivenessCueRole::model, Phrase("Real-face model"),
+                Phrase(
+                    "MiniFASNet’s judgement, frame by frame: a live face, or a print or a screen."),
+                Phrase("The real-face model saw a photo or a screen, not a face.")};
+        case LivenessCue::planar:
+            return {
+                "planar", LivenessCueRole::deny, Phrase("Flat motion"),
+                Phrase(
+                    "The face moved as one flat plane, as a photo or a screen does, not as a head "
+                    "with a nose in front."),
+                Phrase("The face moved as one flat picture does.")};
+        case LivenessCue::moire:
+            return {
+                "moire", LivenessCueRole::deny, Phrase("Screen pattern"),
+                Phrase("A fine regular pattern in the skin: a screen’s pixels seen by the camera."),
+                Phrase("A screen’s pixel pattern showed in the face.")};
+        case LivenessCue::glossGlare:
+            return {"glossGlare", LivenessCueRole::deny, Phrase("Glare"),
+                    Phrase("One large flat highlight: glass or a screen, not skin’s small "
+                           "scattered shine."),
+                    Phrase("Glare like a screen’s: this looks like a photo on a display.")};
         case LivenessCue::deviceDetected:
-            return {"deviceDetected", LivenessCueRole::deny, "Device frame",
-                    "A phone- or tablet-shaped rectangle around the face.",
-                    "A device’s frame around the face: this looks like a photo or a screen."};
+            return {
+                "deviceDetected", LivenessCueRole::deny, Phrase("Device frame"),
+                Phrase("A phone- or tablet-shaped rectangle around the face."),
+                Phrase("A device’s frame around the face: this looks like a photo or a screen.")};
         case LivenessCue::headTurn:
-            return {"headTurn", LivenessCueRole::confirm, "Head turn",
-                    "The head turned a little, and the nose moved against the cheeks as only a "
-                    "head’s does.",
-                    "This didn’t look like a real face."};
+            return {
+                "headTurn", LivenessCueRole::confirm, Phrase("Head turn"),
+                Phrase("The head turned a little, and the nose moved against the cheeks as only a "
+                       "head’s does."),
+                Phrase("This didn’t look like a real face.")};
     }
     return {};
 }
@@ -61,13 +68,13 @@ std::string_view rawValue(LivenessCue cue) {
 LivenessCueRole role(LivenessCue cue) {
     return words(cue).role;
 }
-std::string_view title(LivenessCue cue) {
+Phrase title(LivenessCue cue) {
     return words(cue).title;
 }
-std::string_view description(LivenessCue cue) {
+Phrase description(LivenessCue cue) {
     return words(cue).description;
 }
-std::string_view denialMessage(LivenessCue cue) {
+Phrase denialMessage(LivenessCue cue) {
     return words(cue).denialMessage;
 }
 

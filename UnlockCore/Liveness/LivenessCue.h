@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -23,9 +25,9 @@ inline constexpr std::array allLivenessCues{LivenessCue::realFace,       Livenes
 
 [[nodiscard]] std::string_view rawValue(LivenessCue cue);
 [[nodiscard]] LivenessCueRole role(LivenessCue cue);
-[[nodiscard]] std::string_view title(LivenessCue cue);
-[[nodiscard]] std::string_view description(LivenessCue cue);
-[[nodiscard]] std::string_view denialMessage(LivenessCue cue);
+[[nodiscard]] Phrase title(LivenessCue cue);
+[[nodiscard]] Phrase description(LivenessCue cue);
+[[nodiscard]] Phrase denialMessage(LivenessCue cue);
 
 /// One cue in one frame: how strongly it is present and how far the measurement can be trusted,
 /// both 0…1. Two zeros mean that nothing was measured.

@@ -3,7 +3,7 @@
 
 namespace marrowby {
 
-std::optional<std::string_view> refusalText(const LivenessDecision& decision) {
+std::optional<Phrase> refusalText(const LivenessDecision& decision) {
     const auto* denied = std::get_if<LivenessDecision::Denied>(&decision);
     return denied ? std::optional(denialMessage(denied->cue)) : std::nullopt;
 }

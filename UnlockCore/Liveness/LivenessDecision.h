@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Liveness/LivenessCue.h"
 
 #include <optional>
@@ -58,6 +59,6 @@ struct LivenessDecision : std::variant<livenessdecision::Waiting, livenessdecisi
 };
 
 /// Only of a denied decision.
-[[nodiscard]] std::optional<std::string_view> refusalText(const LivenessDecision& decision);
+[[nodiscard]] std::optional<Phrase> refusalText(const LivenessDecision& decision);
 
 }  // namespace marrowby

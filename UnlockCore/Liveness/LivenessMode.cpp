@@ -32,12 +32,12 @@ std::string_view rawValue(LivenessMode mode) {
     return {};
 }
 
-std::string_view title(LivenessMode mode) {
+Phrase title(LivenessMode mode) {
     switch (mode) {
         case LivenessMode::standard:
-            return "Standard";
+            return Phrase("Standard");
         case LivenessMode::strict:
-            return "Strict";
+            return Phrase("Strict");
     }
     return {};
 }
@@ -47,7 +47,8 @@ std::string settingsNote(LivenessMode mode, const PlatformWords& words) {
         case LivenessMode::standard:
             return {};
         case LivenessMode::strict:
-            return "Also asks for a small turn of the head, " + std::string(words.island) + ".";
+            return translated("Also asks for a small turn of the head, {island}.",
+                              {{"island", words.island}});
     }
     return {};
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Platform/PlatformWords.h"
 
 #include <optional>
@@ -18,7 +19,7 @@ enum class LivenessMode { standard, strict };
 [[nodiscard]] LivenessMode livenessMode(std::optional<std::string_view> stored);
 
 [[nodiscard]] std::string_view rawValue(LivenessMode mode);
-[[nodiscard]] std::string_view title(LivenessMode mode);
+[[nodiscard]] Phrase title(LivenessMode mode);
 /// What the mode adds, for the settings; empty where it adds nothing.
 [[nodiscard]] std::string settingsNote(LivenessMode mode, const PlatformWords& words);
 

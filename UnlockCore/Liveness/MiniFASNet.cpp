@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Liveness/MiniFASNet.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Liveness/AntiSpoofCrop.h"
 
 #include <algorithm>
@@ -47,28 +48,30 @@ const NeuralFeature* find(std::span<const NeuralFeature> features, std::string_v
 std::optional<RealFaceModelError> fault(const NeuralModelDescription& model,
                                         std::string_view expected) {
     const auto found = model.metadata.find(std::string(identifierKey));
-    const std::string identifier = found == model.metadata.end() ? "missing" : found->second;
+    const std::string identifier =
+        found == model.metadata.end() ? translated("missing") : found->second;
     if (found == model.metadata.end() || identifier != expected) {
-        return RealFaceModelError::WrongModel{"identifier " + identifier + ", expected " +
-                                              std::string(expected)};
+        return RealFaceModelError::WrongModel{
+            translated("identifier {found}, expected {expected}",
+                       {{"found", identifier}, {"expected", std::string(expected)}})};
     }
     for (const CropInput& crop : cropInputs) {
         const auto* input = find(model.inputs, crop.name, NeuralFeature::Kind::image);
         if (input == nullptr || !input->imageConstraint) {
-            return RealFaceModelError::UnexpectedInput{std::string("no image input named ") +
-                                                       crop.name};
+            return RealFaceModelError::UnexpectedInput{
+                translated("no image input named {name}", {{"name", std::string(crop.name)}})};
         }
         const auto [width, height] = *input->imageConstraint;
         if (width != AntiSpoofCrop::side || height != AntiSpoofCrop::side) {
-            return RealFaceModelError::UnexpectedInput{
-                std::string(crop.name) + " is " + std::to_string(width) + " × " +
-                std::to_string(height) + ", expected 80 × 80"};
+            return RealFaceModelError::UnexpectedInput{translated(
+                "{name} is {width} × {height}, expected 80 × 80",
+                {{"name", std::string(crop.name)}, {"width", width}, {"height", height}})};
         }
     }
     for (const char* name : outputNames) {
         if (find(model.outputs, name, NeuralFeature::Kind::multiArray) == nullptr) {
             return RealFaceModelError::UnexpectedOutput{
-                std::string("no multi-array output named ") + name};
+                translated("no multi-array output named {name}", {{"name", std::string(name)}})};
         }
     }
     return std::nullopt;
@@ -80,12 +83,13 @@ std::expected<std::vector<NeuralInput>, RealFaceModelError> inputs(const RGBPixe
     for (const auto& [name, scale] : cropInputs) {
         const auto crop = AntiSpoofCrop::around(faceBox, image.width, image.height, scale);
         if (!crop) {
-            return failure(
-                RealFaceModelError::UnexpectedInput{"the face's box doesn't fit the frame"});
+            return failure(RealFaceModelError::UnexpectedInput{
+                translated("the face's box doesn't fit the frame")});
         }
         auto bytes = crop->resampled(image);
         if (bytes.size() != AntiSpoofCrop::byteCount) {
-            return failure(RealFaceModelError::UnexpectedInput{"crops of the wrong size"});
+            return failure(
+                RealFaceModelError::UnexpectedInput{translated("crops of the wrong size")});
         }
         auto bitmap = Bitmap::create(AntiSpoofCrop::side, AntiSpoofCrop::side,
                                      AntiSpoofCrop::bytesPerRow, bgrx8, std::move(bytes));
@@ -100,14 +104,15 @@ std::expected<float, RealFaceModelError> live(std::span<const NeuralOutput> outp
                                               const char* name) {
     const auto found = std::ranges::find(outputs, name, &NeuralOutput::name);
     if (found == outputs.end() || found->values.size() != classCount) {
-        return failure(RealFaceModelError::UnexpectedOutput{std::string(name) + " isn’t 3 values"});
+        return failure(RealFaceModelError::UnexpectedOutput{
+            translated("{name} isn’t 3 values", {{"name", std::string(name)}})});
     }
     const bool areProbabilities = std::ranges::all_of(found->values, [](float value) {
         return value >= lowestProbability && value <= highestProbability;
     });
     if (!areProbabilities) {
-        return failure(
-            RealFaceModelError::UnexpectedOutput{std::string(name) + " isn’t probabilities"});
+        return failure(RealFaceModelError::UnexpectedOutput{
+            translated("{name} isn’t probabilities", {{"name", std::string(name)}})});
     }
     return found->values[liveClass];
 }

@@ -29,21 +29,21 @@ void SessionUnlockAsker::typeStoredPassword(std::function<bool()> stillLocked,
 void SessionUnlockAsker::decide(Attempt& attempt, const SessionUnlockFacts& facts) {
     if (!services_.isWanted() || !attempt.stillLocked()) return end(TypingOutcome::Stopped{});
     if (const auto refusal = SessionUnlockRule::refusal(facts))
-        return end(TypingOutcome::NotAsked{std::string(description(*refusal))});
+        return end(TypingOutcome::NotAsked{description(*refusal)});
     attempt.isAsked = true;
-    services_.session.ask(weakSelf_.guarded(
-        [number = attempt.number](SessionUnlockAsker& self,
-                                  const std::expected<void, std::string>& answer) {
-            if (self.current(number) == nullptr) return;
-            if (answer) return self.end(TypingOutcome::Asked{});
-            self.end(TypingOutcome::NotAsked{"The system refused: " + answer.error()});
-        }));
+    services_.session.ask(weakSelf_.guarded([number = attempt.number](
+                                                SessionUnlockAsker& self,
+                                                const std::expected<void, std::string>& answer) {
+        if (self.current(number) == nullptr) return;
+        if (answer) return self.end(TypingOutcome::Asked{});
+        self.end(TypingOutcome::NotAsked{Phrase("The system refused: {detail}"), answer.error()});
+    }));
 }
 
 void SessionUnlockAsker::runOut(const Attempt& attempt) {
     // A request without an answer may have been carried out.
     if (attempt.isAsked) return end(TypingOutcome::Asked{});
-    end(TypingOutcome::NotAsked{std::string(description(SessionUnlockRule::Refusal::noSession))});
+    end(TypingOutcome::NotAsked{description(SessionUnlockRule::Refusal::noSession)});
 }
 
 void SessionUnlockAsker::end(const TypingOutcome& outcome) {

@@ -21,31 +21,31 @@ std::optional<SessionUnlockRule::Refusal> SessionUnlockRule::refusal(
     return std::nullopt;
 }
 
-std::string_view description(SessionUnlockRule::Refusal refusal) {
+Phrase description(SessionUnlockRule::Refusal refusal) {
     using enum SessionUnlockRule::Refusal;
     switch (refusal) {
         case forbidden:
-            return "The administrator forbids asking the desktop.";
+            return Phrase("The administrator forbids asking the desktop.");
         case noSession:
-            return "The system doesn’t answer about this session.";
+            return Phrase("The system doesn’t answer about this session.");
         case notLocked:
-            return "The session isn’t locked.";
+            return Phrase("The session isn’t locked.");
         case foreignSession:
-            return "The session is another user’s.";
+            return Phrase("The session is another user’s.");
         case notActive:
-            return "The session isn’t in front.";
+            return Phrase("The session isn’t in front.");
         case noSeat:
-            return "The session has no screen of this computer.";
+            return Phrase("The session has no screen of this computer.");
         case sleeping:
-            return "The computer is going to sleep.";
+            return Phrase("The computer is going to sleep.");
         case noShell:
-            return "The desktop doesn’t answer.";
+            return Phrase("The desktop doesn’t answer.");
         case foreignShell:
-            return "The desktop’s name belongs to another user.";
+            return Phrase("The desktop’s name belongs to another user.");
         case lockNotSeen:
-            return "The screen was locked before Marrowby Unlock saw it.";
+            return Phrase("The screen was locked before Marrowby Unlock saw it.");
         case hintUnsteady:
-            return "The session has only just said that it is locked.";
+            return Phrase("The session has only just said that it is locked.");
     }
     return {};
 }

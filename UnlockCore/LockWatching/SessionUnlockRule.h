@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Platform/SessionUnlocking.h"
 
 #include <optional>
@@ -33,7 +34,7 @@ struct SessionUnlockRule {
     [[nodiscard]] static std::optional<Refusal> refusal(const SessionUnlockFacts& facts);
 };
 
-/// As a sentence for the user; static.
-[[nodiscard]] std::string_view description(SessionUnlockRule::Refusal refusal);
+/// As a sentence for the user.
+[[nodiscard]] Phrase description(SessionUnlockRule::Refusal refusal);
 
 }  // namespace marrowby

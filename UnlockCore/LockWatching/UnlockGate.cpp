@@ -3,24 +3,24 @@
 
 namespace marrowby {
 
-std::string_view unlockgate::rawValue(Refusal refusal) {
+Phrase unlockgate::name(Refusal refusal) {
     switch (refusal) {
         case Refusal::off:
-            return "off";
+            return Phrase("off");
         case Refusal::vaultLocked:
-            return "vaultLocked";
+            return Phrase("vaultLocked");
         case Refusal::noPassword:
-            return "noPassword";
+            return Phrase("noPassword");
         case Refusal::passwordRejected:
-            return "passwordRejected";
+            return Phrase("passwordRejected");
         case Refusal::notLocked:
-            return "notLocked";
+            return Phrase("notLocked");
         case Refusal::noAccessibility:
-            return "noAccessibility";
+            return Phrase("noAccessibility");
         case Refusal::noMatch:
-            return "noMatch";
+            return Phrase("noMatch");
         case Refusal::notLive:
-            return "notLive";
+            return Phrase("notLive");
     }
     return {};
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <string_view>
 #include <variant>
 
@@ -37,7 +39,8 @@ enum class Refusal {
     notLive
 };
 
-[[nodiscard]] std::string_view rawValue(Refusal refusal);
+/// For log lines.
+[[nodiscard]] Phrase name(Refusal refusal);
 
 struct Refuse {
     Refusal refusal = Refusal::off;

@@ -13,12 +13,12 @@ std::string_view rawValue(UnlockTrigger trigger) {
     return {};
 }
 
-std::string_view title(UnlockTrigger trigger) {
+Phrase title(UnlockTrigger trigger) {
     switch (trigger) {
         case UnlockTrigger::onReturn:
-            return "When you come back";
+            return Phrase("When you come back");
         case UnlockTrigger::onSpace:
-            return "When you press Space";
+            return Phrase("When you press Space");
     }
     return {};
 }

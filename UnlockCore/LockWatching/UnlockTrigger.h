@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <array>
 #include <cstdint>
 #include <initializer_list>
@@ -15,7 +17,7 @@ enum class UnlockTrigger : std::uint8_t { onReturn, onSpace };
 inline constexpr std::array allUnlockTriggers{UnlockTrigger::onReturn, UnlockTrigger::onSpace};
 
 [[nodiscard]] std::string_view rawValue(UnlockTrigger trigger);
-[[nodiscard]] std::string_view title(UnlockTrigger trigger);
+[[nodiscard]] Phrase title(UnlockTrigger trigger);
 
 /// Reads a stored raw value; the older "onWake" and "onLock" both mean onReturn. Nothing for other
 /// texts.

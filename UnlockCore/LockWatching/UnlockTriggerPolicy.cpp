@@ -5,12 +5,11 @@
 
 namespace marrowby {
 
-std::optional<std::string_view> UnlockTriggerPolicy::activityRefusal(Date at,
-                                                                     TimeInterval quietFor) const {
-    if (!triggers.contains(UnlockTrigger::onReturn)) return "coming back isn’t chosen";
-    if (!fence) return "not locked";
-    if (at - *fence < lockQuietWindow) return "too soon after the lock or the last look";
-    if (quietFor < quietMinimum) return "no quiet moment before it";
+std::optional<Phrase> UnlockTriggerPolicy::activityRefusal(Date at, TimeInterval quietFor) const {
+    if (!triggers.contains(UnlockTrigger::onReturn)) return Phrase("coming back isn’t chosen");
+    if (!fence) return Phrase("not locked");
+    if (at - *fence < lockQuietWindow) return Phrase("too soon after the lock or the last look");
+    if (quietFor < quietMinimum) return Phrase("no quiet moment before it");
     return std::nullopt;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/LockWatching/UnlockTrigger.h"
 
@@ -28,9 +29,8 @@ struct UnlockTriggerPolicy {
     bool sleptSinceLock = false;
     std::optional<Date> lastWakeAt{};
 
-    /// Why this activity may not start a scan; nothing when it may. The text is static.
-    [[nodiscard]] std::optional<std::string_view> activityRefusal(Date at,
-                                                                  TimeInterval quietFor) const;
+    /// Why this activity may not start a scan; nothing when it may.
+    [[nodiscard]] std::optional<Phrase> activityRefusal(Date at, TimeInterval quietFor) const;
 
     void foundUnlocked();
     void screenLocked(Date now, bool isSleeping);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/Text.h"
 #include "UnlockCore/PasswordEntry/KeystrokePlan.h"
 
@@ -12,18 +13,20 @@ namespace marrowby {
 std::string description(KeystrokeError error, const PlatformWords& words) {
     switch (error) {
         case KeystrokeError::noAccessibility:
-            return "Marrowby Unlock needs " + std::string(words.typing.right) +
-                   " to type your password at the lock screen.";
+            return translated(
+                "Marrowby Unlock needs {right} to type your password at the lock screen.",
+                {{"right", words.typing.right}});
         case KeystrokeError::notLocked:
-            return "The " + std::string(words.computer) +
-                   " isn’t locked any more, so nothing was typed.";
+            return translated("The {computer} isn’t locked any more, so nothing was typed.",
+                              {{"computer", words.computer}});
         case KeystrokeError::invalidText:
-            return "The saved password isn’t valid text.";
+            return translated("The saved password isn’t valid text.");
         case KeystrokeError::eventFailed:
-            return "Couldn’t make a key press.";
+            return translated("Couldn’t make a key press.");
         case KeystrokeError::noLocker:
-            return "Nothing was typed: no screen locker that Marrowby Unlock knows has the "
-                   "keyboard.";
+            return translated(
+                "Nothing was typed: no screen locker that Marrowby Unlock knows has the "
+                "keyboard.");
     }
     return {};
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/Time.h"
 #include "UnlockCore/Platform/KeyEvents.h"
 
@@ -68,7 +69,7 @@ namespace typablepassword {
 
 /// The sentence for the user why this password (UTF-8) can't be typed at a lock screen; nothing
 /// where it can.
-[[nodiscard]] std::optional<std::string_view> objection(std::span<const std::uint8_t> password);
+[[nodiscard]] std::optional<Phrase> objection(std::span<const std::uint8_t> password);
 
 }  // namespace typablepassword
 

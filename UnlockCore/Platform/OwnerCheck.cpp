@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Platform/OwnerCheck.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 namespace marrowby {
 
 namespace {
@@ -9,10 +11,11 @@ struct DescribeOwnerCheckError {
     const PlatformWords& words;
 
     std::string operator()(const OwnerCheckError::Unavailable& error) const {
-        return std::string(words.system) + " can’t check it’s you right now. " + error.explanation;
+        return translated("{system} can’t check it’s you right now. {explanation}",
+                          {{"system", words.system}, {"explanation", error.explanation}});
     }
     std::string operator()(const OwnerCheckError::Cancelled& /*unused*/) const {
-        return "Cancelled.";
+        return translated("Cancelled.");
     }
 };
 

@@ -1,92 +1,92 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <string>
-#include <string_view>
 
 namespace marrowby {
 
-/// What the sentences for the user call the parts of one platform. All of it is static text.
+/// What the sentences for the user call the parts of one platform. All of it is in the catalogue.
 struct PlatformWords {
     /// A right that the user gives the application.
     struct Right {
         /// Where the system's settings switch it; empty where they don't.
-        std::string_view place;
+        Phrase place;
         /// What to do instead where there is no such place, as a sentence.
-        std::string_view remedy;
+        Phrase remedy;
 
         [[nodiscard]] bool hasPlace() const { return !place.empty(); }
-        /// `switchIn`, such as “Turned off in ”, and the place, as a sentence; else the remedy.
-        [[nodiscard]] std::string advice(std::string_view switchIn) const {
-            if (!hasPlace()) return std::string(remedy);
-            return std::string(switchIn).append(place) + ".";
+        /// `sentence`, such as “Turned off in {place}.”, where there is a place; else the remedy.
+        [[nodiscard]] std::string advice(Phrase sentence) const {
+            return hasPlace() ? translated(sentence, {{"place", place}}) : translated(remedy);
         }
     };
 
     /// The account's password: in a sentence, at its start, on a button.
     struct Password {
-        std::string_view inSentence;
-        std::string_view atStart;
-        std::string_view onButton;
+        Phrase inSentence;
+        Phrase atStart;
+        Phrase onButton;
     };
 
     /// What the owner is asked for before the key is released.
     struct OwnerCheck {
         /// “Needs …”, “Ask for … again”.
-        std::string_view name;
+        Phrase name;
         /// The name, and what else will do; begins no sentence.
-        std::string_view orPassword;
+        Phrase orPassword;
         /// “Marrowby Unlock needs your … first.”
-        std::string_view yours;
+        Phrase yours;
         /// “… was cancelled”.
-        std::string_view prompt;
+        Phrase prompt;
         /// The button that starts it.
-        std::string_view button;
+        Phrase button;
         /// “A camera sees less than … feels.”
-        std::string_view finger;
+        Phrase finger;
         /// What to do where it can't be asked, as a sentence.
-        std::string_view remedy;
+        Phrase remedy;
     };
 
     /// Typing into the lock screen.
     struct Typing {
         /// “Marrowby Unlock needs … to type your password”.
-        std::string_view right;
+        Phrase right;
         /// The right's name at the start of a line.
-        std::string_view rightAtStart;
-        std::string_view allowed;
-        std::string_view notAllowed;
+        Phrase rightAtStart;
+        Phrase allowed;
+        Phrase notAllowed;
         /// What the right is for.
-        std::string_view purpose;
+        Phrase purpose;
     };
 
     /// Where the key is kept: in a sentence and at its start.
     struct KeyStore {
-        std::string_view inSentence;
-        std::string_view atStart;
+        Phrase inSentence;
+        Phrase atStart;
         /// What to do where it keeps nothing, as a sentence.
-        std::string_view remedy;
+        Phrase remedy;
     };
 
     /// Of a model's file that is gone: where it was expected, and what to do, as a sentence.
     struct MissingModel {
-        std::string_view place;
-        std::string_view remedy;
+        Phrase place;
+        Phrase remedy;
     };
 
-    std::string_view computer;
+    Phrase computer;
     /// At the start of a sentence.
-    std::string_view system;
+    Phrase system;
     Password password;
     OwnerCheck ownerCheck;
     KeyStore keyStore;
     Typing typing;
     /// “you touch a key or …”.
-    std::string_view pointer;
+    Phrase pointer;
     /// Where the island is, with its preposition.
-    std::string_view island;
+    Phrase island;
     /// Where the user opens the application: “from …”.
-    std::string_view applications;
+    Phrase applications;
     MissingModel missingModel;
 
     Right camera;

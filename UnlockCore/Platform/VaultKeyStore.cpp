@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Platform/VaultKeyStore.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 namespace marrowby {
 
 namespace {
@@ -9,12 +11,15 @@ struct DescribeKeychainError {
     const PlatformWords& words;
 
     std::string operator()(const KeychainError::Status& status) const {
-        return std::string(words.keyStore.atStart) + ": " +
-               (status.message ? *status.message : "error " + std::to_string(status.code));
+        const std::string message = status.message
+                                        ? *status.message
+                                        : translated("error {number}", {{"number", status.code}});
+        return translated("{keyStore}: {message}",
+                          {{"keyStore", words.keyStore.atStart}, {"message", message}});
     }
     std::string operator()(const KeychainError::UnexpectedData& /*unused*/) const {
-        return "The " + std::string(words.keyStore.inSentence) +
-               " item isn’t in the expected format.";
+        return translated("The {keyStore} item isn’t in the expected format.",
+                          {{"keyStore", words.keyStore.inSentence}});
     }
 };
 

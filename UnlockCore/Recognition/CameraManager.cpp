@@ -3,6 +3,7 @@
 
 #include "UnlockCore/Foundation/Fatal.h"
 #include "UnlockCore/Foundation/Mutex.h"
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Recognition/CameraFormatPicker.h"
 
 #include <algorithm>
@@ -19,14 +20,14 @@ struct Describe {
     const PlatformWords& words;
 
     std::string operator()(const CameraError::CannotOpen& error) const {
-        return "The camera couldn’t be opened: " + error.reason;
+        return translated("The camera couldn’t be opened: {reason}", {{"reason", error.reason}});
     }
     std::string operator()(const CameraError::NotAllowed& /*error*/) const {
-        return "Marrowby Unlock isn’t allowed to use the camera. " +
-               words.camera.advice("Turn it on in ");
+        return translated("Marrowby Unlock isn’t allowed to use the camera. {advice}",
+                          {{"advice", words.camera.advice(Phrase("Turn it on in {place}."))}});
     }
     std::string operator()(const CameraError::NoCamera& /*error*/) const {
-        return "No camera found.";
+        return translated("No camera found.");
     }
 };
 
@@ -293,7 +294,7 @@ std::expected<std::shared_ptr<CameraManager::DeviceLock>, CameraError> CameraMan
     auto input = session_->makeInput(device.uniqueID);
     if (!input) return std::unexpected(CameraError::CannotOpen{input.error()});
     if (!session_->addInput(**input)) {
-        return std::unexpected(CameraError::CannotOpen{"the session won’t take it"});
+        return std::unexpected(CameraError::CannotOpen{translated("the session won’t take it")});
     }
     input_ = *std::move(input);
     auto [lock, format] = applyFormat(input_);

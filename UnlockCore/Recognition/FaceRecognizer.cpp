@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Recognition/FaceRecognizer.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -11,17 +13,17 @@ namespace {
 
 struct DescribeFaceRecognitionError {
     std::string operator()(const FaceRecognitionError::NoFace& /*error*/) const {
-        return "No face in front of the camera.";
+        return translated("No face in front of the camera.");
     }
     std::string operator()(const FaceRecognitionError::CannotAlign& /*error*/) const {
-        return "The face couldn’t be lined up.";
+        return translated("The face couldn’t be lined up.");
     }
     std::string operator()(const FaceModelError& error) const { return description(error); }
     std::string operator()(const FaceRecognitionError::DetectionFailed& error) const {
         return error.systemText;
     }
     std::string operator()(const FaceRecognitionError::CutOff& /*error*/) const {
-        return "The face reaches over the picture’s edge. Move back a little.";
+        return translated("The face reaches over the picture’s edge. Move back a little.");
     }
 };
 

@@ -22,14 +22,14 @@ std::string_view rawValue(MatchStrictness strictness) {
     return {};
 }
 
-std::string_view displayName(MatchStrictness strictness) {
+Phrase displayName(MatchStrictness strictness) {
     switch (strictness) {
         case MatchStrictness::relaxed:
-            return "Relaxed";
+            return Phrase("Relaxed");
         case MatchStrictness::standard:
-            return "Standard";
+            return Phrase("Standard");
         case MatchStrictness::strict:
-            return "Strict";
+            return Phrase("Strict");
     }
     return {};
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <array>
 #include <optional>
 #include <string_view>
@@ -15,7 +17,7 @@ inline constexpr std::array allMatchStrictnesses{
 
 [[nodiscard]] std::optional<MatchStrictness> matchStrictness(std::string_view rawValue);
 [[nodiscard]] std::string_view rawValue(MatchStrictness strictness);
-[[nodiscard]] std::string_view displayName(MatchStrictness strictness);
+[[nodiscard]] Phrase displayName(MatchStrictness strictness);
 /// A cosine similarity.
 [[nodiscard]] float threshold(MatchStrictness strictness);
 

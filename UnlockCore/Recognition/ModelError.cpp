@@ -6,27 +6,34 @@ namespace marrowby {
 namespace {
 
 struct DescribeModelError {
-    std::string name;
-    std::string preparedFor;
+    /// As the subject of a sentence.
+    Phrase model;
+    Phrase notPrepared;
 
     std::string operator()(const modelerror::NotFound& error) const {
-        return "The " + name + " isn’t " + std::string(error.place) + " (" + error.fileName +
-               "). " + std::string(error.remedy);
+        return translated("{model} isn’t {place} ({file}). {remedy}", {{"model", model},
+                                                                       {"place", error.place},
+                                                                       {"file", error.fileName},
+                                                                       {"remedy", error.remedy}});
     }
     std::string operator()(const modelerror::LoadFailed& error) const {
-        return "The " + name + " couldn’t be loaded: " + error.reason;
+        return translated("{model} couldn’t be loaded: {reason}",
+                          {{"model", model}, {"reason", error.reason}});
     }
     std::string operator()(const modelerror::WrongModel& error) const {
-        return "The " + name + " isn’t the one this version expects: " + error.reason;
+        return translated("{model} isn’t the one this version expects: {reason}",
+                          {{"model", model}, {"reason", error.reason}});
     }
     std::string operator()(const modelerror::UnexpectedInput& error) const {
-        return "The " + name + " takes the wrong input: " + error.reason;
+        return translated("{model} takes the wrong input: {reason}",
+                          {{"model", model}, {"reason", error.reason}});
     }
     std::string operator()(const modelerror::UnexpectedOutput& error) const {
-        return "The " + name + " gave something unexpected: " + error.reason;
+        return translated("{model} gave something unexpected: {reason}",
+                          {{"model", model}, {"reason", error.reason}});
     }
     std::string operator()(const modelerror::PixelBuffer& /*error*/) const {
-        return "The face couldn’t be prepared for the " + preparedFor + ".";
+        return translated(notPrepared);
     }
     std::string operator()(const modelerror::PredictionFailed& error) const {
         return error.systemText;
@@ -36,12 +43,18 @@ struct DescribeModelError {
 }  // namespace
 
 std::string description(const FaceModelError& error) {
-    return std::visit(DescribeModelError{.name = "face model", .preparedFor = "model"}, error);
+    return std::visit(
+        DescribeModelError{.model = Phrase("The face model"),
+                           .notPrepared = Phrase("The face couldn’t be prepared for the model.")},
+        error);
 }
 
 std::string description(const RealFaceModelError& error) {
     return std::visit(
-        DescribeModelError{.name = "real-face model", .preparedFor = "real-face model"}, error);
+        DescribeModelError{
+            .model = Phrase("The real-face model"),
+            .notPrepared = Phrase("The face couldn’t be prepared for the real-face model.")},
+        error);
 }
 
 }  // namespace marrowby

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <string>
 #include <string_view>
 #include <variant>
@@ -11,9 +13,9 @@ namespace modelerror {
 
 struct NotFound {
     std::string fileName;
-    /// Where it was expected, and what to do; static text.
-    std::string_view place = "in the app";
-    std::string_view remedy = "Reinstall Marrowby Unlock.";
+    /// Where it was expected, and what to do.
+    Phrase place = Phrase("in the app");
+    Phrase remedy = Phrase("Reinstall Marrowby Unlock.");
     friend bool operator==(const NotFound&, const NotFound&) = default;
 };
 struct LoadFailed {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Recognition/SFaceEmbedder.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Recognition/FaceAligner.h"
 
 #include <algorithm>
@@ -25,8 +26,8 @@ std::string sizeText(std::int64_t width, std::int64_t height) {
 }
 
 std::string valuesText(std::int64_t count) {
-    return std::to_string(count) + " values, expected " +
-           std::to_string(SFaceEmbedder::embeddingLength);
+    return translated("{found} values, expected {expected}",
+                      {{"found", count}, {"expected", SFaceEmbedder::embeddingLength}});
 }
 
 const NeuralFeature* find(const std::vector<NeuralFeature>& features, std::string_view name,
@@ -50,27 +51,29 @@ std::expected<void, FaceModelError> check(const NeuralModelDescription& descript
                                           const std::string& modelIdentifier) {
     const auto identifier = description.metadata.find(identifierKey);
     const std::string found =
-        identifier == description.metadata.end() ? "missing" : identifier->second;
+        identifier == description.metadata.end() ? translated("missing") : identifier->second;
     if (identifier == description.metadata.end() || found != modelIdentifier) {
-        return std::unexpected(
-            FaceModelError::WrongModel{"identifier " + found + ", expected " + modelIdentifier});
+        return std::unexpected(FaceModelError::WrongModel{
+            translated("identifier {found}, expected {expected}",
+                       {{"found", found}, {"expected", modelIdentifier}})});
     }
 
     const NeuralFeature* input = find(description.inputs, inputName, NeuralFeature::Kind::image);
     if (!input || !input->imageConstraint) {
-        return std::unexpected(FaceModelError::UnexpectedInput{"no image input named image"});
+        return std::unexpected(FaceModelError::UnexpectedInput{
+            translated("no image input named {name}", {{"name", std::string(inputName)}})});
     }
     const auto [width, height] = *input->imageConstraint;
     if (width != FaceAligner::side || height != FaceAligner::side) {
-        return std::unexpected(
-            FaceModelError::UnexpectedInput{sizeText(width, height) + ", expected 112 × 112"});
+        return std::unexpected(FaceModelError::UnexpectedInput{
+            translated("{size}, expected 112 × 112", {{"size", sizeText(width, height)}})});
     }
 
     const NeuralFeature* output =
         find(description.outputs, outputName, NeuralFeature::Kind::multiArray);
     if (!output) {
-        return std::unexpected(
-            FaceModelError::UnexpectedOutput{"no multi-array output named embedding"});
+        return std::unexpected(FaceModelError::UnexpectedOutput{
+            translated("no multi-array output named {name}", {{"name", std::string(outputName)}})});
     }
     const std::int64_t count = product(output->shape);
     if (!output->shape.empty() && count != SFaceEmbedder::embeddingLength) {
@@ -114,8 +117,8 @@ SFaceEmbedder::SFaceEmbedder(std::string modelIdentifier, std::unique_ptr<Neural
 std::expected<Embedding, FaceModelError> SFaceEmbedder::embed(const Bitmap& alignedFace) {
     if (alignedFace.width() != FaceAligner::side || alignedFace.height() != FaceAligner::side) {
         return std::unexpected(FaceModelError::UnexpectedInput{
-            "a " + sizeText(alignedFace.width(), alignedFace.height()) +
-            " face, expected 112 × 112"});
+            translated("a {size} face, expected 112 × 112",
+                       {{"size", sizeText(alignedFace.width(), alignedFace.height())}})});
     }
     const MutexLock lock(mutex_);
     const auto buffer = imaging_.convert(alignedFace, bgrx8);
@@ -126,14 +129,14 @@ std::expected<Embedding, FaceModelError> SFaceEmbedder::embed(const Bitmap& alig
 
     const auto output = std::ranges::find(*outputs, outputName, &NeuralOutput::name);
     if (output == outputs->end()) {
-        return std::unexpected(FaceModelError::UnexpectedOutput{"no embedding"});
+        return std::unexpected(FaceModelError::UnexpectedOutput{translated("no embedding")});
     }
     const auto count = static_cast<std::int64_t>(output->values.size());
     if (count != embeddingLength) {
         return std::unexpected(FaceModelError::UnexpectedOutput{valuesText(count)});
     }
     if (!faceembedding::isUsable(output->values)) {
-        return std::unexpected(FaceModelError::UnexpectedOutput{"not a usable vector"});
+        return std::unexpected(FaceModelError::UnexpectedOutput{translated("not a usable vector")});
     }
     return faceembedding::normalized(output->values);
 }

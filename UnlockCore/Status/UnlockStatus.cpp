@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Status/UnlockStatus.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 namespace marrowby {
 
 namespace {
@@ -8,147 +10,175 @@ namespace {
 struct Title {
     const PlatformWords& words;
 
-    std::string operator()(UnlockStatus::NotSetUp /*unused*/) const { return "Not set up yet"; }
+    std::string operator()(UnlockStatus::NotSetUp /*unused*/) const {
+        return translated("Not set up yet");
+    }
     std::string operator()(UnlockStatus::PasswordNotSaved /*unused*/) const {
-        return std::string(words.password.atStart) + " not saved";
+        return translated("{password} not saved", {{"password", words.password.atStart}});
     }
     std::string operator()(UnlockStatus::PasswordNeedsUpdate /*unused*/) const {
-        return "Update your " + std::string(words.password.inSentence);
+        return translated("Update your {password}", {{"password", words.password.inSentence}});
     }
-    std::string operator()(UnlockStatus::Off /*unused*/) const { return "Off"; }
-    std::string operator()(UnlockStatus::Paused /*unused*/) const { return "Paused"; }
+    std::string operator()(UnlockStatus::Off /*unused*/) const { return translated("Off"); }
+    std::string operator()(UnlockStatus::Paused /*unused*/) const { return translated("Paused"); }
     std::string operator()(UnlockStatus::CameraNotAllowed camera) const {
-        return camera.wasAsked ? "Camera not allowed" : "Camera not allowed yet";
+        return camera.wasAsked ? translated("Camera not allowed")
+                               : translated("Camera not allowed yet");
     }
     std::string operator()(UnlockStatus::AccessibilityOff /*unused*/) const {
-        return std::string(words.typing.notAllowed);
+        return translated(words.typing.notAllowed);
     }
-    std::string operator()(UnlockStatus::NoCamera /*unused*/) const { return "No camera found"; }
+    std::string operator()(UnlockStatus::NoCamera /*unused*/) const {
+        return translated("No camera found");
+    }
     std::string operator()(UnlockStatus::CannotOpen status) const {
         switch (status.fault) {
             case SavedDataFault::keyStoreAway:
-                return std::string(words.keyStore.atStart) + " can’t be used";
+                return translated("{keyStore} can’t be used",
+                                  {{"keyStore", words.keyStore.atStart}});
             case SavedDataFault::keyMissing:
-                return "The key to what was saved is gone";
+                return translated("The key to what was saved is gone");
             case SavedDataFault::faceDamaged:
-                return "The saved face can’t be read";
+                return translated("The saved face can’t be read");
             case SavedDataFault::passwordDamaged:
-                return "The saved " + std::string(words.password.inSentence) + " can’t be read";
+                return translated("The saved {password} can’t be read",
+                                  {{"password", words.password.inSentence}});
         }
         return {};
     }
     std::string operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
-        return "Needs " + std::string(words.ownerCheck.name) + " once this session";
+        return translated("Needs {check} once this session", {{"check", words.ownerCheck.name}});
     }
     std::string operator()(UnlockStatus::ModelsChanged /*unused*/) const {
-        return "The models changed since your face was saved";
+        return translated(modelsChangedTitle);
     }
     std::string operator()(UnlockStatus::NoLockerSeen /*unused*/) const {
-        return "No screen locker has been seen yet";
+        return translated("No screen locker has been seen yet");
     }
     std::string operator()(const UnlockStatus::LockerNotTypedInto& locker) const {
-        return "Nothing is typed into “" + locker.name + "”";
+        return translated("Nothing is typed into “{locker}”", {{"locker", locker.name}});
     }
-    std::string operator()(UnlockStatus::Ready /*unused*/) const { return "Ready"; }
+    std::string operator()(UnlockStatus::Ready /*unused*/) const { return translated("Ready"); }
     std::string operator()(UnlockStatus::NotPossible status) const {
         return status.opening == LockOpening::forbidden
-                   ? "Not allowed on this " + std::string(words.computer)
-                   : "Not supported on this desktop yet";
+                   ? translated("Not allowed on this {computer}", {{"computer", words.computer}})
+                   : translated("Not supported on this desktop yet");
     }
-    std::string operator()(UnlockStatus::NeedsConsent /*unused*/) const { return "Needs your yes"; }
+    std::string operator()(UnlockStatus::NeedsConsent /*unused*/) const {
+        return translated("Needs your yes");
+    }
     std::string operator()(UnlockStatus::SessionUnknown /*unused*/) const {
-        return "This session isn’t known";
+        return translated("This session isn’t known");
     }
 };
 
 struct Detail {
-    std::string_view applicationName;
     const PlatformWords& words;
     LockOpening opening;
 
-    /// What is saved besides the face.
-    [[nodiscard]] std::string andPassword() const {
-        if (opening != LockOpening::typing) return {};
-        return " and your " + std::string(words.password.inSentence);
-    }
+    [[nodiscard]] bool isTyped() const { return opening == LockOpening::typing; }
+    [[nodiscard]] Filling password() const { return {"password", words.password.inSentence}; }
 
     std::string operator()(UnlockStatus::NotSetUp /*unused*/) const {
-        return "Save your face" + andPassword() + ", and it’s ready.";
+        return isTyped()
+                   ? translated("Save your face and your {password}, and it’s ready.", {password()})
+                   : translated("Save your face, and it’s ready.");
     }
     std::string operator()(UnlockStatus::PasswordNotSaved /*unused*/) const {
-        return "Your face is saved. Save your " + std::string(words.password.inSentence) +
-               " to finish.";
+        return translated("Your face is saved. Save your {password} to finish.", {password()});
     }
     std::string operator()(UnlockStatus::PasswordNeedsUpdate /*unused*/) const {
-        return "The lock screen turned the saved one down twice, so typing it has stopped.";
+        return translated(
+            "The lock screen turned the saved one down twice, so typing it has stopped.");
     }
     std::string operator()(UnlockStatus::Off /*unused*/) const {
-        return "The lock screen stays as it is. Turn it on above.";
+        return translated("The lock screen stays as it is. Turn it on above.");
     }
     std::string operator()(UnlockStatus::Paused /*unused*/) const {
-        return "The lock screen stays as it is until the pause is over.";
+        return translated("The lock screen stays as it is until the pause is over.");
     }
     std::string operator()(UnlockStatus::CameraNotAllowed camera) const {
-        return camera.wasAsked ? words.camera.advice("Turned off in ")
-                               : std::string(words.system) +
-                                     " asks once. Allow it, so it can look for you at the lock "
-                                     "screen.";
+        return camera.wasAsked ? words.camera.advice(Phrase("Turned off in {place}."))
+                               : translated(
+                                     "{system} asks once. Allow it, so it can look for you at the "
+                                     "lock screen.",
+                                     {{"system", words.system}});
     }
     std::string operator()(UnlockStatus::AccessibilityOff /*unused*/) const {
         return words.accessibility.advice(
-            "Needed to type your password at the lock screen: "
-            "switch " +
-            std::string(applicationName) + " on in ");
+            Phrase("Needed to type your password at the lock screen: switch Marrowby Unlock on in "
+                   "{place}."));
     }
     std::string operator()(UnlockStatus::NoCamera /*unused*/) const {
-        return "It can’t look for you. Connect a camera, or switch on the one that is built in.";
+        return translated(
+            "It can’t look for you. Connect a camera, or switch on the one that is built in.");
     }
     std::string operator()(UnlockStatus::CannotOpen status) const {
         switch (status.fault) {
             case SavedDataFault::keyStoreAway:
-                return "It holds the key to your face" + andPassword() + ". " +
-                       std::string(words.keyStore.remedy);
+                return isTyped()
+                           ? translated(
+                                 "It holds the key to your face and your {password}. {remedy}",
+                                 {password(), {"remedy", words.keyStore.remedy}})
+                           : translated("It holds the key to your face. {remedy}",
+                                        {{"remedy", words.keyStore.remedy}});
             case SavedDataFault::keyMissing:
-                return "The " + std::string(words.keyStore.inSentence) +
-                       " doesn’t have it any more, and nothing else opens your face" +
-                       andPassword() + ". Erase them, then set it up again.";
+                return isTyped()
+                           ? translated(
+                                 "The {keyStore} doesn’t have it any more, and nothing else opens "
+                                 "your face and your {password}. Erase them, then set it up again.",
+                                 {{"keyStore", words.keyStore.inSentence}, password()})
+                           : translated(
+                                 "The {keyStore} doesn’t have it any more, and nothing else opens "
+                                 "your face. Erase them, then set it up again.",
+                                 {{"keyStore", words.keyStore.inSentence}});
             case SavedDataFault::faceDamaged:
-                return "Its file is damaged. Erase everything, then set it up again.";
+                return translated("Its file is damaged. Erase everything, then set it up again.");
             case SavedDataFault::passwordDamaged:
-                return "Its file is damaged. Save the password again.";
+                return translated("Its file is damaged. Save the password again.");
         }
         return {};
     }
     std::string operator()(UnlockStatus::NeedsTouchID /*unused*/) const {
-        return "After a restart, " + std::string(words.ownerCheck.orPassword) +
-               " once lets it work at the lock screen.";
+        return translated("After a restart, {check} once lets it work at the lock screen.",
+                          {{"check", words.ownerCheck.orPassword}});
     }
     std::string operator()(UnlockStatus::ModelsChanged /*unused*/) const {
-        return "It doesn’t look for you with models that didn’t save your face. If you changed "
-               "them, "
-               "capture your face again; if you didn’t, prepare the models anew.";
+        return translated(
+            "It doesn’t look for you with models that didn’t save your face. If you changed "
+            "them, "
+            "capture your face again; if you didn’t, prepare the models anew.");
     }
     std::string operator()(UnlockStatus::NoLockerSeen /*unused*/) const {
-        return "Lock your screen once. If this stays, your locker isn’t noticed: lock it with "
-               "another one.";
+        return translated(
+            "Lock your screen once. If this stays, your locker isn’t noticed: lock it with "
+            "another one.");
     }
     std::string operator()(const UnlockStatus::LockerNotTypedInto& /*unused*/) const {
-        return "It locked your screen last, and nothing proves which program it runs. Lock it "
-               "with another locker.";
+        return translated(
+            "It locked your screen last, and nothing proves which program it runs. Lock it "
+            "with another locker.");
     }
     std::string operator()(UnlockStatus::Ready /*unused*/) const {
-        return "Looks for you when you come back to your locked " + std::string(words.computer) +
-               (opening == LockOpening::typing ? ", and types your password when it’s you."
-                                               : ", and has the desktop unlock when it’s you.");
+        const Filling computer("computer", words.computer);
+        return isTyped() ? translated(
+                               "Looks for you when you come back to your locked {computer}, and "
+                               "types your password when it’s you.",
+                               {computer})
+                         : translated(
+                               "Looks for you when you come back to your locked {computer}, and "
+                               "has the desktop unlock when it’s you.",
+                               {computer});
     }
     std::string operator()(UnlockStatus::NotPossible status) const {
-        return std::string(reasonNotPossible(status.opening));
+        return translated(reasonNotPossible(status.opening));
     }
     std::string operator()(UnlockStatus::NeedsConsent /*unused*/) const {
-        return "Your face is saved. Allow unlocking without your password to finish.";
+        return translated("Your face is saved. Allow unlocking without your password to finish.");
     }
     std::string operator()(UnlockStatus::SessionUnknown /*unused*/) const {
-        return "The desktop is asked through logind, which doesn’t answer about this session.";
+        return translated(
+            "The desktop is asked through logind, which doesn’t answer about this session.");
     }
 };
 
@@ -206,27 +236,27 @@ struct Fix {
 
 }  // namespace
 
-std::string_view title(UnlockStatusFix fix, const PlatformWords& words) {
+std::string title(UnlockStatusFix fix, const PlatformWords& words) {
     switch (fix) {
         case UnlockStatusFix::setUp:
-            return "Set up…";
+            return translated("Set up…");
         case UnlockStatusFix::savePassword:
-            return "Save…";
+            return translated("Save…");
         case UnlockStatusFix::updatePassword:
-            return "Update…";
+            return translated("Update…");
         case UnlockStatusFix::allowCamera:
-            return "Allow…";
+            return translated("Allow…");
         case UnlockStatusFix::openCameraSettings:
         case UnlockStatusFix::openAccessibilitySettings:
-            return "Open Settings…";
+            return translated("Open Settings…");
         case UnlockStatusFix::touchID:
-            return words.ownerCheck.button;
+            return translated(words.ownerCheck.button);
         case UnlockStatusFix::captureAgain:
-            return "Capture Again…";
+            return translated("Capture Again…");
         case UnlockStatusFix::resume:
-            return "Resume";
+            return translated("Resume");
         case UnlockStatusFix::erase:
-            return "Erase…";
+            return translated("Erase…");
     }
     return {};
 }
@@ -256,15 +286,17 @@ UnlockStatus UnlockStatus::of(const UnlockStatusFacts& facts) {
     return Ready{};
 }
 
-std::string_view reasonNotPossible(LockOpening opening) {
+Phrase reasonNotPossible(LockOpening opening) {
     switch (opening) {
         case LockOpening::forbidden:
-            return "This desktop can be asked to unlock, but the administrator’s "
-                   "/etc/marrowby-unlock/policy.conf forbids that.";
+            return Phrase(
+                "This desktop can be asked to unlock, but the administrator’s "
+                "/etc/marrowby-unlock/policy.conf forbids that.");
         case LockOpening::unsupported:
-            return "Here the password could only be typed blindly, and a locker that ends while "
-                   "typing goes on would let the rest of it through to your windows. GNOME, KDE "
-                   "and X11 sessions are supported.";
+            return Phrase(
+                "Here the password could only be typed blindly, and a locker that ends while "
+                "typing goes on would let the rest of it through to your windows. GNOME, KDE "
+                "and X11 sessions are supported.");
         case LockOpening::typing:
         case LockOpening::asking:
             break;
@@ -276,10 +308,8 @@ std::string UnlockStatus::title(const PlatformWords& words) const {
     return std::visit(Title{.words = words}, *this);
 }
 
-std::string UnlockStatus::detail(std::string_view applicationName, const PlatformWords& words,
-                                 LockOpening opening) const {
-    return std::visit(
-        Detail{.applicationName = applicationName, .words = words, .opening = opening}, *this);
+std::string UnlockStatus::detail(const PlatformWords& words, LockOpening opening) const {
+    return std::visit(Detail{.words = words, .opening = opening}, *this);
 }
 
 std::optional<UnlockStatusFix> UnlockStatus::fix() const {

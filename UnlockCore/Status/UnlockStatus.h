@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Platform/PlatformWords.h"
 #include "UnlockCore/Platform/SessionUnlocking.h"
 #include "UnlockCore/Recognition/CameraManager.h"
@@ -65,7 +66,7 @@ enum class UnlockStatusFix {
 };
 
 /// Of its button.
-[[nodiscard]] std::string_view title(UnlockStatusFix fix, const PlatformWords& words);
+[[nodiscard]] std::string title(UnlockStatusFix fix, const PlatformWords& words);
 
 namespace unlockstatus {
 
@@ -132,12 +133,15 @@ struct Ready {
 }  // namespace unlockstatus
 
 /// What having the desktop open the lock leaves out.
-inline constexpr std::string_view askingExplanation =
+inline constexpr auto askingExplanation = Phrase(
     "Your desktop opens the lock when it is asked to, without your password: neither the "
-    "password’s expiry nor a second factor is checked. A keyring that was locked stays locked.";
+    "password’s expiry nor a second factor is checked. A keyring that was locked stays locked.");
 
-/// Why a lock that nothing can open stays as it is, as a sentence; static.
-[[nodiscard]] std::string_view reasonNotPossible(LockOpening opening);
+/// Said in the log, too.
+inline constexpr auto modelsChangedTitle = Phrase("The models changed since your face was saved");
+
+/// Why a lock that nothing can open stays as it is, as a sentence.
+[[nodiscard]] Phrase reasonNotPossible(LockOpening opening);
 
 /// The state of face unlock in one line: the first condition that is not met.
 struct UnlockStatus
@@ -171,7 +175,7 @@ struct UnlockStatus
 
     [[nodiscard]] bool isReady() const { return std::holds_alternative<Ready>(*this); }
     [[nodiscard]] std::string title(const PlatformWords& words) const;
-    [[nodiscard]] std::string detail(std::string_view applicationName, const PlatformWords& words,
+    [[nodiscard]] std::string detail(const PlatformWords& words,
                                      LockOpening opening = LockOpening::typing) const;
     [[nodiscard]] std::optional<UnlockStatusFix> fix() const;
 };

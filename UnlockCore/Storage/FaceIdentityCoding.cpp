@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Storage/FaceIdentityCoding.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/Text.h"
 
 #include <cmath>
@@ -98,16 +99,18 @@ Json encoded(const FaceIdentity& identity) {
     return json;
 }
 
+constexpr auto tooLong = Phrase("{key} is too long");
+
 /// Reads the values of one JSON object. Keeps the first error; values read after it are empty.
 class ObjectReader {
   public:
     ObjectReader(const Json& json, std::optional<Error>& problem) : json_(json), problem_(problem) {
-        if (!json.is_object()) refuse("an entry isn’t an object");
+        if (!json.is_object()) refuse(Phrase("an entry isn’t an object"));
     }
 
     [[nodiscard]] const Json* required(const char* key) {
         const Json* value = find(key);
-        if (value == nullptr) refuse(quoted(key) + " is missing");
+        if (value == nullptr) refuse(Phrase("{key} is missing"), key);
         return value;
     }
 
@@ -120,8 +123,8 @@ class ObjectReader {
     [[nodiscard]] const Json* list(const char* key, std::size_t most) {
         const Json* value = required(key);
         if (value == nullptr) return nullptr;
-        if (!value->is_array()) return refuse(quoted(key) + " isn’t a list");
-        if (value->size() > most) return refuse(quoted(key) + " is too long");
+        if (!value->is_array()) return refuse(Phrase("{key} isn’t a list"), key);
+        if (value->size() > most) return refuse(tooLong, key);
         return value;
     }
 
@@ -129,7 +132,7 @@ class ObjectReader {
         if (value == nullptr) return {};
         const auto* string = value->get_ptr<const std::string*>();
         if (string == nullptr || string->size() > longestText) {
-            refuse(quoted(key) + (string == nullptr ? " isn’t text" : " is too long"));
+            refuse(string == nullptr ? Phrase("{key} isn’t text") : tooLong, key);
             return {};
         }
         return *string;
@@ -140,7 +143,7 @@ class ObjectReader {
         const double wide =
             value->is_number() ? value->get<double>() : std::numeric_limits<double>::quiet_NaN();
         if (!(std::abs(wide) <= double{std::numeric_limits<float>::max()})) {
-            refuse(quoted(key) + " isn’t a 32-bit number");
+            refuse(Phrase("{key} isn’t a 32-bit number"), key);
             return 0;
         }
         return static_cast<float>(wide);
@@ -150,7 +153,7 @@ class ObjectReader {
         const Json* value = required(key);
         if (value == nullptr) return {};
         if (!value->is_number()) {
-            refuse(quoted(key) + " isn’t a date");
+            refuse(Phrase("{key} isn’t a date"), key);
             return {};
         }
         return Date(TimeInterval(value->get<double>()));
@@ -162,7 +165,7 @@ class ObjectReader {
         const auto* natural = value->get_ptr<const Json::number_unsigned_t*>();
         if (!value->is_number_integer() ||
             (natural != nullptr && !std::in_range<std::int64_t>(*natural))) {
-            refuse(quoted(key) + " isn’t a whole number");
+            refuse(Phrase("{key} isn’t a whole number"), key);
             return 0;
         }
         return value->get<std::int64_t>();
@@ -171,7 +174,7 @@ class ObjectReader {
     [[nodiscard]] bool boolean(const char* key) {
         const Json* value = required(key);
         if (value == nullptr) return false;
-        if (!value->is_boolean()) refuse(quoted(key) + " isn’t true or false");
+        if (!value->is_boolean()) refuse(Phrase("{key} isn’t true or false"), key);
         return value->is_boolean() && value->get<bool>();
     }
 
@@ -179,11 +182,11 @@ class ObjectReader {
                                                            std::size_t most) {
         std::map<std::string, std::string> result;
         if (!value->is_object() || value->size() > most) {
-            refuse(quoted(key) + (value->is_object() ? " is too long" : " isn’t an object"));
+            refuse(value->is_object() ? tooLong : Phrase("{key} isn’t an object"), key);
             return result;
         }
         for (const auto& [name, one] : value->items()) {
-            if (name.size() > longestText) refuse(quoted(key) + " is too long");
+            if (name.size() > longestText) refuse(tooLong, key);
             result.emplace(name, text(key, &one));
         }
         return result;
@@ -194,7 +197,7 @@ class ObjectReader {
         if (value == nullptr) return {};
         const auto* string = value->get_ptr<const std::string*>();
         const auto id = string != nullptr ? UUID::parse(*string) : std::nullopt;
-        if (!id) refuse(quoted(key) + " isn’t an identifier");
+        if (!id) refuse(Phrase("{key} isn’t an identifier"), key);
         return id.value_or(UUID());
     }
 
@@ -205,8 +208,8 @@ class ObjectReader {
         return found != json_.end() ? &*found : nullptr;
     }
 
-    const Json* refuse(std::string reason) {
-        if (!problem_) problem_ = Error{std::move(reason)};
+    const Json* refuse(Phrase reason, const char* key = "") {
+        if (!problem_) problem_ = Error{translated(reason, {{"key", quoted(key)}})};
         return nullptr;
     }
 
@@ -254,10 +257,10 @@ FaceIdentity decodedIdentity(const Json& json, std::optional<Error>& problem) {
 }  // namespace
 
 Result<std::string> encode(std::span<const FaceIdentity> identities) {
-    if (identities.size() > mostIdentities) return refusal("there are too many faces");
+    if (identities.size() > mostIdentities) return refusal(translated("there are too many faces"));
     Json json = Json::array();
     for (const FaceIdentity& identity : identities) {
-        if (!isWritable(identity)) return refusal("a value can’t be written");
+        if (!isWritable(identity)) return refusal(translated("a value can’t be written"));
         json.push_back(encoded(identity));
     }
     return json.dump();
@@ -266,8 +269,8 @@ Result<std::string> encode(std::span<const FaceIdentity> identities) {
 Result<std::vector<FaceIdentity>> decode(std::span<const std::uint8_t> text) {
     const std::string_view characters(reinterpret_cast<const char*>(text.data()), text.size());
     const Json json = Json::parse(characters, nullptr, false);
-    if (!json.is_array()) return refusal("it isn’t a list");
-    if (json.size() > mostIdentities) return refusal("there are too many faces");
+    if (!json.is_array()) return refusal(translated("it isn’t a list"));
+    if (json.size() > mostIdentities) return refusal(translated("there are too many faces"));
     std::vector<FaceIdentity> identities;
     std::optional<Error> problem;
     for (const Json& entry : json) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Storage/FaceStore.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/Text.h"
 #include "UnlockCore/Storage/FaceIdentityCoding.h"
 
@@ -13,7 +14,7 @@ namespace marrowby {
 
 namespace {
 
-constexpr const char* unnamed = "Face";
+constexpr auto unnamed = Phrase("Face");
 
 }  // namespace
 
@@ -69,7 +70,7 @@ std::expected<void, StorageError> FaceStore::saveIdentity(
         std::array<std::uint8_t, 16> random{};
         if (!cipher_.random(random)) return std::unexpected(VaultError::sealFailed);
         changed.push_back({.id = UUID::fromRandomBytes(random),
-                           .name = newName.empty() ? unnamed : std::move(newName),
+                           .name = newName.empty() ? translated(unnamed) : std::move(newName),
                            .samples = std::move(samples),
                            .modelIdentifier = std::move(modelIdentifier),
                            .dimension = dimension,

@@ -6,18 +6,20 @@ namespace marrowby {
 std::string description(VaultError error, const PlatformWords& words) {
     switch (error) {
         case VaultError::locked:
-            return "Marrowby Unlock needs your " + std::string(words.ownerCheck.yours) + " first.";
+            return translated("Marrowby Unlock needs your {check} first.",
+                              {{"check", words.ownerCheck.yours}});
         case VaultError::keyMissingButDataExists:
-            return "The key for your saved face and password is missing, but they’re still saved. "
-                   "Nothing was deleted. Remove them in Settings to start again.";
+            return translated(
+                "The key for your saved face and password is missing, but they’re still saved. "
+                "Nothing was deleted. Remove them in Settings to start again.");
         case VaultError::badKey:
-            return "The saved key isn’t a key Marrowby Unlock made.";
+            return translated("The saved key isn’t a key Marrowby Unlock made.");
         case VaultError::sealFailed:
-            return "Couldn’t encrypt.";
+            return translated("Couldn’t encrypt.");
         case VaultError::openFailed:
-            return "Couldn’t decrypt: the saved data may be damaged.";
+            return translated("Couldn’t decrypt: the saved data may be damaged.");
         case VaultError::unknownFormat:
-            return "The saved data is in a format this version doesn’t know.";
+            return translated("The saved data is in a format this version doesn’t know.");
     }
     return {};
 }
@@ -26,15 +28,16 @@ namespace {
 
 struct DescribeFaceStore {
     std::string operator()(const FaceStoreError::Unreadable& error) const {
-        return "Your saved face couldn’t be read, so nothing was changed (writing now would "
-               "replace it). " +
-               error.reason;
+        return translated(
+            "Your saved face couldn’t be read, so nothing was changed (writing now would replace "
+            "it). {reason}",
+            {{"reason", error.reason}});
     }
     std::string operator()(const FaceStoreError::NotLoaded& /*unused*/) const {
-        return "Your saved face hasn’t been opened yet.";
+        return translated("Your saved face hasn’t been opened yet.");
     }
     std::string operator()(const FaceStoreError::EmptyEnrolment& /*unused*/) const {
-        return "Nothing was captured.";
+        return translated("Nothing was captured.");
     }
 };
 
@@ -45,15 +48,16 @@ std::string description(const FaceStoreError& error) {
 }
 
 std::string description(const FaceIdentityCodingError& error) {
-    return "The saved face isn’t in the expected format: " + error.reason + ".";
+    return translated("The saved face isn’t in the expected format: {reason}.",
+                      {{"reason", error.reason}});
 }
 
-std::string_view description(CredentialError error) {
+Phrase description(CredentialError error) {
     switch (error) {
         case CredentialError::empty:
-            return "The password is empty.";
+            return Phrase("The password is empty.");
         case CredentialError::none:
-            return "No password is saved.";
+            return Phrase("No password is saved.");
     }
     return {};
 }
@@ -69,9 +73,11 @@ struct Describe {
     std::string operator()(VaultError error) const { return description(error, words); }
     std::string operator()(const KeychainError& error) const { return description(error, words); }
     std::string operator()(const OwnerCheckError& error) const { return description(error, words); }
+    std::string operator()(CredentialError error) const { return translated(description(error)); }
+    std::string operator()(SecretMemoryError error) const { return translated(description(error)); }
     template <typename Error>
     std::string operator()(const Error& error) const {
-        return std::string(description(error));
+        return description(error);
     }
 };
 

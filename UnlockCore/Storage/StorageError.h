@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/SecretBytes.h"
 #include "UnlockCore/Platform/FileSystem.h"
 #include "UnlockCore/Platform/OwnerCheck.h"
@@ -63,7 +64,7 @@ struct FaceIdentityCodingError {
 /// Why there is no password to save or to use.
 enum class CredentialError { empty, none };
 
-[[nodiscard]] std::string_view description(CredentialError error);
+[[nodiscard]] Phrase description(CredentialError error);
 
 /// Any error of opening the vault or of reading and writing what it protects.
 struct StorageError

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "UnlockCore/Storage/UnlockDataEraser.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 namespace marrowby {
 
 UnlockDataEraser::Report UnlockDataEraser::erase(FaceStore& faces, CredentialStore& credentials,
@@ -9,12 +11,14 @@ UnlockDataEraser::Report UnlockDataEraser::erase(FaceStore& faces, CredentialSto
     if (const auto removed = faces.removeAll()) {
         report.removedFaces = true;
     } else {
-        report.problems.push_back("Faces: " + description(removed.error(), words));
+        report.problems.push_back(
+            translated("Faces: {problem}", {{"problem", description(removed.error(), words)}}));
     }
     if (const auto removed = credentials.remove()) {
         report.removedPassword = true;
     } else {
-        report.problems.push_back("Password: " + description(removed.error(), words));
+        report.problems.push_back(
+            translated("Password: {problem}", {{"problem", description(removed.error(), words)}}));
     }
     if (!report.removedFaces || !report.removedPassword) {
         // The key stays: without it, what remains could not be opened.
@@ -25,7 +29,8 @@ UnlockDataEraser::Report UnlockDataEraser::erase(FaceStore& faces, CredentialSto
         vault.lock();
         report.removedKey = true;
     } else {
-        report.problems.push_back("Key: " + description(removed.error(), words));
+        report.problems.push_back(
+            translated("Key: {problem}", {{"problem", description(removed.error(), words)}}));
     }
     return report;
 }

@@ -4,6 +4,7 @@
 #include "Platforms/Linux/Camera/V4l2Converter.h"
 #include "Platforms/Linux/Camera/V4l2Device.h"
 #include "UnlockCore/Foundation/Mutex.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -30,11 +31,11 @@ struct Search {
 std::string sentence(int error) {
     switch (error) {
         case EBUSY:
-            return "another program is using it.";
+            return translated("another program is using it.");
         case ENODEV:
         case ENOENT:
         case ENXIO:
-            return "it isn’t connected any more.";
+            return translated("it isn’t connected any more.");
         default:
             return std::generic_category().message(error) + ".";
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Desktop/JsonDefaultsStore.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Platform/AtomicFile.h"
 
 #include <algorithm>
@@ -63,8 +64,8 @@ void JsonDefaultsStore::load() {
     const auto bytes = fileSystem_.read(path_, largestFile);
     if (!bytes) {
         mayWrite_ = false;
-        readProblem_ =
-            "The settings couldn’t be read and won’t be saved: " + bytes.error().message + ".";
+        readProblem_ = translated("The settings couldn’t be read and won’t be saved: {reason}.",
+                                  {{"reason", bytes.error().message}});
         return;
     }
     Json read = Json::parse(bytes->begin(), bytes->end(), nullptr, false);
@@ -81,12 +82,13 @@ void JsonDefaultsStore::setAside() {
         aside += ".damaged-" + std::to_string(number);
         if (fileSystem_.exists(aside)) continue;
         if (const auto renamed = fileSystem_.rename(path_, aside); !renamed) break;
-        readProblem_ =
-            "The settings were damaged. They’re kept in " + aside.filename().string() + ".";
+        readProblem_ = translated("The settings were damaged. They’re kept in {file}.",
+                                  {{"file", aside.filename().string()}});
         return;
     }
     mayWrite_ = false;
-    readProblem_ = "The settings are damaged and couldn’t be put aside, so changes won’t be saved.";
+    readProblem_ = translated(
+        "The settings are damaged and couldn’t be put aside, so changes won’t be saved.");
 }
 
 std::optional<DefaultsValue> JsonDefaultsStore::value(const std::string& key) const {
@@ -116,10 +118,9 @@ void JsonDefaultsStore::save() {
         fileSystem_, path_,
         std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
     isSaved_ = written.has_value();
-    writeProblem_ =
-        isSaved_
-            ? std::nullopt
-            : std::optional("The settings couldn’t be saved: " + written.error().message + ".");
+    writeProblem_ = isSaved_ ? std::nullopt
+                             : std::optional(translated("The settings couldn’t be saved: {reason}.",
+                                                        {{"reason", written.error().message}}));
 }
 
 }  // namespace marrowby

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Secrets/PamPasswordVerifier.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Foundation/SecretBytes.h"
 #include "UnlockCore/Foundation/Text.h"
 
@@ -92,19 +93,20 @@ class Conversation {
     [[nodiscard]] std::string sentence() const {
         switch (status_) {
             case PAM_USER_UNKNOWN:
-                return "The system doesn’t know this account.";
+                return translated("The system doesn’t know this account.");
             case PAM_MAXTRIES:
-                return "There were too many tries. The system takes no more for now.";
+                return translated("There were too many tries. The system takes no more for now.");
             case PAM_ACCT_EXPIRED:
-                return "This account has expired.";
+                return translated("This account has expired.");
             case PAM_CRED_EXPIRED:
             case PAM_NEW_AUTHTOK_REQD:
-                return "The password has expired.";
+                return translated("The password has expired.");
             default:
                 break;
         }
         if (!dialogue_.told.empty()) return dialogue_.told;
-        if (status_ == PAM_AUTH_ERR) return "The system refused without asking for the password.";
+        if (status_ == PAM_AUTH_ERR)
+            return translated("The system refused without asking for the password.");
         const char* text = ::pam_strerror(handle_, status_);
         return text != nullptr ? text : "";
     }
@@ -133,7 +135,7 @@ PamPasswordVerifier::PamPasswordVerifier(std::string userName, Service service)
 PasswordCheckResult PamPasswordVerifier::check(std::span<const std::uint8_t> password) {
     if (password.empty() || !isValidUTF8(password)) return PasswordCheckResult::Incorrect{};
     auto answer = answerOf(password);
-    if (!answer) return PasswordCheckResult::Unavailable{std::string(description(answer.error()))};
+    if (!answer) return PasswordCheckResult::Unavailable{translated(description(answer.error()))};
     Conversation conversation(service_, userName_, *answer);
     if (conversation.authenticate() == PAM_SUCCESS) return PasswordCheckResult::Correct{};
     if (conversation.isPasswordWrong()) return PasswordCheckResult::Incorrect{};

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Secrets/PolkitOwnerCheck.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -21,7 +23,7 @@ constexpr quint32 allowUserInteraction = 1;
 /// libdbus treats this as no timeout.
 constexpr int noTimeout = std::numeric_limits<int>::max();
 
-constexpr const char* noSystemBus = "The system bus can’t be reached.";
+constexpr auto noSystemBus = Phrase("The system bus can’t be reached.");
 
 OwnerCheck::Result failure(std::string message) {
     return std::unexpected(OwnerCheckFailure{std::move(message)});
@@ -62,17 +64,18 @@ OwnerCheck::Result outcomeOfError(const QDBusMessage& message) {
     if (name == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") ||
         name == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") ||
         name.startsWith(QLatin1String("org.freedesktop.DBus.Error.Spawn."))) {
-        return failure("Nothing here can check who you are. Install the package polkitd.");
+        return failure(
+            translated("Nothing here can check who you are. Install the package polkitd."));
     }
     if (name == QLatin1String("org.freedesktop.DBus.Error.Disconnected") ||
         name == QLatin1String("org.freedesktop.DBus.Error.NoReply")) {
-        return failure(noSystemBus);
+        return failure(translated(noSystemBus));
     }
     const std::string text = message.errorMessage().toStdString();
     if (text.find("is not registered") != std::string::npos) {
         return failure(
-            "Marrowby Unlock isn’t installed completely: app.quenby.unlock.policy is "
-            "missing from polkit’s actions.");
+            translated("Marrowby Unlock isn’t installed completely: app.quenby.unlock.policy is "
+                       "missing from polkit’s actions."));
     }
     return failure(text);
 }
@@ -82,7 +85,7 @@ OwnerCheck::Result outcomeOf(const QDBusMessage& message) {
     if (message.type() == QDBusMessage::ErrorMessage) return outcomeOfError(message);
     const auto result = message.arguments().value(0).value<QDBusArgument>();
     if (result.currentSignature() != QLatin1String("(bba{ss})"))
-        return failure("Polkit gave an answer that makes no sense.");
+        return failure(translated("Polkit gave an answer that makes no sense."));
     bool isAuthorized = false;
     bool isChallenge = false;
     QMap<QString, QString> details;
@@ -94,10 +97,10 @@ OwnerCheck::Result outcomeOf(const QDBusMessage& message) {
     if (details.contains(QStringLiteral("polkit.dismissed"))) return cancelled();
     if (isChallenge) {
         return failure(
-            "No program is running that could ask for your password. Install a polkit "
-            "agent, such as lxpolkit, and log in again.");
+            translated("No program is running that could ask for your password. Install a polkit "
+                       "agent, such as lxpolkit, and log in again."));
     }
-    return failure("It wasn’t confirmed that it’s you.");
+    return failure(translated("It wasn’t confirmed that it’s you."));
 }
 
 }  // namespace
@@ -161,14 +164,14 @@ PolkitOwnerCheck::~PolkitOwnerCheck() {
 
 std::expected<void, std::string> PolkitOwnerCheck::canConfirm() {
     if (Prompt(address_).isConnected()) return {};
-    return std::unexpected(noSystemBus);
+    return std::unexpected(translated(noSystemBus));
 }
 
 void PolkitOwnerCheck::confirmOwner(const std::string& /*reason*/, Completion completion) {
     const auto prompt = std::make_shared<Prompt>(address_);
     if (!prompt->isConnected())
-        return completion(
-            std::unexpected(OwnerCheckError(OwnerCheckError::Unavailable{noSystemBus})));
+        return completion(std::unexpected(
+            OwnerCheckError(OwnerCheckError::Unavailable{translated(noSystemBus)})));
     std::erase_if(prompts_, [](const auto& other) { return other.expired(); });
     prompts_.push_back(prompt);
     // This callback alone keeps the prompt alive.

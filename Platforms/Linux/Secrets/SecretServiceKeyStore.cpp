@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Secrets/SecretServiceKeyStore.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <expected>
 #include <memory>
 #include <span>
@@ -31,14 +33,14 @@ constexpr unsigned busFlags =
 // Replies take milliseconds, activation a moment; only a hung service takes longer.
 constexpr int timeoutMilliseconds = 10'000;
 
-constexpr const char* noSessionBus = "There’s no session bus, so no keyring can be reached.";
-constexpr const char* noService =
-    "No Secret Service is running. Install the package gnome-keyring, then log in again.";
-constexpr const char* noKeyring =
+constexpr auto noSessionBus = Phrase("There’s no session bus, so no keyring can be reached.");
+constexpr auto noService =
+    Phrase("No Secret Service is running. Install the package gnome-keyring, then log in again.");
+constexpr auto noKeyring = Phrase(
     "There’s no keyring yet. Log in again with your password, or make one in Passwords and Keys "
-    "(package seahorse).";
-constexpr const char* locked = "Your keyring is locked. Unlock it, then try again.";
-constexpr const char* wouldAsk = "Your keyring wants to ask you first. Unlock it, then try again.";
+    "(package seahorse).");
+constexpr auto locked = Phrase("Your keyring is locked. Unlock it, then try again.");
+constexpr auto wouldAsk = Phrase("Your keyring wants to ask you first. Unlock it, then try again.");
 
 template <auto release>
 struct Releaser {
@@ -137,18 +139,18 @@ std::vector<std::string> pathsIn(const Variant& reply, std::size_t index) {
 using Failure = std::string;
 
 Failure failureOf(const GError* error) {
-    if (error == nullptr) return "The keyring gave no answer.";
+    if (error == nullptr) return translated("The keyring gave no answer.");
     for (const GDBusError code :
          {G_DBUS_ERROR_SERVICE_UNKNOWN, G_DBUS_ERROR_NAME_HAS_NO_OWNER,
           G_DBUS_ERROR_SPAWN_SERVICE_NOT_FOUND, G_DBUS_ERROR_SPAWN_EXEC_FAILED,
           G_DBUS_ERROR_SPAWN_FAILED, G_DBUS_ERROR_SPAWN_CHILD_EXITED,
           G_DBUS_ERROR_SPAWN_CHILD_SIGNALED}) {
-        if (g_error_matches(error, G_DBUS_ERROR, code)) return noService;
+        if (g_error_matches(error, G_DBUS_ERROR, code)) return translated(noService);
     }
-    if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CLOSED)) return noSessionBus;
+    if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CLOSED)) return translated(noSessionBus);
     const std::unique_ptr<char, Releaser<g_free>> remote(g_dbus_error_get_remote_error(error));
     if (remote && std::string_view(remote.get()) == "org.freedesktop.Secret.Error.IsLocked")
-        return locked;
+        return translated(locked);
     const Error copy(g_error_copy(error));
     g_dbus_error_strip_remote_error(copy.get());
     return copy->message;
@@ -168,13 +170,13 @@ class SecretServiceKeyStore::Conversation {
     using Result = std::expected<T, Failure>;
 
     static Result<Conversation> begin(const std::string& address) {
-        if (address.empty()) return std::unexpected<Failure>(noSessionBus);
+        if (address.empty()) return std::unexpected<Failure>(translated(noSessionBus));
         Context context = makeContext();
         // C flags combined in an enumeration.
         const auto flags = static_cast<GDBusConnectionFlags>(busFlags);
         Object<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
             address.c_str(), flags, nullptr, nullptr, nullptr));
-        if (!connection) return std::unexpected<Failure>(noSessionBus);
+        if (!connection) return std::unexpected<Failure>(translated(noSessionBus));
         return Conversation(std::move(context), std::move(connection));
     }
 
@@ -228,10 +230,10 @@ class SecretServiceKeyStore::Conversation {
     Result<void> create(const Item& item, std::span<const std::uint8_t> bytes) {
         const auto keyring = defaultKeyring();
         if (!keyring) return std::unexpected(keyring.error());
-        if (*keyring == noObject) return std::unexpected<Failure>(noKeyring);
+        if (*keyring == noObject) return std::unexpected<Failure>(translated(noKeyring));
         const auto isLocked = isKeyringLocked(*keyring);
         if (!isLocked) return std::unexpected(isLocked.error());
-        if (*isLocked) return std::unexpected<Failure>(locked);
+        if (*isLocked) return std::unexpected<Failure>(translated(locked));
         if (auto begun = ensureSession(); !begun) return begun;
 
         GVariantBuilder properties;
@@ -308,7 +310,7 @@ class SecretServiceKeyStore::Conversation {
     Result<void> refusePrompt(const std::string& prompt) {
         if (prompt == noObject) return {};
         (void)call(prompt.c_str(), promptInterface, "Dismiss", nullptr, "()").has_value();
-        return std::unexpected<Failure>(wouldAsk);
+        return std::unexpected<Failure>(translated(wouldAsk));
     }
 
     // Declared first so that it is destroyed last.
@@ -330,7 +332,7 @@ std::expected<std::optional<SecretBytes>, KeychainError> SecretServiceKeyStore::
     const auto items = conversation->find(item_);
     if (!items) return refusal(items.error());
     if (items->open.empty()) {
-        if (items->someAreLocked) return refusal(locked);
+        if (items->someAreLocked) return refusal(translated(locked));
         return std::nullopt;
     }
     const auto value = conversation->secret(items->open.front());
@@ -338,7 +340,7 @@ std::expected<std::optional<SecretBytes>, KeychainError> SecretServiceKeyStore::
     gsize size = 0;
     const char* bytes = secret_value_get(value->get(), &size);
     auto copy = SecretBytes::copyOf({reinterpret_cast<const std::uint8_t*>(bytes), size});
-    if (!copy) return refusal(std::string(description(copy.error())));
+    if (!copy) return refusal(translated(description(copy.error())));
     return *std::move(copy);
 }
 
@@ -352,7 +354,7 @@ std::expected<void, KeychainError> SecretServiceKeyStore::saveKey(
         const auto set = conversation->setSecret(item, key);
         if (!set) return refusal(set.error());
     }
-    if (items->someAreLocked) return refusal(locked);
+    if (items->someAreLocked) return refusal(translated(locked));
     if (!items->open.empty()) return {};
     const auto created = conversation->create(item_, key);
     if (!created) return refusal(created.error());
@@ -368,7 +370,7 @@ std::expected<void, KeychainError> SecretServiceKeyStore::deleteKey() {
         const auto removed = conversation->remove(item);
         if (!removed) return refusal(removed.error());
     }
-    if (items->someAreLocked) return refusal(locked);
+    if (items->someAreLocked) return refusal(translated(locked));
     return {};
 }
 

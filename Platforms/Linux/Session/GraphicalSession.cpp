@@ -2,6 +2,7 @@
 #include "Platforms/Linux/Session/GraphicalSession.h"
 
 #include "Platforms/Linux/X11/XcbConnection.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <QLibraryInfo>
 #include <cstdlib>
@@ -19,7 +20,7 @@ namespace {
 
 using Answer = std::expected<void, std::string>;
 
-constexpr const char* needsSession = "Marrowby Unlock runs in a graphical session. ";
+constexpr auto needsSession = Phrase("Marrowby Unlock runs in a graphical session. {problem}");
 
 std::string environment(const char* name) {
     const char* value = std::getenv(name);
@@ -28,7 +29,7 @@ std::string environment(const char* name) {
 
 Answer x11() {
     const std::string display = environment("DISPLAY");
-    if (display.empty()) return std::unexpected("DISPLAY is not set here.");
+    if (display.empty()) return std::unexpected(translated("DISPLAY is not set here."));
     const auto connection = XcbConnection::create(display);
     if (!connection) return std::unexpected(connection.error());
     return {};
@@ -65,11 +66,13 @@ bool hasWaylandPlugin() {
 
 Answer wayland() {
     const std::string display = environment("WAYLAND_DISPLAY");
-    if (display.empty()) return std::unexpected("WAYLAND_DISPLAY is not set here.");
+    if (display.empty()) return std::unexpected(translated("WAYLAND_DISPLAY is not set here."));
     if (!answers(display))
-        return std::unexpected("The Wayland display “" + display + "” doesn’t answer.");
+        return std::unexpected(
+            translated("The Wayland display “{display}” doesn’t answer.", {{"display", display}}));
     if (!hasWaylandPlugin())
-        return std::unexpected("Qt’s support for Wayland isn’t installed (Debian: qt6-wayland).");
+        return std::unexpected(
+            translated("Qt’s support for Wayland isn’t installed (Debian: qt6-wayland)."));
     return {};
 }
 
@@ -91,10 +94,12 @@ std::expected<std::string, std::string> platform() {
     if (onWayland) return "wayland";
     if (mayUseX && mayUseWayland && environment("DISPLAY").empty() &&
         environment("WAYLAND_DISPLAY").empty())
-        return std::unexpected(std::string(needsSession) +
-                               "Neither DISPLAY nor WAYLAND_DISPLAY is set here.");
+        return std::unexpected(
+            translated(needsSession,
+                       {{"problem", Phrase("Neither DISPLAY nor WAYLAND_DISPLAY is set here.")}}));
     const bool tellsOfX = mayUseX && !environment("DISPLAY").empty();
-    return std::unexpected(needsSession + (tellsOfX ? onX.error() : onWayland.error()));
+    return std::unexpected(
+        translated(needsSession, {{"problem", tellsOfX ? onX.error() : onWayland.error()}}));
 }
 
 }  // namespace marrowby::graphicalsession

@@ -2,6 +2,7 @@
 #include "Platforms/Linux/Vision/Landmarks98Model.h"
 
 #include "Platforms/Linux/Vision/OnnxModel.h"
+#include "UnlockCore/Foundation/Phrase.h"
 #include "UnlockCore/Platform/WorkQueues.h"
 
 #include <algorithm>
@@ -70,8 +71,8 @@ std::expected<Landmarks98Model, std::string> Landmarks98Model::load(const OnnxSo
     if (file->inputs.size() != 1 || file->inputs[0].name != "image" ||
         std::ranges::find(file->outputs, "landmarks", &OnnxFile::Value::name) ==
             file->outputs.end()) {
-        return std::unexpected("The model “" + from.path.filename().string() +
-                               "” is no finder of face landmarks.");
+        return std::unexpected(translated("The model “{file}” is no finder of face landmarks.",
+                                          {{"file", from.path.filename().string()}}));
     }
     auto straight = OnnxModel::load(*file);
     auto mirrored = OnnxModel::load(*file);
@@ -84,7 +85,7 @@ std::expected<Landmarks98Model, std::string> Landmarks98Model::load(const OnnxSo
             model.find(cv::Mat::zeros(inputSide, inputSide, CV_8UC3), {0, 0, inputSide, inputSide});
         if (!found) return std::unexpected(found.error());
     } catch (const cv::Exception&) {
-        return std::unexpected("The finder of face landmarks can’t be run.");
+        return std::unexpected(translated("The finder of face landmarks can’t be run."));
     }
     return model;
 }
@@ -128,7 +129,8 @@ std::expected<Landmarks98, std::string> Landmarks98Model::View::run(const cv::Ma
     const auto found = std::ranges::find(*outputs, "landmarks", &NeuralOutput::name);
     if (found == outputs->end() || found->values.size() != points.size() * 2 ||
         !std::ranges::all_of(found->values, [](float value) { return std::isfinite(value); })) {
-        return std::unexpected("The finder of face landmarks gave something unexpected.");
+        return std::unexpected(
+            translated("The finder of face landmarks gave something unexpected."));
     }
     for (std::size_t i = 0; i < points.size(); ++i) {
         points[i] = {found->values[2 * i], found->values[2 * i + 1]};

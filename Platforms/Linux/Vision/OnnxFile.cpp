@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Vision/OnnxFile.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <array>
 #include <fstream>
 #include <limits>
@@ -15,8 +17,8 @@ namespace marrowby {
 
 namespace {
 
-std::unexpected<std::string> refused(const std::filesystem::path& path, const char* why) {
-    return std::unexpected("The model “" + path.filename().string() + "” " + why);
+std::unexpected<std::string> refused(const std::filesystem::path& path, Phrase why) {
+    return std::unexpected(translated(why, {{"file", path.filename().string()}}));
 }
 
 OnnxFile::Value value(const onnx::ValueInfoProto& info) {
@@ -50,23 +52,25 @@ std::string OnnxFile::sha256() const {
 std::expected<OnnxFile, std::string> OnnxFile::read(const OnnxSource& from) {
     const std::filesystem::path& path = from.path;
     std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error)) return refused(path, "isn’t there.");
+    if (!std::filesystem::is_regular_file(path, error))
+        return refused(path, Phrase("The model “{file}” isn’t there."));
     const std::uintmax_t size = std::filesystem::file_size(path, error);
-    if (error) return refused(path, "couldn’t be read.");
-    if (size > largestFile) return refused(path, "is too large.");
+    if (error) return refused(path, Phrase("The model “{file}” couldn’t be read."));
+    if (size > largestFile) return refused(path, Phrase("The model “{file}” is too large."));
 
     OnnxFile file;
     file.bytes.resize(static_cast<std::size_t>(size));
     std::ifstream stream(path, std::ios::binary);
     if (!stream.read(file.bytes.data(), static_cast<std::streamsize>(size))) {
-        return refused(path, "couldn’t be read.");
+        return refused(path, Phrase("The model “{file}” couldn’t be read."));
     }
-    if (!from.sha256.empty() && file.sha256() != from.sha256) return refused(path, "was changed.");
+    if (!from.sha256.empty() && file.sha256() != from.sha256)
+        return refused(path, Phrase("The model “{file}” was changed."));
     static_assert(largestFile <= std::numeric_limits<int>::max());
     onnx::ModelProto model;
     if (!model.ParseFromArray(file.bytes.data(), static_cast<int>(size)) ||
         model.graph().node().empty() || model.graph().output().empty()) {
-        return refused(path, "is damaged or not an ONNX file.");
+        return refused(path, Phrase("The model “{file}” is damaged or not an ONNX file."));
     }
 
     std::set<std::string> weights;

@@ -4,6 +4,7 @@
 #include "Platforms/Linux/Vision/BitmapMat.h"
 #include "Platforms/Linux/Vision/DnnlNetwork.h"
 #include "Platforms/Linux/Vision/OnnxGraph.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <algorithm>
 #include <array>
@@ -21,8 +22,8 @@ namespace marrowby {
 
 namespace {
 
-constexpr const char* cannotLoad = "This model can’t be run.";
-constexpr const char* cannotRun = "The model couldn’t be run.";
+constexpr auto cannotLoad = Phrase("This model can’t be run.");
+constexpr auto cannotRun = Phrase("The model couldn’t be run.");
 
 }  // namespace
 
@@ -89,13 +90,13 @@ std::expected<OnnxModel, std::string> OnnxModel::load(const OnnxFile& file, Engi
     }
     try {
         auto opencv = cv::dnn::readNetFromONNX(file.bytes.data(), file.bytes.size());
-        if (opencv.empty()) return std::unexpected(cannotLoad);
+        if (opencv.empty()) return std::unexpected(translated(cannotLoad));
         opencv.setPreferableBackend(cv::dnn::DNN_BACKEND_OPENCV);
         opencv.setPreferableTarget(cv::dnn::DNN_TARGET_CPU);
         net->network = std::move(opencv);
     } catch (const std::exception&) {
         // OpenCV's text names a source line, which tells the user nothing.
-        return std::unexpected(cannotLoad);
+        return std::unexpected(translated(cannotLoad));
     }
     return OnnxModel(std::move(net));
 }
@@ -117,9 +118,9 @@ std::expected<std::span<const NeuralOutput>, std::string> OnnxModel::run(
                                           static_cast<std::size_t>(input.height) * 3;
     });
     try {
-        if (!areSound || !net_->run(inputs)) return std::unexpected(cannotRun);
+        if (!areSound || !net_->run(inputs)) return std::unexpected(translated(cannotRun));
     } catch (const std::exception&) {
-        return std::unexpected(cannotRun);
+        return std::unexpected(translated(cannotRun));
     }
     return net_->outputs;
 }

@@ -8,6 +8,7 @@
 #include "Platforms/Linux/Vision/OnnxModel.h"
 #include "Platforms/Linux/Vision/RectangleFinder.h"
 #include "Platforms/Linux/Vision/YuNetFaceFinder.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -20,7 +21,7 @@ namespace marrowby {
 namespace {
 
 constexpr std::size_t mostDescribed = 4;
-constexpr const char* notSearched = "The picture couldn’t be searched for faces.";
+constexpr auto notSearched = Phrase("The picture couldn’t be searched for faces.");
 
 struct Described {
     Rect box;
@@ -109,7 +110,7 @@ std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVisi
     const Size size{static_cast<double>(image.width()), static_cast<double>(image.height())};
     try {
         const auto bgr = bgrMat(image);
-        if (!bgr) return std::unexpected(notSearched);
+        if (!bgr) return std::unexpected(translated(notSearched));
         const MutexLock lock(mutex_);
         if (auto loaded = loadModels(); !loaded) return std::unexpected(std::move(loaded.error()));
         auto faces = models_->faces.find(*bgr);
@@ -141,7 +142,7 @@ std::expected<std::vector<FaceRectangleObservation>, std::string> OpenCvFaceVisi
         }
         return observations;
     } catch (const cv::Exception&) {
-        return std::unexpected(notSearched);
+        return std::unexpected(translated(notSearched));
     }
 }
 
@@ -149,7 +150,7 @@ std::expected<FaceDetailObservations, std::string> OpenCvFaceVision::faceDetails
     const Bitmap& image, std::span<const FaceRectangleObservation> faces) {
     try {
         const auto bgr = bgrMat(image);
-        if (!bgr) return std::unexpected(notSearched);
+        if (!bgr) return std::unexpected(translated(notSearched));
         FaceDetailObservations details;
         for (const FaceRectangleObservation& face : faces) {
             const auto* described = static_cast<const Described*>(face.handle.get());
@@ -164,7 +165,7 @@ std::expected<FaceDetailObservations, std::string> OpenCvFaceVision::faceDetails
         }
         return details;
     } catch (const cv::Exception&) {
-        return std::unexpected(notSearched);
+        return std::unexpected(translated(notSearched));
     }
 }
 
@@ -173,12 +174,12 @@ std::expected<std::vector<Rect>, std::string> OpenCvFaceVision::rectangles(
     const Size size{static_cast<double>(image.width()), static_cast<double>(image.height())};
     try {
         auto boxes = findRectangles(image, request);
-        if (!boxes) return std::unexpected(notSearched);
+        if (!boxes) return std::unexpected(translated(notSearched));
         for (Rect& box : *boxes)
             box = normalized(box, size);
         return *std::move(boxes);
     } catch (const cv::Exception&) {
-        return std::unexpected(notSearched);
+        return std::unexpected(translated(notSearched));
     }
 }
 

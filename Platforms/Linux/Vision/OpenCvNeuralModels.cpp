@@ -3,6 +3,7 @@
 
 #include "Platforms/Linux/Vision/OnnxFile.h"
 #include "Platforms/Linux/Vision/OnnxModel.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -60,16 +61,19 @@ class OpenCvNeuralModel final : public NeuralModel {
             const NeuralFeature& feature = description_.inputs[i];
             const auto input = std::ranges::find(inputs, feature.name, &NeuralInput::name);
             if (input == inputs.end()) {
-                return std::unexpected("The model got no “" + feature.name + "”.");
+                return std::unexpected(
+                    translated("The model got no “{input}”.", {{"input", feature.name}}));
             }
             const auto& size = feature.imageConstraint;
             if (size &&
                 (input->image.width() != size->width || input->image.height() != size->height)) {
-                return std::unexpected("The model got a “" + feature.name + "” of the wrong size.");
+                return std::unexpected(translated("The model got a “{input}” of the wrong size.",
+                                                  {{"input", feature.name}}));
             }
             planes_[i].name = feature.name;
             if (!fillInput(planes_[i], input->image, order_)) {
-                return std::unexpected("The model can’t read its “" + feature.name + "”.");
+                return std::unexpected(
+                    translated("The model can’t read its “{input}”.", {{"input", feature.name}}));
             }
         }
         const auto outputs = model_.run(planes_);

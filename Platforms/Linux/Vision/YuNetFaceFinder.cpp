@@ -2,6 +2,7 @@
 #include "Platforms/Linux/Vision/YuNetFaceFinder.h"
 
 #include "Platforms/Linux/Vision/OnnxModel.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <algorithm>
 #include <cmath>
@@ -91,8 +92,8 @@ std::expected<YuNetFaceFinder, std::string> YuNetFaceFinder::load(const OnnxSour
     for (const char* name : {"cls_8", "obj_8", "bbox_8", "kps_8", "cls_16", "obj_16", "bbox_16",
                              "kps_16", "cls_32", "obj_32", "bbox_32", "kps_32"}) {
         if (std::ranges::find(file->outputs, name, &OnnxFile::Value::name) == file->outputs.end()) {
-            return std::unexpected("The model “" + from.path.filename().string() +
-                                   "” is no YuNet face detector.");
+            return std::unexpected(translated("The model “{file}” is no YuNet face detector.",
+                                              {{"file", from.path.filename().string()}}));
         }
     }
     auto model = OnnxModel::load(*file);
@@ -104,7 +105,7 @@ std::expected<YuNetFaceFinder, std::string> YuNetFaceFinder::load(const OnnxSour
             return std::unexpected(found.error());
         }
     } catch (const cv::Exception&) {
-        return std::unexpected("The face detector can’t be run.");
+        return std::unexpected(translated("The face detector can’t be run."));
     }
     return finder;
 }
@@ -146,7 +147,7 @@ std::expected<std::vector<Face>, std::string> YuNetFaceFinder::find(const cv::Ma
             static_cast<std::size_t>(width / stride) * static_cast<std::size_t>(height / stride);
         if (cls.size() != cells || obj.size() != cells || box.size() != cells * 4 ||
             points.size() != cells * 10) {
-            return std::unexpected("The face detector gave something unexpected.");
+            return std::unexpected(translated("The face detector gave something unexpected."));
         }
         decode(cls, obj, box, points, stride, width / stride, faces);
     }

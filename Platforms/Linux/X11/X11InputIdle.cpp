@@ -3,6 +3,7 @@
 
 #include "Platforms/Linux/Desktop/UnixClock.h"
 #include "Platforms/Linux/X11/XcbConnection.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <ratio>
 #include <utility>
@@ -21,7 +22,8 @@ std::expected<std::unique_ptr<X11InputIdle>, std::string> X11InputIdle::create(
     if (!connection) return std::unexpected(connection.error());
     const auto* extension = xcb_get_extension_data((*connection)->get(), &xcb_screensaver_id);
     if (!extension || !extension->present) {
-        return std::unexpected("The display “" + displayName + "” doesn’t tell its idle time.");
+        return std::unexpected(translated("The display “{display}” doesn’t tell its idle time.",
+                                          {{"display", displayName}}));
     }
     return std::unique_ptr<X11InputIdle>(new X11InputIdle(
         std::make_unique<const Display>(Display{.connection = std::move(*connection)})));

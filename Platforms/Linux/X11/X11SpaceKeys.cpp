@@ -4,6 +4,7 @@
 #include "Platforms/Linux/X11/XRawKeys.h"
 #include "Platforms/Linux/X11/XcbConnection.h"
 #include "Platforms/Linux/X11/XcbEventPump.h"
+#include "UnlockCore/Foundation/Phrase.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -97,7 +98,8 @@ std::expected<std::unique_ptr<X11SpaceKeys>, std::string> X11SpaceKeys::create(
     auto connection = XcbConnection::create(displayName);
     if (!connection) return std::unexpected(connection.error());
     if (!XRawKeys::areOffered(**connection)) {
-        return std::unexpected("The display “" + displayName + "” doesn’t tell its keys.");
+        return std::unexpected(translated("The display “{display}” doesn’t tell its keys.",
+                                          {{"display", displayName}}));
     }
     return std::unique_ptr<X11SpaceKeys>(new X11SpaceKeys(
         std::make_unique<const Display>(Display{.connection = std::move(*connection)})));

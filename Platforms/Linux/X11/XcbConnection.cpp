@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/X11/XcbConnection.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <cstdint>
 #include <utility>
 
@@ -19,7 +21,8 @@ std::expected<std::unique_ptr<XcbConnection>, std::string> XcbConnection::create
     }
     if (!screen) {
         xcb_disconnect(connection);
-        return std::unexpected("The display “" + displayName + "” can’t be opened.");
+        return std::unexpected(
+            translated("The display “{display}” can’t be opened.", {{"display", displayName}}));
     }
     return std::unique_ptr<XcbConnection>(new XcbConnection(connection, screen, displayName));
 }
@@ -33,7 +36,7 @@ XcbConnection::~XcbConnection() {
 }
 
 std::string XcbConnection::lostSentence() const {
-    return "The display “" + displayName_ + "” is gone.";
+    return translated("The display “{display}” is gone.", {{"display", displayName_}});
 }
 
 xcb_atom_t XcbConnection::atom(std::string_view name) const {

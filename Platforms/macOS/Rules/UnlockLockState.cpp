@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/macOS/Rules/UnlockLockState.h"
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <cstdint>
 #include <variant>
 
@@ -17,10 +19,12 @@ std::optional<bool> boolean(const std::optional<SessionDictionary>& session,
 }
 
 struct FactInWords {
-    std::string operator()(bool value) const { return value ? "true" : "false"; }
-    std::string operator()(std::int64_t) const { return "a whole number"; }
-    std::string operator()(double) const { return "a number"; }
-    std::string operator()(const std::string&) const { return "a text"; }
+    std::string operator()(bool value) const {
+        return value ? translated("true") : translated("false");
+    }
+    std::string operator()(std::int64_t) const { return translated("a whole number"); }
+    std::string operator()(double) const { return translated("a number"); }
+    std::string operator()(const std::string&) const { return translated("a text"); }
 };
 
 }  // namespace
@@ -35,7 +39,9 @@ std::optional<std::string> UnlockLockState::inWords(
     if (!session) return std::nullopt;
     std::string facts;
     for (const auto& [key, value] : *session)
-        facts += (facts.empty() ? "" : ", ") + key + " is " + std::visit(FactInWords(), value);
+        facts += (facts.empty() ? "" : ", ") +
+                 translated("{key} is {value}",
+                            {{"key", key}, {"value", std::visit(FactInWords(), value)}});
     return facts;
 }
 

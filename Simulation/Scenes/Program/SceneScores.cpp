@@ -59,7 +59,7 @@ class Noting final : public AntiSpoofScoring {
 
 std::string text(const LivenessDecision& decision) {
     if (const auto* denied = std::get_if<LivenessDecision::Denied>(&decision)) {
-        return "denied: " + std::string(title(denied->cue));
+        return "denied: " + inEnglish(title(denied->cue));
     }
     return std::holds_alternative<LivenessDecision::Waiting>(decision) ? "waiting" : "live";
 }

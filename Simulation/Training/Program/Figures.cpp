@@ -84,7 +84,7 @@ std::vector<Line> lines(const PackFigures::Figures& figures) {
          quantiles(figures.different, {0.5, 0.95, 0.99, 1})}};
     for (const MatchStrictness strictness : allMatchStrictnesses) {
         const double bar{threshold(strictness)};
-        result.push_back({std::string(displayName(strictness)) + ": known again, confused",
+        result.push_back({inEnglish(displayName(strictness)) + ": known again, confused",
                           atLeast(figures.same, bar) + ", " + atLeast(figures.different, bar)});
     }
     for (const auto& [what, scores] : figures.live) {

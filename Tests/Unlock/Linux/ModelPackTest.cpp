@@ -120,7 +120,7 @@ TEST_F(ModelPackTest, acceptsAWholePackAndNamesTheFaultOfOthers) {
     }
     std::filesystem::remove(folder.path() / "pack.json");
     EXPECT_EQ(ModelPack::read(folder.path(), files).error(),
-              (ModelPackError{"pack.json", "isn’t there"}));
+              (ModelPackError{"pack.json isn’t there"}));
 }
 
 TEST_F(ModelPackTest, recognisesPublishedModelsByTheirSums) {

@@ -139,8 +139,8 @@ TEST(TryPage, showsEveryCueWithItsLimitAndWhatItMeans) {
         ElementsAre("+ Robin: 0.71, a match from 0.50",
                     "- Kim: 0.90, a match from 0.50, but switched off",
                     "- Jo: 0.10, a match from 0.50",
-                    "+ " + std::string(title(LivenessCue::realFace)) + ": 0.93, needed: 0.62",
-                    "+ " + std::string(title(LivenessCue::planar)) +
+                    "+ " + inEnglish(title(LivenessCue::realFace)) + ": 0.93, needed: 0.62",
+                    "+ " + inEnglish(title(LivenessCue::planar)) +
                         ": not measured in this picture, too much from 0.85",
                     "- Screen pattern: 0.50, too much from 0.40",
                     "+ Glare: 0.10, too much from 0.25, but not counted in this mode",

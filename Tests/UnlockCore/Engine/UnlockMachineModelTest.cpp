@@ -134,7 +134,8 @@ class Fate {
 
     [[nodiscard]] Event outcome(unsigned choice) const {
         if (world.opening == LockOpening::asking) {
-            if (choice == 0) return Event::Typed{TypingOutcome::NotAsked{"Nobody answers."}};
+            if (choice == 0)
+                return Event::Typed{TypingOutcome::NotAsked{Phrase("Nobody answers.")}};
             if (choice > 1) return Event::Typed{TypingOutcome::Asked{}};
         }
         if (choice == 0) return Event::Typed{TypingOutcome::Failed{"Couldn’t make a key press."}};

@@ -552,7 +552,8 @@ TEST_F(AskingMachineTest, asksOncePerLock) {
         const char* line;
     } cases[] = {
         {asked, 3.0, "log: Not unlocked: The screen stayed locked."},
-        {Event::Typed{TypingOutcome::NotAsked{"No."}}, 0, "log: Not unlocked: No."},
+        {Event::Typed{TypingOutcome::NotAsked{Phrase("The system refused: {detail}"), "No."}}, 0,
+         "log: Not unlocked: The system refused: No."},
     };
     for (const auto& [outcome, seconds, line] : cases) {
         recognise();

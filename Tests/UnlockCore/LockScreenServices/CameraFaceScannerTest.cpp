@@ -406,7 +406,7 @@ TEST_F(CameraFaceScannerTest, TellsWhatItThinksToWhomItIsAsked) {
     EXPECT_EQ(seen.cues.size(), allLivenessCues.size());
     EXPECT_EQ(seen.cues.front().level, 1.F);
     for (const ScanInsight::Cue& cue : seen.cues)
-        EXPECT_GT(cue.limit, 0) << title(cue.cue);
+        EXPECT_GT(cue.limit, 0) << title(cue.cue).english();
 
     vision.removeFaces();
     observe();

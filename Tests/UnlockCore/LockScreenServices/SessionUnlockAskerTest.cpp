@@ -22,7 +22,10 @@ struct SessionUnlockAskerTest : testing::Test {
             [this](const TypingOutcome& outcome) {
                 const auto* notAsked = std::get_if<TypingOutcome::NotAsked>(&outcome);
                 const bool isAsked = std::holds_alternative<TypingOutcome::Asked>(outcome);
-                outcomes.push_back(notAsked ? notAsked->message : isAsked ? "asked" : "stopped");
+                outcomes.push_back(notAsked
+                                       ? inEnglish(notAsked->reason, {{"detail", notAsked->detail}})
+                                   : isAsked ? "asked"
+                                             : "stopped");
             });
     }
     void advance(double seconds) { mainThread.advance(TimeInterval(seconds)); }

@@ -56,7 +56,7 @@ class StoredPasswordTyperTest : public testing::Test {
 };
 
 TEST_F(StoredPasswordTyperTest, tellsEveryWayItEnds) {
-    EXPECT_EQ(type(), Outcomes{std::string(description(CredentialError::none))});
+    EXPECT_EQ(type(), Outcomes{inEnglish(description(CredentialError::none))});
     savePassword("secret");
     bench_.vault->lock();
     EXPECT_EQ(type(), Outcomes{description(VaultError::locked, macWords)});

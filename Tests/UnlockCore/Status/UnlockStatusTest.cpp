@@ -91,7 +91,7 @@ TEST(UnlockStatus, asksForNoPasswordWhereNoneIsTyped) {
     };
     for (const auto& [status, inDetail, mend] : cases) {
         EXPECT_EQ(UnlockStatus::of(facts), status) << status.title(macWords);
-        const std::string detail = status.detail("Marrowby Unlock", macWords, facts.opening);
+        const std::string detail = status.detail(macWords, facts.opening);
         EXPECT_NE(detail.find(inDetail), std::string::npos) << detail;
         EXPECT_EQ(detail.find("Mac password"), std::string::npos) << detail;
         mend(facts);

@@ -73,12 +73,14 @@ struct DesktopUnlockingTest : testing::Test {
                  return true;
              }});
         std::optional<std::string> text;
-        asker.typeStoredPassword([] { return true; },
-                                 [&](const TypingOutcome& outcome) {
-                                     const auto* refused =
-                                         std::get_if<TypingOutcome::NotAsked>(&outcome);
-                                     text = refused != nullptr ? refused->message : "asked";
-                                 });
+        asker.typeStoredPassword(
+            [] { return true; },
+            [&](const TypingOutcome& outcome) {
+                const auto* refused = std::get_if<TypingOutcome::NotAsked>(&outcome);
+                text = refused != nullptr
+                           ? inEnglish(refused->reason, {{"detail", refused->detail}})
+                           : "asked";
+            });
         EXPECT_TRUE(loop.runUntil([&] { return text.has_value(); }));
         return text.value_or("nothing");
     }
