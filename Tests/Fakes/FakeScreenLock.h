@@ -4,9 +4,6 @@
 #include "UnlockCore/Foundation/Mutex.h"
 #include "UnlockCore/Platform/ScreenLock.h"
 
-#include <optional>
-#include <string>
-
 namespace marrowby {
 
 /// Lock events that the test makes up, told at once.
@@ -19,10 +16,10 @@ class FakeLockEvents final : public LockEventWatching {
         if (const auto report = onEvent) report(event);
     }
 
-    std::optional<std::string> fault;
+    Phrase fault;
 
     [[nodiscard]] bool isSleeping() const override { return isSleeping_; }
-    [[nodiscard]] std::optional<std::string> problem() const override { return fault; }
+    [[nodiscard]] Phrase problem() const override { return fault; }
     void start() override { isStarted_ = true; }
     void stop() override { isStarted_ = false; }
 

@@ -500,10 +500,10 @@ TEST_F(UnlockApplicationTest, keepsWhatIsSetAndErasesWhatWasSaved) {
     EXPECT_EQ(stored.externalDisplayCameraID, "desk");
     EXPECT_TRUE(systemSettings.atLogin);
 
-    lockEvents.fault = "Locks are not noticed.";
+    lockEvents.fault = Phrase("Locks are not noticed.");
     reopen();
     EXPECT_EQ(windows.page().problem, "Locks are not noticed.");
-    lockEvents.fault.reset();
+    lockEvents.fault = {};
     reopen();
     EXPECT_EQ(windows.page().problem, "");
 

@@ -410,7 +410,8 @@ void UnlockModel::store(UnlockSettings settings) {
 
 std::optional<std::string> UnlockModel::currentProblem() const {
     if (problem_) return problem_;
-    if (auto problem = platform_.lockEvents.problem()) return problem;
+    if (const Phrase problem = platform_.lockEvents.problem(); !problem.empty())
+        return translated(problem);
     return platform_.defaults.problem();
 }
 

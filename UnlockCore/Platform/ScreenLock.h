@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "UnlockCore/Foundation/Phrase.h"
+
 #include <functional>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace marrowby {
@@ -32,8 +33,8 @@ class LockEventWatching {
     [[nodiscard]] virtual bool isSleeping() const = 0;
     /// Read afresh.
     [[nodiscard]] virtual SessionLocker locker() const { return {}; }
-    /// What keeps locks from being noticed now, as a sentence for the user.
-    [[nodiscard]] virtual std::optional<std::string> problem() const { return std::nullopt; }
+    /// What keeps locks from being noticed now, as a sentence for the user; empty if nothing does.
+    [[nodiscard]] virtual Phrase problem() const { return {}; }
     virtual void start() = 0;
     virtual void stop() = 0;
 };

@@ -111,9 +111,7 @@ void DesktopSession::start() {
         if (onAway) onAway(sentence);
     };
     sources_->savers.onChange = update;
-    sources_->savers.onBusLost = [this, away] {
-        if (const auto problem = sources_->lock.problem()) away(*problem);
-    };
+    sources_->savers.onBusLost = [this, away] { away(inEnglish(sources_->lock.problem())); };
     if (sources_->display) sources_->display->start({.onChange = update, .onAway = away});
     sources_->logind.start();
     sources_->savers.start();

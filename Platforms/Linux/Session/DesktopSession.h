@@ -39,7 +39,7 @@ class DesktopSession {
     DesktopSession(const DesktopSession&) = delete;
     DesktopSession& operator=(const DesktopSession&) = delete;
 
-    /// Called with a sentence for the user when the display is missing at the start or lost, or
+    /// Called with a sentence for the log when the display is missing at the start or lost, or
     /// the session bus is lost.
     std::function<void(const std::string&)> onAway;
 

@@ -58,10 +58,11 @@ SessionLocker LinuxLockMonitor::locker() const {
     return locker;
 }
 
-std::optional<std::string> LinuxLockMonitor::problem() const {
-    if (!savers_.isBusLost()) return std::nullopt;
-    return "The session bus is gone. Until it is back, the keyring can’t be reached, and a lock "
-           "that is only announced there isn’t noticed.";
+Phrase LinuxLockMonitor::problem() const {
+    if (!savers_.isBusLost()) return {};
+    return Phrase(
+        "The session bus is gone. Until it is back, the keyring can’t be reached, and a lock that "
+        "is only announced there isn’t noticed.");
 }
 
 void LinuxLockMonitor::update() {

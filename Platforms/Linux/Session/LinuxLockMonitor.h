@@ -9,8 +9,6 @@
 #include "UnlockCore/Platform/ScreenLock.h"
 
 #include <memory>
-#include <optional>
-#include <string>
 
 namespace marrowby {
 
@@ -28,7 +26,7 @@ class LinuxLockMonitor final : public LockEventWatching, public LockStateReading
     [[nodiscard]] LockState state() const override;
     [[nodiscard]] bool isSleeping() const override { return run_ && run_->isSleeping; }
     [[nodiscard]] SessionLocker locker() const override;
-    [[nodiscard]] std::optional<std::string> problem() const override;
+    [[nodiscard]] Phrase problem() const override;
     void start() override;
     void stop() override;
 
