@@ -9,6 +9,7 @@
 #include "Unlock/Linux/SwitchButton.h"
 #include "UnlockCore/Foundation/Phrase.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QComboBox>
 #include <QFontDatabase>
@@ -220,6 +221,7 @@ class ChoiceView final : public TitledView {
     void show(const WindowRow& row, Mnemonics& keys) override {
         const auto& choice = std::get<WindowRow::Choice>(row);
         showTitle(choice.title, choice.detail, *control_, keys);
+        control_->view()->setAccessibleName(text(choice.title));
         if (choice.options != options_) {
             options_ = choice.options;
             control_->clear();
