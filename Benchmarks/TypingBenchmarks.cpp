@@ -68,7 +68,11 @@ void typePassword(benchmark::State& state, FieldClearing clearing, const KeyPace
 BENCHMARK_CAPTURE(typePassword, Mac, FieldClearing::toTheEndThenBack, loginWindowPace)
     ->Arg(20)
     ->Arg(45);
-BENCHMARK_CAPTURE(typePassword, X11, FieldClearing::controlU, KeyPace{})->Arg(20)->Arg(45);
+BENCHMARK_CAPTURE(
+    typePassword, X11, FieldClearing::controlU,
+    KeyPace{.tapsFirst = false, .wake = {}, .shortcut = {}, .afterText = {}, .afterReturn = {}})
+    ->Arg(20)
+    ->Arg(45);
 
 }  // namespace
 }  // namespace marrowby

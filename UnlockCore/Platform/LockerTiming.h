@@ -10,7 +10,7 @@ namespace marrowby {
 /// Waits of typing into an X11 locker.
 namespace lockertiming {
 
-/// Between two events; lockers that read raw events need it.
+/// After each key that is no character.
 inline constexpr TimeInterval eventGap{0.001};
 /// How long after the last press a borrowed key keeps its mapping for slow readers: with three busy
 /// processes per core, xscreensaver was 1.2 s late.
@@ -21,7 +21,7 @@ inline constexpr TimeInterval returningStep{0.020};
 inline constexpr std::chrono::milliseconds deliveryLimit{2000};
 /// Until a starting locker's window appears.
 inline constexpr TimeInterval coverLimit{1.0};
-/// Until a locker's dialog program appears or ends.
+/// Until a locker's dialog program takes keys.
 inline constexpr TimeInterval dialogLimit{5.0};
 /// Until a busy locker starts its event loop or processes its events, and how often it is polled.
 inline constexpr TimeInterval busyLimit{2.0};

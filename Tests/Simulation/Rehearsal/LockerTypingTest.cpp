@@ -251,12 +251,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"beyondAsciiOnGermanXsecurelock", xsecurelock, "de", "é ß ž字😀 Пар yZ"}),
     [](const auto& test) { return std::string(test.param.name); });
 
-class LockerTypingAfterAMistake : public LockerTyping,
-                                  public testing::WithParamInterface<ScreenLocker::Kind> {};
+class LockerTypingAfterAMistake : public LockerTyping, public testing::WithParamInterface<Case> {};
 
 TEST_P(LockerTypingAfterAMistake, unlocksALockerThatHasJustRefusedSomebodysPassword) {
-    useLocker(GetParam());
-    ASSERT_NO_FATAL_FAILURE(lock("Right 1"));
+    const Case& one = GetParam();
+    useLocker(one.locker);
+    ASSERT_NO_FATAL_FAILURE(lock(one.password));
     if (IsSkipped()) return;
     keyEvents_->wakeField([&] { return locker_->isRunning(); });
     ASSERT_TRUE(somebody_->write("wrong"));
@@ -265,30 +265,18 @@ TEST_P(LockerTypingAfterAMistake, unlocksALockerThatHasJustRefusedSomebodysPassw
     while (locker_->refusals() == 0 && std::chrono::steady_clock::now() < deadline)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
     ASSERT_EQ(locker_->refusals(), 1U);
-    EXPECT_TRUE(type("Right 1"));
+    EXPECT_TRUE(type(one.password));
     EXPECT_TRUE(isUnlockedInTime());
     EXPECT_EQ(locker_->refusals(), 1U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Everywhere, LockerTypingAfterAMistake,
-                         testing::Values(ScreenLocker::Kind::i3lock,
-                                         ScreenLocker::Kind::xsecurelock,
-                                         ScreenLocker::Kind::xscreensaver,
-                                         ScreenLocker::Kind::mateScreensaver),
-                         [](const auto& test) {
-                             switch (test.param) {
-                                 case ScreenLocker::Kind::i3lock:
-                                 case ScreenLocker::Kind::i3lockInBackground:
-                                     break;
-                                 case ScreenLocker::Kind::xsecurelock:
-                                     return "xsecurelock";
-                                 case ScreenLocker::Kind::xscreensaver:
-                                     return "xscreensaver";
-                                 case ScreenLocker::Kind::mateScreensaver:
-                                     return "mateScreensaver";
-                             }
-                             return "i3lock";
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Everywhere, LockerTypingAfterAMistake,
+    testing::Values(Case{"i3lock", i3lock, "us", "Right 1"},
+                    Case{"xsecurelock", xsecurelock, "us", "Right 1"},
+                    Case{"xscreensaver", ScreenLocker::Kind::xscreensaver, "us", "Right 1"},
+                    Case{"mateScreensaver", ScreenLocker::Kind::mateScreensaver, "us", "Right 1"}),
+    [](const auto& test) { return std::string(test.param.name); });
 
 TEST_F(LockerTyping, stopsWhenSomebodyElseTypes) {
     ASSERT_NO_FATAL_FAILURE(lock("right"));
