@@ -15,6 +15,9 @@ inline constexpr TimeInterval eventGap{0.001};
 /// How long after the last press a borrowed key keeps its mapping for slow readers: with three busy
 /// processes per core, xscreensaver was 1.2 s late.
 inline constexpr TimeInterval returningLimit{4.0};
+/// The same while a dialog is seen not to have handled all keys: at a load of 30 on two cores
+/// xscreensaver's was more than 4 s late.
+inline constexpr TimeInterval handlingLimit{30.0};
 /// How often the lock state is polled meanwhile.
 inline constexpr TimeInterval returningStep{0.020};
 /// Until the display reports which client received a key.

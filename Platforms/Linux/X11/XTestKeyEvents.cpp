@@ -194,13 +194,16 @@ class XTestKeyEventSource final : public KeyEventSource {
 
     void settle(const std::function<bool()>& stillLocked) override {
         guard_.release();
-        deliveries_.reset();
-        if (!hasPosted_) return;
-        TimeInterval waited{};
-        while (waited < lockertiming::returningLimit && stillLocked()) {
+        TimeInterval sinceHandled{};
+        for (TimeInterval waited{}; hasPosted_ && waited < lockertiming::handlingLimit &&
+                                    sinceHandled < lockertiming::returningLimit && stillLocked();
+             waited += lockertiming::returningStep) {
             rules_.pause(lockertiming::returningStep);
-            waited += lockertiming::returningStep;
+            sinceHandled += lockertiming::returningStep;
+            (void)isUndisturbed();
+            if (dialog_ && deliveries_->rawKeys(*dialog_).unhandled > 0) sinceHandled = {};
         }
+        deliveries_.reset();
     }
 
   private:
@@ -370,7 +373,10 @@ class XTestKeyEventSource final : public KeyEventSource {
              waited += lockertiming::dialogStep) {
             const auto dialog = dialogAmong(programs_.clients(), locker);
             const Sight sight = dialog ? look(*dialog) : Sight::none;
-            if (sight == Sight::there) return true;
+            if (sight == Sight::there) {
+                dialog_ = dialog;
+                return true;
+            }
             if (sight == Sight::coming) untilTap = lockertiming::dialogTapStep;
             if (sight == Sight::dubious) untilTap = {};
             if (untilTap <= TimeInterval{}) {
@@ -496,6 +502,7 @@ class XTestKeyEventSource final : public KeyEventSource {
     std::unique_ptr<XKeyDeliveries> deliveries_;
     LockerPace pace_;
     std::optional<XKeyHolder> holder_;
+    std::optional<std::uint32_t> dialog_;
     std::optional<xcb_keycode_t> heldModifier_;
     bool hasClearedLocks_ = false;
     bool hasPosted_ = false;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Platforms/Linux/X11/ClientPrograms.h"
 #include "Platforms/Linux/X11/XKeyLayout.h"
 #include "Platforms/Linux/X11/XLentKeys.h"
 #include "Platforms/Linux/X11/XTestKeyEvents.h"
@@ -8,6 +9,7 @@
 #include "Simulation/Desktop/PrivateDesktop.h"
 #include "Simulation/Desktop/ScreenLocker.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
+#include "UnlockCore/Platform/LockerTiming.h"
 
 #include <QCoreApplication>
 #include <algorithm>
@@ -22,6 +24,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
@@ -277,6 +280,35 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"xscreensaver", ScreenLocker::Kind::xscreensaver, "us", "Right 1"},
                     Case{"mateScreensaver", ScreenLocker::Kind::mateScreensaver, "us", "Right 1"}),
     [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(LockerTyping, lendsKeysUntilADialogThatIsSecondsLateHasReadThem) {
+    useLocker(ScreenLocker::Kind::xscreensaver);
+    ASSERT_NO_FATAL_FAILURE(lock("Späte ß 字"));
+    if (IsSkipped()) return;
+    pid_t dialog = 0;
+    int waits = 0;
+    XTestKeyEvents keyEvents(desktop_->displayName(), [&](TimeInterval duration) {
+        const int wakes = static_cast<int>(lockertiming::returningLimit / duration) + 50;
+        if (duration != lockertiming::returningStep || waits > wakes)
+            XTestKeyEvents::sleep(duration);
+        else if (++waits > wakes)
+            ::kill(dialog, SIGCONT);
+    });
+    const auto isLocked = [&] { return locker_->isRunning(); };
+    keyEvents.wakeField(isLocked);
+    const ClientPrograms programs(*connection_);
+    for (const auto client : programs.clients()) {
+        const auto program = programs.behind(client);
+        if (program && program->name.starts_with("xscreensaver-au"))
+            dialog = static_cast<pid_t>(program->process);
+    }
+    ASSERT_NE(dialog, 0);
+    EXPECT_TRUE(keystrokeinjector::typePassword(keyEvents, bytesOf("Späte ß 字"), isLocked, [&] {
+                    ::kill(dialog, SIGSTOP);
+                }).outcome());
+    EXPECT_TRUE(isUnlockedInTime());
+    EXPECT_EQ(locker_->refusals(), 0U);
+}
 
 TEST_F(LockerTyping, stopsWhenSomebodyElseTypes) {
     ASSERT_NO_FATAL_FAILURE(lock("right"));
