@@ -343,6 +343,11 @@ class MeterBar final : public QProgressBar {
     void paintEvent(QPaintEvent* /*event*/) override {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
+        // Grows as one reads.
+        if (layoutDirection() == Qt::RightToLeft) {
+            painter.translate(width(), 0);
+            painter.scale(-1, 1);
+        }
         const QRectF groove = QRectF(rect()).adjusted(1, 4, -1, -4);
         painter.setPen(Qt::NoPen);
         painter.setBrush(pagecolors::line(palette()));

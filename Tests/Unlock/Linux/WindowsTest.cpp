@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Platforms/Linux/Desktop/GettextCatalogue.h"
 #include "Tests/Unlock/FakeComputer.h"
 #include "Unlock/Linux/LinuxWords.h"
 #include "Unlock/Linux/QtApplicationWindows.h"
@@ -24,6 +25,9 @@
 #include <QWindow>
 #include <algorithm>
 #include <array>
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -212,6 +216,8 @@ void expectUsable(Windows& computer, QSize screen) {
 struct WindowsTest : testing::TestWithParam<QSize> {
     Windows computer{GetParam()};
 
+    ~WindowsTest() override { useCatalogue(nullptr); }
+
     void expectGoodPage(const std::string& title) {
         SCOPED_TRACE(title);
         EXPECT_EQ(computer.window().windowTitle().toStdString(), title);
@@ -221,33 +227,53 @@ struct WindowsTest : testing::TestWithParam<QSize> {
     }
     void walkThroughWelcome() {
         computer.reopen();
-        expectGoodPage("Welcome to Marrowby Unlock");
-        EXPECT_TRUE(computer.act("Continue"));
-        expectGoodPage("What it keeps, and how safe it is");
-        EXPECT_FALSE(computer.act("Continue"));
-        EXPECT_TRUE(computer.act("I understand"));
+        expectGoodPage(translated("Welcome to Marrowby Unlock"));
+        EXPECT_TRUE(computer.act(translated("Continue")));
+        expectGoodPage(translated("What it keeps, and how safe it is"));
+        EXPECT_FALSE(computer.act(translated("Continue")));
+        EXPECT_TRUE(computer.act(translated("I understand")));
         computer.enrollmentCamera->answer = CaptureAuthorization::denied;
-        EXPECT_TRUE(computer.act("Continue"));
-        expectGoodPage("Allow the camera");
+        EXPECT_TRUE(computer.act(translated("Continue")));
+        expectGoodPage(translated("Allow the camera"));
         computer.enrollmentCamera->answer = CaptureAuthorization::authorized;
         computer.keyEvents.trusted = false;
         computer.mainThread.advance(TimeInterval(2));
-        expectGoodPage("Allow typing your password");
+        expectGoodPage(translated("Allow typing your password"));
         computer.keyEvents.trusted = true;
         computer.mainThread.advance(TimeInterval(2));
         computer.see(0, 0);
-        expectGoodPage("Save your face");
+        expectGoodPage(translated("Save your face"));
         computer.holdAllPoses();
         computer.type("Anna");
-        expectGoodPage("Name this look");
-        EXPECT_TRUE(computer.act("Continue"));
+        expectGoodPage(translated("Name this look"));
+        EXPECT_TRUE(computer.act(translated("Continue")));
         computer.type("secret");
-        expectGoodPage("Save your login password");
-        EXPECT_TRUE(computer.act("Continue"));
-        expectGoodPage("When should it look for you?");
-        EXPECT_TRUE(computer.act("Continue"));
-        expectGoodPage("That’s it");
-        EXPECT_TRUE(computer.act("Done"));
+        expectGoodPage(
+            translated("Save your {password}", {{"password", linuxWords.password.inSentence}}));
+        EXPECT_TRUE(computer.act(translated("Continue")));
+        expectGoodPage(translated("When should it look for you?"));
+        EXPECT_TRUE(computer.act(translated("Continue")));
+        expectGoodPage(translated("That’s it"));
+        EXPECT_TRUE(computer.act(translated("Done")));
+    }
+    /// Through every page, in the language of the catalogue in use.
+    void walkThroughAll() {
+        walkThroughWelcome();
+        computer.reopen();
+        expectGoodPage("Marrowby Unlock");
+        EXPECT_TRUE(computer.act(translated("Unlock with your face")));
+        EXPECT_FALSE(computer.application->model().settings().isEnabled);
+        EXPECT_TRUE(computer.act(translated("Show what it does at the lock screen")));
+        EXPECT_FALSE(computer.application->model().settings().showsAnimation);
+        const Filling name("name", std::string("Anna"));
+        EXPECT_TRUE(computer.act(translated("Remove “{name}”…", {name})));
+        expectGoodPage(translated("Remove “{name}”?", {name}));
+        EXPECT_TRUE(computer.act(translated("Cancel")));
+        EXPECT_TRUE(computer.act(translated("Rename “{name}”…", {name})));
+        expectGoodPage(translated("Rename “{name}”", {name}));
+        EXPECT_TRUE(computer.act(translated("Cancel")));
+        EXPECT_TRUE(computer.act(translated("Erase Everything…")));
+        expectGoodPage(translated("Erase everything?"));
     }
 };
 
@@ -282,21 +308,31 @@ TEST_P(WindowsTest, showsATrialOnAnyScreen) {
 }
 
 TEST_P(WindowsTest, canBeUsedByNameOnEveryPage) {
-    walkThroughWelcome();
-    computer.reopen();
-    expectGoodPage("Marrowby Unlock");
-    EXPECT_TRUE(computer.act("Unlock with your face"));
-    EXPECT_FALSE(computer.application->model().settings().isEnabled);
-    EXPECT_TRUE(computer.act("Show what it does at the lock screen"));
-    EXPECT_FALSE(computer.application->model().settings().showsAnimation);
-    EXPECT_TRUE(computer.act("Remove “Anna”…"));
-    expectGoodPage("Remove “Anna”?");
-    EXPECT_TRUE(computer.act("Cancel"));
-    EXPECT_TRUE(computer.act("Rename “Anna”…"));
-    expectGoodPage("Rename “Anna”");
-    EXPECT_TRUE(computer.act("Cancel"));
-    EXPECT_TRUE(computer.act("Erase Everything…"));
-    expectGoodPage("Erase everything?");
+    walkThroughAll();
+}
+
+/// Longer words, and the other way round.
+TEST_P(WindowsTest, holdGermanTextsFromRightToLeft) {
+    setenv("LC_ALL", "C.UTF-8", 1);
+    setenv("LANGUAGE", "de", 1);
+    const GettextCatalogue german(
+        GettextCatalogue::folderFor(std::filesystem::read_symlink("/proc/self/exe")));
+    useCatalogue(&german);
+    ASSERT_EQ(translated("Continue"), "Weiter");
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+    walkThroughAll();
+    EXPECT_TRUE(computer.act(translated("Cancel")));
+    for (const QWidget* control : computer.controls()) {
+        const auto* button = dynamic_cast<const QAbstractButton*>(control);
+        if (button == nullptr || !button->isCheckable()) continue;
+        EXPECT_LT(button->mapTo(&computer.window(), QPoint()).x(), computer.window().width() / 2)
+            << "a switch stands at its title’s end";
+    }
+    const QString folder = qEnvironmentVariable("MARROWBY_PICTURES");
+    if (!folder.isEmpty()) computer.window().grab().save(folder + "/settings-from-the-right.png");
+    unsetenv("LANGUAGE");
+    unsetenv("LC_ALL");
+    std::setlocale(LC_ALL, "C");
 }
 
 // The last is 1366 × 768 at two pixels a point.
