@@ -16,6 +16,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cstdlib>
@@ -167,6 +168,10 @@ PageWindow::PageWindow(WindowPresenter& presenter, std::function<void()> onClose
     header_->setSpacing(6);
     title_->setTextFormat(Qt::PlainText);
     title_->setWordWrap(true);
+    // At the side where the window's lines begin, not where a Latin name would.
+    title_->setAlignment(
+        QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter) |
+        Qt::AlignAbsolute);
     scaleFont(*title_, 1.7, true);
     header_->addWidget(title_);
     header_->addWidget(detail_);
