@@ -30,7 +30,8 @@ assert not [word for word in known if word not in manual], manual
 
 with tempfile.TemporaryDirectory() as home:
     read, write = os.pipe()
-    server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "640x480x24", "-nolisten", "tcp"],
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "640x480x24", "-nolisten", "tcp",
+                               "-noreset"],
                               pass_fds=[write], stderr=subprocess.DEVNULL)
     try:
         os.close(write)
