@@ -36,8 +36,9 @@ constexpr std::chrono::seconds lockLimit{10};
 constexpr std::chrono::milliseconds askStep{10};
 constexpr TimeInterval endLimit{2.0};
 
-/// The PAM wrapper's error when another one, starting at the same time, took its folder's name.
-constexpr const char* takenPlace = "Failed to create pam_wrapper config dir";
+/// Begins the PAM wrapper's errors: another one, starting at the same time, took its folder's name,
+/// or one that was killed left a folder half made.
+constexpr const char* wrapperError = "PWRAP_ERROR";
 constexpr int startTries = 5;
 
 // Called with the folder. When its input ends, at the latest with this process, removes the folder
@@ -428,7 +429,7 @@ std::expected<void, std::string> ScreenLocker::lock(std::string_view password) {
     std::expected<void, std::string> locked;
     for (int tries = 0; tries < startTries; ++tries) {
         locked = tryToLock(password);
-        if (locked || locked.error() != takenPlace) break;
+        if (locked || !locked.error().starts_with(wrapperError)) break;
     }
     return locked;
 }
@@ -458,7 +459,8 @@ std::expected<void, std::string> ScreenLocker::tryToLock(std::string_view passwo
     if (said.contains("cannot be preloaded")) {
         return std::unexpected("libpam_wrapper.so is not installed.");
     }
-    if (start != Start::up && said.contains(takenPlace)) return std::unexpected(takenPlace);
+    if (const auto at = said.find(wrapperError); start != Start::up && at != std::string::npos)
+        return std::unexpected(said.substr(at, said.find('\n', at) - at));
     switch (start) {
         case Start::up:
             break;
