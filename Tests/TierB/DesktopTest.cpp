@@ -130,7 +130,7 @@ class DesktopTest : public ProgramTest, public testing::WithParamInterface<Deskt
     void lock() {
         // A desktop that has just started may not listen yet.
         QTimer asking;
-        QObject::connect(&asking, &QTimer::timeout, [this] {
+        QObject::connect(&asking, &QTimer::timeout, [] {
             QProcess::startDetached("loginctl", {"lock-session", sessionID()});
         });
         asking.start(500);
