@@ -29,7 +29,7 @@ TEST(UnlockGate, theFirstUnmetConditionRefuses) {
             const auto decision = UnlockGate::decide(conditions);
             const auto* refuse = std::get_if<UnlockGate::Decision::Refuse>(&decision);
             ASSERT_NE(refuse, nullptr) << refusal;
-            EXPECT_EQ(name(refuse->refusal).english(), refusal);
+            EXPECT_STREQ(name(refuse->refusal).english(), refusal);
         }
         growing.*condition = true;
     }
