@@ -287,8 +287,9 @@ TEST_F(LockerTyping, lendsKeysUntilADialogThatIsSecondsLateHasReadThem) {
     if (IsSkipped()) return;
     pid_t dialog = 0;
     int waits = 0;
+    const int wakes =
+        static_cast<int>(lockertiming::returningLimit / lockertiming::returningStep) + 50;
     XTestKeyEvents keyEvents(desktop_->displayName(), [&](TimeInterval duration) {
-        const int wakes = static_cast<int>(lockertiming::returningLimit / duration) + 50;
         if (duration != lockertiming::returningStep || waits > wakes)
             XTestKeyEvents::sleep(duration);
         else if (++waits > wakes)
