@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -18,7 +19,7 @@ namespace {
 using nlohmann::json;
 
 /// The version of the layout below; others are not read.
-constexpr int version = 2;
+constexpr int version = 3;
 
 json packed(const Rect& r) {
     return {r.x, r.y, r.width, r.height};
@@ -39,6 +40,31 @@ std::optional<Value> optional(const json& j) {
     return j.get<Value>();
 }
 
+/// Hundredths of a pixel, far below landmark noise.
+json packed(std::span<const Point> points) {
+    json numbers = json::array();
+    for (const Point& point : points) {
+        numbers.push_back(std::lround(point.x * 100));
+        numbers.push_back(std::lround(point.y * 100));
+    }
+    return numbers;
+}
+
+std::vector<Point> points(const json& numbers) {
+    std::vector<Point> points;
+    for (std::size_t i = 0; i + 1 < numbers.size(); i += 2) {
+        points.push_back(
+            {numbers.at(i).get<double>() / 100, numbers.at(i + 1).get<double>() / 100});
+    }
+    return points;
+}
+
+std::optional<Point> pupil(const json& landmarks, const char* name) {
+    if (!landmarks.contains(name)) return std::nullopt;
+    const auto found = points(landmarks.at(name));
+    return found.empty() ? std::nullopt : std::optional(found.front());
+}
+
 json packed(const DetectedFace& face) {
     json j{{"box", packed(face.boundingBox)},
            {"normalized", packed(face.normalizedBoundingBox)},
@@ -48,16 +74,13 @@ json packed(const DetectedFace& face) {
            {"pitch", packed(face.pitch)},
            {"picture", {face.imageSize.width, face.imageSize.height}}};
     if (!face.landmarks) return j;
-    json& regions = j["landmarks"] = json::array();
-    for (const auto& [region, points] : face.landmarks->regions) {
-        // Hundredths of a pixel, far below landmark noise.
-        json numbers = json::array();
-        for (const Point& point : points) {
-            numbers.push_back(std::lround(point.x * 100));
-            numbers.push_back(std::lround(point.y * 100));
-        }
-        regions.push_back({static_cast<int>(region), std::move(numbers)});
-    }
+    json& landmarks = j["landmarks"] = {{"regions", json::array()}};
+    for (const auto& [region, places] : face.landmarks->regions)
+        landmarks["regions"].push_back({static_cast<int>(region), packed(places)});
+    if (const auto& left = face.landmarks->leftPupil)
+        landmarks["left"] = packed(std::span(&*left, 1));
+    if (const auto& right = face.landmarks->rightPupil)
+        landmarks["right"] = packed(std::span(&*right, 1));
     return j;
 }
 
@@ -71,15 +94,13 @@ DetectedFace detectedFace(const json& j) {
                       .landmarks = std::nullopt,
                       .imageSize = {j.at("picture").at(0), j.at("picture").at(1)}};
     if (!j.contains("landmarks")) return face;
+    const json& landmarks = j.at("landmarks");
     face.landmarks.emplace();
-    for (const json& region : j.at("landmarks")) {
-        auto& points =
-            face.landmarks->regions[static_cast<LandmarkRegion>(region.at(0).get<int>())];
-        const json& numbers = region.at(1);
-        for (std::size_t i = 0; i + 1 < numbers.size(); i += 2) {
-            points.push_back(
-                {numbers.at(i).get<double>() / 100, numbers.at(i + 1).get<double>() / 100});
-        }
+    face.landmarks->leftPupil = pupil(landmarks, "left");
+    face.landmarks->rightPupil = pupil(landmarks, "right");
+    for (const json& region : landmarks.at("regions")) {
+        face.landmarks->regions[static_cast<LandmarkRegion>(region.at(0).get<int>())] =
+            points(region.at(1));
     }
     return face;
 }

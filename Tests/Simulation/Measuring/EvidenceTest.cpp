@@ -40,6 +40,8 @@ TakeEvidence evidence(const Frame& frame, std::size_t frames) {
         face.landmarks->regions[LandmarkRegion::leftEye] = {{120, 110}};
         face.landmarks->regions[LandmarkRegion::rightEye] = {{160.25, 110}};
         face.landmarks->regions[LandmarkRegion::nose] = {{140, 135}};
+        face.landmarks->leftPupil = {121, 110};
+        face.landmarks->rightPupil = {158.5, 110};
         LivenessFrame liveness = livenessFrame(face, Date(at));
         liveness.antiSpoof = AntiSpoofScore{frame.live, frame.live, frame.live};
         liveness.glare = GlareSample{90, 0.1F, 0.2F};
@@ -74,7 +76,8 @@ TEST(Evidence, isJudgedTheSameAfterReadingItBack) {
     const auto& [liveness, fault, recognition, rectangle] = kept->frames[2].findings;
     EXPECT_EQ(recognition->face, take.frames[2].findings.recognition->face);
     EXPECT_EQ(rectangle, take.frames[2].findings.rectangle);
-    EXPECT_EQ(liveness.interocularDistance, 40.25);
+    EXPECT_EQ(liveness.interocularDistance, 37.5);
+    EXPECT_EQ(liveness.noseOffsetRatio, take.frames[2].findings.liveness.noseOffsetRatio);
     EXPECT_EQ(liveness.glare, take.frames[2].findings.liveness.glare);
     EXPECT_EQ(liveness.moire, take.frames[2].findings.liveness.moire);
     for (const Trial& trial : trials(LivenessMode::standard, std::nullopt)) {
