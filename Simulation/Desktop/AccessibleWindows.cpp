@@ -23,8 +23,10 @@ constexpr const char* accessible = "org.a11y.atspi.Accessible";
 constexpr const char* action = "org.a11y.atspi.Action";
 /// AtspiStateType, bits of a set.
 constexpr unsigned activeState = 1;
+constexpr unsigned checkedState = 4;
 constexpr unsigned enabledState = 8;
 constexpr unsigned expandedState = 10;
+constexpr unsigned focusableState = 11;
 constexpr unsigned focusedState = 12;
 constexpr unsigned showingState = 25;
 /// Also set where it is scrolled out of view.
@@ -144,6 +146,26 @@ class AccessibleWindows::Bus {
         return std::nullopt;
     }
 
+    /// What can be pressed by this name, in the window that is shown.
+    [[nodiscard]] std::optional<Node> control(std::string_view named) {
+        const auto shown = window();
+        if (!shown) return std::nullopt;
+        return find(*shown, [&](const Node& node) {
+            return name(node) == named && has(node, enabledState) && role(node) != "label" &&
+                   role(node) != "dialog";
+        });
+    }
+
+    /// All that is visible in the window that is shown.
+    void visit(const std::function<void(const Node&)>& see) {
+        if (const auto shown = window()) {
+            (void)find(*shown, [&](const Node& node) {
+                see(node);
+                return false;
+            });
+        }
+    }
+
   private:
     void connect() {
         if (QDBusConnection(connectionName).isConnected()) return;
@@ -174,23 +196,29 @@ std::optional<std::string> AccessibleWindows::title() const {
 
 std::vector<std::string> AccessibleWindows::texts() const {
     std::vector<std::string> texts;
-    if (const auto window = bus_->window()) {
-        (void)bus_->find(*window, [&](const Node& node) {
-            if (std::string name = bus_->name(node); !name.empty())
-                texts.push_back(std::move(name));
-            return false;
-        });
-    }
+    bus_->visit([&](const Node& node) {
+        if (std::string name = bus_->name(node); !name.empty()) texts.push_back(std::move(name));
+    });
     return texts;
 }
 
-bool AccessibleWindows::press(std::string_view name) const {
-    const auto window = bus_->window();
-    if (!window) return false;
-    const auto control = bus_->find(*window, [&](const Node& node) {
-        return bus_->name(node) == name && bus_->has(node, enabledState) &&
-               bus_->role(node) != "label" && bus_->role(node) != "dialog";
+std::vector<std::string> AccessibleWindows::unnamedControls() const {
+    std::vector<std::string> roles;
+    bus_->visit([&](const Node& node) {
+        if (bus_->has(node, focusableState) && bus_->name(node).empty())
+            roles.push_back(bus_->role(node));
     });
+    return roles;
+}
+
+std::optional<bool> AccessibleWindows::isOn(std::string_view name) const {
+    const auto control = bus_->control(name);
+    if (!control) return std::nullopt;
+    return bus_->has(*control, checkedState);
+}
+
+bool AccessibleWindows::press(std::string_view name) const {
+    const auto control = bus_->control(name);
     return control && bus_->ask(*control, action, "DoAction", {0}).value(0).toBool();
 }
 

@@ -24,6 +24,10 @@ class AccessibleWindows {
     [[nodiscard]] std::optional<std::string> title() const;
     /// All its texts.
     [[nodiscard]] std::vector<std::string> texts() const;
+    /// The roles of its controls that a screen reader has no name for.
+    [[nodiscard]] std::vector<std::string> unnamedControls() const;
+    /// Whether the switch of this name is on; nothing where no control of this name can be pressed.
+    [[nodiscard]] std::optional<bool> isOn(std::string_view name) const;
 
     /// Presses the button or switch of this name; false where none can be pressed.
     [[nodiscard]] bool press(std::string_view name) const;
