@@ -130,6 +130,15 @@ class ProgramTest : public testing::Test {
         press(xkey::returnKey);
         ASSERT_NO_FATAL_FAILURE(finishTheWindow());
     }
+    /// Where the desktop is asked to unlock, to which the owner agrees.
+    void setUpWithConsent() {
+        ASSERT_NO_FATAL_FAILURE(captureThroughTheWindow(false));
+        ASSERT_NO_FATAL_FAILURE(sees("Unlock without your password?"));
+        press(spaceKey);
+        press(xkey::returnKey);
+        ASSERT_NO_FATAL_FAILURE(finishTheWindow());
+        EXPECT_FALSE(std::filesystem::exists(saved("Password.sealed")));
+    }
 
     void lockScreen() {
         const auto locked = locker->lock(ownersPassword);

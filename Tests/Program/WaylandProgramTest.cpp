@@ -96,12 +96,7 @@ class WaylandProgramTest : public ProgramTest {
 TEST_F(WaylandProgramTest, hasTheDesktopUnlockForItsOwnerAlone) {
     ASSERT_NO_FATAL_FAILURE(startDesktop());
     ASSERT_NO_FATAL_FAILURE(start());
-    ASSERT_NO_FATAL_FAILURE(captureThroughTheWindow(false));
-    ASSERT_NO_FATAL_FAILURE(sees("Unlock without your password?"));
-    press(spaceKey);
-    press(xkey::returnKey);
-    ASSERT_NO_FATAL_FAILURE(finishTheWindow());
-    EXPECT_FALSE(std::filesystem::exists(saved("Password.sealed")));
+    ASSERT_NO_FATAL_FAILURE(setUpWithConsent());
     EXPECT_THAT(tell({"status"}), HasSubstr("Ready: "));
 
     ASSERT_TRUE(program->order("scene live-normal 9"));

@@ -142,12 +142,7 @@ class DesktopTest : public ProgramTest, public testing::WithParamInterface<Deskt
 
 TEST_P(DesktopTest, unlocksForItsOwnerAlone) {
     ASSERT_NO_FATAL_FAILURE(start());
-    ASSERT_NO_FATAL_FAILURE(captureThroughTheWindow(false));
-    ASSERT_NO_FATAL_FAILURE(sees("Unlock without your password?"));
-    press(spaceKey);
-    press(xkey::returnKey);
-    ASSERT_NO_FATAL_FAILURE(finishTheWindow());
-    EXPECT_FALSE(std::filesystem::exists(saved("Password.sealed")));
+    ASSERT_NO_FATAL_FAILURE(setUpWithConsent());
 
     ASSERT_TRUE(program->order("scene live-normal 9"));
     ASSERT_NO_FATAL_FAILURE(lock());
