@@ -46,6 +46,7 @@ with tempfile.TemporaryDirectory() as home:
         # Displays that are gone end in a sentence; one that is there is enough.
         for gone, sentence in (
                 ({"DISPLAY": ":7777"}, "graphical session. "),
+                ({"DISPLAY": ":7777", "LANGUAGE": "de"}, "Sitzung. Die Anzeige „:7777“ lässt sich nicht öffnen."),
                 ({"DISPLAY": ""}, "Neither DISPLAY nor WAYLAND_DISPLAY"),
                 ({"DISPLAY": "", "WAYLAND_DISPLAY": "wayland-7"}, "display “wayland-7” doesn’t answer"),
                 ({"QT_QPA_PLATFORM": "wayland", "WAYLAND_DISPLAY": "wayland-7"}, "“wayland-7” doesn’t answer"),

@@ -21,8 +21,8 @@ std::expected<std::unique_ptr<XcbConnection>, std::string> XcbConnection::create
     }
     if (!screen) {
         xcb_disconnect(connection);
-        return std::unexpected(inEnglish(Phrase("The display “{display}” can’t be opened."),
-                                         {{"display", displayName}}));
+        return std::unexpected(
+            translated("The display “{display}” can’t be opened.", {{"display", displayName}}));
     }
     return std::unique_ptr<XcbConnection>(new XcbConnection(connection, screen, displayName));
 }
