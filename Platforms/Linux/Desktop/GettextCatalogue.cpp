@@ -28,7 +28,8 @@ GettextCatalogue::GettextCatalogue(const std::filesystem::path& folder) {
     // Not LC_ALL: numbers keep their form.
     std::setlocale(LC_CTYPE, "");
     std::setlocale(LC_MESSAGES, "");
-    ::bindtextdomain(domain, folder.c_str());
+    // To glibc an empty name is the working directory, which may be anybody's.
+    if (!folder.empty()) ::bindtextdomain(domain, folder.c_str());
     ::bind_textdomain_codeset(domain, "UTF-8");
 }
 

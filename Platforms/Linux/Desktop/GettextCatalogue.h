@@ -12,10 +12,11 @@ namespace marrowby {
 class GettextCatalogue final : public Catalogue {
   public:
     /// Of the program's catalogues, LANGUAGE/LC_MESSAGES/marrowby-unlock.mo: share/locale in the
-    /// nearest folder above the program, installed or built.
+    /// nearest folder above the program, installed or built. Empty where there is none.
     [[nodiscard]] static std::filesystem::path folderFor(const std::filesystem::path& program);
 
-    /// Takes the process's language from the environment: before any thread is started.
+    /// Takes the process's language from the environment: before any thread is started. An empty
+    /// folder leaves glibc's own, the system's.
     explicit GettextCatalogue(const std::filesystem::path& folder);
 
     [[nodiscard]] std::string text(const char* english) const override;

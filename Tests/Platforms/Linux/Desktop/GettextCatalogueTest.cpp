@@ -1,23 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/Linux/Desktop/GettextCatalogue.h"
+#include "Tests/Platforms/Linux/TemporaryFolder.h"
 
 #include <clocale>
 #include <cstdlib>
 #include <filesystem>
 
 #include <gtest/gtest.h>
+#include <libintl.h>
 
 namespace marrowby {
 namespace {
 
 struct GettextCatalogueTest : testing::Test {
     /// As in a session with these settings.
-    static GettextCatalogue in(const char* locale, const char* language) {
+    static GettextCatalogue in(const char* locale, const char* language,
+                               const std::filesystem::path& folder = builtFolder()) {
         std::setlocale(LC_ALL, "C");
         setenv("LC_ALL", locale, 1);
         setenv("LANGUAGE", language, 1);
-        return GettextCatalogue(
-            GettextCatalogue::folderFor(std::filesystem::read_symlink("/proc/self/exe")));
+        return GettextCatalogue(folder);
+    }
+    static std::filesystem::path builtFolder() {
+        return GettextCatalogue::folderFor(std::filesystem::read_symlink("/proc/self/exe"));
     }
     ~GettextCatalogueTest() override {
         unsetenv("LC_ALL");
@@ -43,6 +48,15 @@ TEST_F(GettextCatalogueTest, speaksEnglishWhereItHasNoOther) {
         EXPECT_EQ(catalogue.text("{count} second", "{count} seconds", 2), "{count} seconds");
     }
     EXPECT_EQ(GettextCatalogue::folderFor("/nowhere/at/all"), "");
+}
+
+TEST_F(GettextCatalogueTest, takesNothingFromTheWorkingDirectory) {
+    const TemporaryFolder none;
+    ::bindtextdomain("marrowby-unlock", none.path().c_str());
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(builtFolder());
+    EXPECT_EQ(in("C.UTF-8", "de", {}).text("Ready"), "Ready");
+    std::filesystem::current_path(before);
 }
 
 }  // namespace
