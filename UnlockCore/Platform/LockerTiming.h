@@ -4,10 +4,11 @@
 #include "UnlockCore/Foundation/Time.h"
 
 #include <chrono>
+#include <cstddef>
 
 namespace marrowby {
 
-/// Waits of typing into an X11 locker.
+/// Waits of typing into an X11 locker, and how often it is tapped.
 namespace lockertiming {
 
 /// After each key that is no character.
@@ -32,6 +33,9 @@ inline constexpr TimeInterval busyStep{0.002};
 /// How often the dialog is polled, and how often the waking key is pressed again.
 inline constexpr TimeInterval dialogStep{0.010};
 inline constexpr TimeInterval dialogTapStep{0.100};
+/// Taps that a dialog with raw keys handles before it is trusted: the first dismisses a page that
+/// says that a password was wrong, and the dialog with it.
+inline constexpr std::size_t tapsOfDialog = 2;
 
 }  // namespace lockertiming
 

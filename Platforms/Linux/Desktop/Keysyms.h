@@ -7,7 +7,8 @@
 
 namespace marrowby::xkey {
 
-/// Keysyms of the X protocol, which XKB layouts use with and without X.
+// Keysyms of the X protocol, which XKB layouts use with and without X.
+
 /// No key has it by itself; Xlib gives the character of the same number, which is Control-U.
 inline constexpr std::uint32_t eraseLine = 0x0015;
 inline constexpr std::uint32_t letterU = 0x0075;

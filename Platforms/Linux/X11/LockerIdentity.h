@@ -82,9 +82,7 @@ struct LockerPace {
         window,
         /// It is connected; the locker keeps keys for it until it is up.
         client,
-        /// Raw keys are delivered to it, and it has handled two taps: the first dismisses a page
-        /// that
-        /// says that a password was wrong, and the helper with it.
+        /// It has handled `lockertiming::tapsOfDialog` taps, as raw keys.
         rawKeys,
     };
     DialogSign dialogSign = DialogSign::window;

@@ -88,7 +88,8 @@ struct XTestKeyEvents::Rules {
 
 namespace {
 
-constexpr std::size_t eventsOfTwoTaps = 4;
+/// A press and a release.
+constexpr std::size_t eventsOfTap = 2;
 
 class XTestKeyEventSource final : public KeyEventSource {
   public:
@@ -409,7 +410,8 @@ class XTestKeyEventSource final : public KeyEventSource {
                 const auto keys = deliveries_->rawKeys(dialog);
                 if (keys.unhandled > 0) return Sight::coming;
                 if (keys.received == 0) return Sight::none;
-                return keys.received < eventsOfTwoTaps ? Sight::dubious : Sight::there;
+                return keys.received < lockertiming::tapsOfDialog * eventsOfTap ? Sight::dubious
+                                                                                : Sight::there;
             }
         }
         return Sight::there;
