@@ -36,11 +36,28 @@ bool hasRightAngles(const Quad& quad, double toleranceDegrees) {
     return true;
 }
 
-/// Whether each pixel has a vertical or a horizontal edge.
-struct EdgeMaps {
-    cv::Mat upright;
-    cv::Mat level;
+/// Whether each pixel has an edge of one direction, by the way in which its brightness steps: to
+/// the right or down.
+struct Edges {
+    cv::Mat rising;
+    cv::Mat falling;
+    cv::Mat any;
 };
+
+struct EdgeMaps {
+    Edges upright;
+    Edges level;
+};
+
+Edges edges(const cv::Mat& steps, const cv::Mat& isSteepest) {
+    constexpr int leastSteepness = 40;
+    const cv::Mat block = cv::Mat::ones(3, 3, CV_8U);
+    Edges found;
+    cv::dilate((steps >= leastSteepness) & isSteepest, found.rising, block);
+    cv::dilate((steps <= -leastSteepness) & isSteepest, found.falling, block);
+    found.any = found.rising | found.falling;
+    return found;
+}
 
 EdgeMaps edgeMaps(const cv::Mat& grey) {
     cv::Mat across;
@@ -49,19 +66,17 @@ EdgeMaps edgeMaps(const cv::Mat& grey) {
     cv::Sobel(grey, down, CV_16S, 0, 1);
     const cv::Mat steepAcross = cv::abs(across);
     const cv::Mat steepDown = cv::abs(down);
-    constexpr int leastSteepness = 40;
-    const cv::Mat block = cv::Mat::ones(3, 3, CV_8U);
-    EdgeMaps maps;
-    cv::dilate((steepAcross >= leastSteepness) & (steepAcross >= steepDown), maps.upright, block);
-    cv::dilate((steepDown >= leastSteepness) & (steepDown >= steepAcross), maps.level, block);
-    return maps;
+    return {.upright = edges(across, steepAcross >= steepDown),
+            .level = edges(down, steepDown >= steepAcross)};
 }
 
-/// Fraction of a side, or of its part from `begin` to `end` (0…1), that lies on an edge.
-double seen(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps, float begin = 0,
-            float end = 1) {
+const Edges& edgesAlong(cv::Point2f side, const EdgeMaps& maps) {
+    return std::abs(side.x) < std::abs(side.y) ? maps.upright : maps.level;
+}
+
+/// Fraction of a side's part from `begin` to `end` (0…1) that lies in the map.
+double share(cv::Point2f from, cv::Point2f to, const cv::Mat& map, float begin, float end) {
     const cv::Point2f step = to - from;
-    const cv::Mat& map = std::abs(step.x) < std::abs(step.y) ? maps.upright : maps.level;
     const int samples = std::max(8, cvRound(cv::norm(step) * double(end - begin)));
     int hits = 0;
     for (int k = 0; k < samples; ++k) {
@@ -73,6 +88,21 @@ double seen(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps, float begin 
     return static_cast<double>(hits) / samples;
 }
 
+/// Fraction of a side, or of its part, that lies on an edge.
+double seen(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps, float begin = 0,
+            float end = 1) {
+    return share(from, to, edgesAlong(to - from, maps).any, begin, end);
+}
+
+/// The same for edges that all step from bright to dark, or all from dark to bright, as a border
+/// does. A frame's end, a chin and a shoulder on one line do not.
+double seenAsBorder(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps, float begin = 0,
+                    float end = 1) {
+    const Edges& edges = edgesAlong(to - from, maps);
+    return std::max(share(from, to, edges.rising, begin, end),
+                    share(from, to, edges.falling, begin, end));
+}
+
 /// Fraction of the outline that lies on an edge, but at most 1.5 times that of the least visible
 /// side: hands hide parts of it. Below `enough` it is only known to be less.
 double confidence(const Quad& quad, const EdgeMaps& maps, std::size_t sides, double enough) {
@@ -81,11 +111,11 @@ double confidence(const Quad& quad, const EdgeMaps& maps, std::size_t sides, dou
     double length = 0;
     double covered = 0;
     for (std::size_t i = 0; i < sides; ++i) {
-        const double share = seen(quad.at(i), quad.at((i + 1) % 4), maps);
-        least = std::min(least, share);
+        const double visible = seen(quad.at(i), quad.at((i + 1) % 4), maps);
+        least = std::min(least, visible);
         if (mostOfLeast * least < enough) return mostOfLeast * least;
         length += sideLength(quad, i);
-        covered += share * sideLength(quad, i);
+        covered += visible * sideLength(quad, i);
     }
     return std::min(covered / length, mostOfLeast * least);
 }
@@ -127,7 +157,7 @@ double atCorner(const Quad& quad, std::size_t corner, const EdgeMaps& maps) {
 /// upper and one lower corner. Corners from the lower-left one.
 bool isWhole(const Quad& quad, const EdgeMaps& maps, bool isCut) {
     constexpr double leastOfTop = 0.75;
-    constexpr double leastOfBottom = 0.7;
+    constexpr double leastOfBottom = 0.8;
     // The height of a neck.
     constexpr double leastOfMiddle = 0.85;
     constexpr double leastOfCorner = 0.6;
@@ -137,8 +167,8 @@ bool isWhole(const Quad& quad, const EdgeMaps& maps, bool isCut) {
         return false;
     }
     if (isCut) return true;
-    return seen(quad[0], quad[3], maps) >= leastOfBottom &&
-           seen(quad[0], quad[3], maps, 0.25F, 0.75F) >= leastOfMiddle &&
+    return seenAsBorder(quad[0], quad[3], maps) >= leastOfBottom &&
+           seenAsBorder(quad[0], quad[3], maps, 0.25F, 0.75F) >= leastOfMiddle &&
            std::max(atCorner(quad, 0, maps), atCorner(quad, 3, maps)) >= leastOfCorner;
 }
 
@@ -150,20 +180,26 @@ bool goesOn(cv::Point2f from, cv::Point2f to, const EdgeMaps& maps) {
            seen(from, to, maps, 1.05F, 1.25F) > mostBeyond;
 }
 
-/// Whether a cut-off object reaches the image's lower edge. Shoulders hide what is behind a person
-/// even if only their top is in the image; a thumb that holds a phone hides one side.
+/// Whether a cut-off object is held up and reaches the image's lower edge. Shoulders hide what is
+/// behind a person even if only their top is in the image, and below a frame or within a door they
+/// look like its sides; a thumb that holds a phone hides one side.
 bool reachesLowerEdge(const Quad& quad, const EdgeMaps& maps) {
     constexpr double leastSeen = 0.6;
     constexpr float lowestFifth = 0.8F;
     constexpr float edge = 0.94F;
     constexpr double phonesAspect = 0.56;
+    constexpr double widest = 0.9;
+    constexpr double leastOfBorder = 0.65;
     const auto sidesSeen = [&](float begin) {
         return int(seen(quad[1], quad[0], maps, begin) >= leastSeen) +
                int(seen(quad[2], quad[3], maps, begin) >= leastSeen);
     };
-    const bool isSlim =
-        sideLength(quad, 1) <= phonesAspect * std::min(sideLength(quad, 0), sideLength(quad, 2));
-    return sidesSeen(lowestFifth) >= 1 && sidesSeen(edge) >= (isSlim ? 1 : 2);
+    if (sidesSeen(lowestFifth) < 1) return false;
+    const double aspect = sideLength(quad, 1) / std::min(sideLength(quad, 0), sideLength(quad, 2));
+    if (aspect <= phonesAspect) return sidesSeen(edge) >= 1;
+    return aspect <= widest && sidesSeen(edge) == 2 &&
+           seenAsBorder(quad[1], quad[0], maps) >= leastOfBorder &&
+           seenAsBorder(quad[2], quad[3], maps) >= leastOfBorder;
 }
 
 /// Whether four lines outline one object: its sides end at its corners and, if the image's lower

@@ -28,17 +28,36 @@ bool isInside(const Shape& shape, double x, double y) {
     return true;
 }
 
-/// A wall with one shape in front of another.
-Bitmap scene(const Shape& back, const Shape& front = {}) {
+struct Layer {
+    Shape shape;
+    std::uint8_t brightness;
+};
+
+/// Shapes before a wall, the farthest first.
+Bitmap scene(const std::vector<Layer>& layers) {
     std::vector<std::uint8_t> bytes;
     for (int y = 0; y < 480; ++y) {
         for (int x = 0; x < 640; ++x) {
-            const bool isFront = !front.empty() && isInside(front, x, y);
-            const std::uint8_t value = isFront ? 90 : isInside(back, x, y) ? 40 : 160;
+            std::uint8_t value = 160;
+            for (const Layer& layer : layers) {
+                if (isInside(layer.shape, x, y)) value = layer.brightness;
+            }
             bytes.insert(bytes.end(), {value, value, value, 255});
         }
     }
     return *Bitmap::create(640, 480, std::size_t{640} * 4, rgba8, std::move(bytes));
+}
+
+Bitmap scene(const Shape& back) {
+    return scene({{back, 40}});
+}
+
+Bitmap scene(const Shape& back, const Shape& front) {
+    return scene({{back, 40}, {front, 90}});
+}
+
+Shape box(double left, double top, double right, double bottom) {
+    return {{left, top}, {right, top}, {right, bottom}, {left, bottom}};
 }
 
 Shape oval(Point centre, double width, double height) {
@@ -118,6 +137,24 @@ TEST(RectangleFinder, ignoresOtherRectangles) {
     const Shape body{{275, 140}, {365, 140}, {365, 480}, {275, 480}};
     EXPECT_TRUE(findRectangles(scene(picture, body), request)->empty())
         << "a person in front of a picture";
+}
+
+TEST(RectangleFinder, ignoresLinesOfSeveralThings) {
+    struct Case {
+        const char* what;
+        std::vector<Layer> layers;
+    };
+    const Case cases[] = {
+        {"a chin at the lower side of a picture",
+         {{box(220, 60, 420, 300), 40},
+          {box(285, 280, 355, 480), 130},
+          {box(270, 120, 370, 300), 220}}},
+        {"arms below the sides of a picture",
+         {{box(200, 60, 440, 300), 40}, {box(200, 300, 440, 480), 220}}},
+        {"shoulders in a door", {{box(120, 100, 520, 480), 40}, {oval({320, 470}, 150, 140), 220}}},
+    };
+    for (const Case& c : cases)
+        EXPECT_TRUE(findRectangles(scene(c.layers), request)->empty()) << c.what;
 }
 
 TEST(RectangleFinder, prefersFullOutlines) {
