@@ -220,7 +220,7 @@ PictureMaker::PictureMaker(std::uint64_t seed) : chance_(seed), sensor_(seed) {
     for (int i = 0; i < roomCount; ++i) {
         const LightKind kind = randomLight(chance_);
         rooms_.push_back({kind, drawRoom(roomWidth, roomHeight, camera, light(kind), chance_.next(),
-                                         Backdrop::furniture)});
+                                         randomBackdrop(chance_))});
     }
 }
 

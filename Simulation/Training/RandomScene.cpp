@@ -45,10 +45,15 @@ Movement moving(Chance& chance, const Placement& start, float most) {
     return movement;
 }
 
+/// Now and then with a bowed head, or half out of the picture.
 Performance living(Chance& chance, double nearest, double farthest) {
     const float yaw = happens(chance, 0.25) ? 0.75F : 0.3F;
-    const Placement start =
-        somewhere(chance, evenly(chance, nearest, farthest), yaw, yaw * 0.6F, 0.2F);
+    const float distance = evenly(chance, nearest, farthest);
+    Placement start = somewhere(chance, distance, yaw, yaw * 0.6F, 0.2F);
+    if (happens(chance, 0.1)) start.pitch = between(chance, 0.2, 0.55);
+    if (happens(chance, 0.08)) {
+        start.position.x = std::copysign(distance * between(chance, 0.5, 0.68), start.position.x);
+    }
     return acting(moving(chance, start, 0.3F), chance.next());
 }
 
@@ -61,7 +66,7 @@ Movement held(Chance& chance, float distance) {
 }
 
 Prop randomProp(std::uint64_t person, Chance& chance) {
-    switch (chance.next() % 8) {
+    switch (chance.next() % 9) {
         case 0:
             return print(person, held(chance, evenly(chance, 0.28, 0.6)));
         case 1:
@@ -77,6 +82,8 @@ Prop randomProp(std::uint64_t person, Chance& chance) {
         case 5:
             return monitor(person, held(chance, evenly(chance, 0.35, 0.7)));
         case 6:
+            return framed(print(person, held(chance, evenly(chance, 0.3, 0.5))));
+        case 7:
             return cutOut(person, held(chance, evenly(chance, 0.34, 0.7)), happens(chance, 0.3));
         default:
             return coarse(monitor(person, held(chance, evenly(chance, 0.24, 0.5))));
@@ -105,6 +112,14 @@ LightKind randomLight(Chance& chance) {
     return kinds.at(chance.next() % kinds.size());
 }
 
+Backdrop randomBackdrop(Chance& chance) {
+    if (happens(chance, 0.4)) return Backdrop::furniture;
+    constexpr std::array others{Backdrop::curtain, Backdrop::window,  Backdrop::door,
+                                Backdrop::shelf,   Backdrop::picture, Backdrop::monitor,
+                                Backdrop::desk};
+    return others.at(chance.next() % others.size());
+}
+
 Lighting randomLighting(LightKind kind, Chance& chance) {
     Lighting result = light(kind).people;
     result.keyDirection =
@@ -123,11 +138,14 @@ Lighting randomLighting(LightKind kind, Chance& chance) {
 }
 
 Scene randomScene(std::uint64_t person, std::uint64_t other, Chance& chance) {
-    Scene scene{.light = randomLight(chance), .seed = chance.next()};
+    Scene scene{.light = randomLight(chance),
+                .backdrop = randomBackdrop(chance),
+                .hasDesk = happens(chance, 0.25),
+                .seed = chance.next()};
     const double what = chance.between(0, 1);
     if (what < 0.03) return scene;
     if (what < 0.48) {
-        scene.actors.push_back({person, living(chance, 0.32, 1.3)});
+        scene.actors.push_back({person, living(chance, 0.3, 1.3)});
         if (happens(chance, 0.1)) scene.actors.push_back({other, living(chance, 0.9, 1.4)});
         return scene;
     }

@@ -16,5 +16,7 @@ namespace marrowby {
 /// Light on people, about that of a kind of room.
 [[nodiscard]] Lighting randomLighting(LightKind kind, Chance& chance);
 [[nodiscard]] LightKind randomLight(Chance& chance);
+/// Furniture beside the head, or more often straight edges behind it.
+[[nodiscard]] Backdrop randomBackdrop(Chance& chance);
 
 }  // namespace marrowby
