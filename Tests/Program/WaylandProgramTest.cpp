@@ -3,6 +3,7 @@
 #include "Tests/Program/ProgramTest.h"
 #include "UnlockCore/Engine/UnlockFailure.h"
 
+#include <QDBusVariant>
 #include <expected>
 #include <vector>
 
@@ -15,6 +16,8 @@ namespace {
 using testing::HasSubstr;
 
 constexpr const char* shellName = "org.gnome.Shell";
+constexpr const char* displaysName = "org.gnome.Mutter.DisplayConfig";
+constexpr const char* displaysPath = "/org/gnome/Mutter/DisplayConfig";
 constexpr const char* idleName = "org.gnome.Mutter.IdleMonitor";
 constexpr const char* idlePath = "/org/gnome/Mutter/IdleMonitor/Core";
 constexpr unsigned pauseWatch = 7;
@@ -64,11 +67,14 @@ class WaylandProgramTest : public ProgramTest {
         logind->obeyUnlock();
     }
 
-    /// What a desktop like GNOME's has on the bus: its name, and when input pauses and goes on.
+    /// What a desktop like GNOME's has on the bus: its name, its displays' power, and when input
+    /// pauses and goes on.
     void startDesktop() {
-        shell = startMock(*bus, shellName, {"--session", shellName, "/shell", shellName});
+        shell = startMock(*bus, shellName, {"--session", shellName, displaysPath, displaysName});
         idle = startMock(*bus, idleName, {"--session", idleName, idlePath, idleName});
         ASSERT_TRUE(shell && idle);
+        bus->call(shellName, displaysPath, mockInterface, "AddProperty",
+                  {displaysName, "PowerSaveMode", QVariant::fromValue(QDBusVariant(0))});
         watch("AddIdleWatch", "t", pauseWatch);
         watch("AddUserActiveWatch", "", inputWatch);
     }
@@ -87,6 +93,13 @@ class WaylandProgramTest : public ProgramTest {
         });
         input.start(1700);
         return loop.runUntil(condition);
+    }
+    /// The displays go off and on.
+    void wakeDisplays() {
+        for (const int mode : {3, 0}) {
+            bus->call(shellName, displaysPath, mockInterface, "UpdateProperties",
+                      {displaysName, QVariantMap{{"PowerSaveMode", mode}}});
+        }
     }
     std::optional<MockLogind> logind;
     MockService shell;
@@ -108,8 +121,10 @@ TEST_F(WaylandProgramTest, hasTheDesktopUnlockForItsOwnerAlone) {
     })) << program->recentWords();
     EXPECT_FALSE(program->hasLogged(logevent::askedDesktop)) << program->recentWords();
 
+    // Nobody touches anything.
     ASSERT_TRUE(program->order("scene live-normal 4"));
-    ASSERT_TRUE(returnsUntil([&] { return program->hasLogged(logevent::unlocked); }))
+    wakeDisplays();
+    ASSERT_TRUE(loop.runUntil([&] { return program->hasLogged(logevent::unlocked); }))
         << program->recentWords();
     EXPECT_TRUE(program->hasLogged(logevent::askedDesktop)) << program->recentWords();
     EXPECT_FALSE(program->hasLogged(logevent::typed));

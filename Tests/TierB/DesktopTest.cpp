@@ -20,11 +20,14 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <signal.h>
 #include <unistd.h>
 
 namespace marrowby {
 namespace {
+
+using testing::ElementsAre;
 
 /// A compositor whose screen is a window of an X display: keys pressed there are its input.
 struct Desktop {
@@ -137,6 +140,17 @@ class DesktopTest : public ProgramTest, public testing::WithParamInterface<Deskt
         ASSERT_TRUE(loop.runUntil([this] { return isLocked() && isLockerThere(); }));
     }
 
+    /// Of this session; nothing is read from the kernel.
+    [[nodiscard]] DesktopSession::Places places() const {
+        return {.systemBus = busaddress::system(),
+                .sessionBus = bus->address(),
+                .display = {},
+                .inputDevices = home.path().string(),
+                .isWayland = true,
+                .waylandDisplay = socket()};
+    }
+
+    QtMainThread mainThread;
     std::expected<ChildProcess, std::string> shell = std::unexpected("not started");
 };
 
@@ -162,16 +176,40 @@ TEST_P(DesktopTest, unlocksForItsOwnerAlone) {
     EXPECT_FALSE(isLocked());
 }
 
+/// KWin's displays in a window, like its virtual ones, say that they cannot be switched off.
+class DesktopDisplaysTest : public DesktopTest {
+  protected:
+    /// As GNOME's settings daemon does, which is not here.
+    void savePower(int mode) {
+        const QString name = "org.gnome.Mutter.DisplayConfig";
+        bus->call(name, "/org/gnome/Mutter/DisplayConfig", "org.freedesktop.DBus.Properties", "Set",
+                  {name, "PowerSaveMode", QVariant::fromValue(QDBusVariant(mode))});
+    }
+};
+
+TEST_P(DesktopDisplaysTest, tellTheirSleepAndWakeBehindTheLock) {
+    DesktopSession session(places(), mainThread);
+    std::vector<LockEvent> heard;
+    session.lockEvents().onEvent = [&](LockEvent event) { heard.push_back(event); };
+    session.lockEvents().start();
+    session.start();
+    ASSERT_NO_FATAL_FAILURE(lock());
+    ASSERT_TRUE(loop.runUntil([&] { return !heard.empty(); }));
+    ASSERT_THAT(heard, ElementsAre(LockEvent::screenLocked));
+    heard.clear();
+    for (const int mode : {3, 1}) {
+        savePower(mode);
+        ASSERT_TRUE(loop.runUntil([&] { return session.lockEvents().isSleeping(); }));
+        savePower(0);
+        ASSERT_TRUE(loop.runUntil([&] { return !session.lockEvents().isSleeping(); }));
+    }
+    EXPECT_THAT(heard, ElementsAre(LockEvent::willSleep, LockEvent::wake, LockEvent::willSleep,
+                                   LockEvent::wake));
+    EXPECT_TRUE(isLocked());
+}
+
 TEST_P(DesktopTest, tellsWhenSomebodyComesBackToTheLockScreen) {
-    QtMainThread mainThread;
-    DesktopSession session({.systemBus = busaddress::system(),
-                            .sessionBus = bus->address(),
-                            .display = {},
-                            // Nothing is read from the kernel.
-                            .inputDevices = home.path().string(),
-                            .isWayland = true,
-                            .waylandDisplay = socket()},
-                           mainThread);
+    DesktopSession session(places(), mainThread);
     session.start();
     ASSERT_NO_FATAL_FAILURE(lock());
     for (int times = 0; times < 2; ++times) {
@@ -185,6 +223,8 @@ TEST_P(DesktopTest, tellsWhenSomebodyComesBackToTheLockScreen) {
     }
 }
 
+INSTANTIATE_TEST_SUITE_P(Real, DesktopDisplaysTest, testing::Values(gnome),
+                         [](const auto& test) { return std::string(test.param.name); });
 INSTANTIATE_TEST_SUITE_P(Real, DesktopTest, testing::Values(gnome, kde),
                          [](const auto& test) { return std::string(test.param.name); });
 

@@ -5,16 +5,20 @@
 #include "Platforms/Linux/Input/EvdevInputIdle.h"
 #include "Platforms/Linux/Input/EvdevSpaceKeys.h"
 #include "Platforms/Linux/Session/DesktopUnlocking.h"
+#include "Platforms/Linux/Session/GnomeDisplays.h"
 #include "Platforms/Linux/Session/GnomeInputIdle.h"
 #include "Platforms/Linux/Session/LinuxLockMonitor.h"
 #include "Platforms/Linux/Session/LogindWatcher.h"
 #include "Platforms/Linux/Session/ScreenSaverWatcher.h"
+#include "Platforms/Linux/Wayland/KWinDisplays.h"
 #include "Platforms/Linux/Wayland/WaylandInputIdle.h"
 #include "Platforms/Linux/X11/X11Display.h"
 
 #include <cstdlib>
 #include <string_view>
 #include <utility>
+
+#include <unistd.h>
 
 namespace marrowby {
 
@@ -50,6 +54,29 @@ class DesktopInputIdle final : public InputIdle {
     const InputIdle& devices_;
 };
 
+/// Whether the desktop has switched the displays off, where it says so.
+class DesktopDisplays {
+  public:
+    DesktopDisplays(const std::string& sessionBus, const std::string& waylandDisplay)
+        : gnome_(sessionBus, getuid()) {
+        if (!waylandDisplay.empty()) kwin_.emplace(waylandDisplay);
+    }
+
+    void start(const std::function<void(bool areAsleep)>& onChange) {
+        gnome_.onChange = [this, onChange] { onChange(areAsleep()); };
+        if (kwin_) kwin_->onChange = gnome_.onChange;
+        gnome_.start();
+    }
+
+  private:
+    [[nodiscard]] bool areAsleep() const {
+        return gnome_.areAsleep() || (kwin_ && kwin_->areAsleep());
+    }
+
+    GnomeDisplays gnome_;
+    std::optional<KWinDisplays> kwin_;
+};
+
 }  // namespace
 
 struct DesktopSession::Sources {
@@ -63,6 +90,8 @@ struct DesktopSession::Sources {
         if (places.isWayland) {
             desktopIdle = std::make_unique<DesktopInputIdle>(places.sessionBus,
                                                              places.waylandDisplay, evdevIdle);
+            desktopDisplays =
+                std::make_unique<DesktopDisplays>(places.sessionBus, places.waylandDisplay);
             unlocking =
                 std::make_unique<DesktopUnlocking>(logind, places.sessionBus, places.policy);
         }
@@ -72,6 +101,8 @@ struct DesktopSession::Sources {
     EvdevInputIdle evdevIdle;
     /// Null without Wayland.
     std::unique_ptr<DesktopInputIdle> desktopIdle;
+    /// The same.
+    std::unique_ptr<DesktopDisplays> desktopDisplays;
     EvdevSpaceKeys evdevSpaceKeys;
     LogindWatcher logind;
     ScreenSaverWatcher savers;
@@ -116,6 +147,10 @@ void DesktopSession::start() {
     sources_->logind.start();
     sources_->savers.start();
     if (sources_->desktopIdle) sources_->desktopIdle->start();
+    if (sources_->desktopDisplays) {
+        sources_->desktopDisplays->start(
+            [this](bool areAsleep) { sources_->lock.noteDisplays(areAsleep); });
+    }
     if (sources_->unlocking) {
         sources_->unlocking->canTypeThroughKernel = canTypeThroughKernel;
         sources_->unlocking->start();

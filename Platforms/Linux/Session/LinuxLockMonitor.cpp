@@ -35,7 +35,8 @@ SessionState LinuxLockMonitor::sessionState() const {
         .saver = savers_.reading(),
         .isActive = logind.isActive,
         .isDisplayOnConsole = display.isOnConsole,
-        .areDisplaysAsleep = display_ != nullptr && display_->areMonitorsAsleep(),
+        .areDisplaysAsleep =
+            display_ != nullptr ? display_->areMonitorsAsleep() : areDesktopDisplaysAsleep_.load(),
         .isPreparingForSleep = logind.isPreparingForSleep,
     });
 }
@@ -63,6 +64,11 @@ Phrase LinuxLockMonitor::problem() const {
     return Phrase(
         "The session bus is gone. Until it is back, the keyring can’t be reached, and a lock that "
         "is only announced there isn’t noticed.");
+}
+
+void LinuxLockMonitor::noteDisplays(bool areAsleep) {
+    areDesktopDisplaysAsleep_ = areAsleep;
+    update();
 }
 
 void LinuxLockMonitor::update() {

@@ -8,6 +8,7 @@
 #include "UnlockCore/Platform/MainThread.h"
 #include "UnlockCore/Platform/ScreenLock.h"
 
+#include <atomic>
 #include <memory>
 
 namespace marrowby {
@@ -22,6 +23,8 @@ class LinuxLockMonitor final : public LockEventWatching, public LockStateReading
 
     /// Call after each change of a source. Events follow on later turns of the main thread.
     void update();
+    /// The displays without an X server, as the desktop tells.
+    void noteDisplays(bool areAsleep);
 
     [[nodiscard]] LockState state() const override;
     [[nodiscard]] bool isSleeping() const override { return run_ && run_->isSleeping; }
@@ -42,6 +45,7 @@ class LinuxLockMonitor final : public LockEventWatching, public LockStateReading
     const ScreenSaverWatcher& savers_;
     const X11Display* display_;
     MainThread& mainThread_;
+    std::atomic<bool> areDesktopDisplaysAsleep_ = false;
     /// As of the last update().
     SessionState session_;
     /// Null while stopped; queued events hold it weakly.

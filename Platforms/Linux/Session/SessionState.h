@@ -22,7 +22,7 @@ struct SessionSources {
     /// From logind or, if it does not say, from the X display.
     std::optional<bool> isActive{};
     std::optional<bool> isDisplayOnConsole{};
-    /// The X server has blanked its monitors.
+    /// The X server or the desktop has switched them off.
     bool areDisplaysAsleep = false;
     std::optional<bool> isPreparingForSleep{};
     friend bool operator==(const SessionSources&, const SessionSources&) = default;

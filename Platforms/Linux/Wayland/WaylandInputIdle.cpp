@@ -2,9 +2,9 @@
 #include "Platforms/Linux/Wayland/WaylandInputIdle.h"
 
 #include "Platforms/Linux/Desktop/UnixClock.h"
+#include "Platforms/Linux/Wayland/WaylandConnection.h"
 #include "UnlockCore/Platform/IdleEdges.h"
 
-#include <QSocketNotifier>
 #include <chrono>
 #include <cstdint>
 #include <string_view>
@@ -14,30 +14,21 @@
 
 namespace marrowby {
 
-/// A connection of its own, which never blocks: what the compositor has is bound as it is told.
 class WaylandInputIdle::Client {
   public:
-    explicit Client(const std::string& display) : display_(wl_display_connect(display.c_str())) {
-        if (display_ == nullptr) return;
-        registry_ = wl_display_get_registry(display_);
-        static constexpr wl_registry_listener listener{.global = &Client::onGlobal,
-                                                       .global_remove = &Client::onGlobalRemoved};
-        wl_registry_add_listener(registry_, &listener, this);
-        readable_ =
-            std::make_unique<QSocketNotifier>(wl_display_get_fd(display_), QSocketNotifier::Read);
-        QObject::connect(readable_.get(), &QSocketNotifier::activated, readable_.get(),
-                         [this] { read(); });
-        wl_display_flush(display_);
-    }
+    explicit Client(const std::string& display)
+        : connection_(display,
+                      {.onGlobal = [this](auto* registry, auto name,
+                                          auto interface) { bind(registry, name, interface); },
+                       .onGlobalRemoved = [](std::uint32_t) {},
+                       .onCaughtUp = [] {},
+                       .onLost = [this] { isGone_ = true; }}) {}
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
     ~Client() {
-        readable_.reset();
         if (notification_ != nullptr) ext_idle_notification_v1_destroy(notification_);
         if (notifier_ != nullptr) ext_idle_notifier_v1_destroy(notifier_);
         if (seat_ != nullptr) wl_seat_destroy(seat_);
-        if (registry_ != nullptr) wl_registry_destroy(registry_);
-        if (display_ != nullptr) wl_display_disconnect(display_);
     }
 
     [[nodiscard]] std::optional<TimeInterval> sinceLastInput() const {
@@ -46,17 +37,6 @@ class WaylandInputIdle::Client {
     }
 
   private:
-    void read() {
-        while (wl_display_prepare_read(display_) != 0)
-            wl_display_dispatch_pending(display_);
-        if (wl_display_read_events(display_) < 0 || wl_display_dispatch_pending(display_) < 0) {
-            isGone_ = true;
-            // Not deleted: this is called from its signal.
-            return readable_->setEnabled(false);
-        }
-        wl_display_flush(display_);
-    }
-
     void bind(wl_registry* registry, std::uint32_t name, std::string_view interface) {
         if (interface == wl_seat_interface.name && seat_ == nullptr) {
             seat_ = static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
@@ -73,12 +53,6 @@ class WaylandInputIdle::Client {
         ext_idle_notification_v1_add_listener(notification_, &listener, this);
     }
 
-    static void onGlobal(void* self, wl_registry* registry, std::uint32_t name,
-                         const char* interface, std::uint32_t /*version*/) {
-        static_cast<Client*>(self)->bind(registry, name, interface);
-    }
-    static void onGlobalRemoved(void* /*self*/, wl_registry* /*registry*/, std::uint32_t /*name*/) {
-    }
     static void onPaused(void* self, ext_idle_notification_v1* /*notification*/) {
         static_cast<Client*>(self)->edges_.paused(unixtime::uptime());
     }
@@ -86,12 +60,10 @@ class WaylandInputIdle::Client {
         static_cast<Client*>(self)->edges_.resumed();
     }
 
-    wl_display* const display_;
-    wl_registry* registry_ = nullptr;
+    WaylandConnection connection_;
     wl_seat* seat_ = nullptr;
     ext_idle_notifier_v1* notifier_ = nullptr;
     ext_idle_notification_v1* notification_ = nullptr;
-    std::unique_ptr<QSocketNotifier> readable_;
     IdleEdges edges_;
     /// The connection has failed.
     bool isGone_ = false;

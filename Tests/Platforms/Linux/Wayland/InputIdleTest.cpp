@@ -5,77 +5,17 @@
 #include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 #include "Tests/Platforms/Linux/TemporaryFolder.h"
+#include "Tests/Platforms/Linux/Wayland/ScriptedCompositor.h"
 #include "UnlockCore/Platform/IdleEdges.h"
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
-#include <ext-idle-notify-v1-server-protocol.h>
 #include <gtest/gtest.h>
-#include <wayland-server.h>
 
 namespace marrowby {
 namespace {
-
-/// A compositor without a screen, whose user pauses when the test says.
-class ScriptedCompositor {
-  public:
-    explicit ScriptedCompositor(const std::string& socket) : display_(wl_display_create()) {
-        EXPECT_EQ(wl_display_add_socket(display_, socket.c_str()), 0);
-    }
-    ScriptedCompositor(const ScriptedCompositor&) = delete;
-    ScriptedCompositor& operator=(const ScriptedCompositor&) = delete;
-    ~ScriptedCompositor() {
-        wl_display_destroy_clients(display_);
-        wl_display_destroy(display_);
-    }
-
-    void addSeat() { wl_global_create(display_, &wl_seat_interface, 1, this, &bindSeat); }
-    void addNotifier() {
-        wl_global_create(display_, &ext_idle_notifier_v1_interface, 1, this, &bindNotifier);
-    }
-    void turn() {
-        wl_event_loop_dispatch(wl_display_get_event_loop(display_), 0);
-        wl_display_flush_clients(display_);
-    }
-    void pause() const { ext_idle_notification_v1_send_idled(notification); }
-    void resume() const { ext_idle_notification_v1_send_resumed(notification); }
-
-    int seats = 0;
-    std::uint32_t timeout = 0;
-    wl_resource* notification = nullptr;
-
-  private:
-    static ScriptedCompositor& of(void* data) { return *static_cast<ScriptedCompositor*>(data); }
-    static void destroy(wl_client* /*client*/, wl_resource* resource) {
-        wl_resource_destroy(resource);
-    }
-    static void bindSeat(wl_client* client, void* data, std::uint32_t version, std::uint32_t id) {
-        ++of(data).seats;
-        wl_resource_create(client, &wl_seat_interface, static_cast<int>(version), id);
-    }
-    static void bindNotifier(wl_client* client, void* data, std::uint32_t version,
-                             std::uint32_t id) {
-        static constexpr struct ext_idle_notifier_v1_interface requests{
-            .destroy = &destroy, .get_idle_notification = &notify};
-        wl_resource* const resource = wl_resource_create(client, &ext_idle_notifier_v1_interface,
-                                                         static_cast<int>(version), id);
-        wl_resource_set_implementation(resource, &requests, data, nullptr);
-    }
-    static void notify(wl_client* client, wl_resource* notifier, std::uint32_t id,
-                       std::uint32_t timeout, wl_resource* /*seat*/) {
-        static constexpr struct ext_idle_notification_v1_interface requests{.destroy = &destroy};
-        auto& self = of(wl_resource_get_user_data(notifier));
-        self.timeout = timeout;
-        self.notification = wl_resource_create(client, &ext_idle_notification_v1_interface, 1, id);
-        wl_resource_set_implementation(self.notification, &requests, &self, nullptr);
-    }
-
-    wl_display* const display_;
-};
 
 struct InputIdleTest : testing::Test {
     QtLoop loop;
