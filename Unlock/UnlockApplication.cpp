@@ -30,6 +30,7 @@ UnlockApplication::UnlockApplication(const UnlockPlatform& platform,
               .onLog =
                   [this](const LogLine& line) {
                       if (hooks_.log) hooks_.log(line);
+                      if (unlockNotice_) unlockNotice_->note(line);
                       if (line.level == LogLine::Level::debug) return;
                       journal_.add(line, platform_.clock.now());
                       windows_.refresh(Window::settings);
@@ -63,6 +64,9 @@ UnlockApplication::UnlockApplication(const UnlockPlatform& platform,
                                       [this] {
                                           if (hooks_.terminate) hooks_.terminate();
                                       }})) {
+    if (platform_.unlockNotices != nullptr && platform_.sessionUnlocking != nullptr)
+        unlockNotice_ =
+            std::make_unique<UnlockNotice>(*platform_.unlockNotices, *platform_.sessionUnlocking);
     model_->wireEngine();
 }
 
@@ -101,6 +105,7 @@ void UnlockApplication::willTerminate() {
     permissionTimer_.reset();
     opening_.reset();
     reminder_.reset();
+    unlockNotice_.reset();
     if (platform_.statusItem != nullptr) platform_.statusItem->onCommand = {};
     windows_.close(Window::welcome);
     windows_.close(Window::settings);
@@ -170,6 +175,7 @@ void UnlockApplication::showStatus() {
             {.isCheckMissing = std::holds_alternative<UnlockStatus::NeedsTouchID>(status),
              .isCheckPassed = state.vaultUnlocked,
              .isScreenLocked = state.isScreenLocked});
+    if (unlockNotice_) unlockNotice_->update(state.isScreenLocked);
 }
 
 void UnlockApplication::carryOut(StatusItem::Command command) {

@@ -6,6 +6,7 @@
 #include "Unlock/Model/OwnerReminder.h"
 #include "Unlock/Model/UnlockJournal.h"
 #include "Unlock/Model/UnlockModel.h"
+#include "Unlock/Model/UnlockNotice.h"
 #include "Unlock/Pages/SettingsPresenter.h"
 #include "Unlock/Pages/WelcomePresenter.h"
 #include "Unlock/UnlockOpening.h"
@@ -65,6 +66,8 @@ class UnlockApplication {
     std::unique_ptr<CommandResponder> commands_;
     /// Null unless opened at login.
     std::unique_ptr<OwnerReminder> reminder_;
+    /// Null where the island tells.
+    std::unique_ptr<UnlockNotice> unlockNotice_;
     /// Polls the permissions while a window shows them: their changes are not announced.
     std::unique_ptr<MainThread::Timer> permissionTimer_;
     std::unique_ptr<MainThread::Timer> opening_;

@@ -28,6 +28,8 @@ class FakeSessionUnlocking final : public SessionUnlocking {
         pendingAnswer = std::move(onAnswer);
     }
 
+    void lockAgain() override { ++lockedAgain; }
+
     /// To the last question; kept, as a service may answer twice.
     void tellFacts() const {
         if (pendingRead) pendingRead(facts);
@@ -46,6 +48,7 @@ class FakeSessionUnlocking final : public SessionUnlocking {
                              .isForbidden = false};
     bool isKnown = true;
     int asked = 0;
+    int lockedAgain = 0;
     std::function<void(const SessionUnlockFacts&)> pendingRead;
     std::function<void(const std::expected<void, std::string>&)> pendingAnswer;
 

@@ -36,23 +36,9 @@ class DesktopPresenceTest : public ProgramTest {
             trays, traysPath, mock, "AddProperty",
             {trays, "IsStatusNotifierHostRegistered", QVariant::fromValue(QDBusVariant(true))});
     }
-    /// The arguments of each call of a mock's method.
     [[nodiscard]] std::vector<QVariantList> calls(const char* service, const char* path,
                                                   const char* method) const {
-        const auto list =
-            bus->call(service, path, mock, "GetMethodCalls", {method}).value<QDBusArgument>();
-        std::vector<QVariantList> all;
-        list.beginArray();
-        while (!list.atEnd()) {
-            qulonglong time = 0;
-            QVariantList arguments;
-            list.beginStructure();
-            list >> time >> arguments;
-            list.endStructure();
-            all.push_back(arguments);
-        }
-        list.endArray();
-        return all;
+        return callsOfMock(*bus, service, path, method);
     }
     void awaitNotices(const char* method, std::size_t count) {
         ASSERT_TRUE(loop.runUntil([&] {

@@ -18,6 +18,8 @@ using testing::HasSubstr;
 constexpr const char* shellName = "org.gnome.Shell";
 constexpr const char* displaysName = "org.gnome.Mutter.DisplayConfig";
 constexpr const char* displaysPath = "/org/gnome/Mutter/DisplayConfig";
+constexpr const char* noticesName = "org.freedesktop.Notifications";
+constexpr const char* noticesPath = "/org/freedesktop/Notifications";
 constexpr const char* idleName = "org.gnome.Mutter.IdleMonitor";
 constexpr const char* idlePath = "/org/gnome/Mutter/IdleMonitor/Core";
 constexpr unsigned pauseWatch = 7;
@@ -72,7 +74,10 @@ class WaylandProgramTest : public ProgramTest {
     void startDesktop() {
         shell = startMock(*bus, shellName, {"--session", shellName, displaysPath, displaysName});
         idle = startMock(*bus, idleName, {"--session", idleName, idlePath, idleName});
-        ASSERT_TRUE(shell && idle);
+        noticeServer = startMock(*bus, noticesName,
+                                 {"--session", "--template", "notification_daemon", "-p",
+                                  R"({"capabilities": "body actions"})"});
+        ASSERT_TRUE(shell && idle && noticeServer);
         bus->call(shellName, displaysPath, mockInterface, "AddProperty",
                   {displaysName, "PowerSaveMode", QVariant::fromValue(QDBusVariant(0))});
         watch("AddIdleWatch", "t", pauseWatch);
@@ -101,7 +106,28 @@ class WaylandProgramTest : public ProgramTest {
                       {displaysName, QVariantMap{{"PowerSaveMode", mode}}});
         }
     }
+    /// The button of the notice that tells of the unlock, once it is there.
+    void pressNotice() {
+        std::vector<QVariantList> shown;
+        ASSERT_TRUE(loop.runUntil([&] {
+            shown = callsOfMock(*bus, noticesName, noticesPath, "Notify");
+            return !shown.empty();
+        }));
+        EXPECT_EQ(shown.size(), 1U);
+        EXPECT_EQ(shown.back().value(3).toString(), "Unlocked for Robin");
+        // The program has its number: nothing else shows that.
+        QTimer pressing;
+        QObject::connect(&pressing, &QTimer::timeout, [this] {
+            bus->call(noticesName, noticesPath, mockInterface, "EmitSignal",
+                      {noticesName, "ActionInvoked", "us", QVariantList{quint32{1}, "confirm"}});
+        });
+        pressing.start(50);
+        ASSERT_TRUE(loop.runUntil([&] {
+            return !callsOfMock(*bus, noticesName, noticesPath, "CloseNotification").empty();
+        }));
+    }
     std::optional<MockLogind> logind;
+    MockService noticeServer;
     MockService shell;
     MockService idle;
 };
@@ -129,9 +155,13 @@ TEST_F(WaylandProgramTest, hasTheDesktopUnlockForItsOwnerAlone) {
     EXPECT_TRUE(program->hasLogged(logevent::askedDesktop)) << program->recentWords();
     EXPECT_FALSE(program->hasLogged(logevent::typed));
 
-    // Locked again, with a shell that does nothing: it is asked once.
+    // Locked again through the notice, with a shell that does nothing: it is asked once.
     logind->call(sessionPath, "AddMethod", {sessionInterface, "Unlock", "", "", ""});
-    logind->setSession("LockedHint", true);
+    logind->call(sessionPath, "AddMethod",
+                 {sessionInterface, "Lock", "", "",
+                  "yes = dbus.Boolean(True, variant_level=1)\n"
+                  "self.UpdateProperties('org.freedesktop.login1.Session', {'LockedHint': yes})"});
+    pressNotice();
     ASSERT_TRUE(program->logs(logevent::locked)) << program->recentWords();
     ASSERT_TRUE(returnsUntil([&] {
         return program->hasLogged(logevent::failed, title(UnlockFailure::NotOpened{}).english());

@@ -285,6 +285,7 @@ class CompositionRoot {
         sessionPlaces_.sessionBus, [this](const std::string& sentence) {
             log_.write({.message = sentence, .event = std::string(logevent::noNotices)});
         }};
+    FreedesktopNotices unlockNotices_{sessionPlaces_.sessionBus, {}};
     QtStatusItem statusItem_{sessionPlaces_.sessionBus};
     MissingModelsPresenter missing_;
     std::unique_ptr<ModelPreparation> preparation_;
@@ -343,6 +344,7 @@ std::expected<void, std::string> CompositionRoot::start() {
                        .windowServer = windowServer_,
                        .sessionUnlocking = session_.unlocking(),
                        .notices = &notices_,
+                       .unlockNotices = &unlockNotices_,
                        .statusItem = &statusItem_},
         UnlockModel::Resources{
             .dataBase = paths_.folders.dataHome, .testTag = {}, .models = *std::move(pack)},

@@ -71,6 +71,8 @@ struct UnlockPlatform {
     ProcessActivities* activities = nullptr;
     /// Null where the desktop shows none.
     DesktopNotices* notices = nullptr;
+    /// Tells of an unlock where no island can; null elsewhere.
+    DesktopNotices* unlockNotices = nullptr;
     StatusItem* statusItem = nullptr;
     /// Called after the vault was opened or locked, on that thread. May be empty.
     std::function<void()> vaultDidChange{};

@@ -13,6 +13,9 @@ class DesktopNotices {
         std::string title;
         std::string text;
         std::string button;
+        /// Goes by itself, also when the desktop can't show it at once, and stays without its
+        /// button where the desktop has none.
+        bool isBrief = false;
         friend bool operator==(const Notice&, const Notice&) = default;
     };
 

@@ -78,6 +78,8 @@ class SessionUnlocking {
     /// The answer tells whether the request was taken, not whether the lock opened. The error is
     /// the service's text.
     virtual void ask(std::function<void(const std::expected<void, std::string>&)> onAnswer) = 0;
+    /// Asks the desktop to lock the session, which it need not do.
+    virtual void lockAgain() = 0;
 };
 
 }  // namespace marrowby

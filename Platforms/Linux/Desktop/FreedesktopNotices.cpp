@@ -19,6 +19,7 @@ const QString buttonKey = QStringLiteral("confirm");
 /// Of a press on the notice itself.
 const QString noticeKey = QStringLiteral("default");
 constexpr std::int32_t staysUp = 0;
+constexpr std::int32_t asTheServerLikes = -1;
 
 QDBusMessage method(const char* name, const QVariantList& arguments = {}) {
     auto message = QDBusMessage::createMethodCall(noticesService, noticesPath, noticesService,
@@ -47,6 +48,7 @@ class FreedesktopNotices::Server {
         } else if (isConnected_) {
             ask();
         }
+        if (!isConnected_) dropBrief();
     }
 
     void withdraw() {
@@ -74,8 +76,9 @@ class FreedesktopNotices::Server {
             wanted_.reset();
         });
         subscriptions_.push_back(link_.watchOwner(noticesService, [this](bool hasOwner) {
-            shown_.reset();
+            const bool wasShown = std::exchange(shown_, std::nullopt).has_value();
             ++asked_;
+            if (wasShown) dropBrief();
             if (hasOwner && wanted_) ask();
         }));
         if (wanted_) ask();
@@ -86,6 +89,11 @@ class FreedesktopNotices::Server {
         subscriptions_.clear();
         shown_.reset();
         ++asked_;
+        dropBrief();
+    }
+    /// Shown later, it would be no news.
+    void dropBrief() {
+        if (wanted_ && wanted_->isBrief) wanted_.reset();
     }
 
     [[nodiscard]] bool isShown(const QDBusMessage& signal) const {
@@ -104,34 +112,39 @@ class FreedesktopNotices::Server {
             method("GetCapabilities"),
             [this, asked = asked_](const QDBusMessage& reply) {
                 if (asked != asked_ || !wanted_) return;
+                const bool isThere = reply.type() == QDBusMessage::ReplyMessage;
                 const bool hasButtons =
-                    reply.type() == QDBusMessage::ReplyMessage &&
+                    isThere &&
                     reply.arguments().value(0).toStringList().contains(QStringLiteral("actions"));
-                if (!hasButtons) return tell();
-                notify(*wanted_);
+                if (hasButtons || (isThere && wanted_->isBrief))
+                    return notify(*wanted_, hasButtons);
+                dropBrief();
+                tell();
             },
             DBusLink::Activation::allowed);
     }
 
-    void notify(const Notice& notice) {
+    void notify(const Notice& notice, bool hasButtons) {
         const auto text = [](const std::string& utf8) { return QString::fromStdString(utf8); };
         const QString button = text(notice.button);
-        link_.call(
-            method("Notify", {QStringLiteral("Marrowby Unlock"), std::uint32_t{0},
-                              QStringLiteral("app.quenby.unlock"), text(notice.title),
-                              text(notice.text), QStringList{noticeKey, button, buttonKey, button},
-                              QVariantMap{{QStringLiteral("desktop-entry"),
-                                           QStringLiteral("app.quenby.unlock")}},
-                              staysUp}),
-            [this, asked = asked_](const QDBusMessage& reply) {
-                if (reply.type() != QDBusMessage::ReplyMessage) return;
-                const std::uint32_t id = reply.arguments().value(0).toUInt();
-                if (asked == asked_) {
-                    shown_ = id;
-                } else {
-                    close(id);
-                }
-            });
+        const QStringList actions =
+            hasButtons ? QStringList{noticeKey, button, buttonKey, button} : QStringList();
+        QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("app.quenby.unlock")}};
+        // Not kept in a list of past ones.
+        if (notice.isBrief) hints.insert(QStringLiteral("transient"), true);
+        link_.call(method("Notify", {QStringLiteral("Marrowby Unlock"), std::uint32_t{0},
+                                     QStringLiteral("app.quenby.unlock"), text(notice.title),
+                                     text(notice.text), actions, hints,
+                                     notice.isBrief ? asTheServerLikes : staysUp}),
+                   [this, asked = asked_](const QDBusMessage& reply) {
+                       if (reply.type() != QDBusMessage::ReplyMessage) return;
+                       const std::uint32_t id = reply.arguments().value(0).toUInt();
+                       if (asked == asked_) {
+                           shown_ = id;
+                       } else {
+                           close(id);
+                       }
+                   });
     }
 
     /// Takes away the one that is shown, or on its way.

@@ -9,12 +9,12 @@
 
 namespace marrowby {
 
-/// Notices through org.freedesktop.Notifications. One that is still wanted is shown again when the
-/// server or the bus comes back. Main thread, under Qt's event loop.
+/// Notices through org.freedesktop.Notifications. One that is still wanted, unless it is brief, is
+/// shown again when the server or the bus comes back. Main thread, under Qt's event loop.
 class FreedesktopNotices final : public DesktopNotices {
   public:
-    /// `onUnavailable` is called once, with a sentence for the log, when nobody shows notices with
-    /// buttons.
+    /// `onUnavailable`, which may be empty, is called once, with a sentence for the log, when
+    /// nobody shows notices with buttons.
     FreedesktopNotices(std::string busAddress,
                        std::function<void(const std::string&)> onUnavailable);
     ~FreedesktopNotices() override;

@@ -32,6 +32,7 @@ class DesktopUnlocking final : public SessionUnlocking {
     [[nodiscard]] bool isSessionKnown() const override { return logind_.hasSession(); }
     void read(std::function<void(const SessionUnlockFacts&)> onRead) override;
     void ask(std::function<void(const std::expected<void, std::string>&)> onAnswer) override;
+    void lockAgain() override { logind_.lock(); }
 
   private:
     [[nodiscard]] bool isForbidden() const;

@@ -93,16 +93,23 @@ class LogindWatcher::Connection {
     }
 
     void unlock(std::function<void(const std::expected<void, std::string>&)> onAnswer) {
-        if (!hasSession()) return;
-        call(QDBusMessage::createMethodCall(service, sessionPath_, sessionInterface,
-                                            QStringLiteral("Unlock")),
-             [onAnswer = std::move(onAnswer)](const QDBusMessage& reply) {
-                 if (reply.type() == QDBusMessage::ReplyMessage) return onAnswer({});
-                 onAnswer(std::unexpected(reply.errorMessage().toStdString()));
-             });
+        ask(QStringLiteral("Unlock"), [onAnswer = std::move(onAnswer)](const QDBusMessage& reply) {
+            if (reply.type() == QDBusMessage::ReplyMessage) return onAnswer({});
+            onAnswer(std::unexpected(reply.errorMessage().toStdString()));
+        });
+    }
+    void lock() {
+        ask(QStringLiteral("Lock"), [](const QDBusMessage&) {});
     }
 
   private:
+    /// Asks the session for something.
+    void ask(const QString& method, DBusLink::MessageHandler onReply) {
+        if (!hasSession()) return;
+        call(QDBusMessage::createMethodCall(service, sessionPath_, sessionInterface, method),
+             std::move(onReply));
+    }
+
     void onConnected() {
         const auto ofManager = [this](const char* member, DBusLink::MessageHandler handler) {
             manager_.push_back(link_.subscribe({.service = service,
@@ -332,6 +339,10 @@ void LogindWatcher::read(std::function<void(const State&)> onRead) {
 
 void LogindWatcher::unlock(std::function<void(const std::expected<void, std::string>&)> onAnswer) {
     connection_->unlock(std::move(onAnswer));
+}
+
+void LogindWatcher::lock() {
+    connection_->lock();
 }
 
 void LogindWatcher::set(const State& state) {

@@ -57,6 +57,8 @@ class LogindWatcher {
     void read(std::function<void(const State&)> onRead);
     /// Asks logind to unlock the session. The error is logind's text.
     void unlock(std::function<void(const std::expected<void, std::string>&)> onAnswer);
+    /// Asks logind to lock the session.
+    void lock();
 
   private:
     class Connection;

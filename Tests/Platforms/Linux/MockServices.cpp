@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Tests/Platforms/Linux/MockServices.h"
 
+#include <QDBusArgument>
 #include <cstdlib>
 
 namespace marrowby {
@@ -32,6 +33,23 @@ MockService startMock(const PrivateBus& bus, const QString& service, const QStri
         program.arguments.push_back(argument.toStdString());
     auto mock = bus.serve(service.toStdString(), std::move(program));
     return mock ? std::make_unique<ChildProcess>(*std::move(mock)) : nullptr;
+}
+
+std::vector<QVariantList> callsOfMock(const PrivateBus& bus, const QString& service,
+                                      const QString& path, const QString& method) {
+    const auto list =
+        bus.call(service, path, "org.freedesktop.DBus.Mock", "GetMethodCalls", {method})
+            .value<QDBusArgument>();
+    std::vector<QVariantList> all;
+    list.beginArray();
+    while (!list.atEnd()) {
+        qulonglong time = 0;
+        list.beginStructure();
+        list >> time >> all.emplace_back();
+        list.endStructure();
+    }
+    list.endArray();
+    return all;
 }
 
 std::unique_ptr<PrivateKeyring> startKeyring(const PrivateBus& bus,

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace marrowby {
 
@@ -21,6 +22,10 @@ namespace marrowby {
 using MockService = std::unique_ptr<ChildProcess>;
 [[nodiscard]] MockService startMock(const PrivateBus& bus, const QString& service,
                                     const QStringList& arguments);
+
+/// The arguments of each call of a mock's method.
+[[nodiscard]] std::vector<QVariantList> callsOfMock(const PrivateBus& bus, const QString& service,
+                                                    const QString& path, const QString& method);
 
 /// Null when the daemon is not installed or does not start.
 [[nodiscard]] std::unique_ptr<PrivateKeyring> startKeyring(const PrivateBus& bus,

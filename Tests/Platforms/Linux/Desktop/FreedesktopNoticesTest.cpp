@@ -3,7 +3,6 @@
 #include "Tests/Platforms/Linux/MockServices.h"
 #include "Tests/Platforms/Linux/QtLoop.h"
 
-#include <QDBusArgument>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,19 +40,10 @@ struct FreedesktopNoticesTest : testing::Test {
     }
     void show() { notices->show({.title = "Title", .text = "Text", .button = "Confirm"}); }
     [[nodiscard]] int calls(const char* method) const {
-        const auto list =
-            bus->call(name, path, mock, "GetMethodCalls", {method}).value<QDBusArgument>();
-        int count = 0;
-        list.beginArray();
-        for (; !list.atEnd(); ++count) {
-            qulonglong time = 0;
-            QVariantList arguments;
-            list.beginStructure();
-            list >> time >> arguments;
-            list.endStructure();
-        }
-        list.endArray();
-        return count;
+        return static_cast<int>(callsOfMock(*bus, name, path, method).size());
+    }
+    [[nodiscard]] QVariantList lastNotify() const {
+        return callsOfMock(*bus, name, path, "Notify").back();
     }
     [[nodiscard]] bool awaitCalls(const char* method, int count) {
         return loop.runUntil([&] { return calls(method) == count; });
@@ -122,6 +112,44 @@ TEST_F(FreedesktopNoticesTest, takesBackWhatIsNoLongerWanted) {
     press(quint32(shown));
     ASSERT_NO_FATAL_FAILURE(settle());
     EXPECT_EQ(presses, 0);
+}
+
+TEST_F(FreedesktopNoticesTest, showsABriefOneAtOnceOrNever) {
+    const DesktopNotices::Notice brief{
+        .title = "Title", .text = "Text", .button = "Again", .isBrief = true};
+    // Nobody is there, and comes late: only what stays up is still to be shown.
+    FreedesktopNotices staying(bus->address(), {});
+    staying.show({.title = "Title", .text = "Text", .button = "Confirm"});
+    notices->show(brief);
+    EXPECT_TRUE(loop.runUntil([&] { return problems.size() == 1; }));
+    ASSERT_NO_FATAL_FAILURE(startServer(R"({"capabilities": "body"})"));
+    ASSERT_TRUE(awaitCalls("GetCapabilities", 1));
+    ASSERT_NO_FATAL_FAILURE(settle());
+    EXPECT_EQ(calls("GetCapabilities"), 2);
+    EXPECT_EQ(calls("Notify"), 0);
+    staying.withdraw();
+    notices->show(brief);
+    ASSERT_TRUE(awaitCalls("Notify", 1));
+    EXPECT_EQ(lastNotify().value(5).toStringList(), QStringList()) << "without a button";
+    // It goes while the notice is shown, and comes back.
+    loop.runPending();
+    server.reset();
+    ASSERT_NO_FATAL_FAILURE(startServer());
+    notices->show(brief);
+    ASSERT_TRUE(awaitCalls("Notify", 1));
+    EXPECT_EQ(lastNotify().value(5).toStringList().size(), 4);
+    EXPECT_EQ(lastNotify().value(7).toInt(), -1);
+    loop.runPending();
+    press(1);
+    EXPECT_TRUE(loop.runUntil([&] { return presses == 1; }));
+    notices->show(brief);
+    ASSERT_TRUE(awaitCalls("Notify", 2));
+    bus->kill();
+    loop.runPending();
+    notices->show(brief);
+    loop.runPending();
+    notices->withdraw();
+    EXPECT_EQ(presses, 1);
 }
 
 TEST_F(FreedesktopNoticesTest, followsServersThatComeAndGo) {
