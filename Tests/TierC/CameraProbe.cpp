@@ -45,7 +45,6 @@ namespace fs = std::filesystem;
 
 constexpr int width = 640;
 constexpr int height = 480;
-constexpr TimeInterval longestLook{180};
 constexpr const char* embedderIdentifier = "mobilefacenet-128-test-1";
 
 template <typename T, typename E>
@@ -199,7 +198,6 @@ int look(const fs::path& shared, const fs::path& folder, int frames) {
                  std::cout << message << '\n' << std::flush;
                  end(1);
              }});
-    const auto timer = mainThread.at(clock.now() + longestLook, TimeInterval(1), [&] { end(1); });
     return QCoreApplication::exec();
 }
 
