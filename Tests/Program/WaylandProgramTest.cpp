@@ -157,10 +157,7 @@ TEST_F(WaylandProgramTest, hasTheDesktopUnlockForItsOwnerAlone) {
 
     // Locked again through the notice, with a shell that does nothing: it is asked once.
     logind->call(sessionPath, "AddMethod", {sessionInterface, "Unlock", "", "", ""});
-    logind->call(sessionPath, "AddMethod",
-                 {sessionInterface, "Lock", "", "",
-                  "yes = dbus.Boolean(True, variant_level=1)\n"
-                  "self.UpdateProperties('org.freedesktop.login1.Session', {'LockedHint': yes})"});
+    logind->obeyLock();
     pressNotice();
     ASSERT_TRUE(program->logs(logevent::locked)) << program->recentWords();
     ASSERT_TRUE(returnsUntil([&] {

@@ -38,7 +38,8 @@ struct DBusLink::Connection {
     const QString name;
     QDBusConnection bus;
     Subscription disconnected;
-    QObject calls;
+    /// Parent of the pending calls.
+    std::unique_ptr<QObject> calls = std::make_unique<QObject>();
 };
 
 DBusLink::DBusLink(std::string address, Handlers handlers)
@@ -72,9 +73,11 @@ void DBusLink::connectLater() {
 }
 
 void DBusLink::lose() {
-    // deleteLater: this is called from that object's slot.
-    connection_->disconnected.release()->deleteLater();
-    connection_.reset();
+    // Qt's thread closes the connection, and then still looks at the receivers that are left: they
+    // go before it. One of them is the caller, so that it goes with the connection, later.
+    const std::shared_ptr<Connection> lost = std::move(connection_);
+    lost->calls.reset();
+    QTimer::singleShot(0, attempts_.get(), [lost] {});
     connectLater();
     handlers_.onLost();
 }
@@ -105,7 +108,7 @@ void DBusLink::serve(const QString& path, QDBusVirtualObject& object) {
 void DBusLink::call(QDBusMessage message, MessageHandler handler, Activation activation) {
     message.setAutoStartService(activation == Activation::allowed);
     auto* watcher =
-        new QDBusPendingCallWatcher(connection_->bus.asyncCall(message), &connection_->calls);
+        new QDBusPendingCallWatcher(connection_->bus.asyncCall(message), connection_->calls.get());
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,
                      [handler = std::move(handler)](QDBusPendingCallWatcher* finished) {
                          finished->deleteLater();

@@ -74,7 +74,7 @@ class KWinDisplays::Client {
         // A monitor may disappear when it is switched off: without any, all is as it was.
         if (std::ranges::none_of(outputs_, isKnown)) return;
         set(std::ranges::all_of(outputs_,
-                                [](const auto& item) { return item.second.isOff != false; }));
+                                [](const auto& item) { return item.second.isOff.value_or(true); }));
     }
     static bool isKnown(const std::pair<const std::uint32_t, Output>& item) {
         return item.second.isOff.has_value();

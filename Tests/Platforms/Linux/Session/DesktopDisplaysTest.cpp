@@ -36,6 +36,7 @@ using enum LockEvent;
 
 constexpr const char* shellName = "org.gnome.Shell";
 constexpr const char* displaysName = "org.gnome.Mutter.DisplayConfig";
+constexpr const char* path = "/org/gnome/Mutter/DisplayConfig";
 constexpr int on = 0;
 constexpr int off = 3;
 
@@ -48,22 +49,21 @@ class ScriptedShell final : public QDBusVirtualObject {
           id_(id),
           name_(name),
           bus_(QDBusConnection::connectToBus(QString::fromStdString(address), id)) {
-        bus_.registerVirtualObject("/org/gnome/Mutter/DisplayConfig", this);
+        bus_.registerVirtualObject(path, this);
         EXPECT_TRUE(bus_.registerService(name));
     }
     ScriptedShell(const ScriptedShell&) = delete;
     ScriptedShell& operator=(const ScriptedShell&) = delete;
     ~ScriptedShell() override {
-        // Before another takes it.
-        giveUpItsName();
+        // Qt's thread closes the connection, and then still looks at what is registered.
+        bus_.unregisterObject(path);
         QDBusConnection::disconnectFromBus(id_);
     }
 
     void say(const QVariant& mode, const char* interface = displaysName) {
         if (mode_) mode_ = mode.toInt();
-        auto signal =
-            QDBusMessage::createSignal("/org/gnome/Mutter/DisplayConfig",
-                                       "org.freedesktop.DBus.Properties", "PropertiesChanged");
+        auto signal = QDBusMessage::createSignal(path, "org.freedesktop.DBus.Properties",
+                                                 "PropertiesChanged");
         signal.setArguments({interface, QVariantMap{{"PowerSaveMode", mode}}, QStringList()});
         EXPECT_TRUE(bus_.send(signal));
     }
@@ -77,6 +77,7 @@ class ScriptedShell final : public QDBusVirtualObject {
     [[nodiscard]] bool isRouted() const {
         return bus_.interface()->isServiceRegistered("org.freedesktop.DBus");
     }
+    /// At once, for another to take it.
     void giveUpItsName() { bus_.unregisterService(name_); }
 
     [[nodiscard]] QString introspect(const QString& /*path*/) const override { return {}; }
@@ -224,7 +225,7 @@ TEST_F(DesktopDisplaysTest, needNoAnswerAndTakeNoLateOne) {
     ASSERT_TRUE(wakes());
     silent.answer(off);
     ASSERT_TRUE(silent.isRouted());
-    shell.reset();
+    shell->giveUpItsName();
     ScriptedShell later(bus->address(), "later", std::nullopt);
     ASSERT_TRUE(until([&] { return later.wasAsked(); }));
     loop.runPending();

@@ -57,6 +57,13 @@ class MockLogind {
             "    session.UpdateProperties('org.freedesktop.login1.Session', {'LockedHint': no}))";
         call(sessionPath, "AddMethod", {sessionInterface, "Unlock", "", "", code});
     }
+    /// As obeyUnlock(), at once.
+    void obeyLock() const {
+        const char* code =
+            "yes = dbus.Boolean(True, variant_level=1)\n"
+            "self.UpdateProperties('org.freedesktop.login1.Session', {'LockedHint': yes})";
+        call(sessionPath, "AddMethod", {sessionInterface, "Lock", "", "", code});
+    }
     /// Python code of the manager's method.
     void setAnswer(const char* method, const char* signature, const char* code) const {
         call(managerPath, "AddMethod", {managerInterface, method, signature, "o", code});
