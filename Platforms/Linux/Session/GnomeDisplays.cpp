@@ -17,7 +17,7 @@ namespace {
 const QString shellService = QStringLiteral("org.gnome.Shell");
 const QString displaysPath = QStringLiteral("/org/gnome/Mutter/DisplayConfig");
 const QString displaysInterface = QStringLiteral("org.gnome.Mutter.DisplayConfig");
-const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+const QString propertiesOfDisplays = QStringLiteral("org.freedesktop.DBus.Properties");
 const QString powerProperty = QStringLiteral("PowerSaveMode");
 
 /// Standby, suspended or off; on is 0, and unknown -1.
@@ -48,7 +48,7 @@ class GnomeDisplays::Shell {
         subscriptions_.push_back(link_.subscribe(
             {.service = shellService,
              .path = displaysPath,
-             .interface = propertiesInterface,
+             .interface = propertiesOfDisplays,
              .member = QStringLiteral("PropertiesChanged")},
             [this](const QDBusMessage& signal) { noteChange(signal.arguments()); }));
         subscriptions_.push_back(link_.watchOwner(shellService, [this](bool hasOwner) {
@@ -60,7 +60,7 @@ class GnomeDisplays::Shell {
     }
 
     void ask() {
-        auto call = QDBusMessage::createMethodCall(shellService, displaysPath, propertiesInterface,
+        auto call = QDBusMessage::createMethodCall(shellService, displaysPath, propertiesOfDisplays,
                                                    QStringLiteral("Get"));
         call.setArguments({displaysInterface, powerProperty});
         link_.call(call, [this, generation = generation_](const QDBusMessage& reply) {
