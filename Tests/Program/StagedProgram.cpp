@@ -76,13 +76,7 @@ bool StagedProgram::order(const std::string& line) {
 }
 
 bool StagedProgram::says(const std::string& beginning) {
-    std::size_t heard = 0;
-    const bool isOver = loop_.runUntil([&] {
-        heard = heardUpTo(lines_, heardLines_, begins(beginning));
-        return heard != 0 || !isRunning();
-    });
-    if (heard != 0) heardLines_ = heard;
-    return isOver && heard != 0;
+    return hears(heardLines_, [&] { return heardUpTo(lines_, heardLines_, begins(beginning)); });
 }
 
 bool StagedProgram::hasSaid(const std::string& beginning) const {
@@ -90,13 +84,23 @@ bool StagedProgram::hasSaid(const std::string& beginning) const {
 }
 
 bool StagedProgram::logs(std::string_view event, std::string_view subject) {
-    std::size_t heard = 0;
-    const bool isOver = loop_.runUntil([&] {
-        heard = heardUpTo(entries_, heardEntries_, tellsOf(event, subject));
-        return heard != 0 || !isRunning();
+    return hears(heardEntries_,
+                 [&] { return heardUpTo(entries_, heardEntries_, tellsOf(event, subject)); });
+}
+
+bool StagedProgram::hears(std::size_t& heard, const std::function<std::size_t()>& find) {
+    std::size_t found = 0;
+    (void)loop_.runUntil([&] {
+        found = find();
+        return found != 0 || !isRunning();
     });
-    if (heard != 0) heardEntries_ = heard;
-    return isOver && heard != 0;
+    if (found == 0) {
+        // Its last words may wait in the pipe when its end is noticed.
+        loop_.runPending();
+        found = find();
+    }
+    if (found != 0) heard = found;
+    return found != 0;
 }
 
 bool StagedProgram::hasLogged(std::string_view event, std::string_view subject) const {

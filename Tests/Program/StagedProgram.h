@@ -9,6 +9,7 @@
 #include <QProcessEnvironment>
 #include <cstddef>
 #include <expected>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -28,7 +29,8 @@ class StagedProgram {
 
     /// False when it does not confirm.
     [[nodiscard]] bool order(const std::string& line);
-    /// Waits for a line with this beginning, after those already waited for; false on timeout.
+    /// Waits for a line with this beginning, after those already waited for; false on timeout
+    /// or at the program's end.
     [[nodiscard]] bool says(const std::string& beginning);
     /// Whether such a line is there already.
     [[nodiscard]] bool hasSaid(const std::string& beginning) const;
@@ -51,6 +53,9 @@ class StagedProgram {
     using Entry = ProgramJournal::Entry;
 
     [[nodiscard]] bool isRunning() const { return program_ && program_->isRunning(); }
+    /// Waits until `find`, the number of elements up to what is waited for, is not 0 or the program
+    /// has ended.
+    [[nodiscard]] bool hears(std::size_t& heard, const std::function<std::size_t()>& find);
 
     QtLoop& loop_;
     const std::expected<PrivateFolder, std::string> folder_ = PrivateFolder::create();
