@@ -8,7 +8,8 @@ namespace marrowby::fields {
 
 namespace {
 
-constexpr std::uint32_t side = 32;
+/// The noise repeats after so many cells.
+constexpr std::uint32_t cellsAcross = 32;
 
 std::uint32_t scrambled(std::uint32_t h) {
     h ^= h >> 15U;
@@ -20,15 +21,17 @@ std::uint32_t scrambled(std::uint32_t h) {
 
 /// Values of 0…1 at the corners of a lattice, the first of every row and layer repeated at its end.
 struct Lattice {
-    static constexpr std::size_t row = side + 1;
+    static constexpr std::size_t row = cellsAcross + 1;
     static constexpr std::size_t layer = row * row;
 
     Lattice() {
         std::size_t i = 0;
-        for (std::uint32_t z = 0; z <= side; ++z) {
-            for (std::uint32_t y = 0; y <= side; ++y) {
-                for (std::uint32_t x = 0; x <= side; ++x) {
-                    const std::uint32_t cell = (z % side * side + y % side) * side + x % side;
+        for (std::uint32_t z = 0; z <= cellsAcross; ++z) {
+            for (std::uint32_t y = 0; y <= cellsAcross; ++y) {
+                for (std::uint32_t x = 0; x <= cellsAcross; ++x) {
+                    const std::uint32_t cell =
+                        (z % cellsAcross * cellsAcross + y % cellsAcross) * cellsAcross +
+                        x % cellsAcross;
                     values[i++] = static_cast<float>(scrambled(cell + 1) >> 8U) * 0x1p-24F;
                 }
             }
@@ -56,7 +59,7 @@ float noise(const Vector3& p, std::uint32_t seed) {
     const float ty = eased(py - static_cast<float>(y));
     const float tz = eased(pz - static_cast<float>(z));
     const auto wrapped = [](int i, std::uint32_t shift) {
-        return std::size_t{(static_cast<std::uint32_t>(i) + shift) % side};
+        return std::size_t{(static_cast<std::uint32_t>(i) + shift) % cellsAcross};
     };
     const float* v = &lattice.values[wrapped(z, offset >> 10U) * Lattice::layer +
                                      wrapped(y, offset >> 5U) * Lattice::row + wrapped(x, offset)];

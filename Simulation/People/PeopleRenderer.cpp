@@ -21,7 +21,7 @@ namespace {
 
 /// Samples per pixel and side.
 constexpr int fine = 2;
-constexpr float nearest = 0.05F;
+constexpr float nearPlane = 0.05F;
 
 /// What is interpolated over a triangle.
 enum Channel : std::size_t {
@@ -226,7 +226,7 @@ void PeopleRenderer::Buffers::place(const PersonModel& model, const Placement& p
         const PersonModel::Vertex& v = model.vertices[i];
         const Vector3 p = placement.place(v.position, v.motion, v.headWeight);
         Corner& corner = corners[i];
-        corner.isFront = -p.z > nearest;
+        corner.isFront = -p.z > nearPlane;
         if (!corner.isFront) continue;
         corner.closeness = -1 / p.z;
         corner.x = centreX + focal * p.x * corner.closeness;

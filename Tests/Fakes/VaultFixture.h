@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platforms/Posix/OpenSslCipher.h"
+#include "Tests/Fakes/BytesOf.h"
 #include "Tests/Fakes/FakeFileSystem.h"
 #include "Tests/Fakes/FakeKeyStore.h"
 #include "Tests/Fakes/FakeMainThread.h"
@@ -10,11 +11,9 @@
 #include "UnlockCore/Storage/SealedFile.h"
 #include "UnlockCore/Storage/Vault.h"
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string_view>
 
 namespace marrowby {
 
@@ -55,10 +54,6 @@ struct VaultFixture {
 template <typename Value, typename Error>
 [[nodiscard]] std::optional<StorageError> problemOf(const std::expected<Value, Error>& result) {
     return result ? std::nullopt : std::optional<StorageError>(result.error());
-}
-
-[[nodiscard]] inline std::span<const std::uint8_t> bytesOf(std::string_view text) {
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
 }  // namespace marrowby

@@ -20,7 +20,7 @@
 namespace marrowby {
 namespace {
 
-const QString service = QStringLiteral("org.freedesktop.login1");
+const QString logindName = QStringLiteral("org.freedesktop.login1");
 const QString managerPath = QStringLiteral("/org/freedesktop/login1");
 const QString managerInterface = QStringLiteral("org.freedesktop.login1.Manager");
 const QString sessionInterface = QStringLiteral("org.freedesktop.login1.Session");
@@ -28,15 +28,15 @@ const QString userInterface = QStringLiteral("org.freedesktop.login1.User");
 const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
 
 QDBusMessage managerCall(const char* method, const QVariantList& arguments) {
-    QDBusMessage message = QDBusMessage::createMethodCall(service, managerPath, managerInterface,
+    QDBusMessage message = QDBusMessage::createMethodCall(logindName, managerPath, managerInterface,
                                                           QString::fromLatin1(method));
     message.setArguments(arguments);
     return message;
 }
 
 QDBusMessage propertyCall(const QString& path, const QString& interface, const char* property) {
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(service, path, propertiesInterface, QStringLiteral("Get"));
+    QDBusMessage message = QDBusMessage::createMethodCall(logindName, path, propertiesInterface,
+                                                          QStringLiteral("Get"));
     message.setArguments({interface, QString::fromLatin1(property)});
     return message;
 }
@@ -106,13 +106,13 @@ class LogindWatcher::Connection {
     /// Asks the session for something.
     void ask(const QString& method, DBusLink::MessageHandler onReply) {
         if (!hasSession()) return;
-        call(QDBusMessage::createMethodCall(service, sessionPath_, sessionInterface, method),
+        call(QDBusMessage::createMethodCall(logindName, sessionPath_, sessionInterface, method),
              std::move(onReply));
     }
 
     void onConnected() {
         const auto ofManager = [this](const char* member, DBusLink::MessageHandler handler) {
-            manager_.push_back(link_.subscribe({.service = service,
+            manager_.push_back(link_.subscribe({.service = logindName,
                                                 .path = managerPath,
                                                 .interface = managerInterface,
                                                 .member = QString::fromLatin1(member)},
@@ -129,7 +129,7 @@ class LogindWatcher::Connection {
             leaveSession();
             findSession();
         });
-        manager_.push_back(link_.watchOwner(service, [this](bool hasOwner) {
+        manager_.push_back(link_.watchOwner(logindName, [this](bool hasOwner) {
             forgetLogind();
             if (hasOwner) read();
         }));
@@ -202,7 +202,7 @@ class LogindWatcher::Connection {
         sessionPath_ = path;
         const auto ofSession = [&](const QString& interface, const char* member,
                                    DBusLink::MessageHandler handler) {
-            session_.push_back(link_.subscribe({.service = service,
+            session_.push_back(link_.subscribe({.service = logindName,
                                                 .path = path,
                                                 .interface = interface,
                                                 .member = QString::fromLatin1(member)},
@@ -226,7 +226,7 @@ class LogindWatcher::Connection {
 
     void readSession(std::function<void()> onRead = [] {}) {
         QDBusMessage message = QDBusMessage::createMethodCall(
-            service, sessionPath_, propertiesInterface, QStringLiteral("GetAll"));
+            logindName, sessionPath_, propertiesInterface, QStringLiteral("GetAll"));
         message.setArguments({sessionInterface});
         call(message,
              [this, path = sessionPath_, onRead = std::move(onRead)](const QDBusMessage& reply) {

@@ -8,6 +8,7 @@
 #include "Simulation/Desktop/DesktopUser.h"
 #include "Simulation/Desktop/PrivateDesktop.h"
 #include "Simulation/Desktop/ScreenLocker.h"
+#include "Tests/Fakes/BytesOf.h"
 #include "UnlockCore/PasswordEntry/KeystrokeInjector.h"
 #include "UnlockCore/Platform/LockerTiming.h"
 
@@ -36,10 +37,6 @@ namespace {
 constexpr std::chrono::seconds limit{20};
 constexpr std::uint32_t capsLock = 0xFFE5;
 constexpr std::uint32_t rightShift = 0xFFE2;
-
-std::span<const std::uint8_t> bytesOf(std::string_view text) {
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
 
 /// Another user's keyboard, made for one test.
 class SecondKeyboard {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Tests/Fakes/BytesOf.h"
 #include "UnlockCore/PasswordEntry/KeystrokePlan.h"
 
 #include <cmath>
@@ -115,10 +116,6 @@ TEST(KeystrokePlan, partsTextIntoChunksButNeverASurrogatePair) {
 }  // namespace
 
 namespace {
-
-std::span<const std::uint8_t> bytesOf(std::string_view text) {
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
 
 TEST(TypablePassword, objectsToControlCharacters) {
     using namespace std::string_view_literals;

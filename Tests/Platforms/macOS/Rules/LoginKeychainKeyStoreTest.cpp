@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/macOS/Rules/LoginKeychainKeyStore.h"
+#include "Tests/Fakes/BytesOf.h"
 #include "Tests/Platforms/macOS/Rules/FakeKeychain.h"
 
 #include <algorithm>
@@ -13,10 +14,6 @@ namespace marrowby {
 namespace {
 
 using Operation = FakeKeychain::Operation;
-
-std::span<const std::uint8_t> bytesOf(std::string_view text) {
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
 
 template <typename Value>
 std::optional<KeychainError> problemOf(const std::expected<Value, KeychainError>& result) {

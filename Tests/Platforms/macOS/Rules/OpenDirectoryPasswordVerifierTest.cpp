@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Platforms/macOS/Rules/OpenDirectoryPasswordVerifier.h"
+#include "Tests/Fakes/BytesOf.h"
 #include "Tests/Platforms/macOS/Rules/FakeDirectory.h"
 
 #include <optional>
@@ -11,10 +12,6 @@
 
 namespace marrowby {
 namespace {
-
-std::span<const std::uint8_t> bytesOf(std::string_view text) {
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
 
 TEST(OpenDirectoryPasswordVerifier, distinguishesAWrongPasswordFromAFailedCheck) {
     const DirectoryError wrong{"com.apple.OpenDirectory", 5000,
