@@ -17,18 +17,23 @@ constexpr RectangleRequest request{.minimumConfidence = 0.6,
 Rect head(const Rect& faceBox) {
     constexpr double above = 0.3;
     constexpr double beside = 0.1;
+    constexpr double below = 0.08;
     return {faceBox.x - beside * faceBox.width, faceBox.y - above * faceBox.height,
-            (1 + 2 * beside) * faceBox.width, (1 + above) * faceBox.height};
+            (1 + 2 * beside) * faceBox.width, (1 + above + below) * faceBox.height};
 }
 
 bool isHeldUp(const Rect& rectangle, const Rect& faceBox, const Size& picture) {
     // Measured in scenes, in face widths: devices that the picture cuts off 1.2 to 1.8, prints 2.1
-    // to 3; doors and curtains that go on below the picture 3 and more.
+    // to 3; doors and curtains that go on below the picture 3 and more. What is cut off there and
+    // still wider than high is furniture, too.
     constexpr double widestWhole = 4;
     constexpr double widestCut = 3;
+    constexpr double widestCutShape = 0.9;
     constexpr double cutMargin = 0.02;
     const bool isCut = rectangle.maxY() > (1 - cutMargin) * picture.height;
-    return rectangle.width <= (isCut ? widestCut : widestWhole) * faceBox.width;
+    if (!isCut) return rectangle.width <= widestWhole * faceBox.width;
+    return rectangle.width <= widestCut * faceBox.width &&
+           rectangle.width <= widestCutShape * rectangle.height;
 }
 
 std::expected<std::optional<Observation>, std::string> detect(const Bitmap& image,

@@ -23,8 +23,8 @@ struct Observation {
     friend bool operator==(const Observation&, const Observation&) = default;
 };
 
-/// The box of the whole head with its hair. A device's frame encloses it; curtain rods, shelves and
-/// the hairline cut through it.
+/// The box of the whole head with its hair and a little of the neck. A device's frame encloses it;
+/// curtain rods, shelves and the hairline cut through it, and a line at the chin is the chin.
 [[nodiscard]] Rect head(const Rect& faceBox);
 
 /// The largest rectangle. `faceBox` is in pixels with the origin at the top-left. Nothing without a
@@ -33,8 +33,8 @@ struct Observation {
                                                                             const Rect& faceBox,
                                                                             FaceVision& vision);
 
-/// Whether the rectangle is narrow enough, compared with the face, to be held up; furniture is
-/// wider.
+/// Whether the rectangle is narrow enough, compared with the face and with its own height, to be
+/// held up; furniture is wider.
 [[nodiscard]] bool isHeldUp(const Rect& rectangle, const Rect& faceBox, const Size& picture);
 
 /// area(a ∩ b) / area(a); nothing where `a` has no area.

@@ -188,7 +188,6 @@ bool reachesLowerEdge(const Quad& quad, const EdgeMaps& maps) {
     constexpr float lowestFifth = 0.8F;
     constexpr float edge = 0.94F;
     constexpr double phonesAspect = 0.56;
-    constexpr double widest = 0.9;
     constexpr double leastOfBorder = 0.65;
     const auto sidesSeen = [&](float begin) {
         return int(seen(quad[1], quad[0], maps, begin) >= leastSeen) +
@@ -197,8 +196,7 @@ bool reachesLowerEdge(const Quad& quad, const EdgeMaps& maps) {
     if (sidesSeen(lowestFifth) < 1) return false;
     const double aspect = sideLength(quad, 1) / std::min(sideLength(quad, 0), sideLength(quad, 2));
     if (aspect <= phonesAspect) return sidesSeen(edge) >= 1;
-    return aspect <= widest && sidesSeen(edge) == 2 &&
-           seenAsBorder(quad[1], quad[0], maps) >= leastOfBorder &&
+    return sidesSeen(edge) == 2 && seenAsBorder(quad[1], quad[0], maps) >= leastOfBorder &&
            seenAsBorder(quad[2], quad[3], maps) >= leastOfBorder;
 }
 

@@ -32,9 +32,11 @@ TEST(DeviceBezelDetector, takesTheLargestRectangle) {
 TEST(DeviceBezelDetector, requiresTheWholeHeadAndRejectsFurniture) {
     const Rect face{100, 100, 80, 100};
     const Rect head = devicebezeldetector::head(face);
-    EXPECT_EQ(head, (Rect{92, 70, 96, 130}));
+    EXPECT_EQ(head, (Rect{92, 70, 96, 138}));
     EXPECT_LT(devicebezeldetector::overlapFraction(head, {60, 85, 160, 200}), 0.9)
         << "a curtain rod across the hair";
+    EXPECT_LT(devicebezeldetector::overlapFraction(head, {60, 60, 160, 140}), 0.95)
+        << "a monitor that ends at the chin";
     EXPECT_EQ(devicebezeldetector::overlapFraction(head, {60, 60, 160, 200}), 1);
 
     const Size picture{640, 360};
@@ -46,7 +48,8 @@ TEST(DeviceBezelDetector, requiresTheWholeHeadAndRejectsFurniture) {
     for (const Case& c :
          {Case{"a tablet", {50, 50, 200, 250}, true}, Case{"a window", {0, 20, 330, 250}, false},
           Case{"a print that reaches below", {60, 40, 200, 320}, true},
-          Case{"a door", {20, 40, 260, 320}, false}}) {
+          Case{"a door", {20, 40, 260, 320}, false},
+          Case{"shoulders in a door", {60, 150, 200, 210}, false}}) {
         EXPECT_EQ(devicebezeldetector::isHeldUp(c.rectangle, face, picture), c.isHeldUp) << c.what;
     }
 }
