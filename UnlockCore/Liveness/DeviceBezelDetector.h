@@ -33,8 +33,8 @@ struct Observation {
                                                                             const Rect& faceBox,
                                                                             FaceVision& vision);
 
-/// Whether the rectangle is narrow enough, compared with the face and with its own height, to be
-/// held up; furniture is wider.
+/// Whether the rectangle is narrow enough, compared with the face, to be held up, and shaped as a
+/// device or a sheet of paper is; furniture is wider, and what a room's lines form often square.
 [[nodiscard]] bool isHeldUp(const Rect& rectangle, const Rect& faceBox, const Size& picture);
 
 /// area(a ∩ b) / area(a); nothing where `a` has no area.
