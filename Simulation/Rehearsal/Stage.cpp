@@ -96,7 +96,7 @@ struct Stage::Parts {
 };
 
 void Stage::Parts::note(const ProgramJournal::Entry& entry) {
-    if (entry.event == logevent::typed) typedAt = clock.now();
+    if (entry.event == logevent::road) typedAt = clock.now();
     transcript.engine(entry.message);
     log.push_back(entry);
 }

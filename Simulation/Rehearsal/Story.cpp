@@ -143,13 +143,12 @@ std::string milliseconds(TimeInterval interval) {
     return text.str();
 }
 
-/// From the recognition to the unlocked screen.
-Step getsIn(Stage& stage, std::string caption) {
+/// Until the password was typed and the locker has ended. The program logs `typed` and `unlocked`
+/// only where the screen is still locked when it learns that typing has ended.
+Step getsIn(Stage& stage) {
     return Steps()
-        .then([&] { stage.photograph(std::move(caption)); })
-        .then([&] { return stage.waitForEvent(logevent::typed, aScan); })
-        .then([&] { return stage.waitForEvent(logevent::unlocked, passwordCheck); })
-        .then([&] { return stage.waitForUnlock(shortly); })
+        .then([&] { return stage.waitForEvent(logevent::road, aScan); })
+        .then([&] { return stage.waitForUnlock(passwordCheck); })
         .result();
 }
 
@@ -163,9 +162,8 @@ Step ownerReturns(Stage& stage, std::string_view scene, LookReason reason,
         .then(
             [&] { return stage.waitForEvent(logevent::looking, shortly, name(reason).english()); })
         .then([&] { return stage.waitForEvent(logevent::recognised, aScan); })
-        .then([&] {
-            return getsIn(stage, "Recognised (" + std::string(name(reason).english()) + ")");
-        })
+        .then([&] { stage.photograph("Recognised (" + std::string(name(reason).english()) + ")"); })
+        .then([&] { return getsIn(stage); })
         .result();
 }
 
@@ -311,7 +309,8 @@ Ending strictModeAsksForATurn(Stage& stage) {
             return stayedLocked(stage, stage.takeLog());
         })
         .then([&] { return turnHeadUntilRecognised(stage); })
-        .then([&] { return getsIn(stage, "Recognised (strict)"); })
+        .then([&] { stage.photograph("Recognised (strict)"); })
+        .then([&] { return getsIn(stage); })
         .then([&] { return chooseProof(stage, -1); })
         .end("waited for the turn, then unlocked");
 }
@@ -492,9 +491,7 @@ std::expected<void, std::string> ownerUnlocks(Stage& stage) {
     return Steps()
         .then([&] { return lockScreen(stage); })
         .then([&] { return sleepAndWake(stage); })
-        .then([&] { return stage.waitForEvent(logevent::typed, aScan); })
-        .then([&] { return stage.waitForEvent(logevent::unlocked, passwordCheck); })
-        .then([&] { return stage.waitForUnlock(shortly); })
+        .then([&] { return getsIn(stage); })
         .result();
 }
 

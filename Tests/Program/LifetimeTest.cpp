@@ -25,11 +25,6 @@ class LifetimeTest : public ProgramTest {
         ASSERT_TRUE(comesBackUntil([&] { return program->hasLogged(logevent::recognised); }))
             << program->recentWords();
     }
-    void expectThatItUnlocks() {
-        ASSERT_NO_FATAL_FAILURE(comeBack());
-        EXPECT_TRUE(program->logs(logevent::unlocked)) << program->recentWords();
-        EXPECT_TRUE(loop.runUntil([&] { return !locker->isRunning(); }));
-    }
 };
 
 TEST_F(LifetimeTest, leavesNoKeyHeldWhenItQuitsWhileTyping) {

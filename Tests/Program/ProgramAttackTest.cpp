@@ -98,10 +98,7 @@ TEST_F(ProgramAttackTest, typesNothingWhenAProgramOnlyClaimsALock) {
         ASSERT_NO_FATAL_FAILURE(endClaim());
     }
     SCOPED_TRACE("a locker");
-    ASSERT_NO_FATAL_FAILURE(lockScreen());
-    EXPECT_TRUE(comesBackUntil([&] { return program->hasLogged(logevent::typed); }))
-        << program->recentWords();
-    EXPECT_TRUE(program->logs(logevent::unlocked)) << program->recentWords();
+    ASSERT_NO_FATAL_FAILURE(expectThatItUnlocks());
 }
 
 }  // namespace

@@ -81,11 +81,7 @@ TEST_F(UnlockProgramTest, setsUpSurvivesKillsAndUnlocksOnlyAfterAProofOfPresence
     ASSERT_NO_FATAL_FAILURE(openWindow());
     press(tabKey);
     press(spaceKey);
-    ASSERT_NO_FATAL_FAILURE(lockScreen());
-    EXPECT_TRUE(comesBackUntil([&] { return program->hasLogged(logevent::typed); }))
-        << program->recentWords();
-    EXPECT_TRUE(program->logs(logevent::unlocked)) << program->recentWords();
-    EXPECT_TRUE(loop.runUntil([&] { return !locker->isRunning(); }));
+    ASSERT_NO_FATAL_FAILURE(expectThatItUnlocks());
 
     // Terminated during the typing or just after it.
     ASSERT_NO_FATAL_FAILURE(lockScreen());
