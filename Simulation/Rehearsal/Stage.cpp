@@ -464,6 +464,11 @@ const ContactSheet& Stage::contactSheet() const {
     return parts_->sheet;
 }
 
+bool Stage::hasLogged(std::string_view event) const {
+    return std::ranges::find(parts_->log, event, &ProgramJournal::Entry::event) !=
+           parts_->log.end();
+}
+
 std::vector<ProgramJournal::Entry> Stage::takeLog() {
     parts_->logRead = 0;
     return std::exchange(parts_->log, {});

@@ -143,12 +143,17 @@ std::string milliseconds(TimeInterval interval) {
     return text.str();
 }
 
-/// Until the password was typed and the locker has ended. The program logs `typed` and `unlocked`
-/// only where the screen is still locked when it learns that typing has ended.
+/// Until the password was typed, the locker has ended and the program has noticed. It logs `typed`
+/// and `unlocked` only where the screen is still locked when it learns that typing has ended.
 Step getsIn(Stage& stage) {
     return Steps()
         .then([&] { return stage.waitForEvent(logevent::road, aScan); })
         .then([&] { return stage.waitForUnlock(passwordCheck); })
+        .then([&] {
+            return stage.hasLogged(logevent::typed)
+                       ? stage.waitForEvent(logevent::unlocked, passwordCheck)
+                       : Step{};
+        })
         .result();
 }
 

@@ -159,13 +159,14 @@ class ProgramTest : public testing::Test {
         touching.start(1700);
         return loop.runUntil(condition);
     }
-    /// Locks the screen and comes back until the password was typed and the locker has ended. The
-    /// program logs `typed` and `unlocked` only where the screen is still locked when it learns
-    /// that typing has ended.
+    /// Locks the screen and comes back until the password was typed, the locker has ended and the
+    /// program has noticed. It logs `typed` and `unlocked` only where the screen is still locked
+    /// when it learns that typing has ended.
     void expectThatItUnlocks() {
         ASSERT_NO_FATAL_FAILURE(lockScreen());
         EXPECT_TRUE(comesBackUntil([&] { return program->hasLogged(logevent::road); }) &&
-                    loop.runUntil([&] { return !locker->isRunning(); }))
+                    loop.runUntil([&] { return !locker->isRunning(); }) &&
+                    (!program->hasLogged(logevent::typed) || program->logs(logevent::unlocked)))
             << program->recentWords();
     }
 
