@@ -464,9 +464,8 @@ const ContactSheet& Stage::contactSheet() const {
     return parts_->sheet;
 }
 
-bool Stage::hasLogged(std::string_view event) const {
-    return std::ranges::find(parts_->log, event, &ProgramJournal::Entry::event) !=
-           parts_->log.end();
+const std::vector<ProgramJournal::Entry>& Stage::log() const {
+    return parts_->log;
 }
 
 std::vector<ProgramJournal::Entry> Stage::takeLog() {

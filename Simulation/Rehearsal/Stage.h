@@ -116,13 +116,13 @@ class Stage {
     /// `subject` unless that is empty.
     [[nodiscard]] Result<void> waitForEvent(std::string_view event, TimeInterval limit,
                                             std::string_view subject = {});
-    /// Whether the journal has the event since takeLog().
-    [[nodiscard]] bool hasLogged(std::string_view event) const;
     /// The program's window, once its picture has not changed for a while.
     [[nodiscard]] Result<QImage> windowPicture();
     /// Adds this moment to the contact sheet.
     void photograph(std::string caption);
     [[nodiscard]] const ContactSheet& contactSheet() const;
+    /// Entries of the journal since takeLog().
+    [[nodiscard]] const std::vector<ProgramJournal::Entry>& log() const;
     /// Entries of the journal since the last call of this.
     std::vector<ProgramJournal::Entry> takeLog();
 

@@ -150,7 +150,7 @@ Step getsIn(Stage& stage) {
         .then([&] { return stage.waitForEvent(logevent::road, aScan); })
         .then([&] { return stage.waitForUnlock(passwordCheck); })
         .then([&] {
-            return stage.hasLogged(logevent::typed)
+            return has(stage.log(), logevent::typed)
                        ? stage.waitForEvent(logevent::unlocked, passwordCheck)
                        : Step{};
         })

@@ -27,9 +27,9 @@ Rect head(const Rect& faceBox) {
 bool isHeldUp(const Rect& rectangle, const Rect& faceBox, const Size& picture) {
     // Measured in scenes. Widths in face widths: devices that the picture cuts off 1.2 to 1.8,
     // prints 2.1 to 3; doors and curtains that go on below the picture 3 and more. Shorter side by
-    // longer one: whole devices and prints 0.43 to 0.81, of which an 8 x 10 print has 0.8; what a
-    // room's lines form mostly 0.81 and more. Width by visible height, cut off: devices and prints
-    // at most 0.88, in most of their pictures 0.8; a room's lines 0.88.
+    // longer one: whole devices and prints 0.43 to 0.81 (an 8 x 10 print has 0.8), a door and a
+    // desk that denied somebody 0.81. Width by visible height, cut off: devices and prints at most
+    // 0.88, mostly up to 0.8; doors and curtains that denied somebody 0.87 to 0.9.
     constexpr double widestWhole = 4;
     constexpr double widestCut = 3;
     constexpr double squarestWhole = 0.8;

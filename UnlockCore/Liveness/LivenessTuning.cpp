@@ -17,10 +17,10 @@ namespace {
 // face reach 0.25, and spread over more than one cell at most 0.3. Moire: people stayed below a
 // contrast of 8.3 (a level of 0.19) but for single frames of 11; monitors reached 10 to 1700 as
 // long as one of their pixels covers over 0.55 of the camera’s. A turned phone's frame covered the
-// head by 0.92 and more; the finder misses it in half of the frames of some, so a fifth of a second
-// has to do. Flat motion, with the published models: of 707 looks at people 4 were
-// denied by a tenth of a second of it, none by a sixth; of 150 prints 6, 7 and 9 passed where a
-// tenth, a sixth and a quarter was asked. Counts are for 30 frames per second.
+// head by 0.92 and more; a rectangle is not found in every picture, so a fifth of a second has to
+// do. Flat motion, with the published models: of 707 looks at people 4 were denied by a tenth of a
+// second of it, none by a sixth; of 150 prints 6, 7 and 9 passed where a tenth, a sixth and a
+// quarter was asked. Counts are for 30 frames per second.
 constexpr LivenessTuning standardTuning{.liveThreshold = 0.62F,
                                         .liveMinimumFrames = 20,
                                         .liveFrameFloor = 0.40F,
@@ -51,8 +51,7 @@ constexpr LivenessTuning strictTuning = [] {
 }();
 
 /// Lower bounds of a slow camera's counts. Scores: fewer let a picture pass that is now and then
-/// taken for a face. Denying frames: more than one, because people gave single ones; for a device
-/// most of its frames.
+/// taken for a face. Denying frames: more than one, because people gave single ones.
 struct MinimumCounts {
     std::int64_t live;
     std::int64_t device = 4;

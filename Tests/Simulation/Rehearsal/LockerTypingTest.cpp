@@ -17,7 +17,6 @@
 #include <array>
 #include <chrono>
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -80,21 +79,6 @@ class SecondKeyboard {
   private:
     const XcbConnection& connection_;
     std::uint8_t device_ = 0;
-};
-
-/// Counts the checks of the lock from the first key on: one, one before each chunk, one before
-/// Return. How many come earlier depends on how busy the locker is.
-class ChecksOfPlan {
-  public:
-    [[nodiscard]] std::function<void()> counter() {
-        return [this] { hasBegun_ = true; };
-    }
-    [[nodiscard]] bool isNext(int number) { return hasBegun_ && ++count == number; }
-
-    int count = 0;
-
-  private:
-    bool hasBegun_ = false;
 };
 
 /// A window that counts the keys that come to it.
@@ -328,34 +312,35 @@ TEST_F(LockerTyping, stopsWhenSomebodyElseTypes) {
     ASSERT_NO_FATAL_FAILURE(lock("right"));
     if (IsSkipped()) return;
     const SecondKeyboard hands(*connection_);
-    // Somebody presses a key before the second chunk.
-    ChecksOfPlan checks;
+    // Counted from the first key on: how many come before depends on how busy the locker is.
+    std::optional<int> checks;
     const auto typing = keystrokeinjector::typePassword(
         *keyEvents_, bytesOf("right, but more than twenty characters"),
         [&] {
-            if (checks.isNext(3)) hands.tap();
+            // Before the second chunk.
+            if (checks && ++*checks == 3) hands.tap();
             return locker_->isRunning();
         },
-        checks.counter());
+        [&] { checks = 0; });
     EXPECT_EQ(typing.outcome(), std::unexpected(KeystrokeError::notLocked));
-    EXPECT_LE(checks.count, 4);
+    EXPECT_LE(checks.value_or(5), 4);
     EXPECT_TRUE(locker_->isRunning());
 }
 
 TEST_F(LockerTyping, stopsWhenTheLockerIsAnother) {
     ASSERT_NO_FATAL_FAILURE(lock("right"));
     if (IsSkipped()) return;
-    ChecksOfPlan checks;
+    std::optional<int> checks;
     const auto typing = keystrokeinjector::typePassword(
         *keyEvents_, bytesOf("right"),
         [&] {
-            if (checks.isNext(2)) {
+            if (checks && ++*checks == 2) {
                 locker_->kill();
                 EXPECT_TRUE(locker_->lock("right"));
             }
             return locker_->isRunning();
         },
-        checks.counter());
+        [&] { checks = 0; });
     EXPECT_EQ(typing.outcome(), std::unexpected(KeystrokeError::notLocked));
     EXPECT_TRUE(locker_->isRunning());
 }
@@ -364,20 +349,20 @@ TEST_F(LockerTyping, sendsNoKeyToAWindowFocusedAfterAnUnlock) {
     ASSERT_NO_FATAL_FAILURE(lock("right"));
     if (IsSkipped()) return;
     const RecordingWindow window(*connection_);
-    ChecksOfPlan checks;
+    std::optional<int> checks;
     const auto typing = keystrokeinjector::typePassword(
         *keyEvents_, bytesOf("forty characters, which make two chunks."),
         [&] {
             // Unlocked by other means between the two chunks.
-            if (checks.isNext(3)) {
+            if (checks && ++*checks == 3) {
                 locker_->kill();
                 window.takeFocus();
             }
             return locker_->isRunning();
         },
-        checks.counter());
+        [&] { checks = 0; });
     EXPECT_EQ(typing.outcome(), std::unexpected(KeystrokeError::notLocked));
-    EXPECT_EQ(checks.count, 3);
+    EXPECT_EQ(checks, 3);
     EXPECT_EQ(window.keyCount(), 0);
 }
 
